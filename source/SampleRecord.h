@@ -17,11 +17,11 @@ inline constexpr int kSamplesPerPeriod = 360;
  */
 struct SampleRecord
 {
-    quint32 mSeconds;               ///< time stamp on the simulated clock, whole seconds
-    quint32 mNanoseconds;           ///< time stamp, nanoseconds within the second, 0 to 999,999,999
-    quint32 mAuxWord;               ///< carried unchanged from the input
-    quint32 mFlags;                 ///< flag bits from the input; bit 1 (value 2) is the PME mark
-    qint32 mValues[kChannelCount];  ///< one value per ADC channel
+    quint32 mSeconds;              ///< time stamp on the simulated clock, whole seconds
+    quint32 mNanoseconds;          ///< time stamp, nanoseconds within the second, 0 to 999,999,999
+    quint32 mAuxWord;              ///< carried unchanged from the input
+    quint32 mFlags;                ///< flag bits from the input; bit 1 (value 2) is the PME mark
+    qint32 mValues[kChannelCount]; ///< one value per ADC channel
 };
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "records go to the driver as they lie in memory");

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <log4cxx/logger.h>
+#include <string>
+
+/**
+ * Configures log4cxx from an XML file and returns the logger for the caller's own messages.
+ * To be called once, before any logger is used.
+ *
+ * @param path the logging configuration, UTF-8
+ *
+ * A file that cannot be read, is not valid XML, or sets up no appender at all would leave the
+ * program mute: it is reported on standard error with its name, and everything is logged to the
+ * console (standard output) instead.
+ */
+log4cxx::LoggerPtr initializeTrackSystem(const std::string& path);

@@ -1,0 +1,225 @@
+#include "Configuration.h"
+
+#include <sys/stat.h>
+
+#include <QStringList>
+
+#include <cerrno>
+
+#include "FixedPaths.h"
+#include "TimeUtils.h"
+#include "TrackLog.h"
+
+namespace {
+const QChar kSeparator = QLatin1Char(',');
+const QChar kOnceMark = QLatin1Char('s');
+constexpr int kFieldCount = 3;
+constexpr qint32 kNoConfiguration = -1;
+constexpr mode_t kControlFifoMode = 0700;
+
+/** The longest command line; what one call reads at most, so that no writer can hold the loop. */
+constexpr int kMaxCommandBytes = 64 * 1024;
+
+/** Pause of a wait that ended early without a command. */
+constexpr quint32 kFruitlessWaitNanoseconds = 100'000'000;
+} // namespace
+
+ConfigurationItem::ConfigurationItem(quint32 repetitions, const QString& fileName)
+    : mRepetitions(repetitions), mFileName(fileName)
+{
+}
+
+Configuration::Configuration() : mOnceConfiguration(kNoConfiguration)
+{
+    initTrack("Configuration");
+    // An existing FIFO is used as it is; any other failure shows when the FIFO is missing.
+    mkfifo(kControlFifoPath, kControlFifoMode);
+    mControlDevice.setFileName(QString::fromLatin1(kControlFifoPath));
+    if (!mControlDevice.exists()) {
+        logError(mLogger, LOG4CXX_LOCATION, [this] {
+            return "File:" + local8Bit(mControlDevice.fileName()) + " doesnot exist";
+        });
+        return;
+    }
+    mControlDevice.open(QIODevice::ReadWrite);
+}
+
+Configuration::~Configuration() = default;
+
+bool Configuration::parseLine(QString line)
+{
+    const QStringList fields = line.split(kSeparator);
+    if (fields.size() != kFieldCount) {
+        logError(mLogger, LOG4CXX_LOCATION, [&] {
+            return linePrefix() +
+                   "Wrong number of parameter. Expected: " + std::to_string(kFieldCount) +
+                   ", found " + std::to_string(fields.size()) + ": " + local8Bit(line);
+        });
+        return false;
+    }
+    bool ok = false;
+    const qint32 number = fields[0].toInt(&ok);
+    if (!ok) {
+        logError(mLogger, LOG4CXX_LOCATION, [&] {
+            return linePrefix() + "First parameter (" + local8Bit(fields[0]) +
+                   ") is not of type quint32";
+        });
+        return false;
+    }
+    const quint32 value = fields[1].toUInt(&ok);
+    if (!ok) {
+        logError(mLogger, LOG4CXX_LOCATION, [&] {
+            return linePrefix() + "Second parameter (" + local8Bit(fields[1]) +
+                   ") is not of type quint32";
+        });
+        return false;
+    }
+    if (number < 0) {
+        mContinuousConfiguration = static_cast<qint32>(value);
+    } else {
+        mConfigurations[number].append(ConfigurationItem(value, fields[2]));
+    }
+    return true;
+}
+
+int Configuration::configurationCount() const
+{
+    return mConfigurations.size();
+}
+
+void Configuration::setCurrentConfiguration(qint32 number)
+{
+    mCurrentConfiguration = number;
+}
+
+void Configuration::resetIterator()
+{
+    mItemIterator = mConfigurations[mCurrentConfiguration].begin();
+}
+
+ConfigurationItem* Configuration::nextItem()
+{
+    if (mItemIterator == mConfigurations[mCurrentConfiguration].end()) {
+        return nullptr;
+    }
+    return &*mItemIterator++;
+}
+
+bool Configuration::readUserInput()
+{
+    QByteArray line;
+    if (!takeCommandLine(&line)) {
+        return false;
+    }
+    const QString text = QString::fromUtf8(line);
+    if (text.isEmpty() || !executeCommand(text, LOG4CXX_LOCATION)) {
+        return false;
+    }
+    ++mCommandsTaken;
+    return true;
+}
+
+bool Configuration::waitForUserInput(int msecs)
+{
+    const bool timedOut = !mControlDevice.waitForReadyRead(msecs) && errno == ETIMEDOUT;
+    if (timedOut) {
+        return false;
+    }
+    if (readUserInput()) {
+        return true;
+    }
+    TimeUtils::nanoSleep(kFruitlessWaitNanoseconds);
+    return false;
+}
+
+/**
+ * True when a whole line is in *line, with its line end. Reads byte by byte: what follows the
+ * line end belongs to the next call and stays in the FIFO.
+ */
+bool Configuration::takeCommandLine(QByteArray* line)
+{
+    for (int taken = 0; taken <= kMaxCommandBytes && mControlDevice.waitForReadyRead(0); ++taken) {
+        char byte = 0;
+        const int count = mControlDevice.readRaw(&byte, 1);
+        if (count < 0) {
+            return false;
+        }
+        const bool atEndOfFile = count == 0;
+        if (atEndOfFile || appendToPendingLine(byte)) {
+            line->swap(mPendingLine);
+            mPendingLine.clear();
+            return true;
+        }
+    }
+    return false;
+}
+
+/** True when the byte ends a line that is to be handled. */
+bool Configuration::appendToPendingLine(char byte)
+{
+    const bool endsLine = byte == '\n';
+    if (mDroppingLine) {
+        mDroppingLine = !endsLine;
+        return false;
+    }
+    mPendingLine.append(byte);
+    if (endsLine) {
+        return true;
+    }
+    if (mPendingLine.size() > kMaxCommandBytes) {
+        logError(mLogger, LOG4CXX_LOCATION, [] {
+            return "Command line without its end after " + std::to_string(kMaxCommandBytes) +
+                   " bytes, dropped";
+        });
+        mPendingLine.clear();
+        mDroppingLine = true;
+    }
+    return false;
+}
+
+/** Reports as its caller, whose location it gets. */
+bool Configuration::executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location)
+{
+    const bool once = line.startsWith(kOnceMark);
+    if (once && line.size() == 1) {
+        logError(mLogger, location, [] { return "Config Cmd to small!"; });
+        return false;
+    }
+    qint32 number = kNoConfiguration;
+    if (!parseConfigurationNumber(once ? line.mid(1) : line, &number, location)) {
+        return false;
+    }
+    logInfo(mLogger, location, [&] {
+        return "Execute Config " + std::to_string(number) + (once ? " once" : " continuous");
+    });
+    (once ? mOnceConfiguration : mContinuousConfiguration) = number;
+    return true;
+}
+
+bool Configuration::parseConfigurationNumber(const QString& text, qint32* number,
+                                             const log4cxx::spi::LocationInfo& location)
+{
+    bool ok = false;
+    const auto value = static_cast<qint32>(text.toUInt(&ok));
+    if (!ok) {
+        logError(mLogger, location,
+                 [&] { return "Could not convert " + local8Bit(text) + "to unsigned"; });
+        return false;
+    }
+    if (value < 0 || value >= configurationCount()) {
+        logError(mLogger, location, [&] { return "Wrong Config: " + std::to_string(value); });
+        return false;
+    }
+    *number = value;
+    return true;
+}
+
+void Configuration::selectNextConfiguration()
+{
+    if (mOnceConfiguration >= 0) {
+        mCurrentConfiguration = mOnceConfiguration;
+        mOnceConfiguration = kNoConfiguration;
+    } else {
+        mCurrentConfiguration = mContinuousConfiguration;
+    }
+}

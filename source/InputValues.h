@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+
+#include "CsvParser.h"
+#include "ItemStore.h"
+
+/**
+ * One input value file: a line of thirteen fields separated by ";" becomes one item. Logs under
+ * the name of its base.
+ *
+ * Owns its items. Playing changes only their time stamps.
+ */
+class InputValues : public CsvParser
+{
+public:
+    InputValues() = default;
+    InputValues(const InputValues&) = default;
+    InputValues& operator=(const InputValues&) = default;
+    ~InputValues() override;
+
+    /** Appends the item of the line; false after an ERROR message, and nothing is appended. */
+    bool parseLine(QString line) override;
+
+    /**
+     * One field as a number in base 10; white space around it is accepted.
+     * @return false after an ERROR message, and *value is unchanged.
+     */
+    bool parseUInt(QString text, quint32* value);
+    bool parseInt(QString text, qint32* value);
+    bool parseFloat(QString text, float* value);
+
+    /** Sets the read position to the first item. */
+    void resetIterator();
+
+    /**
+     * The item at the read position, which then advances; null at the end, again and again.
+     * The pointer stays valid for the object's life once the file is parsed.
+     * Requires: resetIterator() was called.
+     */
+    InputValueItem* nextItem();
+
+private:
+    void reportField(const QString& text, const char* type,
+                     const log4cxx::spi::LocationInfo& location) const;
+
+    ItemStore mItems;
+};

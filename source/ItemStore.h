@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "InputValueItem.h"
+
+/**
+ * The items of one input value file, in file order. Grows by chunks that never move, so that an
+ * item keeps its address, a long file is never copied while it grows, and an item costs its own
+ * size and next to nothing beside it.
+ *
+ * Owns its items; a copy owns copies.
+ */
+class ItemStore
+{
+public:
+    void append(const InputValueItem& item);
+
+    /** Sets the read position to the first item. */
+    void rewind();
+
+    /**
+     * The item at the read position, which then advances; null at the end. The pointer stays
+     * valid as long as the store does.
+     */
+    InputValueItem* next();
+
+private:
+    std::vector<std::vector<InputValueItem>> mChunks;
+    size_t mChunk = 0; ///< chunk of the read position
+    size_t mIndex = 0; ///< place of the read position in its chunk
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+/**
+ * Hands out the lines of an open file one after another, reading ahead in blocks so that a line
+ * costs no system call of its own. Knows bytes and line ends (0x0A) only; what a line means is
+ * the parser's business.
+ *
+ * Borrows the descriptor, which must stay open while lines are taken, and owns its buffer, which
+ * grows to the longest line.
+ */
+class LineReader
+{
+public:
+    /** Starts at the descriptor's current position; forgets what was read and any failure. */
+    void start(int descriptor);
+
+    /** Releases the buffer; hasLine() is false from then on. */
+    void stop();
+
+    /**
+     * True when a line can be taken: a whole one, or what stands after the last line end.
+     * False at the end of the file (a read that delivers nothing) and after a failed read;
+     * the bytes of a line that a failed read left unfinished are never delivered.
+     */
+    bool hasLine();
+
+    /**
+     * Takes the next line, without its line end. The bytes stay valid until the next call of any
+     * operation. Requires: hasLine() was just true.
+     */
+    std::string_view takeLine();
+
+    /** The errno of the read that failed, 0 if none did; tells each failure once. */
+    int takeError();
+
+private:
+    bool findLineEnd();
+    bool fill();
+
+    int mDescriptor = -1;
+    int mError = 0;
+    bool mAtEnd = true;
+    std::vector<char> mBuffer;
+    size_t mBegin = 0;   ///< first byte not yet taken
+    size_t mScanned = 0; ///< no line end before this one
+    size_t mEnd = 0;     ///< end of the bytes read
+};

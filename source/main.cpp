@@ -1,0 +1,173 @@
+#include <libgen.h>
+#include <limits.h>
+#include <unistd.h>
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+#include <QStandardPaths>
+#include <QStringList>
+#include <QVersionNumber>
+
+#include <array>
+#include <iostream>
+
+#include "Simulator.h"
+#include "TrackLog.h"
+#include "TrackSystem.h"
+
+namespace {
+constexpr char kTrackConfigName[] = "vx-simulator.trackconfig.xml";
+constexpr char kCaseConfigName[] = "vx-simulator.conf";
+constexpr int kConfigMissingExitCode = -1;
+
+struct VersionInfo
+{
+    QVersionNumber number;
+    QString builtBy;
+    bool modified; ///< built from modified sources
+    int external;  ///< 0 means not shown
+};
+
+QString versionString(const VersionInfo& version)
+{
+    QString text = version.number.toString();
+    if (version.external != 0) {
+        text += QStringLiteral(" (external:%1)").arg(version.external);
+    }
+    if (!version.builtBy.isEmpty()) {
+        text += QStringLiteral(" by ") + version.builtBy;
+    }
+    if (version.modified) {
+        text += QStringLiteral(" modified");
+    }
+    return text;
+}
+
+QString programDirectory()
+{
+    std::array<char, PATH_MAX + 1> target{};
+    const ssize_t length = readlink("/proc/self/exe", target.data(), target.size() - 1);
+    return length < 0 ? QString() : QFile::decodeName(dirname(target.data()));
+}
+
+QStringList configSearchDirectories()
+{
+    QStringList directories{QStringLiteral("/etc/vx"),
+                            QStringLiteral("/opt/vx/share/vx-core/defaults")};
+    const QString ownDirectory = programDirectory();
+    if (!ownDirectory.isNull()) {
+        directories += ownDirectory;
+    }
+    directories += QStandardPaths::standardLocations(QStandardPaths::ConfigLocation);
+    directories.removeDuplicates();
+    return directories;
+}
+
+void writeLine(std::ostream& err, const QString& line)
+{
+    err << line.toStdString() << std::endl;
+}
+
+/** Full path of the first match in the search directories; null after a message on err. */
+QString searchConfigFile(const QString& fileName, std::ostream& err)
+{
+    for (const QString& directory : configSearchDirectories()) {
+        const QString path = directory + QLatin1Char('/') + fileName;
+        if (QFile::exists(path)) {
+            return path;
+        }
+    }
+    writeLine(err, QStringLiteral("Configuration file not found: ") + fileName);
+    writeLine(err, QStringLiteral("Add it to one of these directories:"));
+    for (const QString& directory : configSearchDirectories()) {
+        writeLine(err, QStringLiteral("  ") + directory);
+    }
+    return QString();
+}
+
+/** The file given with the option, else the default one; null after a message on err. */
+QString locateConfigFile(const QString& defaultName, const QCommandLineParser& parser,
+                         const QCommandLineOption& option, std::ostream& err)
+{
+    if (parser.isSet(option)) {
+        const QString value = parser.value(option);
+        if (QFile::exists(value)) {
+            return value;
+        }
+        writeLine(err, QStringLiteral("Specified configuration file not found: ") + value);
+        return QString();
+    }
+    const QString path = searchConfigFile(defaultName, err);
+    if (path.isEmpty()) {
+        writeLine(err, QStringLiteral("or specify file with command line argument: ") +
+                           option.names().join(QStringLiteral(", ")));
+        return QString();
+    }
+    return path;
+}
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("main", text);
+}
+
+/** Loads and plays; returns only when something could not be loaded or opened. */
+void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger)
+{
+    Simulator simulator;
+    if (!simulator.loadConfigFile(caseConfig)) {
+        logError(logger, LOG4CXX_LOCATION,
+                 [&] { return "could not load config file: " + local8Bit(caseConfig); });
+    } else if (!simulator.loadDataFiles()) {
+        logError(logger, LOG4CXX_LOCATION, [] { return "could not load data files."; });
+    } else {
+        simulator.startEndless();
+    }
+    logInfo(logger, LOG4CXX_LOCATION, [] { return "done."; });
+    logInfo(logger, LOG4CXX_LOCATION, [] { return "Terminating"; });
+    QCoreApplication::exit(0);
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    const VersionInfo version{QVersionNumber(1, 2, 1524), QStringLiteral("yocto"), false, 0};
+    QCoreApplication::setApplicationVersion(versionString(version));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        translated("Simulation der Hardware für das Varn core-system."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption trackOption(QStringLiteral("track"),
+                                         translated("track configuration file"),
+                                         QStringLiteral("filename"));
+    const QCommandLineOption configOption(QStringLiteral("config"),
+                                          translated("input configuration file"),
+                                          QStringLiteral("filename"));
+    parser.addOption(trackOption);
+    parser.addOption(configOption);
+    parser.process(QCoreApplication::arguments());
+
+    const QString trackConfig =
+        locateConfigFile(QString::fromLatin1(kTrackConfigName), parser, trackOption, std::cerr);
+    if (trackConfig.isNull()) {
+        return kConfigMissingExitCode;
+    }
+    const log4cxx::LoggerPtr logger = initializeTrackSystem(trackConfig.toStdString());
+    logInfo(logger, LOG4CXX_LOCATION, [] {
+        return "Starting (Version " + QCoreApplication::applicationVersion().toStdString() +
+               ", Build " __DATE__ " " __TIME__ ")";
+    });
+
+    const QString caseConfig =
+        locateConfigFile(QString::fromLatin1(kCaseConfigName), parser, configOption, std::cerr);
+    if (caseConfig.isNull()) {
+        return kConfigMissingExitCode;
+    }
+    runSimulator(caseConfig, logger);
+    return 0;
+}
