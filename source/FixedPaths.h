@@ -16,3 +16,6 @@ inline constexpr char kH2pPath[] = "/sys/devices/platform/vxadc-sim/h2p";
 inline constexpr char kF2hPath[] = "/sys/devices/platform/vxadc-sim/f2h";
 inline constexpr char kD2hPath[] = "/sys/devices/platform/vxadc-sim/d2h";
 inline constexpr char kR2hPath[] = "/sys/devices/platform/vxadc-sim/r2h";
+
+/** The simulated PME device; takes PME frames. */
+inline constexpr char kPmeDevicePath[] = "/dev/pme-sim";
