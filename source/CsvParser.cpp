@@ -108,8 +108,17 @@ bool CsvParser::parseNextLine()
     if (!hasLine) {
         return true;
     }
-    const QString data = dataPart(toText(mReader.takeLine()));
+    const std::string_view line = mReader.takeLine();
+    if (takePlainLine(line)) {
+        return true;
+    }
+    const QString data = dataPart(toText(line));
     return data.isEmpty() || parseLine(data);
+}
+
+bool CsvParser::takePlainLine(std::string_view /*line*/)
+{
+    return false;
 }
 
 int CsvParser::parseLines(int maxLines)

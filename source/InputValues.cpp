@@ -2,16 +2,47 @@
 
 #include <QStringList>
 
+#include "PlainFields.h"
 #include "TrackLog.h"
 
 namespace {
 const QChar kSeparator = QLatin1Char(';');
 constexpr int kFieldCount = 13;
-constexpr int kAuxWordColumn = 2;
-constexpr int kFlagsColumn = 3;
-constexpr int kFrequencyColumn = 4;
-constexpr int kFirstValueColumn = 5;
-static_assert(kFirstValueColumn + kChannelCount == kFieldCount);
+
+/** The fields of a line as texts, converted by the general, reporting operations. */
+class TextFields
+{
+public:
+    TextFields(InputValues* values, const QStringList& fields) : mValues(values), mFields(fields) {}
+
+    bool skip()
+    {
+        ++mIndex;
+        return true;
+    }
+    bool read(quint32* value) { return mValues->parseUInt(mFields[mIndex++], value); }
+    bool read(qint32* value) { return mValues->parseInt(mFields[mIndex++], value); }
+    bool read(float* value) { return mValues->parseFloat(mFields[mIndex++], value); }
+
+private:
+    InputValues* mValues;
+    const QStringList& mFields;
+    int mIndex = 0;
+};
+
+/** What stands in a line, field by field; false at the first field that does not convert. */
+template <typename Fields>
+bool readItem(Fields* fields, InputValueItem* item)
+{
+    item->mSeconds = 0;
+    item->mNanoseconds = 0;
+    bool ok = fields->skip() && fields->skip() && fields->read(&item->mAuxWord) &&
+              fields->read(&item->mFlags) && fields->read(&item->mFrequency);
+    for (qint32& value : item->mValues) {
+        ok = ok && fields->read(&value);
+    }
+    return ok;
+}
 } // namespace
 
 InputValues::~InputValues() = default;
@@ -28,18 +59,23 @@ bool InputValues::parseLine(QString line)
         return false;
     }
     InputValueItem item;
-    item.mSeconds = 0;
-    item.mNanoseconds = 0;
-    bool ok = parseUInt(fields[kAuxWordColumn], &item.mAuxWord) &&
-              parseUInt(fields[kFlagsColumn], &item.mFlags) &&
-              parseFloat(fields[kFrequencyColumn], &item.mFrequency);
-    for (int channel = 0; ok && channel < kChannelCount; ++channel) {
-        ok = parseInt(fields[kFirstValueColumn + channel], &item.mValues[channel]);
+    TextFields texts(this, fields);
+    if (!readItem(&texts, &item)) {
+        return false;
     }
-    if (ok) {
-        mItems.append(item);
+    mItems.append(item);
+    return true;
+}
+
+bool InputValues::takePlainLine(std::string_view line)
+{
+    InputValueItem item;
+    PlainFields fields(line);
+    if (!readItem(&fields, &item) || !fields.isAtEnd()) {
+        return false;
     }
-    return ok;
+    mItems.append(item);
+    return true;
 }
 
 bool InputValues::parseUInt(QString text, quint32* value)

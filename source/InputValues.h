@@ -40,6 +40,9 @@ public:
      */
     InputValueItem* nextItem();
 
+protected:
+    bool takePlainLine(std::string_view line) override;
+
 private:
     void reportField(const QString& text, const char* type,
                      const log4cxx::spi::LocationInfo& location) const;
