@@ -1,0 +1,64 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "FileDescriptor.h"
+
+/** Exit statuses of the sandbox's own, as env and timeout have them. */
+inline constexpr int kExitSandboxFailed = 125;
+inline constexpr int kExitCannotExecute = 126;
+inline constexpr int kExitNotFound = 127;
+inline constexpr int kExitSignalBase = 128;
+
+/** Why a program did not start: the exit status that says so, and one line. */
+struct StartFailure
+{
+    int mExitStatus;
+    std::string mText;
+};
+
+/**
+ * The program the sandbox runs: a child process that prepares itself, becomes the program, and
+ * dies with the sandbox. Its end is to be waited for by reap(), called upon SIGCHLD.
+ */
+class ProgramProcess
+{
+public:
+    /**
+     * Forks. The child calls `prepare`, restores the signals to what `restoreSignals` makes of
+     * them, and executes `command` (looked up in PATH). Either may throw in the child. Throws a
+     * std::system_error when there is no child. Requires: one thread; `command` is not empty.
+     */
+    void start(const std::vector<std::string>& command, const std::function<void()>& prepare,
+               const std::function<void()>& restoreSignals);
+
+    /** Readable when the start has succeeded or failed; -1 once that is known. */
+    int startReport() const { return mReport.get(); }
+
+    /** Takes the start's report; requires that startReport() is readable. */
+    void readStartReport();
+
+    /** The failure, if the program could not be started. */
+    const std::optional<StartFailure>& startFailure() const { return mStartFailure; }
+
+    /** Sends a signal, if the program has not ended. */
+    void signal(int number) const;
+
+    /** Takes notice of the end, if it has come; returns whether it has. */
+    bool reap();
+
+    /** As waitpid gives it. Requires: reap() returned true. */
+    int waitStatus() const { return mWaitStatus; }
+
+private:
+    pid_t mPid = -1;
+    int mWaitStatus = 0;
+    FileDescriptor mReport;
+    std::string mReportText;
+    std::optional<StartFailure> mStartFailure;
+};

@@ -1,0 +1,84 @@
+#include "SimulatedDriver.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "Console.h"
+#include "SampleRecord.h"
+
+SimulatedDriver::SimulatedDriver(const DriverOutputs& outputs, Console& console)
+    : mConsole(console),
+      mRecord(outputs.mRecordPath, console),
+      mEvents(outputs.mEventsPath, console),
+      mPme(outputs.mPmePath, console)
+{
+}
+
+WriteAnswer SimulatedDriver::write(DriverFile file, off_t offset, const char* data,
+                                   std::size_t size)
+{
+    const Arrival arrival = Arrival::now();
+    if (const char* objection = objectionToWrite(file, offset, size)) {
+        refuse(file, offset, size, objection, arrival);
+        return {EINVAL, 0};
+    }
+    accept(file, data, size, arrival);
+    return {0, size};
+}
+
+void SimulatedDriver::accept(DriverFile file, const char* data, std::size_t size,
+                             const Arrival& arrival)
+{
+    ++mAcceptedWrites[static_cast<std::size_t>(file)];
+    if (file == DriverFile::F2h || file == DriverFile::R2h) {
+        mEvents.addWords(arrival.mRealtimeNs, driverFileName(file), data, size);
+        return;
+    }
+    mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, true);
+    if (file == DriverFile::AdcIn) {
+        acceptBlock(data, size, arrival);
+    } else if (file == DriverFile::PmeSim) {
+        mPme.write(data, size);
+    }
+}
+
+void SimulatedDriver::acceptBlock(const char* data, std::size_t size, const Arrival& arrival)
+{
+    mRecord.write(data, size);
+    std::array<SampleRecord, kSamplesPerPeriod> records;
+    std::memcpy(records.data(), data, size);
+    mStatistics.addBlock(records.data(), size / sizeof(SampleRecord), arrival);
+}
+
+void SimulatedDriver::refuse(DriverFile file, off_t offset, std::size_t size, const char* objection,
+                             const Arrival& arrival)
+{
+    ++mRefusedWrites;
+    mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false);
+    if (mRefusalReports.allows(arrival.mMonotonicNs)) {
+        mConsole.message("refused a write of " + std::to_string(size) + " bytes at offset " +
+                         std::to_string(offset) + ": " + driverFileTraits(file).mPath + " takes " +
+                         objection);
+    }
+}
+
+void SimulatedDriver::flush()
+{
+    mRecord.flush();
+    mEvents.flush();
+    mPme.flush();
+    if (const std::uint64_t suppressed = mRefusalReports.takeSuppressed()) {
+        mConsole.message("refused " + std::to_string(suppressed) +
+                         " more writes, not shown one by one");
+    }
+}
+
+bool SimulatedDriver::hasFailedOutput() const
+{
+    return mRecord.hasFailed() || mEvents.hasFailed() || mPme.hasFailed();
+}
+
+std::uint64_t SimulatedDriver::acceptedWrites(DriverFile file) const
+{
+    return mAcceptedWrites[static_cast<std::size_t>(file)];
+}

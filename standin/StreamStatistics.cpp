@@ -1,0 +1,64 @@
+#include "StreamStatistics.h"
+
+#include <algorithm>
+
+#include "SampleRecord.h"
+
+namespace {
+
+double inSeconds(std::int64_t nanoseconds)
+{
+    return static_cast<double>(nanoseconds) / static_cast<double>(kNanosecondsPerSecond);
+}
+
+std::int64_t stampOf(const SampleRecord& record)
+{
+    return std::int64_t{record.mSeconds} * kNanosecondsPerSecond + record.mNanoseconds;
+}
+
+} // namespace
+
+void StreamStatistics::addBlock(const SampleRecord* records, std::size_t count,
+                                const Arrival& arrival)
+{
+    if (mBlocks == 0) {
+        mFirstArrival = arrival;
+    }
+    ++mBlocks;
+    std::for_each_n(records, count,
+                    [this](const SampleRecord& record) { addSample(stampOf(record)); });
+    addDistance(mLastStampNs - arrival.mRealtimeNs);
+    mSignalOverArrival.add(inSeconds(arrival.mMonotonicNs - mFirstArrival.mMonotonicNs),
+                           inSeconds(signalNs()));
+}
+
+void StreamStatistics::addSample(std::int64_t stampNs)
+{
+    if (mSamples == 0) {
+        mFirstStampNs = stampNs;
+    } else {
+        mSmallestStepNs = std::min(mSmallestStepNs, stampNs - mLastStampNs);
+        mLargestStepNs = std::max(mLargestStepNs, stampNs - mLastStampNs);
+    }
+    mLastStampNs = stampNs;
+    ++mSamples;
+}
+
+void StreamStatistics::addDistance(std::int64_t leadNs)
+{
+    mLeadNs.add(static_cast<std::uint64_t>(std::max<std::int64_t>(leadNs, 0)));
+    mLagNs.add(static_cast<std::uint64_t>(std::max<std::int64_t>(-leadNs, 0)));
+}
+
+double StreamStatistics::stepRate() const
+{
+    if (mSamples < 2 || signalNs() <= 0) {
+        return 0;
+    }
+    return static_cast<double>(mSamples - 1) / inSeconds(signalNs());
+}
+
+double StreamStatistics::signalSpeed() const
+{
+    return mSignalOverArrival.hasSlope() ? mSignalOverArrival.slope() : 0;
+}
