@@ -7,23 +7,28 @@
 
 namespace {
 
+/** As it stands in a JSON string; quotes, backslashes and control characters need an escape. */
+std::string escaped(char byte)
+{
+    if (byte == '"' || byte == '\\') {
+        return std::string("\\") + byte;
+    }
+    const unsigned code = static_cast<unsigned char>(byte);
+    if (code >= 0x20) {
+        return {byte};
+    }
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "\\u%04x", code);
+    return text.data();
+}
+
 /** As a JSON string; bytes that are not UTF-8 become replacement characters. */
 std::string quoted(const std::string& text)
 {
     const QByteArray utf8 = QString::fromUtf8(text.data(), static_cast<int>(text.size())).toUtf8();
     std::string result = "\"";
     for (const char byte : utf8) {
-        if (byte == '"' || byte == '\\') {
-            result += '\\';
-            result += byte;
-        } else if (static_cast<unsigned char>(byte) < 0x20) {
-            std::array<char, 8> escape{};
-            std::snprintf(escape.data(), escape.size(), "\\u%04x",
-                          unsigned{static_cast<unsigned char>(byte)});
-            result += escape.data();
-        } else {
-            result += byte;
-        }
+        result += escaped(byte);
     }
     return result + '"';
 }

@@ -155,9 +155,11 @@ FileDescriptor openFuseDevice()
         return device;
     }
     const bool isForbidden = errno == EACCES || errno == EPERM;
-    throwErrno(isForbidden ? "no right to open /dev/fuse, which serves the driver's files"
-                           : "the kernel or the container has no usable /dev/fuse, which serves "
-                             "the driver's files");
+    throwErrno(
+        isForbidden
+            ? "no right to open /dev/fuse (its usual mode is 0666), which serves the driver's files"
+            : "the kernel or the container has no usable /dev/fuse, which serves "
+              "the driver's files");
 }
 
 /** Done here and not by the library, which would go on to a set-uid helper without saying why. */

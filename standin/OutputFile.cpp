@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kBufferBytes = 256 * 1024;
+constexpr std::size_t kBufferBytes = std::size_t{256} * 1024;
 constexpr mode_t kFileMode = 0666;
 
 /** Writes all of it; false with errno set when that fails. */

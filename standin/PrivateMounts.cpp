@@ -58,9 +58,10 @@ void enterUserNamespace()
     const std::string user = std::to_string(geteuid());
     const std::string group = std::to_string(getegid());
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
-        throwErrno(
-            "no right to mount, and the kernel or the container forbids user namespaces, which "
-            "would give it");
+        throwErrno(errno == ENOSPC ? "no right to mount, and user.max_user_namespaces leaves no "
+                                     "user namespace, which would give it"
+                                   : "no right to mount, and the kernel or the container forbids "
+                                     "user namespaces, which would give it");
     }
     writeProcFile("/proc/self/setgroups", "deny");
     writeProcFile("/proc/self/uid_map", user + " " + user + " 1");

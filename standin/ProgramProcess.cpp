@@ -25,6 +25,7 @@ StartFailure execute(const std::vector<std::string>& command)
 {
     std::vector<std::string> words = command;
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }

@@ -45,7 +45,7 @@ void SimulatedDriver::accept(DriverFile file, const char* data, std::size_t size
 void SimulatedDriver::acceptBlock(const char* data, std::size_t size, const Arrival& arrival)
 {
     mRecord.write(data, size);
-    std::array<SampleRecord, kSamplesPerPeriod> records;
+    std::array<SampleRecord, kSamplesPerPeriod> records{};
     std::memcpy(records.data(), data, size);
     mStatistics.addBlock(records.data(), size / sizeof(SampleRecord), arrival);
 }

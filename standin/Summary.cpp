@@ -27,7 +27,7 @@ __attribute__((format(printf, 1, 2))) std::string format(const char* pattern, ..
 
 std::string row(const char* name, const std::string& value)
 {
-    return format("  %-18s%s\n", name, value.c_str());
+    return format("  %-19s%s\n", name, value.c_str());
 }
 
 double inSeconds(std::int64_t nanoseconds)
@@ -74,11 +74,17 @@ std::string distanceRow(const char* name, const Histogram& histogram)
         return static_cast<double>(nanoseconds) / kNanosecondsPerMillisecond;
     };
     return row(
-        name,
-        format("largest %.3f ms; of all blocks, 50 %% up to %.3f, 95 %% up to %.3f, "
-               "99 %% up to %.3f ms",
-               milliseconds(histogram.largest()), milliseconds(histogram.percentile(50)),
-               milliseconds(histogram.percentile(95)), milliseconds(histogram.percentile(99))));
+        name, format("%10.3f %10.3f %10.3f %10.3f ms", milliseconds(histogram.percentile(50)),
+                     milliseconds(histogram.percentile(95)), milliseconds(histogram.percentile(99)),
+                     milliseconds(histogram.largest())));
+}
+
+std::string distanceRows(const StreamStatistics& statistics)
+{
+    return row("of all blocks",
+               format("%10s %10s %10s %10s", "50 % up to", "95 % up to", "99 % up to", "largest")) +
+           distanceRow("lead on arrival", statistics.leadNs()) +
+           distanceRow("lag on arrival", statistics.lagNs());
 }
 
 std::string streamRows(const StreamStatistics& statistics)
@@ -89,8 +95,7 @@ std::string streamRows(const StreamStatistics& statistics)
     return row("signal", format("%.3f s", inSeconds(statistics.signalNs()))) +
            row("first time stamp", stamp(statistics.firstStampNs())) +
            row("last time stamp", stamp(statistics.lastStampNs())) + stepRows(statistics) +
-           rateRows(statistics) + distanceRow("lead on arrival", statistics.leadNs()) +
-           distanceRow("lag on arrival", statistics.lagNs());
+           rateRows(statistics) + distanceRows(statistics);
 }
 
 std::string count(std::uint64_t value)
@@ -100,15 +105,15 @@ std::string count(std::uint64_t value)
 
 } // namespace
 
-std::string statusText(const StreamStatistics& statistics, std::int64_t elapsedNs,
-                       std::int64_t realtimeNs)
+std::string statusText(const StreamStatistics& statistics, const Arrival& now)
 {
     if (statistics.blocks() == 0) {
         return "waiting for the first block";
     }
-    const double leadMs =
-        static_cast<double>(statistics.lastStampNs() - realtimeNs) / kNanosecondsPerMillisecond;
-    return format("%.0f s  %llu samples  %.1f samples/s  %s %.1f ms", inSeconds(elapsedNs),
+    const std::int64_t elapsedNs = now.mMonotonicNs - statistics.firstArrival().mMonotonicNs;
+    const double leadMs = static_cast<double>(statistics.lastStampNs() - now.mRealtimeNs) /
+                          kNanosecondsPerMillisecond;
+    return format("%.0f s  %llu samples  %.1f samples/s  %s %+.1f ms", inSeconds(elapsedNs),
                   static_cast<unsigned long long>(statistics.samples()), statistics.arrivalRate(),
                   leadMs < 0 ? "lag" : "lead", leadMs);
 }

@@ -162,9 +162,7 @@ void Supervisor::runEachSecond(std::int64_t nowNs)
 {
     mDriver.flush();
     if (mConsole.showsStatus()) {
-        const StreamStatistics& statistics = mDriver.statistics();
-        const std::int64_t beganNs = statistics.firstArrival().mMonotonicNs;
-        mConsole.status(statusText(statistics, nowNs - beganNs, realtimeNs()));
+        mConsole.status(statusText(mDriver.statistics(), {realtimeNs(), nowNs}));
     }
     // After a pause (a suspended process) the seconds that were missed are not made up for.
     mNextSecondNs = std::max(mNextSecondNs + kNanosecondsPerSecond, nowNs);

@@ -54,9 +54,7 @@ private:
     ProgramProcess mProgram;
     FileDescriptor mSignals;
     sigset_t mOldMask{};
-    struct sigaction mOldPipeAction
-    {
-    };
+    struct sigaction mOldPipeAction = {};
     bool mHasEnded = false;
     std::int64_t mNextSecondNs = 0;      ///< on the monotonic clock, as the next one
     std::optional<std::int64_t> mKillNs; ///< set once --for has sent its SIGTERM
