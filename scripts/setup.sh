@@ -1,0 +1,75 @@
+#!/usr/bin/env bash
+# Installs what is missing on Debian 12 and makes sure that the stand-in driver can run.
+#
+# Usage: scripts/setup.sh GROUP...
+#   build   compiler, build tools and the libraries of the programs and their tests
+#   demo    what draws the picture
+#   lint    what checks format and code
+set -euo pipefail
+
+packagesOf() {
+    case $1 in
+        build) echo g++ cmake ninja-build pkg-config qtbase5-dev liblog4cxx-dev libfuse3-dev \
+            libgtest-dev ;;
+        demo) echo gnuplot-nox ;;
+        lint) echo clang-format clang-tidy cppcheck ;;
+        *) fail "unknown group '$1': expected build, demo or lint" ;;
+    esac
+}
+
+fail() {
+    echo "setup: $*" >&2
+    exit 1
+}
+
+isInstalled() {
+    [[ $(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+# asRoot PURPOSE COMMAND...: runs the command, through sudo where that is needed.
+asRoot() {
+    local purpose=$1
+    shift
+    echo "setup: $purpose: $*"
+    if [[ $EUID -eq 0 ]]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        fail "this needs root, and there is no sudo; as root, run: $*"
+    fi
+}
+
+installMissing() {
+    local missing=() package
+    for package in "$@"; do
+        isInstalled "$package" || missing+=("$package")
+    done
+    [[ ${#missing[@]} -gt 0 ]] || return 0
+
+    asRoot "reading the list of packages" apt-get -q update
+    asRoot "installing what is missing" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -q install -y --no-install-recommends "${missing[@]}"
+}
+
+# The stand-in driver serves its files through /dev/fuse.
+prepareFuse() {
+    if [[ ! -e /dev/fuse ]]; then
+        asRoot "loading the module that makes /dev/fuse" modprobe fuse || true
+        [[ -e /dev/fuse ]] || fail "/dev/fuse is missing, and with it the stand-in driver." \
+            "In a container: start it with --device /dev/fuse"
+    fi
+    if [[ ! -r /dev/fuse || ! -w /dev/fuse ]]; then
+        asRoot "opening /dev/fuse to all users, as Debian does" chmod 0666 /dev/fuse
+    fi
+}
+
+command -v dpkg-query >/dev/null || fail "this is made for Debian 12, and there is no dpkg-query"
+packages=()
+for group in "$@"; do
+    list=$(packagesOf "$group")
+    read -ra names <<<"$list"
+    packages+=("${names[@]}")
+done
+installMissing "${packages[@]}"
+prepareFuse

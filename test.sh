@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds and runs all tests.
+#
+# Usage: ./test.sh [PRESET]     (default: release; debug and asan are the others)
+set -euo pipefail
+cd "$(dirname "$0")"
+export LC_ALL=C.UTF-8
+
+preset=${1:-release}
+scripts/setup.sh build
+cmake --preset "$preset"
+cmake --build --preset "$preset"
+ctest --preset "$preset"
