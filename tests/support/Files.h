@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+#include <string>
+#include <vector>
+
+/** The bytes of a file; fails the test when it cannot be read. */
+std::string readFile(const std::string& path);
+
+/** Makes or replaces a file. */
+void writeFile(const std::string& path, const std::string& bytes);
+
+/** Descriptors that this process has open. */
+int openDescriptors();
+
+/** True when this process has the file open. */
+bool holdsOpen(const std::string& path);
+
+/** One line of an input value file: channel values 1 to 8, the rest as given. */
+std::string valueLine(const std::string& auxWord, const std::string& frequency);
+
+/** A directory for the files of one test. */
+class TestFiles
+{
+public:
+    /** Full path of a name in the directory. */
+    std::string path(const std::string& name) const;
+
+    /** Writes the file and returns its full path. */
+    QString make(const std::string& name, const std::string& bytes) const;
+
+private:
+    QTemporaryDir mDirectory;
+};

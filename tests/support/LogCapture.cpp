@@ -1,0 +1,73 @@
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+#include <log4cxx/appenderskeleton.h>
+#include <log4cxx/logger.h>
+#include <log4cxx/spi/loggingevent.h>
+
+#include <functional>
+#include <utility>
+
+#include "TrackObject.h"
+
+namespace {
+class CallingAppender : public log4cxx::AppenderSkeleton
+{
+public:
+    using Handler = std::function<void(const LogEvent&)>;
+
+    explicit CallingAppender(Handler handler) : mHandler(std::move(handler)) {}
+
+    void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool&) override
+    {
+        const log4cxx::spi::LocationInfo& location = event->getLocationInformation();
+        mHandler({event->getLevel()->toString(), event->getLoggerName(), event->getMessage(),
+                  location.getFileName(),
+                  location.getClassName() + "::" + location.getMethodName()});
+    }
+    void close() override {}
+    bool requiresLayout() const override { return false; }
+
+private:
+    Handler mHandler;
+};
+} // namespace
+
+LogCapture::LogCapture()
+    : mErrorsBefore(TrackObject::sErrorCounter), mFatalsBefore(TrackObject::sFatalCounter)
+{
+    mAppender = std::make_shared<CallingAppender>([this](const LogEvent& event) {
+        mErrorsLogged += event.mLevel == "ERROR" ? 1 : 0;
+        mFatalsLogged += event.mLevel == "FATAL" ? 1 : 0;
+        mEvents.push_back(event);
+    });
+    log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getAll());
+    log4cxx::Logger::getRootLogger()->addAppender(mAppender);
+}
+
+LogCapture::~LogCapture()
+{
+    log4cxx::Logger::getRootLogger()->removeAppender(mAppender);
+    EXPECT_EQ(errors(), mErrorsLogged) << "ERROR reports counted and logged";
+    EXPECT_EQ(fatals(), mFatalsLogged) << "FATAL reports counted and logged";
+}
+
+Lines LogCapture::takeLines()
+{
+    Lines lines;
+    for (const LogEvent& event : mEvents) {
+        lines.push_back(event.mLevel + " " + event.mText);
+    }
+    mEvents.clear();
+    return lines;
+}
+
+int LogCapture::errors() const
+{
+    return TrackObject::sErrorCounter - mErrorsBefore;
+}
+
+int LogCapture::fatals() const
+{
+    return TrackObject::sFatalCounter - mFatalsBefore;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QtGlobal>
+#include <string>
+#include <vector>
+
+#include "SampleRecord.h"
+
+/**
+ * The fixed paths of a device, private to the test process: each object finds the directories of
+ * the control FIFO and of the driver there and empty.
+ */
+class TestDevice
+{
+public:
+    /** Throws with one line that says what is missing when the kernel allows no private mounts. */
+    TestDevice();
+
+    /** Makes the driver's five files as regular files. */
+    void makeDriver();
+
+    /** Makes a directory, or a link, in the place of whatever is there. */
+    void makeDirectory(const std::string& path);
+    void makeLink(const std::string& path, const std::string& target);
+
+    void remove(const std::string& path);
+
+    /** The paths of the driver's files in the order in which they are opened. */
+    static const std::vector<std::string>& driverPaths();
+
+    /** What the sample buffer took. */
+    std::vector<SampleRecord> records() const;
+
+    /** The 32-bit words in a driver file. */
+    std::vector<quint32> words(const std::string& path) const;
+
+    /** Writes the bytes into the control FIFO in one write. Requires: the FIFO is open. */
+    void send(const std::string& bytes);
+};

@@ -1,0 +1,177 @@
+#include "VirtualSystem.h"
+
+#include <sys/select.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+constexpr qint64 kMicrosecondsPerSecond = 1'000'000;
+constexpr qint64 kNanosecondsPerMicrosecond = 1000;
+
+/** Constant-initialised: static constructors read the clock before any object can live. */
+VirtualSystem* gSystem = nullptr;
+
+int fail(int error)
+{
+    errno = error;
+    return -1;
+}
+
+/** True when none is left; else counts one. */
+bool isDue(int* left)
+{
+    if (*left == 0) {
+        return true;
+    }
+    --*left;
+    return false;
+}
+
+int pollNow(int count, fd_set* readSet, const fd_set& wanted)
+{
+    *readSet = wanted;
+    const timespec atOnce{};
+    return pselect(count, readSet, nullptr, nullptr, &atOnce, nullptr);
+}
+
+bool isFile(int descriptor, const std::string& path)
+{
+    struct stat one
+    {
+    };
+    struct stat other
+    {
+    };
+    return fstat(descriptor, &one) == 0 && stat(path.c_str(), &other) == 0 &&
+           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+} // namespace
+
+qint64 toNanoseconds(const timespec& time)
+{
+    return time.tv_sec * kNanosecondsPerSecond + time.tv_nsec;
+}
+
+timespec fromNanoseconds(qint64 nanoseconds)
+{
+    return {nanoseconds / kNanosecondsPerSecond, nanoseconds % kNanosecondsPerSecond};
+}
+
+VirtualSystem::VirtualSystem()
+{
+    gSystem = this;
+}
+
+VirtualSystem::~VirtualSystem()
+{
+    gSystem = nullptr;
+}
+
+void VirtualSystem::advance(qint64 nanoseconds)
+{
+    mRealtime = fromNanoseconds(toNanoseconds(mRealtime) + nanoseconds);
+    mMonotonic = fromNanoseconds(toNanoseconds(mMonotonic) + nanoseconds);
+}
+
+extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept
+{
+    if (gSystem == nullptr || (clock != CLOCK_REALTIME && clock != CLOCK_MONOTONIC)) {
+        return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+    }
+    *now = clock == CLOCK_REALTIME ? gSystem->mRealtime : gSystem->mMonotonic;
+    if (clock == CLOCK_REALTIME) {
+        gSystem->advance(gSystem->mTickPerReading);
+    }
+    return 0;
+}
+
+extern "C" int nanosleep(const timespec* request, timespec* remaining)
+{
+    if (gSystem == nullptr) {
+        const int error = clock_nanosleep(CLOCK_REALTIME, 0, request, remaining);
+        return error == 0 ? 0 : fail(error);
+    }
+    const qint64 wanted = toNanoseconds(*request);
+    gSystem->mSleeps.push_back(wanted);
+    if (gSystem->mSleepError != 0) {
+        return fail(gSystem->mSleepError);
+    }
+    if (!gSystem->mInterruptSleep.empty()) {
+        const qint64 slept = gSystem->mInterruptSleep.front();
+        gSystem->mInterruptSleep.pop_front();
+        gSystem->advance(slept);
+        *remaining = fromNanoseconds(wanted - slept);
+        return fail(EINTR);
+    }
+    gSystem->advance(wanted + gSystem->mOversleep);
+    if (gSystem->mOnSleep) {
+        gSystem->mOnSleep();
+    }
+    return 0;
+}
+
+/** The program uses the read set only. */
+extern "C" int select(int count, fd_set* readSet, fd_set*, fd_set*, timeval* timeout)
+{
+    if (gSystem == nullptr) {
+        const timespec limit =
+            timeout == nullptr
+                ? timespec{}
+                : timespec{timeout->tv_sec, timeout->tv_usec * kNanosecondsPerMicrosecond};
+        return pselect(count, readSet, nullptr, nullptr, timeout == nullptr ? nullptr : &limit,
+                       nullptr);
+    }
+    if (gSystem->mNextSelectError != 0) {
+        return fail(std::exchange(gSystem->mNextSelectError, 0));
+    }
+    const qint64 limit =
+        timeout == nullptr ? -1 : timeout->tv_sec * kMicrosecondsPerSecond + timeout->tv_usec;
+    const fd_set wanted = *readSet;
+    if (limit == 0) {
+        ++gSystem->mPolls;
+        if (gSystem->mOnPoll) {
+            gSystem->mOnPoll();
+        }
+        return pollNow(count, readSet, wanted);
+    }
+    gSystem->mWaits.push_back(limit);
+    int ready = pollNow(count, readSet, wanted);
+    if (ready == 0 && gSystem->mOnWait) {
+        gSystem->mOnWait();
+        ready = pollNow(count, readSet, wanted);
+    }
+    if (ready == 0 && limit < 0) {
+        throw std::logic_error("a wait without limit that nothing will end");
+    }
+    if (ready == 0) {
+        gSystem->advance(limit * kNanosecondsPerMicrosecond);
+    }
+    return ready;
+}
+
+extern "C" ssize_t read(int descriptor, void* buffer, size_t size)
+{
+    if (gSystem != nullptr) {
+        ++gSystem->mReads;
+        if (gSystem->mReadFault != 0 && isDue(&gSystem->mReadsUntilFault)) {
+            const int fault = std::exchange(gSystem->mReadFault, 0);
+            return fault < 0 ? 0 : fail(fault);
+        }
+    }
+    return syscall(SYS_read, descriptor, buffer, size);
+}
+
+extern "C" ssize_t write(int descriptor, const void* buffer, size_t size)
+{
+    if (gSystem != nullptr && gSystem->mWriteFault != 0 &&
+        isFile(descriptor, gSystem->mFaultyFile) && isDue(&gSystem->mWritesUntilFault)) {
+        return fail(std::exchange(gSystem->mWriteFault, 0));
+    }
+    return syscall(SYS_write, descriptor, buffer, size);
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <time.h>
+
+#include <QtGlobal>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+qint64 toNanoseconds(const timespec& time);
+timespec fromNanoseconds(qint64 nanoseconds);
+
+/**
+ * The system calls that tell time, wait, read and write, as a test wants them. The test program
+ * defines clock_gettime, nanosleep, select, read and write itself; while a VirtualSystem lives,
+ * they do what its members say, and otherwise they go to the kernel unchanged.
+ *
+ * Virtual time passes only in advance(), in sleeps and in waits. The functions may throw in order
+ * to leave an endless loop. At most one object at a time; all calls from one thread.
+ */
+class VirtualSystem
+{
+public:
+    VirtualSystem();
+    VirtualSystem(const VirtualSystem&) = delete;
+    VirtualSystem& operator=(const VirtualSystem&) = delete;
+    ~VirtualSystem();
+
+    /** Lets both clocks pass by that many ns. */
+    void advance(qint64 nanoseconds);
+
+    timespec mRealtime{1'700'000'005, 0};
+    timespec mMonotonic{5000, 0};
+    qint64 mTickPerReading = 0; ///< ns that pass after each reading of the wall clock
+
+    std::vector<qint64> mSleeps;        ///< ns that each nanosleep() asked for
+    std::deque<qint64> mInterruptSleep; ///< the next sleeps end with EINTR after so many ns
+    int mSleepError = 0;                ///< the errno that every sleep fails with
+    qint64 mOversleep = 0;              ///< ns that a whole sleep takes longer
+    std::function<void()> mOnSleep;     ///< at the end of each sleep
+
+    std::vector<qint64> mWaits;    ///< µs of each select() with a time-out, -1 without limit
+    int mPolls = 0;                ///< calls of select() with a time-out of 0
+    int mNextSelectError = 0;      ///< the errno that the next select() fails with
+    std::function<void()> mOnPoll; ///< before each poll
+    std::function<void()> mOnWait; ///< in each wait that finds nothing ready; then looks again
+
+    int mReads = 0;           ///< calls of read()
+    int mReadsUntilFault = 0; ///< reads that still work before mReadFault
+    int mReadFault = 0;       ///< the errno that one read fails with; -1: it delivers nothing
+
+    std::string mFaultyFile;   ///< the file in which a write fails ...
+    int mWritesUntilFault = 0; ///< ... after so many that work ...
+    int mWriteFault = 0;       ///< ... with this errno, once
+};

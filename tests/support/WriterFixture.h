@@ -1,0 +1,71 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "FixedPaths.h"
+#include "InputValues.h"
+#include "LogCapture.h"
+#include "PrussSimulation.h"
+#include "TestDevice.h"
+#include "VirtualSystem.h"
+
+inline constexpr qint64 kStepOf50Hz = 55'555;
+inline constexpr qint64 kBlockOf50Hz = 360 * kStepOf50Hz;
+inline constexpr qint64 kSecond = 1'000'000'000;
+
+inline qint64 stampOf(const SampleRecord& record)
+{
+    return toNanoseconds({record.mSeconds, static_cast<long>(record.mNanoseconds)});
+}
+
+/** A sample writer on a driver of regular files, in virtual time. */
+class WriterFixture : public testing::Test
+{
+protected:
+    WriterFixture() { mDevice.makeDriver(); }
+
+    /** Makes the writer and opens its files. */
+    void startWriter()
+    {
+        mWriter = std::make_unique<PrussSimulation>();
+        ASSERT_TRUE(mWriter->init());
+        mLog.takeLines();
+    }
+
+    /** Adds items with numbers of their own in the auxiliary word. */
+    static void append(InputValues& values, int count, const char* frequency)
+    {
+        for (int i = 0; i < count; ++i) {
+            values.parseLine(QStringLiteral(";;%1;2;%2;1;-2;3;-4;5;-6;7;-8")
+                                 .arg(i)
+                                 .arg(QLatin1String(frequency)));
+        }
+    }
+
+    /** Plays the values from their beginning; the result of the last call. */
+    qint32 play(InputValues& values)
+    {
+        values.resetIterator();
+        qint32 result = 0;
+        while (result == 0) {
+            result = mWriter->writeSamples(values);
+        }
+        return result;
+    }
+
+    qint32 play(int count, const char* frequency = "50")
+    {
+        InputValues values;
+        append(values, count, frequency);
+        return play(values);
+    }
+
+    qint64 now() const { return toNanoseconds(mSystem.mRealtime); }
+
+    VirtualSystem mSystem;
+    TestDevice mDevice;
+    LogCapture mLog;
+    std::unique_ptr<PrussSimulation> mWriter;
+};
