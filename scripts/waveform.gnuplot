@@ -21,12 +21,12 @@ stats recording @format using (since($1, $2)) nooutput name "time"
 
 # The sag begins and ends with a step of the first voltage that no sine makes within a degree.
 stats recording @format using 5 nooutput name "u1"
-last = NaN
-stepTo(value) = (step = abs(value - last), last = value, step)
+previous = NaN
+stepTo(value) = (step = abs(value - previous), previous = value, step)
 stats recording @format using (stepTo($5) > 0.1 * u1_max ? since($1, $2) : NaN) nooutput name "sag"
 
 # The time stamps of 60 Hz are closer together than those of 50 Hz.
-last = NaN
+previous = NaN
 stats recording @format using (stepTo(since($1, $2)) < 50e-6 ? since($1, $2) : NaN) \
     nooutput name "fast"
 
@@ -41,18 +41,33 @@ stats recording @format using ($3 == 0 && since($1, $2) < sag_min ? since($1, $2
 stats recording @format using ($3 == 0 && since($1, $2) > sag_max ? since($1, $2) : NaN) \
     nooutput name "after"
 
+# The records shown around each switch: enough for the time on its axis.
+point = 3               # one in three is drawn, which keeps the picture small
+array switch[3] = [sag_min, sag_max, fast_min]
+array first[3]
+array last[3]
+do for [i = 1:3] {
+    stats recording @format using (since($1, $2) < switch[i] ? 1 : NaN) nooutput name "earlier"
+    first[i] = int(earlier_records) - 270 * point
+    last[i] = int(earlier_records) + 420 * point
+}
+
 # The mean of each signal period: of the time, and of the squares of the channels.
 periods = int(records / period)
 array middle[periods]
+set format "%.7f"       # of the tables
 set table $times
 plot recording @format using (int($0) / period):(since($1, $2)) smooth unique
 set table $unused
+set yrange [-1:1]
 plot $times using (int($1) < periods ? middle[int($1) + 1] = $2 : 0):(0)
+set autoscale y
 do for [channel = 0:7] {
     eval sprintf("set table $squares%d", channel)
     plot recording @format using (int($0) / period):(column(channel + 5)**2) smooth unique
 }
 unset table
+set format "%g"
 timeOf(index) = middle[int(index) + 1]
 frequencyAt(i) = 1 / (middle[i < periods ? i + 1 : i] - middle[i < periods ? i : i - 1])
 rms(square) = sqrt(square) * 1e-3       # V from mV, A from mA
@@ -123,8 +138,8 @@ unset arrow
 
 set border 3 lc rgb textColour
 set grid lc rgb "#e4e4e4" lt 1
-set ytics
-set xtics format ""
+set ytics nomirror
+set xtics nomirror format ""
 set key at screen 0.94, graph 1.0 left top vertical samplen 1.2 spacing 1.15 reverse Left
 do for [i = 1:words(commands) / 3] {
     set arrow from commandTime(i), graph 0 to commandTime(i), graph 1 nohead \
@@ -152,43 +167,39 @@ set ylabel "Hz"
 set xtics format "%g"
 set xlabel "time since the first sample, s" offset 0, 0.5
 plot $times using (timeOf($1)):(frequencyAt(int($1) + 1)) with lines lw 2 lc rgb "black" \
-    title "frequency"
+    title "f"
 unset arrow
 
 # Around each switch: the samples themselves.
 
-array middleOf[3] = [sag_min, sag_max, fast_min]
-array title[3] = ["The sag begins: L1 falls to 40 % and jumps by −30°", \
-    "The sag ends", "From 50 Hz to 60 Hz with harmonics"]
+array title[3] = ["The sag begins: L1 falls to 40 % and jumps by −30°", "The sag ends", \
+    "From 50 Hz to 60 Hz with harmonics"]
 array left[3] = [0.065, 0.365, 0.665]
-
 do for [i = 1:3] {
-    from = middleOf[i] - 0.045
-    to = middleOf[i] + 0.065
-    set xrange [from:to]
-    set xtics 0.02
-    if (i > 1) { unset key; set ytics format ""; unset ylabel }
-    firstRecord = 0
-    set arrow 1 from middleOf[i], graph 0 to middleOf[i], graph 1 nohead lc rgb textColour dt 3
+    if (i > 1) { unset key; unset ylabel; set ytics format "" }
+    set xrange [switch[i] - 0.045 : switch[i] + 0.055]
+    set xtics 0.02 format ""
+    set arrow 1 from switch[i], graph 0 to switch[i], graph 1 nohead lc rgb textColour dt 3
 
-    eval sprintf(place, left[i], left[i] + 0.265, 0.29, 0.48)
+    eval sprintf(place, left[i], left[i] + 0.265, 0.28, 0.48)
     set title title[i]
     unset xlabel
-    set xtics format ""
     set yrange [-400:400]
     set ytics 200
     if (i == 1) { set ylabel "voltage, V" }
-    plot for [c = 0:3] recording @format using (since($1, $2)):(column(c + 5) * 1e-3) \
-        with lines lw 1.5 lc rgb colour[c + 1] title voltage[c + 1]
+    plot for [c = 0:3] recording @format every point::first[i]::last[i] \
+        using (since($1, $2)):(column(c + 5) * 1e-3) with lines lw 1.5 \
+        lc rgb colour[c + 1] title voltage[c + 1]
 
-    eval sprintf(place, left[i], left[i] + 0.265, 0.07, 0.26)
+    eval sprintf(place, left[i], left[i] + 0.265, 0.065, 0.265)
     unset title
-    set xlabel "time since the first sample, s"
+    set xlabel "time since the first sample, s" offset 0, 0.5
     set xtics format "%.2f"
     set yrange [-25:25]
     set ytics 10
     if (i == 1) { set ylabel "current, A" }
-    plot for [c = 0:3] recording @format using (since($1, $2)):(column(c + 9) * 1e-3) \
-        with lines lw 1.5 lc rgb colour[c + 1] title current[c + 1]
+    plot for [c = 0:3] recording @format every point::first[i]::last[i] \
+        using (since($1, $2)):(column(c + 9) * 1e-3) with lines lw 1.5 \
+        lc rgb colour[c + 1] title current[c + 1]
 }
 unset multiplot
