@@ -2,6 +2,9 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <tuple>
+
 #include "Configuration.h"
 #include "Files.h"
 #include "FixedPaths.h"
@@ -12,34 +15,41 @@
 namespace {
 using namespace std::string_literals;
 
-constexpr size_t kLongestLine = 64 * 1024;
+constexpr int kLongestLine = 64 * 1024;
 
-/** Three configurations, of which 0 is played; its only entry is named as the number. */
+/** Three configurations, of which 0 is played; the only entry of each is named as the number. */
 class ControlCommandTest : public testing::Test
 {
 protected:
-    std::unique_ptr<Configuration> makeConfiguration() const
+    ControlCommandTest() { restart(); }
+
+    void restart()
     {
-        auto configuration = std::make_unique<Configuration>();
+        mConfiguration = std::make_unique<Configuration>();
         for (const char* line : {"0,1,0", "1,1,1", "2,1,2"}) {
-            EXPECT_TRUE(configuration->parseLine(QString::fromLatin1(line)));
+            EXPECT_TRUE(mConfiguration->parseLine(QString::fromLatin1(line)));
         }
-        return configuration;
     }
 
-    /** The numbers that the next passes play, until they repeat at the end. */
-    static std::string nextPlayed(Configuration& configuration, int passes = 2)
+    bool take(const std::string& bytes)
+    {
+        TestDevice::send(bytes);
+        return mConfiguration->readUserInput();
+    }
+
+    /** The numbers that the next passes play. */
+    std::string nextPlayed(int passes = 2)
     {
         std::string played;
         for (; passes > 0; --passes) {
-            configuration.selectNextConfiguration();
-            configuration.resetIterator();
-            played += configuration.nextItem()->fileName().toStdString();
+            mConfiguration->selectNextConfiguration();
+            mConfiguration->resetIterator();
+            played += mConfiguration->nextItem()->fileName().toStdString();
         }
         return played;
     }
 
-    mode_t fifoMode() const
+    static mode_t fifoMode()
     {
         struct stat status
         {
@@ -48,250 +58,180 @@ protected:
         return status.st_mode;
     }
 
+    /** Waits for a second of which no more than a command can save; the ns that passed. */
+    qint64 waitInVain()
+    {
+        const qint64 before = toNanoseconds(mSystem.mMonotonic);
+        EXPECT_FALSE(mConfiguration->waitForUserInput(1000));
+        return toNanoseconds(mSystem.mMonotonic) - before;
+    }
+
     TestDevice mDevice;
     LogCapture mLog;
     VirtualSystem mSystem;
+    std::unique_ptr<Configuration> mConfiguration;
 };
 
-TEST_F(ControlCommandTest, MakesTheFifoForItsOwner)
+TEST_F(ControlCommandTest, MakesTheFifoForItsOwnerOrUsesTheOneThatIsThere)
 {
-    const mode_t usual = umask(0);
-    makeConfiguration();
-    EXPECT_EQ(fifoMode(), S_IFIFO | 0700U);
-    mDevice.remove(kControlFifoPath);
-    umask(0277);
-    makeConfiguration();
-    umask(usual);
-    EXPECT_EQ(fifoMode(), S_IFIFO | 0500U);
+    const std::tuple<mode_t, mode_t> kCases[] = {{0, 0700}, {0222, 0500}};
+    for (const auto& [mask, mode] : kCases) {
+        TestDevice::remove(kControlFifoPath);
+        const mode_t usual = umask(mask);
+        restart();
+        umask(usual);
+        EXPECT_EQ(fifoMode(), S_IFIFO | mode);
+    }
+    TestDevice::remove(kControlFifoPath);
+    ASSERT_EQ(mkfifo(kControlFifoPath, 0600), 0);
+    restart();
+    EXPECT_EQ(fifoMode(), S_IFIFO | 0600U);
+    EXPECT_TRUE(take("1\n"));
 }
 
-TEST_F(ControlCommandTest, UsesAFifoThatExists)
-{
-    ASSERT_EQ(mkfifo(kControlFifoPath, 0622), 0);
-    const mode_t before = fifoMode();
-    const auto configuration = makeConfiguration();
-    EXPECT_EQ(fifoMode(), before);
-    mDevice.send("1\n");
-    EXPECT_TRUE(configuration->readUserInput());
-}
-
-TEST_F(ControlCommandTest, FifoThatCannotBeMadeIsReported)
+TEST_F(ControlCommandTest, FifoThatCannotBeMadeOrOpenedTakesNoCommand)
 {
     ASSERT_EQ(mount("tests", "/etc/vx", "tmpfs", MS_RDONLY, nullptr), 0);
-    const auto configuration = makeConfiguration();
+    restart();
     EXPECT_EQ(umount("/etc/vx"), 0);
-    EXPECT_EQ(mLog.mEvents.at(0).mLogger, "Configuration");
-    EXPECT_EQ(mLog.mEvents.at(0).mMethod, "Configuration::Configuration");
-    EXPECT_EQ(mLog.takeLines(), Lines{"ERROR File:/etc/vx/simulator_control doesnot exist"});
-    EXPECT_FALSE(configuration->readUserInput());
-    EXPECT_FALSE(configuration->waitForUserInput(1000));
-    EXPECT_EQ(mSystem.mWaits, std::vector<qint64>{1'000'000});
-}
+    EXPECT_EQ(mLog.mEvents.at(0).mOrigin,
+              "Configuration source/Configuration.cpp Configuration::Configuration");
+    EXPECT_EQ(mLog.take(), Lines{"ERROR File:/etc/vx/simulator_control doesnot exist"});
+    EXPECT_FALSE(mConfiguration->readUserInput());
+    EXPECT_EQ(waitInVain(), 1'000'000'000);
 
-TEST_F(ControlCommandTest, DirectoryInTheFifosPlaceTakesNoCommand)
-{
-    mDevice.makeDirectory(kControlFifoPath);
-    const auto configuration = makeConfiguration();
-    EXPECT_FALSE(configuration->readUserInput());
-    EXPECT_FALSE(configuration->waitForUserInput(1000));
-    EXPECT_EQ(mLog.takeLines(), Lines{});
+    TestDevice::makeDirectory(kControlFifoPath);
+    restart();
+    EXPECT_FALSE(mConfiguration->readUserInput());
+    EXPECT_EQ(waitInVain(), 1'000'000'000);
+    EXPECT_EQ(mLog.take(), Lines{});
 }
 
 TEST_F(ControlCommandTest, TakesAndRejectsCommands)
 {
-    const struct
-    {
-        std::string command;
-        bool taken;
-        Lines messages;
-        const char* played;
-    } kCases[] = {
-        {"2\n", true, {"INFO Execute Config 2 continuous"}, "22"},
-        {" +2 \r\n", true, {"INFO Execute Config 2 continuous"}, "22"},
-        {"s2\n", true, {"INFO Execute Config 2 once"}, "20"},
-        {"s 1 \n", true, {"INFO Execute Config 1 once"}, "10"},
-        {"s0\n", true, {"INFO Execute Config 0 once"}, "00"},
-        {"1\0junk\n"s, true, {"INFO Execute Config 1 continuous"}, "11"},
-        {"3\n", false, {"ERROR Wrong Config: 3"}, "00"},
-        {"s3\n", false, {"ERROR Wrong Config: 3"}, "00"},
-        {"4294967295\n", false, {"ERROR Wrong Config: -1"}, "00"},
-        {"s4294967295\n", false, {"ERROR Wrong Config: -1"}, "00"},
-        {"4294967296\n", false, {"ERROR Could not convert 4294967296\nto unsigned"}, "00"},
-        {"-1\n", false, {"ERROR Could not convert -1\nto unsigned"}, "00"},
-        {"abc\n", false, {"ERROR Could not convert abc\nto unsigned"}, "00"},
-        {"S1\n", false, {"ERROR Could not convert S1\nto unsigned"}, "00"},
-        {" s1\n", false, {"ERROR Could not convert  s1\nto unsigned"}, "00"},
-        {"ss1\n", false, {"ERROR Could not convert s1\nto unsigned"}, "00"},
-        {"1 # one\n", false, {"ERROR Could not convert 1 # one\nto unsigned"}, "00"},
-        {"\xFF\n", false, {"ERROR Could not convert \uFFFD\nto unsigned"}, "00"},
-        {"\n", false, {"ERROR Could not convert \nto unsigned"}, "00"},
-        {"s\n", false, {"ERROR Could not convert \nto unsigned"}, "00"},
-        {"s\0\n"s, false, {"ERROR Config Cmd to small!"}, "00"},
-        {"\0\n"s, false, {}, "00"},
-        {"", false, {}, "00"},
-    };
-    for (const auto& row : kCases) {
-        SCOPED_TRACE(testing::PrintToString(row.command));
-        const auto configuration = makeConfiguration();
-        mDevice.send(row.command);
-        EXPECT_EQ(configuration->readUserInput(), row.taken);
+    const std::string kNoNumber = "ERROR Could not convert ";
+    const std::tuple<std::string, Lines, const char*> kCases[] = {
+        {"2\n", {"INFO Execute Config 2 continuous"}, "22"},
+        {" +2 \r\n", {"INFO Execute Config 2 continuous"}, "22"},
+        {"s2\n", {"INFO Execute Config 2 once"}, "20"},
+        {"s 1 \n", {"INFO Execute Config 1 once"}, "10"},
+        {"1\0junk\n"s, {"INFO Execute Config 1 continuous"}, "11"},
+        {"3\n", {"ERROR Wrong Config: 3"}, "00"},
+        {"s3\n", {"ERROR Wrong Config: 3"}, "00"},
+        {"4294967295\n", {"ERROR Wrong Config: -1"}, "00"},
+        {"s4294967295\n", {"ERROR Wrong Config: -1"}, "00"},
+        {"4294967296\n", {kNoNumber + "4294967296\nto unsigned"}, "00"},
+        {"-1\n", {kNoNumber + "-1\nto unsigned"}, "00"},
+        {"S1\n", {kNoNumber + "S1\nto unsigned"}, "00"},
+        {" s1\n", {kNoNumber + " s1\nto unsigned"}, "00"},
+        {"ss1\n", {kNoNumber + "s1\nto unsigned"}, "00"},
+        {"1 # one\n", {kNoNumber + "1 # one\nto unsigned"}, "00"},
+        {"\xFF\n", {kNoNumber + "\uFFFD\nto unsigned"}, "00"},
+        {"\n", {kNoNumber + "\nto unsigned"}, "00"},
+        {"s\n", {kNoNumber + "\nto unsigned"}, "00"},
+        {"s\0\n"s, {"ERROR Config Cmd to small!"}, "00"},
+        {"\0\n"s, {}, "00"},
+        {"", {}, "00"}};
+    for (const auto& [command, messages, played] : kCases) {
+        SCOPED_TRACE(testing::PrintToString(command));
+        restart();
+        const bool valid = !messages.empty() && messages[0][0] == 'I';
+        EXPECT_EQ(take(command), valid);
         for (const LogEvent& event : mLog.mEvents) {
-            EXPECT_EQ(event.mLogger, "Configuration");
-            EXPECT_EQ(event.mMethod, "Configuration::readUserInput");
+            EXPECT_EQ(event.mOrigin,
+                      "Configuration source/Configuration.cpp Configuration::readUserInput");
         }
-        EXPECT_EQ(mLog.takeLines(), row.messages);
-        EXPECT_EQ(configuration->commandsTaken(), row.taken ? 1U : 0U);
-        EXPECT_EQ(nextPlayed(*configuration), row.played);
-        EXPECT_FALSE(configuration->readUserInput()) << "a command is taken once";
+        EXPECT_EQ(mLog.take(), messages);
+        EXPECT_EQ(mConfiguration->commandsTaken(), valid ? 1U : 0U);
+        EXPECT_EQ(nextPlayed(), played);
+        EXPECT_FALSE(mConfiguration->readUserInput()) << "a command is taken once";
     }
     EXPECT_EQ(mSystem.mWaits.size() + mSystem.mSleeps.size(), 0U);
 }
 
 TEST_F(ControlCommandTest, CommandsChangeWhatIsPlayedNext)
 {
-    const struct
-    {
-        std::vector<const char*> commands;
-        const char* played; ///< in the next three passes
-    } kCases[] = {
-        {{}, "000"},
-        {{"s1\n"}, "100"},
-        {{"s1\n", "s2\n"}, "200"},
-        {{"s1\n", "2\n"}, "122"},
-        {{"2\n", "s1\n"}, "122"},
-        {{"2\n", "1\n"}, "111"},
-        {{"s1\n", "s9\n"}, "100"},
-        {{"s1\n", "9\n", "x\n", "\n"}, "100"},
-        {{"2\n", "s2\n"}, "222"},
-    };
-    for (const auto& row : kCases) {
-        const auto configuration = makeConfiguration();
-        std::string all;
-        for (const char* command : row.commands) {
-            mDevice.send(command);
-            configuration->readUserInput();
-            all += command;
+    const std::tuple<Lines, const char*> kCases[] = {{Lines{}, "000"},
+                                                     {{"s1\n"}, "100"},
+                                                     {{"s1\n", "s2\n"}, "200"},
+                                                     {{"s1\n", "2\n"}, "122"},
+                                                     {{"2\n", "s1\n"}, "122"},
+                                                     {{"2\n", "1\n"}, "111"},
+                                                     {{"s1\n", "9\n", "s9\n", "x\n", "\n"}, "100"}};
+    for (const auto& [commands, played] : kCases) {
+        restart();
+        for (const std::string& command : commands) {
+            take(command);
         }
-        EXPECT_EQ(nextPlayed(*configuration, 3), row.played) << all;
+        EXPECT_EQ(nextPlayed(3), played) << testing::PrintToString(commands);
     }
 }
 
-TEST_F(ControlCommandTest, EachCallTakesOneCommandOfSeveral)
+TEST_F(ControlCommandTest, TakesOneLineACallAndKeepsAnUnfinishedOne)
 {
-    const auto configuration = makeConfiguration();
-    mDevice.send("s1\n2\nx\ns2\n1");
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_EQ(nextPlayed(*configuration), "10");
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_EQ(nextPlayed(*configuration), "22");
-    EXPECT_FALSE(configuration->readUserInput());
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_FALSE(configuration->readUserInput());
-    EXPECT_EQ(nextPlayed(*configuration), "22");
-}
-
-TEST_F(ControlCommandTest, KeepsAnUnfinishedLineUntilItsEnd)
-{
-    const auto configuration = makeConfiguration();
-    for (const char* part : {"s", "", " ", "2"}) {
-        mDevice.send(part);
-        EXPECT_FALSE(configuration->readUserInput());
+    EXPECT_TRUE(take("s1\n2\nx\ns2\ns"));
+    EXPECT_EQ(nextPlayed(), "10");
+    EXPECT_TRUE(take(""));
+    EXPECT_EQ(nextPlayed(), "22");
+    EXPECT_FALSE(take(""));
+    EXPECT_TRUE(take(""));
+    for (const char* part : {"", " ", "0"}) {
+        EXPECT_FALSE(take(part));
     }
-    EXPECT_EQ(mLog.takeLines(), Lines{});
-    mDevice.send("\n1\n");
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_EQ(mLog.takeLines(),
-              (Lines{"INFO Execute Config 2 once", "INFO Execute Config 1 continuous"}));
+    mLog.take();
+    EXPECT_TRUE(take("\n1\n"));
+    EXPECT_TRUE(take(""));
+    EXPECT_EQ(mLog.take(),
+              (Lines{"INFO Execute Config 0 once", "INFO Execute Config 1 continuous"}));
 }
 
 TEST_F(ControlCommandTest, EndOfFileEndsACommand)
 {
-    writeFile(kControlFifoPath, "s1\n2");
-    const auto configuration = makeConfiguration();
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_FALSE(configuration->readUserInput());
-    EXPECT_EQ(nextPlayed(*configuration), "12");
-
-    writeFile(kControlFifoPath, "s");
-    EXPECT_FALSE(makeConfiguration()->readUserInput());
-    EXPECT_EQ(mLog.takeLines(),
-              (Lines{"INFO Execute Config 1 once", "INFO Execute Config 2 continuous",
-                     "ERROR Config Cmd to small!"}));
-}
-
-TEST_F(ControlCommandTest, LineOfTheGreatestLengthIsHandled)
-{
-    const auto configuration = makeConfiguration();
-    mDevice.send(std::string(kLongestLine - 1, ' '));
-    EXPECT_FALSE(configuration->readUserInput());
-    mDevice.send("1\n");
-    EXPECT_TRUE(configuration->readUserInput());
+    for (const char* bytes : {"s1\n2", "s"}) {
+        TestDevice::remove(kControlFifoPath);
+        writeFile(kControlFifoPath, bytes);
+        restart();
+        while (mConfiguration->readUserInput()) {
+        }
+    }
+    EXPECT_GE(waitInVain(), 100'000'000) << "always ready to be read";
+    EXPECT_EQ(mLog.take(), (Lines{"INFO Execute Config 1 once", "INFO Execute Config 2 continuous",
+                                  "ERROR Config Cmd to small!"}));
 }
 
 TEST_F(ControlCommandTest, LineBeyondTheGreatestLengthIsDroppedOnce)
 {
-    const auto configuration = makeConfiguration();
+    EXPECT_FALSE(take(std::string(kLongestLine - 1, ' ')));
+    EXPECT_TRUE(take("1\n")) << "the longest line";
+    mLog.take();
     for (int i = 0; i < 3; ++i) {
-        mDevice.send(std::string(kLongestLine, '1'));
-        EXPECT_FALSE(configuration->readUserInput());
-        EXPECT_LE(mSystem.mPolls, kLongestLine + 2) << "one call's share is bounded";
         mSystem.mPolls = 0;
+        EXPECT_FALSE(take(std::string(kLongestLine, '1')));
+        EXPECT_LE(mSystem.mPolls, kLongestLine + 2) << "one call's share is bounded";
     }
-    mDevice.send("1\ns2\n");
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_EQ(mLog.takeLines(), (Lines{"ERROR Command line without its end after 65536 bytes, "
-                                       "dropped",
-                                       "INFO Execute Config 2 once"}));
+    EXPECT_TRUE(take("1\ns2\n"));
+    EXPECT_EQ(mLog.take(), (Lines{"ERROR Command line without its end after 65536 bytes, dropped",
+                                  "INFO Execute Config 2 once"}));
 }
 
-TEST_F(ControlCommandTest, ReadThatFailsTakesNothing)
+TEST_F(ControlCommandTest, WaitEndsAtOnceWithACommandAndOtherwiseTakesItsTime)
 {
-    const auto configuration = makeConfiguration();
-    mDevice.send("s1\n");
-    mSystem.mReadFault = EIO;
-    EXPECT_FALSE(configuration->readUserInput());
-    EXPECT_TRUE(configuration->readUserInput());
-    EXPECT_EQ(nextPlayed(*configuration), "10");
-}
-
-TEST_F(ControlCommandTest, WaitIsSpentOrEndsWithACommand)
-{
-    const auto configuration = makeConfiguration();
-    EXPECT_FALSE(configuration->waitForUserInput(1000));
-    EXPECT_EQ(mSystem.mWaits, std::vector<qint64>{1'000'000});
-
-    const qint64 before = toNanoseconds(mSystem.mMonotonic);
-    mSystem.mOnWait = [this] { mDevice.send("s1\n"); };
-    EXPECT_TRUE(configuration->waitForUserInput(1000));
-    EXPECT_EQ(toNanoseconds(mSystem.mMonotonic), before) << "at once";
-}
-
-TEST_F(ControlCommandTest, WaitWithoutACommandDoesNotSpin)
-{
-    const auto configuration = makeConfiguration();
-    const std::vector<std::function<void()>> kCauses{
-        [this] { mDevice.send("nonsense\n"); },
-        [this] { mDevice.send("unfinished"); },
-        [this] { mSystem.mNextSelectError = EBADF; },
-        [this] { mSystem.mNextSelectError = EINTR; },
+    EXPECT_EQ(waitInVain(), 1'000'000'000);
+    const std::function<void()> kCauses[] = {
+        [] { TestDevice::send("nonsense\n"); }, [] { TestDevice::send("1"); },
+        [this] { mSystem.mNextSelectError = EBADF; }, [this] { mSystem.mNextSelectError = EINTR; },
         [this] {
-            mDevice.send("1\n");
+            TestDevice::send("\n");
             mSystem.mReadFault = EIO;
-        },
-    };
-    for (size_t i = 0; i < kCauses.size(); ++i) {
-        const qint64 before = toNanoseconds(mSystem.mMonotonic);
-        kCauses[i]();
-        EXPECT_FALSE(configuration->waitForUserInput(1000)) << i;
-        EXPECT_GE(toNanoseconds(mSystem.mMonotonic) - before, 100'000'000) << i;
+        }};
+    for (const auto& cause : kCauses) {
+        cause();
+        EXPECT_GE(waitInVain(), 100'000'000) << &cause - kCauses;
     }
-    mDevice.remove(kControlFifoPath);
-    writeFile(kControlFifoPath, "");
-    const auto onRegularFile = makeConfiguration();
-    const qint64 before = toNanoseconds(mSystem.mMonotonic);
-    EXPECT_FALSE(onRegularFile->waitForUserInput(1000));
-    EXPECT_GE(toNanoseconds(mSystem.mMonotonic) - before, 100'000'000);
+    const timespec before = mSystem.mMonotonic;
+    EXPECT_TRUE(mConfiguration->waitForUserInput(1000)) << "what the failed read left";
+    mSystem.mOnWait = [] { TestDevice::send("s1\n"); };
+    EXPECT_TRUE(mConfiguration->waitForUserInput(1000));
+    EXPECT_EQ(toNanoseconds(mSystem.mMonotonic), toNanoseconds(before));
 }
 } // namespace

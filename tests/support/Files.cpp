@@ -43,6 +43,15 @@ bool holdsOpen(const std::string& path)
     return false;
 }
 
+std::string repeated(const std::string& text, int times)
+{
+    std::string all;
+    for (; times > 0; --times) {
+        all += text;
+    }
+    return all;
+}
+
 std::string valueLine(const std::string& auxWord, const std::string& frequency)
 {
     return ";;" + auxWord + ";0;" + frequency + ";1;2;3;4;5;6;7;8\n";

@@ -3,7 +3,6 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <string>
-#include <vector>
 
 /** The bytes of a file; fails the test when it cannot be read. */
 std::string readFile(const std::string& path);
@@ -16,6 +15,9 @@ int openDescriptors();
 
 /** True when this process has the file open. */
 bool holdsOpen(const std::string& path);
+
+/** The text that many times in a row. */
+std::string repeated(const std::string& text, int times);
 
 /** One line of an input value file: channel values 1 to 8, the rest as given. */
 std::string valueLine(const std::string& auxWord, const std::string& frequency);

@@ -21,9 +21,9 @@ public:
     void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool&) override
     {
         const log4cxx::spi::LocationInfo& location = event->getLocationInformation();
-        mHandler({event->getLevel()->toString(), event->getLoggerName(), event->getMessage(),
-                  location.getFileName(),
-                  location.getClassName() + "::" + location.getMethodName()});
+        mHandler({event->getLevel()->toString(), event->getMessage(),
+                  event->getLoggerName() + " " + location.getFileName() + " " +
+                      location.getClassName() + "::" + location.getMethodName()});
     }
     void close() override {}
     bool requiresLayout() const override { return false; }
@@ -52,7 +52,7 @@ LogCapture::~LogCapture()
     EXPECT_EQ(fatals(), mFatalsLogged) << "FATAL reports counted and logged";
 }
 
-Lines LogCapture::takeLines()
+Lines LogCapture::take()
 {
     Lines lines;
     for (const LogEvent& event : mEvents) {

@@ -5,14 +5,12 @@
 #include <string>
 #include <vector>
 
-/** What the program logged, and how much it counted. */
+/** One message and where it came from: "Logger source/File.cpp Class::operation". */
 struct LogEvent
 {
     std::string mLevel;
-    std::string mLogger;
     std::string mText;
-    std::string mFile;   ///< source file of the location record
-    std::string mMethod; ///< "Class::operation" of the location record
+    std::string mOrigin;
 };
 
 using Lines = std::vector<std::string>;
@@ -30,9 +28,9 @@ public:
     ~LogCapture();
 
     /** "LEVEL text" of each event since the last call. */
-    Lines takeLines();
+    Lines take();
 
-    std::vector<LogEvent> mEvents; ///< since the last takeLines()
+    std::vector<LogEvent> mEvents; ///< since the last take()
 
     /** Counted since construction. */
     int errors() const;

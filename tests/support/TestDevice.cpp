@@ -23,6 +23,16 @@ bool enterPrivateMounts()
     mounts.makeDriverDirectory();
     return true;
 }
+
+template <typename Record>
+std::vector<Record> readAs(const std::string& path)
+{
+    const std::string bytes = readFile(path);
+    std::vector<Record> records(bytes.size() / sizeof(Record));
+    EXPECT_EQ(bytes.size(), records.size() * sizeof(Record)) << path;
+    bytes.copy(reinterpret_cast<char*>(records.data()), bytes.size());
+    return records;
+}
 } // namespace
 
 TestDevice::TestDevice()
@@ -67,22 +77,14 @@ void TestDevice::remove(const std::string& path)
     fs::remove(path);
 }
 
-std::vector<SampleRecord> TestDevice::records() const
+std::vector<SampleRecord> TestDevice::records()
 {
-    const std::string bytes = readFile(kSampleBufferPath);
-    EXPECT_EQ(bytes.size() % sizeof(SampleRecord), 0U);
-    std::vector<SampleRecord> records(bytes.size() / sizeof(SampleRecord));
-    std::memcpy(records.data(), bytes.data(), records.size() * sizeof(SampleRecord));
-    return records;
+    return readAs<SampleRecord>(kSampleBufferPath);
 }
 
-std::vector<quint32> TestDevice::words(const std::string& path) const
+std::vector<quint32> TestDevice::words(const std::string& path)
 {
-    const std::string bytes = readFile(path);
-    EXPECT_EQ(bytes.size() % sizeof(quint32), 0U);
-    std::vector<quint32> words(bytes.size() / sizeof(quint32));
-    std::memcpy(words.data(), bytes.data(), words.size() * sizeof(quint32));
-    return words;
+    return readAs<quint32>(path);
 }
 
 void TestDevice::send(const std::string& bytes)

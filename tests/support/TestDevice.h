@@ -17,23 +17,23 @@ public:
     TestDevice();
 
     /** Makes the driver's five files as regular files. */
-    void makeDriver();
+    static void makeDriver();
 
     /** Makes a directory, or a link, in the place of whatever is there. */
-    void makeDirectory(const std::string& path);
-    void makeLink(const std::string& path, const std::string& target);
+    static void makeDirectory(const std::string& path);
+    static void makeLink(const std::string& path, const std::string& target);
 
-    void remove(const std::string& path);
+    static void remove(const std::string& path);
 
     /** The paths of the driver's files in the order in which they are opened. */
     static const std::vector<std::string>& driverPaths();
 
     /** What the sample buffer took. */
-    std::vector<SampleRecord> records() const;
+    static std::vector<SampleRecord> records();
 
     /** The 32-bit words in a driver file. */
-    std::vector<quint32> words(const std::string& path) const;
+    static std::vector<quint32> words(const std::string& path);
 
     /** Writes the bytes into the control FIFO in one write. Requires: the FIFO is open. */
-    void send(const std::string& bytes);
+    static void send(const std::string& bytes);
 };

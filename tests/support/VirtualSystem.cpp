@@ -1,5 +1,6 @@
 #include "VirtualSystem.h"
 
+#include <fcntl.h>
 #include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -161,7 +162,7 @@ extern "C" ssize_t read(int descriptor, void* buffer, size_t size)
         ++gSystem->mReads;
         if (gSystem->mReadFault != 0 && isDue(&gSystem->mReadsUntilFault)) {
             const int fault = std::exchange(gSystem->mReadFault, 0);
-            return fault < 0 ? 0 : fail(fault);
+            return fault == VirtualSystem::kNothing ? 0 : fail(fault);
         }
     }
     return syscall(SYS_read, descriptor, buffer, size);
@@ -174,4 +175,9 @@ extern "C" ssize_t write(int descriptor, const void* buffer, size_t size)
         return fail(std::exchange(gSystem->mWriteFault, 0));
     }
     return syscall(SYS_write, descriptor, buffer, size);
+}
+
+extern "C" int pipe(int* ends) noexcept
+{
+    return gSystem == nullptr || gSystem->mHasPipes ? pipe2(ends, 0) : fail(EMFILE);
 }

@@ -13,8 +13,8 @@ timespec fromNanoseconds(qint64 nanoseconds);
 
 /**
  * The system calls that tell time, wait, read and write, as a test wants them. The test program
- * defines clock_gettime, nanosleep, select, read and write itself; while a VirtualSystem lives,
- * they do what its members say, and otherwise they go to the kernel unchanged.
+ * defines clock_gettime, nanosleep, select, read, write and pipe itself; while a VirtualSystem
+ * lives, they do what its members say, and otherwise they go to the kernel unchanged.
  *
  * Virtual time passes only in advance(), in sleeps and in waits. The functions may throw in order
  * to leave an endless loop. At most one object at a time; all calls from one thread.
@@ -46,11 +46,15 @@ public:
     std::function<void()> mOnPoll; ///< before each poll
     std::function<void()> mOnWait; ///< in each wait that finds nothing ready; then looks again
 
+    static constexpr int kNothing = -1; ///< a fault: the read delivers nothing
+
     int mReads = 0;           ///< calls of read()
     int mReadsUntilFault = 0; ///< reads that still work before mReadFault
-    int mReadFault = 0;       ///< the errno that one read fails with; -1: it delivers nothing
+    int mReadFault = 0;       ///< the errno that one read fails with, or kNothing
 
     std::string mFaultyFile;   ///< the file in which a write fails ...
     int mWritesUntilFault = 0; ///< ... after so many that work ...
     int mWriteFault = 0;       ///< ... with this errno, once
+
+    bool mHasPipes = true; ///< pipe() works
 };

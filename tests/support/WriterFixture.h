@@ -11,37 +11,44 @@
 #include "TestDevice.h"
 #include "VirtualSystem.h"
 
+inline constexpr qint64 kSecond = 1'000'000'000;
 inline constexpr qint64 kStepOf50Hz = 55'555;
 inline constexpr qint64 kBlockOf50Hz = 360 * kStepOf50Hz;
-inline constexpr qint64 kSecond = 1'000'000'000;
 
 inline qint64 stampOf(const SampleRecord& record)
 {
-    return toNanoseconds({record.mSeconds, static_cast<long>(record.mNanoseconds)});
+    return record.mSeconds * kSecond + record.mNanoseconds;
 }
 
 /** A sample writer on a driver of regular files, in virtual time. */
 class WriterFixture : public testing::Test
 {
 protected:
-    WriterFixture() { mDevice.makeDriver(); }
+    WriterFixture() { TestDevice::makeDriver(); }
 
     /** Makes the writer and opens its files. */
     void startWriter()
     {
         mWriter = std::make_unique<PrussSimulation>();
         ASSERT_TRUE(mWriter->init());
-        mLog.takeLines();
+        mLog.take();
     }
 
-    /** Adds items with numbers of their own in the auxiliary word. */
+    /** Items that carry their number in the auxiliary word. */
+    static InputValues items(int count, const char* frequency = "50")
+    {
+        InputValues values;
+        append(values, count, frequency);
+        return values;
+    }
+
     static void append(InputValues& values, int count, const char* frequency)
     {
+        const QString line = QStringLiteral(";;%1;2;%2;1;-2;3;-4;5;-6;7;-8");
         for (int i = 0; i < count; ++i) {
-            values.parseLine(QStringLiteral(";;%1;2;%2;1;-2;3;-4;5;-6;7;-8")
-                                 .arg(i)
-                                 .arg(QLatin1String(frequency)));
+            values.parseLine(line.arg(i).arg(QLatin1String(frequency)));
         }
+        values.resetIterator();
     }
 
     /** Plays the values from their beginning; the result of the last call. */
@@ -57,12 +64,12 @@ protected:
 
     qint32 play(int count, const char* frequency = "50")
     {
-        InputValues values;
-        append(values, count, frequency);
+        InputValues values = items(count, frequency);
         return play(values);
     }
 
     qint64 now() const { return toNanoseconds(mSystem.mRealtime); }
+    static qint64 lastStamp() { return stampOf(TestDevice::records().back()); }
 
     VirtualSystem mSystem;
     TestDevice mDevice;
