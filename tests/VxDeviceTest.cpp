@@ -154,21 +154,6 @@ TEST_F(VxDeviceTest, DescriptorBeyondTheSetCannotBeWaitedFor)
     expectWaitFails(withHighPipe, 0, EINVAL, "Invalid argument");
 }
 
-TEST_F(VxDeviceTest, WorksWithoutAnInterruptPipe)
-{
-    VirtualSystem system;
-    system.mHasPipes = false;
-    {
-        VxDevice device(mDevice.fileName());
-        ASSERT_TRUE(device.open(QIODevice::ReadWrite));
-        device.interruptWait();
-        expectWaitFails(device, 0, ETIMEDOUT, "Timeout");
-        send("x");
-        EXPECT_TRUE(device.waitForReadyRead(0));
-    }
-    EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1) << "descriptor 0 is not ours to close";
-}
-
 TEST_F(VxDeviceTest, ReadsExactlyTheBytesAskedFor)
 {
     VirtualSystem system;

@@ -1,6 +1,5 @@
 #include "VirtualSystem.h"
 
-#include <fcntl.h>
 #include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -175,9 +174,4 @@ extern "C" ssize_t write(int descriptor, const void* buffer, size_t size)
         return fail(std::exchange(gSystem->mWriteFault, 0));
     }
     return syscall(SYS_write, descriptor, buffer, size);
-}
-
-extern "C" int pipe(int* ends) noexcept
-{
-    return gSystem == nullptr || gSystem->mHasPipes ? pipe2(ends, 0) : fail(EMFILE);
 }

@@ -13,7 +13,7 @@ timespec fromNanoseconds(qint64 nanoseconds);
 
 /**
  * The system calls that tell time, wait, read and write, as a test wants them. The test program
- * defines clock_gettime, nanosleep, select, read, write and pipe itself; while a VirtualSystem
+ * defines clock_gettime, nanosleep, select, read and write itself; while a VirtualSystem
  * lives, they do what its members say, and otherwise they go to the kernel unchanged.
  *
  * Virtual time passes only in advance(), in sleeps and in waits. The functions may throw in order
@@ -55,6 +55,4 @@ public:
     std::string mFaultyFile;   ///< the file in which a write fails ...
     int mWritesUntilFault = 0; ///< ... after so many that work ...
     int mWriteFault = 0;       ///< ... with this errno, once
-
-    bool mHasPipes = true; ///< pipe() works
 };
