@@ -33,13 +33,15 @@ public:
 
     bool skip()
     {
-        while (mNext != mEnd && *mNext != kSeparator) {
-            const bool isPlain = static_cast<signed char>(*mNext) > 0 && *mNext != kCommentMark;
-            if (!isPlain) {
-                return false;
-            }
-            ++mNext;
-        }
+        int count = 0;
+        do {
+            const quint64 bytes = peek();
+            const quint64 stops = zeroBytes(bytes ^ kSeparator * kEachByte) |
+                                  zeroBytes(bytes ^ kCommentMark * kEachByte) | zeroBytes(bytes) |
+                                  (bytes & kTopBits);
+            count = bytesBefore(stops);
+            mNext += count;
+        } while (count == kWordBytes);
         return endField();
     }
 
@@ -93,9 +95,12 @@ public:
     }
 
 private:
-    static constexpr char kSeparator = ';';
-    static constexpr char kCommentMark = '#';
-    static constexpr int kStepDigits = 8;
+    static constexpr quint64 kSeparator = ';';
+    static constexpr quint64 kCommentMark = '#';
+    static constexpr int kByteBits = 8;
+    static constexpr int kWordBytes = 8;
+    static constexpr quint64 kEachByte = 0x0101010101010101;
+    static constexpr quint64 kTopBits = 0x80 * kEachByte;
 
     /** As many as two steps can need. */
     static constexpr std::array<quint64, 17> kPowersOfTen = [] {
@@ -112,18 +117,18 @@ private:
         if (mNext == mEnd) {
             return !std::exchange(mAtEnd, true);
         }
-        return *mNext++ == kSeparator;
+        return static_cast<quint64>(*mNext++) == kSeparator;
     }
 
     /** Takes up to 16 digits; returns how many. A longer number then fails at its separator. */
-    int readDigits(quint64* number)
+    Q_ALWAYS_INLINE int readDigits(quint64* number)
     {
-        const int count = readStep(number);
-        if (count < kStepDigits) {
+        const int count = readWord(number);
+        if (count < kWordBytes) {
             return count;
         }
         quint64 rest = 0;
-        const int more = readStep(&rest);
+        const int more = readWord(&rest);
         *number = *number * kPowersOfTen[static_cast<size_t>(more)] + rest;
         return count + more;
     }
@@ -132,12 +137,22 @@ private:
      * Takes up to eight digits at once, one in each byte of a word; returns how many. Digit by
      * digit, the varying lengths of the numbers would cost a mispredicted branch each.
      */
-    int readStep(quint64* number)
+    Q_ALWAYS_INLINE int readWord(quint64* number)
     {
-        constexpr int kByteBits = 8;
-        constexpr quint64 kZeroDigits = 0x3030303030303030;
-        constexpr quint64 kBeyondNine = 0x7676767676767676;
-        constexpr quint64 kTopBits = 0x8080808080808080;
+        constexpr quint64 kBeyondNine = 0x76 * kEachByte;
+        const quint64 bytes = peek() ^ '0' * kEachByte;
+        // A carry can only reach the bytes behind the first one that is no digit.
+        const int count = bytesBefore(((bytes + kBeyondNine) | bytes) & kTopBits);
+        if (count > 0) {
+            *number = joinDigits(bytes << kByteBits * (kWordBytes - count));
+        }
+        mNext += count;
+        return count;
+    }
+
+    /** The next eight bytes, the first in the lowest place; zeros behind the end of the line. */
+    Q_ALWAYS_INLINE quint64 peek() const
+    {
         const auto left = static_cast<size_t>(mEnd - mNext);
         quint64 bytes = 0;
         if (left >= sizeof(bytes)) {
@@ -145,16 +160,17 @@ private:
         } else {
             std::memcpy(&bytes, mNext, left);
         }
-        bytes ^= kZeroDigits;
-        // A carry can only reach the bytes behind the first one that is no digit.
-        const quint64 stops = ((bytes + kBeyondNine) | bytes) & kTopBits;
-        const int count =
-            stops == 0 ? kStepDigits : static_cast<int>(qCountTrailingZeroBits(stops)) / kByteBits;
-        if (count > 0) {
-            *number = joinDigits(bytes << kByteBits * (kStepDigits - count));
-        }
-        mNext += count;
-        return count;
+        return bytes;
+    }
+
+    /** The top bit of the first zero byte; what is set above it means nothing. */
+    static quint64 zeroBytes(quint64 bytes) { return (bytes - kEachByte) & ~bytes & kTopBits; }
+
+    /** How many bytes lie below the lowest of the top bits that are set. */
+    static int bytesBefore(quint64 topBits)
+    {
+        return topBits == 0 ? kWordBytes
+                            : static_cast<int>(qCountTrailingZeroBits(topBits)) / kByteBits;
     }
 
     /** The number whose decimal digits are the eight bytes, the first digit in the lowest. */

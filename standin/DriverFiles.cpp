@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr char kPmeDevicePath[] = "/dev/pme-sim";
-
 constexpr std::size_t kRecordBytes = sizeof(SampleRecord);
 constexpr std::size_t kF2hRecordBytes = 16;
 constexpr std::size_t kR2hRecordBytes = 48;

@@ -1,0 +1,112 @@
+#include "TwoWays.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+#include "InputValues.h"
+
+namespace {
+/** Remembers what it makes of a file. */
+class WatchedValues : public InputValues
+{
+public:
+    explicit WatchedValues(bool isFast) : mIsFast(isFast) {}
+
+    void load(const QString& path)
+    {
+        const int errorsBefore = sErrorCounter;
+        mResult = openFile(path) && parseCompleteFile();
+        mErrors = sErrorCounter - errorsBefore;
+        mLines = mLineNumber;
+        resetIterator();
+        while (const InputValueItem* item = nextItem()) {
+            mRead.push_back(*item);
+        }
+    }
+
+    bool mResult = false;
+    int mErrors = 0;
+    quint32 mLines = 0;
+    int mPlainLines = 0;
+    std::vector<InputValueItem> mRead;
+
+protected:
+    bool takePlainLine(std::string_view line) override
+    {
+        const bool taken = mIsFast && InputValues::takePlainLine(line);
+        mPlainLines += taken ? 1 : 0;
+        return taken;
+    }
+
+private:
+    bool mIsFast;
+};
+
+bool isSame(const InputValueItem& a, const InputValueItem& b)
+{
+    const SampleRecord& left = a;
+    const SampleRecord& right = b;
+    return std::memcmp(&left, &right, sizeof(left)) == 0 &&
+           std::memcmp(&a.mFrequency, &b.mFrequency, sizeof(a.mFrequency)) == 0;
+}
+
+std::string compare(const WatchedValues& fast, const WatchedValues& general)
+{
+    if (fast.mResult != general.mResult) {
+        return "results";
+    }
+    if (fast.mErrors != general.mErrors) {
+        return "error counts";
+    }
+    if (fast.mLines != general.mLines) {
+        return "line counts";
+    }
+    if (fast.mRead.size() != general.mRead.size()) {
+        return "item counts";
+    }
+    for (size_t i = 0; i < fast.mRead.size(); ++i) {
+        if (!isSame(fast.mRead[i], general.mRead[i])) {
+            return "item " + std::to_string(i);
+        }
+    }
+    return {};
+}
+
+/** A file in memory, which has a path as long as it is open. */
+class MemoryFile
+{
+public:
+    explicit MemoryFile(const std::string& bytes) : mDescriptor(memfd_create("values", MFD_CLOEXEC))
+    {
+        const ssize_t written = ::write(mDescriptor, bytes.data(), bytes.size());
+        if (written != static_cast<ssize_t>(bytes.size())) {
+            throw std::runtime_error("cannot make a file in memory");
+        }
+    }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    ~MemoryFile() { ::close(mDescriptor); }
+
+    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(mDescriptor); }
+
+private:
+    int mDescriptor;
+};
+} // namespace
+
+std::string differenceOfWays(const std::string& bytes, int* plainLines)
+{
+    const MemoryFile file(bytes);
+    WatchedValues fast(true);
+    WatchedValues general(false);
+    fast.load(file.path());
+    general.load(file.path());
+    if (plainLines != nullptr) {
+        *plainLines = fast.mPlainLines;
+    }
+    return compare(fast, general);
+}
