@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QtGlobal>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "SampleRecord.h"
+
+/** Lines of a value file that have one frequency, and the step that belongs to it. */
+struct Stretch
+{
+    int mLines;
+    const char* mFrequency; ///< Hz, as it stands in the file
+    qint64 mStepNs;         ///< between two samples
+    quint32 mPeriod;        ///< of the signal, in units of 10 ns
+};
+
+/** 50 Hz for the given number of lines. */
+inline Stretch steady(int lines)
+{
+    return {lines, "50", 55'555, 2'000'000};
+}
+
+/**
+ * One value file whose every line can be recognised in a recording: channel 0 carries the case's
+ * number, channel 1 the line's.
+ */
+class ValueCase
+{
+public:
+    ValueCase(int number, const std::vector<Stretch>& stretches);
+
+    int number() const { return mNumber; }
+    int lineCount() const { return static_cast<int>(mStretchOfLine.size()); }
+
+    /** "case-NUMBER.csv". */
+    std::string fileName() const;
+    std::string fileText() const;
+
+    /** What arrives for a line, but for its time stamp. */
+    SampleRecord record(int line) const;
+
+    /** What is in force for a line: the first line of a block decides for all of it. */
+    const Stretch& inForce(int line) const;
+
+private:
+    int mNumber;
+    std::vector<Stretch> mStretchOfLine;
+};
+
+/** A write as the sandbox tells of it. */
+struct Event
+{
+    qint64 mArrivalNs;
+    std::string mFile;
+    int mBytes;
+    bool mIsAccepted;
+    std::vector<quint32> mWords;
+};
+
+std::vector<SampleRecord> recordsOf(const std::string& bytes);
+std::vector<Event> eventsOf(const std::string& text);
+
+/** Time stamp in nanoseconds since the epoch. */
+qint64 stampNs(const SampleRecord& record);
+
+/**
+ * The numbers of the cases in the order in which they were played. Fails the test at the first
+ * record that is not the one that has to follow, in content or in time; a recording may end, but
+ * not change to another case, in the middle of a case.
+ */
+std::vector<int> playedCases(const std::vector<SampleRecord>& records,
+                             const std::vector<ValueCase>& cases);
+
+/** A configuration that is played: the cases of one pass, and whether there is only one. */
+struct Turn
+{
+    std::vector<int> mPass;
+    bool mIsOnce;
+};
+
+inline Turn once(std::vector<int> pass)
+{
+    return {std::move(pass), true};
+}
+
+inline Turn again(std::vector<int> pass)
+{
+    return {std::move(pass), false};
+}
+
+/**
+ * Expects the cases of these turns one after the other: one that is played again and again from
+ * its first case and for at least one, but left at any case; one that is played once whole.
+ */
+void expectPlayed(const std::vector<int>& played, const std::vector<Turn>& turns);

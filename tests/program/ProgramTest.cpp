@@ -1,0 +1,359 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+
+#include "Playback.h"
+#include "SandboxedTest.h"
+
+namespace {
+constexpr std::size_t kBlocksFromPacingToPacing = 11;
+constexpr quint32 kMarkIntervalSeconds = 10;
+
+Stretch sixtyHertz(int lines)
+{
+    return {lines, "60", 46'296, 1'666'666};
+}
+
+/** The writer computes in single precision; in double precision the period would be 2002001. */
+Stretch belowFiftyHertz(int lines)
+{
+    return {lines, "49.95", 55'611, 2'002'002};
+}
+
+/** From 10 on, the first digit of a case's number is the configuration that plays it. */
+const std::vector<ValueCase>& allCases()
+{
+    static const std::vector<ValueCase> cases = {
+        {1, {steady(400)}},
+        {2, {steady(361)}},
+        {3, {steady(1)}},
+        {4, {steady(360)}},
+        {11, {steady(360)}},
+        {12, {steady(720)}},
+        {21, {sixtyHertz(500)}},
+        {31, {steady(100), sixtyHertz(900), belowFiftyHertz(10)}},
+        {32, {belowFiftyHertz(400)}},
+    };
+    return cases;
+}
+
+const ValueCase& caseOf(const SampleRecord& record)
+{
+    return *std::find_if(allCases().begin(), allCases().end(),
+                         [&](const ValueCase& it) { return it.number() == record.mValues[0]; });
+}
+
+const Stretch& inForce(const SampleRecord& record)
+{
+    return caseOf(record).inForce(record.mValues[1]);
+}
+
+/** The words of the f2h record after the first `count` records. */
+std::vector<quint32> f2hWords(const std::vector<SampleRecord>& records, std::size_t count)
+{
+    std::vector<quint32> words(4);
+    qint64 before = stampNs(records[0]) - inForce(records[0]).mStepNs;
+    for (std::size_t at = 0; at < count; ++at) {
+        const SampleRecord& record = records[at];
+        words[0] = inForce(record).mPeriod;
+        const bool isNewSecond = before / 1'000'000'000 != record.mSeconds;
+        if (isNewSecond && record.mSeconds % kMarkIntervalSeconds == 0) {
+            words = {words[0], record.mSeconds, record.mNanoseconds, words[0]};
+        }
+        before = stampNs(record);
+    }
+    return words;
+}
+
+std::vector<quint32> r2hWords(const SampleRecord& last)
+{
+    return {last.mSeconds, last.mNanoseconds, 0,         0,         94578709,  94578709,
+            94578709,      94578709,          188918007, 188918007, 188918007, 188918007};
+}
+
+qint64 realtimeNs()
+{
+    return std::chrono::nanoseconds(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+} // namespace
+
+/** The real program in the sandbox, judged by what arrived at the driver and by the log. */
+class ProgramTest : public SandboxedTest
+{
+protected:
+    /** Plays `configuration` for some seconds after the first block, and checks what holds of any
+     * run: every record and time stamp, the side records, the summary. */
+    void play(const std::string& configuration, const std::string& seconds, const Words& sends = {},
+              const Words& program = kSimulator);
+
+    /** The log after the start of the endless loop. */
+    std::string loopLog() const;
+
+    CommandResult mResult;
+    std::vector<SampleRecord> mRecords;
+    std::vector<Event> mEvents;
+    std::vector<int> mPlayed;
+
+private:
+    void checkEvents() const;
+    void checkSummary() const;
+};
+
+void ProgramTest::play(const std::string& configuration, const std::string& seconds,
+                       const Words& sends, const Words& program)
+{
+    mRunner.writeFile("vx-simulator.conf", configuration);
+    for (const ValueCase& it : allCases()) {
+        mRunner.writeFile(it.fileName(), it.fileText());
+    }
+    Words options = {"--record", "record.bin", "--events", "events.jsonl", "--for", seconds};
+    for (const std::string& send : sends) {
+        options.insert(options.end(), {"--send", send});
+    }
+    mResult = sandbox(options, program);
+    ASSERT_EQ(mResult.mExitCode, 0) << mResult;
+    ASSERT_EQ(mResult.mErrors, "") << mResult;
+    mRecords = recordsOf(mRunner.readFile("record.bin"));
+    mEvents = eventsOf(mRunner.readFile("events.jsonl"));
+    ASSERT_FALSE(mRecords.empty()) << mResult;
+    mPlayed = playedCases(mRecords, allCases());
+    if (!HasFailure()) {
+        checkEvents();
+        checkSummary();
+    }
+}
+
+/** Side records follow the blocks 1, 12, 23, ... and say what the blocks say. */
+void ProgramTest::checkEvents() const
+{
+    std::size_t blocks = 0;
+    std::size_t records = 0;
+    std::size_t pacings = 0;
+    for (const Event& event : mEvents) {
+        EXPECT_TRUE(event.mIsAccepted) << event.mFile << ", " << event.mBytes << " bytes";
+        if (event.mFile == "adc-in") {
+            // Neither a block of two cases nor a short one within a case.
+            const SampleRecord& first = mRecords[records];
+            EXPECT_EQ(event.mBytes / 48,
+                      std::min(360, caseOf(first).lineCount() - first.mValues[1]));
+            ++blocks;
+            records += static_cast<std::size_t>(event.mBytes) / sizeof(SampleRecord);
+            ASSERT_LE(records, mRecords.size());
+        } else if (event.mFile == "f2h") {
+            ASSERT_EQ(blocks, 1 + kBlocksFromPacingToPacing * pacings);
+            EXPECT_EQ(event.mWords, f2hWords(mRecords, records));
+            ++pacings;
+        } else if (event.mFile == "r2h") {
+            EXPECT_EQ(event.mWords, r2hWords(mRecords[records - 1]));
+        }
+    }
+    EXPECT_EQ(records, mRecords.size());
+    // The end may have come while the writer slept, before the records of its last pacing.
+    EXPECT_GE(kBlocksFromPacingToPacing * (pacings + 1), blocks);
+}
+
+void ProgramTest::checkSummary() const
+{
+    const auto countOf = [this](const std::string& file) {
+        return std::to_string(std::count_if(mEvents.begin(), mEvents.end(),
+                                            [&](const Event& it) { return it.mFile == file; }));
+    };
+    const auto textOf = [](const SampleRecord& record) {
+        std::string digits = std::to_string(1'000'000'000U + record.mNanoseconds).substr(1);
+        return std::to_string(record.mSeconds) + "." + digits;
+    };
+    auto rows = summary(mResult);
+    EXPECT_EQ(rows["blocks"], countOf("adc-in"));
+    EXPECT_EQ(rows["f2h writes"], countOf("f2h"));
+    EXPECT_EQ(rows["r2h writes"], countOf("r2h"));
+    EXPECT_EQ(rows["refused writes"], "0");
+    EXPECT_EQ(rows["samples"], std::to_string(mRecords.size()));
+    EXPECT_EQ(rows["first time stamp"], textOf(mRecords.front()));
+    EXPECT_EQ(rows["last time stamp"], textOf(mRecords.back()));
+}
+
+std::string ProgramTest::loopLog() const
+{
+    const std::string start = "INFO Simulator Starting endless simulation loop\n";
+    const std::string text = log();
+    const std::size_t at = text.find(start);
+    return at == std::string::npos ? "not started:\n" + text : text.substr(at + start.size());
+}
+
+struct PlayingCase
+{
+    const char* mName;
+    const char* mConfiguration;
+    const char* mSeconds;
+    Words mSends;
+    std::vector<Turn> mTurns;
+    const char* mLog;
+};
+
+void PrintTo(const PlayingCase& it, std::ostream* stream)
+{
+    *stream << it.mName;
+}
+
+class PlayingTest : public ProgramTest, public testing::WithParamInterface<PlayingCase>
+{
+};
+
+TEST_P(PlayingTest, RecordingShows)
+{
+    play(GetParam().mConfiguration, GetParam().mSeconds, GetParam().mSends);
+    expectPlayed(mPlayed, GetParam().mTurns);
+    EXPECT_EQ(loopLog(), GetParam().mLog);
+}
+
+constexpr char kThree[] = "0,1,case-4.csv\n1,1,case-11.csv\n1,2,case-12.csv\n2,1,case-21.csv\n";
+constexpr char kLong[] = "0,1,case-4.csv\n0,4,case-3.csv\n0,2,case-2.csv\n1,1,case-11.csv\n";
+const std::vector<int> kLongPass = {4, 3, 3, 3, 3, 2, 2};
+
+constexpr char kOnceOne[] = "INFO Configuration Execute Config 1 once\n";
+
+const PlayingCase kPlayingCases[] = {
+    {"Repetitions",
+     "# number, repetitions, file\n0 , 2 ,case-1.csv # the first\n\n0,0,case-2.csv\n"
+     "0,1,case-2.csv\n0,3,case-3.csv\n",
+     "0.8",
+     {},
+     {again({1, 1, 2, 3, 3, 3})},
+     ""},
+    {"Frequencies",
+     "0,1,case-31.csv\n0,1,case-32.csv\n0,1,case-4.csv\n",
+     "0.8",
+     {},
+     {again({31, 32, 4})},
+     ""},
+    {"OnceAndContinuous",
+     kThree,
+     "1.6",
+     {"0.3:s1", "0.9:2"},
+     {again({4}), once({11, 12, 12}), again({4}), again({21})},
+     "INFO Configuration Execute Config 1 once\n"
+     "INFO Configuration Execute Config 2 continuous\n"},
+    {"FirstContinuousFromTheFile",
+     "0,1,case-4.csv\n1,1,case-11.csv\n-1,1,\n",
+     "0.8",
+     {"0.3:s 0 "},
+     {again({11}), once({4}), again({11})},
+     "INFO Configuration Execute Config 0 once\n"},
+    {"CommandEndsAOnceAfterTheCaseInProgress",
+     kThree,
+     "0.8",
+     {"0.2:s1", "0.2:2"},
+     {again({4}), once({11}), again({21})},
+     "INFO Configuration Execute Config 1 once\n"
+     "INFO Configuration Execute Config 2 continuous\n"},
+    {"OnceReturnsToTheFirstCase",
+     kLong,
+     "1.2",
+     {"0.31:s1", "0.62:s1"},
+     {again(kLongPass), once({11}), again(kLongPass), once({11}), again(kLongPass)},
+     "INFO Configuration Execute Config 1 once\n"
+     "INFO Configuration Execute Config 1 once\n"},
+    {"GarbageChangesNothing",
+     kThree,
+     "1",
+     {"0.1:abc", "0.1: s1", "0.1:3", "0.1:s99", "0.1:", "0.1:s4294967295", "0.1:-1", "0.1:\xff"},
+     {again({4})},
+     "ERROR Configuration Could not convert abc\nto unsigned\n"
+     "ERROR Configuration Could not convert  s1\nto unsigned\n"
+     "ERROR Configuration Wrong Config: 3\n"
+     "ERROR Configuration Wrong Config: 99\n"
+     "ERROR Configuration Could not convert \nto unsigned\n"
+     "ERROR Configuration Wrong Config: -1\n"
+     "ERROR Configuration Could not convert -1\nto unsigned\n"
+     "ERROR Configuration Could not convert \xef\xbf\xbd\nto unsigned\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(, PlayingTest, testing::ValuesIn(kPlayingCases),
+                         [](const auto& it) { return std::string(it.param.mName); });
+
+/** Begins a part of a script that runs beside the program, once that has made its FIFO. */
+const std::string kAwaitFifo = "(until [ -p /etc/vx/simulator_control ]; do sleep 0.02; done\n";
+
+TEST_F(ProgramTest, UnfinishedCommandDoesNotHoldTheStream)
+{
+    play(kThree, "1.2", {},
+         after(kAwaitFifo + "sleep 0.3; printf s >/etc/vx/simulator_control\n" +
+                   "sleep 0.3; printf '1\\n' >/etc/vx/simulator_control) &",
+               kSimulator));
+    expectPlayed(mPlayed, {again({4}), once({11, 12, 12}), again({4})});
+    EXPECT_EQ(loopLog(), kOnceOne);
+}
+
+TEST_F(ProgramTest, FileInTheFifosPlaceGivesItsLinesAsCommands)
+{
+    play(kThree, "0.8", {}, after("printf '7\\ns1' >/etc/vx/simulator_control", kSimulator));
+    expectPlayed(mPlayed, {again({4}), once({11, 12, 12}), again({4})});
+    EXPECT_EQ(loopLog(), std::string("ERROR Configuration Wrong Config: 7\n") + kOnceOne);
+}
+
+/** Nothing to play at first: no spinning, no flood of messages, and the operator is heard. */
+TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
+{
+    play("0,0,case-4.csv\n1,1,case-11.csv\n", "0.3", {},
+         after(kAwaitFifo + "sleep 1; echo s1 >/etc/vx/simulator_control) &", kSimulator));
+    EXPECT_EQ(mPlayed, std::vector<int>{11});
+    EXPECT_EQ(loopLog(), kOnceOne);
+    EXPECT_LT(mResult.mCpuSeconds, 0.5 * mResult.mSeconds) << mResult;
+}
+
+TEST_F(ProgramTest, EmptyConfigurationWaitsForTheOperator)
+{
+    mRunner.writeFile("vx-simulator.conf", "# nothing\n");
+    const CommandResult result =
+        sandbox({}, after(kAwaitFifo + "sleep 1; echo s1 >/etc/vx/simulator_control) &",
+                          joined({"timeout", "2"}, kSimulator)));
+    EXPECT_EQ(result.mExitCode, 124) << result;
+    EXPECT_EQ(loopLog(), "ERROR Configuration Wrong Config: 1\n");
+    EXPECT_EQ(summary(result)["blocks"], "0") << result;
+    EXPECT_LT(result.mCpuSeconds, 0.5 * result.mSeconds) << result;
+}
+
+/**
+ * The pace: signal time against the time of arrival.
+ *
+ * Blocks come in bursts of eleven, so a line through all blocks depends on where the run begins
+ * and ends within a burst (0.3 % over 4 s). The r2h record is free of that: it is written right
+ * after the writer has slept until the wall clock reaches the time stamp that the record carries.
+ * A loaded machine makes that late, never early, and the writer makes up for it; so of several
+ * records the least late one shows the pace that the writer keeps. Between the least late ones of
+ * the first and the last third, at least 1.6 s apart, 0.1 % leaves 1.6 ms for what even these are
+ * late.
+ */
+TEST_F(ProgramTest, MeanRateIsThatOfTheSteps)
+{
+    constexpr qint64 kSkippedWaitNs = 2'001'000;
+    const qint64 startNs = realtimeNs();
+    play("0,1,case-1.csv\n0,1,case-4.csv\n0,3,case-32.csv\n", "5");
+    const qint64 firstStampNs = stampNs(mRecords.front());
+    EXPECT_GT(firstStampNs, startNs);
+    EXPECT_LT(firstStampNs, mEvents.front().mArrivalNs + inForce(mRecords.front()).mStepNs);
+
+    struct Pacing
+    {
+        qint64 mArrivalNs;
+        qint64 mLateNs;
+    };
+    std::vector<Pacing> pacings;
+    for (const Event& event : mEvents) {
+        if (event.mFile == "r2h") {
+            const qint64 signalNs = qint64{event.mWords[0]} * 1'000'000'000 + event.mWords[1];
+            pacings.push_back({event.mArrivalNs, event.mArrivalNs - signalNs});
+            EXPECT_GE(pacings.back().mLateNs, -kSkippedWaitNs);
+        }
+    }
+    const auto third = static_cast<std::ptrdiff_t>(pacings.size() / 3);
+    ASSERT_GE(third, 3) << mResult;
+    const auto isLessLate = [](const Pacing& left, const Pacing& right) {
+        return left.mLateNs < right.mLateNs;
+    };
+    const Pacing early = *std::min_element(pacings.begin(), pacings.begin() + third, isLessLate);
+    const Pacing late = *std::min_element(pacings.end() - third, pacings.end(), isLessLate);
+    const auto arrivalNs = static_cast<double>(late.mArrivalNs - early.mArrivalNs);
+    EXPECT_LT(std::abs(static_cast<double>(late.mLateNs - early.mLateNs)), 0.001 * arrivalNs)
+        << mResult;
+}

@@ -1,0 +1,261 @@
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "FixedPaths.h"
+#include "Playback.h"
+#include "SandboxedTest.h"
+
+namespace {
+struct DriverRule
+{
+    const char* mPath;
+    std::vector<int> mAccepted; ///< sizes of writes at offset 0
+    std::vector<int> mRefused;
+    bool mHasOffsets; ///< whether the other offsets are as good as 0
+};
+
+const DriverRule kDriverRules[] = {
+    {kSampleBufferPath, {48, 360 * 48}, {1, 47, 49, 360 * 48 + 1, 361 * 48, 720 * 48}, true},
+    {kF2hPath, {16}, {15, 17, 32}, false},
+    {kR2hPath, {48}, {47, 49, 96}, false},
+    {kD2hPath, {1, 5000}, {}, true},
+    {kH2pPath, {}, {1, 2}, false},
+};
+
+struct Write
+{
+    std::string mPath;
+    int mBytes;
+    int mOffset;
+    bool mIsAccepted;
+
+    /** Makes it one system call, and prints the exit code of the writer. */
+    std::string command() const
+    {
+        return "dd if=/dev/zero of=" + mPath + " bs=" + std::to_string(mBytes) +
+               " count=1 seek=" + std::to_string(mOffset) +
+               " oflag=seek_bytes conv=notrunc status=none; echo $?\n";
+    }
+};
+
+std::vector<Write> writesOf(const DriverRule& rule)
+{
+    std::vector<Write> writes;
+    for (const int size : rule.mAccepted) {
+        writes.push_back({rule.mPath, size, 0, true});
+        writes.push_back({rule.mPath, size, size, rule.mHasOffsets});
+    }
+    for (const int size : rule.mRefused) {
+        writes.push_back({rule.mPath, size, 0, false});
+    }
+    return writes;
+}
+
+std::string hostFile(const char* path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool existsOnHost(const char* path)
+{
+    struct stat status
+    {
+    };
+    return lstat(path, &status) == 0;
+}
+} // namespace
+
+/** What the sandbox promises to any program. */
+class SandboxTest : public SandboxedTest
+{
+protected:
+    CommandResult shell(const std::string& script, const Words& options = {}) const
+    {
+        return sandbox(options, {"sh", "-c", script});
+    }
+};
+
+TEST_F(SandboxTest, DriverTakesWhatItsRulesAllow)
+{
+    for (const DriverRule& rule : kDriverRules) {
+        const std::vector<Write> writes = writesOf(rule);
+        std::string script;
+        std::string recorded;
+        std::string expectedCodes;
+        std::ptrdiff_t refused = 0;
+        for (const Write& it : writes) {
+            script += it.command();
+            expectedCodes += it.mIsAccepted ? "0\n" : "1\n";
+            refused += it.mIsAccepted ? 0 : 1;
+            const bool isRecorded = it.mIsAccepted && it.mPath == kSampleBufferPath;
+            recorded.append(isRecorded ? static_cast<std::size_t>(it.mBytes) : 0, '\0');
+        }
+        const CommandResult result =
+            shell(script, {"--events", "events.jsonl", "--record", "record.bin"});
+        SCOPED_TRACE(script + testing::PrintToString(result));
+        EXPECT_EQ(programOutput(result), expectedCodes);
+        EXPECT_EQ(mRunner.readFile("record.bin"), recorded);
+        EXPECT_EQ(summary(result)["refused writes"], std::to_string(refused));
+        EXPECT_EQ(summary(result)["samples"], std::to_string(recorded.size() / 48));
+
+        const std::vector<Event> events = eventsOf(mRunner.readFile("events.jsonl"));
+        ASSERT_EQ(events.size(), writes.size());
+        for (std::size_t at = 0; at < events.size(); ++at) {
+            EXPECT_EQ("/" + events[at].mFile, writes[at].mPath.substr(writes[at].mPath.rfind('/')));
+            EXPECT_EQ(events[at].mBytes, writes[at].mBytes);
+            EXPECT_EQ(events[at].mIsAccepted, writes[at].mIsAccepted);
+            EXPECT_TRUE(at == 0 || events[at].mArrivalNs > events[at - 1].mArrivalNs);
+        }
+    }
+}
+
+TEST_F(SandboxTest, RefusalsAreReported)
+{
+    const CommandResult result = shell("head -c 47 /dev/zero >/dev/adc-in");
+    EXPECT_EQ(result.mExitCode, 1);
+    for (const char* text : {"Invalid argument",
+                             "vx-sandbox: refused a write of 47 bytes at offset 0: "
+                             "/dev/adc-in takes 1 to 360 whole records of 48 bytes\n"}) {
+        EXPECT_NE(result.mErrors.find(text), std::string::npos) << text << result;
+    }
+}
+
+/** The words are those that were written: "0123" is 0x33323130. */
+TEST_F(SandboxTest, AttributesHaveContent)
+{
+    const CommandResult result = shell(
+        "cd /sys/devices/platform/vxadc-sim; printf 0123456789abcdef >f2h\n"
+        "cat h2p >/dev/null; echo $?; head -c 1 f2h; echo $?",
+        {"--events", "events.jsonl"});
+    EXPECT_EQ(programOutput(result), "0\n1\n") << result;
+    const std::vector<Event> events = eventsOf(mRunner.readFile("events.jsonl"));
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0].mWords,
+              (std::vector<quint32>{0x33323130, 0x37363534, 0x62613938, 0x66656463}));
+}
+
+TEST_F(SandboxTest, SendCountsFromTheFirstBlock)
+{
+    const CommandResult result = shell(
+        "mkfifo /etc/vx/simulator_control; sleep 0.3; date +%s%N\n"
+        "head -c 48 /dev/zero >/dev/adc-in\n"
+        "head -n 2 <>/etc/vx/simulator_control; date +%s%N",
+        {"--send", "0.4:second one", "--send", "0.2:s1"});
+    EXPECT_EQ(result.mExitCode, 0) << result;
+    const Words lines = split(programOutput(result), '\n');
+    ASSERT_EQ(lines.size(), 4U) << result;
+    EXPECT_EQ(lines[1], "s1");
+    EXPECT_EQ(lines[2], "second one");
+    EXPECT_GE(std::stoll(lines[3]) - std::stoll(lines[0]), 400'000'000);
+}
+
+TEST_F(SandboxTest, SendWithoutReaderIsReported)
+{
+    const CommandResult result = shell("head -c 48 /dev/zero >/dev/adc-in; sleep 0.3",
+                                       {"--send", "0.1:s1", "--send", "9:late"});
+    EXPECT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(result.mErrors,
+              "vx-sandbox: cannot send \"s1\" to /etc/vx/simulator_control: No such file or "
+              "directory\n"
+              "vx-sandbox: the program ended before 1 of the --send commands were due\n");
+}
+
+TEST_F(SandboxTest, ForEndsTheProgramAfterItsFirstBlock)
+{
+    const CommandResult result =
+        shell("sleep 0.5; head -c 48 /dev/zero >/dev/adc-in; exec sleep 20", {"--for", "0.5"});
+    EXPECT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(result.mErrors, "");
+    EXPECT_GE(result.mSeconds, 1);
+    EXPECT_LT(result.mSeconds, 10);
+}
+
+TEST_F(SandboxTest, ExitCodesAndMessages)
+{
+    struct Case
+    {
+        const char* mArguments; ///< "|" between them
+        int mExitCode;
+        const char* mErrors;
+    };
+    const Case cases[] = {
+        {"--|true", 0, ""},
+        {"sh|-c|exit 7|--for", 7, ""},
+        {"--|sh|-c|kill -SEGV $$", 139, "the program ended by signal 11 (Segmentation fault)"},
+        {"--for|9|--|sh|-c|head -c 48 /dev/zero >/dev/adc-in; kill -TERM $$", 143,
+         "the program ended by signal 15 (Terminated)"},
+        {"--for|1|--|sh|-c|exit 3", 3,
+         "the program ended before its first block; --for and --send count from it"},
+        {"--|no-such-program", 127, "cannot run no-such-program: No such file or directory"},
+        {"--|/etc/passwd", 126, "cannot run /etc/passwd: Permission denied"},
+        {"--nonsense|--|true", 125, "unknown option --nonsense; see --help"},
+        {"--for|1", 125, "there is no program to run; see --help"},
+        {"--for", 125, "--for needs a value; see --help"},
+        {"--for|1x|true", 125, "--for takes seconds, 0 to 1000000000, not \"1x\""},
+        {"--send|s1|true", 125, "--send takes SECONDS:COMMAND, not \"s1\""},
+        {"--send|-1:s1|true", 125, "--send takes seconds, 0 to 1000000000, not \"-1\""},
+    };
+    for (const Case& it : cases) {
+        SCOPED_TRACE(it.mArguments);
+        const CommandResult result = mRunner.run(joined({VX_SANDBOX}, split(it.mArguments, '|')));
+        EXPECT_EQ(result.mExitCode, it.mExitCode);
+        const std::string message = std::string("vx-sandbox: ") + it.mErrors + "\n";
+        EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
+    }
+}
+
+TEST_F(SandboxTest, OutputThatCannotBeWritten)
+{
+    CommandResult result = shell("echo started", {"--record", "no/such/directory/file"});
+    EXPECT_EQ(result.mExitCode, 125);
+    EXPECT_EQ(result.mOutput, "");
+    EXPECT_NE(result.mErrors.find("no/such/directory/file"), std::string::npos) << result;
+
+    result = shell("head -c 48 /dev/zero >/dev/adc-in", {"--record", "/dev/full"});
+    EXPECT_EQ(result.mExitCode, 125) << result;
+    EXPECT_NE(result.mErrors.find("/dev/full"), std::string::npos) << result;
+}
+
+TEST_F(SandboxTest, NothingChangesOnTheHost)
+{
+    const std::string mounts = hostFile("/proc/self/mountinfo");
+    const bool hasEtcVx = existsOnHost("/etc/vx");
+    const bool hasDriver = existsOnHost(kSampleBufferPath);
+    const CommandResult result = shell(
+        "touch /etc/vx/marker /dev/marker; mkdir /dev/shm2; mkfifo /etc/vx/simulator_control\n"
+        "ls /etc/vx; head -c 48 /dev/zero >/dev/adc-in");
+    ASSERT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(programOutput(result), "marker\nsimulator_control\n") << result;
+    EXPECT_EQ(hostFile("/proc/self/mountinfo"), mounts);
+    EXPECT_EQ(existsOnHost("/etc/vx"), hasEtcVx);
+    EXPECT_EQ(existsOnHost(kSampleBufferPath), hasDriver);
+    EXPECT_FALSE(existsOnHost("/etc/vx/marker"));
+    EXPECT_FALSE(existsOnHost("/dev/marker"));
+    EXPECT_FALSE(existsOnHost(kH2pPath));
+}
+
+TEST_F(SandboxTest, DevIsPrivateAndTheRestOfEtcIsTheHosts)
+{
+    mRunner.writeFile("listing.sh",
+                      "cd /etc; find . -maxdepth 1 ! -path ./vx | sort\n"
+                      "cksum passwd hostname ld.so.conf.d/* 2>&1\n");
+    const CommandResult outside = mRunner.run({"sh", "listing.sh"});
+    const CommandResult inside = sandbox({}, {"sh", "listing.sh"});
+    EXPECT_EQ(programOutput(inside), outside.mOutput);
+    EXPECT_NE(outside.mOutput.find("./passwd\n"), std::string::npos);
+
+    const CommandResult dev = shell(
+        "for node in null zero full random urandom tty; do\n"
+        "  test -c /dev/$node || echo \"no $node\"\n"
+        "done\n"
+        "find /dev -type b\n"
+        "test -w /dev/adc-in && test -d /dev/pts && test -L /dev/fd || echo incomplete\n"
+        "test -w /etc/vx || echo not writable\n"
+        "ls /sys/devices/platform/vxadc-sim\n"
+        "echo text >/dev/null && head -c 2 /dev/zero | od -An -tx1");
+    EXPECT_EQ(programOutput(dev), "d2h\nf2h\nh2p\nr2h\n 00 00\n") << dev;
+}

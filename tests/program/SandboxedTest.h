@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+#include "CommandRunner.h"
+
+/** Runs programs in the sandbox, and the simulator in particular, in a directory of its own. */
+class SandboxedTest : public testing::Test
+{
+protected:
+    /** Writes the logging configuration that kSimulator names. */
+    SandboxedTest();
+
+    CommandResult sandbox(const Words& options, const Words& program) const;
+
+    /** A command that runs `script` first and then becomes `program`. */
+    static Words after(const std::string& script, const Words& program);
+
+    /** A logging configuration: "LEVEL LOGGER TEXT" lines into the file `logName`. */
+    static std::string trackConfiguration(const std::string& logName);
+
+    /** The log, with STAMP and SECONDS in place of what differs from run to run. */
+    std::string log(const std::string& name = "simulator.log") const;
+
+    /** What the program printed before the sandbox's summary. */
+    static std::string programOutput(const CommandResult& result);
+
+    /** The summary's values by their names; empty when there is none. */
+    static std::map<std::string, std::string> summary(const CommandResult& result);
+
+    CommandRunner mRunner;
+};
+
+/** The simulator with the configuration files of the test's directory. */
+const Words kSimulator = {VX_SIMULATOR, "--track", "track.xml", "--config", "vx-simulator.conf"};
+
+inline constexpr char kStartLine[] =
+    "INFO vx-simulator Starting (Version 1.2.1524 by yocto, Build STAMP)\n";
+
+/** "left" and then "right". */
+Words joined(Words left, const Words& right);

@@ -1,0 +1,141 @@
+#include "StreamStatistics.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "SampleRecord.h"
+
+namespace {
+constexpr std::int64_t kStartNs = 1'700'000'000'000'000'000;
+constexpr std::int64_t kStepNs = 55'555;
+constexpr std::size_t kBlockSamples = 360;
+constexpr std::int64_t kBlockNs = kStepNs * std::int64_t{kBlockSamples};
+constexpr int kBlocksOfABurst = 11;
+
+SampleRecord stamped(std::int64_t stampNs)
+{
+    SampleRecord record{};
+    record.mSeconds = static_cast<quint32>(stampNs / kNanosecondsPerSecond);
+    record.mNanoseconds = static_cast<quint32>(stampNs % kNanosecondsPerSecond);
+    return record;
+}
+
+/** A stream whose samples follow each other, with arrivals as the test wants them. */
+class Stream
+{
+public:
+    void add(std::size_t count, std::int64_t stepNs, const Arrival& arrival)
+    {
+        std::vector<SampleRecord> records;
+        for (std::size_t sample = 0; sample < count; ++sample) {
+            mStampNs += stepNs;
+            records.push_back(stamped(mStampNs));
+        }
+        mStatistics.addBlock(records.data(), records.size(), arrival);
+    }
+
+    /** Bursts of eleven blocks at one time, `burstNs` from one burst to the next. */
+    void addBursts(int count, std::int64_t burstNs)
+    {
+        for (int burst = 0; burst < count; ++burst) {
+            const std::int64_t arrivalNs = burst * burstNs;
+            for (int block = 0; block < kBlocksOfABurst; ++block) {
+                add(kBlockSamples, kStepNs, {kStartNs + arrivalNs, arrivalNs});
+            }
+        }
+    }
+
+    std::int64_t stampNs() const { return mStampNs; }
+    const StreamStatistics& statistics() const { return mStatistics; }
+
+private:
+    std::int64_t mStampNs = kStartNs;
+    StreamStatistics mStatistics;
+};
+} // namespace
+
+TEST(StreamStatisticsTest, NoRateUpToOneSample)
+{
+    Stream stream;
+    EXPECT_EQ(stream.statistics().stepRate(), 0);
+    EXPECT_EQ(stream.statistics().arrivalRate(), 0);
+    stream.add(1, kStepNs, {kStartNs + 7, 1234});
+    const StreamStatistics& statistics = stream.statistics();
+    EXPECT_EQ(statistics.blocks(), 1U);
+    EXPECT_EQ(statistics.samples(), 1U);
+    EXPECT_EQ(statistics.firstStampNs(), kStartNs + kStepNs);
+    EXPECT_EQ(statistics.lastStampNs(), kStartNs + kStepNs);
+    EXPECT_EQ(statistics.signalNs(), 0);
+    EXPECT_EQ(statistics.firstArrival().mRealtimeNs, kStartNs + 7);
+    EXPECT_EQ(statistics.firstArrival().mMonotonicNs, 1234);
+    EXPECT_EQ(statistics.stepRate(), 0);
+    EXPECT_EQ(statistics.arrivalRate(), 0);
+}
+
+TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
+{
+    Stream stream;
+    stream.add(2, 1000, {kStartNs, 0});
+    EXPECT_EQ(stream.statistics().smallestStepNs(), 1000);
+    EXPECT_EQ(stream.statistics().largestStepNs(), 1000);
+    stream.add(1, 5000, {kStartNs, 10});
+    EXPECT_EQ(stream.statistics().largestStepNs(), 5000);
+    stream.add(1, 0, {kStartNs, 20});
+    EXPECT_EQ(stream.statistics().smallestStepNs(), 0);
+    stream.add(2, -3000, {kStartNs, 30});
+    EXPECT_EQ(stream.statistics().smallestStepNs(), -3000);
+    EXPECT_EQ(stream.statistics().largestStepNs(), 5000);
+    EXPECT_EQ(stream.statistics().samples(), 6U);
+    EXPECT_EQ(stream.statistics().signalNs(), 0);
+    EXPECT_EQ(stream.statistics().stepRate(), 0);
+}
+
+/** Every burst has the same shape, so the line through them has exactly the pace of the bursts. */
+TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
+{
+    struct Case
+    {
+        int mBursts;
+        std::int64_t mExtraNs; ///< what each burst comes later than its signal time allows
+    };
+    for (const Case& it : {Case{2, 0}, Case{3, 0}, Case{100, 0}, Case{100, 22'000},
+                           Case{1000, -220'000}, Case{5, kBlocksOfABurst * kBlockNs}}) {
+        Stream stream;
+        const std::int64_t burstNs = kBlocksOfABurst * kBlockNs + it.mExtraNs;
+        stream.addBursts(it.mBursts, burstNs);
+        const double expected =
+            static_cast<double>(kBlocksOfABurst * kBlockNs) / static_cast<double>(burstNs);
+        EXPECT_NEAR(stream.statistics().stepRate(), 1e9 / kStepNs, 1e-6);
+        EXPECT_NEAR(stream.statistics().signalSpeed(), expected, 1e-9);
+        EXPECT_NEAR(stream.statistics().arrivalRate(), expected * 1e9 / kStepNs, 1e-3);
+    }
+}
+
+TEST(StreamStatisticsTest, SettingTheWallClockDoesNotChangeTheSpeed)
+{
+    Stream stream;
+    for (int block = 0; block < 10; ++block) {
+        const std::int64_t setNs = block < 5 ? 0 : 3600 * kNanosecondsPerSecond;
+        stream.add(kBlockSamples, kStepNs,
+                   {kStartNs + block * kBlockNs + setNs, 77 + block * kBlockNs});
+    }
+    EXPECT_NEAR(stream.statistics().signalSpeed(), 1, 1e-12);
+}
+
+TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
+{
+    Stream stream;
+    for (const std::int64_t leadNs : {30, 20, 10, 0, -5, -100}) {
+        stream.add(kBlockSamples, kStepNs, {stream.stampNs() + kBlockNs - leadNs, 0});
+    }
+    const StreamStatistics& statistics = stream.statistics();
+    EXPECT_EQ(statistics.leadNs().count(), 6U);
+    EXPECT_EQ(statistics.leadNs().largest(), 30U);
+    EXPECT_EQ(statistics.leadNs().percentile(50), 0U);
+    EXPECT_EQ(statistics.leadNs().percentile(66), 10U);
+    EXPECT_EQ(statistics.lagNs().count(), 6U);
+    EXPECT_EQ(statistics.lagNs().largest(), 100U);
+    EXPECT_EQ(statistics.lagNs().percentile(50), 0U);
+    EXPECT_EQ(statistics.lagNs().percentile(83), 5U);
+}
