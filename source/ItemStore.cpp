@@ -3,21 +3,23 @@
 #include <algorithm>
 
 namespace {
-/** Small files get small chunks. */
-constexpr size_t kFirstChunkItems = 256;
+constexpr size_t kLeastChunkItems = 256;
 
 /** With the allocator's own bytes just short of 256 KiB, a whole number of pages. */
-constexpr size_t kMaxChunkItems = 4095;
+constexpr size_t kMostChunkItems = 4095;
+
+/** What a file may leave unused in its last chunk: at most this part of its items. */
+constexpr size_t kUnusedPart = 16;
 } // namespace
 
 void ItemStore::append(const InputValueItem& item)
 {
     if (mChunks.empty() || mChunks.back().size() == mChunks.back().capacity()) {
-        const size_t last = mChunks.empty() ? 0 : mChunks.back().capacity();
         mChunks.emplace_back();
-        mChunks.back().reserve(std::clamp(2 * last, kFirstChunkItems, kMaxChunkItems));
+        mChunks.back().reserve(std::clamp(mSize / kUnusedPart, kLeastChunkItems, kMostChunkItems));
     }
     mChunks.back().push_back(item);
+    ++mSize;
 }
 
 void ItemStore::rewind()

@@ -28,6 +28,7 @@ public:
 
 private:
     std::vector<std::vector<InputValueItem>> mChunks;
+    size_t mSize = 0;  ///< items in all chunks
     size_t mChunk = 0; ///< chunk of the read position
     size_t mIndex = 0; ///< place of the read position in its chunk
 };

@@ -23,14 +23,14 @@ void LineReader::stop()
     *this = LineReader();
 }
 
-bool LineReader::hasLine()
+bool LineReader::findLine()
 {
-    while (!findLineEnd()) {
-        if (!fill()) {
-            return mBegin < mEnd;
-        }
+    bool isWhole = findLineEnd();
+    while (!isWhole && fill()) {
+        isWhole = findLineEnd();
     }
-    return true;
+    mHasLine = isWhole || mBegin < mEnd;
+    return mHasLine;
 }
 
 std::string_view LineReader::takeLine()
@@ -39,6 +39,7 @@ std::string_view LineReader::takeLine()
     const bool hasLineEnd = mScanned < mEnd;
     mBegin = hasLineEnd ? mScanned + 1 : mScanned;
     mScanned = mBegin;
+    mHasLine = false;
     return line;
 }
 

@@ -26,7 +26,7 @@ public:
      * False at the end of the file (a read that delivers nothing) and after a failed read;
      * the bytes of a line that a failed read left unfinished are never delivered.
      */
-    bool hasLine();
+    bool hasLine() { return mHasLine || findLine(); }
 
     /**
      * Takes the next line, without its line end. The bytes stay valid until the next call of any
@@ -38,12 +38,14 @@ public:
     int takeError();
 
 private:
+    bool findLine();
     bool findLineEnd();
     bool fill();
 
     int mDescriptor = -1;
     int mError = 0;
     bool mAtEnd = true;
+    bool mHasLine = false; ///< a line lies between mBegin and mScanned
     std::vector<char> mBuffer;
     size_t mBegin = 0;   ///< first byte not yet taken
     size_t mScanned = 0; ///< no line end before this one

@@ -48,7 +48,8 @@ public:
     bool read(quint32* value)
     {
         quint64 number = 0;
-        if (readDigits(&number) == 0 || number > std::numeric_limits<quint32>::max()) {
+        if (readDigits(peekDigits(), &number) == 0 ||
+            number > std::numeric_limits<quint32>::max()) {
             return false;
         }
         *value = static_cast<quint32>(number);
@@ -57,10 +58,12 @@ public:
 
     bool read(qint32* value)
     {
-        const bool isNegative = mNext != mEnd && *mNext == '-';
-        mNext += isNegative ? 1 : 0;
+        // A sign counts as a leading zero: finding the end of the digits need not wait for it.
+        const quint64 bytes = peekDigits();
+        const bool isNegative = (bytes & kLowByte) == kMinusDigit;
         quint64 number = 0;
-        if (readDigits(&number) == 0 || number > std::numeric_limits<qint32>::max()) {
+        const int count = readDigits(isNegative ? bytes & ~kLowByte : bytes, &number);
+        if (count == (isNegative ? 1 : 0) || number > std::numeric_limits<qint32>::max()) {
             return false;
         }
         const auto magnitude = static_cast<qint32>(number);
@@ -75,12 +78,12 @@ public:
     bool read(float* value)
     {
         quint64 digits = 0;
-        const int whole = readDigits(&digits);
+        const int whole = readDigits(peekDigits(), &digits);
         quint64 fraction = 0;
         int places = 0;
         if (mNext != mEnd && *mNext == '.') {
             ++mNext;
-            places = readDigits(&fraction);
+            places = readDigits(peekDigits(), &fraction);
             if (places == 0) {
                 return false;
             }
@@ -101,6 +104,8 @@ private:
     static constexpr int kWordBytes = 8;
     static constexpr quint64 kEachByte = 0x0101010101010101;
     static constexpr quint64 kTopBits = 0x80 * kEachByte;
+    static constexpr quint64 kLowByte = 0xFF;
+    static constexpr quint64 kMinusDigit = '-' ^ '0';
 
     /** As many as two steps can need. */
     static constexpr std::array<quint64, 17> kPowersOfTen = [] {
@@ -120,35 +125,40 @@ private:
         return static_cast<quint64>(*mNext++) == kSeparator;
     }
 
-    /** Takes up to 16 digits; returns how many. A longer number then fails at its separator. */
-    Q_ALWAYS_INLINE int readDigits(quint64* number)
+    /**
+     * Takes up to 16 digits, the first of which are in the word; returns how many. A longer
+     * number then fails at its separator.
+     */
+    Q_ALWAYS_INLINE int readDigits(quint64 digits, quint64* number)
     {
-        const int count = readWord(number);
+        const int count = readWord(digits, number);
         if (count < kWordBytes) {
             return count;
         }
         quint64 rest = 0;
-        const int more = readWord(&rest);
+        const int more = readWord(peekDigits(), &rest);
         *number = *number * kPowersOfTen[static_cast<size_t>(more)] + rest;
         return count + more;
     }
 
     /**
-     * Takes up to eight digits at once, one in each byte of a word; returns how many. Digit by
-     * digit, the varying lengths of the numbers would cost a mispredicted branch each.
+     * Takes the leading digits of the word, all at once, and returns how many. Digit by digit,
+     * the varying lengths of the numbers would cost a mispredicted branch each.
      */
-    Q_ALWAYS_INLINE int readWord(quint64* number)
+    Q_ALWAYS_INLINE int readWord(quint64 digits, quint64* number)
     {
         constexpr quint64 kBeyondNine = 0x76 * kEachByte;
-        const quint64 bytes = peek() ^ '0' * kEachByte;
         // A carry can only reach the bytes behind the first one that is no digit.
-        const int count = bytesBefore(((bytes + kBeyondNine) | bytes) & kTopBits);
+        const int count = bytesBefore(((digits + kBeyondNine) | digits) & kTopBits);
         if (count > 0) {
-            *number = joinDigits(bytes << kByteBits * (kWordBytes - count));
+            *number = joinDigits(digits << kByteBits * (kWordBytes - count));
         }
         mNext += count;
         return count;
     }
+
+    /** The next eight bytes as the digits that they stand for; others become more than nine. */
+    Q_ALWAYS_INLINE quint64 peekDigits() const { return peek() ^ '0' * kEachByte; }
 
     /** The next eight bytes, the first in the lowest place; zeros behind the end of the line. */
     Q_ALWAYS_INLINE quint64 peek() const

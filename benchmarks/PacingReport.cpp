@@ -1,0 +1,119 @@
+/**
+ * Pacing over a long virtual time with sleeps that come late, as a kernel's do: the lead before
+ * each sleep of the writer, beside a loop of relative sleeps for the same blocks.
+ */
+#include <log4cxx/logger.h>
+
+#include <QThread>
+
+#include <algorithm>
+#include <cstdio>
+#include <random>
+#include <vector>
+
+#include "BenchDevice.h"
+#include "InputValues.h"
+#include "PrussSimulation.h"
+#include "VirtualSystem.h"
+
+namespace {
+constexpr qint64 kStepNanoseconds = 55'555;
+constexpr qint64 kBurstSamples = 11 * 360;
+constexpr qint64 kBurstNanoseconds = kBurstSamples * kStepNanoseconds;
+constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+constexpr qint64 kMinutes = 10;
+constexpr qint64 kBursts = kMinutes * 60 * kNanosecondsPerSecond / kBurstNanoseconds;
+constexpr qint64 kMostLateness = 100'000;
+constexpr unsigned kSeed = 20240229;
+
+/** Lateness of sleeps in ns, the same sequence for both loops. */
+class LateSleeps
+{
+public:
+    explicit LateSleeps(VirtualSystem* system) : mSystem(system)
+    {
+        mSystem->mOnSleep = [this] { mSystem->advance(mLateness(mRandom)); };
+    }
+
+private:
+    VirtualSystem* mSystem;
+    std::mt19937 mRandom{kSeed};
+    std::uniform_int_distribution<qint64> mLateness{50'000, kMostLateness};
+};
+
+InputValues oneBurst()
+{
+    InputValues values;
+    for (qint64 sample = 0; sample < kBurstSamples; ++sample) {
+        values.parseLine(QStringLiteral(";;0;0;50;1;2;3;4;5;6;7;8"));
+    }
+    return values;
+}
+
+/** The sleeps that the writer asks for are its leads before them, in ns. */
+std::vector<qint64> leadsOfWriter()
+{
+    VirtualSystem system;
+    const LateSleeps late(&system);
+    InputValues values = oneBurst();
+    PrussSimulation writer;
+    if (!writer.init()) {
+        return {};
+    }
+    for (qint64 burst = 0; burst < kBursts; ++burst) {
+        values.resetIterator();
+        while (writer.writeSamples(values) == 0) {
+        }
+    }
+    return system.mSleeps;
+}
+
+/** How far the loop of relative sleeps is behind at its end, in ns. */
+qint64 lagOfRelativeSleeps()
+{
+    VirtualSystem system;
+    const LateSleeps late(&system);
+    const qint64 start = toNanoseconds(system.mMonotonic);
+    for (qint64 burst = 0; burst < kBursts; ++burst) {
+        QThread::usleep(static_cast<unsigned long>(kBurstNanoseconds / 1000));
+    }
+    return toNanoseconds(system.mMonotonic) - start - kBursts * kBurstNanoseconds;
+}
+
+/** Slope of a line through the values, a step apart, in units a step. */
+double trend(const std::vector<qint64>& values)
+{
+    const double middle = (static_cast<double>(values.size()) - 1) / 2;
+    double sumXy = 0;
+    double sumXx = 0;
+    for (size_t i = 0; i < values.size(); ++i) {
+        const double x = static_cast<double>(i) - middle;
+        sumXy += x * static_cast<double>(values[i]);
+        sumXx += x * x;
+    }
+    return sumXy / sumXx;
+}
+} // namespace
+
+int main()
+{
+    makeBenchDevice();
+    log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
+    std::vector<qint64> leads = leadsOfWriter();
+    if (leads.size() < 2) {
+        std::fprintf(stderr, "vx-bench-pacing: nothing was paced\n");
+        return 1;
+    }
+    leads.erase(leads.begin()); // the first block is paced alone
+    const auto [least, most] = std::minmax_element(leads.begin(), leads.end());
+    std::printf("Pacing over %lld min of virtual time, every sleep 50 to 100 us late:\n",
+                static_cast<long long>(kMinutes));
+    std::printf("  lead before a sleep, us: least %.1f, most %.1f (eleven blocks: %.1f)\n",
+                1e-3 * static_cast<double>(*least), 1e-3 * static_cast<double>(*most),
+                1e-3 * static_cast<double>(kBurstNanoseconds));
+    std::printf("  trend of the lead: %+.6f us a second\n",
+                1e-3 * trend(leads) * 1e9 / static_cast<double>(kBurstNanoseconds));
+    std::printf("  lag of a loop of relative sleeps at the end: %.1f us\n",
+                1e-3 * static_cast<double>(lagOfRelativeSleeps()));
+    return 0;
+}
