@@ -69,7 +69,8 @@ protected:
     void run(const std::string& config, size_t samples, std::map<size_t, std::string> commands)
     {
         mSystem.mOnPoll = [samples, commands]() mutable {
-            const size_t count = fs::file_size(kSampleBufferPath) / sizeof(SampleRecord);
+            const auto size = static_cast<size_t>(fs::file_size(kSampleBufferPath));
+            const size_t count = size / sizeof(SampleRecord);
             if (count >= samples) {
                 throw EndOfTest();
             }

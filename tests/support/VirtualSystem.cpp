@@ -60,7 +60,8 @@ qint64 toNanoseconds(const timespec& time)
 
 timespec fromNanoseconds(qint64 nanoseconds)
 {
-    return {nanoseconds / kNanosecondsPerSecond, nanoseconds % kNanosecondsPerSecond};
+    return {static_cast<time_t>(nanoseconds / kNanosecondsPerSecond),
+            static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
 }
 
 VirtualSystem::VirtualSystem()
@@ -123,7 +124,8 @@ extern "C" int select(int count, fd_set* readSet, fd_set*, fd_set*, timeval* tim
         const timespec limit =
             timeout == nullptr
                 ? timespec{}
-                : timespec{timeout->tv_sec, timeout->tv_usec * kNanosecondsPerMicrosecond};
+                : timespec{timeout->tv_sec,
+                           static_cast<long>(timeout->tv_usec * kNanosecondsPerMicrosecond)};
         return pselect(count, readSet, nullptr, nullptr, timeout == nullptr ? nullptr : &limit,
                        nullptr);
     }
