@@ -9,8 +9,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 directory=$(realpath -m "${1:-build/sysroot-armhf}")
-packages=libc6-dev,libstdc++-12-dev,qtbase5-dev,liblog4cxx-dev,libfuse3-dev,libgtest-dev
-packages+=,libbenchmark-dev
+packages=libc6-dev,qtbase5-dev,liblog4cxx-dev,libfuse3-dev,libgtest-dev,libbenchmark-dev
 
 fail() {
     echo "make-sysroot: $*" >&2
