@@ -4,16 +4,18 @@
 # Usage: scripts/setup.sh GROUP...
 #   build   compiler, build tools and the libraries of the programs and their tests
 #   demo    what draws the picture
+#   fuzz    the compiler and runtime of the fuzzers
 #   lint    what checks format and code
 set -euo pipefail
 
 packagesOf() {
     case $1 in
         build) echo g++ cmake ninja-build pkg-config qtbase5-dev liblog4cxx-dev libfuse3-dev \
-            libgtest-dev ;;
+            libgtest-dev libbenchmark-dev ;;
         demo) echo gnuplot-nox ;;
+        fuzz) echo clang libclang-rt-dev ;;
         lint) echo clang-format clang-tidy cppcheck ;;
-        *) fail "unknown group '$1': expected build, demo or lint" ;;
+        *) fail "unknown group '$1': expected build, demo, fuzz or lint" ;;
     esac
 }
 

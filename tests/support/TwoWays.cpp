@@ -1,13 +1,10 @@
 #include "TwoWays.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstring>
-#include <stdexcept>
 #include <vector>
 
 #include "InputValues.h"
+#include "MemoryFile.h"
 
 namespace {
 /** Remembers what it makes of a file. */
@@ -75,27 +72,6 @@ std::string compare(const WatchedValues& fast, const WatchedValues& general)
     }
     return {};
 }
-
-/** A file in memory, which has a path as long as it is open. */
-class MemoryFile
-{
-public:
-    explicit MemoryFile(const std::string& bytes) : mDescriptor(memfd_create("values", MFD_CLOEXEC))
-    {
-        const ssize_t written = ::write(mDescriptor, bytes.data(), bytes.size());
-        if (written != static_cast<ssize_t>(bytes.size())) {
-            throw std::runtime_error("cannot make a file in memory");
-        }
-    }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    ~MemoryFile() { ::close(mDescriptor); }
-
-    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(mDescriptor); }
-
-private:
-    int mDescriptor;
-};
 } // namespace
 
 std::string differenceOfWays(const std::string& bytes, int* plainLines)
