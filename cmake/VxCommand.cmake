@@ -1,0 +1,21 @@
+# What a test executes to run a program that was built here.
+#
+# vx_command(<variable> <target>): the program itself, or where it is built for another processor a
+# script beside it that starts it in the emulator. The sandbox is never emulated, because no emulator
+# mounts and serves a file system: it is taken from VX_NATIVE_BUILD, a build directory of the same
+# sources for the machine that runs the tests.
+function(vx_command variable target)
+  if(NOT CMAKE_CROSSCOMPILING)
+    set(${variable} $<TARGET_FILE:${target}> PARENT_SCOPE)
+  elseif(target STREQUAL vx-sandbox)
+    set(${variable} ${VX_NATIVE_BUILD}/standin/vx-sandbox PARENT_SCOPE)
+  else()
+    set(launcher $<TARGET_FILE:${target}>-emulated)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+    file(GENERATE OUTPUT ${launcher}
+      CONTENT "#!/bin/sh\nexec ${emulator} $<TARGET_FILE:${target}> \"$@\"\n"
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+        WORLD_READ WORLD_EXECUTE)
+    set(${variable} ${launcher} PARENT_SCOPE)
+  endif()
+endfunction()
