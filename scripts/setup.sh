@@ -2,20 +2,24 @@
 # Installs what is missing on Debian 12 and makes sure that the stand-in driver can run.
 #
 # Usage: scripts/setup.sh GROUP...
+#   armhf   what builds and emulates programs for 32-bit ARM
 #   build   compiler, build tools and the libraries of the programs and their tests
 #   demo    what draws the picture
 #   fuzz    the compiler and runtime of the fuzzers
 #   lint    what checks format and code
+#   package what makes and checks the Debian packages
 set -euo pipefail
 
 packagesOf() {
     case $1 in
+        armhf) echo g++-arm-linux-gnueabihf mmdebstrap qemu-user ;;
         build) echo g++ cmake ninja-build pkg-config qtbase5-dev liblog4cxx-dev libfuse3-dev \
             libgtest-dev libbenchmark-dev ;;
         demo) echo gnuplot-nox ;;
         fuzz) echo clang libclang-rt-dev ;;
         lint) echo clang-format clang-tidy cppcheck ;;
-        *) fail "unknown group '$1': expected build, demo, fuzz or lint" ;;
+        package) echo dpkg-dev lintian man-db mmdebstrap systemd ;;
+        *) fail "unknown group '$1': expected armhf, build, demo, fuzz, lint or package" ;;
     esac
 }
 
