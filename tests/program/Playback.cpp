@@ -77,7 +77,7 @@ std::vector<Event> eventsOf(const std::string& text)
                     object["bytes"].toInt(),
                     object["accepted"].toBool(),
                     {}};
-        for (const QJsonValue& word : object["words"].toArray()) {
+        for (const auto& word : object["words"].toArray()) {
             event.mWords.push_back(static_cast<quint32>(word.toDouble()));
         }
         events.push_back(event);

@@ -295,22 +295,22 @@ TEST_F(ProgramTest, FileInTheFifosPlaceGivesItsLinesAsCommands)
 TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
 {
     play("0,0,case-4.csv\n1,1,case-11.csv\n", "0.3", {},
-         after(kAwaitFifo + "sleep 1; echo s1 >/etc/vx/simulator_control) &", kSimulator));
+         after(kAwaitFifo + "sleep 2; echo s1 >/etc/vx/simulator_control) &", kSimulator));
     EXPECT_EQ(mPlayed, std::vector<int>{11});
     EXPECT_EQ(loopLog(), kOnceOne);
-    EXPECT_LT(mResult.mCpuSeconds, 0.5 * mResult.mSeconds) << mResult;
+    EXPECT_LT(mResult.mCpuSeconds, kIdleShare * mResult.mSeconds) << mResult;
 }
 
 TEST_F(ProgramTest, EmptyConfigurationWaitsForTheOperator)
 {
     mRunner.writeFile("vx-simulator.conf", "# nothing\n");
     const CommandResult result =
-        sandbox({}, after(kAwaitFifo + "sleep 1; echo s1 >/etc/vx/simulator_control) &",
-                          joined({"timeout", "2"}, kSimulator)));
+        sandbox({}, after(kAwaitFifo + "sleep 2; echo s1 >/etc/vx/simulator_control) &",
+                          joined({"timeout", "3"}, kSimulator)));
     EXPECT_EQ(result.mExitCode, 124) << result;
     EXPECT_EQ(loopLog(), "ERROR Configuration Wrong Config: 1\n");
     EXPECT_EQ(summary(result)["blocks"], "0") << result;
-    EXPECT_LT(result.mCpuSeconds, 0.5 * result.mSeconds) << result;
+    EXPECT_LT(result.mCpuSeconds, kIdleShare * result.mSeconds) << result;
 }
 
 /**

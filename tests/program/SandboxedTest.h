@@ -37,6 +37,9 @@ protected:
 /** The simulator with the configuration files of the test's directory. */
 const Words kSimulator = {VX_SIMULATOR, "--track", "track.xml", "--config", "vx-simulator.conf"};
 
+/** Computing time that a program may take while it waits, for one that starts slowly as well. */
+inline constexpr double kIdleShare = 0.3;
+
 inline constexpr char kStartLine[] =
     "INFO vx-simulator Starting (Version 1.2.1524 by yocto, Build STAMP)\n";
 
