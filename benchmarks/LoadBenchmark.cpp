@@ -4,6 +4,7 @@
 #include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -12,7 +13,7 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <string_view>
+#include <vector>
 
 #include "BenchFiles.h"
 #include "InputValues.h"
@@ -48,7 +49,7 @@ bool appendPlainly(const QByteArray& line, QList<InputValueItem>* items)
     return std::all_of(std::begin(ok), std::end(ok), [](bool good) { return good; });
 }
 
-void loadPlainly(const QString& path)
+QList<InputValueItem> loadPlainly(const QString& path)
 {
     QFile file(path);
     bool ok = file.open(QIODevice::ReadOnly);
@@ -59,14 +60,16 @@ void loadPlainly(const QString& path)
     if (!ok) {
         throw std::runtime_error("the plain way failed");
     }
-    benchmark::DoNotOptimize(items);
+    return items;
 }
 
-void load(const QString& path, InputValues* values)
+InputValues load(const QString& path)
 {
-    if (!values->openFile(path) || !values->parseCompleteFile()) {
+    InputValues values;
+    if (!values.openFile(path) || !values.parseCompleteFile()) {
         throw std::runtime_error("loading failed");
     }
+    return values;
 }
 
 /** The least that loading could do: read the bytes and find the line ends. */
@@ -98,10 +101,12 @@ quint64 touchBytes(const QString& path)
     return sum;
 }
 
-struct Memory
+/** What one run took, in a process of its own. */
+struct Cost
 {
-    double mKept; ///< bytes of heap in use after loading
-    double mPeak; ///< bytes that the process grew by at its largest
+    double mSeconds;   ///< CPU time
+    double mHeapBytes; ///< heap in use afterwards
+    double mPeakBytes; ///< by how much the process was larger at its largest
 };
 
 double heapInUse()
@@ -117,8 +122,29 @@ double peakResident()
     return 1024.0 * static_cast<double>(usage.ru_maxrss);
 }
 
-/** In a process of its own, so that nothing that was loaded before counts. */
-Memory memoryOf(const QString& path)
+double cpuSeconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/** Runs the operation once; what it returns is kept until the cost is taken. */
+template <typename Operation>
+Cost costOf(const QString& path, Operation operation)
+{
+    const double heapBefore = heapInUse();
+    const double peakBefore = peakResident();
+    const double begin = cpuSeconds();
+    const auto kept = operation(path);
+    const double end = cpuSeconds();
+    benchmark::DoNotOptimize(&kept);
+    return {end - begin, heapInUse() - heapBefore, peakResident() - peakBefore};
+}
+
+/** As at a start of the program: memory that nobody has touched, and no freeing. */
+template <typename Operation>
+Cost costInNewProcess(const QString& path, Operation operation)
 {
     int ends[2];
     if (pipe(ends) != 0) {
@@ -126,36 +152,35 @@ Memory memoryOf(const QString& path)
     }
     const pid_t child = fork();
     if (child == 0) {
-        const double heapBefore = heapInUse();
-        const double peakBefore = peakResident();
-        InputValues values;
-        load(path, &values);
-        const Memory memory{heapInUse() - heapBefore, peakResident() - peakBefore};
-        _exit(write(ends[1], &memory, sizeof(memory)) == sizeof(memory) ? 0 : 1);
+        const Cost cost = costOf(path, operation);
+        _exit(write(ends[1], &cost, sizeof(cost)) == sizeof(cost) ? 0 : 1);
     }
-    Memory memory{};
-    if (read(ends[0], &memory, sizeof(memory)) != sizeof(memory)) {
-        throw std::runtime_error("the loading child failed");
-    }
-    waitpid(child, nullptr, 0);
-    close(ends[0]);
     close(ends[1]);
-    return memory;
+    Cost cost{};
+    if (read(ends[0], &cost, sizeof(cost)) != sizeof(cost)) {
+        throw std::runtime_error("the child failed");
+    }
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+    return cost;
 }
 
-/** Runs the operation on a file of that many lines; bytes a second and ns a line. */
 template <typename Operation>
 void measure(benchmark::State& state, Operation operation)
 {
     const auto lines = static_cast<int>(state.range(0));
     const QString path = files().valueFile(lines);
+    Cost cost{};
     for (auto _ : state) {
-        operation(path);
+        cost = costInNewProcess(path, operation);
+        state.SetIterationTime(cost.mSeconds);
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * QFile(path).size());
-    state.counters["s_per_line"] = benchmark::Counter(
-        static_cast<double>(lines),
-        benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    using benchmark::Counter;
+    state.counters["s/line"] = Counter(
+        lines, static_cast<Counter::Flags>(Counter::kIsIterationInvariantRate | Counter::kInvert));
+    state.counters["heap_B/line"] = cost.mHeapBytes / lines;
+    state.counters["peak_B/line"] = cost.mPeakBytes / lines;
 }
 
 void plainWay(benchmark::State& state)
@@ -165,35 +190,48 @@ void plainWay(benchmark::State& state)
 
 void program(benchmark::State& state)
 {
-    const Memory memory = memoryOf(files().valueFile(static_cast<int>(state.range(0))));
-    measure(state, [](const QString& path) {
-        InputValues values;
-        load(path, &values);
+    measure(state, load);
+}
+
+void floorReadAndFindLineEnds(benchmark::State& state)
+{
+    measure(state, countLines);
+}
+
+void floorReadAndTouchBytes(benchmark::State& state)
+{
+    measure(state, touchBytes);
+}
+
+void floorTouchMemoryForItems(benchmark::State& state)
+{
+    const auto lines = static_cast<size_t>(state.range(0));
+    measure(state, [lines](const QString&) {
+        constexpr size_t kPageBytes = 4096;
+        std::vector<char> memory;
+        memory.reserve(lines * sizeof(InputValueItem));
+        for (size_t byte = 0; byte < memory.capacity(); byte += kPageBytes) {
+            *const_cast<volatile char*>(memory.data() + byte) = 0;
+        }
+        return memory;
     });
-    const auto lines = static_cast<double>(state.range(0));
-    state.counters["kept_B_per_line"] = memory.mKept / lines;
-    state.counters["peak_B_per_line"] = memory.mPeak / lines;
 }
 
-void readAndFindLineEnds(benchmark::State& state)
+void asTable(benchmark::internal::Benchmark* table)
 {
-    measure(state, [](const QString& path) { benchmark::DoNotOptimize(countLines(path)); });
+    table->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1);
 }
 
-void readAndTouchBytes(benchmark::State& state)
-{
-    measure(state, [](const QString& path) { benchmark::DoNotOptimize(touchBytes(path)); });
-}
-
-BENCHMARK(plainWay)->Arg(kMillionLines)->Unit(benchmark::kMillisecond);
-BENCHMARK(readAndFindLineEnds)->Arg(kMillionLines)->Unit(benchmark::kMillisecond);
-BENCHMARK(readAndTouchBytes)->Arg(kMillionLines)->Unit(benchmark::kMillisecond);
+BENCHMARK(plainWay)->Arg(kMillionLines)->Apply(asTable);
+BENCHMARK(floorReadAndFindLineEnds)->Arg(kMillionLines)->Apply(asTable);
+BENCHMARK(floorReadAndTouchBytes)->Arg(kMillionLines)->Apply(asTable);
+BENCHMARK(floorTouchMemoryForItems)->Arg(kMillionLines)->Apply(asTable);
 BENCHMARK(program)
     ->Arg(10'000)
     ->Arg(100'000)
     ->Arg(kMillionLines)
     ->Arg(5 * kMillionLines)
-    ->Unit(benchmark::kMillisecond);
+    ->Apply(asTable);
 } // namespace
 
 int main(int argc, char** argv)

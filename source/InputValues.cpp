@@ -69,13 +69,12 @@ bool InputValues::parseLine(QString line)
 
 bool InputValues::takePlainLine(std::string_view line)
 {
-    InputValueItem item;
     PlainFields fields(line);
-    if (!readItem(&fields, &item) || !fields.isAtEnd()) {
-        return false;
+    if (readItem(&fields, mItems.appendEmpty()) && fields.isAtEnd()) {
+        return true;
     }
-    mItems.append(item);
-    return true;
+    mItems.removeLast();
+    return false;
 }
 
 bool InputValues::parseUInt(QString text, quint32* value)

@@ -14,12 +14,34 @@ constexpr size_t kUnusedPart = 16;
 
 void ItemStore::append(const InputValueItem& item)
 {
+    openChunk().push_back(item);
+    ++mSize;
+}
+
+InputValueItem* ItemStore::appendEmpty()
+{
+    InputValueItem& item = openChunk().emplace_back();
+    ++mSize;
+    return &item;
+}
+
+void ItemStore::removeLast()
+{
+    mChunks.back().pop_back();
+    --mSize;
+    if (mChunks.back().empty()) {
+        mChunks.pop_back();
+    }
+}
+
+/** The last chunk, which has room for one more item. */
+std::vector<InputValueItem>& ItemStore::openChunk()
+{
     if (mChunks.empty() || mChunks.back().size() == mChunks.back().capacity()) {
         mChunks.emplace_back();
         mChunks.back().reserve(std::clamp(mSize / kUnusedPart, kLeastChunkItems, kMostChunkItems));
     }
-    mChunks.back().push_back(item);
-    ++mSize;
+    return mChunks.back();
 }
 
 void ItemStore::rewind()

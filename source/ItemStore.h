@@ -17,6 +17,12 @@ class ItemStore
 public:
     void append(const InputValueItem& item);
 
+    /** Appends an item of zeros, for the caller to fill in place. */
+    InputValueItem* appendEmpty();
+
+    /** Takes the last item back. Requires: there is one. */
+    void removeLast();
+
     /** Sets the read position to the first item. */
     void rewind();
 
@@ -27,6 +33,8 @@ public:
     InputValueItem* next();
 
 private:
+    std::vector<InputValueItem>& openChunk();
+
     std::vector<std::vector<InputValueItem>> mChunks;
     size_t mSize = 0;  ///< items in all chunks
     size_t mChunk = 0; ///< chunk of the read position

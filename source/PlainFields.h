@@ -79,16 +79,17 @@ public:
     {
         quint64 digits = 0;
         const int whole = readDigits(peekDigits(), &digits);
-        quint64 fraction = 0;
-        int places = 0;
-        if (mNext != mEnd && *mNext == '.') {
-            ++mNext;
-            places = readDigits(peekDigits(), &fraction);
-            if (places == 0) {
-                return false;
-            }
+        if (whole == 0 || whole > std::numeric_limits<double>::digits10) {
+            return false;
         }
-        if (whole == 0 || whole + places > std::numeric_limits<double>::digits10) {
+        if (mNext == mEnd || *mNext != '.') {
+            *value = static_cast<float>(static_cast<double>(digits));
+            return endField();
+        }
+        ++mNext;
+        quint64 fraction = 0;
+        const int places = readDigits(peekDigits(), &fraction);
+        if (places == 0 || whole + places > std::numeric_limits<double>::digits10) {
             return false;
         }
         const quint64 scale = kPowersOfTen[static_cast<size_t>(places)];
