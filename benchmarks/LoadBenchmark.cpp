@@ -43,7 +43,7 @@ bool appendPlainly(const QByteArray& line, QList<InputValueItem>* items)
     item.mFlags = fields[3].toUInt(&ok[1]);
     item.mFrequency = fields[4].toFloat(&ok[2]);
     for (int channel = 0; channel < kChannelCount; ++channel) {
-        item.mValues[channel] = fields[5 + channel].trimmed().toInt(&ok[3 + channel]);
+        item.mValues[channel] = fields[5 + channel].toInt(&ok[3 + channel]);
     }
     items->append(item);
     return std::all_of(std::begin(ok), std::end(ok), [](bool good) { return good; });

@@ -75,7 +75,7 @@ protected:
      * Gives the subclass the bytes of a line before they become text. It may handle lines that
      * it knows how to read faster than by parseLine(), with the same result.
      *
-     * @param line one line of the file without its line end
+     * @param line one line of the file without its line end, as LineReader::takeLine() gives it
      * @return true when the line is accepted and handled; false hands it to parseLine()
      */
     virtual bool takePlainLine(std::string_view line);

@@ -30,6 +30,8 @@ private:
     int mIndex = 0;
 };
 
+static_assert(LineReader::kReadableBehindLine >= PlainFields::kReadableBehindLine);
+
 /** What stands in a line, field by field; false at the first field that does not convert. */
 template <typename Fields>
 bool readItem(Fields* fields, InputValueItem* item)

@@ -15,7 +15,7 @@ void LineReader::start(int descriptor)
     stop();
     mDescriptor = descriptor;
     mAtEnd = false;
-    mBuffer.resize(kBlockBytes);
+    mBuffer.resize(kBlockBytes + kReadableBehindLine);
 }
 
 void LineReader::stop()
@@ -76,12 +76,13 @@ bool LineReader::fill()
         mEnd -= mBegin;
         mBegin = 0;
     }
-    if (mEnd == mBuffer.size()) {
+    if (mEnd + kReadableBehindLine == mBuffer.size()) {
         mBuffer.resize(2 * mBuffer.size());
     }
+    const size_t room = mBuffer.size() - kReadableBehindLine - mEnd;
     ssize_t count = 0;
     do {
-        count = ::read(mDescriptor, mBuffer.data() + mEnd, mBuffer.size() - mEnd);
+        count = ::read(mDescriptor, mBuffer.data() + mEnd, room);
     } while (count < 0 && errno == EINTR);
     mAtEnd = count <= 0;
     if (count < 0) {

@@ -15,6 +15,8 @@
 class LineReader
 {
 public:
+    static constexpr size_t kReadableBehindLine = 8;
+
     /** Starts at the descriptor's current position; forgets what was read and any failure. */
     void start(int descriptor);
 
@@ -30,7 +32,8 @@ public:
 
     /**
      * Takes the next line, without its line end. The bytes stay valid until the next call of any
-     * operation. Requires: hasLine() was just true.
+     * operation; kReadableBehindLine more can be read behind them. Requires: hasLine() was just
+     * true.
      */
     std::string_view takeLine();
 

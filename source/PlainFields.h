@@ -15,49 +15,61 @@
  * It knows only what real files are made of: ASCII text in the skipped fields and, in the others,
  * plain decimal numbers such as -325269 and 49.95. It never judges: every operation returns false
  * for whatever else stands there, good or bad, and the line must then go the general way. A line
- * that is read here gives the values that the general way would give.
+ * that was read to its end here has the values that the general way would give.
  *
  * Borrows the bytes of the line.
  */
 class PlainFields
 {
 public:
+    /**
+     * What must be readable behind the line, so that eight bytes can be looked at from any place
+     * in it. What these bytes are does not matter: a line read beyond its end is not at its end.
+     */
+    static constexpr size_t kReadableBehindLine = 8;
+
     /** @param line one line without its line end; a '\r' before that is ignored */
     explicit PlainFields(std::string_view line) : mNext(line.data()), mEnd(mNext + line.size())
     {
         mEnd -= !line.empty() && line.back() == '\r' ? 1 : 0;
     }
 
-    /** True when the last field of the line was taken. */
-    bool isAtEnd() const { return mAtEnd; }
+    /** True when all of the line was taken. */
+    bool isAtEnd() const { return mNext == mEnd; }
 
     bool skip()
     {
-        int count = 0;
-        do {
+        if (!beginField()) {
+            return false;
+        }
+        int count = kWordBytes;
+        while (count == kWordBytes && mNext < mEnd) {
             const quint64 bytes = peek();
             const quint64 stops = zeroBytes(bytes ^ kSeparator * kEachByte) |
                                   zeroBytes(bytes ^ kCommentMark * kEachByte) | zeroBytes(bytes) |
                                   (bytes & kTopBits);
             count = bytesBefore(stops);
             mNext += count;
-        } while (count == kWordBytes);
-        return endField();
+        }
+        return true;
     }
 
     bool read(quint32* value)
     {
         quint64 number = 0;
-        if (readDigits(peekDigits(), &number) == 0 ||
+        if (!beginField() || readDigits(peekDigits(), &number) == 0 ||
             number > std::numeric_limits<quint32>::max()) {
             return false;
         }
         *value = static_cast<quint32>(number);
-        return endField();
+        return true;
     }
 
     bool read(qint32* value)
     {
+        if (!beginField()) {
+            return false;
+        }
         // A sign counts as a leading zero: finding the end of the digits need not wait for it.
         const quint64 bytes = peekDigits();
         const bool isNegative = (bytes & kLowByte) == kMinusDigit;
@@ -68,7 +80,7 @@ public:
         }
         const auto magnitude = static_cast<qint32>(number);
         *value = isNegative ? -magnitude : magnitude;
-        return endField();
+        return true;
     }
 
     /**
@@ -78,13 +90,13 @@ public:
     bool read(float* value)
     {
         quint64 digits = 0;
-        const int whole = readDigits(peekDigits(), &digits);
+        const int whole = beginField() ? readDigits(peekDigits(), &digits) : 0;
         if (whole == 0 || whole > std::numeric_limits<double>::digits10) {
             return false;
         }
-        if (mNext == mEnd || *mNext != '.') {
+        if (mNext >= mEnd || *mNext != '.') {
             *value = static_cast<float>(static_cast<double>(digits));
-            return endField();
+            return true;
         }
         ++mNext;
         quint64 fraction = 0;
@@ -95,7 +107,7 @@ public:
         const quint64 scale = kPowersOfTen[static_cast<size_t>(places)];
         digits = digits * scale + fraction;
         *value = static_cast<float>(static_cast<double>(digits) / static_cast<double>(scale));
-        return endField();
+        return true;
     }
 
 private:
@@ -103,44 +115,47 @@ private:
     static constexpr quint64 kCommentMark = '#';
     static constexpr int kByteBits = 8;
     static constexpr int kWordBytes = 8;
+    static constexpr int kMostDigits = 16;
     static constexpr quint64 kEachByte = 0x0101010101010101;
     static constexpr quint64 kTopBits = 0x80 * kEachByte;
     static constexpr quint64 kLowByte = 0xFF;
     static constexpr quint64 kMinusDigit = '-' ^ '0';
 
-    /** As many as two steps can need. */
-    static constexpr std::array<quint64, 17> kPowersOfTen = [] {
-        std::array<quint64, 17> powers{1};
+    static constexpr std::array<quint64, kMostDigits + 1> kPowersOfTen = [] {
+        std::array<quint64, kMostDigits + 1> powers{1};
         for (size_t exponent = 1; exponent < powers.size(); ++exponent) {
             powers[exponent] = 10 * powers[exponent - 1];
         }
         return powers;
     }();
 
-    /** Steps over the separator behind a field, or notes that it was the last one. */
-    bool endField()
+    /** Steps over the separator in front of every field but the first. */
+    bool beginField()
     {
-        if (mNext == mEnd) {
-            return !std::exchange(mAtEnd, true);
+        if (std::exchange(mIsFirst, false)) {
+            return true;
         }
-        return static_cast<quint64>(*mNext++) == kSeparator;
+        return mNext < mEnd && static_cast<quint64>(*mNext++) == kSeparator;
     }
-
     /**
      * Takes up to 16 digits, the first of which are in the word; returns how many. A longer
      * number then fails at its separator.
      */
     Q_ALWAYS_INLINE int readDigits(quint64 digits, quint64* number)
     {
-        const int count = readWord(digits, number);
+        int count = readWord(digits, number);
         if (count < kWordBytes) {
             return count;
         }
-        quint64 rest = 0;
-        const int more = readWord(peekDigits(), &rest);
-        *number = *number * kPowersOfTen[static_cast<size_t>(more)] + rest;
-        return count + more;
+        while (mNext < mEnd && isDigit(*mNext) && count < kMostDigits) {
+            *number = 10 * *number + static_cast<quint64>(*mNext - '0');
+            ++mNext;
+            ++count;
+        }
+        return count;
     }
+
+    static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
     /**
      * Takes the leading digits of the word, all at once, and returns how many. Digit by digit,
@@ -161,16 +176,11 @@ private:
     /** The next eight bytes as the digits that they stand for; others become more than nine. */
     Q_ALWAYS_INLINE quint64 peekDigits() const { return peek() ^ '0' * kEachByte; }
 
-    /** The next eight bytes, the first in the lowest place; zeros behind the end of the line. */
-    Q_ALWAYS_INLINE quint64 peek() const
+    /** The next eight bytes, the first in the lowest place. */
+    quint64 peek() const
     {
-        const auto left = static_cast<size_t>(mEnd - mNext);
         quint64 bytes = 0;
-        if (left >= sizeof(bytes)) {
-            std::memcpy(&bytes, mNext, sizeof(bytes));
-        } else {
-            std::memcpy(&bytes, mNext, left);
-        }
+        std::memcpy(&bytes, mNext, sizeof(bytes));
         return bytes;
     }
 
@@ -196,5 +206,5 @@ private:
 
     const char* mNext;
     const char* mEnd;
-    bool mAtEnd = false;
+    bool mIsFirst = true;
 };
