@@ -172,8 +172,8 @@ TEST(ItemStoreTest, KeepsOrderAndAddressesWhileItGrowsAndIsCopied)
 {
     ItemStore store;
     std::vector<InputValueItem*> before;
-    for (const quint32 size : {1U, 255U, 256U, 257U, 767U, 768U, 769U, 1792U, 3840U, 3841U, 7935U,
-                               7936U, 12030U, 12031U, 50'000U}) {
+    for (const quint32 size :
+         {1U, 255U, 256U, 257U, 511U, 512U, 513U, 4095U, 4096U, 4097U, 4352U, 4353U, 50'000U}) {
         grow(store, static_cast<quint32>(before.size()), size);
         const std::vector<InputValueItem*> items = addresses(store);
         ASSERT_EQ(items.size(), size);

@@ -164,6 +164,23 @@ TEST_F(SimulatorTest, FailedWriteDropsTheRestOfThePassAndCostsNoWait)
     EXPECT_TRUE(mSystem.mWaits.empty());
 }
 
+TEST_F(SimulatorTest, TakesTheCommandThatComesWithAFailedWrite)
+{
+    mSystem.mFaultyFile = kSampleBufferPath;
+    mSystem.mWriteFault = ENOSPC;
+    mSystem.mOnPoll = [this, failed = false]() mutable {
+        if (played() == "bbb") {
+            throw EndOfTest();
+        }
+        if (!std::exchange(failed, true)) {
+            TestDevice::send("s2\n");
+        }
+    };
+    runUntilEndOfTest(kThree);
+    EXPECT_EQ(played(), "bbb");
+    EXPECT_TRUE(mSystem.mWaits.empty());
+}
+
 struct Play
 {
     const char* name;
@@ -205,7 +222,7 @@ INSTANTIATE_TEST_SUITE_P(
         Play{"OnceReplacedByOnce", kThree, {{1, "s1\n"}, {2, "s2\n"}}, "acbbbaab"},
         Play{"RejectedCommand", kThree, {{1, "s3\n"}, {2, "x\n"}}, "aabaab"},
         Play{"UnfinishedCommand", kThree, {{1, "s"}, {4, "2\n"}}, "aababbbaab"},
-        Play{"CommandBeforeTheFirst", kThree, {{0, "s2\n"}}, "aabaab"}),
+        Play{"CommandInAnEmptyPass", "0,1,e\n1,1,c\n0,1,e\n", {{0, "s1\n"}}, "c"}),
     testing::PrintToStringParamName());
 
 struct Idle
