@@ -1,24 +1,37 @@
 #!/usr/bin/env bash
 # Checks format and code of everything that is ours; every finding is an error.
-# Requires: the release preset is configured (its compile_commands.json is used).
 #
-# Usage: scripts/lint.sh
+# Usage: scripts/lint.sh     (the release preset must be configured)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 database=build/release
 jobs=$(nproc)
-folders=(source externals standin tools tests)
+programs=(source externals standin tools)
+status=0
 
 echo "lint: clang-format"
-find "${folders[@]}" -name '*.cpp' -print0 -o -name '*.h' -print0 |
-    xargs -0 clang-format --dry-run -Werror
+find "${programs[@]}" tests benchmarks fuzz \( -name '*.cpp' -o -name '*.h' \) -print0 |
+    xargs -0 clang-format --dry-run -Werror || status=1
 
+# Without the tests: their macros are beyond its parser.
 echo "lint: cppcheck"
-cppcheck --quiet -j "$jobs" --project="$database/compile_commands.json" \
-    --enable=warning,style,performance,portability --inline-suppr --library=qt,googletest \
-    --error-exitcode=1
+cppcheck --quiet -j "$jobs" --project="$database/compile_commands.json" -itests \
+    --enable=warning,style,performance,portability --library=qt \
+    --suppressions-list=scripts/cppcheck.suppressions --error-exitcode=1 || status=1
 
 echo "lint: clang-tidy"
-find "${folders[@]}" -name '*.cpp' -print0 |
-    xargs -0 -n 1 -P "$jobs" clang-tidy --quiet -p "$database"
+tidy() {
+    local checks=$1
+    shift
+    # g++ does not count signedness among the conversions it warns about, so neither does this.
+    find "$@" -name '*.cpp' -print0 |
+        xargs -0 -n 1 -P "$jobs" clang-tidy --quiet -p "$database" --checks="$checks" \
+            --extra-arg=-Wno-sign-conversion
+}
+tidy "" "${programs[@]}" || status=1
+# Tests are not tuned, they join literals on purpose, and the analyzer takes minutes for them.
+tidy "-clang-analyzer-*,-performance-*,-bugprone-suspicious-missing-comma" tests benchmarks ||
+    status=1
+
+exit "$status"

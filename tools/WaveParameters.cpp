@@ -49,10 +49,12 @@ QString problemOfHarmonic(const Harmonic& harmonic)
     return {};
 }
 
-QString problemOfDisturbance(const Disturbance& disturbance, double caseDuration)
+/** Half a sample is left for the rounding of decimal times: 0.1 s + 0.2 s is beyond 0.3 s. */
+QString problemOfDisturbance(const Disturbance& disturbance, double caseDuration, double halfSample)
 {
     const double end = disturbance.mStart + disturbance.mDuration;
-    if (disturbance.mStart < 0.0 || disturbance.mDuration <= 0.0 || end > caseDuration) {
+    if (disturbance.mStart < 0.0 || disturbance.mDuration <= 0.0 ||
+        end > caseDuration + halfSample) {
         return QString(
                    "disturbance from %1 s to %2 s: expected to lie between 0 s and the end of "
                    "the wave at %3 s")
@@ -117,8 +119,9 @@ QString problemOf(const WaveParameters& parameters)
         }
     }
     const double duration = double(parameters.periodCount()) / double(parameters.mFrequency);
+    const double halfSample = 0.5 / (kSamplesPerPeriod * double(parameters.mFrequency));
     for (const Disturbance& disturbance : parameters.mDisturbances) {
-        problem = problemOfDisturbance(disturbance, duration);
+        problem = problemOfDisturbance(disturbance, duration, halfSample);
         if (!problem.isEmpty()) {
             return problem;
         }

@@ -53,7 +53,7 @@ int main(int argc, char** argv)
         return fail(problem);
     }
     if (options.isHelpRequested()) {
-        std::cout << options.helpText().toStdString() << std::flush;
+        std::cout << WaveOptions::helpText().toStdString() << std::flush;
         return EXIT_SUCCESS;
     }
     const QStringList arguments = QCoreApplication::arguments().mid(1);
