@@ -1,5 +1,6 @@
 #include "Summary.h"
 
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <vector>
@@ -113,9 +114,9 @@ std::string statusText(const StreamStatistics& statistics, const Arrival& now)
     const std::int64_t elapsedNs = now.mMonotonicNs - statistics.firstArrival().mMonotonicNs;
     const double leadMs = static_cast<double>(statistics.lastStampNs() - now.mRealtimeNs) /
                           kNanosecondsPerMillisecond;
-    return format("%.0f s  %llu samples  %.1f samples/s  %s %+.1f ms", inSeconds(elapsedNs),
+    return format("%.0f s  %llu samples  %.1f samples/s  %s %.1f ms", inSeconds(elapsedNs),
                   static_cast<unsigned long long>(statistics.samples()), statistics.arrivalRate(),
-                  leadMs < 0 ? "lag" : "lead", leadMs);
+                  leadMs < 0 ? "lag" : "lead", std::abs(leadMs));
 }
 
 std::string summaryText(const SimulatedDriver& driver, bool withPmeDevice)

@@ -208,7 +208,7 @@ void Supervisor::reportEnd()
         return;
     }
     const int status = mProgram.waitStatus();
-    if (WIFSIGNALED(status) && !mKillNs) {
+    if (WIFSIGNALED(status) && !isEndedByUs()) {
         mConsole.message("the program ended by signal " + std::to_string(WTERMSIG(status)) + " (" +
                          strsignal(WTERMSIG(status)) + ")");
     }
@@ -222,6 +222,15 @@ void Supervisor::reportEnd()
     std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
 }
 
+/** True when --for ended the program; one that crashes on its way out ended by itself. */
+bool Supervisor::isEndedByUs() const
+{
+    const int status = mProgram.waitStatus();
+    const bool isOurSignal = !WIFSIGNALED(status) || WTERMSIG(status) == SIGTERM ||
+                             (mIsKilled && WTERMSIG(status) == SIGKILL);
+    return mKillNs && isOurSignal;
+}
+
 int Supervisor::exitStatus() const
 {
     if (mProgram.startFailure()) {
@@ -230,7 +239,7 @@ int Supervisor::exitStatus() const
     if (mDriver.hasFailedOutput()) {
         return kExitSandboxFailed;
     }
-    if (mKillNs) {
+    if (isEndedByUs()) {
         return EXIT_SUCCESS;
     }
     const int status = mProgram.waitStatus();

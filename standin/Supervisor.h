@@ -43,6 +43,7 @@ private:
     std::int64_t nextDeadlineNs() const;
 
     void reportEnd();
+    bool isEndedByUs() const;
     int exitStatus() const;
 
     const Options& mOptions;
