@@ -19,12 +19,7 @@ fail() {
 command -v mmdebstrap >/dev/null || fail "mmdebstrap is missing: apt-get install mmdebstrap"
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
 
-# The release alone, without its updates: what a program is linked to does not change with them.
-# shellcheck disable=SC2016  # apt-get replaces the names, not the shell
-sources=$(apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' \
-    'Created-By: Packages' 'Origin: Debian' "Release: $release" | sort -u)
-[[ -n $sources ]] || fail "no Debian archive of '$release' in the package sources;" \
-    "after changing them, run: apt-get update"
+sources=$(scripts/debian-sources.sh)
 
 stamp="$release $(sha256sum <"scripts/make-sysroot.sh")"
 if [[ $(cat "$directory/made-of" 2>/dev/null) == "$stamp" ]]; then

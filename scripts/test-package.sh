@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Makes the Debian packages in build/package, checks them, installs the program's in a clean root
+# and plays what it brings there.
+#
+# Usage: scripts/test-package.sh
+# Requires: root, for the root directory is entered with chroot.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+fail() {
+    echo "test-package: $*" >&2
+    exit 1
+}
+
+[[ $EUID -eq 0 ]] || fail "this needs root"
+scripts/setup.sh build package
+release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
+
+for page in man/*; do
+    warnings=$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
+    [[ -z $warnings ]] || fail "$page: $warnings"
+done
+
+rm -f build/package/*.deb
+cmake --preset package
+cmake --build --preset package
+(cd build/package && cpack)
+lintian --fail-on error --tag-display-limit 0 build/package/*.deb
+
+root=$(mktemp -d /tmp/vx-root.XXXXXX)
+trap 'rm -rf --one-file-system "$root"' EXIT
+chmod 0755 "$root"
+echo "test-package: installing in $root"
+mmdebstrap --quiet --variant=apt --hook-dir=/usr/share/mmdebstrap/hooks/file-mirror-automount \
+    --include="$PWD/$(echo build/package/vx-simulator_*.deb)" "$release" "$root" - \
+    <<<"$(scripts/debian-sources.sh)"
+
+# These mounts are made in the sandbox's own namespace and are gone with it.
+play="for path in /dev /proc /sys /etc/vx; do mount --rbind \$path $root\$path; done"
+play+="; exec chroot $root vx-simulator"
+build/package/standin/vx-sandbox --record build/package/recording.bin --send 1:s1 --for 3 -- \
+    sh -c "$play" | tee build/package/played.log
+grep -q 'Execute Config 1 once' build/package/played.log || fail "the command was not taken"
+grep -q 'refused writes *0$' build/package/played.log || fail "writes were refused"
+echo "test-package: passed"
