@@ -123,7 +123,7 @@ do for [i = 1:4] {
     set label caption at (start[i] + start[i + 1]) / 2, 0.5 center
 }
 do for [i = 1:words(commands) / 3] {
-    height = 1.6 + 0.85 * ((i - 1) % 2)
+    height = 1.6 + 0.85 * ((words(commands) / 3 - i) % 2)    # the earlier one above
     caption = sprintf("  command “%s”: %s", commandText(i), effectOf(commandText(i)))
     set arrow from commandTime(i), height to commandTime(i), 0 head filled size screen 0.006, 20 \
         front lc rgb markColour lw 1.5
