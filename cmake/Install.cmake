@@ -63,6 +63,10 @@ install(DIRECTORY doc DESTINATION ${documents} COMPONENT program)
 
 # --- the tools -----------------------------------------------------------------------------------
 
+if(NOT TARGET vx-sandbox)
+  return()
+endif()
+
 install(TARGETS vx-sandbox vx-wave RUNTIME COMPONENT tools)
 vx_install_manual(tools vx-sandbox.1 vx-wave.1)
 install(FILES completions/vx-sandbox completions/vx-wave
