@@ -27,6 +27,23 @@ cmake --build --preset package
 (cd build/package && cpack)
 lintian --fail-on error --tag-display-limit 0 build/package/*.deb
 
+# Each option that a program explains is completed.
+for program in source/vx-simulator standin/vx-sandbox tools/vx-wave; do
+    completion=completions/${program##*/}
+    options=$("build/package/$program" --help | sed -n '/^  -/p' | grep -o -- '--[a-z][a-z-]*')
+    for option in $options; do
+        grep -q -- "$option\\b" "$completion" || fail "$completion lacks $option"
+    done
+done
+
+# The unit of the package, with the program of the build, for that of the package is not installed.
+unit=build/package/install/verify/vx-simulator.service
+mkdir -p "${unit%/*}"
+sed "s#^ExecStart=/usr/bin#ExecStart=$PWD/build/package/source#; /^Documentation/d" \
+    build/package/install/vx-simulator.service >"$unit"
+systemd-analyze verify --man=no "$unit"
+systemd-analyze security --offline=true --threshold=20 "$unit" | tail -1
+
 root=$(mktemp -d /tmp/vx-root.XXXXXX)
 trap 'rm -rf --one-file-system "$root"' EXIT
 chmod 0755 "$root"
