@@ -24,12 +24,15 @@ void StreamStatistics::addBlock(const SampleRecord* records, std::size_t count,
     if (mBlocks == 0) {
         mFirstArrival = arrival;
     }
+    const double arrivedAt = inSeconds(arrival.mMonotonicNs - mFirstArrival.mMonotonicNs);
+    if (mBlocks > 0 && mLastStampNs <= arrival.mRealtimeNs) {
+        mSignalWhenNotAhead.add(arrivedAt, inSeconds(signalNs()));
+    }
     ++mBlocks;
     std::for_each_n(records, count,
                     [this](const SampleRecord& record) { addSample(stampOf(record)); });
     addDistance(mLastStampNs - arrival.mRealtimeNs);
-    mSignalOverArrival.add(inSeconds(arrival.mMonotonicNs - mFirstArrival.mMonotonicNs),
-                           inSeconds(signalNs()));
+    mSignalAtAllBlocks.add(arrivedAt, inSeconds(signalNs()));
 }
 
 void StreamStatistics::addSample(std::int64_t stampNs)
@@ -60,5 +63,6 @@ double StreamStatistics::stepRate() const
 
 double StreamStatistics::signalSpeed() const
 {
-    return mSignalOverArrival.hasSlope() ? mSignalOverArrival.slope() : 0;
+    const LineFit& line = mSignalWhenNotAhead.hasSlope() ? mSignalWhenNotAhead : mSignalAtAllBlocks;
+    return line.hasSlope() ? line.slope() : 0;
 }

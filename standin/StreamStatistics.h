@@ -42,9 +42,10 @@ public:
     double stepRate() const;
 
     /**
-     * How fast the signal's time went by on arrival, as seconds of signal a second; 0 if two
-     * blocks have not arrived yet. It is the slope of a line through all blocks, because they
-     * come in bursts and a plain quotient would depend on where in a burst it is taken.
+     * How fast the signal's time went by on arrival, as seconds of signal a second; 0 if unknown.
+     * Blocks come in bursts, and where in a burst one looks would show. So it is the slope of a
+     * line through the moments at which the stream was not ahead: where the writer has just slept
+     * its lead away. A stream that never was there has the line through all its blocks.
      */
     double signalSpeed() const;
 
@@ -69,7 +70,8 @@ private:
     Arrival mFirstArrival{};
     std::int64_t mSmallestStepNs = std::numeric_limits<std::int64_t>::max();
     std::int64_t mLargestStepNs = std::numeric_limits<std::int64_t>::min();
-    LineFit mSignalOverArrival;
+    LineFit mSignalAtAllBlocks;
+    LineFit mSignalWhenNotAhead;
     Histogram mLeadNs;
     Histogram mLagNs;
 };
