@@ -168,7 +168,7 @@ TEST_F(SimulatorTest, TakesTheCommandThatComesWithAFailedWrite)
 {
     mSystem.mFaultyFile = kSampleBufferPath;
     mSystem.mWriteFault = ENOSPC;
-    mSystem.mOnPoll = [this, failed = false]() mutable {
+    mSystem.mOnPoll = [failed = false]() mutable {
         if (played() == "bbb") {
             throw EndOfTest();
         }
