@@ -10,9 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <sstream>
 #include <thread>
 
@@ -55,29 +53,14 @@ std::ostream& operator<<(std::ostream& stream, const CommandResult& result)
                   << result.mErrors << "--\n";
 }
 
-CommandRunner::CommandRunner()
-    : mDirectory((std::filesystem::temp_directory_path() / "vx-test-XXXXXX").string())
-{
-    if (mkdtemp(mDirectory.data()) == nullptr) {
-        throw std::runtime_error("cannot make a temporary directory " + mDirectory);
-    }
-}
-
-CommandRunner::~CommandRunner()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(mDirectory, ignored);
-}
-
 void CommandRunner::writeFile(const std::string& name, const std::string& content) const
 {
-    std::ofstream(path(name), std::ios::binary) << content;
+    mFiles.make(name, content);
 }
 
 std::string CommandRunner::readFile(const std::string& name) const
 {
-    std::ifstream file(path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return std::filesystem::exists(path(name)) ? ::readFile(path(name)) : "";
 }
 
 CommandResult CommandRunner::run(const Words& command, const std::function<void()>& prepare) const
@@ -109,11 +92,11 @@ void CommandRunner::become(const Words& command, const std::function<void()>& pr
 {
     try {
         setpgid(0, 0);
-        std::filesystem::current_path(mDirectory);
+        std::filesystem::current_path(path(""));
         redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
         redirect(STDOUT_FILENO, kOutputName, O_WRONLY | O_CREAT | O_TRUNC);
         redirect(STDERR_FILENO, kErrorsName, O_WRONLY | O_CREAT | O_TRUNC);
-        setenv("HOME", mDirectory.c_str(), 1);
+        setenv("HOME", std::filesystem::current_path().c_str(), 1);
         setenv("LC_ALL", "C.UTF-8", 1);
         setenv("XDG_CONFIG_DIRS", "/nowhere/xdg", 1);
         unsetenv("XDG_CONFIG_HOME");

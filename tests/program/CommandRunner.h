@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Files.h"
+
 using Words = std::vector<std::string>;
 
 /** The parts of a text between the separators; nothing after a last separator. */
@@ -29,12 +31,7 @@ struct CommandResult
 class CommandRunner
 {
 public:
-    CommandRunner();
-    CommandRunner(const CommandRunner&) = delete;
-    CommandRunner& operator=(const CommandRunner&) = delete;
-    ~CommandRunner();
-
-    std::string path(const std::string& name) const { return mDirectory + "/" + name; }
+    std::string path(const std::string& name) const { return mFiles.path(name); }
     void writeFile(const std::string& name, const std::string& content) const;
 
     /** Empty when there is no such file. */
@@ -52,5 +49,5 @@ public:
 private:
     [[noreturn]] void become(const Words& command, const std::function<void()>& prepare) const;
 
-    std::string mDirectory;
+    TestFiles mFiles;
 };

@@ -180,96 +180,32 @@ std::string ProgramTest::loopLog() const
     return at == std::string::npos ? "not started:\n" + text : text.substr(at + start.size());
 }
 
-struct PlayingCase
-{
-    const char* mName;
-    const char* mConfiguration;
-    const char* mSeconds;
-    Words mSends;
-    std::vector<Turn> mTurns;
-    const char* mLog;
-};
-
-void PrintTo(const PlayingCase& it, std::ostream* stream)
-{
-    *stream << it.mName;
-}
-
-class PlayingTest : public ProgramTest, public testing::WithParamInterface<PlayingCase>
-{
-};
-
-TEST_P(PlayingTest, RecordingShows)
-{
-    play(GetParam().mConfiguration, GetParam().mSeconds, GetParam().mSends);
-    expectPlayed(mPlayed, GetParam().mTurns);
-    EXPECT_EQ(loopLog(), GetParam().mLog);
-}
-
 constexpr char kThree[] = "0,1,case-4.csv\n1,1,case-11.csv\n1,2,case-12.csv\n2,1,case-21.csv\n";
-constexpr char kLong[] = "0,1,case-4.csv\n0,4,case-3.csv\n0,2,case-2.csv\n1,1,case-11.csv\n";
-const std::vector<int> kLongPass = {4, 3, 3, 3, 3, 2, 2};
-
 constexpr char kOnceOne[] = "INFO Configuration Execute Config 1 once\n";
 
-const PlayingCase kPlayingCases[] = {
-    {"Repetitions",
-     "# number, repetitions, file\n0 , 2 ,case-1.csv # the first\n\n0,0,case-2.csv\n"
-     "0,1,case-2.csv\n0,3,case-3.csv\n",
-     "0.8",
-     {},
-     {again({1, 1, 2, 3, 3, 3})},
-     ""},
-    {"Frequencies",
-     "0,1,case-31.csv\n0,1,case-32.csv\n0,1,case-4.csv\n",
-     "0.8",
-     {},
-     {again({31, 32, 4})},
-     ""},
-    {"OnceAndContinuous",
-     kThree,
-     "1.6",
-     {"0.3:s1", "0.9:2"},
-     {again({4}), once({11, 12, 12}), again({4}), again({21})},
-     "INFO Configuration Execute Config 1 once\n"
-     "INFO Configuration Execute Config 2 continuous\n"},
-    {"FirstContinuousFromTheFile",
-     "0,1,case-4.csv\n1,1,case-11.csv\n-1,1,\n",
-     "0.8",
-     {"0.3:s 0 "},
-     {again({11}), once({4}), again({11})},
-     "INFO Configuration Execute Config 0 once\n"},
-    {"CommandEndsAOnceAfterTheCaseInProgress",
-     kThree,
-     "0.8",
-     {"0.2:s1", "0.2:2"},
-     {again({4}), once({11}), again({21})},
-     "INFO Configuration Execute Config 1 once\n"
-     "INFO Configuration Execute Config 2 continuous\n"},
-    {"OnceReturnsToTheFirstCase",
-     kLong,
-     "1.2",
-     {"0.31:s1", "0.62:s1"},
-     {again(kLongPass), once({11}), again(kLongPass), once({11}), again(kLongPass)},
-     "INFO Configuration Execute Config 1 once\n"
-     "INFO Configuration Execute Config 1 once\n"},
-    {"GarbageChangesNothing",
-     kThree,
-     "1",
-     {"0.1:abc", "0.1: s1", "0.1:3", "0.1:s99", "0.1:", "0.1:s4294967295", "0.1:-1", "0.1:\xff"},
-     {again({4})},
-     "ERROR Configuration Could not convert abc\nto unsigned\n"
-     "ERROR Configuration Could not convert  s1\nto unsigned\n"
-     "ERROR Configuration Wrong Config: 3\n"
-     "ERROR Configuration Wrong Config: 99\n"
-     "ERROR Configuration Could not convert \nto unsigned\n"
-     "ERROR Configuration Wrong Config: -1\n"
-     "ERROR Configuration Could not convert -1\nto unsigned\n"
-     "ERROR Configuration Could not convert \xef\xbf\xbd\nto unsigned\n"},
-};
+TEST_F(ProgramTest, PlaysRepetitionsInTheirOrder)
+{
+    play(
+        "# number, repetitions, file\n0 , 2 ,case-1.csv # the first\n\n0,0,case-2.csv\n"
+        "0,1,case-2.csv\n0,3,case-3.csv\n",
+        "0.8");
+    expectPlayed(mPlayed, {again({1, 1, 2, 3, 3, 3})});
+    EXPECT_EQ(loopLog(), "");
+}
 
-INSTANTIATE_TEST_SUITE_P(, PlayingTest, testing::ValuesIn(kPlayingCases),
-                         [](const auto& it) { return std::string(it.param.mName); });
+TEST_F(ProgramTest, PlaysEveryFrequencyWithItsStep)
+{
+    play("0,1,case-31.csv\n0,1,case-32.csv\n0,1,case-4.csv\n", "0.8");
+    expectPlayed(mPlayed, {again({31, 32, 4})});
+}
+
+TEST_F(ProgramTest, FollowsTheOperator)
+{
+    play(kThree, "1.6", {"0.1:abc", "0.3:s1", "0.9:2"});
+    expectPlayed(mPlayed, {again({4}), once({11, 12, 12}), again({4}), again({21})});
+    EXPECT_EQ(loopLog(), std::string("ERROR Configuration Could not convert abc\nto unsigned\n") +
+                             kOnceOne + "INFO Configuration Execute Config 2 continuous\n");
+}
 
 /** Begins a part of a script that runs beside the program, once that has made its FIFO. */
 const std::string kAwaitFifo = "(until [ -p /etc/vx/simulator_control ]; do sleep 0.02; done\n";
@@ -284,33 +220,22 @@ TEST_F(ProgramTest, UnfinishedCommandDoesNotHoldTheStream)
     EXPECT_EQ(loopLog(), kOnceOne);
 }
 
-TEST_F(ProgramTest, FileInTheFifosPlaceGivesItsLinesAsCommands)
-{
-    play(kThree, "0.8", {}, after("printf '7\\ns1' >/etc/vx/simulator_control", kSimulator));
-    expectPlayed(mPlayed, {again({4}), once({11, 12, 12}), again({4})});
-    EXPECT_EQ(loopLog(), std::string("ERROR Configuration Wrong Config: 7\n") + kOnceOne);
-}
-
 /** Nothing to play at first: no spinning, no flood of messages, and the operator is heard. */
 TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
 {
-    play("0,0,case-4.csv\n1,1,case-11.csv\n", "0.3", {},
-         after(kAwaitFifo + "sleep 2; echo s1 >/etc/vx/simulator_control) &", kSimulator));
+    const std::string sendLater = kAwaitFifo + "sleep 2; echo s1 >/etc/vx/simulator_control) &";
+    play("0,0,case-4.csv\n1,1,case-11.csv\n", "0.3", {}, after(sendLater, kSimulator));
     EXPECT_EQ(mPlayed, std::vector<int>{11});
     EXPECT_EQ(loopLog(), kOnceOne);
     EXPECT_LT(mResult.mCpuSeconds, kIdleShare * mResult.mSeconds) << mResult;
-}
 
-TEST_F(ProgramTest, EmptyConfigurationWaitsForTheOperator)
-{
+    std::remove(mRunner.path("simulator.log").c_str());
     mRunner.writeFile("vx-simulator.conf", "# nothing\n");
-    const CommandResult result =
-        sandbox({}, after(kAwaitFifo + "sleep 2; echo s1 >/etc/vx/simulator_control) &",
-                          joined({"timeout", "3"}, kSimulator)));
-    EXPECT_EQ(result.mExitCode, 124) << result;
+    mResult = sandbox({}, after(sendLater, joined({"timeout", "3"}, kSimulator)));
+    EXPECT_EQ(mResult.mExitCode, 124) << mResult;
     EXPECT_EQ(loopLog(), "ERROR Configuration Wrong Config: 1\n");
-    EXPECT_EQ(summary(result)["blocks"], "0") << result;
-    EXPECT_LT(result.mCpuSeconds, kIdleShare * result.mSeconds) << result;
+    EXPECT_EQ(summary(mResult)["blocks"], "0") << mResult;
+    EXPECT_LT(mResult.mCpuSeconds, kIdleShare * mResult.mSeconds) << mResult;
 }
 
 /**

@@ -55,40 +55,34 @@ private:
 };
 } // namespace
 
-TEST(StreamStatisticsTest, NoRateUpToOneSample)
+TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
 {
+    struct Block
+    {
+        std::size_t mCount;
+        std::int64_t mStepNs;
+        std::int64_t mSmallestNs; ///< of all steps so far
+        std::int64_t mLargestNs;
+    };
     Stream stream;
-    EXPECT_EQ(stream.statistics().stepRate(), 0);
-    EXPECT_EQ(stream.statistics().arrivalRate(), 0);
-    stream.add(1, kStepNs, {kStartNs + 7, 1234});
     const StreamStatistics& statistics = stream.statistics();
-    EXPECT_EQ(statistics.blocks(), 1U);
-    EXPECT_EQ(statistics.samples(), 1U);
+    EXPECT_EQ(statistics.stepRate(), 0);
+    stream.add(1, kStepNs, {kStartNs + 7, 1234});
+    EXPECT_EQ(statistics.stepRate(), 0);
+    EXPECT_EQ(statistics.arrivalRate(), 0);
+    for (const Block& it : {Block{2, 1000, 1000, 1000}, Block{1, 5000, 1000, 5000},
+                            Block{1, 0, 0, 5000}, Block{2, -3500, -3500, 5000}}) {
+        stream.add(it.mCount, it.mStepNs, {kStartNs + 100, 1334});
+        EXPECT_EQ(statistics.smallestStepNs(), it.mSmallestNs);
+        EXPECT_EQ(statistics.largestStepNs(), it.mLargestNs);
+    }
+    EXPECT_EQ(statistics.blocks(), 5U);
+    EXPECT_EQ(statistics.samples(), 7U);
     EXPECT_EQ(statistics.firstStampNs(), kStartNs + kStepNs);
     EXPECT_EQ(statistics.lastStampNs(), kStartNs + kStepNs);
-    EXPECT_EQ(statistics.signalNs(), 0);
     EXPECT_EQ(statistics.firstArrival().mRealtimeNs, kStartNs + 7);
     EXPECT_EQ(statistics.firstArrival().mMonotonicNs, 1234);
     EXPECT_EQ(statistics.stepRate(), 0);
-    EXPECT_EQ(statistics.arrivalRate(), 0);
-}
-
-TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
-{
-    Stream stream;
-    stream.add(2, 1000, {kStartNs, 0});
-    EXPECT_EQ(stream.statistics().smallestStepNs(), 1000);
-    EXPECT_EQ(stream.statistics().largestStepNs(), 1000);
-    stream.add(1, 5000, {kStartNs, 10});
-    EXPECT_EQ(stream.statistics().largestStepNs(), 5000);
-    stream.add(1, 0, {kStartNs, 20});
-    EXPECT_EQ(stream.statistics().smallestStepNs(), 0);
-    stream.add(2, -3000, {kStartNs, 30});
-    EXPECT_EQ(stream.statistics().smallestStepNs(), -3000);
-    EXPECT_EQ(stream.statistics().largestStepNs(), 5000);
-    EXPECT_EQ(stream.statistics().samples(), 6U);
-    EXPECT_EQ(stream.statistics().signalNs(), 0);
-    EXPECT_EQ(stream.statistics().stepRate(), 0);
 }
 
 /** Every burst has the same shape, so the line through them has exactly the pace of the bursts. */
@@ -99,8 +93,7 @@ TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
         int mBursts;
         std::int64_t mExtraNs; ///< what each burst comes later than its signal time allows
     };
-    for (const Case& it :
-         {Case{2, 0}, Case{3, 0}, Case{100, 0}, Case{100, 22'000}, Case{1000, -220'000}}) {
+    for (const Case& it : {Case{2, 0}, Case{100, 22'000}, Case{1000, -220'000}}) {
         Stream stream;
         const std::int64_t burstNs = kBlocksOfABurst * kBlockNs + it.mExtraNs;
         stream.addBursts(it.mBursts, burstNs);
@@ -143,13 +136,13 @@ TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
     for (const std::int64_t leadNs : {30, 20, 10, 0, -5, -100}) {
         stream.add(kBlockSamples, kStepNs, {stream.stampNs() + kBlockNs - leadNs, 0});
     }
-    const StreamStatistics& statistics = stream.statistics();
-    EXPECT_EQ(statistics.leadNs().count(), 6U);
-    EXPECT_EQ(statistics.leadNs().largest(), 30U);
-    EXPECT_EQ(statistics.leadNs().percentile(50), 0U);
-    EXPECT_EQ(statistics.leadNs().percentile(66), 10U);
-    EXPECT_EQ(statistics.lagNs().count(), 6U);
-    EXPECT_EQ(statistics.lagNs().largest(), 100U);
-    EXPECT_EQ(statistics.lagNs().percentile(50), 0U);
-    EXPECT_EQ(statistics.lagNs().percentile(83), 5U);
+    const Histogram& lead = stream.statistics().leadNs();
+    const Histogram& lag = stream.statistics().lagNs();
+    EXPECT_EQ(lead.count(), 6U);
+    EXPECT_EQ(lead.largest(), 30U);
+    EXPECT_EQ(lead.percentile(66), 10U);
+    EXPECT_EQ(lag.count(), 6U);
+    EXPECT_EQ(lag.largest(), 100U);
+    EXPECT_EQ(lag.percentile(50), 0U);
+    EXPECT_EQ(lag.percentile(83), 5U);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QString>
 #include <QTemporaryDir>
 #include <string>
@@ -26,6 +27,8 @@ std::string valueLine(const std::string& auxWord, const std::string& frequency);
 class TestFiles
 {
 public:
+    TestFiles() : mDirectory(QDir::tempPath() + "/vx-test-XXXXXX") {}
+
     /** Full path of a name in the directory. */
     std::string path(const std::string& name) const;
 
