@@ -71,15 +71,10 @@ TEST_F(ConfigurationTest, RejectsLinesWithTheirMessage)
     const std::string kNotUnsigned = ") is not of type quint32";
     const std::tuple<std::string, std::string> kCases[] = {
         {"0,1", kWrongNumber + "2: 0,1"},
-        {"nonsense", kWrongNumber + "1: nonsense"},
         {"1,2,a.csv,", kWrongNumber + "4: 1,2,a.csv,"},
         {"x,1,a.csv", "First parameter (x" + kNotUnsigned},
-        {",x,a.csv", "First parameter (" + kNotUnsigned},
-        {"0x1,1,a.csv", "First parameter (0x1" + kNotUnsigned},
-        {"1.0,1,a.csv", "First parameter (1.0" + kNotUnsigned},
         {"2147483648,1,a.csv", "First parameter (2147483648" + kNotUnsigned},
         {"1,-2,a.csv", "Second parameter (-2" + kNotUnsigned},
-        {"1, ,a.csv", "Second parameter ( " + kNotUnsigned},
         {"1,4294967296,a.csv", "Second parameter (4294967296" + kNotUnsigned},
         {"-1,-1,", "Second parameter (-1" + kNotUnsigned}};
     for (const auto& [line, message] : kCases) {

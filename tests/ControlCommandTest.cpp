@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <tuple>
 
 #include "Configuration.h"
@@ -49,15 +50,6 @@ protected:
         return played;
     }
 
-    static mode_t fifoMode()
-    {
-        struct stat status
-        {
-        };
-        EXPECT_EQ(stat(kControlFifoPath, &status), 0);
-        return status.st_mode;
-    }
-
     /** Waits for a second of which no more than a command can save; the ns that passed. */
     qint64 waitInVain()
     {
@@ -74,18 +66,18 @@ protected:
 
 TEST_F(ControlCommandTest, MakesTheFifoForItsOwnerOrUsesTheOneThatIsThere)
 {
-    const std::tuple<mode_t, mode_t> kCases[] = {{0, 0700}, {0222, 0500}};
-    for (const auto& [mask, mode] : kCases) {
+    const auto permissions = [] { return std::filesystem::status(kControlFifoPath).permissions(); };
+    for (const auto& [mask, mode] : {std::pair(0000, 0700), std::pair(0222, 0500)}) {
         TestDevice::remove(kControlFifoPath);
-        const mode_t usual = umask(mask);
+        const mode_t usual = umask(static_cast<mode_t>(mask));
         restart();
         umask(usual);
-        EXPECT_EQ(fifoMode(), S_IFIFO | mode);
+        EXPECT_EQ(permissions(), std::filesystem::perms(mode));
     }
     TestDevice::remove(kControlFifoPath);
     ASSERT_EQ(mkfifo(kControlFifoPath, 0600), 0);
     restart();
-    EXPECT_EQ(fifoMode(), S_IFIFO | 0600U);
+    EXPECT_EQ(permissions(), std::filesystem::perms(0600));
     EXPECT_TRUE(take("1\n"));
 }
 
@@ -117,17 +109,10 @@ TEST_F(ControlCommandTest, TakesAndRejectsCommands)
         {"s 1 \n", {"INFO Execute Config 1 once"}, "10"},
         {"1\0junk\n"s, {"INFO Execute Config 1 continuous"}, "11"},
         {"3\n", {"ERROR Wrong Config: 3"}, "00"},
-        {"s3\n", {"ERROR Wrong Config: 3"}, "00"},
         {"4294967295\n", {"ERROR Wrong Config: -1"}, "00"},
-        {"s4294967295\n", {"ERROR Wrong Config: -1"}, "00"},
-        {"4294967296\n", {kNoNumber + "4294967296\nto unsigned"}, "00"},
         {"-1\n", {kNoNumber + "-1\nto unsigned"}, "00"},
-        {"S1\n", {kNoNumber + "S1\nto unsigned"}, "00"},
-        {" s1\n", {kNoNumber + " s1\nto unsigned"}, "00"},
         {"ss1\n", {kNoNumber + "s1\nto unsigned"}, "00"},
-        {"1 # one\n", {kNoNumber + "1 # one\nto unsigned"}, "00"},
         {"\xFF\n", {kNoNumber + "\uFFFD\nto unsigned"}, "00"},
-        {"\n", {kNoNumber + "\nto unsigned"}, "00"},
         {"s\n", {kNoNumber + "\nto unsigned"}, "00"},
         {"s\0\n"s, {"ERROR Config Cmd to small!"}, "00"},
         {"\0\n"s, {}, "00"},
@@ -147,24 +132,6 @@ TEST_F(ControlCommandTest, TakesAndRejectsCommands)
         EXPECT_FALSE(mConfiguration->readUserInput()) << "a command is taken once";
     }
     EXPECT_EQ(mSystem.mWaits.size() + mSystem.mSleeps.size(), 0U);
-}
-
-TEST_F(ControlCommandTest, CommandsChangeWhatIsPlayedNext)
-{
-    const std::tuple<Lines, const char*> kCases[] = {{Lines{}, "000"},
-                                                     {{"s1\n"}, "100"},
-                                                     {{"s1\n", "s2\n"}, "200"},
-                                                     {{"s1\n", "2\n"}, "122"},
-                                                     {{"2\n", "s1\n"}, "122"},
-                                                     {{"2\n", "1\n"}, "111"},
-                                                     {{"s1\n", "9\n", "s9\n", "x\n", "\n"}, "100"}};
-    for (const auto& [commands, played] : kCases) {
-        restart();
-        for (const std::string& command : commands) {
-            take(command);
-        }
-        EXPECT_EQ(nextPlayed(3), played) << testing::PrintToString(commands);
-    }
 }
 
 TEST_F(ControlCommandTest, TakesOneLineACallAndKeepsAnUnfinishedOne)

@@ -51,10 +51,7 @@ TEST_F(CsvParserTest, HandsOverDataPartsAndCountsEveryLine)
 {
     const std::tuple<std::string, Lines, int> kCases[] = {
         {"", {}, 0},
-        {"a", {"a"}, 1},
-        {"a\nb\n", {"a", "b"}, 2},
         {"\n# comment\n   # comment\n \t \n", {}, 4},
-        {"a#b#c\n", {"a"}, 1},
         {"  1 ,  2,a.csv   # first case\r\n\r\nc\r\n", {"1 , 2,a.csv", "c"}, 3},
         {"1\r2\n\ra\r\r\n\r", {"12", "a"}, 3},
         {"a\xC2\xA0\xC2\xA0"s + "b\xC2\xA0\n\xC2\xA0\n", {"a b"}, 2},

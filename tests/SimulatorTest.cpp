@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <tuple>
 
 #include "Files.h"
@@ -31,19 +32,26 @@ protected:
     SimulatorTest()
     {
         fs::current_path(mFiles.path(""));
-        TestDevice::makeDriver();
+        restart();
         for (const char letter : {'a', 'b', 'c'}) {
             writeFile(std::string(1, letter), valueLine(std::to_string(letter), "50"));
         }
         writeFile("e", "# nothing\n");
-        mLog.take();
     }
     ~SimulatorTest() override { fs::current_path("/"); }
 
-    static bool loadConfig(Simulator& simulator, const std::string& text)
+    /** A new simulator on a driver that has taken nothing. */
+    void restart()
+    {
+        TestDevice::makeDriver();
+        mSimulator = std::make_unique<Simulator>();
+        mLog.take();
+    }
+
+    bool loadConfig(const std::string& text)
     {
         writeFile("conf", text);
-        return simulator.loadConfigFile(QStringLiteral("conf"));
+        return mSimulator->loadConfigFile(QStringLiteral("conf"));
     }
 
     /** The letters of the samples that have arrived, in their order. */
@@ -59,9 +67,9 @@ protected:
     /** Loads the configuration and plays it until a system call throws. */
     void runUntilEndOfTest(const std::string& config)
     {
-        ASSERT_TRUE(loadConfig(mSimulator, config) && mSimulator.loadDataFiles());
+        ASSERT_TRUE(loadConfig(config) && mSimulator->loadDataFiles());
         mLog.take();
-        EXPECT_THROW(mSimulator.startEndless(), EndOfTest);
+        EXPECT_THROW(mSimulator->startEndless(), EndOfTest);
         EXPECT_FALSE(holdsOpen(mFiles.path("conf")));
     }
 
@@ -86,19 +94,19 @@ protected:
     TestFiles mFiles;
     LogCapture mLog;
     VirtualSystem mSystem;
-    Simulator mSimulator;
+    std::unique_ptr<Simulator> mSimulator;
 };
 
 TEST_F(SimulatorTest, LoadsTheConfigurationUpToARejectedLine)
 {
-    EXPECT_TRUE(loadConfig(mSimulator, "0,1,a\nnonsense\n1,1,b\n"));
+    EXPECT_TRUE(loadConfig("0,1,a\nnonsense\n1,1,b\n"));
     EXPECT_EQ(mLog.mEvents.at(3).mOrigin,
               "Simulator source/Simulator.cpp Simulator::loadConfigFile");
     EXPECT_EQ(mLog.take(),
               (Lines{"ERROR conf:2: Wrong number of parameter. Expected: 3, found 1: nonsense",
                      "ERROR Problem while handling line. abort.", "INFO Total 2 lines parsed.",
                      "INFO File 'conf' loaded."}));
-    EXPECT_FALSE(mSimulator.loadConfigFile(QStringLiteral("größe.conf")));
+    EXPECT_FALSE(mSimulator->loadConfigFile(QStringLiteral("größe.conf")));
     EXPECT_EQ(mLog.mEvents.at(0).mOrigin,
               "Configuration source/CsvParser.cpp CsvParser::openFileInternal");
     EXPECT_EQ(mLog.take(),
@@ -120,33 +128,23 @@ TEST_F(SimulatorTest, LoadsValueFilesInOrderUpToTheFirstFailure)
                      "ERROR bad:1: Wrong number of parameter. Expected: 13, found 1: nonsense",
                      "ERROR Problem while handling line. abort.", "INFO Total 1 lines parsed."};
     const std::tuple<const char*, std::vector<Lines>, bool> kCases[] = {
-        {"", {kAll}, true},
         {"1,1,b\n0,0,a\n2,1,c\n0,1,e\n", {one('a'), one('e'), one('b'), one('c'), kAll}, true},
         {"0,1,a\n2,1,a\n", {one('a'), kGap}, false},
-        {"1,1,a\n", {kGap}, false},
         {"0,1,a\n0,1,x\n0,1,a\n1,1,a\n", {one('a'), kMissing}, false},
         {"0,1,bad\n0,1,a\n1,1,a\n", {kBad}, false},
         {"0,1,x\n2,1,a\n", {kMissing, kGap}, false}};
     writeFile("bad", "nonsense\n");
     for (const auto& [config, messages, ok] : kCases) {
-        Simulator simulator;
-        ASSERT_TRUE(loadConfig(simulator, config));
+        restart();
+        ASSERT_TRUE(loadConfig(config));
         mLog.take();
-        EXPECT_EQ(simulator.loadDataFiles(), ok) << config;
+        EXPECT_EQ(mSimulator->loadDataFiles(), ok) << config;
         Lines expected;
         for (const Lines& lines : messages) {
             expected.insert(expected.end(), lines.begin(), lines.end());
         }
         EXPECT_EQ(mLog.take(), expected) << config;
     }
-}
-
-TEST_F(SimulatorTest, DoesNotStartWithoutTheDriver)
-{
-    TestDevice::remove(kSampleBufferPath);
-    mSimulator.startEndless();
-    EXPECT_EQ(mLog.take(), (Lines{"FATAL openFile : Das Device '/dev/adc-in' existiert nicht.",
-                                  "FATAL Could not initialze Prus-Simulation"}));
 }
 
 constexpr char kThree[] = "0,2,a\n0,1,b\n1,1,c\n1,2,a\n2,3,b\n";
@@ -181,108 +179,84 @@ TEST_F(SimulatorTest, TakesTheCommandThatComesWithAFailedWrite)
     EXPECT_TRUE(mSystem.mWaits.empty());
 }
 
-struct Play
+TEST_F(SimulatorTest, PlaysInThisOrder)
 {
-    const char* name;
-    const char* config;
-    std::map<size_t, std::string> commands; ///< sent after that many samples
-    const char* played;
-};
-
-void PrintTo(const Play& play, std::ostream* out)
-{
-    *out << play.name;
-}
-
-class SimulatorPlayTest : public SimulatorTest, public testing::WithParamInterface<Play>
-{
-};
-
-TEST_P(SimulatorPlayTest, PlaysInThisOrder)
-{
-    const auto& [name, config, commands, expected] = GetParam();
-    run(config, std::string(expected).size(), commands);
-    EXPECT_EQ(played(), expected);
-    EXPECT_TRUE(mSystem.mWaits.empty()) << "no wait but the writer's";
-    EXPECT_EQ(mLog.mEvents.at(0).mText, "Starting endless simulation loop");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , SimulatorPlayTest,
-    testing::Values(
-        Play{"ContinuousOverAndOver", kThree, {}, "aabaabaab"},
-        Play{"ContinuousOfTheFile", "0,1,a\n1,1,b\n1,2,c\n-1,1,\n", {}, "bccbcc"},
-        Play{"ZeroRepetitions", "0,0,c\n0,1,a\n0,0,c\n0,1,b\n", {}, "ababab"},
-        Play{"EmptyFileAmongOthers", "0,4000000000,e\n0,1,a\n0,2,e\n0,1,b\n", {}, "ababab"},
-        Play{"OnceInsideRepetitions", kThree, {{1, "s1\n"}}, "acaaaab"},
-        Play{"OnceAfterTheLastEntry", kThree, {{3, "s2\n"}}, "aabbbbaab"},
-        Play{"OnceOfTheContinuous", kThree, {{1, "s0\n"}}, "aaabaab"},
-        Play{"ContinuousFromNowOn", kThree, {{2, "2\n"}}, "aabbbbbb"},
-        Play{"OnceThenContinuous", kThree, {{1, "s1\n2\n"}}, "acbbbbbb"},
-        Play{"OnceReplacedByOnce", kThree, {{1, "s1\n"}, {2, "s2\n"}}, "acbbbaab"},
-        Play{"RejectedCommand", kThree, {{1, "s3\n"}, {2, "x\n"}}, "aabaab"},
-        Play{"UnfinishedCommand", kThree, {{1, "s"}, {4, "2\n"}}, "aababbbaab"},
-        Play{"CommandInAnEmptyPass", "0,1,e\n1,1,c\n0,1,e\n", {{0, "s1\n"}}, "c"}),
-    testing::PrintToStringParamName());
-
-struct Idle
-{
-    const char* name;
-    const char* config;
-    const char* command; ///< that wakes the loop
-    const char* played;  ///< by the command; null: the sample buffer fails
-};
-
-void PrintTo(const Idle& idle, std::ostream* out)
-{
-    *out << idle.name;
-}
-
-class SimulatorIdleTest : public SimulatorTest, public testing::WithParamInterface<Idle>
-{
-};
-
-TEST_P(SimulatorIdleTest, WaitsForACommandInsteadOfSpinning)
-{
-    const auto& [name, config, command, expected] = GetParam();
-    const bool fails = expected == nullptr;
-    if (fails) {
-        TestDevice::makeLink(kSampleBufferPath, "/dev/full");
-    }
-    const qint64 start = toNanoseconds(mSystem.mMonotonic);
-    int pass = 0;
-    mSystem.mOnWait = [&, wakeUp = command] {
-        EXPECT_LE(std::exchange(mSystem.mPolls, 0), 10);
-        const size_t messages = mLog.take().size();
-        switch (++pass) {
-            case 2:
-                EXPECT_EQ(messages, fails ? 2U : 0U);
-                break;
-            case 3:
-                TestDevice::send(wakeUp);
-                break;
-            case 4:
-                EXPECT_EQ(messages, fails ? 3U : 1U) << "with that of the command";
-                throw EndOfTest();
-            default:
-                break;
-        }
+    struct Play
+    {
+        const char* mConfig;
+        std::map<size_t, std::string> mCommands; ///< sent after that many samples
+        const char* mPlayed;
     };
-    runUntilEndOfTest(config);
-    EXPECT_EQ(mSystem.mWaits, (std::vector<qint64>(4, 1'000'000)));
-    EXPECT_EQ(toNanoseconds(mSystem.mMonotonic) - start, 2'000'000'000) << "woken at once";
-    if (!fails) {
-        EXPECT_EQ(played(), expected);
+    const Play kPlays[] = {
+        {kThree, {}, "aabaabaab"},
+        {"0,1,a\n1,1,b\n1,2,c\n-1,1,\n", {}, "bccbcc"},
+        {"0,0,c\n0,1,a\n0,0,c\n0,1,b\n", {}, "ababab"},
+        {"0,4000000000,e\n0,1,a\n0,2,e\n0,1,b\n", {}, "ababab"}, // e has no sample
+        {kThree, {{1, "s1\n"}}, "acaaaab"},
+        {kThree, {{3, "s2\n"}}, "aabbbbaab"},
+        {kThree, {{1, "s0\n"}}, "aaabaab"},
+        {kThree, {{2, "2\n"}}, "aabbbbbb"},
+        {kThree, {{1, "s1\n2\n"}}, "acbbbbbb"},
+        {kThree, {{1, "s1\n"}, {2, "s2\n"}}, "acbbbaab"},
+        {kThree, {{1, "s3\n"}, {2, "x\n"}}, "aabaab"},
+        {kThree, {{1, "s"}, {4, "2\n"}}, "aababbbaab"},
+        {"0,1,e\n1,1,c\n0,1,e\n", {{0, "s1\n"}}, "c"}};
+    for (const Play& it : kPlays) {
+        SCOPED_TRACE(it.mPlayed);
+        restart();
+        run(it.mConfig, std::string(it.mPlayed).size(), it.mCommands);
+        EXPECT_EQ(played(), it.mPlayed);
+        EXPECT_TRUE(mSystem.mWaits.empty()) << "no wait but the writer's";
+        EXPECT_EQ(mLog.mEvents.at(0).mText, "Starting endless simulation loop");
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , SimulatorIdleTest,
-    testing::Values(Idle{"RepetitionsOfZero", "0,0,a\n1,2,b\n", "s1\n", "bb"},
-                    Idle{"NumberWithoutEntries", "0,1,a\n-1,7,\n", "s0\n", "a"},
-                    Idle{"EmptyConfiguration", "", "s0\n", ""},
-                    Idle{"FilesWithoutSamples", "0,1,e\n0,3,e\n1,1,c\n", "s1\n", "c"},
-                    Idle{"HugeRepetitions", "0,4294967295,e\n1,1,c\n", "s1\n", "c"},
-                    Idle{"FailingBuffer", "0,5,a\n0,1,b\n1,1,c\n", "s1\n", nullptr}),
-    testing::PrintToStringParamName());
+TEST_F(SimulatorTest, WaitsForACommandInsteadOfSpinning)
+{
+    struct Idle
+    {
+        const char* mConfig;
+        const char* mCommand; ///< that wakes the loop
+        const char* mPlayed;  ///< by the command; null: the sample buffer fails
+    };
+    const Idle kIdles[] = {{"0,0,a\n1,2,b\n", "s1\n", "bb"},
+                           {"0,1,a\n-1,7,\n", "s0\n", "a"}, // a number without entries
+                           {"", "s0\n", ""},
+                           {"0,1,e\n0,3,e\n1,1,c\n", "s1\n", "c"},
+                           {"0,4294967295,e\n1,1,c\n", "s1\n", "c"},
+                           {"0,5,a\n0,1,b\n1,1,c\n", "s1\n", nullptr}};
+    for (const auto& [config, command, expected] : kIdles) {
+        SCOPED_TRACE(config);
+        restart();
+        const bool fails = expected == nullptr;
+        if (fails) {
+            TestDevice::makeLink(kSampleBufferPath, "/dev/full");
+        }
+        const qint64 start = toNanoseconds(mSystem.mMonotonic);
+        int pass = 0;
+        mSystem.mOnWait = [&, wakeUp = command] {
+            EXPECT_LE(std::exchange(mSystem.mPolls, 0), 10);
+            const size_t messages = mLog.take().size();
+            switch (++pass) {
+                case 2:
+                    EXPECT_EQ(messages, fails ? 2U : 0U);
+                    break;
+                case 3:
+                    TestDevice::send(wakeUp);
+                    break;
+                case 4:
+                    EXPECT_EQ(messages, fails ? 3U : 1U) << "with that of the command";
+                    throw EndOfTest();
+                default:
+                    break;
+            }
+        };
+        runUntilEndOfTest(config);
+        EXPECT_EQ(std::exchange(mSystem.mWaits, {}), (std::vector<qint64>(4, 1'000'000)));
+        EXPECT_EQ(toNanoseconds(mSystem.mMonotonic) - start, 2'000'000'000) << "woken at once";
+        if (!fails) {
+            EXPECT_EQ(played(), expected);
+        }
+    }
+}
 } // namespace

@@ -202,15 +202,6 @@ TEST_F(VxDeviceTest, ClassifiesReadErrorsAndReportsEachOnce)
     }
 }
 
-TEST_F(VxDeviceTest, TimeoutIsLoggedWithItsText)
-{
-    open();
-    char byte = 0;
-    EXPECT_EQ(mDevice.readContinuous(1, &byte, 0), VxDevice::TimeoutError);
-    EXPECT_EQ(mLog.mEvents.at(0).mOrigin.substr(0, 9), "VxDevice ");
-    EXPECT_EQ(mLog.take(), Lines{"ERROR Error while reading from " + fifo() + " : Timeout"});
-}
-
 TEST_F(VxDeviceTest, EndOfFileIsUnspecificWhateverErrnoHeld)
 {
     for (const int stale : {0, ETIMEDOUT, EFBIG, EINTR}) {
