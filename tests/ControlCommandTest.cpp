@@ -38,11 +38,11 @@ protected:
         return mConfiguration->readUserInput();
     }
 
-    /** The numbers that the next passes play. */
-    std::string nextPlayed(int passes = 2)
+    /** The numbers that the next two passes play. */
+    std::string nextPlayed()
     {
         std::string played;
-        for (; passes > 0; --passes) {
+        for (int pass = 0; pass < 2; ++pass) {
             mConfiguration->selectNextConfiguration();
             mConfiguration->resetIterator();
             played += mConfiguration->nextItem()->fileName().toStdString();
@@ -136,20 +136,17 @@ TEST_F(ControlCommandTest, TakesAndRejectsCommands)
 
 TEST_F(ControlCommandTest, TakesOneLineACallAndKeepsAnUnfinishedOne)
 {
-    EXPECT_TRUE(take("s1\n2\nx\ns2\ns"));
+    EXPECT_TRUE(take("s1\n2\nx\ns"));
     EXPECT_EQ(nextPlayed(), "10");
     EXPECT_TRUE(take(""));
     EXPECT_EQ(nextPlayed(), "22");
-    EXPECT_FALSE(take(""));
-    EXPECT_TRUE(take(""));
-    for (const char* part : {"", " ", "0"}) {
+    for (const char* part : {"", "", " ", "0"}) {
         EXPECT_FALSE(take(part));
     }
-    mLog.take();
     EXPECT_TRUE(take("\n1\n"));
+    EXPECT_EQ(nextPlayed(), "02");
     EXPECT_TRUE(take(""));
-    EXPECT_EQ(mLog.take(),
-              (Lines{"INFO Execute Config 0 once", "INFO Execute Config 1 continuous"}));
+    EXPECT_EQ(nextPlayed(), "11");
 }
 
 TEST_F(ControlCommandTest, EndOfFileEndsACommand)
