@@ -7,7 +7,6 @@
 #include <cmath>
 #include <tuple>
 
-#include "Files.h"
 #include "ItemStore.h"
 #include "LogCapture.h"
 
@@ -87,26 +86,6 @@ TEST_F(InputValuesTest, FailedConversionKeepsTheValue)
     EXPECT_FALSE(mValues.parseFloat(QStringLiteral("1e99"), &floatValue));
     EXPECT_EQ(std::make_tuple(unsignedValue, signedValue, floatValue),
               std::make_tuple(1U, 2, 3.0F));
-}
-
-TEST_F(InputValuesTest, WalksItemsAgainWithTheirStamps)
-{
-    mValues.resetIterator();
-    EXPECT_EQ(mValues.nextItem(), nullptr);
-    for (const char* aux : {"1", "2", "3"}) {
-        ASSERT_TRUE(mValues.parseLine(lineWith(2, aux)));
-    }
-    for (quint32 pass = 0; pass < 2; ++pass) {
-        mValues.resetIterator();
-        for (quint32 i = 1; i <= 3; ++i) {
-            InputValueItem* item = mValues.nextItem();
-            EXPECT_EQ(item->mAuxWord, i);
-            EXPECT_EQ(item->mSeconds, pass * 10 * i);
-            item->mSeconds = 10 * i;
-        }
-        EXPECT_EQ(mValues.nextItem(), nullptr);
-        EXPECT_EQ(mValues.nextItem(), nullptr);
-    }
 }
 
 /** The items, which carry their place in the auxiliary word. */

@@ -38,17 +38,12 @@ protected:
     static InputValues items(int count, const char* frequency = "50")
     {
         InputValues values;
-        append(values, count, frequency);
-        return values;
-    }
-
-    static void append(InputValues& values, int count, const char* frequency)
-    {
         const QString line = QStringLiteral(";;%1;2;%2;1;-2;3;-4;5;-6;7;-8");
         for (int i = 0; i < count; ++i) {
             values.parseLine(line.arg(i).arg(QLatin1String(frequency)));
         }
         values.resetIterator();
+        return values;
     }
 
     /** Plays the values from their beginning; the result of the last call. */
