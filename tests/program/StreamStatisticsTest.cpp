@@ -35,14 +35,11 @@ public:
         mStatistics.addBlock(records.data(), records.size(), arrival);
     }
 
-    /** Bursts of eleven blocks at one time, `burstNs` from one burst to the next. */
-    void addBursts(int count, std::int64_t burstNs)
+    /** A burst of eleven blocks, which arrive together that long after the start. */
+    void addBurst(std::int64_t stepNs, std::int64_t arrivalNs)
     {
-        for (int burst = 0; burst < count; ++burst) {
-            const std::int64_t arrivalNs = burst * burstNs;
-            for (int block = 0; block < kBlocksOfABurst; ++block) {
-                add(kBlockSamples, kStepNs, {kStartNs + arrivalNs, arrivalNs});
-            }
+        for (int block = 0; block < kBlocksOfABurst; ++block) {
+            add(kBlockSamples, stepNs, {kStartNs + arrivalNs, arrivalNs});
         }
     }
 
@@ -96,7 +93,9 @@ TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
     for (const Case& it : {Case{2, 0}, Case{100, 22'000}, Case{1000, -220'000}}) {
         Stream stream;
         const std::int64_t burstNs = kBlocksOfABurst * kBlockNs + it.mExtraNs;
-        stream.addBursts(it.mBursts, burstNs);
+        for (int burst = 0; burst < it.mBursts; ++burst) {
+            stream.addBurst(kStepNs, burst * burstNs);
+        }
         const double expected =
             static_cast<double>(kBlocksOfABurst * kBlockNs) / static_cast<double>(burstNs);
         EXPECT_NEAR(stream.statistics().stepRate(), 1e9 / kStepNs, 1e-6);
@@ -110,11 +109,7 @@ TEST(StreamStatisticsTest, ShorterBurstsDoNotChangeTheSpeed)
 {
     Stream stream;
     for (int burst = 0; burst < 40; ++burst) {
-        const std::int64_t arrivalNs = stream.stampNs() - kStartNs;
-        for (int block = 0; block < kBlocksOfABurst; ++block) {
-            stream.add(kBlockSamples, burst < 20 ? kStepNs : 46'296,
-                       {kStartNs + arrivalNs, arrivalNs});
-        }
+        stream.addBurst(burst < 20 ? kStepNs : 46'296, stream.stampNs() - kStartNs);
     }
     EXPECT_NEAR(stream.statistics().signalSpeed(), 1, 1e-12);
 }
