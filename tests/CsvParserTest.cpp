@@ -140,14 +140,14 @@ TEST_F(CsvParserTest, ParsesPiecewise)
 TEST_F(CsvParserTest, WhatTheSecondReadBringsDecidesAboutTheRest)
 {
     const std::string kMessage =
-        "ERROR " + mFiles.path("file") + ":9363: Reading failed: Input/output error";
+        "ERROR " + mFiles.path("file") + ":37450: Reading failed: Input/output error";
     const std::tuple<int, bool, Lines> kCases[] = {
-        {EIO, false, {kMessage, total(9362)[0]}},
-        {VirtualSystem::kNothing, true, total(9363)}, // shorter than its size says
-        {EINTR, true, total(10'000)}};
+        {EIO, false, {kMessage, total(37'449)[0]}},
+        {VirtualSystem::kNothing, true, total(37'450)}, // shorter than its size says
+        {EINTR, true, total(40'000)}};
     VirtualSystem system;
     const auto openFaulty = [&](int fault) {
-        ASSERT_TRUE(open(repeated("123456\n", 10'000)));
+        ASSERT_TRUE(open(repeated("123456\n", 40'000)));
         system.mReadsUntilFault = 1;
         system.mReadFault = fault;
     };
@@ -158,7 +158,7 @@ TEST_F(CsvParserTest, WhatTheSecondReadBringsDecidesAboutTheRest)
     }
     EXPECT_LE(system.mReads, 20) << "far fewer than there are lines";
     openFaulty(EIO);
-    EXPECT_EQ(mParser.parseLines(-1), 9362);
+    EXPECT_EQ(mParser.parseLines(-1), 37'449);
     ASSERT_TRUE(mParser.openFile(QStringLiteral("/proc/self/mem")));
     EXPECT_EQ(mParser.parseLines(-1), 0);
     EXPECT_EQ(mParser.parseLines(-1), -2) << "a failure is told once";

@@ -73,7 +73,7 @@ TEST(PlainFieldsTest, TakesTheLinesOfRealFiles)
                        "some text;0.000056;0;0;050.0000;00000001;1234567890;9;9;9;9;9;123456789"};
     for (const std::string& line : kLines) {
         int plainLines = 0;
-        EXPECT_EQ(differenceOfWays(line + "\n# comment\n\n" + line, &plainLines), "");
+        EXPECT_EQ(differenceOfWays(line + "\n# comment\n\n" + line + "\n" + line, &plainLines), "");
         EXPECT_EQ(plainLines, 2) << line;
     }
 }

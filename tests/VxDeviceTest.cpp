@@ -82,9 +82,8 @@ TEST_F(VxDeviceTest, InterruptionEndsEveryLaterWait)
     open();
     send("data");
     mDevice.interruptWait();
-    for (const int msecs : {-1, 0, 100'000, 0}) {
-        expectWaitFails(mDevice, msecs, EINTR, "Signal Interrupt");
-    }
+    expectWaitFails(mDevice, -1, EINTR, "Signal Interrupt");
+    expectWaitFails(mDevice, 100'000, EINTR, "Signal Interrupt");
     char byte = 0;
     EXPECT_EQ(mDevice.readWithTimeout(&byte, 1, 0), -1);
     EXPECT_EQ(errno, EINTR);

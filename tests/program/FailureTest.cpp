@@ -105,13 +105,19 @@ TEST_F(FailureTest, FilesThatDoNotOpen)
 
 TEST_F(FailureTest, FixedPathsThatDoNotOpen)
 {
-    const std::string device = "FATAL PrussSimulation openFile : Das Device '";
-    expectOrderlyEnd(mLoaded + device + "/dev/adc-in' existiert nicht.\n" + kNotStarted,
-                     [] { TestDevice::remove(kSampleBufferPath); });
-    expectOrderlyEnd(mLoaded + device + kR2hPath + "' kann nicht geöffnet werden\n" + kNotStarted,
-                     [] { TestDevice::makeDirectory(kR2hPath); });
+    for (const std::string& path : TestDevice::driverPaths()) {
+        const std::string device =
+            mLoaded + "FATAL PrussSimulation openFile : Das Device '" + path + "' ";
+        expectOrderlyEnd(device + "existiert nicht.\n" + kNotStarted,
+                         [&] { TestDevice::remove(path); });
+        expectOrderlyEnd(device + "kann nicht geöffnet werden\n" + kNotStarted,
+                         [&] { TestDevice::makeDirectory(path); });
+    }
     expectOrderlyEnd("ERROR Configuration File:/etc/vx/simulator_control doesnot exist\n" +
-                         mLoaded + device + "/dev/adc-in' existiert nicht.\n" + kNotStarted,
+                         mLoaded +
+                         "FATAL PrussSimulation openFile : Das Device '/dev/adc-in' existiert "
+                         "nicht.\n" +
+                         kNotStarted,
                      [] {
                          TestDevice::remove(kSampleBufferPath);
                          if (mount("none", "/etc/vx", "tmpfs", MS_RDONLY, nullptr) != 0) {

@@ -32,10 +32,10 @@ public:
     std::vector<InputValueItem> mRead;
 
 protected:
-    bool takePlainLine(std::string_view line) override
+    size_t takePlainLine(std::string_view lines) override
     {
-        const bool taken = mIsFast && InputValues::takePlainLine(line);
-        mPlainLines += taken ? 1 : 0;
+        const size_t taken = mIsFast ? InputValues::takePlainLine(lines) : 0;
+        mPlainLines += taken > 0 ? 1 : 0;
         return taken;
     }
 
