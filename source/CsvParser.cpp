@@ -108,17 +108,18 @@ bool CsvParser::parseNextLine()
     if (!hasLine) {
         return true;
     }
-    const std::string_view line = mReader.takeLine();
-    if (takePlainLine(line)) {
+    const size_t plainBytes = takePlainLine(mReader.wholeLines());
+    if (plainBytes > 0) {
+        mReader.drop(plainBytes);
         return true;
     }
-    const QString data = dataPart(toText(line));
+    const QString data = dataPart(toText(mReader.takeLine()));
     return data.isEmpty() || parseLine(data);
 }
 
-bool CsvParser::takePlainLine(std::string_view /*line*/)
+size_t CsvParser::takePlainLine(std::string_view /*lines*/)
 {
-    return false;
+    return 0;
 }
 
 int CsvParser::parseLines(int maxLines)

@@ -72,13 +72,14 @@ public:
 
 protected:
     /**
-     * Gives the subclass the bytes of a line before they become text. It may handle lines that
+     * Gives the subclass the bytes of a line before they become text. It may handle a line that
      * it knows how to read faster than by parseLine(), with the same result.
      *
-     * @param line one line of the file without its line end, as LineReader::takeLine() gives it
-     * @return true when the line is accepted and handled; false hands it to parseLine()
+     * @param lines whole lines of the file, as LineReader::wholeLines() gives them
+     * @return the bytes of the first line, with its line end, when it is accepted and handled;
+     *         0 hands it to parseLine()
      */
-    virtual bool takePlainLine(std::string_view line);
+    virtual size_t takePlainLine(std::string_view lines);
 
     /** "file:line: ", the beginning of every message about a line, in the local encoding. */
     std::string linePrefix() const { return linePrefix(mLineNumber); }

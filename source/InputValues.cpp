@@ -30,7 +30,7 @@ private:
     int mIndex = 0;
 };
 
-static_assert(LineReader::kReadableBehindLine >= PlainFields::kReadableBehindLine);
+static_assert(LineReader::kReadableBehindLines >= PlainFields::kReadableBehind);
 
 /** What stands in a line, field by field; false at the first field that does not convert. */
 template <typename Fields>
@@ -69,14 +69,17 @@ bool InputValues::parseLine(QString line)
     return true;
 }
 
-bool InputValues::takePlainLine(std::string_view line)
+size_t InputValues::takePlainLine(std::string_view lines)
 {
-    PlainFields fields(line);
-    if (readItem(&fields, mItems.appendEmpty()) && fields.isAtEnd()) {
-        return true;
+    if (lines.empty()) {
+        return 0;
+    }
+    PlainFields fields(lines.data());
+    if (readItem(&fields, mItems.appendEmpty()) && fields.endLine()) {
+        return fields.taken();
     }
     mItems.removeLast();
-    return false;
+    return 0;
 }
 
 bool InputValues::parseUInt(QString text, quint32* value)

@@ -41,7 +41,7 @@ public:
     InputValueItem* nextItem();
 
 protected:
-    bool takePlainLine(std::string_view line) override;
+    size_t takePlainLine(std::string_view lines) override;
 
 private:
     void reportField(const QString& text, const char* type,

@@ -2,12 +2,13 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
 namespace {
-constexpr size_t kBlockBytes = 64 * 1024;
+constexpr size_t kBlockBytes = 256 * 1024;
 }
 
 void LineReader::start(int descriptor)
@@ -15,7 +16,7 @@ void LineReader::start(int descriptor)
     stop();
     mDescriptor = descriptor;
     mAtEnd = false;
-    mBuffer.resize(kBlockBytes + kReadableBehindLine);
+    mBuffer.resize(kBlockBytes + kReadableBehindLines);
 }
 
 void LineReader::stop()
@@ -23,23 +24,19 @@ void LineReader::stop()
     *this = LineReader();
 }
 
+/** Reads on until there is a whole line, or the rest of the file. */
 bool LineReader::findLine()
 {
-    bool isWhole = findLineEnd();
-    while (!isWhole && fill()) {
-        isWhole = findLineEnd();
+    while (mBegin >= mWholeEnd && fill()) {
     }
-    mHasLine = isWhole || mBegin < mEnd;
-    return mHasLine;
+    return mBegin < mEnd;
 }
 
 std::string_view LineReader::takeLine()
 {
-    const std::string_view line(mBuffer.data() + mBegin, mScanned - mBegin);
-    const bool hasLineEnd = mScanned < mEnd;
-    mBegin = hasLineEnd ? mScanned + 1 : mScanned;
-    mScanned = mBegin;
-    mHasLine = false;
+    const std::string_view bytes(mBuffer.data() + mBegin, mEnd - mBegin);
+    const std::string_view line = bytes.substr(0, bytes.find('\n'));
+    mBegin += std::min(line.size() + 1, bytes.size());
     return line;
 }
 
@@ -48,48 +45,33 @@ int LineReader::takeError()
     return std::exchange(mError, 0);
 }
 
-/** Leaves mScanned at the next line end, or at the end of the bytes read when there is none. */
-bool LineReader::findLineEnd()
-{
-    if (mScanned == mEnd) {
-        return false;
-    }
-    const char* const from = mBuffer.data() + mScanned;
-    const void* const lineEnd = std::memchr(from, '\n', mEnd - mScanned);
-    if (lineEnd == nullptr) {
-        mScanned = mEnd;
-        return false;
-    }
-    mScanned += static_cast<size_t>(static_cast<const char*>(lineEnd) - from);
-    return true;
-}
-
 /** Reads once behind what is still untaken; false when nothing more will come. */
 bool LineReader::fill()
 {
     if (mAtEnd) {
         return false;
     }
-    if (mBegin > 0) {
-        std::memmove(mBuffer.data(), mBuffer.data() + mBegin, mEnd - mBegin);
-        mScanned -= mBegin;
-        mEnd -= mBegin;
-        mBegin = 0;
-    }
-    if (mEnd + kReadableBehindLine == mBuffer.size()) {
+    std::memmove(mBuffer.data(), mBuffer.data() + mBegin, mEnd - mBegin);
+    mEnd -= mBegin;
+    mBegin = 0;
+    mWholeEnd = 0;
+    if (mEnd + kReadableBehindLines == mBuffer.size()) {
         mBuffer.resize(2 * mBuffer.size());
     }
-    const size_t room = mBuffer.size() - kReadableBehindLine - mEnd;
+    char* const news = mBuffer.data() + mEnd;
+    const size_t room = mBuffer.size() - kReadableBehindLines - mEnd;
     ssize_t count = 0;
     do {
-        count = ::read(mDescriptor, mBuffer.data() + mEnd, room);
+        count = ::read(mDescriptor, news, room);
     } while (count < 0 && errno == EINTR);
     mAtEnd = count <= 0;
     if (count < 0) {
         mError = errno;
-        mScanned = mEnd = mBegin;
+        mEnd = mBegin;
         return false;
     }
+    const size_t lineEnd = std::string_view(news, static_cast<size_t>(count)).rfind('\n');
+    mWholeEnd = lineEnd == std::string_view::npos ? 0 : mEnd + lineEnd + 1;
     mEnd += static_cast<size_t>(count);
     return !mAtEnd;
 }

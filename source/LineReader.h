@@ -15,7 +15,7 @@
 class LineReader
 {
 public:
-    static constexpr size_t kReadableBehindLine = 8;
+    static constexpr size_t kReadableBehindLines = 8;
 
     /** Starts at the descriptor's current position; forgets what was read and any failure. */
     void start(int descriptor);
@@ -28,29 +28,38 @@ public:
      * False at the end of the file (a read that delivers nothing) and after a failed read;
      * the bytes of a line that a failed read left unfinished are never delivered.
      */
-    bool hasLine() { return mHasLine || findLine(); }
+    bool hasLine() { return mBegin < mWholeEnd || findLine(); }
 
     /**
      * Takes the next line, without its line end. The bytes stay valid until the next call of any
-     * operation; kReadableBehindLine more can be read behind them. Requires: hasLine() was just
-     * true.
+     * operation. Requires: hasLine() was just true.
      */
     std::string_view takeLine();
+
+    /**
+     * The whole lines that were read and not yet taken, with their line ends; may be empty, also
+     * when hasLine() is true. kReadableBehindLines more bytes can be read behind them.
+     */
+    std::string_view wholeLines() const
+    {
+        return {mBuffer.data() + mBegin, mWholeEnd > mBegin ? mWholeEnd - mBegin : 0};
+    }
+
+    /** Takes that many bytes of wholeLines(), up to and including a line end. */
+    void drop(size_t bytes) { mBegin += bytes; }
 
     /** The errno of the read that failed, 0 if none did; tells each failure once. */
     int takeError();
 
 private:
     bool findLine();
-    bool findLineEnd();
     bool fill();
 
     int mDescriptor = -1;
     int mError = 0;
     bool mAtEnd = true;
-    bool mHasLine = false; ///< a line lies between mBegin and mScanned
     std::vector<char> mBuffer;
-    size_t mBegin = 0;   ///< first byte not yet taken
-    size_t mScanned = 0; ///< no line end before this one
-    size_t mEnd = 0;     ///< end of the bytes read
+    size_t mBegin = 0;    ///< first byte not yet taken
+    size_t mWholeEnd = 0; ///< behind the last line end that was read
+    size_t mEnd = 0;      ///< end of the bytes read
 };

@@ -22,20 +22,24 @@
 class PlainFields
 {
 public:
-    /**
-     * What must be readable behind the line, so that eight bytes can be looked at from any place
-     * in it. What these bytes are does not matter: a line read beyond its end is not at its end.
-     */
-    static constexpr size_t kReadableBehindLine = 8;
+    /** Bytes that must be readable behind the line: eight are looked at from any place in it. */
+    static constexpr size_t kReadableBehind = 8;
 
-    /** @param line one line without its line end; a '\r' before that is ignored */
-    explicit PlainFields(std::string_view line) : mNext(line.data()), mEnd(mNext + line.size())
+    /**
+     * @param line points to the first byte of a line, whose line end must be there: it stops
+     *             every operation, so that none of them has to know where the bytes end
+     */
+    explicit PlainFields(const char* line) : mBegin(line), mNext(line) {}
+
+    /** Steps over the line end; false when the line goes on. */
+    bool endLine()
     {
-        mEnd -= !line.empty() && line.back() == '\r' ? 1 : 0;
+        mNext += *mNext == '\r' ? 1 : 0;
+        return *mNext++ == '\n';
     }
 
-    /** True when all of the line was taken. */
-    bool isAtEnd() const { return mNext == mEnd; }
+    /** Bytes taken so far. */
+    size_t taken() const { return static_cast<size_t>(mNext - mBegin); }
 
     bool skip()
     {
@@ -43,11 +47,11 @@ public:
             return false;
         }
         int count = kWordBytes;
-        while (count == kWordBytes && mNext < mEnd) {
+        while (count == kWordBytes) {
             const quint64 bytes = peek();
             const quint64 stops = zeroBytes(bytes ^ kSeparator * kEachByte) |
-                                  zeroBytes(bytes ^ kCommentMark * kEachByte) | zeroBytes(bytes) |
-                                  (bytes & kTopBits);
+                                  zeroBytes(bytes ^ kCommentMark * kEachByte) |
+                                  controlBytes(bytes) | (bytes & kTopBits);
             count = bytesBefore(stops);
             mNext += count;
         }
@@ -57,7 +61,7 @@ public:
     bool read(quint32* value)
     {
         quint64 number = 0;
-        if (!beginField() || readDigits(peekDigits(), &number) == 0 ||
+        if (!beginField() || readDigits(&number) == 0 ||
             number > std::numeric_limits<quint32>::max()) {
             return false;
         }
@@ -71,10 +75,13 @@ public:
             return false;
         }
         // A sign counts as a leading zero: finding the end of the digits need not wait for it.
-        const quint64 bytes = peekDigits();
-        const bool isNegative = (bytes & kLowByte) == kMinusDigit;
+        const quint64 digits = peek() ^ '0' * kEachByte;
+        const bool isNegative = (digits & kLowByte) == kMinusDigit;
         quint64 number = 0;
-        const int count = readDigits(isNegative ? bytes & ~kLowByte : bytes, &number);
+        int count = readWord(isNegative ? digits & ~kLowByte : digits, &number);
+        if (count == kWordBytes) {
+            count = readDigits(&number, count);
+        }
         if (count == (isNegative ? 1 : 0) || number > std::numeric_limits<qint32>::max()) {
             return false;
         }
@@ -90,23 +97,20 @@ public:
     bool read(float* value)
     {
         quint64 digits = 0;
-        const int whole = beginField() ? readDigits(peekDigits(), &digits) : 0;
-        if (whole == 0 || whole > std::numeric_limits<double>::digits10) {
+        const int whole = beginField() ? readDigits(&digits) : 0;
+        if (whole == 0 || whole > kExactDigits) {
             return false;
         }
-        if (mNext >= mEnd || *mNext != '.') {
-            *value = static_cast<float>(static_cast<double>(digits));
-            return true;
+        int count = whole;
+        if (*mNext == '.') {
+            ++mNext;
+            count = readDigits(&digits, whole);
+            if (count == whole || count > kExactDigits) {
+                return false;
+            }
         }
-        ++mNext;
-        quint64 fraction = 0;
-        const int places = readDigits(peekDigits(), &fraction);
-        if (places == 0 || whole + places > std::numeric_limits<double>::digits10) {
-            return false;
-        }
-        const quint64 scale = kPowersOfTen[static_cast<size_t>(places)];
-        digits = digits * scale + fraction;
-        *value = static_cast<float>(static_cast<double>(digits) / static_cast<double>(scale));
+        const double scale = static_cast<double>(kPowersOfTen[static_cast<size_t>(count - whole)]);
+        *value = static_cast<float>(static_cast<double>(digits) / scale);
         return true;
     }
 
@@ -116,6 +120,7 @@ private:
     static constexpr int kByteBits = 8;
     static constexpr int kWordBytes = 8;
     static constexpr int kMostDigits = 16;
+    static constexpr int kExactDigits = std::numeric_limits<double>::digits10;
     static constexpr quint64 kEachByte = 0x0101010101010101;
     static constexpr quint64 kTopBits = 0x80 * kEachByte;
     static constexpr quint64 kLowByte = 0xFF;
@@ -132,34 +137,26 @@ private:
     /** Steps over the separator in front of every field but the first. */
     bool beginField()
     {
-        if (std::exchange(mIsFirst, false)) {
-            return true;
-        }
-        return mNext < mEnd && static_cast<quint64>(*mNext++) == kSeparator;
-    }
-    /**
-     * Takes up to 16 digits, the first of which are in the word; returns how many. A longer
-     * number then fails at its separator.
-     */
-    Q_ALWAYS_INLINE int readDigits(quint64 digits, quint64* number)
-    {
-        int count = readWord(digits, number);
-        if (count < kWordBytes) {
-            return count;
-        }
-        while (mNext < mEnd && isDigit(*mNext) && count < kMostDigits) {
-            *number = 10 * *number + static_cast<quint64>(*mNext - '0');
-            ++mNext;
-            ++count;
-        }
-        return count;
+        return std::exchange(mIsFirst, false) || static_cast<quint64>(*mNext++) == kSeparator;
     }
 
     static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
     /**
+     * Takes digits one by one, behind `count` that are in the number, up to kMostDigits in all;
+     * returns how many are in it then. A longer number then fails at its separator.
+     */
+    int readDigits(quint64* number, int count = 0)
+    {
+        for (; count < kMostDigits && isDigit(*mNext); ++count) {
+            *number = 10 * *number + static_cast<quint64>(*mNext++ - '0');
+        }
+        return count;
+    }
+
+    /**
      * Takes the leading digits of the word, all at once, and returns how many. Digit by digit,
-     * the varying lengths of the numbers would cost a mispredicted branch each.
+     * the varying lengths of the channel values would cost a mispredicted branch each.
      */
     Q_ALWAYS_INLINE int readWord(quint64 digits, quint64* number)
     {
@@ -173,9 +170,6 @@ private:
         return count;
     }
 
-    /** The next eight bytes as the digits that they stand for; others become more than nine. */
-    Q_ALWAYS_INLINE quint64 peekDigits() const { return peek() ^ '0' * kEachByte; }
-
     /** The next eight bytes, the first in the lowest place. */
     quint64 peek() const
     {
@@ -186,6 +180,12 @@ private:
 
     /** The top bit of the first zero byte; what is set above it means nothing. */
     static quint64 zeroBytes(quint64 bytes) { return (bytes - kEachByte) & ~bytes & kTopBits; }
+
+    /** As zeroBytes() for the bytes below a blank: NUL, line ends, tabs. */
+    static quint64 controlBytes(quint64 bytes)
+    {
+        return (bytes - ' ' * kEachByte) & ~bytes & kTopBits;
+    }
 
     /** How many bytes lie below the lowest of the top bits that are set. */
     static int bytesBefore(quint64 topBits)
@@ -204,7 +204,7 @@ private:
         return (high + low) >> 32;
     }
 
+    const char* mBegin;
     const char* mNext;
-    const char* mEnd;
     bool mIsFirst = true;
 };
