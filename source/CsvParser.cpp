@@ -45,8 +45,9 @@ bool CsvParser::openFile(const QString& fileName)
 bool CsvParser::openFileInternal()
 {
     mReader.stop();
-    mFile.reset(new (std::nothrow) QFile(mFileName));
-    if (!mFile) {
+    mFile.reset();
+    QFile* const file = new (std::nothrow) QFile(mFileName);
+    if (file == nullptr) {
         logFatal(mLogger, LOG4CXX_LOCATION, [] {
             return std::string(
                        "openFileInternal() : Das File-Objekt kann nicht erstellt werden: ") +
@@ -54,6 +55,7 @@ bool CsvParser::openFileInternal()
         });
         return false;
     }
+    mFile.reset(file);
     if (!mFile->exists()) {
         logFatal(mLogger, LOG4CXX_LOCATION, [this] {
             return "openFileInternal() : Das I/O-Device '" + local8Bit(mFileName) +

@@ -41,6 +41,7 @@ public:
     InputValueItem* nextItem();
 
 protected:
+    /** Reads the lines of ordinary files; parseLine() gets all others. */
     size_t takePlainLine(std::string_view lines) override;
 
 private:

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <type_traits>
 
 #include "FixedPaths.h"
 #include "TrackLog.h"

@@ -12,9 +12,9 @@
  * writes one PME frame for each batch in which it marked a record. Without the device the records
  * are still marked and nothing is written. Self-contained: nothing else in the program uses it.
  *
- * Works on the records as the sample writer sends them and changes only the PME mark in their
- * flags. Owns the device, which is looked for and opened once, by the constructor. Logs under the
- * name "Configuration". Not copyable, one thread.
+ * Works on the records as the sample writer sends them (not on input items, which are larger) and
+ * changes only the PME mark in their flags. Owns the device, which is looked for and opened once,
+ * by the constructor. Logs under the name "Configuration". Not copyable, one thread.
  */
 class PmeSimulation : public TrackObject
 {

@@ -40,7 +40,7 @@ bool Simulator::loadDataFiles()
             return false;
         }
         while (ok && item != nullptr) {
-            ok = loadDataFile(item);
+            ok = loadDataFile(item, LOG4CXX_LOCATION);
             item = mConfiguration.nextItem();
         }
     }
@@ -50,13 +50,13 @@ bool Simulator::loadDataFiles()
     return ok;
 }
 
-bool Simulator::loadDataFile(ConfigurationItem* item)
+/** Reports as its caller, whose location it gets. */
+bool Simulator::loadDataFile(ConfigurationItem* item, const log4cxx::spi::LocationInfo& location)
 {
     const QString fileName = item->fileName();
-    logInfo(mLogger, LOG4CXX_LOCATION, [&] { return "Parsing " + local8Bit(fileName) + "'."; });
+    logInfo(mLogger, location, [&] { return "Parsing " + local8Bit(fileName) + "'."; });
     if (!item->inputValues().openFile(fileName)) {
-        logError(mLogger, LOG4CXX_LOCATION,
-                 [&] { return "could not open file: " + local8Bit(fileName); });
+        logError(mLogger, location, [&] { return "could not open file: " + local8Bit(fileName); });
         return false;
     }
     return item->inputValues().parseCompleteFile();

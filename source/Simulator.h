@@ -45,12 +45,13 @@ public:
 
     /**
      * Plays the entries of the current configuration from its read position, until they are used
-     * up, a command was taken or a case failed.
+     * up, a command was taken or a case failed. An input without samples is played once, however
+     * many repetitions it has.
      */
     void simulateConfiguration();
 
 private:
-    bool loadDataFile(ConfigurationItem* item);
+    bool loadDataFile(ConfigurationItem* item, const log4cxx::spi::LocationInfo& location);
     bool playRepetitions(ConfigurationItem* item);
 
     PrussSimulation mPrussSimulation;

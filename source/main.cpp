@@ -113,20 +113,24 @@ QString translated(const char* text)
     return QCoreApplication::translate("main", text);
 }
 
-/** Loads and plays; returns only when something could not be loaded or opened. */
-void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger)
+/**
+ * Loads and plays; returns only when something could not be loaded or opened. Reports as its
+ * caller, whose location it gets.
+ */
+void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
+                  const log4cxx::spi::LocationInfo& location)
 {
     Simulator simulator;
     if (!simulator.loadConfigFile(caseConfig)) {
-        logError(logger, LOG4CXX_LOCATION,
+        logError(logger, location,
                  [&] { return "could not load config file: " + local8Bit(caseConfig); });
     } else if (!simulator.loadDataFiles()) {
-        logError(logger, LOG4CXX_LOCATION, [] { return "could not load data files."; });
+        logError(logger, location, [] { return "could not load data files."; });
     } else {
         simulator.startEndless();
     }
-    logInfo(logger, LOG4CXX_LOCATION, [] { return "done."; });
-    logInfo(logger, LOG4CXX_LOCATION, [] { return "Terminating"; });
+    logInfo(logger, location, [] { return "done."; });
+    logInfo(logger, location, [] { return "Terminating"; });
     QCoreApplication::exit(0);
 }
 } // namespace
@@ -168,6 +172,6 @@ int main(int argc, char** argv)
     if (caseConfig.isNull()) {
         return kConfigMissingExitCode;
     }
-    runSimulator(caseConfig, logger);
+    runSimulator(caseConfig, logger, LOG4CXX_LOCATION);
     return 0;
 }

@@ -123,8 +123,10 @@ VxDevice::ReadError VxDevice::readContinuous(size_t size, void* buffer, unsigned
             code = classifyFailure(count);
         }
     }
-    reportChange(code);
+    const int error = errno;
+    reportChange(code, LOG4CXX_LOCATION);
     mLastReadError = code;
+    errno = error;
     return code;
 }
 
@@ -132,6 +134,7 @@ VxDevice::ReadError VxDevice::classifyFailure(int count)
 {
     if (count == 0) {
         setErrorString(QStringLiteral("End of file"));
+        errno = 0;
         return UnspecificError;
     }
     switch (errno) {
@@ -146,19 +149,20 @@ VxDevice::ReadError VxDevice::classifyFailure(int count)
     }
 }
 
-void VxDevice::reportChange(ReadError code)
+/** Reports as its caller, whose location it gets. */
+void VxDevice::reportChange(ReadError code, const log4cxx::spi::LocationInfo& location)
 {
     if (code == mLastReadError || code == SignalReceived) {
         return;
     }
     if (code == NoError) {
-        logInfo(mLogger, LOG4CXX_LOCATION, [this] {
+        logInfo(mLogger, location, [this] {
             return "Continue reading from " + local8Bit(fileName()) +
                    " after error: " + local8Bit(errorString());
         });
         return;
     }
-    logError(mLogger, LOG4CXX_LOCATION, [this] {
+    logError(mLogger, location, [this] {
         return "Error while reading from " + local8Bit(fileName()) + " : " +
                local8Bit(errorString());
     });

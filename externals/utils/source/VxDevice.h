@@ -19,7 +19,7 @@
 class VxDevice : public QFile, public TrackObject
 {
 public:
-    enum ReadError
+    enum ReadError : int
     {
         NoError = 0,                 ///< all requested bytes were read
         UnspecificError = 1,         ///< any other failure; also the end of the file
@@ -54,7 +54,8 @@ public:
 
     /**
      * Reads exactly size bytes, each wait limited to timeout ms. Bytes read before a failure
-     * stay in the buffer; how many is not told.
+     * stay in the buffer; how many is not told. errno and errorString() tell of the failure; at
+     * the end of the file errno is 0.
      */
     ReadError readContinuous(size_t size, void* buffer, unsigned int timeout);
 
@@ -68,7 +69,7 @@ private:
     bool failWait(int error, const QString& text);
     bool hasInterruptPipe() const;
     ReadError classifyFailure(int count);
-    void reportChange(ReadError code);
+    void reportChange(ReadError code, const log4cxx::spi::LocationInfo& location);
 
     int mReadEnd = 0;
     int mWriteEnd = 1;
