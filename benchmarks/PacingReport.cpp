@@ -1,6 +1,8 @@
 /**
- * Pacing over a long virtual time with sleeps that come late, as a kernel's do: the lead before
- * each sleep of the writer, beside a loop of relative sleeps for the same blocks.
+ * Pacing beside a loop of relative sleeps for the same blocks: over a long virtual time with sleeps
+ * that come late, as a kernel's do, and then over the given number of seconds for real.
+ *
+ * Usage: vx-bench-pacing [SECONDS]     (of real time; none without)
  */
 #include <log4cxx/logger.h>
 
@@ -8,12 +10,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <future>
 #include <random>
 #include <vector>
 
 #include "BenchDevice.h"
 #include "InputValues.h"
 #include "PrussSimulation.h"
+#include "TimeUtils.h"
 #include "VirtualSystem.h"
 
 namespace {
@@ -93,9 +98,60 @@ double trend(const std::vector<qint64>& values)
     }
     return sumXy / sumXx;
 }
+
+qint64 now()
+{
+    return toNanoseconds(TimeUtils::monotonicTime());
+}
+
+/** Sleeps one burst after the other until the time is over; how far behind it then is, in ns. */
+qint64 driftOfRelativeSleeps(qint64 bursts)
+{
+    const qint64 start = now();
+    for (qint64 burst = 0; burst < bursts; ++burst) {
+        QThread::usleep(static_cast<unsigned long>(kBurstNanoseconds / 1000));
+    }
+    return now() - start - bursts * kBurstNanoseconds;
+}
+
+/** By how much the stream falls behind from its first sleep to its last, in ns. */
+qint64 driftOfWriter(qint64 bursts)
+{
+    InputValues values = oneBurst();
+    PrussSimulation writer;
+    if (!writer.init()) {
+        return -1;
+    }
+    qint64 first = 0;
+    qint64 last = 0;
+    for (qint64 burst = 0; burst <= bursts; ++burst) {
+        values.resetIterator();
+        qint32 result = writer.writeSamples(values);
+        // The first block of a burst is the one that is paced.
+        last = now() - burst * kBurstNanoseconds;
+        first = burst == 0 ? last : first;
+        while (result == 0) {
+            result = writer.writeSamples(values);
+        }
+    }
+    return last - first;
+}
+
+void reportRealTime(qint64 seconds)
+{
+    const qint64 bursts = seconds * kNanosecondsPerSecond / kBurstNanoseconds;
+    std::future<qint64> relative =
+        std::async(std::launch::async, [bursts] { return driftOfRelativeSleeps(bursts); });
+    const qint64 drift = driftOfWriter(bursts);
+    std::printf("Pacing over %lld s of real time:\n", static_cast<long long>(seconds));
+    std::printf("  lag of the stream at the last sleep against the first, us: %+.1f\n",
+                1e-3 * static_cast<double>(drift));
+    std::printf("  lag of a loop of relative sleeps at the end, us: %.1f\n",
+                1e-3 * static_cast<double>(relative.get()));
+}
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
     makeBenchDevice();
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
@@ -115,5 +171,8 @@ int main()
                 1e-3 * trend(leads) * 1e9 / static_cast<double>(kBurstNanoseconds));
     std::printf("  lag of a loop of relative sleeps at the end: %.1f us\n",
                 1e-3 * static_cast<double>(lagOfRelativeSleeps()));
+    if (argc > 1) {
+        reportRealTime(std::strtoll(argv[1], nullptr, 10));
+    }
     return 0;
 }
