@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <tuple>
 
 #include "SandboxedTest.h"
 
@@ -23,55 +22,43 @@ protected:
         "  " + std::filesystem::path(VX_SIMULATOR).parent_path().string() + "\n";
 };
 
-TEST_F(StartUpTest, OptionsThatEndTheProgram)
+TEST_F(StartUpTest, WhatEndsTheProgram)
 {
     struct Case
     {
-        const char* mArguments;
+        Words mCommand;
         int mExitCode;
         std::string mOutput; ///< with this beginning
         std::string mErrors;
+        std::string mLog;
     };
+    const std::string help =
+        "Usage: " VX_SIMULATOR " [options]\nSimulation der Hardware für das Varn core-system.\n";
     const std::string noFile = "Specified configuration file not found: ";
-    const Case cases[] = {
-        {"--version", 0, "vx-simulator 1.2.1524 by yocto\n", ""},
-        {"--help", 0,
-         "Usage: " VX_SIMULATOR " [options]\nSimulation der Hardware für das Varn core-system.\n",
-         ""},
-        {"-v --nonsense", 1, "", "vx-simulator: Unknown option 'nonsense'.\n"},
-        {"--track track.xml --config", 1, "", "vx-simulator: Missing value after '--config'.\n"},
-        {"--track=", 255, "", noFile + "\n"},
-        {"--track no.xml --config no.conf", 255, "", noFile + "no.xml\n"},
-    };
-    for (const Case& it : cases) {
-        SCOPED_TRACE(it.mArguments);
-        const CommandResult result = sandbox({}, joined({VX_SIMULATOR}, split(it.mArguments)));
-        EXPECT_EQ(result.mExitCode, it.mExitCode);
-        EXPECT_EQ(programOutput(result).substr(0, it.mOutput.size()), it.mOutput);
-        EXPECT_EQ(result.mErrors, it.mErrors);
-        EXPECT_EQ(log(), "");
-    }
-}
-
-TEST_F(StartUpTest, FilesFoundNowhere)
-{
     const std::string trackName = "vx-simulator.trackconfig.xml";
+    const Words withTrack = {VX_SIMULATOR, "--track", "track.xml"};
     // A program in one of the other directories does not list it twice.
     const Words inEtc =
         after(std::string("cp ") + VX_SIMULATOR + " /etc/vx", {"/etc/vx/vx-simulator"});
-    const std::tuple<Words, std::string, std::string> cases[] = {
-        {{VX_SIMULATOR}, notFound(trackName, mOwnDirectory, "track"), ""},
-        {inEtc, notFound(trackName, "", "track"), ""},
-        {{VX_SIMULATOR, "--track", "track.xml"},
-         notFound("vx-simulator.conf", mOwnDirectory, "config"),
-         kStartLine},
-        {kSimulator, "Specified configuration file not found: vx-simulator.conf\n", kStartLine}};
-    for (const auto& [program, errors, text] : cases) {
-        const CommandResult result = sandbox({}, program);
-        EXPECT_EQ(result.mExitCode, 255);
-        EXPECT_EQ(programOutput(result), "");
-        EXPECT_EQ(result.mErrors, errors);
-        EXPECT_EQ(log(), text);
+    const Case cases[] = {
+        {{VX_SIMULATOR, "--version"}, 0, "vx-simulator 1.2.1524 by yocto\n", "", ""},
+        {{VX_SIMULATOR, "--help"}, 0, help, "", ""},
+        {{VX_SIMULATOR, "--nonsense"}, 1, "", "vx-simulator: Unknown option 'nonsense'.\n", ""},
+        {joined(withTrack, {"--config"}), 1, "", "vx-simulator: Missing value after '--config'.\n",
+         ""},
+        {{VX_SIMULATOR, "--track="}, 255, "", noFile + "\n", ""},
+        {{VX_SIMULATOR}, 255, "", notFound(trackName, mOwnDirectory, "track"), ""},
+        {inEtc, 255, "", notFound(trackName, "", "track"), ""},
+        {withTrack, 255, "", notFound("vx-simulator.conf", mOwnDirectory, "config"), kStartLine},
+        {kSimulator, 255, "", noFile + "vx-simulator.conf\n", kStartLine},
+    };
+    for (const Case& it : cases) {
+        const CommandResult result = sandbox({}, it.mCommand);
+        SCOPED_TRACE(testing::PrintToString(it.mCommand));
+        EXPECT_EQ(result.mExitCode, it.mExitCode);
+        EXPECT_EQ(programOutput(result).substr(0, it.mOutput.size()), it.mOutput);
+        EXPECT_EQ(result.mErrors, it.mErrors);
+        EXPECT_EQ(log(), it.mLog);
         std::filesystem::remove(mRunner.path("simulator.log"));
     }
 }

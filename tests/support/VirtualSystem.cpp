@@ -1,11 +1,11 @@
 #include "VirtualSystem.h"
 
 #include <sys/select.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <stdexcept>
 #include <utility>
 
@@ -42,14 +42,9 @@ int pollNow(int count, fd_set* readSet, const fd_set& wanted)
 
 bool isFile(int descriptor, const std::string& path)
 {
-    struct stat one
-    {
-    };
-    struct stat other
-    {
-    };
-    return fstat(descriptor, &one) == 0 && stat(path.c_str(), &other) == 0 &&
-           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error) ==
+           path;
 }
 } // namespace
 
