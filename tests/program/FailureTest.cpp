@@ -46,21 +46,16 @@ protected:
         mRunner.writeFile("values.csv", values);
     }
 
-    CommandResult runAfter(const std::function<void()>& change, const Words& program) const
-    {
-        return mRunner.run(program, [&change] {
-            const TestDevice device;
-            TestDevice::makeDriver();
-            change();
-        });
-    }
-
-    /** Expects the log to be `middle` between its usual first and last lines. */
+    /** After `change` to the fixed paths; expects `middle` between the usual lines of the log. */
     void expectOrderlyEnd(
         const std::string& middle, const std::function<void()>& change = [] {},
         const Words& program = kSimulator) const
     {
-        const CommandResult result = runAfter(change, program);
+        const CommandResult result = mRunner.run(program, [&change] {
+            const TestDevice device;
+            TestDevice::makeDriver();
+            change();
+        });
         EXPECT_EQ(result.mExitCode, 0) << result;
         EXPECT_EQ(result.mErrors, "");
         EXPECT_EQ(log(), std::string(kStartLine) + "INFO PrussSimulation start timeSECONDS\n" +
@@ -124,19 +119,4 @@ TEST_F(FailureTest, FixedPathsThatDoNotOpen)
                              throw std::runtime_error("cannot make /etc/vx read-only");
                          }
                      });
-}
-
-/** A driver that takes nothing costs neither the processor nor the log. */
-TEST_F(FailureTest, FullSampleBufferIsTriedOnceASecond)
-{
-    const CommandResult result =
-        runAfter([] { TestDevice::makeLink(kSampleBufferPath, "/dev/full"); },
-                 joined({"timeout", "1.5"}, kSimulator));
-    EXPECT_EQ(result.mExitCode, 124) << result;
-    EXPECT_LT(result.mCpuSeconds, kIdleShare * result.mSeconds) << result;
-    const std::string pass =
-        "ERROR PrussSimulation error writing file /dev/adc-in\n"
-        "ERROR Simulator Error while writing data to sample buffer.\n";
-    const std::string text = log();
-    EXPECT_EQ(text.substr(std::min(text.find("ERROR"), text.size())), pass + pass);
 }
