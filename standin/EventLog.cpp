@@ -33,6 +33,11 @@ std::string quoted(const std::string& text)
     return result + '"';
 }
 
+std::string faultField(const std::string& fault)
+{
+    return fault.empty() ? "" : ",\"fault\":" + quoted(fault);
+}
+
 std::string wordList(const void* data, std::size_t size)
 {
     std::string list;
@@ -47,15 +52,16 @@ std::string wordList(const void* data, std::size_t size)
 } // namespace
 
 void EventLog::addWrite(std::int64_t realtimeNs, const std::string& file, std::size_t size,
-                        bool accepted)
+                        bool accepted, const std::string& fault)
 {
-    addLine(realtimeNs, file, size, accepted, "");
+    addLine(realtimeNs, file, size, accepted, faultField(fault));
 }
 
 void EventLog::addWords(std::int64_t realtimeNs, const std::string& file, const void* data,
-                        std::size_t size)
+                        std::size_t size, const std::string& fault)
 {
-    addLine(realtimeNs, file, size, true, ",\"words\":[" + wordList(data, size) + "]");
+    addLine(realtimeNs, file, size, true,
+            ",\"words\":[" + wordList(data, size) + "]" + faultField(fault));
 }
 
 void EventLog::addCommand(std::int64_t realtimeNs, const std::string& file, const std::string& text,

@@ -13,13 +13,16 @@ public:
     /** See OutputFile about the arguments. */
     EventLog(const std::string& path, Console& console) : mFile(path, console) {}
 
-    /** A write of `size` bytes whose content is of no interest. */
-    void addWrite(std::int64_t realtimeNs, const std::string& file, std::size_t size,
-                  bool accepted);
+    /**
+     * A write of `size` bytes whose content is of no interest. `fault` says what went wrong on
+     * purpose, if anything.
+     */
+    void addWrite(std::int64_t realtimeNs, const std::string& file, std::size_t size, bool accepted,
+                  const std::string& fault);
 
     /** A write that was accepted; `data` is shown as unsigned 32-bit words. */
     void addWords(std::int64_t realtimeNs, const std::string& file, const void* data,
-                  std::size_t size);
+                  std::size_t size, const std::string& fault);
 
     /** A command of the sandbox's own for the control FIFO; `text` without its line end. */
     void addCommand(std::int64_t realtimeNs, const std::string& file, const std::string& text,

@@ -10,10 +10,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <utility>
 
+#include "Clocks.h"
 #include "PrivateMounts.h"
 #include "SimulatedDriver.h"
 
@@ -28,9 +30,9 @@ constexpr double kEntrySeconds = 3600;
 /** Attributes are asked for each time, because a write at an offset makes the kernel guess. */
 constexpr double kAttributeSeconds = 0;
 
-SimulatedDriver& driverOf(fuse_req_t request)
+FuseServer& serverOf(fuse_req_t request)
 {
-    return *static_cast<SimulatedDriver*>(fuse_req_userdata(request));
+    return *static_cast<FuseServer*>(fuse_req_userdata(request));
 }
 
 fuse_ino_t inodeOf(DriverFile file)
@@ -64,8 +66,14 @@ struct stat attributesOf(fuse_ino_t inode)
     return status;
 }
 
+bool isVanished(fuse_req_t request, fuse_ino_t inode)
+{
+    const std::optional<DriverFile> file = fileOf(inode);
+    return file && serverOf(request).driver().isVanished(*file);
+}
+
 /** Splicing would only cost a copy more: every write is looked at in memory. */
-void init(void* /*driver*/, fuse_conn_info* connection)
+void init(void* /*server*/, fuse_conn_info* connection)
 {
     connection->want &=
         ~static_cast<unsigned>(FUSE_CAP_SPLICE_READ | FUSE_CAP_SPLICE_WRITE | FUSE_CAP_SPLICE_MOVE);
@@ -89,6 +97,10 @@ void lookUp(fuse_req_t request, fuse_ino_t /*parent*/, const char* name)
 
 void getAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/)
 {
+    if (isVanished(request, inode)) {
+        fuse_reply_err(request, ENOENT);
+        return;
+    }
     const struct stat status = attributesOf(inode);
     fuse_reply_attr(request, &status, kAttributeSeconds);
 }
@@ -100,8 +112,12 @@ void setAttributes(fuse_req_t request, fuse_ino_t inode, struct stat* /*wanted*/
     getAttributes(request, inode, file);
 }
 
-void openFile(fuse_req_t request, fuse_ino_t /*inode*/, fuse_file_info* file)
+void openFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info* file)
 {
+    if (isVanished(request, inode)) {
+        fuse_reply_err(request, ENOENT);
+        return;
+    }
     file->direct_io = 1;
     fuse_reply_open(request, file);
 }
@@ -127,12 +143,7 @@ void writeFile(fuse_req_t request, fuse_ino_t inode, const char* data, size_t si
         fuse_reply_err(request, EINVAL);
         return;
     }
-    const WriteAnswer answer = driverOf(request).write(*file, offset, data, size);
-    if (answer.mError != 0) {
-        fuse_reply_err(request, answer.mError);
-        return;
-    }
-    fuse_reply_write(request, answer.mBytes);
+    serverOf(request).write(request, *file, offset, data, size);
 }
 
 fuse_lowlevel_ops operations()
@@ -185,7 +196,7 @@ void FuseServer::SessionDeleter::operator()(fuse_session* session) const
 }
 
 FuseServer::FuseServer(SimulatedDriver& driver, std::vector<DriverFile> files)
-    : mFiles(std::move(files)), mBuffer(std::make_unique<fuse_buf>())
+    : mDriver(driver), mFiles(std::move(files)), mBuffer(std::make_unique<fuse_buf>())
 {
     FileDescriptor device = openFuseDevice();
     mountFuse(device);
@@ -194,7 +205,7 @@ FuseServer::FuseServer(SimulatedDriver& driver, std::vector<DriverFile> files)
     char* arguments[] = {name.data(), nullptr};
     fuse_args args = FUSE_ARGS_INIT(1, arguments);
     const fuse_lowlevel_ops ops = operations();
-    mSession.reset(fuse_session_new(&args, &ops, sizeof ops, &driver));
+    mSession.reset(fuse_session_new(&args, &ops, sizeof ops, this));
     fuse_opt_free_args(&args);
     const std::string mountPoint = "/dev/fd/" + std::to_string(device.get());
     if (!mSession || fuse_session_mount(mSession.get(), mountPoint.c_str()) != 0) {
@@ -205,6 +216,7 @@ FuseServer::FuseServer(SimulatedDriver& driver, std::vector<DriverFile> files)
 
 FuseServer::~FuseServer()
 {
+    giveAnswersDue(std::numeric_limits<std::int64_t>::max());
     std::free(mBuffer->mem);
 }
 
@@ -218,6 +230,40 @@ void FuseServer::serveOne()
     if (fuse_session_receive_buf(mSession.get(), mBuffer.get()) > 0) {
         fuse_session_process_buf(mSession.get(), mBuffer.get());
     }
+}
+
+void FuseServer::write(fuse_req* request, DriverFile file, off_t offset, const char* data,
+                       std::size_t size)
+{
+    const WriteAnswer answer = mDriver.write(file, offset, data, size);
+    if (answer.mError != 0) {
+        fuse_reply_err(request, answer.mError);
+    } else if (answer.mDelayNs > 0) {
+        mHeldAnswers.push_back({monotonicNs() + answer.mDelayNs, request, answer.mBytes});
+    } else {
+        fuse_reply_write(request, answer.mBytes);
+    }
+}
+
+std::optional<std::int64_t> FuseServer::nextAnswerNs() const
+{
+    std::optional<std::int64_t> next;
+    for (const HeldAnswer& held : mHeldAnswers) {
+        next = std::min(next.value_or(held.mDueNs), held.mDueNs);
+    }
+    return next;
+}
+
+void FuseServer::giveAnswersDue(std::int64_t monotonicNs)
+{
+    const auto due =
+        std::partition(mHeldAnswers.begin(), mHeldAnswers.end(), [&](const HeldAnswer& it) {
+            return it.mDueNs > monotonicNs && fuse_req_interrupted(it.mRequest) == 0;
+        });
+    // One whose writer has ended meanwhile goes nowhere.
+    std::for_each(due, mHeldAnswers.end(),
+                  [](const HeldAnswer& it) { fuse_reply_write(it.mRequest, it.mBytes); });
+    mHeldAnswers.erase(due, mHeldAnswers.end());
 }
 
 void FuseServer::bindFiles(PrivateMounts& mounts) const

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,6 +11,7 @@
 #include "FileDescriptor.h"
 
 struct fuse_buf;
+struct fuse_req;
 struct fuse_session;
 class PrivateMounts;
 class SimulatedDriver;
@@ -34,8 +38,20 @@ public:
     /** Becomes readable when a request waits; -1 when the file system is gone. */
     int descriptor() const;
 
-    /** Answers one request, if one waits. */
+    /** Answers one request, if one waits; a write that is to stall is answered later. */
     void serveOne();
+
+    /** When the next answer that is held back is due, on the monotonic clock. */
+    std::optional<std::int64_t> nextAnswerNs() const;
+
+    /** Gives the answers that were held back and are due; a signal to the writer makes one due. */
+    void giveAnswersDue(std::int64_t monotonicNs);
+
+    /** Hands a write to the driver. For the file system's own operations. */
+    void write(fuse_req* request, DriverFile file, off_t offset, const char* data,
+               std::size_t size);
+
+    SimulatedDriver& driver() { return mDriver; }
 
     /**
      * Puts the files where they belong and takes the staging directory away. Requires: runs in
@@ -49,6 +65,15 @@ private:
         void operator()(fuse_session* session) const;
     };
 
+    struct HeldAnswer
+    {
+        std::int64_t mDueNs;
+        fuse_req* mRequest; ///< answered exactly once, which releases it
+        std::size_t mBytes;
+    };
+
+    SimulatedDriver& mDriver;
+    std::vector<HeldAnswer> mHeldAnswers;
     std::vector<DriverFile> mFiles;
     std::unique_ptr<fuse_session, SessionDeleter> mSession;
     std::unique_ptr<fuse_buf> mBuffer;

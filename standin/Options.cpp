@@ -3,11 +3,15 @@
 #include <getopt.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstring>
+#include <limits>
 #include <stdexcept>
 
 #include "Clocks.h"
+#include "SampleRecord.h"
 
 namespace {
 
@@ -23,6 +27,13 @@ constexpr char kHelp[] =
     "  --send SECONDS:COMMAND   write COMMAND into the control FIFO, SECONDS after the first\n"
     "                           block (any number of these)\n"
     "  --for SECONDS            end PROGRAM with SIGTERM, SECONDS after the first block\n"
+    "  --fault FILE:WHEN:WHAT[:COUNT]   let writes to FILE (adc-in, ...) go wrong from the "
+    "WHEN-th\n"
+    "                           on, or from WHEN (such as 2.5s) after the first block: an errno "
+    "by\n"
+    "                           name, short=BYTES, stall=SECONDS or vanish; COUNT writes, 1 if "
+    "not\n"
+    "                           given, or \"on\" for ever (any number of these)\n"
     "  --help                   print this\n"
     "\n"
     "Exit status: PROGRAM's; 0 if --for ended it; 128 and the signal's number if a signal of\n"
@@ -35,13 +46,10 @@ constexpr char kHelp[] =
 constexpr double kLongestSeconds = 1e9;
 
 constexpr option kOptions[] = {
-    {"record", required_argument, nullptr, 'r'},
-    {"events", required_argument, nullptr, 'e'},
-    {"pme", required_argument, nullptr, 'p'},
-    {"send", required_argument, nullptr, 's'},
-    {"for", required_argument, nullptr, 'f'},
-    {"help", no_argument, nullptr, 'h'},
-    {nullptr, 0, nullptr, 0},
+    {"record", required_argument, nullptr, 'r'}, {"events", required_argument, nullptr, 'e'},
+    {"pme", required_argument, nullptr, 'p'},    {"send", required_argument, nullptr, 's'},
+    {"for", required_argument, nullptr, 'f'},    {"fault", required_argument, nullptr, 'x'},
+    {"help", no_argument, nullptr, 'h'},         {nullptr, 0, nullptr, 0},
 };
 
 /** Decimal seconds such as 3 or 0.25, whole and within bounds, in nanoseconds. */
@@ -63,6 +71,109 @@ TimedCommand parseCommand(const std::string& text)
         throw std::runtime_error("--send takes SECONDS:COMMAND, not \"" + text + "\"");
     }
     return {parseSeconds("--send", text.substr(0, colon)), text.substr(colon + 1)};
+}
+
+/** All digits, and at least one. */
+std::optional<std::uint64_t> parseCount(const std::string& text)
+{
+    std::uint64_t count = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, count);
+    return error == std::errc{} && rest == end ? std::optional(count) : std::nullopt;
+}
+
+std::vector<std::string> splitAtColons(const std::string& text)
+{
+    std::vector<std::string> parts(1);
+    for (const char letter : text) {
+        if (letter == ':') {
+            parts.emplace_back();
+        } else {
+            parts.back() += letter;
+        }
+    }
+    return parts;
+}
+
+/** The errno of that name, 0 if there is none. */
+int errnoOf(const std::string& name)
+{
+    constexpr int kMostErrno = 511; // what the kernel lets a file system answer
+    for (int error = 1; error <= kMostErrno; ++error) {
+        const char* const known = strerrorname_np(error);
+        if (known != nullptr && name == known) {
+            return error;
+        }
+    }
+    return 0;
+}
+
+bool parseFaultFile(const std::string& text, Fault& fault)
+{
+    for (const DriverFile file : driverFiles(true)) {
+        if (driverFileName(file) == text) {
+            fault.mFile = file;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool parseFaultMoment(const std::string& text, Fault& fault)
+{
+    if (!text.empty() && text.back() == 's') {
+        fault.mDelayNs = parseSeconds("--fault", text.substr(0, text.size() - 1));
+        return true;
+    }
+    fault.mWrite = parseCount(text).value_or(0);
+    return fault.mWrite > 0;
+}
+
+bool parseFaultKind(const std::string& text, Fault& fault)
+{
+    constexpr char kShort[] = "short=";
+    constexpr char kStall[] = "stall=";
+    const std::string value = text.substr(std::min(text.size(), std::strlen(kShort)));
+    fault.mWhat = text;
+    if (text.rfind(kShort, 0) == 0) {
+        const std::optional<std::uint64_t> bytes = parseCount(value);
+        fault.mKind = FaultKind::Short;
+        fault.mBytes = static_cast<std::size_t>(bytes.value_or(0));
+        return bytes && (fault.mFile != DriverFile::AdcIn || *bytes % sizeof(SampleRecord) == 0);
+    }
+    if (text.rfind(kStall, 0) == 0) {
+        fault.mKind = FaultKind::Stall;
+        fault.mStallNs = parseSeconds("--fault", value);
+        return true;
+    }
+    fault.mKind = text == "vanish" ? FaultKind::Vanish : FaultKind::Error;
+    fault.mError = text == "vanish" ? ENODEV : errnoOf(text);
+    return fault.mError != 0;
+}
+
+bool parseFaultCount(const std::string& text, Fault& fault)
+{
+    fault.mLeft =
+        text == "on" ? std::numeric_limits<std::uint64_t>::max() : parseCount(text).value_or(0);
+    return fault.mLeft > 0;
+}
+
+Fault parseFault(const std::string& text)
+{
+    Fault fault;
+    fault.mText = text;
+    const std::vector<std::string> parts = splitAtColons(text);
+    const bool isRight = (parts.size() == 3 || parts.size() == 4) &&
+                         parseFaultFile(parts[0], fault) && parseFaultMoment(parts[1], fault) &&
+                         parseFaultKind(parts[2], fault) &&
+                         (parts.size() == 3 || parseFaultCount(parts[3], fault));
+    if (!isRight) {
+        throw std::runtime_error(
+            "--fault takes FILE:WHEN:WHAT[:COUNT], such as adc-in:100:EIO:3, r2h:2.5s:vanish:on or "
+            "adc-in:1:short=4800 (of adc-in whole records of 48 bytes), not \"" +
+            text + "\"");
+    }
+    return fault;
 }
 
 std::string parsePath(const std::string& option, const std::string& text)
@@ -91,6 +202,9 @@ void applyOption(int option, const std::string& value, const std::string& asWrit
             return;
         case 'f':
             options.mRunNs = parseSeconds("--for", value);
+            return;
+        case 'x':
+            options.mFaults.push_back(parseFault(value));
             return;
         case 'h':
             options.mWantsHelp = true;

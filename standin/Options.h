@@ -21,6 +21,7 @@ struct Options
     DriverOutputs mOutputs;
     std::optional<std::int64_t> mRunNs;  ///< how long the program runs after its first block
     std::vector<TimedCommand> mCommands; ///< in the order of their times
+    std::vector<Fault> mFaults;          ///< as they were given
     std::vector<std::string> mProgram;   ///< the program's name and its arguments
 
     bool wantsPmeDevice() const { return !mOutputs.mPmePath.empty(); }

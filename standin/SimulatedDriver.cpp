@@ -1,16 +1,20 @@
 #include "SimulatedDriver.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "Console.h"
 #include "SampleRecord.h"
 
-SimulatedDriver::SimulatedDriver(const DriverOutputs& outputs, Console& console)
+SimulatedDriver::SimulatedDriver(const DriverOutputs& outputs, std::vector<Fault> faults,
+                                 Console& console)
     : mConsole(console),
       mRecord(outputs.mRecordPath, console),
       mEvents(outputs.mEventsPath, console),
-      mPme(outputs.mPmePath, console)
+      mPme(outputs.mPmePath, console),
+      mFaults(std::move(faults))
 {
 }
 
@@ -18,24 +22,47 @@ WriteAnswer SimulatedDriver::write(DriverFile file, off_t offset, const char* da
                                    std::size_t size)
 {
     const Arrival arrival = Arrival::now();
+    const Fault* const fault = mFaults.meet(file, sinceFirstBlock(arrival));
+    static const Fault sNone;
+    const Fault& effect = fault != nullptr ? *fault : sNone;
+    mFaultedWrites += fault != nullptr ? 1 : 0;
+    if (effect.mError != 0) {
+        mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false, effect.mWhat);
+        return {effect.mError, 0};
+    }
     if (const char* objection = objectionToWrite(file, offset, size)) {
         refuse(file, offset, size, objection, arrival);
         return {EINVAL, 0};
     }
-    accept(file, data, size, arrival);
-    return {0, size};
+    const std::size_t taken =
+        effect.mKind == FaultKind::Short ? std::min(size, effect.mBytes) : size;
+    accept(file, data, taken, arrival, effect.mWhat);
+    return {0, taken, effect.mStallNs};
+}
+
+bool SimulatedDriver::isVanished(DriverFile file) const
+{
+    return !mFaults.isEmpty() && mFaults.isVanished(file, sinceFirstBlock(Arrival::now()));
+}
+
+std::optional<std::int64_t> SimulatedDriver::sinceFirstBlock(const Arrival& now) const
+{
+    if (mStatistics.blocks() == 0) {
+        return std::nullopt;
+    }
+    return now.mMonotonicNs - mStatistics.firstArrival().mMonotonicNs;
 }
 
 void SimulatedDriver::accept(DriverFile file, const char* data, std::size_t size,
-                             const Arrival& arrival)
+                             const Arrival& arrival, const std::string& fault)
 {
     ++mAcceptedWrites[static_cast<std::size_t>(file)];
     if (file == DriverFile::F2h || file == DriverFile::R2h) {
-        mEvents.addWords(arrival.mRealtimeNs, driverFileName(file), data, size);
+        mEvents.addWords(arrival.mRealtimeNs, driverFileName(file), data, size, fault);
         return;
     }
-    mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, true);
-    if (file == DriverFile::AdcIn) {
+    mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, true, fault);
+    if (file == DriverFile::AdcIn && size > 0) {
         acceptBlock(data, size, arrival);
     } else if (file == DriverFile::PmeSim) {
         mPme.write(data, size);
@@ -54,7 +81,7 @@ void SimulatedDriver::refuse(DriverFile file, off_t offset, std::size_t size, co
                              const Arrival& arrival)
 {
     ++mRefusedWrites;
-    mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false);
+    mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false, "");
     if (mRefusalReports.allows(arrival.mMonotonicNs)) {
         mConsole.message("refused a write of " + std::to_string(size) + " bytes at offset " +
                          std::to_string(offset) + ": " + driverFileTraits(file).mPath + " takes " +

@@ -132,5 +132,8 @@ std::string summaryText(const SimulatedDriver& driver, bool withPmeDevice)
         text += row("PME frames", count(driver.acceptedWrites(DriverFile::PmeSim)));
     }
     text += row("refused writes", count(driver.refusedWrites()));
+    if (!driver.faults().isEmpty()) {
+        text += row("faulted writes", count(driver.faultedWrites()));
+    }
     return text;
 }

@@ -116,6 +116,7 @@ void Supervisor::waitForWork()
     if (files[0].revents != 0) {
         mServer.serveOne();
     }
+    mServer.giveAnswersDue(monotonicNs());
     if (files[1].revents != 0) {
         handleSignal();
     }
@@ -183,7 +184,8 @@ void Supervisor::endWhenDue(std::int64_t nowNs, std::int64_t elapsedNs)
 
 std::int64_t Supervisor::nextDeadlineNs() const
 {
-    std::int64_t deadlineNs = mNextSecondNs;
+    std::int64_t deadlineNs =
+        std::min(mNextSecondNs, mServer.nextAnswerNs().value_or(mNextSecondNs));
     if (mDriver.statistics().blocks() == 0) {
         return deadlineNs;
     }
@@ -218,6 +220,9 @@ void Supervisor::reportEnd()
     } else if (mCommands.remaining() > 0) {
         mConsole.message("the program ended before " + std::to_string(mCommands.remaining()) +
                          " of the --send commands were due");
+    }
+    for (const std::string& fault : mDriver.faults().unmet()) {
+        mConsole.message("the program ended before a write met the fault " + fault);
     }
     std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
 }

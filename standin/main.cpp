@@ -16,7 +16,7 @@ namespace {
 int runSandbox(const Options& options, Console& console)
 {
     // The output files belong to the host, so they are opened before its directories are covered.
-    SimulatedDriver driver(options.mOutputs, console);
+    SimulatedDriver driver(options.mOutputs, options.mFaults, console);
 
     PrivateMounts mounts;
     mounts.enter();
