@@ -1,10 +1,13 @@
 #include "Configuration.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QStringList>
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 
 #include "FixedPaths.h"
 #include "TimeUtils.h"
@@ -41,10 +44,35 @@ Configuration::Configuration() : mOnceConfiguration(kNoConfiguration)
         });
         return;
     }
-    mControlDevice.open(QIODevice::ReadWrite);
+    // A link to nowhere is there as far as exists() goes; no file is made through it.
+    mControlDevice.open(QIODevice::ReadWrite | QIODevice::ExistingOnly);
+    reportOpenRights();
 }
 
 Configuration::~Configuration() = default;
+
+/** Tells when the FIFO is one that others can command the program through, or take lines from. */
+void Configuration::reportOpenRights() const
+{
+    constexpr mode_t kRightsOfOthers = S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+    struct stat status
+    {
+    };
+    if (!mControlDevice.isOpen() || fstat(mControlDevice.handle(), &status) != 0 ||
+        !S_ISFIFO(status.st_mode)) {
+        return;
+    }
+    if (status.st_uid == geteuid() && (status.st_mode & kRightsOfOthers) == 0) {
+        return;
+    }
+    logInfo(mLogger, LOG4CXX_LOCATION, [&] {
+        std::array<char, sizeof "07777"> mode{};
+        std::snprintf(mode.data(), mode.size(), "%04o", status.st_mode & ALLPERMS);
+        return local8Bit(mControlDevice.fileName()) + " was there, with mode " + mode.data() +
+               " and user " + std::to_string(status.st_uid) +
+               " as its owner: others can send commands";
+    });
+}
 
 bool Configuration::parseLine(QString line)
 {

@@ -91,6 +91,7 @@ public:
     void selectNextConfiguration();
 
 private:
+    void reportOpenRights() const;
     bool takeCommandLine(QByteArray* line);
     bool appendToPendingLine(char byte);
     bool executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location);

@@ -1,8 +1,11 @@
 #include "PrussSimulation.h"
 
+#include <unistd.h>
+
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -18,6 +21,10 @@ constexpr long kNanosecondsPerMicrosecond = 1000;
 constexpr qint64 kMicrosecondsPerSecond = 1'000'000;
 
 constexpr int kBlocksBetweenPacing = 10;
+
+/** How often in a row a write that was interrupted is tried again. */
+constexpr int kMostInterruptions = 100;
+
 constexpr qint64 kShortestSleepMicroseconds = 2000;
 constexpr qint64 kLargestDriftSeconds = 60;
 constexpr time_t kMarkIntervalSeconds = 10;
@@ -107,11 +114,30 @@ SampleRecord initialR2hRecord()
     return record;
 }
 
+/**
+ * Writes as QFile::write() does, which goes on behind a short write, but gives up when a driver
+ * interrupts every attempt: that would hold the program for ever. Returns the bytes written, -1
+ * when there are none.
+ */
+qint64 writeBytes(const QFile& file, const char* bytes, qint64 size)
+{
+    qint64 written = 0;
+    ssize_t count = 0;
+    do {
+        int attempts = 0;
+        do {
+            count = ::write(file.handle(), bytes + written, static_cast<size_t>(size - written));
+        } while (count < 0 && errno == EINTR && ++attempts <= kMostInterruptions);
+        written += std::max<ssize_t>(count, 0);
+    } while (count > 0 && written < size);
+    return written > 0 ? written : -1;
+}
+
 template <typename Record>
 void rewrite(QFile& file, const Record& record)
 {
     file.seek(0);
-    file.write(reinterpret_cast<const char*>(&record), sizeof(record));
+    writeBytes(file, reinterpret_cast<const char*>(&record), sizeof(record));
 }
 } // namespace
 
@@ -152,14 +178,14 @@ bool PrussSimulation::init()
 
 bool PrussSimulation::openFile(QScopedPointer<QFile>& file, QIODevice::OpenMode mode)
 {
-    // Opening for writing would create a missing file, so the test comes first.
+    // Not even through a link to nowhere, which is there as far as exists() goes, is a file made.
     if (!file->exists()) {
         logFatal(mLogger, LOG4CXX_LOCATION, [&] {
             return "openFile : Das Device '" + local8Bit(file->fileName()) + "' existiert nicht.";
         });
         return false;
     }
-    if (!file->open(mode | QIODevice::Unbuffered)) {
+    if (!file->open(mode | QIODevice::Unbuffered | QIODevice::ExistingOnly)) {
         logFatal(mLogger, LOG4CXX_LOCATION, [&] {
             return "openFile : Das Device '" + local8Bit(file->fileName()) +
                    local8Bit(QStringLiteral("' kann nicht geöffnet werden"));
@@ -299,7 +325,7 @@ bool PrussSimulation::writeBlock(qint64 samples)
     const char* const bytes = reinterpret_cast<const char*>(mBlock.data());
     try {
         const qint64 size = samples * static_cast<qint64>(sizeof(SampleRecord));
-        if (mSampleBuffer->write(bytes, size) < 0) {
+        if (writeBytes(*mSampleBuffer, bytes, size) < 0) {
             logError(mLogger, LOG4CXX_LOCATION, [this] {
                 return "error writing file " + local8Bit(mSampleBuffer->fileName());
             });
