@@ -20,11 +20,16 @@ constexpr int kFieldCount = 3;
 constexpr qint32 kNoConfiguration = -1;
 constexpr mode_t kControlFifoMode = 0700;
 
-/** The longest command line; what one call reads at most, so that no writer can hold the loop. */
+/** The longest command line, without its line end. */
 constexpr int kMaxCommandBytes = 64 * 1024;
 
-/** Pause of a wait that ended early without a command. */
-constexpr quint32 kFruitlessWaitNanoseconds = 100'000'000;
+/**
+ * What one call reads at most: a line of the greatest length and as much again. A writer who
+ * never stops must not hold the loop.
+ */
+constexpr int kMostReads = 2 * kMaxCommandBytes / static_cast<int>(FifoPeek::kMostBytes);
+
+constexpr quint32 kNanosecondsPerMillisecond = 1'000'000;
 } // namespace
 
 ConfigurationItem::ConfigurationItem(quint32 repetitions, const QString& fileName)
@@ -156,24 +161,26 @@ bool Configuration::waitForUserInput(int msecs)
     if (readUserInput()) {
         return true;
     }
-    TimeUtils::nanoSleep(kFruitlessWaitNanoseconds);
+    // Something is there that will not go away, or goes away without a command.
+    TimeUtils::nanoSleep(static_cast<quint32>(msecs) * kNanosecondsPerMillisecond);
     return false;
 }
 
 /**
- * True when a whole line is in *line, with its line end. Reads byte by byte: what follows the
- * line end belongs to the next call and stays in the FIFO.
+ * True when a whole line is in *line, with its line end. What follows the line end belongs to the
+ * next call and stays in the FIFO.
  */
 bool Configuration::takeCommandLine(QByteArray* line)
 {
-    for (int taken = 0; taken <= kMaxCommandBytes && mControlDevice.waitForReadyRead(0); ++taken) {
-        char byte = 0;
-        const int count = mControlDevice.readRaw(&byte, 1);
+    std::array<char, FifoPeek::kMostBytes> bytes{};
+    for (int reads = 0; reads < kMostReads && mControlDevice.waitForReadyRead(0); ++reads) {
+        const size_t share = mControlPeek.bytesOfFirstLine(mControlDevice.handle());
+        const int count = mControlDevice.readRaw(bytes.data(), share);
         if (count < 0) {
             return false;
         }
         const bool atEndOfFile = count == 0;
-        if (atEndOfFile || appendToPendingLine(byte)) {
+        if (atEndOfFile || appendToPendingLine(bytes.data(), count)) {
             line->swap(mPendingLine);
             mPendingLine.clear();
             return true;
@@ -182,26 +189,24 @@ bool Configuration::takeCommandLine(QByteArray* line)
     return false;
 }
 
-/** True when the byte ends a line that is to be handled. */
-bool Configuration::appendToPendingLine(char byte)
+/** True when the bytes, which are of one line, end a line that is to be handled. */
+bool Configuration::appendToPendingLine(const char* bytes, int count)
 {
-    const bool endsLine = byte == '\n';
+    const bool endsLine = bytes[count - 1] == '\n';
     if (mDroppingLine) {
         mDroppingLine = !endsLine;
         return false;
     }
-    mPendingLine.append(byte);
-    if (endsLine) {
-        return true;
+    mPendingLine.append(bytes, count);
+    if (mPendingLine.size() - (endsLine ? 1 : 0) <= kMaxCommandBytes) {
+        return endsLine;
     }
-    if (mPendingLine.size() > kMaxCommandBytes) {
-        logError(mLogger, LOG4CXX_LOCATION, [] {
-            return "Command line without its end after " + std::to_string(kMaxCommandBytes) +
-                   " bytes, dropped";
-        });
-        mPendingLine.clear();
-        mDroppingLine = true;
-    }
+    logError(mLogger, LOG4CXX_LOCATION, [] {
+        return "Command line without its end after " + std::to_string(kMaxCommandBytes) +
+               " bytes, dropped";
+    });
+    mPendingLine.clear();
+    mDroppingLine = !endsLine;
     return false;
 }
 

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include "CsvParser.h"
+#include "FifoPeek.h"
 #include "InputValues.h"
 #include "VxDevice.h"
 
@@ -78,9 +79,9 @@ public:
     bool readUserInput();
 
     /**
-     * As readUserInput(), but waits up to msecs ms for a command. However the control FIFO
-     * behaves, a call without a valid command takes at least a tenth of a second, so that it
-     * can be made in a loop.
+     * As readUserInput(), but waits up to msecs ms for a command, at most 4000. However the
+     * control FIFO behaves, a call that takes no valid command lasts that long, so that it can be
+     * made in a loop.
      */
     bool waitForUserInput(int msecs);
 
@@ -93,7 +94,7 @@ public:
 private:
     void reportOpenRights() const;
     bool takeCommandLine(QByteArray* line);
-    bool appendToPendingLine(char byte);
+    bool appendToPendingLine(const char* bytes, int count);
     bool executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location);
     bool parseConfigurationNumber(const QString& text, qint32* number,
                                   const log4cxx::spi::LocationInfo& location);
@@ -104,6 +105,7 @@ private:
     qint32 mOnceConfiguration;
     QList<ConfigurationItem>::iterator mItemIterator;
     VxDevice mControlDevice;
+    FifoPeek mControlPeek;
     QByteArray mPendingLine;    ///< the part of a command line that has arrived
     bool mDroppingLine = false; ///< skips the rest of a line that was too long
     quint64 mCommandsTaken = 0;

@@ -197,7 +197,7 @@ bool PrussSimulation::openFile(QScopedPointer<QFile>& file, QIODevice::OpenMode 
 
 qint32 PrussSimulation::writeSamples(InputValues& values)
 {
-    if (!isReady()) {
+    if (!isReady(LOG4CXX_LOCATION)) {
         return 0;
     }
     InputValueItem* const first = values.nextItem();
@@ -207,20 +207,21 @@ qint32 PrussSimulation::writeSamples(InputValues& values)
     adoptFrequency(values, first->mFrequency);
     bool exhausted = false;
     const qint64 samples = assembleBlock(values, first, &exhausted);
-    if (!writeBlock(samples)) {
+    if (!writeBlock(samples, LOG4CXX_LOCATION)) {
         return -1;
     }
     if (sPacingCountdown > 0) {
         --sPacingCountdown;
     } else {
-        pace();
+        pace(LOG4CXX_LOCATION);
         writeSideRecords();
         sPacingCountdown = kBlocksBetweenPacing;
     }
     return exhausted ? 1 : 0;
 }
 
-bool PrussSimulation::isReady()
+/** Reports as its caller, whose location it gets; as do writeBlock() and pace(). */
+bool PrussSimulation::isReady(const log4cxx::spi::LocationInfo& location) const
 {
     const char* problem = nullptr;
     if (!mSampleBuffer) {
@@ -235,7 +236,7 @@ bool PrussSimulation::isReady()
     if (problem == nullptr) {
         return true;
     }
-    logError(mLogger, LOG4CXX_LOCATION, [problem] { return problem; });
+    logError(mLogger, location, [problem] { return problem; });
     return false;
 }
 
@@ -320,33 +321,33 @@ void PrussSimulation::passTenSecondMark()
     sLastMark = mSimTime;
 }
 
-bool PrussSimulation::writeBlock(qint64 samples)
+bool PrussSimulation::writeBlock(qint64 samples, const log4cxx::spi::LocationInfo& location)
 {
     const char* const bytes = reinterpret_cast<const char*>(mBlock.data());
     try {
         const qint64 size = samples * static_cast<qint64>(sizeof(SampleRecord));
         if (writeBytes(*mSampleBuffer, bytes, size) < 0) {
-            logError(mLogger, LOG4CXX_LOCATION, [this] {
+            logError(mLogger, location, [this] {
                 return "error writing file " + local8Bit(mSampleBuffer->fileName());
             });
             return false;
         }
-        mSamplesWritten += static_cast<quint64>(samples);
     } catch (...) {
-        logFatal(mLogger, LOG4CXX_LOCATION, [] { return "Sample Buffer Write Error"; });
+        logFatal(mLogger, location, [] { return "Sample Buffer Write Error"; });
     }
+    mSamplesWritten += static_cast<quint64>(samples);
     return true;
 }
 
 /** Sleeps away the lead of the samples; gives up the simulated clock when it is far off. */
-void PrussSimulation::pace()
+void PrussSimulation::pace(const log4cxx::spi::LocationInfo& location)
 {
     const timespec wallClock = TimeUtils::currentTime();
     const qint64 lead = microsecondsBetween(wallClock, mSimTime);
     const qint64 drift = static_cast<qint64>(mSimTime.tv_sec) - wallClock.tv_sec;
     if (std::abs(drift) > kLargestDriftSeconds) {
         mSimTime = wallClock;
-        logInfo(mLogger, LOG4CXX_LOCATION, [] { return "Zeit angepasst"; });
+        logInfo(mLogger, location, [] { return "Zeit angepasst"; });
     }
     if (lead > kShortestSleepMicroseconds) {
         sleepMicroseconds(lead);

@@ -59,14 +59,14 @@ private:
     static_assert(sizeof(F2hRecord) == 16, "the driver takes f2h records of 16 bytes");
 
     bool openFile(QScopedPointer<QFile>& file, QIODevice::OpenMode mode);
-    bool isReady();
+    bool isReady(const log4cxx::spi::LocationInfo& location) const;
     void adoptFrequency(const InputValues& values, float frequency);
     void refuseFrequency(const InputValues& values, float frequency);
     qint64 assembleBlock(InputValues& values, InputValueItem* item, bool* exhausted);
     void advanceClock();
     void passTenSecondMark();
-    bool writeBlock(qint64 bytes);
-    void pace();
+    bool writeBlock(qint64 samples, const log4cxx::spi::LocationInfo& location);
+    void pace(const log4cxx::spi::LocationInfo& location);
     void writeSideRecords();
 
     float mCurrentFrequency = 0.0F; ///< Hz, of the step in force

@@ -148,7 +148,7 @@ TEST_F(ControlCommandTest, EndOfFileEndsACommand)
         while (mConfiguration->readUserInput()) {
         }
     }
-    EXPECT_GE(waitInVain(), 100'000'000) << "always ready to be read";
+    EXPECT_EQ(waitInVain(), 1'000'000'000) << "always ready to be read";
     EXPECT_EQ(mLog.take(), (Lines{"INFO Execute Config 1 once", "INFO Execute Config 2 continuous",
                                   "ERROR Config Cmd to small!"}));
 }
@@ -158,11 +158,11 @@ TEST_F(ControlCommandTest, LineBeyondTheGreatestLengthIsDroppedOnce)
     EXPECT_FALSE(take(std::string(kLongestLine - 1, ' ')));
     EXPECT_TRUE(take("1\n")) << "the longest line";
     mLog.take();
-    mSystem.mOnPoll = [] { TestDevice::send("1"); }; // a writer who never ends
+    mSystem.mOnPoll = [] { TestDevice::send(std::string(4096, '1')); }; // who never ends
     for (int i = 0; i < 2; ++i) {
         mSystem.mPolls = 0;
         EXPECT_FALSE(mConfiguration->readUserInput());
-        EXPECT_LE(mSystem.mPolls, kLongestLine + 1) << "one call's share is bounded";
+        EXPECT_LE(mSystem.mPolls, 40) << "one call's share is bounded";
     }
     mSystem.mOnPoll = nullptr;
     EXPECT_TRUE(take("1\ns2\n"));
@@ -178,11 +178,12 @@ TEST_F(ControlCommandTest, WaitEndsAtOnceWithACommandAndOtherwiseTakesItsTime)
         [this] { mSystem.mNextSelectError = EBADF; }, [this] { mSystem.mNextSelectError = EINTR; },
         [this] {
             TestDevice::send("\n");
+            mSystem.mReadsUntilFault = 1; // the first one only looks
             mSystem.mReadFault = EIO;
         }};
     for (const auto& cause : kCauses) {
         cause();
-        EXPECT_GE(waitInVain(), 100'000'000) << &cause - kCauses;
+        EXPECT_EQ(waitInVain(), 1'000'000'000) << &cause - kCauses;
     }
     const timespec before = mSystem.mMonotonic;
     EXPECT_TRUE(mConfiguration->waitForUserInput(1000)) << "what the failed read left";

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+
+/**
+ * Looks at what waits in a FIFO or a file without taking it, so that a line can be taken in one
+ * read and what stands behind it stays where it is.
+ *
+ * Owns a pipe, through which a copy of a FIFO's bytes goes. Not copyable.
+ */
+class FifoPeek
+{
+public:
+    /** The most that is looked at in one call, in bytes. */
+    static constexpr size_t kMostBytes = 4096;
+
+    FifoPeek();
+    FifoPeek(const FifoPeek&) = delete;
+    FifoPeek& operator=(const FifoPeek&) = delete;
+    ~FifoPeek();
+
+    /**
+     * How many of the waiting bytes belong to the first line, its line end included; never more
+     * than kMostBytes. 1 when nothing waits, and for what cannot be looked at.
+     */
+    size_t bytesOfFirstLine(int descriptor) const;
+
+private:
+    int mPipe[2] = {-1, -1};
+};
