@@ -132,19 +132,3 @@ std::vector<int> playedCases(const std::vector<SampleRecord>& records,
     }
     return played;
 }
-
-void expectPlayed(const std::vector<int>& played, const std::vector<Turn>& turns)
-{
-    SCOPED_TRACE("played: " + testing::PrintToString(played));
-    std::size_t at = 0;
-    for (const auto& [pass, isOnce] : turns) {
-        std::size_t count = 0;
-        while (at < played.size() && played[at] == pass[count % pass.size()] &&
-               !(isOnce && count == pass.size())) {
-            ++at;
-            ++count;
-        }
-        EXPECT_GE(count, isOnce ? pass.size() : 1) << "case " << at << " belongs to no turn";
-    }
-    EXPECT_EQ(at, played.size()) << "the cases from this one on belong to no turn";
-}

@@ -2,7 +2,6 @@
 
 #include <QtGlobal>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "SampleRecord.h"
@@ -72,26 +71,3 @@ qint64 stampNs(const SampleRecord& record);
  */
 std::vector<int> playedCases(const std::vector<SampleRecord>& records,
                              const std::vector<ValueCase>& cases);
-
-/** A configuration that is played: the cases of one pass, and whether there is only one. */
-struct Turn
-{
-    std::vector<int> mPass;
-    bool mIsOnce;
-};
-
-inline Turn once(std::vector<int> pass)
-{
-    return {std::move(pass), true};
-}
-
-inline Turn again(std::vector<int> pass)
-{
-    return {std::move(pass), false};
-}
-
-/**
- * Expects the cases of these turns one after the other: one that is played again and again from
- * its first case and for at least one, but left at any case; one that is played once whole.
- */
-void expectPlayed(const std::vector<int>& played, const std::vector<Turn>& turns);

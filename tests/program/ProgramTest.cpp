@@ -1,3 +1,4 @@
+#include <QRegularExpression>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -51,6 +52,9 @@ protected:
      * run: every record and time stamp, the side records, the summary. */
     void play(const std::string& configuration, const std::string& seconds, const Words& sends = {},
               const Words& program = kSimulator);
+
+    /** Expects the numbers of the cases in their order, a blank behind each, to match. */
+    void expectPlayed(const QString& pattern) const;
 
     /** The log after the start of the endless loop. */
     std::string loopLog() const;
@@ -133,6 +137,16 @@ void ProgramTest::checkSummary() const
               std::to_string(mRecords.back().mSeconds) + "." + digits.substr(1));
 }
 
+void ProgramTest::expectPlayed(const QString& pattern) const
+{
+    QString played;
+    for (const int number : mPlayed) {
+        played += QString::number(number) + " ";
+    }
+    const QRegularExpression whole(QRegularExpression::anchoredPattern(pattern));
+    EXPECT_TRUE(whole.match(played).hasMatch()) << played.toStdString();
+}
+
 std::string ProgramTest::loopLog() const
 {
     const std::string start = "INFO Simulator Starting endless simulation loop\n";
@@ -150,14 +164,14 @@ TEST_F(ProgramTest, PlaysRepetitionsAndFrequenciesInTheirOrder)
         "# number, repetitions, file\n0 , 2 ,case-1.csv # the first\n\n0,0,case-2.csv\n"
         "0,1,case-22.csv\n0,3,case-3.csv\n0,1,case-23.csv\n";
     play(configuration, "1.2");
-    expectPlayed(mPlayed, {again({1, 1, 22, 3, 3, 3, 23})});
+    expectPlayed("(1 1 22 3 3 3 23 )+(1 ){0,2}(22 )?(3 ){0,3}");
     EXPECT_EQ(loopLog(), "");
 }
 
 TEST_F(ProgramTest, FollowsTheOperator)
 {
     play(kThree, "1.6", {"0.1:abc", "0.3:s1", "0.9:2"});
-    expectPlayed(mPlayed, {again({4}), once({11, 12, 12}), again({4}), again({21})});
+    expectPlayed("(4 )+11 12 12 (4 )+(21 )+");
     EXPECT_EQ(loopLog(), std::string("ERROR Configuration Could not convert abc\nto unsigned\n") +
                              kOnceOne + "INFO Configuration Execute Config 2 continuous\n");
 }
@@ -166,8 +180,8 @@ TEST_F(ProgramTest, FollowsTheOperator)
 TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
 {
     const std::string sendLater =
-        "(until [ -p /etc/vx/simulator_control ]; do sleep 0.02; done\n"
-        "sleep 2; echo s1 >/etc/vx/simulator_control) &";
+        "timeout 20 sh -c 'until [ -p /etc/vx/simulator_control ]; do sleep 0.02; done\n"
+        "sleep 2; echo s1 >/etc/vx/simulator_control' &";
     play("0,0,case-4.csv\n1,1,case-11.csv\n", "0.3", {}, after(sendLater, kSimulator));
     EXPECT_EQ(mPlayed, std::vector<int>{11});
     EXPECT_EQ(loopLog(), kOnceOne);
