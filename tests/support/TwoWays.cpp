@@ -1,8 +1,5 @@
 #include "TwoWays.h"
 
-#include <cstring>
-#include <vector>
-
 #include "InputValues.h"
 #include "MemoryFile.h"
 
@@ -21,7 +18,10 @@ public:
         mLines = mLineNumber;
         resetIterator();
         while (const InputValueItem* item = nextItem()) {
-            mRead.push_back(*item);
+            const SampleRecord& record = *item;
+            mItems.append(reinterpret_cast<const char*>(&record), sizeof(record));
+            mItems.append(reinterpret_cast<const char*>(&item->mFrequency),
+                          sizeof(item->mFrequency));
         }
     }
 
@@ -29,7 +29,7 @@ public:
     int mErrors = 0;
     quint32 mLines = 0;
     int mPlainLines = 0;
-    std::vector<InputValueItem> mRead;
+    std::string mItems; ///< the bytes of all
 
 protected:
     size_t takePlainLine(std::string_view lines) override
@@ -43,34 +43,15 @@ private:
     bool mIsFast;
 };
 
-bool isSame(const InputValueItem& a, const InputValueItem& b)
-{
-    const SampleRecord& left = a;
-    const SampleRecord& right = b;
-    return std::memcmp(&left, &right, sizeof(left)) == 0 &&
-           std::memcmp(&a.mFrequency, &b.mFrequency, sizeof(a.mFrequency)) == 0;
-}
-
 std::string compare(const WatchedValues& fast, const WatchedValues& general)
 {
-    if (fast.mResult != general.mResult) {
+    if (fast.mResult != general.mResult || fast.mErrors != general.mErrors) {
         return "results";
-    }
-    if (fast.mErrors != general.mErrors) {
-        return "error counts";
     }
     if (fast.mLines != general.mLines) {
         return "line counts";
     }
-    if (fast.mRead.size() != general.mRead.size()) {
-        return "item counts";
-    }
-    for (size_t i = 0; i < fast.mRead.size(); ++i) {
-        if (!isSame(fast.mRead[i], general.mRead[i])) {
-            return "item " + std::to_string(i);
-        }
-    }
-    return {};
+    return fast.mItems == general.mItems ? "" : "items";
 }
 } // namespace
 
