@@ -3,8 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QStringList>
-
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -81,13 +79,8 @@ void Configuration::reportOpenRights() const
 
 bool Configuration::parseLine(QString line)
 {
-    const QStringList fields = line.split(kSeparator);
-    if (fields.size() != kFieldCount) {
-        logError(mLogger, LOG4CXX_LOCATION, [&] {
-            return linePrefix() +
-                   "Wrong number of parameter. Expected: " + std::to_string(kFieldCount) +
-                   ", found " + std::to_string(fields.size()) + ": " + local8Bit(line);
-        });
+    QStringList fields;
+    if (!splitLine(line, kSeparator, kFieldCount, &fields, LOG4CXX_LOCATION)) {
         return false;
     }
     bool ok = false;

@@ -1,7 +1,6 @@
 #include "CsvParser.h"
 
 #include <QByteArray>
-#include <QStringList>
 
 #include <cerrno>
 #include <cstring>
@@ -156,6 +155,20 @@ void CsvParser::closeFile()
     mReader.stop();
     mFile->close();
     mFile.reset();
+}
+
+bool CsvParser::splitLine(const QString& line, QChar separator, int count, QStringList* fields,
+                          const log4cxx::spi::LocationInfo& location) const
+{
+    *fields = line.split(separator);
+    if (fields->size() == count) {
+        return true;
+    }
+    logError(mLogger, location, [&] {
+        return linePrefix() + "Wrong number of parameter. Expected: " + std::to_string(count) +
+               ", found " + std::to_string(fields->size()) + ": " + local8Bit(line);
+    });
+    return false;
 }
 
 std::string CsvParser::linePrefix(quint32 lineNumber) const

@@ -1,7 +1,5 @@
 #include "InputValues.h"
 
-#include <QStringList>
-
 #include "PlainFields.h"
 #include "TrackLog.h"
 
@@ -51,13 +49,8 @@ InputValues::~InputValues() = default;
 
 bool InputValues::parseLine(QString line)
 {
-    const QStringList fields = line.split(kSeparator);
-    if (fields.size() != kFieldCount) {
-        logError(mLogger, LOG4CXX_LOCATION, [&] {
-            return linePrefix() +
-                   "Wrong number of parameter. Expected: " + std::to_string(kFieldCount) +
-                   ", found " + std::to_string(fields.size()) + ": " + local8Bit(line);
-        });
+    QStringList fields;
+    if (!splitLine(line, kSeparator, kFieldCount, &fields, LOG4CXX_LOCATION)) {
         return false;
     }
     InputValueItem item;
