@@ -119,7 +119,8 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
          "cannot write /dev/full: No space left on device; it ends here"},
         {"--for|9|--|sh|-c|head -c 48 /dev/zero >/dev/adc-in; kill -TERM $$", 143,
          "the program ended by signal 15 (Terminated)"},
-        {"--for|0.1|sh|-c|trap 'kill -SEGV $$' TERM; head -c 48 /dev/zero >/dev/adc-in; sleep 3",
+        {"--for|0.1|sh|-c|trap 'kill -SEGV $$' TERM; head -c 48 /dev/zero >/dev/adc-in; sleep 3 & "
+         "wait",
          139, "the program ended by signal 11 (Segmentation fault)"},
         {"--for|1|--|sh|-c|exit 3", 3,
          "the program ended before its first block; --for and --send count from it"},
