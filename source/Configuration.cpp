@@ -87,7 +87,7 @@ bool Configuration::parseLine(QString line)
     const qint32 number = fields[0].toInt(&ok);
     if (!ok) {
         logError(mLogger, LOG4CXX_LOCATION, [&] {
-            return linePrefix() + "First parameter (" + local8Bit(fields[0]) +
+            return linePrefix() + "First parameter (" + excerpt(fields[0]) +
                    ") is not of type quint32";
         });
         return false;
@@ -95,7 +95,7 @@ bool Configuration::parseLine(QString line)
     const quint32 value = fields[1].toUInt(&ok);
     if (!ok) {
         logError(mLogger, LOG4CXX_LOCATION, [&] {
-            return linePrefix() + "Second parameter (" + local8Bit(fields[1]) +
+            return linePrefix() + "Second parameter (" + excerpt(fields[1]) +
                    ") is not of type quint32";
         });
         return false;
@@ -229,7 +229,7 @@ bool Configuration::parseConfigurationNumber(const QString& text, qint32* number
     const auto value = static_cast<qint32>(text.toUInt(&ok));
     if (!ok) {
         logError(mLogger, location,
-                 [&] { return "Could not convert " + local8Bit(text) + "to unsigned"; });
+                 [&] { return "Could not convert " + excerpt(text) + "to unsigned"; });
         return false;
     }
     if (value < 0 || value >= configurationCount()) {

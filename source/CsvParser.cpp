@@ -166,7 +166,7 @@ bool CsvParser::splitLine(const QString& line, QChar separator, int count, QStri
     }
     logError(mLogger, location, [&] {
         return linePrefix() + "Wrong number of parameter. Expected: " + std::to_string(count) +
-               ", found " + std::to_string(fields->size()) + ": " + local8Bit(line);
+               ", found " + std::to_string(fields->size()) + ": " + excerpt(line);
     });
     return false;
 }

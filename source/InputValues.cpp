@@ -116,7 +116,7 @@ void InputValues::reportField(const QString& text, const char* type,
                               const log4cxx::spi::LocationInfo& location) const
 {
     logError(mLogger, location, [&] {
-        return linePrefix() + "Parameter (" + local8Bit(text) + ") is not of type " + type;
+        return linePrefix() + "Parameter (" + excerpt(text) + ") is not of type " + type;
     });
 }
 

@@ -9,6 +9,9 @@
 
 namespace {
 constexpr size_t kBlockBytes = 256 * 1024;
+
+/** A line beyond it would not fit into a text. */
+constexpr size_t kMostLineBytes = 512 * 1024 * 1024;
 }
 
 void LineReader::start(int descriptor)
@@ -64,6 +67,10 @@ bool LineReader::fill()
     do {
         count = ::read(mDescriptor, news, room);
     } while (count < 0 && errno == EINTR);
+    if (mEnd > kMostLineBytes) {
+        count = -1;
+        errno = EFBIG;
+    }
     mAtEnd = count <= 0;
     if (count < 0) {
         mError = errno;

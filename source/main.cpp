@@ -12,6 +12,7 @@
 
 #include <array>
 #include <iostream>
+#include <new>
 
 #include "Simulator.h"
 #include "TrackLog.h"
@@ -117,8 +118,8 @@ QString translated(const char* text)
  * Loads and plays; returns only when something could not be loaded or opened. Reports as its
  * caller, whose location it gets.
  */
-void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
-                  const log4cxx::spi::LocationInfo& location)
+void loadAndPlay(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
+                 const log4cxx::spi::LocationInfo& location)
 {
     Simulator simulator;
     if (!simulator.loadConfigFile(caseConfig)) {
@@ -128,6 +129,17 @@ void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
         logError(logger, location, [] { return "could not load data files."; });
     } else {
         simulator.startEndless();
+    }
+}
+
+/** Reports as its caller, too. What was loaded is freed before a lack of memory is told. */
+void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
+                  const log4cxx::spi::LocationInfo& location)
+{
+    try {
+        loadAndPlay(caseConfig, logger, location);
+    } catch (const std::bad_alloc&) {
+        logFatal(logger, location, [] { return "out of memory."; });
     }
     logInfo(logger, location, [] { return "done."; });
     logInfo(logger, location, [] { return "Terminating"; });

@@ -23,6 +23,13 @@ inline std::string local8Bit(const QString& text)
     return text.toLocal8Bit().toStdString();
 }
 
+/** The beginning of a text that may be of any length, such as a line of a file. */
+inline std::string excerpt(const QString& text)
+{
+    constexpr int kMostCharacters = 1000;
+    return local8Bit(text.left(kMostCharacters)) + (text.size() > kMostCharacters ? "..." : "");
+}
+
 /** Logs at the given level and counts nothing; the other three are made of it. */
 template <typename BuildText>
 void logAt(const log4cxx::LevelPtr& level, const log4cxx::LoggerPtr& logger,
