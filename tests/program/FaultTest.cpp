@@ -102,7 +102,9 @@ protected:
     /** Of the last write to the sample buffer at which the driver failed; then of the next. */
     std::pair<qint64, qint64> faultEndNs() const
     {
-        const auto isFailure = [](const Event& it) { return !it.mIsAccepted; };
+        const auto isFailure = [](const Event& it) {
+            return it.mFile == "adc-in" && !it.mIsAccepted;
+        };
         const auto last = std::find_if(mEvents.rbegin(), mEvents.rend(), isFailure);
         const auto next = std::find_if(last.base(), mEvents.end(), [](const Event& it) {
             return it.mFile == "adc-in" && it.mIsAccepted;
