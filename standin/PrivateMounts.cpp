@@ -81,7 +81,7 @@ void mountTmpfs(const std::string& path, mode_t mode)
 /** A mount that came with the namespace can only be bound with all that is mounted in it. */
 void bind(const std::string& source, const std::string& target)
 {
-    if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) {
+    if (mount(source.c_str(), target.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0) {
         throwErrno("the kernel or the container refuses a bind mount on " + target);
     }
 }
@@ -179,7 +179,7 @@ void PrivateMounts::enter()
         }
         enterUserNamespace();
     }
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) {
         throwErrno("the kernel or the container refuses to make the mounts private");
     }
     mEntered = true;
