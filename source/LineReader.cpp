@@ -12,7 +12,7 @@ constexpr size_t kBlockBytes = 256 * 1024;
 
 /** A line beyond it would not fit into a text. */
 constexpr size_t kMostLineBytes = 512 * 1024 * 1024;
-}
+} // namespace
 
 void LineReader::start(int descriptor)
 {
