@@ -10,7 +10,10 @@ size_t allocationsSoFar()
 }
 
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+// The compiler's own copy of the sanitizer has the operation, but not the header that declares it.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*,
+                                                                          size_t),
+                                                         void (*onFree)(const volatile void*));
 
 namespace {
 // The sanitizer's allocator stays in its place and tells.
