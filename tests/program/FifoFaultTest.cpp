@@ -56,7 +56,8 @@ TEST_P(FifoFaultTest, StreamKeepsItsPace)
     const CommandResult result =
         sandbox({"--record", "record.bin", "--events", "events.jsonl", "--for", "1.5"},
                 after(std::string(GetParam().mBefore) +
-                          "\n(until grep -q endless simulator.log; do sleep 0.05; done\n" +
+                          "\n(until grep -q endless simulator.log; do kill -0 $$ || exit; sleep "
+                          "0.05; done\n" +
                           "cd /etc/vx; [ -p simulator_control ] || exit; { " + GetParam().mWhile +
                           "\n} >simulator_control) 2>/dev/null &",
                       kSimulator));

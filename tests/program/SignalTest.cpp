@@ -7,6 +7,8 @@ namespace {
 constexpr qint64 kNsPerSecond = 1'000'000'000;
 
 const ValueCase kCase{1, {steady(720)}};
+
+const std::string kLoopBegins = "INFO Simulator Starting endless simulation loop\n";
 } // namespace
 
 /** The real program under signals; $$ is its process in the scripts. */
@@ -33,7 +35,6 @@ protected:
                   kLoopBegins);
     }
 
-    const std::string kLoopBegins = "INFO Simulator Starting endless simulation loop\n";
     CommandResult mResult;
     std::vector<Event> mEvents;
 };
