@@ -45,7 +45,7 @@ bool CsvParser::openFileInternal()
 {
     mReader.stop();
     mFile.reset();
-    QFile* const file = new (std::nothrow) QFile(mFileName);
+    auto* const file = new (std::nothrow) QFile(mFileName);
     if (file == nullptr) {
         logFatal(mLogger, LOG4CXX_LOCATION, [] {
             return std::string(

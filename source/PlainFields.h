@@ -109,7 +109,7 @@ public:
                 return false;
             }
         }
-        const double scale = static_cast<double>(kPowersOfTen[static_cast<size_t>(count - whole)]);
+        const auto scale = static_cast<double>(kPowersOfTen[static_cast<size_t>(count - whole)]);
         *value = static_cast<float>(static_cast<double>(digits) / scale);
         return true;
     }

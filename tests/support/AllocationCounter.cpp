@@ -22,9 +22,11 @@ const int kInstalled = __sanitizer_install_malloc_and_free_hooks(
 } // namespace
 #else
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the C library's names
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* old, size_t size);
+// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
 
 void* malloc(size_t size)
 {
