@@ -23,7 +23,7 @@ WriteAnswer SimulatedDriver::write(DriverFile file, off_t offset, const char* da
 {
     const Arrival arrival = Arrival::now();
     const Fault* const fault = mFaults.meet(file, sinceFirstBlock(arrival));
-    static const Fault sNone;
+    static const Fault sNone{};
     const Fault& effect = fault != nullptr ? *fault : sNone;
     mFaultedWrites += fault != nullptr ? 1 : 0;
     if (effect.mError != 0) {
