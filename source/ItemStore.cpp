@@ -3,12 +3,15 @@
 #include <algorithm>
 
 namespace {
-constexpr size_t kLeastChunkItems = 256;
+constexpr size_t kLeastChunkItems = 16;
+
+/** Up to this many, a chunk doubles what is there. */
+constexpr size_t kFewItems = 256;
 
 /** With the allocator's own bytes just short of 256 KiB, a whole number of pages. */
 constexpr size_t kMostChunkItems = 4095;
 
-/** What a file may leave unused in its last chunk: at most this part of its items. */
+/** What a long file may leave unused in its last chunk: at most this part of its items. */
 constexpr size_t kUnusedPart = 16;
 } // namespace
 
@@ -38,8 +41,9 @@ void ItemStore::removeLast()
 std::vector<InputValueItem>& ItemStore::openChunk()
 {
     if (mChunks.empty() || mChunks.back().size() == mChunks.back().capacity()) {
+        const size_t wanted = std::max(std::min(mSize, kFewItems), mSize / kUnusedPart);
         mChunks.emplace_back();
-        mChunks.back().reserve(std::clamp(mSize / kUnusedPart, kLeastChunkItems, kMostChunkItems));
+        mChunks.back().reserve(std::clamp(wanted, kLeastChunkItems, kMostChunkItems));
     }
     return mChunks.back();
 }
