@@ -17,15 +17,7 @@ constexpr size_t kUnusedPart = 16;
 
 void ItemStore::append(const InputValueItem& item)
 {
-    openChunk().push_back(item);
-    ++mSize;
-}
-
-InputValueItem* ItemStore::appendEmpty()
-{
-    InputValueItem& item = openChunk().emplace_back();
-    ++mSize;
-    return &item;
+    *appendEmpty() = item;
 }
 
 void ItemStore::removeLast()
@@ -37,15 +29,11 @@ void ItemStore::removeLast()
     }
 }
 
-/** The last chunk, which has room for one more item. */
-std::vector<InputValueItem>& ItemStore::openChunk()
+void ItemStore::addChunk()
 {
-    if (mChunks.empty() || mChunks.back().size() == mChunks.back().capacity()) {
-        const size_t wanted = std::max(std::min(mSize, kFewItems), mSize / kUnusedPart);
-        mChunks.emplace_back();
-        mChunks.back().reserve(std::clamp(wanted, kLeastChunkItems, kMostChunkItems));
-    }
-    return mChunks.back();
+    const size_t wanted = std::max(std::min(mSize, kFewItems), mSize / kUnusedPart);
+    mChunks.emplace_back();
+    mChunks.back().reserve(std::clamp(wanted, kLeastChunkItems, kMostChunkItems));
 }
 
 void ItemStore::rewind()

@@ -17,8 +17,18 @@ class ItemStore
 public:
     void append(const InputValueItem& item);
 
-    /** Appends an item of zeros, for the caller to fill in place. */
-    InputValueItem* appendEmpty();
+    /**
+     * Appends an item of zeros, for the caller to fill in place. Stands here because it is a part
+     * of the fast road of loading.
+     */
+    InputValueItem* appendEmpty()
+    {
+        if (isFull()) {
+            addChunk();
+        }
+        ++mSize;
+        return &mChunks.back().emplace_back();
+    }
 
     /** Takes the last item back. Requires: there is one. */
     void removeLast();
@@ -33,7 +43,11 @@ public:
     InputValueItem* next();
 
 private:
-    std::vector<InputValueItem>& openChunk();
+    bool isFull() const
+    {
+        return mChunks.empty() || mChunks.back().size() == mChunks.back().capacity();
+    }
+    void addChunk();
 
     std::vector<std::vector<InputValueItem>> mChunks;
     size_t mSize = 0;  ///< items in all chunks
