@@ -9,7 +9,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 directory=$(realpath -m "${1:-build/sysroot-armhf}")
-packages=libc6-dev,qtbase5-dev,liblog4cxx-dev,libfuse3-dev,libgtest-dev,libbenchmark-dev
+packages=libc6-dev,qtbase5-dev,liblog4cxx-dev,libfuse3-dev,libgtest-dev,libgmock-dev,libbenchmark-dev
+packages+=,libcli11-dev,libfmt-dev,nlohmann-json3-dev
 
 fail() {
     echo "make-sysroot: $*" >&2
@@ -38,7 +39,7 @@ echo "make-sysroot: unpacking into $directory"
 mmdebstrap --quiet --architectures=armhf --variant=extract --include="$packages" "$release" - \
     - <<<"$sources" |
     tar -x -C "$new" --no-same-owner \
-        ./lib ./usr/include ./usr/lib ./usr/bin/arm-linux-gnueabihf-qmake
+        ./lib ./usr/include ./usr/lib ./usr/share/cmake ./usr/bin/arm-linux-gnueabihf-qmake
 
 # Links that begin at the root would lead to the host's files.
 find "$new" -lname '/*' -print0 | while IFS= read -r -d '' link; do

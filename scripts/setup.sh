@@ -14,7 +14,8 @@ packagesOf() {
     case $1 in
         armhf) echo g++-arm-linux-gnueabihf mmdebstrap qemu-user ;;
         build) echo g++ cmake ninja-build pkg-config qtbase5-dev liblog4cxx-dev libfuse3-dev \
-            libgtest-dev libbenchmark-dev ;;
+            libgtest-dev libgmock-dev libbenchmark-dev \
+            libcli11-dev libfmt-dev nlohmann-json3-dev ;;
         demo) echo gnuplot-nox ;;
         fuzz) echo clang libclang-rt-dev ;;
         lint) echo clang-format clang-tidy cppcheck ;;

@@ -1,0 +1,34 @@
+#include "base/ResultFile.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include "Files.h"
+#include "base/CaseError.h"
+
+/** Nobody ever sees half of a result: what is there under the name is the old file or the new. */
+TEST(ResultFileTest, AppearsWholeOrNotAtAll)
+{
+    const TestFiles files;
+    const std::string name = files.make("result.csv", "old").toStdString();
+    {
+        ResultFile abandoned(name);
+        abandoned.write(std::string(200'000, 'x'));
+    }
+    EXPECT_EQ(readFile(name), "old");
+    ResultFile result(name);
+    result.write("ne");
+    result.write("w");
+    EXPECT_EQ(readFile(name), "old");
+    result.commit();
+    EXPECT_EQ(readFile(name), "new");
+    EXPECT_EQ(QDir(files.path("").c_str()).entryList(QDir::Files).size(), 1);
+}
+
+TEST(ResultFileTest, RefusesWhatIsNoFile)
+{
+    for (const char* const name : {"/dev/null", "/tmp", "/no/such/directory/file"}) {
+        EXPECT_THROW(ResultFile{name}, CaseError) << name;
+    }
+}

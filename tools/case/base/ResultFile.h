@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QFile>
+#include <QSaveFile>
+#include <memory>
+#include <string>
+#include <string_view>
+
+/**
+ * Where a command's result goes: a file, which is written beside its place and renamed at the
+ * end, so that a failure leaves no half file and keeps the old one; or standard output.
+ *
+ * Owns the open file. Throws CaseError with the file's name for whatever fails.
+ */
+class ResultFile
+{
+public:
+    /**
+     * @param name the file; empty is standard output. A device, pipe or directory is refused,
+     *        since renaming over it would destroy it.
+     */
+    explicit ResultFile(const std::string& name);
+    ResultFile(const ResultFile&) = delete;
+    ResultFile& operator=(const ResultFile&) = delete;
+    /** Leaves no file behind unless commit() was called. */
+    ~ResultFile();
+
+    void write(std::string_view bytes);
+
+    /** Makes what was written appear under its name. Nothing may be written after it. */
+    void commit();
+
+private:
+    [[noreturn]] void fail(const std::string& reason) const;
+    void flush();
+
+    std::string mName; ///< as messages give it
+    QSaveFile mSaved;
+    QFile mStandardOutput;
+    QFileDevice* mDevice = nullptr; ///< one of the two
+    std::string mPending;           ///< collected, so that a line costs no call
+};

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+/**
+ * The subcommands, one file each. Each function declares its options and what is done when the
+ * subcommand was given; the work itself is done in the other rooms. A command throws CaseError
+ * when its input is at fault and CLI::ValidationError when its options contradict each other.
+ */

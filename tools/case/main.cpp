@@ -1,0 +1,44 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+#include "base/CaseError.h"
+#include "commands/Commands.h"
+
+namespace {
+constexpr int kInputAtFault = 1;
+constexpr int kCommandLineAtFault = 2;
+
+void declare(CLI::App& app)
+{
+    app.name("vx-case");
+    app.description("Makes, reads and checks what vx-simulator plays.");
+    app.set_version_flag("--version", VX_VERSION);
+    app.require_subcommand(1);
+}
+
+/** Help and version are no errors; every other remark of the parser is one of status 2. */
+int parseAndRun(CLI::App& app, int argc, char** argv)
+{
+    try {
+        app.parse(argc, argv);
+        return EXIT_SUCCESS;
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : kCommandLineAtFault;
+    }
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app;
+    declare(app);
+    try {
+        return parseAndRun(app, argc, argv);
+    } catch (const CaseError& error) {
+        std::cerr << "vx-case: " << error.what() << std::endl;
+    } catch (const std::bad_alloc&) {
+        std::cerr << "vx-case: out of memory" << std::endl;
+    }
+    return kInputAtFault;
+}
