@@ -7,14 +7,13 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "ConfigurationLine.h"
+#include "ControlCommand.h"
 #include "FixedPaths.h"
 #include "TimeUtils.h"
 #include "TrackLog.h"
 
 namespace {
-const QChar kSeparator = QLatin1Char(',');
-const QChar kOnceMark = QLatin1Char('s');
-constexpr int kFieldCount = 3;
 constexpr qint32 kNoConfiguration = -1;
 constexpr mode_t kControlFifoMode = 0700;
 
@@ -79,31 +78,15 @@ void Configuration::reportOpenRights() const
 
 bool Configuration::parseLine(QString line)
 {
-    QStringList fields;
-    if (!splitLine(line, kSeparator, kFieldCount, &fields, LOG4CXX_LOCATION)) {
+    const ConfigurationLine entry(line);
+    if (!entry.isValid()) {
+        logError(mLogger, LOG4CXX_LOCATION, [&] { return linePrefix() + entry.error(); });
         return false;
     }
-    bool ok = false;
-    const qint32 number = fields[0].toInt(&ok);
-    if (!ok) {
-        logError(mLogger, LOG4CXX_LOCATION, [&] {
-            return linePrefix() + "First parameter (" + excerpt(fields[0]) +
-                   ") is not of type quint32";
-        });
-        return false;
-    }
-    const quint32 value = fields[1].toUInt(&ok);
-    if (!ok) {
-        logError(mLogger, LOG4CXX_LOCATION, [&] {
-            return linePrefix() + "Second parameter (" + excerpt(fields[1]) +
-                   ") is not of type quint32";
-        });
-        return false;
-    }
-    if (number < 0) {
-        mContinuousConfiguration = static_cast<qint32>(value);
+    if (entry.number() < 0) {
+        mContinuousConfiguration = static_cast<qint32>(entry.value());
     } else {
-        mConfigurations[number].append(ConfigurationItem(value, fields[2]));
+        mConfigurations[entry.number()].append(ConfigurationItem(entry.value(), entry.fileName()));
     }
     return true;
 }
@@ -206,37 +189,16 @@ bool Configuration::appendToPendingLine(const char* bytes, int count)
 /** Reports as its caller, whose location it gets. */
 bool Configuration::executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location)
 {
-    const bool once = line.startsWith(kOnceMark);
-    if (once && line.size() == 1) {
-        logError(mLogger, location, [] { return "Config Cmd to small!"; });
-        return false;
-    }
-    qint32 number = kNoConfiguration;
-    if (!parseConfigurationNumber(once ? line.mid(1) : line, &number, location)) {
+    const ControlCommand command(line, configurationCount());
+    if (!command.isValid()) {
+        logError(mLogger, location, [&] { return command.error(); });
         return false;
     }
     logInfo(mLogger, location, [&] {
-        return "Execute Config " + std::to_string(number) + (once ? " once" : " continuous");
+        return "Execute Config " + std::to_string(command.number()) +
+               (command.isOnce() ? " once" : " continuous");
     });
-    (once ? mOnceConfiguration : mContinuousConfiguration) = number;
-    return true;
-}
-
-bool Configuration::parseConfigurationNumber(const QString& text, qint32* number,
-                                             const log4cxx::spi::LocationInfo& location)
-{
-    bool ok = false;
-    const auto value = static_cast<qint32>(text.toUInt(&ok));
-    if (!ok) {
-        logError(mLogger, location,
-                 [&] { return "Could not convert " + excerpt(text) + "to unsigned"; });
-        return false;
-    }
-    if (value < 0 || value >= configurationCount()) {
-        logError(mLogger, location, [&] { return "Wrong Config: " + std::to_string(value); });
-        return false;
-    }
-    *number = value;
+    (command.isOnce() ? mOnceConfiguration : mContinuousConfiguration) = command.number();
     return true;
 }
 

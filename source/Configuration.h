@@ -96,8 +96,6 @@ private:
     bool takeCommandLine(QByteArray* line);
     bool appendToPendingLine(const char* bytes, int count);
     bool executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location);
-    bool parseConfigurationNumber(const QString& text, qint32* number,
-                                  const log4cxx::spi::LocationInfo& location);
 
     qint32 mCurrentConfiguration = 0;
     QMap<qint32, QList<ConfigurationItem>> mConfigurations;

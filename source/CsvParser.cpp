@@ -157,20 +157,6 @@ void CsvParser::closeFile()
     mFile.reset();
 }
 
-bool CsvParser::splitLine(const QString& line, QChar separator, int count, QStringList* fields,
-                          const log4cxx::spi::LocationInfo& location) const
-{
-    *fields = line.split(separator);
-    if (fields->size() == count) {
-        return true;
-    }
-    logError(mLogger, location, [&] {
-        return linePrefix() + "Wrong number of parameter. Expected: " + std::to_string(count) +
-               ", found " + std::to_string(fields->size()) + ": " + excerpt(line);
-    });
-    return false;
-}
-
 std::string CsvParser::linePrefix(quint32 lineNumber) const
 {
     return local8Bit(mFileName) + ":" + std::to_string(lineNumber) + ": ";

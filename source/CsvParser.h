@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <QString>
-#include <QStringList>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -84,13 +83,6 @@ protected:
 
     /** "file:line: ", the beginning of every message about a line, in the local encoding. */
     std::string linePrefix() const { return linePrefix(mLineNumber); }
-
-    /**
-     * Splits a line into its fields; false after an ERROR, reported as from the given location,
-     * when there are not `count` of them.
-     */
-    bool splitLine(const QString& line, QChar separator, int count, QStringList* fields,
-                   const log4cxx::spi::LocationInfo& location) const;
 
     QString mFileName;
     /** Lines read so far; while a line is handled, its number, counted from 1. */

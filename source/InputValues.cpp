@@ -1,5 +1,8 @@
 #include "InputValues.h"
 
+#include <QStringList>
+
+#include "FieldCount.h"
 #include "PlainFields.h"
 #include "TrackLog.h"
 
@@ -49,8 +52,10 @@ InputValues::~InputValues() = default;
 
 bool InputValues::parseLine(QString line)
 {
-    QStringList fields;
-    if (!splitLine(line, kSeparator, kFieldCount, &fields, LOG4CXX_LOCATION)) {
+    const QStringList fields = line.split(kSeparator);
+    if (fields.size() != kFieldCount) {
+        logError(mLogger, LOG4CXX_LOCATION,
+                 [&] { return linePrefix() + wrongFieldCount(kFieldCount, fields.size(), line); });
         return false;
     }
     InputValueItem item;

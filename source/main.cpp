@@ -1,26 +1,18 @@
-#include <libgen.h>
-#include <limits.h>
-#include <unistd.h>
-
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QFile>
-#include <QStandardPaths>
-#include <QStringList>
 #include <QVersionNumber>
 
-#include <array>
 #include <iostream>
 #include <new>
 
+#include "ConfigFileLookup.h"
 #include "Simulator.h"
 #include "TrackLog.h"
 #include "TrackSystem.h"
 
 namespace {
 constexpr char kTrackConfigName[] = "vx-simulator.trackconfig.xml";
-constexpr char kCaseConfigName[] = "vx-simulator.conf";
 constexpr int kConfigMissingExitCode = -1;
 
 struct VersionInfo
@@ -44,69 +36,6 @@ QString versionString(const VersionInfo& version)
         text += QStringLiteral(" modified");
     }
     return text;
-}
-
-QString programDirectory()
-{
-    std::array<char, PATH_MAX + 1> target{};
-    const ssize_t length = readlink("/proc/self/exe", target.data(), target.size() - 1);
-    return length < 0 ? QString() : QFile::decodeName(dirname(target.data()));
-}
-
-QStringList configSearchDirectories()
-{
-    QStringList directories{QStringLiteral("/etc/vx"),
-                            QStringLiteral("/opt/vx/share/vx-core/defaults")};
-    const QString ownDirectory = programDirectory();
-    if (!ownDirectory.isNull()) {
-        directories += ownDirectory;
-    }
-    directories += QStandardPaths::standardLocations(QStandardPaths::ConfigLocation);
-    directories.removeDuplicates();
-    return directories;
-}
-
-void writeLine(std::ostream& err, const QString& line)
-{
-    err << line.toStdString() << std::endl;
-}
-
-/** Full path of the first match in the search directories; null after a message on err. */
-QString searchConfigFile(const QString& fileName, std::ostream& err)
-{
-    for (const QString& directory : configSearchDirectories()) {
-        const QString path = directory + QLatin1Char('/') + fileName;
-        if (QFile::exists(path)) {
-            return path;
-        }
-    }
-    writeLine(err, QStringLiteral("Configuration file not found: ") + fileName);
-    writeLine(err, QStringLiteral("Add it to one of these directories:"));
-    for (const QString& directory : configSearchDirectories()) {
-        writeLine(err, QStringLiteral("  ") + directory);
-    }
-    return QString();
-}
-
-/** The file given with the option, else the default one; null after a message on err. */
-QString locateConfigFile(const QString& defaultName, const QCommandLineParser& parser,
-                         const QCommandLineOption& option, std::ostream& err)
-{
-    if (parser.isSet(option)) {
-        const QString value = parser.value(option);
-        if (QFile::exists(value)) {
-            return value;
-        }
-        writeLine(err, QStringLiteral("Specified configuration file not found: ") + value);
-        return QString();
-    }
-    const QString path = searchConfigFile(defaultName, err);
-    if (path.isEmpty()) {
-        writeLine(err, QStringLiteral("or specify file with command line argument: ") +
-                           option.names().join(QStringLiteral(", ")));
-        return QString();
-    }
-    return path;
 }
 
 QString translated(const char* text)

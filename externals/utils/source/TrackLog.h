@@ -2,9 +2,9 @@
 
 #include <log4cxx/logger.h>
 
-#include <QString>
 #include <string>
 
+#include "LogText.h"
 #include "TrackObject.h"
 
 /**
@@ -16,19 +16,6 @@
  *
  *     logError(mLogger, LOG4CXX_LOCATION, [&] { return "cannot open " + local8Bit(name); });
  */
-
-/** A file name or system text in the encoding of the log, the local 8-bit encoding. */
-inline std::string local8Bit(const QString& text)
-{
-    return text.toLocal8Bit().toStdString();
-}
-
-/** The beginning of a text that may be of any length, such as a line of a file. */
-inline std::string excerpt(const QString& text)
-{
-    constexpr int kMostCharacters = 1000;
-    return local8Bit(text.left(kMostCharacters)) + (text.size() > kMostCharacters ? "..." : "");
-}
 
 /** Logs at the given level and counts nothing; the other three are made of it. */
 template <typename BuildText>
