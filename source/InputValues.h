@@ -44,6 +44,9 @@ protected:
     /** Reads the lines of ordinary files; parseLine() gets all others. */
     size_t takePlainLine(std::string_view lines) override;
 
+    /** Releases the items read so far, for a subclass that reads a long file piece by piece. */
+    void releaseItems() { mItems = ItemStore(); }
+
 private:
     void reportField(const QString& text, const char* type,
                      const log4cxx::spi::LocationInfo& location) const;

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "FixedPaths.h"
+#include "SampleStep.h"
 #include "TimeUtils.h"
 #include "TrackLog.h"
 
@@ -29,39 +30,15 @@ constexpr qint64 kShortestSleepMicroseconds = 2000;
 constexpr qint64 kLargestDriftSeconds = 60;
 constexpr time_t kMarkIntervalSeconds = 10;
 
-/** The writer computes steps and periods in single precision; the receivers expect its rounding. */
-constexpr float kNanosecondsPerSecondF = 1e9F;
+/** Periods are computed in single precision, as steps are. */
 constexpr float kPeriodUnitsPerSecondF = 1e8F;
-constexpr float kSamplesPerPeriodF = kSamplesPerPeriod;
-constexpr float kDefaultFrequencyHz = 50.0F;
 
 constexpr qint32 kR2hFirstChannels = 94578709;
 constexpr qint32 kR2hLastChannels = 188918007;
 
-/** Truncates toward zero; what does not fit becomes the nearest value, NaN becomes 0. */
-quint32 saturatingToUInt(float value)
-{
-    constexpr float kBeyond = 4294967296.0F;
-    if (!(value > 0.0F)) {
-        return 0;
-    }
-    return value >= kBeyond ? std::numeric_limits<quint32>::max() : static_cast<quint32>(value);
-}
-
-quint32 stepOf(float frequency)
-{
-    return saturatingToUInt(kNanosecondsPerSecondF / frequency / kSamplesPerPeriodF);
-}
-
 quint32 periodOf(float frequency)
 {
     return saturatingToUInt(kPeriodUnitsPerSecondF / frequency);
-}
-
-/** A step of 0 would stop the clock, one of a second or more would outrun its carry. */
-bool isPlayable(quint32 step)
-{
-    return step > 0 && step < kNanosecondsPerSecond;
 }
 
 bool isSameFrequency(float a, float b)
@@ -247,8 +224,8 @@ void PrussSimulation::adoptFrequency(const InputValues& values, float frequency)
         mRefusing = false;
         return;
     }
-    const quint32 step = stepOf(frequency);
-    if (!isPlayable(step)) {
+    const quint32 step = sampleStepOf(frequency);
+    if (!isPlayableStep(step)) {
         refuseFrequency(values, frequency);
         return;
     }
@@ -263,7 +240,7 @@ void PrussSimulation::refuseFrequency(const InputValues& values, float frequency
 {
     if (mSampleStep == 0) {
         mCurrentFrequency = kDefaultFrequencyHz;
-        mSampleStep = stepOf(kDefaultFrequencyHz);
+        mSampleStep = sampleStepOf(kDefaultFrequencyHz);
         mF2hRecord.period = periodOf(kDefaultFrequencyHz);
     }
     if (mRefusing && isSameFrequency(frequency, mRefusedFrequency)) {
