@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <string>
+#include <vector>
+
+#include "CsvParser.h"
+
+/** One entry of a case configuration, as its line gives it. */
+struct CaseEntry
+{
+    quint32 mLineNumber = 0; ///< counted from 1
+    quint32 mRepetitions = 0;
+    QString mFileName; ///< unchanged
+};
+
+/**
+ * The case configuration for the tools: reads the file with the program's own classes, so that no
+ * verdict can differ, and touches neither the control FIFO nor the value files.
+ *
+ * Its base logs through log4cxx, as in the program; a tool that has nowhere to log to calls
+ * keepLogSilent() first.
+ */
+class CaseConfiguration : private CsvParser
+{
+public:
+    /** What to do behind a rejected line: the program stops there and plays what stood before. */
+    enum class Rejected
+    {
+        Stop,
+        GoOn
+    };
+
+    /** Turns all logging of the process off. */
+    static void keepLogSilent();
+
+    /**
+     * Reads the file. Requires: nothing was read yet.
+     * @return false when it cannot be opened; openError() says why then.
+     */
+    bool read(const QString& fileName, Rejected rejected);
+
+    /** Why the file could not be opened, in one line that begins with its name; else empty. */
+    const std::string& openError() const { return mOpenError; }
+
+    /** The program's words for each rejected line, "file:line: " before them. */
+    const std::vector<std::string>& lineErrors() const { return mLineErrors; }
+
+    /** The entries of each number, in the order of the file. */
+    const QMap<qint32, QList<CaseEntry>>& configurations() const { return mConfigurations; }
+
+    /** The number that is played continuously from the start. */
+    qint32 continuousNumber() const { return mContinuousNumber; }
+
+    /** Line that chose the continuous number; 0 when none did. */
+    quint32 continuousLine() const { return mContinuousLine; }
+
+private:
+    bool parseLine(QString line) override;
+
+    Rejected mRejected = Rejected::Stop;
+    QMap<qint32, QList<CaseEntry>> mConfigurations;
+    qint32 mContinuousNumber = 0;
+    quint32 mContinuousLine = 0;
+    std::vector<std::string> mLineErrors;
+    std::string mOpenError;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QString>
+#include <QStringList>
+
+/** The command line of vx-control. */
+class ControlOptions
+{
+public:
+    ControlOptions();
+
+    /**
+     * Reads the command line, the program's name first.
+     * @return what is wrong with it, in one line; empty when the rest can be used or when only
+     *         help or the version was asked for
+     */
+    QString read(const QStringList& arguments);
+
+    bool isHelpRequested() const { return mParser.isSet(mHelp); }
+    bool isVersionRequested() const { return mParser.isSet(mVersion); }
+    static QString helpText();
+
+    /** "list", "play" or "once". */
+    QString verb() const { return mParser.positionalArguments().value(0); }
+
+    /** The name or number to play; empty for "list". */
+    QString target() const { return mParser.positionalArguments().value(1); }
+
+    /** The case configuration; empty means where the simulator looks. */
+    QString caseConfig() const { return mParser.value(mConfig); }
+
+    QString fifo() const { return mParser.value(mFifo); }
+    QString log() const { return mParser.value(mLog); }
+
+    /** Seconds to wait for what the log says; 0 means not at all. */
+    double waitSeconds() const { return mWaitSeconds; }
+
+private:
+    QString problemOfArguments() const;
+
+    QCommandLineOption mHelp;
+    QCommandLineOption mVersion;
+    QCommandLineOption mConfig;
+    QCommandLineOption mFifo;
+    QCommandLineOption mWait;
+    QCommandLineOption mLog;
+    QCommandLineParser mParser;
+    double mWaitSeconds = 0.0;
+};

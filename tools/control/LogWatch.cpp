@@ -1,0 +1,63 @@
+#include "LogWatch.h"
+
+#include <sys/stat.h>
+
+LogWatch::LogWatch(const QString& path) : mFile(path)
+{
+    if (!QFile::exists(path)) {
+        return;
+    }
+    if (openFromBeginning()) {
+        mFile.seek(mFile.size());
+    } else {
+        mProblem = path + QStringLiteral(": ") + mFile.errorString();
+    }
+}
+
+QByteArray LogWatch::nextLine()
+{
+    int end = mUnread.indexOf('\n');
+    if (end < 0) {
+        readMore();
+        end = mUnread.indexOf('\n');
+    }
+    const QByteArray line = mUnread.left(end + 1);
+    mUnread.remove(0, line.size());
+    return line;
+}
+
+bool LogWatch::openFromBeginning()
+{
+    mFile.close();
+    return mFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+/** True when the log's name leads to another file than the one that is open. */
+bool LogWatch::wasReplaced() const
+{
+    struct stat named
+    {
+    };
+    struct stat held
+    {
+    };
+    return stat(QFile::encodeName(mFile.fileName()).constData(), &named) == 0 &&
+           fstat(mFile.handle(), &held) == 0 &&
+           (named.st_ino != held.st_ino || named.st_dev != held.st_dev);
+}
+
+void LogWatch::readMore()
+{
+    if (!mFile.isOpen() && !openFromBeginning()) {
+        return;
+    }
+    if (mFile.pos() > mFile.size()) {
+        mFile.seek(0);
+    }
+    // Asked before reading: what was written before the renaming is then surely read.
+    const bool isLast = wasReplaced();
+    mUnread += mFile.readAll();
+    if (isLast && openFromBeginning()) {
+        mUnread += mFile.readAll();
+    }
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include "CaseConfiguration.h"
+
+/**
+ * What can be played, by number and by name. A name is that of a value file without its path and
+ * suffix. Borrows the case configuration.
+ */
+class PlayList
+{
+public:
+    explicit PlayList(const CaseConfiguration& cases) : mCases(cases) {}
+
+    /** One line a configuration: number, entries with their repetitions, which is continuous. */
+    QStringList lines() const;
+
+    /**
+     * Finds the number of the configuration that is meant.
+     * @return what is wrong, in one line; empty when *number is set
+     */
+    QString find(const QString& nameOrNumber, qint32* number) const;
+
+private:
+    QList<qint32> numbersOf(const QString& name) const;
+
+    const CaseConfiguration& mCases;
+};

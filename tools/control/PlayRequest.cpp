@@ -1,0 +1,37 @@
+#include "PlayRequest.h"
+
+#include <cctype>
+
+namespace {
+/** True when the text holds the words and no further digit follows them. */
+bool says(const QByteArray& text, const QByteArray& words)
+{
+    const int begin = text.indexOf(words);
+    if (begin < 0) {
+        return false;
+    }
+    const int end = begin + words.size();
+    return end == text.size() || std::isdigit(static_cast<unsigned char>(text[end])) == 0;
+}
+} // namespace
+
+QByteArray PlayRequest::line() const
+{
+    return (mOnce ? "s" : "") + QByteArray::number(mNumber) + '\n';
+}
+
+RequestVerdict verdictOf(const QByteArray& logLine, const PlayRequest& request)
+{
+    const QByteArray number = QByteArray::number(request.mNumber);
+    const QByteArray way = request.mOnce ? " once" : " continuous";
+    if (says(logLine, "Execute Config " + number + way)) {
+        return RequestVerdict::Executed;
+    }
+    if (says(logLine, "Wrong Config: " + number)) {
+        return RequestVerdict::Rejected;
+    }
+    // Somebody else's unfinished line stood in the FIFO and now stands before ours.
+    const bool isGarbled =
+        logLine.contains("Could not convert ") && logLine.trimmed().endsWith(number);
+    return isGarbled ? RequestVerdict::Rejected : RequestVerdict::Unknown;
+}
