@@ -14,16 +14,53 @@ struct ChannelDescription
     double mPrimary = 1.0; ///< ratio of the transformer, primary part; 0 where it is not known
     double mSecondary = 1.0;
     char mSide = ' '; ///< 'P' or 'S': which side the values belong to; ' ' where it is not told
+    /** How much later than the time of its sample each value was taken, in µs. */
+    double mSkewMicroseconds = 0.0;
+    /** Values without a number, each held at the one before (0 at the beginning). Counted while
+     * the samples are read. */
+    size_t mMissing = 0;
+};
+
+/** A status channel that changed while the samples were read. */
+struct StatusChannel
+{
+    struct Change
+    {
+        double mSeconds; ///< as in the block
+        bool mState;     ///< from then on
+    };
+
+    int mNumber = 0;
+    std::string mName;            ///< UTF-8
+    bool mFirstState = false;     ///< at the first sample
+    size_t mChangeCount = 0;      ///< all of them
+    std::vector<Change> mChanges; ///< the first of them: as many as are kept
+};
+
+/** A stretch of samples taken at one rate. */
+struct SampleRate
+{
+    double mHz = 0.0;
+    size_t mEnd = 0; ///< place behind its last sample, as the file announces it
 };
 
 /** What is known of a signal as a whole before its samples are read. */
 struct SignalDescription
 {
     std::string mFileName;
-    std::string mStartTime;  ///< of the first sample, as text for the reader; may be empty
-    double mNominalHz = 0.0; ///< 0 where the file does not tell
-    size_t mSampleCount = 0; ///< 0 where it is known only at the end
+    std::string mFormat;  ///< "COMTRADE 1999, BINARY", "value file", ...
+    std::string mStation; ///< UTF-8; may be empty, as the two below
+    std::string mDevice;
+    std::string mStartTime; ///< of the first sample, as text for the reader
+    std::string mTriggerTime;
+    double mNominalHz = 0.0;        ///< 0 where the file does not tell
+    size_t mSampleCount = 0;        ///< 0 where it is known only at the end
+    std::vector<SampleRate> mRates; ///< empty where only time stamps tell when samples were taken
     std::vector<ChannelDescription> mChannels;
+    std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end
+    /** What was odd in the file and what was done about it, for the user; grows while the samples
+     * are read. */
+    std::vector<std::string> mRemarks;
 };
 
 /**
@@ -39,6 +76,16 @@ struct SignalBlock
         mFrequency; ///< Hz a sample, where the file has it (value files); else empty
 
     size_t size() const { return mSeconds.size(); }
+
+    /** Gives every column that many places, whose content is not defined. */
+    void resize(size_t channels, size_t samples)
+    {
+        mSeconds.resize(samples);
+        mValues.resize(channels);
+        for (std::vector<double>& column : mValues) {
+            column.resize(samples);
+        }
+    }
 };
 
 /**
@@ -57,6 +104,7 @@ public:
     SignalSource& operator=(const SignalSource&) = delete;
     virtual ~SignalSource() = default;
 
+    /** The reference stays; what it says about missing values, states and remarks grows. */
     virtual const SignalDescription& description() const = 0;
 
     /**

@@ -1,0 +1,102 @@
+#include <gmock/gmock.h>
+
+#include "Files.h"
+#include "SampleRecord.h"
+#include "base/CaseError.h"
+#include "signal/DriverRecordingSource.h"
+#include "signal/ValueFileSource.h"
+
+using testing::ElementsAre;
+
+namespace {
+/** The whole signal as one block. */
+SignalBlock readAll(SignalSource& source)
+{
+    SignalBlock all;
+    SignalBlock block;
+    all.resize(source.description().mChannels.size(), 0);
+    while (source.read(block)) {
+        EXPECT_EQ(block.mFirst, all.size());
+        all.mSeconds.insert(all.mSeconds.end(), block.mSeconds.begin(), block.mSeconds.end());
+        all.mFrequency.insert(all.mFrequency.end(), block.mFrequency.begin(),
+                              block.mFrequency.end());
+        for (size_t i = 0; i < block.mValues.size(); ++i) {
+            all.mValues[i].insert(all.mValues[i].end(), block.mValues[i].begin(),
+                                  block.mValues[i].end());
+        }
+    }
+    EXPECT_EQ(block.size(), 0);
+    return all;
+}
+
+std::string messageOf(SignalSource& source)
+{
+    try {
+        readAll(source);
+    } catch (const CaseError& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+std::string bytesOf(const std::vector<SampleRecord>& records)
+{
+    return {reinterpret_cast<const char*>(records.data()), records.size() * sizeof(SampleRecord)};
+}
+} // namespace
+
+/** The step changes with the block, not with the line; what cannot be played changes nothing. */
+TEST(SignalSourceTest, ValueFileHasTheTimesOfTheSimulator)
+{
+    const TestFiles files;
+    const std::string text = "# comment\n" + repeated(valueLine("7", "50"), 300) + "\n" +
+                             repeated(valueLine("7", "60"), 2 * 360 - 300) +
+                             repeated(valueLine("7", "0"), 9000);
+    ValueFileSource source(files.make("case.csv", text).toStdString());
+    const SignalBlock all = readAll(source);
+    ASSERT_EQ(all.size(), 9720);
+    EXPECT_DOUBLE_EQ(all.mSeconds[0], 0);
+    EXPECT_DOUBLE_EQ(all.mSeconds[359], 359 * 55555e-9);
+    EXPECT_DOUBLE_EQ(all.mSeconds[719], 359 * 55555e-9 + 360 * 46296e-9);
+    EXPECT_DOUBLE_EQ(all.mSeconds[9719], 359 * 55555e-9 + 9360 * 46296e-9);
+    EXPECT_EQ(all.mFrequency[299], 50);
+    EXPECT_EQ(all.mFrequency[9719], 0);
+    EXPECT_EQ(all.mValues[7][9719], 8);
+    EXPECT_EQ(source.description().mNominalHz, 50);
+}
+
+TEST(SignalSourceTest, ValueFileIsRefusedInTheProgramsWords)
+{
+    const TestFiles files;
+    const std::string name =
+        files.make("bad.csv", repeated(valueLine("7", "50"), 5000) + ";;1;2;50;1;2;3;4;5;6;7;x")
+            .toStdString();
+    ValueFileSource source(name);
+    EXPECT_EQ(messageOf(source), name + ":5001: Parameter (x) is not of type qint32");
+    EXPECT_THROW(ValueFileSource("/no/such"), CaseError);
+}
+
+TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
+{
+    const TestFiles files;
+    std::vector<SampleRecord> records(5000);
+    for (size_t i = 0; i < records.size(); ++i) {
+        records[i].mSeconds = 1'700'000'000 + static_cast<quint32>(i / 2);
+        records[i].mNanoseconds = i % 2 == 0 ? 999'999'998 - 500'000'000 : 999'999'999;
+        records[i].mValues[7] = -static_cast<qint32>(i);
+    }
+    records[4998].mSeconds = 5; // a step back: the last step goes on
+    records[4999].mSeconds = 5;
+    DriverRecordingSource source(files.make("record", bytesOf(records) + "rest").toStdString());
+    const SignalBlock all = readAll(source);
+    ASSERT_EQ(all.size(), 5000);
+    EXPECT_EQ(source.description().mStartTime, "2023-11-14 22:13:20.499999998 UTC");
+    EXPECT_NEAR(all.mSeconds[1], 0.500000001, 1e-15);
+    EXPECT_NEAR(all.mSeconds[4997], 2498.500000001, 1e-12);
+    EXPECT_NEAR(all.mSeconds[4998], 2499.000000002, 1e-12);
+    EXPECT_NEAR(all.mSeconds[4999], 2499.500000003, 1e-12);
+    EXPECT_EQ(all.mValues[7][4999], -4999);
+    EXPECT_THAT(source.description().mRemarks,
+                ElementsAre("1 time stamps do not rise: the step before them goes on there",
+                            "4 bytes at the end are no whole record: left out"));
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <charconv>
+#include <cmath>
+#include <string_view>
+
+/** The text without blanks, tabs and carriage returns at its ends. */
+inline std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t\r";
+    const size_t begin = text.find_first_not_of(kBlanks);
+    if (begin == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+/**
+ * Reads the whole text, blanks around it aside, as a finite number with a decimal point.
+ * @return false for anything else; *value is then unchanged.
+ */
+template <typename Number>
+bool parseNumber(std::string_view text, Number* value)
+{
+    text = trimmed(text);
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
+        text.remove_prefix(1);
+    }
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || !std::isfinite(static_cast<double>(number))) {
+        return false;
+    }
+    *value = number;
+    return true;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "base/InputFile.h"
+#include "signal/RisingTime.h"
+#include "signal/SignalSource.h"
+
+/**
+ * What the driver was given, as recorded behind it: sample records of 48 bytes. Times are those
+ * of the stamps.
+ */
+class DriverRecordingSource : public SignalSource
+{
+public:
+    explicit DriverRecordingSource(const std::string& path);
+
+    const SignalDescription& description() const override { return mDescription; }
+    bool read(SignalBlock& block) override;
+    double progress() const override { return mFile.progress(); }
+
+private:
+    void finish();
+
+    InputFile mFile;
+    SignalDescription mDescription;
+    RisingTime<qint64> mTime; ///< in ns
+    size_t mSamples = 0;
+};
+
+/**
+ * Why the file is no recording of the driver, which is a whole number of records with rising
+ * stamps (looked at from its beginning); empty when it is one.
+ */
+std::string whyNoDriverRecording(InputFile& file);

@@ -1,0 +1,132 @@
+#include "signal/ValueFileSource.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "InputValues.h"
+#include "SampleStep.h"
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "signal/DeviceChannels.h"
+#include "signal/ProgramMessages.h"
+
+namespace {
+constexpr int kBlockLines = 4096;
+constexpr int kEndOfFile = -2;
+constexpr double kSecondsPerNanosecond = 1e-9;
+constexpr std::ptrdiff_t kSeparators = 12;
+} // namespace
+
+/** The program's reader, some lines at a time. */
+class ValueFileSource::Lines : public InputValues
+{
+public:
+    explicit Lines(const std::string& path)
+    {
+        const ProgramMessages messages;
+        if (!openFile(QString::fromStdString(path))) {
+            throw CaseError(messages.errors().empty() ? path + ": cannot be opened"
+                                                      : messages.errors().front());
+        }
+    }
+
+    /** Reads until there are items, which nextItem() gives; false at the end of the file. */
+    bool readSome()
+    {
+        releaseItems();
+        resetIterator();
+        const ProgramMessages messages;
+        mNext = nullptr;
+        while (mNext == nullptr && parseLines(kBlockLines) != kEndOfFile) {
+            if (!messages.errors().empty()) {
+                throw CaseError(messages.errors().front());
+            }
+            resetIterator();
+            mNext = nextItem();
+        }
+        return mNext != nullptr;
+    }
+
+    /** The next of the items; null behind the last. */
+    const InputValueItem* take()
+    {
+        const InputValueItem* const item = mNext;
+        mNext = nextItem();
+        return item;
+    }
+
+    double progress() const
+    {
+        const qint64 size = mFile->size();
+        const auto read = static_cast<double>(lseek(mFile->handle(), 0, SEEK_CUR));
+        return size == 0 ? 1.0 : std::min(1.0, read / static_cast<double>(size));
+    }
+
+private:
+    InputValueItem* mNext = nullptr;
+};
+
+ValueFileSource::ValueFileSource(const std::string& path)
+    : mLines(std::make_unique<Lines>(path)), mStep(sampleStepOf(kDefaultFrequencyHz))
+{
+    mDescription.mFileName = path;
+    mDescription.mFormat = "value file";
+    mDescription.mChannels = deviceChannels();
+}
+
+ValueFileSource::~ValueFileSource() = default;
+
+bool ValueFileSource::read(SignalBlock& block)
+{
+    block.mFirst = mSamples;
+    block.mFrequency.resize(kBlockLines);
+    block.resize(kChannelCount, kBlockLines);
+    size_t count = 0;
+    if (mLines->readSome()) {
+        while (const InputValueItem* const item = mLines->take()) {
+            block.mSeconds[count] = stamp(item->mFrequency);
+            block.mFrequency[count] = static_cast<double>(item->mFrequency);
+            putValues(item->mValues, count, &block);
+            ++count;
+        }
+    }
+    block.mFrequency.resize(count);
+    block.resize(kChannelCount, count);
+    return count > 0;
+}
+
+/** Time of the next sample in seconds, as the sample writer stamps it. */
+double ValueFileSource::stamp(float frequency)
+{
+    if (mSamples % kSamplesPerPeriod == 0) {
+        const quint32 step = sampleStepOf(frequency);
+        mStep = isPlayableStep(step) ? step : mStep;
+        mDescription.mNominalHz =
+            mSamples == 0 ? static_cast<double>(frequency) : mDescription.mNominalHz;
+    }
+    mNanoseconds += mSamples == 0 ? 0 : mStep;
+    ++mSamples;
+    return static_cast<double>(mNanoseconds) * kSecondsPerNanosecond;
+}
+
+double ValueFileSource::progress() const
+{
+    return mLines->progress();
+}
+
+std::string whyNoValueFile(InputFile& file)
+{
+    file.setPart(0, file.size());
+    std::string_view line;
+    while (file.takeLine(&line)) {
+        line = trimmed(line.substr(0, line.find('#')));
+        if (!line.empty()) {
+            const auto found = std::count(line.begin(), line.end(), ';');
+            return found == kSeparators ? ""
+                                        : "its first line has " + std::to_string(found + 1) +
+                                              " instead of 13 fields between \";\"";
+        }
+    }
+    return "it has no line of data";
+}
