@@ -1,16 +1,9 @@
 #pragma once
 
-#include <functional>
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "Files.h"
-
-using Words = std::vector<std::string>;
-
-/** The parts of a text between the separators; nothing after a last separator. */
-Words split(const std::string& text, char separator = ' ');
 
 /** How a command ended and what it wrote. Prints itself whole, for a failing test. */
 struct CommandResult
@@ -37,17 +30,9 @@ public:
     /** Empty when there is no such file. */
     std::string readFile(const std::string& name) const;
 
-    /**
-     * Runs `command` to its end. One that does not end in 30 s is killed, with all it started,
-     * and fails the test.
-     *
-     * @param prepare called in the process that then becomes the command; an exception out of it
-     * goes to standard error and gives the exit code 125
-     */
-    CommandResult run(const Words& command, const std::function<void()>& prepare = {}) const;
+    /** Runs `command` to its end. One that hangs is killed and fails the test. */
+    CommandResult run(const Words& command) const;
 
 private:
-    [[noreturn]] void become(const Words& command, const std::function<void()>& prepare) const;
-
     TestFiles mFiles;
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QtGlobal>
 #include <string>
 #include <vector>
 
@@ -14,12 +13,6 @@ struct Stretch
     qint64 mStepNs;         ///< between two samples
     quint32 mPeriod;        ///< of the signal, in units of 10 ns
 };
-
-/** 50 Hz for the given number of lines. */
-inline Stretch steady(int lines)
-{
-    return {lines, "50", 55'555, 2'000'000};
-}
 
 /**
  * One value file whose every line can be recognised in a recording: channel 0 carries the case's
@@ -58,16 +51,4 @@ struct Event
     std::vector<quint32> mWords;
 };
 
-std::vector<SampleRecord> recordsOf(const std::string& bytes);
 std::vector<Event> eventsOf(const std::string& text);
-
-/** Time stamp in nanoseconds since the epoch. */
-qint64 stampNs(const SampleRecord& record);
-
-/**
- * The numbers of the cases in the order in which they were played. Fails the test at the first
- * record that is not the one that has to follow, in content or in time; a recording may end, but
- * not change to another case, in the middle of a case.
- */
-std::vector<int> playedCases(const std::vector<SampleRecord>& records,
-                             const std::vector<ValueCase>& cases);

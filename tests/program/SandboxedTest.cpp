@@ -6,12 +6,6 @@ namespace {
 constexpr char kSummaryTitle[] = "What arrived at the driver:\n";
 }
 
-Words joined(Words left, const Words& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
 SandboxedTest::SandboxedTest()
 {
     mRunner.writeFile("track.xml", trackConfiguration("simulator.log"));

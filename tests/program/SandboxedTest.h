@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <map>
 #include <string>
@@ -37,11 +37,5 @@ protected:
 /** The simulator with the configuration files of the test's directory. */
 const Words kSimulator = {VX_SIMULATOR, "--track", "track.xml", "--config", "vx-simulator.conf"};
 
-/** Computing time that a program may take while it waits, for one that starts slowly as well. */
-inline constexpr double kIdleShare = 0.3;
-
 inline constexpr char kStartLine[] =
     "INFO vx-simulator Starting (Version 1.2.1524 by yocto, Build STAMP)\n";
-
-/** "left" and then "right". */
-Words joined(Words left, const Words& right);

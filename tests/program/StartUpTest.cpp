@@ -2,7 +2,17 @@
 
 #include "SandboxedTest.h"
 
-/** The command line, and where the configuration files are looked for. */
+#if defined(__SANITIZE_ADDRESS__)
+#define VX_HAS_ADDRESS_SANITIZER
+#endif
+
+namespace {
+constexpr char kStartTime[] = "INFO PrussSimulation start timeSECONDS\n";
+constexpr char kEnd[] = "INFO vx-simulator done.\nINFO vx-simulator Terminating\n";
+} // namespace
+
+/** The command line, where the configuration files are looked for, and what keeps it from playing.
+ */
 class StartUpTest : public SandboxedTest
 {
 protected:
@@ -18,13 +28,7 @@ protected:
                "or specify file with command line argument: " + option + "\n";
     }
 
-    const std::string mOwnDirectory =
-        "  " + std::filesystem::path(VX_SIMULATOR).parent_path().string() + "\n";
-};
-
-TEST_F(StartUpTest, WhatEndsTheProgram)
-{
-    struct Case
+    struct End
     {
         Words mCommand;
         int mExitCode;
@@ -32,6 +36,24 @@ TEST_F(StartUpTest, WhatEndsTheProgram)
         std::string mErrors;
         std::string mLog;
     };
+
+    void expectEnd(const End& end, const Words& options = {}) const
+    {
+        SCOPED_TRACE(testing::PrintToString(end.mCommand));
+        const CommandResult result = sandbox(options, end.mCommand);
+        EXPECT_EQ(result.mExitCode, end.mExitCode);
+        EXPECT_EQ(programOutput(result).substr(0, end.mOutput.size()), end.mOutput);
+        EXPECT_EQ(result.mErrors, end.mErrors);
+        EXPECT_EQ(log(), end.mLog);
+        std::filesystem::remove(mRunner.path("simulator.log"));
+    }
+
+    const std::string mOwnDirectory =
+        "  " + std::filesystem::path(VX_SIMULATOR).parent_path().string() + "\n";
+};
+
+TEST_F(StartUpTest, CommandLineAndMissingFiles)
+{
     const std::string help =
         "Usage: " VX_SIMULATOR " [options]\nSimulation der Hardware für das Varn core-system.\n";
     const std::string noFile = "Specified configuration file not found: ";
@@ -40,26 +62,24 @@ TEST_F(StartUpTest, WhatEndsTheProgram)
     // A program in one of the other directories does not list it twice.
     const Words inEtc =
         after(std::string("cp ") + VX_SIMULATOR + " /etc/vx", {"/etc/vx/vx-simulator"});
-    const Case cases[] = {
-        {{VX_SIMULATOR, "--version"}, 0, "vx-simulator 1.2.1524 by yocto\n", "", ""},
-        {{VX_SIMULATOR, "--help"}, 0, help, "", ""},
-        {{VX_SIMULATOR, "--nonsense"}, 1, "", "vx-simulator: Unknown option 'nonsense'.\n", ""},
-        {joined(withTrack, {"--config"}), 1, "", "vx-simulator: Missing value after '--config'.\n",
-         ""},
-        {{VX_SIMULATOR, "--track="}, 255, "", noFile + "\n", ""},
-        {{VX_SIMULATOR}, 255, "", notFound(trackName, mOwnDirectory, "track"), ""},
-        {inEtc, 255, "", notFound(trackName, "", "track"), ""},
-        {withTrack, 255, "", notFound("vx-simulator.conf", mOwnDirectory, "config"), kStartLine},
-        {kSimulator, 255, "", noFile + "vx-simulator.conf\n", kStartLine},
-    };
-    for (const Case& it : cases) {
-        const CommandResult result = sandbox({}, it.mCommand);
-        SCOPED_TRACE(testing::PrintToString(it.mCommand));
-        EXPECT_EQ(result.mExitCode, it.mExitCode);
-        EXPECT_EQ(programOutput(result).substr(0, it.mOutput.size()), it.mOutput);
-        EXPECT_EQ(result.mErrors, it.mErrors);
-        EXPECT_EQ(log(), it.mLog);
-        std::filesystem::remove(mRunner.path("simulator.log"));
+    for (const End& it : {
+             End{{VX_SIMULATOR, "--version"}, 0, "vx-simulator 1.2.1524 by yocto\n", "", ""},
+             End{{VX_SIMULATOR, "--help"}, 0, help, "", ""},
+             End{{VX_SIMULATOR, "--nonsense"},
+                 1,
+                 "",
+                 "vx-simulator: Unknown option 'nonsense'.\n",
+                 ""},
+             End{joined(withTrack, {"--config"}), 1, "",
+                 "vx-simulator: Missing value after '--config'.\n", ""},
+             End{{VX_SIMULATOR, "--track="}, 255, "", noFile + "\n", ""},
+             End{{VX_SIMULATOR}, 255, "", notFound(trackName, mOwnDirectory, "track"), ""},
+             End{inEtc, 255, "", notFound(trackName, "", "track"), ""},
+             End{withTrack, 255, "", notFound("vx-simulator.conf", mOwnDirectory, "config"),
+                 kStartLine},
+             End{kSimulator, 255, "", noFile + "vx-simulator.conf\n", kStartLine},
+         }) {
+        expectEnd(it);
     }
 }
 
@@ -79,10 +99,78 @@ TEST_F(StartUpTest, DefaultFilesAreTakenFromTheFirstDirectory)
     for (const auto& [script, name] :
          {std::pair(beside, "own"), std::pair(beside + inEtc, "etc")}) {
         EXPECT_EQ(sandbox({}, after(script, {"own/vx-simulator"})).mExitCode, 0);
-        const std::string text = log(std::string(name) + ".log");
-        EXPECT_NE(text.find(std::string("INFO Simulator Parsing of-") + name + ".csv'."),
-                  std::string::npos)
-            << text;
+        EXPECT_THAT(
+            log(std::string(name) + ".log"),
+            testing::HasSubstr(std::string("INFO Simulator Parsing of-") + name + ".csv'."));
     }
     EXPECT_EQ(split(log("own.log"), '\n').front() + "\n", kStartLine);
+}
+
+/** It ends with status 0 behind the reason in the log. */
+TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
+{
+    const std::string kLoaded =
+        "INFO Configuration Total 1 lines parsed.\nINFO Simulator File 'vx-simulator.conf' "
+        "loaded.\n"
+        "INFO Simulator Parsing ";
+    const std::string kAborted = " Problem while handling line. abort.\n";
+    const std::string kNotLoaded = "ERROR vx-simulator could not load data files.\n";
+    const std::string kIsDirectory =
+        " openFileInternal() : Das I/O-Device '/usr' kann nicht geöffnet werden: file to open is a "
+        "directory.\n";
+    const auto expectReason = [this](const std::string& configuration, const std::string& values,
+                                     const std::string& reason, const Words& options = {},
+                                     const std::string& errors = "") {
+        mRunner.writeFile("vx-simulator.conf", configuration);
+        mRunner.writeFile("values.csv", values);
+        expectEnd({kSimulator, 0, "", errors, kStartLine + (kStartTime + reason) + kEnd}, options);
+    };
+    // What stood before the bad line is kept: a value file that does not exist.
+    expectReason("0,1,no.csv\nä\xff\n1,1,never.csv\n", "",
+                 "ERROR Configuration vx-simulator.conf:2: Wrong number of parameter. Expected: 3, "
+                 "found 1: ä\xef\xbf\xbd\nERROR Configuration" +
+                     kAborted + "INFO Configuration Total 2 lines parsed.\n" +
+                     kLoaded.substr(kLoaded.find('\n') + 1) +
+                     "no.csv'.\nFATAL CsvParser openFileInternal() : Das I/O-Device 'no.csv' "
+                     "existiert nicht.\nERROR Simulator could not open file: no.csv\n" +
+                     kNotLoaded);
+    expectReason("0,1,values.csv\n", ";;0;0;49,95;1;2;3;4;5;6;7;8\n",
+                 kLoaded +
+                     "values.csv'.\n"
+                     "ERROR CsvParser values.csv:1: Parameter (49,95) is not of type float\n"
+                     "ERROR CsvParser" +
+                     kAborted + "INFO CsvParser Total 1 lines parsed.\n" + kNotLoaded);
+    expectReason("0,1,/usr\n", "",
+                 kLoaded + "/usr'.\nFATAL CsvParser" + kIsDirectory +
+                     "ERROR Simulator could not open file: /usr\n" + kNotLoaded);
+    expectReason("0,1,values.csv\n", valueLine("0", "50"),
+                 kLoaded +
+                     "values.csv'.\nINFO CsvParser Total 1 lines parsed.\n"
+                     "INFO Simulator All data files parsed.\n"
+                     "FATAL PrussSimulation openFile : Das Device '/dev/adc-in' existiert nicht.\n"
+                     "FATAL Simulator Could not initialze Prus-Simulation\n",
+                 {"--fault", "adc-in:1:vanish"},
+                 "vx-sandbox: the program ended before a write met the fault adc-in:1:vanish\n");
+    const Words onDirectory = {VX_SIMULATOR, "--track", "track.xml", "--config", "/usr"};
+    expectEnd({onDirectory, 0, "", "",
+               kStartLine + (kStartTime + ("FATAL Configuration" + kIsDirectory)) +
+                   "ERROR Simulator Could not open file '/usr'.\n"
+                   "ERROR vx-simulator could not load config file: /usr\n" +
+                   kEnd});
+}
+
+TEST_F(StartUpTest, LackOfMemoryIsToldAndEndsItInOrder)
+{
+#ifdef VX_HAS_ADDRESS_SANITIZER
+    GTEST_SKIP() << "it takes more address space than any limit allows";
+#endif
+    mRunner.writeFile("vx-simulator.conf", "0,1,values.csv\n");
+    mRunner.writeFile("values.csv", "");
+    std::filesystem::resize_file(mRunner.path("values.csv"), 400'000'000); // one line of NULs
+    const CommandResult result = sandbox({}, after("ulimit -v 300000", kSimulator));
+    EXPECT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(result.mErrors, "");
+    EXPECT_THAT(log(),
+                testing::EndsWith("Parsing values.csv'.\nFATAL vx-simulator out of memory.\n" +
+                                  std::string(kEnd)));
 }

@@ -5,12 +5,29 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <system_error>
 
 namespace {
 using Descriptors = std::filesystem::directory_iterator;
 constexpr char kDescriptorDirectory[] = "/proc/self/fd";
 } // namespace
+
+Words split(const std::string& text, char separator)
+{
+    Words parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+Words joined(Words left, const Words& right)
+{
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
 
 std::string readFile(const std::string& path)
 {

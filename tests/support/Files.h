@@ -4,6 +4,15 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <string>
+#include <vector>
+
+using Words = std::vector<std::string>;
+
+/** The parts of a text between the separators; nothing after a last separator. */
+Words split(const std::string& text, char separator = ' ');
+
+/** "left" and then "right". */
+Words joined(Words left, const Words& right);
 
 /** The bytes of a file; fails the test when it cannot be read. */
 std::string readFile(const std::string& path);

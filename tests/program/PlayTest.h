@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Playback.h"
+#include "Records.h"
+#include "SandboxedTest.h"
+
+/** The real program in the sandbox, judged by what arrived at the driver and by the log. */
+class PlayTest : public SandboxedTest
+{
+protected:
+    /**
+     * Plays `configuration`, which may name the cases 1 to 4 and 11 to 23, until the sandbox's
+     * options end it. Expects what holds of any run: it does not end by itself, it does not spin,
+     * and every record is the one that has to follow; without a fault among the options also that
+     * each block and side record is as it has to be, and that the summary tells of them.
+     */
+    void play(const std::string& configuration, const Words& options,
+              const Words& program = kSimulator);
+
+    /** That the last side record was written when the wall clock had reached its time stamp. */
+    void expectInStep() const;
+
+    CommandResult mResult;
+    std::vector<Event> mEvents;
+    std::vector<SampleRecord> mRecords;
+    std::string mPlayed; ///< the numbers of the cases, a blank behind each
+    qint64 mLostNs = 0;  ///< what the time stamps skip between cases
+    std::string mLog;    ///< behind the line that tells the start of the endless loop
+
+private:
+    void checkRecords();
+    void checkEvents() const;
+    void checkSummary() const;
+};
