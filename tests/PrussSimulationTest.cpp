@@ -1,5 +1,6 @@
 #include "PrussSimulation.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <numeric>
@@ -29,6 +30,30 @@ TEST_F(PrussSimulationTest, TakesNothingWithoutSampleBufferOrF2h)
         EXPECT_EQ(writer.writeSamples(values), 0);
         EXPECT_EQ(mLog.take(), Lines{message});
         EXPECT_NE(values.nextItem(), nullptr);
+    }
+}
+
+TEST_F(PrussSimulationTest, FirstFileThatIsMissingOrDoesNotOpenIsTold)
+{
+    const auto expectFailure = [this](const std::string& path, const std::string& problem) {
+        PrussSimulation writer;
+        mLog.take();
+        EXPECT_FALSE(writer.init());
+        EXPECT_EQ(mLog.take(), Lines{"FATAL openFile : Das Device '" + path + "' " + problem});
+    };
+    std::vector<std::string> paths = TestDevice::driverPaths();
+    for (const std::string& path : paths) {
+        TestDevice::makeDriver();
+        TestDevice::remove(path);
+        expectFailure(path, "existiert nicht.");
+        TestDevice::makeDirectory(path);
+        expectFailure(path, "kann nicht geöffnet werden");
+    }
+    // Each is looked for behind the ones before it.
+    std::reverse(paths.begin(), paths.end());
+    for (const std::string& path : paths) {
+        TestDevice::remove(path);
+        expectFailure(path, "existiert nicht.");
     }
 }
 
