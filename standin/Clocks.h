@@ -10,6 +10,11 @@ std::int64_t realtimeNs();
 /** A clock nobody sets, in nanoseconds; what intervals are measured with. */
 std::int64_t monotonicNs();
 
+inline double inSeconds(std::int64_t nanoseconds)
+{
+    return static_cast<double>(nanoseconds) / static_cast<double>(kNanosecondsPerSecond);
+}
+
 /** When a write arrived, on both clocks. */
 struct Arrival
 {

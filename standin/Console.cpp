@@ -1,28 +1,27 @@
 #include "Console.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
-
-#include <cstdio>
 
 Console::Console() : mIsTerminal(isatty(STDERR_FILENO) == 1) {}
 
 void Console::message(const std::string& text)
 {
     clearStatus();
-    std::fprintf(stderr, "vx-sandbox: %s\n", text.c_str());
+    fmt::print(stderr, "vx-sandbox: {}\n", text);
 }
 
 /** The cursor goes back to the line's start, so that what the program prints does not follow. */
 void Console::status(const std::string& text)
 {
-    std::fprintf(stderr, "\r\033[K%s\r", text.c_str());
+    fmt::print(stderr, "\r\033[K{}\r", text);
     mHasStatus = true;
 }
 
 void Console::clearStatus()
 {
     if (mHasStatus) {
-        std::fputs("\r\033[K", stderr);
+        fmt::print(stderr, "\r\033[K");
         mHasStatus = false;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "OutputFile.h"
@@ -32,8 +33,7 @@ public:
     bool hasFailed() const { return mFile.hasFailed(); }
 
 private:
-    void addLine(std::int64_t realtimeNs, const std::string& file, std::size_t size, bool accepted,
-                 const std::string& rest);
+    void addLine(nlohmann::ordered_json event, const std::string& fault);
 
     OutputFile mFile;
 };

@@ -72,6 +72,19 @@ bool isVanished(fuse_req_t request, fuse_ino_t inode)
     return file && serverOf(request).driver().isVanished(*file);
 }
 
+/** What an open with these flags needs of the file's mode, for its owner. */
+mode_t wantedPermissions(int flags)
+{
+    switch (flags & O_ACCMODE) {
+        case O_RDONLY:
+            return S_IRUSR;
+        case O_WRONLY:
+            return S_IWUSR;
+        default:
+            return S_IRUSR | S_IWUSR;
+    }
+}
+
 /** Splicing would only cost a copy more: every write is looked at in memory. */
 void init(void* /*server*/, fuse_conn_info* connection)
 {
@@ -116,6 +129,11 @@ void openFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info* file)
 {
     if (isVanished(request, inode)) {
         fuse_reply_err(request, ENOENT);
+        return;
+    }
+    // As the real attributes do: root, whom the file system lets do anything, is refused as well.
+    if ((wantedPermissions(file->flags) & ~attributesOf(inode).st_mode) != 0) {
+        fuse_reply_err(request, EACCES);
         return;
     }
     file->direct_io = 1;

@@ -1,6 +1,7 @@
 #include "OperatorCommands.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -61,6 +62,7 @@ void OperatorCommands::send(const std::string& text)
     const std::string problem = writeToFifo(text + "\n");
     mEvents.addCommand(sentNs, kEventName, text, problem.empty());
     if (!problem.empty()) {
-        mConsole.message("cannot send \"" + text + "\" to " + kControlFifoPath + ": " + problem);
+        mConsole.message(
+            fmt::format("cannot send \"{}\" to {}: {}", text, kControlFifoPath, problem));
     }
 }

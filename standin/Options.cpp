@@ -1,13 +1,15 @@
 #include "Options.h"
 
-#include <getopt.h>
+#include <fmt/format.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <sstream>
 #include <stdexcept>
 
 #include "Clocks.h"
@@ -15,42 +17,20 @@
 
 namespace {
 
-constexpr char kHelp[] =
-    "Usage: vx-sandbox [OPTION]... [--] PROGRAM [ARGUMENT]...\n"
-    "\n"
+constexpr char kDescription[] =
     "Runs PROGRAM with a simulated ADC driver at the fixed paths. /dev, /etc/vx and the\n"
-    "driver's directory under /sys are private to it; nothing changes on the host.\n"
-    "\n"
-    "  --record FILE            write the sample stream as it arrives, 48-byte records only\n"
-    "  --events FILE            write one JSON object a line for every write\n"
-    "  --pme FILE               add /dev/pme-sim and write the frames it gets\n"
-    "  --send SECONDS:COMMAND   write COMMAND into the control FIFO, SECONDS after the first\n"
-    "                           block (any number of these)\n"
-    "  --for SECONDS            end PROGRAM with SIGTERM, SECONDS after the first block\n"
-    "  --fault FILE:WHEN:WHAT[:COUNT]   let writes to FILE (adc-in, ...) go wrong from the "
-    "WHEN-th\n"
-    "                           on, or from WHEN (such as 2.5s) after the first block: an errno "
-    "by\n"
-    "                           name, short=BYTES, stall=SECONDS or vanish; COUNT writes, 1 if "
-    "not\n"
-    "                           given, or \"on\" for ever (any number of these)\n"
-    "  --help                   print this\n"
-    "\n"
-    "Exit status: PROGRAM's; 0 if --for ended it; 128 and the signal's number if a signal of\n"
-    "its own did; 125 if the sandbox itself fails, 126 if PROGRAM cannot be executed, 127 if it\n"
-    "is not found.\n"
+    "driver's directory under /sys are private to it; nothing changes on the host.\n";
+
+constexpr char kFooter[] =
+    "Exit status: PROGRAM's; 0 if --for ended it; 124 if --for found no block to count from;\n"
+    "128 and the signal's number if a signal of its own ended it; 125 if the sandbox itself\n"
+    "fails, 126 if PROGRAM cannot be executed, 127 if it is not found.\n"
     "\n"
     "Example: play for 10 s, switch to configuration 2 after 3 s, keep what arrived:\n"
-    "  vx-sandbox --record samples.bin --for 10 --send 3:2 -- vx-simulator --config my.conf\n";
+    "  vx-sandbox --record samples.bin --for 10 --send 3:2 -- vx-simulator --config my.conf";
 
+constexpr std::size_t kHelpColumn = 27;
 constexpr double kLongestSeconds = 1e9;
-
-constexpr option kOptions[] = {
-    {"record", required_argument, nullptr, 'r'}, {"events", required_argument, nullptr, 'e'},
-    {"pme", required_argument, nullptr, 'p'},    {"send", required_argument, nullptr, 's'},
-    {"for", required_argument, nullptr, 'f'},    {"fault", required_argument, nullptr, 'x'},
-    {"help", no_argument, nullptr, 'h'},         {nullptr, 0, nullptr, 0},
-};
 
 /** Decimal seconds such as 3 or 0.25, whole and within bounds, in nanoseconds. */
 std::int64_t parseSeconds(const std::string& option, const std::string& text)
@@ -59,7 +39,8 @@ std::int64_t parseSeconds(const std::string& option, const std::string& text)
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
     if (error != std::errc{} || rest != end || !(seconds >= 0 && seconds <= kLongestSeconds)) {
-        throw std::runtime_error(option + " takes seconds, 0 to 1000000000, not \"" + text + "\"");
+        throw std::runtime_error(
+            fmt::format("{} takes seconds, 0 to 1000000000, not \"{}\"", option, text));
     }
     return std::llround(seconds * static_cast<double>(kNanosecondsPerSecond));
 }
@@ -68,7 +49,7 @@ TimedCommand parseCommand(const std::string& text)
 {
     const std::size_t colon = text.find(':');
     if (colon == std::string::npos) {
-        throw std::runtime_error("--send takes SECONDS:COMMAND, not \"" + text + "\"");
+        throw std::runtime_error(fmt::format("--send takes SECONDS:COMMAND, not \"{}\"", text));
     }
     return {parseSeconds("--send", text.substr(0, colon)), text.substr(colon + 1)};
 }
@@ -84,13 +65,10 @@ std::optional<std::uint64_t> parseCount(const std::string& text)
 
 std::vector<std::string> splitAtColons(const std::string& text)
 {
-    std::vector<std::string> parts(1);
-    for (const char letter : text) {
-        if (letter == ':') {
-            parts.emplace_back();
-        } else {
-            parts.back() += letter;
-        }
+    std::vector<std::string> parts;
+    std::istringstream stream(text + ':');
+    for (std::string part; std::getline(stream, part, ':');) {
+        parts.push_back(part);
     }
     return parts;
 }
@@ -176,73 +154,96 @@ Fault parseFault(const std::string& text)
     return fault;
 }
 
-std::string parsePath(const std::string& option, const std::string& text)
+void addOutput(CLI::App& app, const std::string& name, std::string& path, const std::string& help)
 {
-    if (text.empty()) {
-        throw std::runtime_error(option + " takes the name of a file");
-    }
-    return text;
+    app.add_option(name, path, help)->type_name("FILE")->check([](const std::string& value) {
+        return value.empty() ? "takes the name of a file" : "";
+    });
 }
 
-void applyOption(int option, const std::string& value, const std::string& asWritten,
-                 Options& options)
+template <typename Time>
+CLI::Option* addSeconds(CLI::App& app, const std::string& name, Time& timeNs,
+                        const std::string& help)
 {
-    switch (option) {
-        case 'r':
-            options.mOutputs.mRecordPath = parsePath("--record", value);
-            return;
-        case 'e':
-            options.mOutputs.mEventsPath = parsePath("--events", value);
-            return;
-        case 'p':
-            options.mOutputs.mPmePath = parsePath("--pme", value);
-            return;
-        case 's':
-            options.mCommands.push_back(parseCommand(value));
-            return;
-        case 'f':
-            options.mRunNs = parseSeconds("--for", value);
-            return;
-        case 'x':
-            options.mFaults.push_back(parseFault(value));
-            return;
-        case 'h':
-            options.mWantsHelp = true;
-            return;
-        case ':':
-            throw std::runtime_error(asWritten + " needs a value; see --help");
-        default:
-            throw std::runtime_error("unknown option " + asWritten + "; see --help");
+    const auto parse = [&timeNs, name](const std::string& text) {
+        timeNs = parseSeconds(name, text);
+    };
+    return app.add_option_function<std::string>(name, parse, help)->type_name("SECONDS");
+}
+
+/** An option that may be given any number of times, with one value each. */
+template <typename Item>
+void addList(CLI::App& app, const std::string& name, std::vector<Item>& items,
+             Item (*parse)(const std::string&), const std::string& type, const std::string& help)
+{
+    const auto parseAll = [&items, parse](const std::vector<std::string>& texts) {
+        std::transform(texts.begin(), texts.end(), std::back_inserter(items), parse);
+    };
+    // Without the limit it would take PROGRAM for a further value.
+    app.add_option_function<std::vector<std::string>>(name, parseAll, help)
+        ->type_name(type)
+        ->allow_extra_args(false);
+}
+
+void addOptions(CLI::App& app, Options& options)
+{
+    addOutput(app, "--record", options.mOutputs.mRecordPath,
+              "write the sample stream as it arrives, 48-byte records only");
+    addOutput(app, "--events", options.mOutputs.mEventsPath,
+              "write one JSON object a line for every write");
+    addOutput(app, "--pme", options.mOutputs.mPmePath,
+              "add /dev/pme-sim and write the frames it gets");
+    addList(app, "--send", options.mCommands, parseCommand, "SECONDS:COMMAND",
+            "write COMMAND into the control FIFO, SECONDS after the\nfirst block");
+    CLI::Option* const run = addSeconds(app, "--for", options.mRunNs,
+                                        "end PROGRAM with SIGTERM, SECONDS after the first block");
+    addSeconds(app, "--patience", options.mPatienceNs,
+               "end PROGRAM when no block comes for so long, 60 if not\ngiven")
+        ->needs(run);
+    addList(app, "--fault", options.mFaults, parseFault, "FILE:WHEN:WHAT[:COUNT]",
+            "let writes to FILE (adc-in, ...) go wrong from the\n"
+            "WHEN-th on, or from WHEN (such as 2.5s) after the first\n"
+            "block: an errno by name, short=BYTES, stall=SECONDS or\n"
+            "vanish; COUNT writes, 1 if not given, or \"on\" for ever");
+}
+
+/** What the parser left over, word by word as it was given. */
+std::vector<std::string> programOf(std::vector<std::string> words)
+{
+    if (!words.empty() && words.front() == "--") {
+        words.erase(words.begin());
+    } else if (!words.empty() && words.front().front() == '-') {
+        throw std::runtime_error(fmt::format("unknown option {}; see --help", words.front()));
     }
+    if (words.empty()) {
+        throw std::runtime_error("there is no program to run; see --help");
+    }
+    return words;
 }
 
 } // namespace
 
-Options parseOptions(int argc, char** argv)
+std::optional<Options> parseOptions(int argc, char** argv)
 {
     Options options;
-    opterr = 0;
-    while (true) {
-        const int at = optind;
-        // The "+" leaves the options after the program's name to the program.
-        const int option = getopt_long(argc, argv, "+:", kOptions, nullptr);
-        if (option == -1) {
-            break;
-        }
-        applyOption(option, optarg != nullptr ? optarg : "", argv[at], options);
+    CLI::App app(kDescription, "vx-sandbox");
+    app.footer(kFooter);
+    app.get_formatter()->label("OPTIONS", "OPTION]... [--] PROGRAM [ARGUMENT...");
+    app.get_formatter()->column_width(kHelpColumn);
+    app.set_help_flag("-h,--help", "print this");
+    app.set_version_flag("--version", "vx-sandbox " VX_VERSION, "print the version");
+    app.prefix_command();
+    addOptions(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wish) {
+        app.exit(wish);
+        return std::nullopt;
     }
-    options.mProgram.assign(argv + optind, argv + argc);
-    if (options.mProgram.empty() && !options.mWantsHelp) {
-        throw std::runtime_error("there is no program to run; see --help");
-    }
+    options.mProgram = programOf(app.remaining());
     std::stable_sort(options.mCommands.begin(), options.mCommands.end(),
                      [](const TimedCommand& left, const TimedCommand& right) {
                          return left.mDelayNs < right.mDelayNs;
                      });
     return options;
-}
-
-const char* helpText()
-{
-    return kHelp;
 }

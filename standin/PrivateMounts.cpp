@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -10,7 +11,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -70,10 +70,8 @@ void enterUserNamespace()
 
 void mountTmpfs(const std::string& path, mode_t mode)
 {
-    std::array<char, 32> options{};
-    std::snprintf(options.data(), options.size(), "mode=%04o",
-                  static_cast<unsigned>(mode & static_cast<mode_t>(ALLPERMS)));
-    if (mount("vx-sandbox", path.c_str(), "tmpfs", 0, options.data()) != 0) {
+    const std::string options = fmt::format("mode={:04o}", mode & static_cast<mode_t>(ALLPERMS));
+    if (mount("vx-sandbox", path.c_str(), "tmpfs", 0, options.c_str()) != 0) {
         throwErrno("the kernel or the container refuses to mount a tmpfs on " + path);
     }
 }

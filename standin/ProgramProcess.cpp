@@ -5,13 +5,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <fstream>
+#include <iterator>
 
 namespace {
+
+std::vector<pid_t> children()
+{
+    std::ifstream list("/proc/thread-self/children");
+    return {std::istream_iterator<pid_t>(list), std::istream_iterator<pid_t>()};
+}
 
 /** The report is the exit status as one byte, then the text. Nothing at all means success. */
 [[noreturn]] void reportAndExit(const FileDescriptor& report, const StartFailure& failure)
@@ -66,6 +75,8 @@ void ProgramProcess::start(const std::vector<std::string>& command,
     mReport = FileDescriptor(ends[0]);
     const FileDescriptor childEnd(ends[1]);
     const pid_t sandbox = getpid();
+    mOlderChildren = children();
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     mPid = fork();
     if (mPid < 0) {
         throwErrno("cannot make a process");
@@ -91,15 +102,28 @@ void ProgramProcess::readStartReport()
 
 void ProgramProcess::signal(int number) const
 {
-    if (mPid > 0) {
+    if (!mHasEnded) {
         kill(mPid, number);
     }
 }
 
-bool ProgramProcess::reap()
+void ProgramProcess::reap()
 {
-    if (mPid > 0 && waitpid(mPid, &mWaitStatus, WNOHANG) == mPid) {
-        mPid = -1;
+    int status = 0;
+    while (const pid_t child = std::max(waitpid(-1, &status, WNOHANG), 0)) {
+        if (child == mPid) {
+            mHasEnded = true;
+            mWaitStatus = status;
+        }
     }
-    return mPid < 0;
+}
+
+bool ProgramProcess::killLeftBehind() const
+{
+    const std::vector<pid_t> all = children();
+    return std::count_if(all.begin(), all.end(), [this](pid_t child) {
+               const bool isOurs =
+                   std::count(mOlderChildren.begin(), mOlderChildren.end(), child) == 0;
+               return isOurs && kill(child, SIGKILL) == 0;
+           }) > 0;
 }

@@ -10,6 +10,7 @@
 #include "FileDescriptor.h"
 
 /** Exit statuses of the sandbox's own, as env and timeout have them. */
+inline constexpr int kExitNoBlock = 124;
 inline constexpr int kExitSandboxFailed = 125;
 inline constexpr int kExitCannotExecute = 126;
 inline constexpr int kExitNotFound = 127;
@@ -24,7 +25,8 @@ struct StartFailure
 
 /**
  * The program the sandbox runs: a child process that prepares itself, becomes the program, and
- * dies with the sandbox. Its end is to be waited for by reap(), called upon SIGCHLD.
+ * dies with the sandbox. Its end is to be waited for by reap(), called upon SIGCHLD. Processes
+ * that it leaves behind, or that leave some themselves, become children of the sandbox.
  */
 class ProgramProcess
 {
@@ -49,14 +51,25 @@ public:
     /** Sends a signal, if the program has not ended. */
     void signal(int number) const;
 
-    /** Takes notice of the end, if it has come; returns whether it has. */
-    bool reap();
+    /** Takes notice of the ends of the program and of what it left behind. */
+    void reap();
+    bool hasEnded() const { return mHasEnded; }
 
-    /** As waitpid gives it. Requires: reap() returned true. */
+    /** As waitpid gives it. Requires: hasEnded(). */
     int waitStatus() const { return mWaitStatus; }
 
+    /**
+     * Kills what the program has left behind; returns whether any of it is still there. Requires:
+     * hasEnded().
+     */
+    bool killLeftBehind() const;
+
+    pid_t pid() const { return mPid; }
+
 private:
+    std::vector<pid_t> mOlderChildren; ///< of whoever has become the sandbox
     pid_t mPid = -1;
+    bool mHasEnded = false;
     int mWaitStatus = 0;
     FileDescriptor mReport;
     std::string mReportText;

@@ -1,5 +1,7 @@
 #include "SimulatedDriver.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -83,9 +85,8 @@ void SimulatedDriver::refuse(DriverFile file, off_t offset, std::size_t size, co
     ++mRefusedWrites;
     mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false, "");
     if (mRefusalReports.allows(arrival.mMonotonicNs)) {
-        mConsole.message("refused a write of " + std::to_string(size) + " bytes at offset " +
-                         std::to_string(offset) + ": " + driverFileTraits(file).mPath + " takes " +
-                         objection);
+        mConsole.message(fmt::format("refused a write of {} bytes at offset {}: {} takes {}", size,
+                                     offset, driverFileTraits(file).mPath, objection));
     }
 }
 
@@ -95,8 +96,7 @@ void SimulatedDriver::flush()
     mEvents.flush();
     mPme.flush();
     if (const std::uint64_t suppressed = mRefusalReports.takeSuppressed()) {
-        mConsole.message("refused " + std::to_string(suppressed) +
-                         " more writes, not shown one by one");
+        mConsole.message(fmt::format("refused {} more writes, not shown one by one", suppressed));
     }
 }
 

@@ -6,11 +6,6 @@
 
 namespace {
 
-double inSeconds(std::int64_t nanoseconds)
-{
-    return static_cast<double>(nanoseconds) / static_cast<double>(kNanosecondsPerSecond);
-}
-
 std::int64_t stampOf(const SampleRecord& record)
 {
     return std::int64_t{record.mSeconds} * kNanosecondsPerSecond + record.mNanoseconds;

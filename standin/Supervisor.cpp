@@ -1,5 +1,6 @@
 #include "Supervisor.h"
 
+#include <fmt/format.h>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
@@ -9,12 +10,13 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include "Console.h"
+#include "FixedPaths.h"
 #include "FuseServer.h"
 #include "PrivateMounts.h"
 #include "SimulatedDriver.h"
@@ -61,16 +63,21 @@ int Supervisor::run()
         reenterWorkingDirectory();
     };
     mProgram.start(mOptions.mProgram, prepare, [this] { restoreSignals(); });
-    mNextSecondNs = monotonicNs() + kNanosecondsPerSecond;
-    while (!mHasEnded || mProgram.startReport() >= 0) {
+    mStartNs = monotonicNs();
+    mNextSecondNs = mStartNs + kNanosecondsPerSecond;
+    while (!isOver()) {
         waitForWork();
-        if (!mHasEnded) {
-            runTimers();
-        }
+        runTimers();
     }
     mDriver.flush();
     reportEnd();
     return exitStatus();
+}
+
+/** Files are served to the end of what is left behind: it may have to be woken from a write. */
+bool Supervisor::isOver() const
+{
+    return mProgram.hasEnded() && mProgram.startReport() < 0 && !mProgram.killLeftBehind();
 }
 
 void Supervisor::takeOverSignals()
@@ -121,7 +128,16 @@ void Supervisor::waitForWork()
         handleSignal();
     }
     if (files[2].revents != 0) {
-        mProgram.readStartReport();
+        readStartReport();
+    }
+}
+
+void Supervisor::readStartReport()
+{
+    mProgram.readStartReport();
+    if (mProgram.startReport() < 0 && !mProgram.startFailure()) {
+        mConsole.message(fmt::format("from another terminal the control FIFO is /proc/{}/root{}",
+                                     mProgram.pid(), kControlFifoPath));
     }
 }
 
@@ -132,7 +148,7 @@ void Supervisor::handleSignal()
         return;
     }
     if (info.ssi_signo == SIGCHLD) {
-        mHasEnded = mProgram.reap();
+        mProgram.reap();
         return;
     }
     forwardSignal(static_cast<int>(info.ssi_signo), info.ssi_code == SI_KERNEL);
@@ -149,10 +165,11 @@ void Supervisor::forwardSignal(int number, bool isFromTerminal)
 void Supervisor::runTimers()
 {
     const std::int64_t nowNs = monotonicNs();
-    if (mDriver.statistics().blocks() > 0) {
-        const std::int64_t elapsedNs = nowNs - mDriver.statistics().firstArrival().mMonotonicNs;
-        mCommands.sendDue(elapsedNs);
-        endWhenDue(nowNs, elapsedNs);
+    if (!mProgram.hasEnded()) {
+        if (mDriver.statistics().blocks() > 0) {
+            mCommands.sendDue(nowNs - beganNs());
+        }
+        endWhenDue(nowNs);
     }
     if (nowNs >= mNextSecondNs) {
         runEachSecond(nowNs);
@@ -169,37 +186,54 @@ void Supervisor::runEachSecond(std::int64_t nowNs)
     mNextSecondNs = std::max(mNextSecondNs + kNanosecondsPerSecond, nowNs);
 }
 
-void Supervisor::endWhenDue(std::int64_t nowNs, std::int64_t elapsedNs)
+void Supervisor::endWhenDue(std::int64_t nowNs)
 {
-    if (!mKillNs && mOptions.mRunNs && elapsedNs >= *mOptions.mRunNs) {
-        mProgram.signal(SIGTERM);
-        mKillNs = nowNs + kGraceNs;
+    if (nowNs < nextEndingNs().value_or(std::numeric_limits<std::int64_t>::max())) {
+        return;
     }
-    if (mKillNs && !mIsKilled && nowNs >= *mKillNs) {
+    if (mTermNs) {
         mConsole.message("the program is still there 5 s after SIGTERM; killing it");
         mProgram.signal(SIGKILL);
         mIsKilled = true;
+        return;
     }
+    if (mDriver.statistics().blocks() == 0) {
+        mConsole.message(fmt::format("no block came within {} s; ending the program",
+                                     inSeconds(mOptions.mPatienceNs)));
+        mEndStatus = kExitNoBlock;
+    }
+    mProgram.signal(SIGTERM);
+    mTermNs = nowNs;
+}
+
+std::optional<std::int64_t> Supervisor::nextEndingNs() const
+{
+    if (!mOptions.mRunNs || mIsKilled) {
+        return std::nullopt;
+    }
+    if (mTermNs) {
+        return *mTermNs + kGraceNs;
+    }
+    return mDriver.statistics().blocks() == 0 ? mStartNs + mOptions.mPatienceNs
+                                              : beganNs() + *mOptions.mRunNs;
+}
+
+std::int64_t Supervisor::beganNs() const
+{
+    return mDriver.statistics().firstArrival().mMonotonicNs;
 }
 
 std::int64_t Supervisor::nextDeadlineNs() const
 {
     std::int64_t deadlineNs =
         std::min(mNextSecondNs, mServer.nextAnswerNs().value_or(mNextSecondNs));
-    if (mDriver.statistics().blocks() == 0) {
+    if (mProgram.hasEnded()) {
         return deadlineNs;
     }
-    const std::int64_t beganNs = mDriver.statistics().firstArrival().mMonotonicNs;
-    if (const std::optional<std::int64_t> dueNs = mCommands.nextDueNs()) {
-        deadlineNs = std::min(deadlineNs, beganNs + *dueNs);
-    }
-    if (!mKillNs && mOptions.mRunNs) {
-        deadlineNs = std::min(deadlineNs, beganNs + *mOptions.mRunNs);
-    }
-    if (mKillNs && !mIsKilled) {
-        deadlineNs = std::min(deadlineNs, *mKillNs);
-    }
-    return deadlineNs;
+    deadlineNs = std::min(deadlineNs, nextEndingNs().value_or(deadlineNs));
+    const std::optional<std::int64_t> commandNs = mCommands.nextDueNs();
+    const bool hasBegun = mDriver.statistics().blocks() > 0;
+    return hasBegun && commandNs ? std::min(deadlineNs, beganNs() + *commandNs) : deadlineNs;
 }
 
 void Supervisor::reportEnd()
@@ -211,29 +245,31 @@ void Supervisor::reportEnd()
     }
     const int status = mProgram.waitStatus();
     if (WIFSIGNALED(status) && !isEndedByUs()) {
-        mConsole.message("the program ended by signal " + std::to_string(WTERMSIG(status)) + " (" +
-                         strsignal(WTERMSIG(status)) + ")");
+        mConsole.message(fmt::format("the program ended by signal {} ({})", WTERMSIG(status),
+                                     strsignal(WTERMSIG(status))));
     }
-    if (mDriver.statistics().blocks() == 0 && (mOptions.mRunNs || mCommands.remaining() > 0)) {
+    const std::size_t unsent = mCommands.remaining();
+    if (mDriver.statistics().blocks() == 0 && !mTermNs && (mOptions.mRunNs || unsent > 0)) {
         mConsole.message(
             "the program ended before its first block; --for and --send count from it");
-    } else if (mCommands.remaining() > 0) {
-        mConsole.message("the program ended before " + std::to_string(mCommands.remaining()) +
-                         " of the --send commands were due");
+    } else if (unsent > 0) {
+        mConsole.message(
+            fmt::format("the program ended before {} of the --send commands were due", unsent));
     }
     for (const std::string& fault : mDriver.faults().unmet()) {
         mConsole.message("the program ended before a write met the fault " + fault);
     }
-    std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
+    fmt::print("{}", summaryText(mDriver, mOptions.wantsPmeDevice()));
 }
 
-/** True when --for ended the program; one that crashes on its way out ended by itself. */
+/** True when --for or its patience ended the program; one that crashes on its way out ended by
+ * itself. */
 bool Supervisor::isEndedByUs() const
 {
     const int status = mProgram.waitStatus();
     const bool isOurSignal = !WIFSIGNALED(status) || WTERMSIG(status) == SIGTERM ||
                              (mIsKilled && WTERMSIG(status) == SIGKILL);
-    return mKillNs && isOurSignal;
+    return mTermNs && isOurSignal;
 }
 
 int Supervisor::exitStatus() const
@@ -245,8 +281,12 @@ int Supervisor::exitStatus() const
         return kExitSandboxFailed;
     }
     if (isEndedByUs()) {
-        return EXIT_SUCCESS;
+        return mEndStatus;
     }
     const int status = mProgram.waitStatus();
-    return WIFSIGNALED(status) ? kExitSignalBase + WTERMSIG(status) : WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) {
+        return kExitSignalBase + WTERMSIG(status);
+    }
+    const bool hasPlayed = !mOptions.mRunNs || mDriver.statistics().blocks() > 0;
+    return WEXITSTATUS(status) == EXIT_SUCCESS && !hasPlayed ? kExitNoBlock : WEXITSTATUS(status);
 }

@@ -33,14 +33,22 @@ public:
 private:
     void takeOverSignals();
     void restoreSignals() const;
+    bool isOver() const;
     void waitForWork();
+    void readStartReport();
     void handleSignal();
     void forwardSignal(int number, bool isFromTerminal);
 
     void runTimers();
     void runEachSecond(std::int64_t nowNs);
-    void endWhenDue(std::int64_t nowNs, std::int64_t elapsedNs);
+    void endWhenDue(std::int64_t nowNs);
+
+    /** When the program is to get its SIGTERM, or after that its SIGKILL, if ever. */
+    std::optional<std::int64_t> nextEndingNs() const;
     std::int64_t nextDeadlineNs() const;
+
+    /** When the first block arrived. Requires: it has. */
+    std::int64_t beganNs() const;
 
     void reportEnd();
     bool isEndedByUs() const;
@@ -56,8 +64,9 @@ private:
     FileDescriptor mSignals;
     sigset_t mOldMask{};
     struct sigaction mOldPipeAction = {};
-    bool mHasEnded = false;
-    std::int64_t mNextSecondNs = 0;      ///< on the monotonic clock, as the next one
-    std::optional<std::int64_t> mKillNs; ///< set once --for has sent its SIGTERM
+    std::int64_t mStartNs = 0;           ///< on the monotonic clock, as the next ones
+    std::int64_t mNextSecondNs = 0;      ///< when the next once-a-second work is due
+    std::optional<std::int64_t> mTermNs; ///< when the program got its SIGTERM from --for
     bool mIsKilled = false;
+    int mEndStatus = 0; ///< the exit status when --for ended the program
 };

@@ -1,6 +1,6 @@
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 
 #include "Console.h"
 #include "DriverFiles.h"
@@ -34,12 +34,8 @@ int main(int argc, char** argv)
 {
     Console console;
     try {
-        const Options options = parseOptions(argc, argv);
-        if (options.mWantsHelp) {
-            std::fputs(helpText(), stdout);
-            return EXIT_SUCCESS;
-        }
-        return runSandbox(options, console);
+        const std::optional<Options> options = parseOptions(argc, argv);
+        return options ? runSandbox(*options, console) : EXIT_SUCCESS;
     } catch (const std::exception& failure) {
         console.message(failure.what());
         return kExitSandboxFailed;

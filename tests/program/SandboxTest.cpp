@@ -24,6 +24,7 @@ const std::vector<Write> kWrites = {
     {kSampleBufferPath, 360 * 48 + 1, 0, false},
     {kSampleBufferPath, 361 * 48, 0, false},
     {kF2hPath, 16, 0, true},
+    {kF2hPath, 16, 0, true},
     {kF2hPath, 16, 16, false},
     {kF2hPath, 15, 0, false},
     {kF2hPath, 32, 0, false},
@@ -33,7 +34,6 @@ const std::vector<Write> kWrites = {
     {kR2hPath, 96, 0, false},
     {kD2hPath, 1, 0, true},
     {kD2hPath, 5000, 1, true},
-
 };
 
 /** Makes it one system call, and prints the exit code of the writer. */
@@ -71,9 +71,14 @@ TEST_F(SandboxTest, DriverTakesWhatItsRulesAllow)
     SCOPED_TRACE(testing::PrintToString(result));
     EXPECT_EQ(programOutput(result), expectedCodes);
     EXPECT_EQ(mRunner.readFile("record.bin"), recorded);
-    EXPECT_EQ(summary(result)["refused writes"],
+    auto rows = summary(result);
+    EXPECT_EQ(rows["refused writes"],
               std::to_string(std::count(expectedCodes.begin(), expectedCodes.end(), '1')));
-    EXPECT_EQ(summary(result)["samples"], "361");
+    EXPECT_EQ(rows["samples"], "361");
+    EXPECT_EQ(rows["f2h writes"], "2");
+    EXPECT_EQ(rows["r2h writes"], "1");
+    EXPECT_GT(std::stod(rows["lag on arrival"]), 1e12) << "ms since the epoch";
+    EXPECT_EQ(std::stod(rows["lead on arrival"]), 0);
 
     const std::vector<Event> events = eventsOf(mRunner.readFile("events.jsonl"));
     ASSERT_EQ(events.size(), kWrites.size());
@@ -109,10 +114,11 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         int mExitCode;
         const char* mErrors;
     };
+    const char* const noBlock =
+        "the program ended before its first block; --for and --send count from it";
     const Case cases[] = {
-        {"sh|-c|exit 7|--for", 7, ""},
+        {"sh|-c|exit $#|sh|--for|[a,b]|--", 3, ""},
         {"cat|/sys/devices/platform/vxadc-sim/h2p", 0, ""},
-        {"sh|-c|cat /sys/devices/platform/vxadc-sim/f2h 2>/dev/null", 1, ""},
         {"--for|0.1|sh|-c|sleep 0.5; head -c 48 /dev/zero >/dev/adc-in; exec sleep 60", 0, ""},
         {"--record|no/such/file|true", 125, "cannot write no/such/file: No such file or directory"},
         {"--record|/dev/full|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 125,
@@ -122,8 +128,14 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         {"--for|0.1|sh|-c|trap 'kill -SEGV $$' TERM; head -c 48 /dev/zero >/dev/adc-in; sleep 3 & "
          "wait",
          139, "the program ended by signal 11 (Segmentation fault)"},
-        {"--for|1|--|sh|-c|exit 3", 3,
-         "the program ended before its first block; --for and --send count from it"},
+        {"--for|1|--|sh|-c|exit 3", 3, noBlock},
+        {"--for|1|true", 124, noBlock},
+        {"--for|1|--patience|0.2|sleep|60", 124, "no block came within 0.2 s; ending the program"},
+        {"--for|0|sh|-c|trap '' TERM; head -c 48 /dev/zero >/dev/adc-in; while :; do sleep 1; done",
+         0, "the program is still there 5 s after SIGTERM; killing it"},
+        {"sh|-c|trap 'exit 5' INT; kill -INT $PPID; while :; do sleep 0.1; done", 5, ""},
+        {"sh|-c|trap 'exit 6' TERM; kill -TERM $PPID; while :; do sleep 0.1; done", 6, ""},
+        {"sh|-c|trap 'exit 7' HUP; kill -HUP $PPID; while :; do sleep 0.1; done", 7, ""},
         {"--send|0.1:s1|--send|9:s2|sh|-c|head -c 48 /dev/zero >/dev/adc-in; sleep 0.3", 0,
          "cannot send \"s1\" to /etc/vx/simulator_control: No such file or directory\n"
          "vx-sandbox: the program ended before 1 of the --send commands were due"},
@@ -134,17 +146,62 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         {"--|/etc/passwd", 126, "cannot run /etc/passwd: Permission denied"},
         {"--nonsense|--|true", 125, "unknown option --nonsense; see --help"},
         {"--for|1", 125, "there is no program to run; see --help"},
-        {"--for", 125, "--for needs a value; see --help"},
+        {"--for", 125, "--for: 1 required SECONDS missing"},
+        {"--patience|1|true", 125, "--patience requires --for"},
+        {"--record||true", 125, "--record: takes the name of a file"},
+        {"-h", 0, ""},
+        {"--version", 0, ""},
         {"--for|1x|true", 125, "--for takes seconds, 0 to 1000000000, not \"1x\""},
         {"--send|s1|true", 125, "--send takes SECONDS:COMMAND, not \"s1\""},
     };
     for (const Case& it : cases) {
         SCOPED_TRACE(it.mArguments);
-        const CommandResult result = mRunner.run(joined({VX_SANDBOX}, split(it.mArguments, '|')));
+        const CommandResult result = sandbox(split(it.mArguments, '|'));
         EXPECT_EQ(result.mExitCode, it.mExitCode);
         const std::string message = std::string("vx-sandbox: ") + it.mErrors + "\n";
         EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
     }
+}
+
+/** Neither may root do what an attribute of the driver refuses. */
+TEST_F(SandboxTest, FilesOpenOneWayOnly)
+{
+    const std::string permissions = programOutput(shell(
+        "for file in /dev/adc-in /dev/pme-sim /sys/devices/platform/vxadc-sim/*; do\n"
+        "  for mode in '<' '>' '<>'; do eval \"(: $mode$file)\" && printf y || printf n; done\n"
+        "  echo \" ${file##*/}\"\n"
+        "done 2>errors",
+        {"--pme", "pme.bin"}));
+    EXPECT_EQ(permissions, "nyn adc-in\nnyn pme-sim\nnyn d2h\nnyn f2h\nynn h2p\nnyn r2h\n");
+    const Words errors = split(mRunner.readFile("errors"), '\n');
+    EXPECT_EQ(errors.size(), 12U);
+    for (const std::string& error : errors) {
+        EXPECT_NE(error.find("Permission denied"), std::string::npos) << error;
+    }
+}
+
+/** Each script ends when the last process that holds its pipe has ended. */
+TEST_F(SandboxTest, NoProcessOutlivesIt)
+{
+    for (const char* script :
+         {" sh -c 'sleep 60 & (trap \"\" TERM; setsid sleep 60 &) & exit 3' | cat",
+          " sh -c 'echo $PPID; exec sleep 60' | { read pid; kill -KILL $pid; cat; }"}) {
+        SCOPED_TRACE(script);
+        EXPECT_EQ(mRunner.run({"sh", "-c", VX_SANDBOX + std::string(script)}).mExitCode, 0);
+    }
+}
+
+TEST_F(SandboxTest, TellsWhereTheFifoIs)
+{
+    const CommandResult result = mRunner.run(
+        {"sh", "-c",
+         VX_SANDBOX
+         " sh -c 'mkfifo /etc/vx/simulator_control; head -n 1 "
+         "<>/etc/vx/simulator_control' 2>errors &\n"
+         "until fifo=$(sed -n 's/.* is //p' errors) && test -p \"$fifo\"; do sleep 0.01; "
+         "done\n"
+         "echo s1 >\"$fifo\"; wait"});
+    EXPECT_EQ(programOutput(result), "s1\n") << result;
 }
 
 TEST_F(SandboxTest, NothingChangesOnTheHost)

@@ -14,6 +14,8 @@ protected:
     /** Writes the logging configuration that kSimulator names. */
     SandboxedTest();
 
+    /** Its errors are without the line that tells where the control FIFO is. */
+    CommandResult sandbox(const Words& arguments) const;
     CommandResult sandbox(const Words& options, const Words& program) const;
 
     /** A command that runs `script` first and then becomes `program`. */

@@ -1,12 +1,15 @@
 #include "StreamStatistics.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <vector>
 
 #include "SampleRecord.h"
+#include "Summary.h"
 
 namespace {
+using testing::EndsWith;
+
 constexpr std::int64_t kStartNs = 1'700'000'000'000'000'000;
 constexpr std::int64_t kStepNs = 55'555;
 constexpr std::size_t kBlockSamples = 360;
@@ -138,4 +141,8 @@ TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
     EXPECT_EQ(lag.largest(), 100U);
     EXPECT_EQ(lag.percentile(50), 0U);
     EXPECT_EQ(lag.percentile(83), 5U);
+    const std::int64_t lastNs = stream.stampNs();
+    EXPECT_THAT(statusText(stream.statistics(), {lastNs - 2'000'000, 0}),
+                EndsWith("  lead 2.0 ms"));
+    EXPECT_THAT(statusText(stream.statistics(), {lastNs + 3'000'000, 0}), EndsWith("  lag 3.0 ms"));
 }
