@@ -25,9 +25,9 @@ programs=$PWD/build/release
 
 scripts/setup.sh build demo
 cmake --preset release
-cmake --build --preset release --target vx-simulator vx-sandbox vx-wave
+cmake --build --preset release --target vx-simulator vx-sandbox vx-case
 rm -rf "$results"
-examples/make-cases.sh "$programs/tools/vx-wave" "$results"
+examples/make-cases.sh "$programs/tools/case/vx-case" "$results"
 
 echo
 echo "demo: playing for $seconds s; the commands s1 and 2 follow after 3 s and 6 s"

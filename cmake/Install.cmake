@@ -67,9 +67,9 @@ if(NOT TARGET vx-sandbox)
   return()
 endif()
 
-install(TARGETS vx-sandbox vx-wave RUNTIME COMPONENT tools)
-vx_install_manual(tools vx-sandbox.1 vx-wave.1)
-install(FILES completions/vx-sandbox completions/vx-wave
+install(TARGETS vx-sandbox vx-case RUNTIME COMPONENT tools)
+vx_install_manual(tools vx-sandbox.1 vx-case.1)
+install(FILES completions/vx-sandbox completions/vx-case
   DESTINATION ${completions} COMPONENT tools)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vx-simulator-tools
   USE_SOURCE_PERMISSIONS COMPONENT tools)

@@ -49,9 +49,9 @@ are played is chosen by one-line commands while it runs.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_name})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS ${program_name})
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "stand-in driver and signal maker for vx-simulator
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "stand-in driver and case maker for vx-simulator
 vx-sandbox runs a program with a stand-in for the simulated ADC driver,
-without any change on the host, and tells what arrived. vx-wave makes value
-files from a few parameters.")
+without any change on the host, and tells what arrived. vx-case makes what is
+played.")
 
 include(CPack)

@@ -28,9 +28,15 @@ cmake --build --preset package
 lintian --fail-on error --tag-display-limit 0 build/package/*.deb
 
 # Each option that a program explains is completed.
-for program in source/vx-simulator standin/vx-sandbox tools/vx-wave; do
-    completion=completions/${program##*/}
-    options=$("build/package/$program" --help | sed -n '/^  -/p' | grep -o -- '--[a-z][a-z-]*')
+case=tools/case/vx-case
+commands=(source/vx-simulator standin/vx-sandbox "$case")
+while read -r subcommand; do
+    commands+=("$case $subcommand")
+done < <("build/package/$case" --help | sed '1,/^Subcommands:/d' | sed -n 's/^  \([a-z]*\).*/\1/p')
+for command in "${commands[@]}"; do
+    read -ra words <<<"build/package/$command"
+    completion=completions/${words[0]##*/}
+    options=$("${words[@]}" --help | sed -n '/^  -/p' | grep -o -- '--[a-z][a-z-]*')
     for option in $options; do
         grep -q -- "$option\\b" "$completion" || fail "$completion lacks $option"
     done

@@ -15,6 +15,7 @@ void declare(CLI::App& app)
     app.description("Makes, reads and checks what vx-simulator plays.");
     app.set_version_flag("--version", VX_VERSION);
     app.require_subcommand(1);
+    addGenerateCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */

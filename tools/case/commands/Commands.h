@@ -9,3 +9,5 @@ class App;
  * subcommand was given; the work itself is done in the other rooms. A command throws CaseError
  * when its input is at fault and CLI::ValidationError when its options contradict each other.
  */
+
+void addGenerateCommand(CLI::App& app);

@@ -3,7 +3,7 @@
 #include <QtGlobal>
 #include <array>
 
-#include "WaveParameters.h"
+#include "generate/WaveParameters.h"
 
 /** The samples of a wave: one per degree of phase, computed when asked for. */
 class Wave

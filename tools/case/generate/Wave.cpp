@@ -1,4 +1,4 @@
-#include "Wave.h"
+#include "generate/Wave.h"
 
 #include <cmath>
 #include <utility>

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <QString>
+#include <QtGlobal>
 #include <array>
 #include <bitset>
+#include <string>
 #include <vector>
 
 #include "SampleRecord.h"
@@ -77,4 +78,4 @@ struct WaveParameters
  * than 1 s), the duration, the order of the harmonics, the place of the disturbances in the
  * duration, and that no channel value can leave the range of 32 bits.
  */
-QString problemOf(const WaveParameters& parameters);
+std::string problemOf(const WaveParameters& parameters);

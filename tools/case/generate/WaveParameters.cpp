@@ -1,4 +1,6 @@
-#include "WaveParameters.h"
+#include "generate/WaveParameters.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
@@ -9,62 +11,58 @@ constexpr float kNanosecondsPerSecond = 1e9F;
 constexpr double kMaximumSamples = std::numeric_limits<qint32>::max();
 constexpr double kMaximumValue = std::numeric_limits<qint32>::max();
 
-QString problemOfFrequency(float frequency)
+std::string problemOfFrequency(float frequency)
 {
     // In single precision, because that is how the simulator finds its step.
     const float step = (kNanosecondsPerSecond / frequency) / float(kSamplesPerPeriod);
     if (frequency > 0.0F && step >= 1.0F && step < kNanosecondsPerSecond) {
         return {};
     }
-    return QString(
-               "frequency %1 Hz: expected more than 1/360 Hz and at most 2777777 Hz, so that "
-               "a 360th of a period is at least 1 ns and less than 1 s")
-        .arg(double(frequency));
+    return fmt::format(
+        "frequency {:g} Hz: expected more than 1/360 Hz and at most 2777777 Hz, so that "
+        "a 360th of a period is at least 1 ns and less than 1 s",
+        frequency);
 }
 
-QString problemOfDuration(const WaveParameters& parameters)
+std::string problemOfDuration(const WaveParameters& parameters)
 {
     const double periods = parameters.mDuration * double(parameters.mFrequency);
     if (!(periods >= 0.5)) {
-        return QString("duration %1 s: expected at least one period of %2 s")
-            .arg(parameters.mDuration)
-            .arg(1.0 / double(parameters.mFrequency));
+        return fmt::format("duration {:g} s: expected at least one period of {:g} s",
+                           parameters.mDuration, 1.0 / double(parameters.mFrequency));
     }
     if (std::round(periods) * kSamplesPerPeriod > kMaximumSamples) {
-        return QString("duration %1 s: this is %2 samples, expected at most %3")
-            .arg(parameters.mDuration)
-            .arg(std::round(periods) * kSamplesPerPeriod, 0, 'f', 0)
-            .arg(kMaximumSamples, 0, 'f', 0);
+        return fmt::format("duration {:g} s: this is {:.0f} samples, expected at most {:.0f}",
+                           parameters.mDuration, std::round(periods) * kSamplesPerPeriod,
+                           kMaximumSamples);
     }
     return {};
 }
 
-QString problemOfHarmonic(const Harmonic& harmonic)
+std::string problemOfHarmonic(const Harmonic& harmonic)
 {
     if (harmonic.mOrder < 2 || harmonic.mOrder > kMaximumOrder) {
-        return QString("harmonic of order %1: expected an order from 2 to %2")
-            .arg(harmonic.mOrder)
-            .arg(kMaximumOrder);
+        return fmt::format("harmonic of order {}: expected an order from 2 to {}", harmonic.mOrder,
+                           kMaximumOrder);
     }
     return {};
 }
 
 /** Half a sample is left for the rounding of decimal times: 0.1 s + 0.2 s is beyond 0.3 s. */
-QString problemOfDisturbance(const Disturbance& disturbance, double caseDuration, double halfSample)
+std::string problemOfDisturbance(const Disturbance& disturbance, double caseDuration,
+                                 double halfSample)
 {
     const double end = disturbance.mStart + disturbance.mDuration;
     if (disturbance.mStart < 0.0 || disturbance.mDuration <= 0.0 ||
         end > caseDuration + halfSample) {
-        return QString(
-                   "disturbance from %1 s to %2 s: expected to lie between 0 s and the end of "
-                   "the wave at %3 s")
-            .arg(disturbance.mStart)
-            .arg(end)
-            .arg(caseDuration);
+        return fmt::format(
+            "disturbance from {:g} s to {:g} s: expected to lie between 0 s and the end of "
+            "the wave at {:g} s",
+            disturbance.mStart, end, caseDuration);
     }
     if (disturbance.mFactor < 0.0) {
-        return QString("disturbance with amplitude factor %1: expected 0 or more")
-            .arg(disturbance.mFactor);
+        return fmt::format("disturbance with amplitude factor {:g}: expected 0 or more",
+                           disturbance.mFactor);
     }
     return {};
 }
@@ -83,15 +81,14 @@ double largestValue(const WaveParameters& parameters, std::size_t channel)
     return peak * sum;
 }
 
-QString problemOfValues(const WaveParameters& parameters)
+std::string problemOfValues(const WaveParameters& parameters)
 {
     for (std::size_t channel = 0; channel < parameters.mChannels.size(); ++channel) {
         const double value = largestValue(parameters, channel);
         if (!(value <= kMaximumValue)) {
-            return QString("channel %1 can reach %2: expected at most %3, values have 32 bits")
-                .arg(channel)
-                .arg(value)
-                .arg(kMaximumValue, 0, 'f', 0);
+            return fmt::format(
+                "channel {} can reach {:g}: expected at most {:.0f}, values have 32 bits", channel,
+                value, kMaximumValue);
         }
     }
     return {};
@@ -103,18 +100,18 @@ qint64 WaveParameters::periodCount() const
     return std::llround(mDuration * double(mFrequency));
 }
 
-QString problemOf(const WaveParameters& parameters)
+std::string problemOf(const WaveParameters& parameters)
 {
-    QString problem = problemOfFrequency(parameters.mFrequency);
-    if (problem.isEmpty()) {
+    std::string problem = problemOfFrequency(parameters.mFrequency);
+    if (problem.empty()) {
         problem = problemOfDuration(parameters);
     }
-    if (!problem.isEmpty()) {
+    if (!problem.empty()) {
         return problem;
     }
     for (const Harmonic& harmonic : parameters.mHarmonics) {
         problem = problemOfHarmonic(harmonic);
-        if (!problem.isEmpty()) {
+        if (!problem.empty()) {
             return problem;
         }
     }
@@ -122,7 +119,7 @@ QString problemOf(const WaveParameters& parameters)
     const double halfSample = 0.5 / (kSamplesPerPeriod * double(parameters.mFrequency));
     for (const Disturbance& disturbance : parameters.mDisturbances) {
         problem = problemOfDisturbance(disturbance, duration, halfSample);
-        if (!problem.isEmpty()) {
+        if (!problem.empty()) {
             return problem;
         }
     }

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+/** The parts of a text between the separators: one more than there are separators. */
+inline std::vector<std::string_view> splitText(std::string_view text, char separator)
+{
+    std::vector<std::string_view> parts;
+    for (size_t end = text.find(separator); end != std::string_view::npos;
+         end = text.find(separator)) {
+        parts.push_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
+    }
+    parts.push_back(text);
+    return parts;
+}

@@ -1,0 +1,18 @@
+#include "commands/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+std::string commandLineOf(const CLI::App& command)
+{
+    std::string text = "vx-case " + command.get_name();
+    std::map<const CLI::Option*, size_t> used; // an option stands here as often as it was given
+    for (const CLI::Option* const option : command.parse_order()) {
+        text += option->get_positional() ? "" : ' ' + option->get_name();
+        const size_t index = used[option]++;
+        if (option->get_items_expected_max() > 0 && index < option->results().size()) {
+            text += ' ' + option->results()[index];
+        }
+    }
+    return text;
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+/**
+ * The command line that a subcommand was given, for a comment in its result: "vx-case", its name,
+ * and its options in their order.
+ */
+std::string commandLineOf(const CLI::App& command);

@@ -1,0 +1,159 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <memory>
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "commands/CommandLine.h"
+#include "commands/Commands.h"
+#include "generate/WaveFile.h"
+
+namespace {
+constexpr char kFooter[] =
+    R"(Channels 0 to 2 are the phase voltages and 3 the neutral voltage in mV, 4 to 6
+the phase currents and 7 the neutral current in mA.
+
+Example, a second in which the first voltage sags to 40 % with a phase jump:
+  vx-case generate --duration 1 --disturbance 0.3:0.4:0.4:-30:0 -o sag.csv)";
+
+/** Reads a number per channel, comma-separated, into the given member of the channels. */
+bool readChannels(const std::string& text, double WaveChannel::*member, WaveParameters& parameters)
+{
+    const auto fields = splitText(text, ',');
+    if (fields.size() != parameters.mChannels.size()) {
+        return false;
+    }
+    for (size_t channel = 0; channel < fields.size(); ++channel) {
+        if (!parseNumber(fields[channel], &(parameters.mChannels[channel].*member))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/** Reads channel numbers, comma-separated. */
+bool readChannelSet(std::string_view text, ChannelSet& channels)
+{
+    channels.reset();
+    for (const std::string_view field : splitText(text, ',')) {
+        size_t channel = 0;
+        if (!parseNumber(field, &channel) || channel >= channels.size()) {
+            return false;
+        }
+        channels.set(channel);
+    }
+    return true;
+}
+
+bool readHarmonic(const std::string& text, WaveParameters& parameters)
+{
+    const auto fields = splitText(text, ':');
+    Harmonic harmonic{};
+    const bool isGood = fields.size() == 4 && parseNumber(fields[0], &harmonic.mOrder) &&
+                        parseNumber(fields[1], &harmonic.mRatio) &&
+                        parseNumber(fields[2], &harmonic.mPhase) &&
+                        readChannelSet(fields[3], harmonic.mChannels);
+    parameters.mHarmonics.push_back(harmonic);
+    return isGood;
+}
+
+bool readDisturbance(const std::string& text, WaveParameters& parameters)
+{
+    const auto fields = splitText(text, ':');
+    Disturbance disturbance{};
+    const bool isGood = fields.size() == 5 && parseNumber(fields[0], &disturbance.mStart) &&
+                        parseNumber(fields[1], &disturbance.mDuration) &&
+                        parseNumber(fields[2], &disturbance.mFactor) &&
+                        parseNumber(fields[3], &disturbance.mPhaseJump) &&
+                        readChannelSet(fields[4], disturbance.mChannels);
+    parameters.mDisturbances.push_back(disturbance);
+    return isGood;
+}
+
+/** One option that fills the parameters from its text; read tells whether it could. */
+struct Reader
+{
+    const char* mName;
+    const char* mForm;
+    const char* mExample;
+    const char* mHelp;
+    bool mIsRepeatable;
+    bool (*mRead)(const std::string& text, WaveParameters& parameters);
+};
+
+const Reader kReaders[] = {
+    {"--frequency", "HZ", "49.95", "Signal frequency (default 50)", false,
+     [](auto& text, auto& parameters) { return parseNumber(text, &parameters.mFrequency); }},
+    {"--duration", "SECONDS", "0.5", "Rounded to whole periods of the signal (default 1)", false,
+     [](auto& text, auto& parameters) { return parseNumber(text, &parameters.mDuration); }},
+    {"--amplitudes", "A0,...,A7", "325269,325269,325269,0,7071,7071,7071,0",
+     "Peak values of the channels (default 230 V and 5 A rms)", false,
+     [](auto& text, auto& parameters) {
+         return readChannels(text, &WaveChannel::mAmplitude, parameters);
+     }},
+    {"--phases", "P0,...,P7", "0,-120,120,0,-30,-150,90,0",
+     "Degrees at the start (default 0,-120,120,0,-30,-150,90,0)", false,
+     [](auto& text, auto& parameters) {
+         return readChannels(text, &WaveChannel::mPhase, parameters);
+     }},
+    {"--harmonic", "ORDER:RATIO:DEGREES:CHANNELS", "5:0.06:0:0,1,2",
+     "Adds a harmonic, relative to the fundamental; repeatable", true, readHarmonic},
+    {"--disturbance", "START:SECONDS:FACTOR:DEGREES:CHANNELS", "0.3:0.4:0.4:-30:0",
+     "Scales and shifts channels for some time; repeatable", true, readDisturbance},
+};
+
+/** What the command was told to do. */
+struct GenerateOptions
+{
+    WaveParameters mParameters;
+    std::string mOutput; ///< empty for standard output
+};
+
+/** Each appearance of an option has one text; the last one counts where it is not repeatable. */
+void addReader(CLI::App& command, const Reader& reader, WaveParameters& parameters)
+{
+    CLI::Option& option = *command.add_option_function<std::vector<std::string>>(
+        reader.mName,
+        [&reader, &parameters](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts) {
+                if (!reader.mRead(text, parameters)) {
+                    throw CLI::ValidationError(
+                        reader.mName, fmt::format("'{}': expected {}, for example {}", text,
+                                                  reader.mForm, reader.mExample));
+                }
+            }
+        },
+        reader.mHelp);
+    option.type_name(reader.mForm)->allow_extra_args(false);
+    if (!reader.mIsRepeatable) {
+        option.expected(1)->take_last();
+    }
+}
+
+void generate(const GenerateOptions& options, const std::string& commandLine)
+{
+    const std::string problem = problemOf(options.mParameters);
+    if (!problem.empty()) {
+        throw CLI::ValidationError(problem);
+    }
+    ResultFile output(options.mOutput);
+    writeWave(Wave(options.mParameters), {"made by " + commandLine}, output);
+    output.commit();
+}
+} // namespace
+
+void addGenerateCommand(CLI::App& app)
+{
+    CLI::App& command = *app.add_subcommand(
+        "generate", "Writes a value file: one line per degree of phase, 360 lines a period");
+    command.footer(kFooter);
+    const auto options = std::make_shared<GenerateOptions>();
+    for (const Reader& reader : kReaders) {
+        addReader(command, reader, options->mParameters);
+    }
+    command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
+        ->type_name("FILE");
+    command.callback([options, &command] { generate(*options, commandLineOf(command)); });
+}
