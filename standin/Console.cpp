@@ -3,25 +3,37 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cstdio>
+
+namespace {
+
+/** Nobody is told of a failure: there is no other place to tell it. */
+void print(const std::string& text)
+{
+    std::fputs(text.c_str(), stderr);
+}
+
+} // namespace
+
 Console::Console() : mIsTerminal(isatty(STDERR_FILENO) == 1) {}
 
 void Console::message(const std::string& text)
 {
     clearStatus();
-    fmt::print(stderr, "vx-sandbox: {}\n", text);
+    print(fmt::format("vx-sandbox: {}\n", text));
 }
 
 /** The cursor goes back to the line's start, so that what the program prints does not follow. */
 void Console::status(const std::string& text)
 {
-    fmt::print(stderr, "\r\033[K{}\r", text);
+    print(fmt::format("\r\033[K{}\r", text));
     mHasStatus = true;
 }
 
 void Console::clearStatus()
 {
     if (mHasStatus) {
-        fmt::print(stderr, "\r\033[K");
+        print("\r\033[K");
         mHasStatus = false;
     }
 }

@@ -1,5 +1,7 @@
 #include "DriverFiles.h"
 
+#include <algorithm>
+
 #include "FixedPaths.h"
 #include "SampleRecord.h"
 
@@ -43,6 +45,15 @@ std::string driverFileName(DriverFile file)
 {
     const std::string path = driverFileTraits(file).mPath;
     return path.substr(path.rfind('/') + 1);
+}
+
+std::optional<DriverFile> driverFileNamed(const std::string& name)
+{
+    const std::vector<DriverFile> files = driverFiles(true);
+    const auto found = std::find_if(files.begin(), files.end(), [&name](DriverFile file) {
+        return driverFileName(file) == name;
+    });
+    return found == files.end() ? std::nullopt : std::optional(*found);
 }
 
 std::vector<DriverFile> driverFiles(bool withPmeDevice)

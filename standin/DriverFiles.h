@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ const DriverFileTraits& driverFileTraits(DriverFile file);
 
 /** The last part of the path, such as "adc-in". */
 std::string driverFileName(DriverFile file);
+
+/** The file of that name, the PME device included. */
+std::optional<DriverFile> driverFileNamed(const std::string& name);
 
 /** All files, in the order of their paths above; the PME device only when asked for. */
 std::vector<DriverFile> driverFiles(bool withPmeDevice);

@@ -75,14 +75,8 @@ bool isVanished(fuse_req_t request, fuse_ino_t inode)
 /** What an open with these flags needs of the file's mode, for its owner. */
 mode_t wantedPermissions(int flags)
 {
-    switch (flags & O_ACCMODE) {
-        case O_RDONLY:
-            return S_IRUSR;
-        case O_WRONLY:
-            return S_IWUSR;
-        default:
-            return S_IRUSR | S_IWUSR;
-    }
+    const int access = flags & O_ACCMODE;
+    return (access != O_WRONLY ? S_IRUSR : 0U) | (access != O_RDONLY ? S_IWUSR : 0U);
 }
 
 /** Splicing would only cost a copy more: every write is looked at in memory. */
@@ -94,18 +88,17 @@ void init(void* /*server*/, fuse_conn_info* connection)
 
 void lookUp(fuse_req_t request, fuse_ino_t /*parent*/, const char* name)
 {
-    for (const DriverFile file : driverFiles(true)) {
-        if (driverFileName(file) == name) {
-            fuse_entry_param entry{};
-            entry.ino = inodeOf(file);
-            entry.attr = attributesOf(entry.ino);
-            entry.attr_timeout = kAttributeSeconds;
-            entry.entry_timeout = kEntrySeconds;
-            fuse_reply_entry(request, &entry);
-            return;
-        }
+    const std::optional<DriverFile> file = driverFileNamed(name);
+    if (!file) {
+        fuse_reply_err(request, ENOENT);
+        return;
     }
-    fuse_reply_err(request, ENOENT);
+    fuse_entry_param entry{};
+    entry.ino = inodeOf(*file);
+    entry.attr = attributesOf(entry.ino);
+    entry.attr_timeout = kAttributeSeconds;
+    entry.entry_timeout = kEntrySeconds;
+    fuse_reply_entry(request, &entry);
 }
 
 void getAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/)

@@ -63,6 +63,7 @@ std::optional<std::uint64_t> parseCount(const std::string& text)
     return error == std::errc{} && rest == end ? std::optional(count) : std::nullopt;
 }
 
+/** One part at least. */
 std::vector<std::string> splitAtColons(const std::string& text)
 {
     std::vector<std::string> parts;
@@ -84,17 +85,6 @@ int errnoOf(const std::string& name)
         }
     }
     return 0;
-}
-
-bool parseFaultFile(const std::string& text, Fault& fault)
-{
-    for (const DriverFile file : driverFiles(true)) {
-        if (driverFileName(file) == text) {
-            fault.mFile = file;
-            return true;
-        }
-    }
-    return false;
 }
 
 bool parseFaultMoment(const std::string& text, Fault& fault)
@@ -138,12 +128,13 @@ bool parseFaultCount(const std::string& text, Fault& fault)
 
 Fault parseFault(const std::string& text)
 {
+    const std::vector<std::string> parts = splitAtColons(text);
+    const std::optional<DriverFile> file = driverFileNamed(parts[0]);
     Fault fault;
     fault.mText = text;
-    const std::vector<std::string> parts = splitAtColons(text);
-    const bool isRight = (parts.size() == 3 || parts.size() == 4) &&
-                         parseFaultFile(parts[0], fault) && parseFaultMoment(parts[1], fault) &&
-                         parseFaultKind(parts[2], fault) &&
+    fault.mFile = file.value_or(DriverFile::AdcIn);
+    const bool isRight = file && (parts.size() == 3 || parts.size() == 4) &&
+                         parseFaultMoment(parts[1], fault) && parseFaultKind(parts[2], fault) &&
                          (parts.size() == 3 || parseFaultCount(parts[3], fault));
     if (!isRight) {
         throw std::runtime_error(

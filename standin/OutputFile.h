@@ -1,14 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
+#include <memory>
 #include <string>
-
-#include "FileDescriptor.h"
 
 class Console;
 
 /**
- * A file that is only appended to, buffered here. One that nobody asked for (no path) swallows
+ * A file that is only appended to, buffered. One that nobody asked for (no path) swallows
  * everything. A write that fails is reported once and ends the output, because a file with a hole
  * in it would be worse than a short one.
  */
@@ -26,7 +26,7 @@ public:
     ~OutputFile();
 
     /** Whether what is written goes anywhere. */
-    bool isOpen() const { return mFile.isOpen(); }
+    bool isOpen() const { return mFile != nullptr; }
 
     void write(const void* data, std::size_t size);
     void flush();
@@ -35,9 +35,15 @@ public:
     bool hasFailed() const { return mHasFailed; }
 
 private:
+    struct Closer
+    {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+
+    void endWithError();
+
     std::string mPath;
     Console& mConsole;
-    FileDescriptor mFile;
-    std::string mBuffer;
+    std::unique_ptr<std::FILE, Closer> mFile;
     bool mHasFailed = false;
 };

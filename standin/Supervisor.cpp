@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -259,7 +260,7 @@ void Supervisor::reportEnd()
     for (const std::string& fault : mDriver.faults().unmet()) {
         mConsole.message("the program ended before a write met the fault " + fault);
     }
-    fmt::print("{}", summaryText(mDriver, mOptions.wantsPmeDevice()));
+    std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
 }
 
 /** True when --for or its patience ended the program; one that crashes on its way out ended by

@@ -18,7 +18,6 @@ struct Write
 const std::vector<Write> kWrites = {
     {kSampleBufferPath, 48, 0, true},
     {kSampleBufferPath, 360 * 48, 48, true},
-    {kSampleBufferPath, 1, 0, false},
     {kSampleBufferPath, 47, 0, false},
     {kSampleBufferPath, 49, 0, false},
     {kSampleBufferPath, 360 * 48 + 1, 0, false},
@@ -27,7 +26,6 @@ const std::vector<Write> kWrites = {
     {kF2hPath, 16, 0, true},
     {kF2hPath, 16, 16, false},
     {kF2hPath, 15, 0, false},
-    {kF2hPath, 32, 0, false},
     {kR2hPath, 48, 0, true},
     {kR2hPath, 48, 48, false},
     {kR2hPath, 47, 0, false},
@@ -170,14 +168,9 @@ TEST_F(SandboxTest, FilesOpenOneWayOnly)
         "for file in /dev/adc-in /dev/pme-sim /sys/devices/platform/vxadc-sim/*; do\n"
         "  for mode in '<' '>' '<>'; do eval \"(: $mode$file)\" && printf y || printf n; done\n"
         "  echo \" ${file##*/}\"\n"
-        "done 2>errors",
+        "done 2>errors; grep -c 'Permission denied' errors",
         {"--pme", "pme.bin"}));
-    EXPECT_EQ(permissions, "nyn adc-in\nnyn pme-sim\nnyn d2h\nnyn f2h\nynn h2p\nnyn r2h\n");
-    const Words errors = split(mRunner.readFile("errors"), '\n');
-    EXPECT_EQ(errors.size(), 12U);
-    for (const std::string& error : errors) {
-        EXPECT_NE(error.find("Permission denied"), std::string::npos) << error;
-    }
+    EXPECT_EQ(permissions, "nyn adc-in\nnyn pme-sim\nnyn d2h\nnyn f2h\nynn h2p\nnyn r2h\n12\n");
 }
 
 /** Each script ends when the last process that holds its pipe has ended. */
@@ -237,7 +230,6 @@ TEST_F(SandboxTest, DevIsPrivateAndTheRestOfEtcIsTheHosts)
         "test -w /dev/adc-in && test -d /dev/pts && test -L /dev/fd || echo incomplete\n"
         "test -w /etc/vx || echo not writable\n"
         "cd /sys/devices/platform/vxadc-sim; ls\n"
-        "dd if=/dev/zero of=h2p bs=2 count=1 conv=notrunc && echo h2p is writable\n"
         "echo text >/dev/null && head -c 2 /dev/zero | od -An -tx1");
     EXPECT_EQ(programOutput(dev), "d2h\nf2h\nh2p\nr2h\n 00 00\n") << dev;
 }
