@@ -1,26 +1,25 @@
 #include "Clocks.h"
 
-#include <ctime>
+#include <chrono>
 
 namespace {
 
-std::int64_t readClock(clockid_t clock)
+template <typename Clock>
+std::int64_t nanosecondsOf()
 {
-    timespec time{};
-    clock_gettime(clock, &time);
-    return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;
+    return std::chrono::nanoseconds(Clock::now().time_since_epoch()).count();
 }
 
 } // namespace
 
 std::int64_t realtimeNs()
 {
-    return readClock(CLOCK_REALTIME);
+    return nanosecondsOf<std::chrono::system_clock>();
 }
 
 std::int64_t monotonicNs()
 {
-    return readClock(CLOCK_MONOTONIC);
+    return nanosecondsOf<std::chrono::steady_clock>();
 }
 
 Arrival Arrival::now()

@@ -1,6 +1,5 @@
 #include "PrivateMounts.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sched.h>
@@ -8,10 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <memory>
+#include <filesystem>
 #include <stdexcept>
 #include <vector>
 
@@ -31,16 +28,13 @@ constexpr const char* kUsualNodes[] = {
 
 std::string parentOf(const std::string& path)
 {
-    const std::size_t slash = path.rfind('/');
-    return slash == 0 ? "/" : path.substr(0, slash);
+    return std::filesystem::path(path).parent_path();
 }
 
 bool isDirectory(const std::string& path)
 {
-    struct stat status
-    {
-    };
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
 }
 
 void writeProcFile(const char* path, const std::string& text)
@@ -119,29 +113,11 @@ mode_t modeOf(const FileDescriptor& file)
 
 std::vector<std::string> entryNames(const std::string& path)
 {
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
-    if (!directory) {
-        throwErrno("cannot list " + path);
-    }
     std::vector<std::string> names;
-    while (const dirent* entry = readdir(directory.get())) {
-        const std::string name = static_cast<const char*>(entry->d_name);
-        if (name != "." && name != "..") {
-            names.push_back(name);
-        }
+    for (const auto& entry : std::filesystem::directory_iterator(path)) {
+        names.push_back(entry.path().filename());
     }
     return names;
-}
-
-void copyLink(const FileDescriptor& oldDirectory, const std::string& name,
-              const std::string& newLink)
-{
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length =
-        readlinkat(oldDirectory.get(), name.c_str(), target.data(), target.size() - 1);
-    if (length < 0 || symlink(target.data(), newLink.c_str()) != 0) {
-        throwErrno("cannot make the link " + newLink);
-    }
 }
 
 /** Makes `name` of the old directory appear in the new one; one that is not there is skipped. */
@@ -154,9 +130,10 @@ void carryOver(const FileDescriptor& oldDirectory, const std::string& name,
     if (fstatat(oldDirectory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return;
     }
+    const std::string source = "/proc/self/fd/" + std::to_string(oldDirectory.get()) + "/" + name;
     const std::string target = newDirectory + "/" + name;
     if (S_ISLNK(status.st_mode)) {
-        copyLink(oldDirectory, name, target);
+        std::filesystem::copy_symlink(source, target);
         return;
     }
     if (S_ISDIR(status.st_mode)) {
@@ -164,7 +141,7 @@ void carryOver(const FileDescriptor& oldDirectory, const std::string& name,
     } else {
         makeMountPointFile(target);
     }
-    bind("/proc/self/fd/" + std::to_string(oldDirectory.get()) + "/" + name, target);
+    bind(source, target);
 }
 
 } // namespace

@@ -9,10 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <string>
 
@@ -37,10 +37,7 @@ timespec toTimespec(std::int64_t nanoseconds)
 /** Enters the working directory again by its name: it may have been covered. */
 void reenterWorkingDirectory()
 {
-    std::array<char, PATH_MAX> path{};
-    if (getcwd(path.data(), path.size()) == nullptr || chdir(path.data()) != 0) {
-        throwErrno("cannot enter the working directory again");
-    }
+    std::filesystem::current_path(std::filesystem::current_path());
 }
 
 } // namespace
