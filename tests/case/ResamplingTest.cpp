@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include "ClosedForm.h"
+#include "SampleStep.h"
+#include "resampling/Interpolator.h"
+#include "resampling/PhaseFollower.h"
+#include "resampling/Schedule.h"
+
+namespace {
+constexpr double kSeconds = 3.0;
+constexpr double kPeriod = 0.02;
+
+/** 100 dB below the peak. */
+constexpr double kLargestError = ClosedForm::kPeak * 1e-5;
+
+std::vector<double> uniformTimes(double rate, double seconds)
+{
+    std::vector<double> times;
+    for (int i = 0; i / rate <= seconds; ++i) {
+        times.push_back(i / rate);
+    }
+    return times;
+}
+
+/** A signal as a recorder would have it, and what it takes to have it at other instants. */
+struct Recorded
+{
+    Recorded(const ClosedForm& signal, const std::vector<double>& seconds)
+        : mTimes(seconds, false), mColumns(3)
+    {
+        for (const double time : seconds) {
+            for (int phase = 0; phase < 3; ++phase) {
+                mColumns[phase].mValues.push_back(signal.valueAt(time, phase));
+            }
+        }
+    }
+
+    std::optional<PhaseTrack> track() const
+    {
+        const PhaseMeter meter(mTimes, positiveSequence({&mColumns[0].mValues, &mColumns[1].mValues,
+                                                         &mColumns[2].mValues}));
+        return PhaseFollower(meter, 50.0).follow();
+    }
+
+    SampleTimes mTimes;
+    std::vector<SourceColumn> mColumns;
+};
+
+/** The largest error of the lines that are so many seconds from jumps and ends. */
+double errorOf(const ClosedForm& signal, Recorded& recorded, const Schedule& schedule,
+               double distance)
+{
+    Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
+    std::vector<double> values;
+    double largest = 0.0;
+    for (size_t line = 0; line < schedule.mLineCount; ++line) {
+        const double seconds = schedule.secondsOf(line);
+        if (signal.isQuiet(seconds, recorded.mTimes.end(), distance)) {
+            interpolator.valuesAt(seconds, values);
+            for (int phase = 0; phase < 3; ++phase) {
+                largest =
+                    std::max(largest, std::abs(values[phase] - signal.valueAt(seconds, phase)));
+            }
+        }
+    }
+    return largest;
+}
+
+/** How far the phase at the beginnings of the periods strays, in degrees. */
+double phaseErrorOf(const ClosedForm& signal, const Schedule& schedule)
+{
+    double least = 1e9;
+    double most = -1e9;
+    for (size_t period = 0; period < schedule.mPeriods.size(); ++period) {
+        const double seconds = schedule.mPeriods[period].mStart;
+        if (signal.isQuiet(seconds, kSeconds, 3.0 * kPeriod)) {
+            const double degrees = 360.0 * (signal.cyclesAt(seconds) - static_cast<double>(period));
+            least = std::min(least, degrees);
+            most = std::max(most, degrees);
+        }
+    }
+    return most - least;
+}
+
+struct Case
+{
+    const char* mName;
+    ClosedForm mSignal;
+    double mPhaseDegrees; ///< allowed
+};
+
+const Case kCases[] = {
+    {"steady", {50.02, 0.0, 0.0, 0.0}, 0.2},
+    {"ramp", {50.02, 1.0, 0.0, 0.0}, 0.2},
+    {"sag", {50.02, 0.0, 1.2034, 1.7071}, 0.2},
+    {"rampAndSag", {50.02, 1.0, 1.2034, 1.7071}, 2.0},
+};
+} // namespace
+
+class ResamplingTest : public testing::TestWithParam<std::tuple<Case, double>>
+{
+};
+
+/** Both ways of setting the lines, against the signal itself. */
+TEST_P(ResamplingTest, IsExact)
+{
+    const auto& [testCase, rate] = GetParam();
+    const ClosedForm& signal = testCase.mSignal;
+    Recorded recorded(signal, uniformTimes(rate, kSeconds));
+    const auto steady = scheduleKeepingTime(50.0F, 0.0, kSeconds);
+    EXPECT_DOUBLE_EQ(steady.secondsOf(1000), 1000 * 55'555e-9);
+    EXPECT_LE(errorOf(signal, recorded, steady, 50.0 / rate), kLargestError);
+
+    const auto track = recorded.track();
+    ASSERT_TRUE(track);
+    const auto schedule = scheduleKeepingPhase(*track, 0.0, kSeconds);
+    EXPECT_LE(errorOf(signal, recorded, schedule, 3 * kPeriod), kLargestError);
+    EXPECT_LE(phaseErrorOf(signal, schedule), testCase.mPhaseDegrees);
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, ResamplingTest,
+                         testing::Combine(testing::ValuesIn(kCases),
+                                          testing::Values(4'800.0, 20'000.0)),
+                         [](const auto& test) {
+                             return std::string(std::get<0>(test.param).mName) + "At" +
+                                    std::to_string(int(std::get<1>(test.param)));
+                         });

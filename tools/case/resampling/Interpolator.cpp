@@ -1,0 +1,168 @@
+#include "resampling/Interpolator.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+/** A shorter stretch, such as a gap, is bridged by polynomials. */
+constexpr size_t kShortestStretch = 16;
+
+constexpr size_t kCubicPoints = 4;
+
+/** Rates of which a kernel is kept, 1 % apart: each takes some 1.5 MB. */
+constexpr size_t kMostKernels = 16;
+constexpr double kKernelsAnOctave = 64.0;
+
+/** Rates are the same, although a frequency drifts and a step is truncated, in 1/64 octave. */
+constexpr double kRounding = 0.9;
+
+/** How near an instant is to a sample that coincides with it, in steps. */
+constexpr double kCoincidence = 1e-7;
+
+/** Four sums at a time: the processor need not wait for one to add to it. */
+double dot(const double* a, const double* b, size_t count)
+{
+    constexpr size_t kSums = 4;
+    double sums[kSums] = {0.0, 0.0, 0.0, 0.0};
+    size_t i = 0;
+    for (; i + kSums <= count; i += kSums) {
+        for (size_t sum = 0; sum < kSums; ++sum) {
+            sums[sum] += a[i + sum] * b[i + sum];
+        }
+    }
+    for (; i < count; ++i) {
+        sums[0] += a[i] * b[i];
+    }
+    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+}
+
+/** The polynomial through points of any distance; of points at one place, all count. */
+double polynomial(const std::vector<std::pair<double, double>>& points, double at)
+{
+    double sum = 0.0;
+    for (const auto& [x, y] : points) {
+        double product = y;
+        for (const auto& [other, ignored] : points) {
+            product *= other == x ? 1.0 : (at - other) / (x - other);
+        }
+        sum += product;
+    }
+    return sum;
+}
+} // namespace
+
+Interpolator::Interpolator(const SampleTimes& times, const std::vector<SourceColumn>& columns,
+                           double outputRate)
+    : mTimes(times), mColumns(columns), mOutputRate(outputRate)
+{
+}
+
+void Interpolator::valuesAt(double seconds, std::vector<double>& values)
+{
+    values.resize(mColumns.size());
+    double skew = 0.0;
+    for (size_t column = 0; column < mColumns.size(); ++column) {
+        if (column == 0 || mColumns[column].mSkewSeconds != skew) {
+            skew = mColumns[column].mSkewSeconds;
+            prepare(std::clamp(seconds - skew, mTimes.begin(), mTimes.end()));
+        }
+        values[column] = valueNow(mColumns[column].mValues);
+    }
+}
+
+/** None for a stretch that is too short, and none for the many rates of wild time stamps. */
+const SincKernel* Interpolator::kernelFor(const Stretch& stretch)
+{
+    if (stretch.sampleCount() < kShortestStretch) {
+        return nullptr;
+    }
+    const double excess = std::log2(std::max(1.0 / (stretch.mStep * mOutputRate), 1.0));
+    const int key = static_cast<int>(std::ceil(excess * kKernelsAnOctave - kRounding));
+    const auto found = mKernels.find(key);
+    if (found != mKernels.end()) {
+        return &found->second;
+    }
+    if (mKernels.size() == kMostKernels) {
+        return nullptr;
+    }
+    return &mKernels.emplace(key, SincKernel(std::exp2(-key / kKernelsAnOctave))).first->second;
+}
+
+void Interpolator::prepare(double seconds)
+{
+    mSeconds = seconds;
+    const Stretch& stretch = mTimes.stretchAt(seconds);
+    if (&stretch != mStretch) {
+        mStretch = &stretch;
+        mKernel = kernelFor(stretch);
+    }
+    const double place = std::max((seconds - stretch.mStart) / stretch.mStep, 0.0);
+    mBefore = static_cast<size_t>(place + kCoincidence);
+    const double fraction = std::max(place - static_cast<double>(mBefore), 0.0);
+    mIsOnSample = fraction < kCoincidence && mBefore < stretch.sampleCount();
+    if (mKernel != nullptr && !mIsOnSample) {
+        mKernel->weightsAt(fraction, mWeights);
+    }
+}
+
+double Interpolator::valueNow(const std::vector<double>& column) const
+{
+    if (mIsOnSample) {
+        return column[mStretch->mFirst + mBefore];
+    }
+    if (mKernel == nullptr) {
+        return virtualSample(column, mSeconds);
+    }
+    const auto half = static_cast<long>(mKernel->halfWidth());
+    const long first = static_cast<long>(mBefore) + 1 - half;
+    const bool isInside =
+        first >= 0 && first + 2 * half <= static_cast<long>(mStretch->sampleCount());
+    return isInside ? dot(&column[mStretch->mFirst + static_cast<size_t>(first)], mWeights.data(),
+                          mWeights.size())
+                    : sumOverEdge(column, first);
+}
+
+double Interpolator::sumOverEdge(const std::vector<double>& column, long first) const
+{
+    const auto count = static_cast<long>(mStretch->sampleCount());
+    double sum = 0.0;
+    for (size_t i = 0; i < mWeights.size(); ++i) {
+        const long sample = first + static_cast<long>(i);
+        const bool isInside = sample >= 0 && sample < count;
+        sum += mWeights[i] *
+               (isInside ? column[mStretch->mFirst + static_cast<size_t>(sample)]
+                         : virtualSample(column, mStretch->mStart + static_cast<double>(sample) *
+                                                                        mStretch->mStep));
+    }
+    return sum;
+}
+
+/** What the source would have had at a time that is not one of its samples'. */
+double Interpolator::virtualSample(const std::vector<double>& column, double seconds) const
+{
+    if (seconds < mTimes.begin()) {
+        const double mirrored = std::min(2.0 * mTimes.begin() - seconds, mTimes.end());
+        return 2.0 * column.front() - virtualSample(column, mirrored);
+    }
+    if (seconds > mTimes.end()) {
+        const double mirrored = std::max(2.0 * mTimes.end() - seconds, mTimes.begin());
+        return 2.0 * column.back() - virtualSample(column, mirrored);
+    }
+    const Stretch& stretch = mTimes.stretchAt(seconds);
+    const auto place =
+        static_cast<size_t>(std::max((seconds - stretch.mStart) / stretch.mStep, 0.0));
+    const size_t sample = std::min(stretch.mFirst + place, stretch.mLast);
+    return polynomial(pointsAround(column, sample), seconds);
+}
+
+std::vector<std::pair<double, double>> Interpolator::pointsAround(const std::vector<double>& column,
+                                                                  size_t sample) const
+{
+    const size_t count = std::min(kCubicPoints, mTimes.sampleCount());
+    const size_t first = std::min(sample > 0 ? sample - 1 : 0, mTimes.sampleCount() - count);
+    std::vector<std::pair<double, double>> points;
+    for (size_t i = first; i < first + count; ++i) {
+        points.emplace_back(mTimes.timeOf(i), column[i]);
+    }
+    return points;
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "resampling/SampleTimes.h"
+#include "resampling/SincKernel.h"
+
+/** One channel of a source, whole. */
+struct SourceColumn
+{
+    std::vector<double> mValues;
+    double mSkewSeconds = 0.0; ///< how much later than its sample's time each value was taken
+};
+
+/**
+ * The values of a source at any instant, band-limited: each stretch of equal steps with a kernel
+ * for its rate. Where the kernel reaches beyond a stretch, it sees the neighbours through cubic
+ * polynomials, and beyond the ends of the source its mirror image through the end's value.
+ *
+ * Borrows times and columns, which must outlive it. Not for several threads: it keeps weights.
+ */
+class Interpolator
+{
+public:
+    /** @param outputRate samples a second that are taken; decides what must be filtered away */
+    Interpolator(const SampleTimes& times, const std::vector<SourceColumn>& columns,
+                 double outputRate);
+
+    /**
+     * @param seconds on the source's time; clamped to what it covers
+     * @param values one per column
+     */
+    void valuesAt(double seconds, std::vector<double>& values);
+
+private:
+    using Stretch = SampleTimes::Stretch;
+
+    const SincKernel* kernelFor(const Stretch& stretch);
+    void prepare(double seconds);
+    double valueNow(const std::vector<double>& column) const;
+    double sumOverEdge(const std::vector<double>& column, long first) const;
+    double virtualSample(const std::vector<double>& column, double seconds) const;
+    std::vector<std::pair<double, double>> pointsAround(const std::vector<double>& column,
+                                                        size_t sample) const;
+
+    const SampleTimes& mTimes;
+    const std::vector<SourceColumn>& mColumns;
+    double mOutputRate;
+    std::map<int, SincKernel> mKernels; ///< by how much faster than the output a stretch is
+
+    /** Of the instant in work. */
+    const Stretch* mStretch = nullptr;
+    const SincKernel* mKernel = nullptr; ///< null: polynomials do instead
+    double mSeconds = 0.0;
+    size_t mBefore = 0; ///< sample before the instant, counted in the stretch
+    bool mIsOnSample = false;
+    std::vector<double> mWeights;
+};

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "resampling/PhaseMeter.h"
+#include "resampling/PhaseTrack.h"
+
+/**
+ * Follows the phase of a fundamental from one end of a recording to the other.
+ *
+ * It measures every half period. A run of measurements in which the phase goes on evenly is
+ * trusted. A fault ends the run: the phase turns off by more than a degree, or the amplitude
+ * falls below half. From there the phase goes on with the value and the rate of change of the
+ * frequency over the ten periods before, until the next run has settled; what the phase has
+ * jumped by then is left out, so it stays in the samples. A deep sag that lasts longer than 50
+ * periods is taken as the new state.
+ */
+class PhaseFollower
+{
+public:
+    /** Borrows the meter. @param nominalHz above 0; frequencies within 25 % of it are followed */
+    PhaseFollower(const PhaseMeter& meter, double nominalHz);
+
+    /**
+     * May be called once.
+     * @return nothing where no run of a few periods could be trusted
+     */
+    std::optional<PhaseTrack> follow();
+
+private:
+    struct Point
+    {
+        size_t mHop; ///< its place, from 0
+        double mCycles;
+        double mAmplitude;
+    };
+    using Points = std::vector<Point>;
+
+    /** How the phase goes on where it is not measured. */
+    struct Model
+    {
+        size_t mHop;    ///< where it is anchored
+        double mCycles; ///< there
+        double mSlope;  ///< cycles a hop, there
+        double mBend;   ///< change of the slope, a hop
+
+        double cyclesAt(size_t hop) const;
+    };
+
+    double secondsOf(size_t hop) const;
+    void take(size_t hop);
+    bool continuesRun(const Point& point) const;
+    bool isDeepSag(double amplitude) const;
+    void adopt(const Point& point);
+    bool isSettled() const;
+    void trustRun();
+    void endRun();
+    void keep(size_t count);
+    void fill(const Model& model, size_t from, size_t to);
+    void complete();
+    Model fittedTo(const Points& points, size_t anchor) const;
+
+    const PhaseMeter& mMeter;
+    double mNominalHz;
+    double mHopSeconds;
+    double mFrequency;       ///< Hz, for the next measurement
+    double mReference = 0.0; ///< amplitude before the last fault
+    Points mRun;             ///< consecutive hops
+    double mOffset = 0.0;    ///< cycles from the run's phase to the track's
+    bool mIsTrusted = false; ///< the run
+    bool mHasMeasured = false;
+    bool mIsAfterBreak = false; ///< the run's first windows may hold what ended the one before
+    Points mFirstPoints;        ///< of the first run that was trusted
+    std::optional<Model> mModel;
+    std::vector<double> mCycles; ///< the track, a hop each
+    std::vector<PhaseTrack::Gap> mGaps;
+};

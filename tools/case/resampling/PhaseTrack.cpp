@@ -1,0 +1,71 @@
+#include "resampling/PhaseTrack.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+/** Of Newton's method, which begins near the solution of an almost straight curve. */
+constexpr int kIterations = 6;
+
+struct Curve
+{
+    double mValue;
+    double mSlope; ///< per point
+};
+
+/** The cubic with the given values and slopes at 0 and 1; its tangents beyond. */
+Curve hermite(double y0, double y1, double slope0, double slope1, double x)
+{
+    const double at = std::clamp(x, 0.0, 1.0);
+    const double second = 3.0 * (y1 - y0) - 2.0 * slope0 - slope1;
+    const double third = slope0 + slope1 - 2.0 * (y1 - y0);
+    const double slope = slope0 + at * (2.0 * second + at * 3.0 * third);
+    return {y0 + at * (slope0 + at * (second + at * third)) + (x - at) * slope, slope};
+}
+
+/** Of the curve through the points, between `piece` and the one behind it. */
+Curve curveAt(const std::vector<double>& y, size_t piece, double x)
+{
+    const double chord = y[piece + 1] - y[piece];
+    const double slope0 = piece > 0 ? (y[piece + 1] - y[piece - 1]) / 2.0 : chord;
+    const double slope1 = piece + 2 < y.size() ? (y[piece + 2] - y[piece]) / 2.0 : chord;
+    return hermite(y[piece], y[piece + 1], slope0, slope1, x);
+}
+} // namespace
+
+PhaseTrack::PhaseTrack(double begin, double hop, std::vector<double> cycles, std::vector<Gap> gaps)
+    : mBegin(begin), mHop(hop), mCycles(std::move(cycles)), mGaps(std::move(gaps))
+{
+}
+
+size_t PhaseTrack::pieceOf(double points) const
+{
+    const auto most = static_cast<double>(mCycles.size() - 2);
+    return static_cast<size_t>(std::clamp(points, 0.0, most));
+}
+
+double PhaseTrack::cyclesAt(double seconds) const
+{
+    const double points = (seconds - mBegin) / mHop;
+    const size_t piece = pieceOf(points);
+    return curveAt(mCycles, piece, points - static_cast<double>(piece)).mValue;
+}
+
+double PhaseTrack::frequencyAt(double seconds) const
+{
+    const double points = (seconds - mBegin) / mHop;
+    const size_t piece = pieceOf(points);
+    return curveAt(mCycles, piece, points - static_cast<double>(piece)).mSlope / mHop;
+}
+
+double PhaseTrack::secondsAt(double cycles) const
+{
+    const auto next = std::upper_bound(mCycles.begin(), mCycles.end(), cycles);
+    const size_t piece = pieceOf(static_cast<double>(next - mCycles.begin()) - 1.0);
+    double x = (cycles - mCycles[piece]) / (mCycles[piece + 1] - mCycles[piece]);
+    for (int i = 0; i < kIterations; ++i) {
+        const Curve curve = curveAt(mCycles, piece, x);
+        x += (cycles - curve.mValue) / curve.mSlope;
+    }
+    return mBegin + (static_cast<double>(piece) + x) * mHop;
+}

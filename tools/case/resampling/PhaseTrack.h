@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+/**
+ * The phase of a fundamental over time, in periods from the beginning, without its jumps: the
+ * clock by which 360 samples are one period. It rises.
+ */
+class PhaseTrack
+{
+public:
+    /** A time through which the phase was not measured but went on as before, in s. */
+    using Gap = std::pair<double, double>;
+
+    /**
+     * @param begin s, of the first point
+     * @param hop s between two points
+     * @param cycles at the points, at least two, rising
+     */
+    PhaseTrack(double begin, double hop, std::vector<double> cycles, std::vector<Gap> gaps);
+
+    /** Also beyond the points, straight on. */
+    double cyclesAt(double seconds) const;
+
+    /** When that phase is reached, in s. */
+    double secondsAt(double cycles) const;
+
+    double frequencyAt(double seconds) const; ///< Hz
+
+    /** The faults within the recording, in their order. */
+    const std::vector<Gap>& gaps() const { return mGaps; }
+
+private:
+    size_t pieceOf(double points) const;
+
+    double mBegin;
+    double mHop;
+    std::vector<double> mCycles;
+    std::vector<Gap> mGaps;
+};

@@ -1,0 +1,104 @@
+#include "resampling/SampleTimes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+/** How far a stamp may lie from the line of its stretch, in steps. */
+constexpr double kJitter = 0.3;
+constexpr double kRounding = 1e-6;
+
+/** Steps of a rate that nobody samples with, in s: keeps times and places finite. */
+constexpr double kShortestStep = 1e-9;
+
+/**
+ * The place of the last sample that a line from `first` reaches with all samples between them
+ * within the tolerance: the slopes that fit are narrowed down sample by sample.
+ */
+size_t endOfLine(const std::vector<double>& seconds, size_t first, double tolerance)
+{
+    double least = 0.0;
+    double most = std::numeric_limits<double>::infinity();
+    size_t last = first + 1;
+    for (; last < seconds.size(); ++last) {
+        const auto steps = static_cast<double>(last - first);
+        const double span = seconds[last] - seconds[first];
+        least = std::max(least, (span - tolerance) / steps);
+        most = std::min(most, (span + tolerance) / steps);
+        if (least > most) {
+            break;
+        }
+    }
+    return last - 1;
+}
+
+/** The line through the stamps with the least squares; the stamps' own steps if there are two. */
+SampleTimes::Stretch fitted(const std::vector<double>& seconds, size_t first, size_t last)
+{
+    const auto count = static_cast<double>(last - first + 1);
+    const double middle = (count - 1.0) / 2.0;
+    double mean = 0.0;
+    double product = 0.0;
+    for (size_t i = first; i <= last; ++i) {
+        const double offset = seconds[i] - seconds[first];
+        mean += offset / count;
+        product += (static_cast<double>(i - first) - middle) * offset;
+    }
+    const double squares = count * (count * count - 1.0) / 12.0;
+    const double step = std::max(product / squares, kShortestStep);
+    return {first, last, seconds[first] + mean - middle * step, step};
+}
+
+/** Stamps of a coarse clock repeat: then a line may miss them by one of its ticks. */
+double tickOf(const std::vector<double>& seconds)
+{
+    double tick = std::numeric_limits<double>::infinity();
+    bool doRepeat = false;
+    for (size_t i = 1; i < seconds.size(); ++i) {
+        const double step = seconds[i] - seconds[i - 1];
+        if (step > 0.0) {
+            tick = std::min(tick, step);
+        } else {
+            doRepeat = true;
+        }
+    }
+    return doRepeat && std::isfinite(tick) ? tick : 0.0;
+}
+} // namespace
+
+SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
+{
+    const double tick = tickOf(seconds);
+    for (size_t first = 0; first + 1 < seconds.size();) {
+        const double step = seconds[first + 1] - seconds[first];
+        const double tolerance = std::max(tick, step * (areExact ? kRounding : kJitter));
+        const size_t last = std::max(endOfLine(seconds, first, tolerance), first + 1);
+        mStretches.push_back(fitted(seconds, first, last));
+        first = last;
+    }
+}
+
+const SampleTimes::Stretch& SampleTimes::stretchAt(double seconds) const
+{
+    const auto next = std::upper_bound(
+        mStretches.begin(), mStretches.end(), seconds,
+        [](double value, const Stretch& stretch) { return value < stretch.mStart; });
+    return next == mStretches.begin() ? *next : *std::prev(next);
+}
+
+size_t SampleTimes::nearestSample(double seconds) const
+{
+    const Stretch& stretch = stretchAt(seconds);
+    const double steps = std::round((seconds - stretch.mStart) / stretch.mStep);
+    const auto most = static_cast<double>(stretch.mLast - stretch.mFirst);
+    return stretch.mFirst + static_cast<size_t>(std::clamp(steps, 0.0, most));
+}
+
+double SampleTimes::timeOf(size_t sample) const
+{
+    const auto next = std::upper_bound(
+        mStretches.begin(), mStretches.end(), sample,
+        [](size_t value, const Stretch& stretch) { return value < stretch.mFirst; });
+    return std::prev(next)->timeOf(sample);
+}

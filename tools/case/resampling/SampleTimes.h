@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+/**
+ * When the samples of a source were taken: stretches of equal steps, found from their time
+ * stamps. Stamps that jitter, since they are rounded or read from a clock, are replaced by the
+ * line through them; a change of the rate and a gap begin a new stretch.
+ *
+ * Neighbouring stretches share the sample between them, so they cover the time from the first
+ * sample to the last without a hole.
+ */
+class SampleTimes
+{
+public:
+    struct Stretch
+    {
+        size_t mFirst; ///< place of its first sample
+        size_t mLast;  ///< place of its last sample, at least mFirst + 1
+        double mStart; ///< s, of its first sample
+        double mStep;  ///< s between two samples, above 0
+
+        size_t sampleCount() const { return mLast - mFirst + 1; }
+        double timeOf(size_t sample) const
+        {
+            return mStart + static_cast<double>(sample - mFirst) * mStep;
+        }
+    };
+
+    /**
+     * @param seconds of each sample; must not fall
+     * @param areExact the stamps were computed from a rate: nothing is taken for jitter
+     * Requires: at least two different stamps.
+     */
+    SampleTimes(const std::vector<double>& seconds, bool areExact);
+
+    const std::vector<Stretch>& stretches() const { return mStretches; }
+
+    /** The stretch that holds the time; the first or the last one for times outside. */
+    const Stretch& stretchAt(double seconds) const;
+
+    /** Place of the sample that is nearest to the time. */
+    size_t nearestSample(double seconds) const;
+
+    double timeOf(size_t sample) const;
+    size_t sampleCount() const { return mStretches.back().mLast + 1; }
+    double begin() const { return mStretches.front().mStart; }
+    double end() const { return mStretches.back().timeOf(mStretches.back().mLast); }
+
+private:
+    std::vector<Stretch> mStretches; ///< never empty
+};

@@ -1,0 +1,54 @@
+#include "resampling/Schedule.h"
+
+#include <cmath>
+
+#include "SampleStep.h"
+
+namespace {
+constexpr double kSecondsPerNanosecond = 1e-9;
+
+/** Instants that are the same but for rounding, in lines. */
+constexpr double kRounding = 1e-6;
+} // namespace
+
+double Schedule::secondsOf(size_t line) const
+{
+    const SchedulePeriod& period = mPeriods[line / kSamplesPerPeriod];
+    return period.mStart + static_cast<double>(line % kSamplesPerPeriod) * period.mStep;
+}
+
+float Schedule::frequencyOf(size_t line) const
+{
+    return mPeriods[line / kSamplesPerPeriod].mHz;
+}
+
+Schedule scheduleKeepingTime(float hz, double from, double to)
+{
+    const double step = sampleStepOf(hz);
+    Schedule schedule;
+    const double lines = (to - from) / (step * kSecondsPerNanosecond) + kRounding;
+    schedule.mLineCount = static_cast<size_t>(lines) + 1;
+    for (size_t line = 0; line < schedule.mLineCount; line += kSamplesPerPeriod) {
+        // Whole nanoseconds up to here: no error adds up.
+        const double start = from + static_cast<double>(line) * step * kSecondsPerNanosecond;
+        schedule.mPeriods.push_back({start, step * kSecondsPerNanosecond, hz});
+    }
+    return schedule;
+}
+
+Schedule scheduleKeepingPhase(const PhaseTrack& track, double from, double to)
+{
+    const double firstCycles = track.cyclesAt(from);
+    Schedule schedule;
+    double start = from;
+    for (size_t period = 1; start <= to; ++period) {
+        const double next = track.secondsAt(firstCycles + static_cast<double>(period));
+        const double step = (next - start) / kSamplesPerPeriod;
+        schedule.mPeriods.push_back({start, step, static_cast<float>(1.0 / (next - start))});
+        start = next;
+    }
+    const SchedulePeriod& last = schedule.mPeriods.back();
+    schedule.mLineCount = (schedule.mPeriods.size() - 1) * kSamplesPerPeriod +
+                          static_cast<size_t>((to - last.mStart) / last.mStep + kRounding) + 1;
+    return schedule;
+}
