@@ -1,10 +1,11 @@
 #include "Configuration.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdio>
 
 #include "ConfigurationLine.h"
@@ -26,7 +27,27 @@ constexpr int kMaxCommandBytes = 64 * 1024;
  */
 constexpr int kMostReads = 2 * kMaxCommandBytes / static_cast<int>(FifoPeek::kMostBytes);
 
-constexpr quint32 kNanosecondsPerMillisecond = 1'000'000;
+constexpr qint64 kNanosecondsPerMillisecond = 1'000'000;
+constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+
+/** In a wait, the time between two looks at what is always ready and never gives a command. */
+constexpr qint64 kLookInterval = 50 * kNanosecondsPerMillisecond;
+
+/** In a wait, so many looks that bring something follow each other at once: nobody must flood. */
+constexpr int kMostLooksAtOnce = 100;
+
+/** ns on the clock that nobody sets. */
+qint64 monotonicNow()
+{
+    const timespec now = TimeUtils::monotonicTime();
+    return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
+}
+
+int roundedUpToMilliseconds(qint64 nanoseconds)
+{
+    return static_cast<int>((nanoseconds + kNanosecondsPerMillisecond - 1) /
+                            kNanosecondsPerMillisecond);
+}
 } // namespace
 
 ConfigurationItem::ConfigurationItem(quint32 repetitions, const QString& fileName)
@@ -40,34 +61,48 @@ Configuration::Configuration() : mOnceConfiguration(kNoConfiguration)
     // An existing FIFO is used as it is; any other failure shows when the FIFO is missing.
     mkfifo(kControlFifoPath, kControlFifoMode);
     mControlDevice.setFileName(QString::fromLatin1(kControlFifoPath));
-    if (!mControlDevice.exists()) {
+    // The static one follows links: through one to nowhere a file would be made.
+    if (!QFile::exists(mControlDevice.fileName())) {
         logError(mLogger, LOG4CXX_LOCATION, [this] {
             return "File:" + local8Bit(mControlDevice.fileName()) + " doesnot exist";
         });
         return;
     }
-    // A link to nowhere is there as far as exists() goes; no file is made through it.
-    mControlDevice.open(QIODevice::ReadWrite | QIODevice::ExistingOnly);
-    reportOpenRights();
+    openControlDevice(LOG4CXX_LOCATION);
 }
 
 Configuration::~Configuration() = default;
 
+/** Reports as its caller, whose location it gets; as do the others that get one. */
+void Configuration::openControlDevice(const log4cxx::spi::LocationInfo& location)
+{
+    if (!mControlDevice.open(QIODevice::ReadWrite)) {
+        logInfo(mLogger, location, [this] {
+            return local8Bit(mControlDevice.fileName()) + " is there but does not open (" +
+                   local8Bit(mControlDevice.errorString()) + "): no command can be taken";
+        });
+        return;
+    }
+    // Somebody else may read what the poll has seen; a blocking read would then stop the stream.
+    const int descriptor = mControlDevice.handle();
+    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+    reportOpenRights(location);
+}
+
 /** Tells when the FIFO is one that others can command the program through, or take lines from. */
-void Configuration::reportOpenRights() const
+void Configuration::reportOpenRights(const log4cxx::spi::LocationInfo& location) const
 {
     constexpr mode_t kRightsOfOthers = S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
     struct stat status
     {
     };
-    if (!mControlDevice.isOpen() || fstat(mControlDevice.handle(), &status) != 0 ||
-        !S_ISFIFO(status.st_mode)) {
+    if (fstat(mControlDevice.handle(), &status) != 0 || !S_ISFIFO(status.st_mode)) {
         return;
     }
     if (status.st_uid == geteuid() && (status.st_mode & kRightsOfOthers) == 0) {
         return;
     }
-    logInfo(mLogger, LOG4CXX_LOCATION, [&] {
+    logInfo(mLogger, location, [&] {
         std::array<char, sizeof "07777"> mode{};
         std::snprintf(mode.data(), mode.size(), "%04o", status.st_mode & ALLPERMS);
         return local8Bit(mControlDevice.fileName()) + " was there, with mode " + mode.data() +
@@ -101,6 +136,13 @@ void Configuration::setCurrentConfiguration(qint32 number)
     mCurrentConfiguration = number;
 }
 
+bool Configuration::hasSamples() const
+{
+    const QList<ConfigurationItem> items = mConfigurations.value(mCurrentConfiguration);
+    return std::any_of(items.begin(), items.end(),
+                       [](const ConfigurationItem& item) { return item.hasSamples(); });
+}
+
 void Configuration::resetIterator()
 {
     mItemIterator = mConfigurations[mCurrentConfiguration].begin();
@@ -117,7 +159,7 @@ ConfigurationItem* Configuration::nextItem()
 bool Configuration::readUserInput()
 {
     QByteArray line;
-    if (!takeCommandLine(&line)) {
+    if (!takeCommandLine(&line, LOG4CXX_LOCATION)) {
         return false;
     }
     const QString text = QString::fromUtf8(line);
@@ -130,15 +172,21 @@ bool Configuration::readUserInput()
 
 bool Configuration::waitForUserInput(int msecs)
 {
-    const bool timedOut = !mControlDevice.waitForReadyRead(msecs) && errno == ETIMEDOUT;
-    if (timedOut) {
-        return false;
-    }
-    if (readUserInput()) {
-        return true;
-    }
-    // Something is there that will not go away, or goes away without a command.
-    TimeUtils::nanoSleep(static_cast<quint32>(msecs) * kNanosecondsPerMillisecond);
+    const qint64 end = monotonicNow() + msecs * kNanosecondsPerMillisecond;
+    qint64 left = msecs * kNanosecondsPerMillisecond;
+    int looks = 0;
+    do {
+        const bool isReady = mControlDevice.waitForReadyRead(roundedUpToMilliseconds(left));
+        if (isReady && readUserInput()) {
+            return true;
+        }
+        const bool lookAtOnce = isReady && mTookBytes && ++looks < kMostLooksAtOnce;
+        left = end - monotonicNow();
+        if (left > 0 && !lookAtOnce) {
+            TimeUtils::nanoSleep(static_cast<quint32>(std::min(left, kLookInterval)));
+            left = end - monotonicNow();
+        }
+    } while (left > 0);
     return false;
 }
 
@@ -146,8 +194,9 @@ bool Configuration::waitForUserInput(int msecs)
  * True when a whole line is in *line, with its line end. What follows the line end belongs to the
  * next call and stays in the FIFO.
  */
-bool Configuration::takeCommandLine(QByteArray* line)
+bool Configuration::takeCommandLine(QByteArray* line, const log4cxx::spi::LocationInfo& location)
 {
+    mTookBytes = false;
     std::array<char, FifoPeek::kMostBytes> bytes{};
     for (int reads = 0; reads < kMostReads && mControlDevice.waitForReadyRead(0); ++reads) {
         const size_t share = mControlPeek.bytesOfFirstLine(mControlDevice.handle());
@@ -156,7 +205,8 @@ bool Configuration::takeCommandLine(QByteArray* line)
             return false;
         }
         const bool atEndOfFile = count == 0;
-        if (atEndOfFile || appendToPendingLine(bytes.data(), count)) {
+        mTookBytes = mTookBytes || !atEndOfFile;
+        if (atEndOfFile || appendToPendingLine(bytes.data(), count, location)) {
             line->swap(mPendingLine);
             mPendingLine.clear();
             return true;
@@ -166,7 +216,8 @@ bool Configuration::takeCommandLine(QByteArray* line)
 }
 
 /** True when the bytes, which are of one line, end a line that is to be handled. */
-bool Configuration::appendToPendingLine(const char* bytes, int count)
+bool Configuration::appendToPendingLine(const char* bytes, int count,
+                                        const log4cxx::spi::LocationInfo& location)
 {
     const bool endsLine = bytes[count - 1] == '\n';
     if (mDroppingLine) {
@@ -177,7 +228,7 @@ bool Configuration::appendToPendingLine(const char* bytes, int count)
     if (mPendingLine.size() - (endsLine ? 1 : 0) <= kMaxCommandBytes) {
         return endsLine;
     }
-    logError(mLogger, LOG4CXX_LOCATION, [] {
+    logError(mLogger, location, [] {
         return "Command line without its end after " + std::to_string(kMaxCommandBytes) +
                " bytes, dropped";
     });
@@ -186,7 +237,6 @@ bool Configuration::appendToPendingLine(const char* bytes, int count)
     return false;
 }
 
-/** Reports as its caller, whose location it gets. */
 bool Configuration::executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location)
 {
     const ControlCommand command(line, configurationCount());

@@ -29,6 +29,9 @@ public:
     /** Name of the input value file as the case configuration gives it. */
     QString fileName() const { return mFileName; }
 
+    /** True when playing it writes something. */
+    bool hasSamples() const { return mRepetitions > 0 && !mInputValues.isEmpty(); }
+
 private:
     InputValues mInputValues;
     quint32 mRepetitions = 0;
@@ -56,6 +59,10 @@ public:
     int configurationCount() const;
 
     void setCurrentConfiguration(qint32 number);
+    qint32 currentConfiguration() const { return mCurrentConfiguration; }
+
+    /** True when an entry of the current configuration has samples that are played. */
+    bool hasSamples() const;
 
     /**
      * Sets the read position to the first entry of the current configuration. A number without
@@ -79,9 +86,10 @@ public:
     bool readUserInput();
 
     /**
-     * As readUserInput(), but waits up to msecs ms for a command, at most 4000. However the
-     * control FIFO behaves, a call that takes no valid command lasts that long, so that it can be
-     * made in a loop.
+     * As readUserInput(), but waits up to msecs ms for a valid command and returns at once when it
+     * comes, also behind lines that are rejected or not finished. However the control FIFO
+     * behaves, a call that takes no valid command lasts that long and does not spin, so that it
+     * can be made in a loop.
      */
     bool waitForUserInput(int msecs);
 
@@ -92,9 +100,11 @@ public:
     void selectNextConfiguration();
 
 private:
-    void reportOpenRights() const;
-    bool takeCommandLine(QByteArray* line);
-    bool appendToPendingLine(const char* bytes, int count);
+    void openControlDevice(const log4cxx::spi::LocationInfo& location);
+    void reportOpenRights(const log4cxx::spi::LocationInfo& location) const;
+    bool takeCommandLine(QByteArray* line, const log4cxx::spi::LocationInfo& location);
+    bool appendToPendingLine(const char* bytes, int count,
+                             const log4cxx::spi::LocationInfo& location);
     bool executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location);
 
     qint32 mCurrentConfiguration = 0;
@@ -105,6 +115,7 @@ private:
     VxDevice mControlDevice;
     FifoPeek mControlPeek;
     QByteArray mPendingLine;    ///< the part of a command line that has arrived
+    bool mTookBytes = false;    ///< the last look at the FIFO did
     bool mDroppingLine = false; ///< skips the rest of a line that was too long
     quint64 mCommandsTaken = 0;
 };

@@ -72,8 +72,21 @@ bool CsvParser::openFileInternal()
         mFile.reset();
         return false;
     }
-    mReader.start(mFile->handle());
+    startReading();
     return true;
+}
+
+void CsvParser::setFastRoad(const std::type_info& ofClass, TakePlainLine takePlainLine)
+{
+    mFastClass = &ofClass;
+    mTakePlainLine = takePlainLine;
+}
+
+/** From the beginning of the file. */
+void CsvParser::startReading()
+{
+    mReader.start(mFile->handle());
+    mOnFastRoad = mFastClass != nullptr && *mFastClass == typeid(*this);
 }
 
 bool CsvParser::parseCompleteFile()
@@ -83,10 +96,7 @@ bool CsvParser::parseCompleteFile()
         return false;
     }
     mLineNumber = 0;
-    bool ok = mFile->isOpen() && mFile->seek(0);
-    if (ok) {
-        mReader.start(mFile->handle());
-    }
+    bool ok = mFile->isOpen() && goToBeginning(LOG4CXX_LOCATION);
     while (ok && mReader.hasLine()) {
         ok = parseNextLine();
         if (!ok) {
@@ -94,7 +104,7 @@ bool CsvParser::parseCompleteFile()
                      [] { return "Problem while handling line. abort."; });
         }
     }
-    ok = !reportReadFailure() && ok;
+    ok = !reportReadFailure(LOG4CXX_LOCATION) && ok;
     logInfo(mLogger, LOG4CXX_LOCATION,
             [this] { return "Total " + std::to_string(mLineNumber) + " lines parsed."; });
     mReader.stop();
@@ -104,23 +114,34 @@ bool CsvParser::parseCompleteFile()
 
 bool CsvParser::parseNextLine()
 {
-    const bool hasLine = mReader.hasLine();
+    const bool isThere = hasLine();
     ++mLineNumber;
-    if (!hasLine) {
-        return true;
-    }
-    const size_t plainBytes = takePlainLine(mReader.wholeLines());
-    if (plainBytes > 0) {
-        mReader.drop(plainBytes);
+    if (!isThere || takeFastRoad()) {
         return true;
     }
     const QString data = dataPart(toText(mReader.takeLine()));
     return data.isEmpty() || parseLine(data);
 }
 
-size_t CsvParser::takePlainLine(std::string_view /*lines*/)
+/** Also in a file that has grown since its end was found; not after a failed read. */
+bool CsvParser::hasLine()
 {
-    return 0;
+    if (mReader.hasLine()) {
+        return true;
+    }
+    mReader.lookAgain();
+    return mReader.hasLine();
+}
+
+/** True when the line that is there is handled. */
+bool CsvParser::takeFastRoad()
+{
+    if (!mOnFastRoad) {
+        return false;
+    }
+    const size_t bytes = mTakePlainLine(this, mReader.wholeLines());
+    mReader.drop(bytes);
+    return bytes > 0;
 }
 
 int CsvParser::parseLines(int maxLines)
@@ -128,8 +149,9 @@ int CsvParser::parseLines(int maxLines)
     if (!mFile || !mFile->exists() || !mFile->isOpen()) {
         return -1;
     }
+    mReader.lookAgain();
     if (!mReader.hasLine()) {
-        return reportReadFailure() ? 0 : -2;
+        return reportReadFailure(LOG4CXX_LOCATION) ? 0 : -2;
     }
     int count = 0;
     while (maxLines != 0 && mReader.hasLine()) {
@@ -138,7 +160,7 @@ int CsvParser::parseLines(int maxLines)
         }
         --maxLines;
     }
-    reportReadFailure();
+    reportReadFailure(LOG4CXX_LOCATION);
     return count;
 }
 
@@ -162,14 +184,31 @@ std::string CsvParser::linePrefix(quint32 lineNumber) const
     return local8Bit(mFileName) + ":" + std::to_string(lineNumber) + ": ";
 }
 
+/**
+ * True when the file is at its beginning. One that has none to go back to, such as a pipe, is not
+ * read. Reports as its caller, whose location it gets, as does reportReadFailure().
+ */
+bool CsvParser::goToBeginning(const log4cxx::spi::LocationInfo& location)
+{
+    if (mFile->isSequential() || !mFile->seek(0)) {
+        logInfo(mLogger, location, [this] {
+            return local8Bit(mFileName) +
+                   " is not read: it has no beginning to go back to, as a pipe or a device";
+        });
+        return false;
+    }
+    startReading();
+    return true;
+}
+
 /** True when a read has failed; the line that could not be read is the one after the last. */
-bool CsvParser::reportReadFailure()
+bool CsvParser::reportReadFailure(const log4cxx::spi::LocationInfo& location)
 {
     const int error = mReader.takeError();
     if (error == 0) {
         return false;
     }
-    logError(mLogger, LOG4CXX_LOCATION, [this, error] {
+    logError(mLogger, location, [this, error] {
         return linePrefix(mLineNumber + 1) + "Reading failed: " + std::strerror(error);
     });
     return true;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 
 #include "LineReader.h"
 #include "TrackObject.h"
@@ -72,14 +73,20 @@ public:
 
 protected:
     /**
-     * Gives the subclass the bytes of a line before they become text. It may handle a line that
-     * it knows how to read faster than by parseLine(), with the same result.
+     * Handles a line from its bytes, before they become text: faster than by parseLine(), with
+     * the same result.
      *
      * @param lines whole lines of the file, as LineReader::wholeLines() gives them
      * @return the bytes of the first line, with its line end, when it is accepted and handled;
      *         0 hands it to parseLine()
      */
-    virtual size_t takePlainLine(std::string_view lines);
+    using TakePlainLine = size_t (*)(CsvParser* parser, std::string_view lines);
+
+    /**
+     * To be called by the constructor of a class that can. Holds for objects of exactly that
+     * class: one derived from it may have a parseLine() of its own, which sees every line.
+     */
+    void setFastRoad(const std::type_info& ofClass, TakePlainLine takePlainLine);
 
     /** "file:line: ", the beginning of every message about a line, in the local encoding. */
     std::string linePrefix() const { return linePrefix(mLineNumber); }
@@ -91,7 +98,14 @@ protected:
 
 private:
     std::string linePrefix(quint32 lineNumber) const;
-    bool reportReadFailure();
+    void startReading();
+    bool hasLine();
+    bool takeFastRoad();
+    bool goToBeginning(const log4cxx::spi::LocationInfo& location);
+    bool reportReadFailure(const log4cxx::spi::LocationInfo& location);
 
+    TakePlainLine mTakePlainLine = nullptr;
+    const std::type_info* mFastClass = nullptr;
+    bool mOnFastRoad = false; ///< this object may take it
     LineReader mReader;
 };

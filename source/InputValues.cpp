@@ -48,6 +48,13 @@ bool readItem(Fields* fields, InputValueItem* item)
 }
 } // namespace
 
+InputValues::InputValues()
+{
+    setFastRoad(typeid(InputValues), [](CsvParser* parser, std::string_view lines) {
+        return static_cast<InputValues*>(parser)->takePlainLine(lines);
+    });
+}
+
 InputValues::~InputValues() = default;
 
 bool InputValues::parseLine(QString line)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <utility>
 
 #include "CsvParser.h"
 #include "ItemStore.h"
@@ -14,7 +15,7 @@
 class InputValues : public CsvParser
 {
 public:
-    InputValues() = default;
+    InputValues();
     InputValues(const InputValues&) = default;
     InputValues& operator=(const InputValues&) = default;
     ~InputValues() override;
@@ -30,6 +31,8 @@ public:
     bool parseInt(QString text, qint32* value);
     bool parseFloat(QString text, float* value);
 
+    bool isEmpty() const { return mItems.isEmpty(); }
+
     /** Sets the read position to the first item. */
     void resetIterator();
 
@@ -40,9 +43,12 @@ public:
      */
     InputValueItem* nextItem();
 
+    /** True the first time that it is asked: a refused frequency is told once. */
+    bool isFirstRefusal() { return !std::exchange(mRefused, true); }
+
 protected:
-    /** Reads the lines of ordinary files; parseLine() gets all others. */
-    size_t takePlainLine(std::string_view lines) override;
+    /** The fast road: reads the lines of ordinary files, as TakePlainLine says. */
+    size_t takePlainLine(std::string_view lines);
 
     /** Releases the items read so far, for a subclass that reads a long file piece by piece. */
     void releaseItems() { mItems = ItemStore(); }
@@ -52,4 +58,5 @@ private:
                      const log4cxx::spi::LocationInfo& location) const;
 
     ItemStore mItems;
+    bool mRefused = false; ///< its frequency, and that has been told
 };

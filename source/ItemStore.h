@@ -30,6 +30,8 @@ public:
         return &mChunks.back().emplace_back();
     }
 
+    bool isEmpty() const { return mSize == 0; }
+
     /** Takes the last item back. Requires: there is one. */
     void removeLast();
 

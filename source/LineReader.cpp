@@ -19,6 +19,7 @@ void LineReader::start(int descriptor)
     stop();
     mDescriptor = descriptor;
     mAtEnd = false;
+    mFailed = false;
     mBuffer.resize(kBlockBytes + kReadableBehindLines);
 }
 
@@ -74,6 +75,7 @@ bool LineReader::fill()
     mAtEnd = count <= 0;
     if (count < 0) {
         mError = errno;
+        mFailed = true;
         mEnd = mBegin;
         return false;
     }

@@ -31,6 +31,12 @@ public:
     bool hasLine() { return mBegin < mWholeEnd || findLine(); }
 
     /**
+     * Lets hasLine() read on where the file had its end, since it may have grown. A failed read
+     * stays the end.
+     */
+    void lookAgain() { mAtEnd = mFailed; }
+
+    /**
      * Takes the next line, without its line end. The bytes stay valid until the next call of any
      * operation. Requires: hasLine() was just true.
      */
@@ -58,6 +64,7 @@ private:
     int mDescriptor = -1;
     int mError = 0;
     bool mAtEnd = true;
+    bool mFailed = true; ///< or nothing was started
     std::vector<char> mBuffer;
     size_t mBegin = 0;    ///< first byte not yet taken
     size_t mWholeEnd = 0; ///< behind the last line end that was read

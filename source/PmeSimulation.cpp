@@ -65,7 +65,7 @@ PmeSimulation::PmeSimulation()
 {
     initTrack("Configuration");
     mDevice.reset(new QFile(deviceName()));
-    if (!mDevice->exists()) {
+    if (!QFile::exists(deviceName())) { // the member would not follow a link to nowhere
         mDevice.reset();
         logInfo(mLogger, LOG4CXX_LOCATION, [this] {
             return "Pme-Device:" + local8Bit(deviceName()) + " not found, no Pme-Simulation";

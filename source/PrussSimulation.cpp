@@ -1,16 +1,13 @@
 #include "PrussSimulation.h"
 
-#include <unistd.h>
-
 #include <QThread>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <string>
 
+#include "DriverFile.h"
 #include "FixedPaths.h"
 #include "SampleStep.h"
 #include "TimeUtils.h"
@@ -22,9 +19,6 @@ constexpr long kNanosecondsPerMicrosecond = 1000;
 constexpr qint64 kMicrosecondsPerSecond = 1'000'000;
 
 constexpr int kBlocksBetweenPacing = 10;
-
-/** How often in a row a write that was interrupted is tried again. */
-constexpr int kMostInterruptions = 100;
 
 constexpr qint64 kShortestSleepMicroseconds = 2000;
 constexpr qint64 kLargestDriftSeconds = 60;
@@ -39,11 +33,6 @@ constexpr qint32 kR2hLastChannels = 188918007;
 quint32 periodOf(float frequency)
 {
     return saturatingToUInt(kPeriodUnitsPerSecondF / frequency);
-}
-
-bool isSameFrequency(float a, float b)
-{
-    return std::memcmp(&a, &b, sizeof(a)) == 0;
 }
 
 bool isBefore(const timespec& a, const timespec& b)
@@ -80,7 +69,7 @@ void sleepMicroseconds(qint64 microseconds)
 
 QFile* newFile(const char* path)
 {
-    return new QFile(QString::fromLatin1(path));
+    return new DriverFile(QString::fromLatin1(path));
 }
 
 SampleRecord initialR2hRecord()
@@ -89,32 +78,6 @@ SampleRecord initialR2hRecord()
     std::fill_n(record.mValues, kChannelCount / 2, kR2hFirstChannels);
     std::fill_n(record.mValues + kChannelCount / 2, kChannelCount / 2, kR2hLastChannels);
     return record;
-}
-
-/**
- * Writes as QFile::write() does, which goes on behind a short write, but gives up when a driver
- * interrupts every attempt: that would hold the program for ever. Returns the bytes written, -1
- * when there are none.
- */
-qint64 writeBytes(const QFile& file, const char* bytes, qint64 size)
-{
-    qint64 written = 0;
-    ssize_t count = 0;
-    do {
-        int attempts = 0;
-        do {
-            count = ::write(file.handle(), bytes + written, static_cast<size_t>(size - written));
-        } while (count < 0 && errno == EINTR && ++attempts <= kMostInterruptions);
-        written += std::max<ssize_t>(count, 0);
-    } while (count > 0 && written < size);
-    return written > 0 ? written : -1;
-}
-
-template <typename Record>
-void rewrite(QFile& file, const Record& record)
-{
-    file.seek(0);
-    writeBytes(file, reinterpret_cast<const char*>(&record), sizeof(record));
 }
 } // namespace
 
@@ -155,14 +118,14 @@ bool PrussSimulation::init()
 
 bool PrussSimulation::openFile(QScopedPointer<QFile>& file, QIODevice::OpenMode mode)
 {
-    // Not even through a link to nowhere, which is there as far as exists() goes, is a file made.
-    if (!file->exists()) {
+    // Follows links, other than the member: through one to nowhere a file would be made.
+    if (!QFile::exists(file->fileName())) {
         logFatal(mLogger, LOG4CXX_LOCATION, [&] {
             return "openFile : Das Device '" + local8Bit(file->fileName()) + "' existiert nicht.";
         });
         return false;
     }
-    if (!file->open(mode | QIODevice::Unbuffered | QIODevice::ExistingOnly)) {
+    if (!file->open(mode | QIODevice::Unbuffered)) {
         logFatal(mLogger, LOG4CXX_LOCATION, [&] {
             return "openFile : Das Device '" + local8Bit(file->fileName()) +
                    local8Bit(QStringLiteral("' kann nicht geöffnet werden"));
@@ -181,7 +144,7 @@ qint32 PrussSimulation::writeSamples(InputValues& values)
     if (first == nullptr) {
         return 1;
     }
-    adoptFrequency(values, first->mFrequency);
+    adoptFrequency(values, first->mFrequency, LOG4CXX_LOCATION);
     bool exhausted = false;
     const qint64 samples = assembleBlock(values, first, &exhausted);
     if (!writeBlock(samples, LOG4CXX_LOCATION)) {
@@ -217,38 +180,36 @@ bool PrussSimulation::isReady(const log4cxx::spi::LocationInfo& location) const
     return false;
 }
 
-void PrussSimulation::adoptFrequency(const InputValues& values, float frequency)
+void PrussSimulation::adoptFrequency(InputValues& values, float frequency,
+                                     const log4cxx::spi::LocationInfo& location)
 {
     const bool isInForce = mSampleStep != 0 && frequency == mCurrentFrequency;
     if (isInForce) {
-        mRefusing = false;
         return;
     }
     const quint32 step = sampleStepOf(frequency);
     if (!isPlayableStep(step)) {
-        refuseFrequency(values, frequency);
+        refuseFrequency(values, frequency, location);
         return;
     }
-    mRefusing = false;
     mCurrentFrequency = frequency;
     mSampleStep = step;
     mF2hRecord.period = periodOf(frequency);
 }
 
 /** Keeps the step and the period in force, or begins with those of 50 Hz. */
-void PrussSimulation::refuseFrequency(const InputValues& values, float frequency)
+void PrussSimulation::refuseFrequency(InputValues& values, float frequency,
+                                      const log4cxx::spi::LocationInfo& location)
 {
     if (mSampleStep == 0) {
         mCurrentFrequency = kDefaultFrequencyHz;
         mSampleStep = sampleStepOf(kDefaultFrequencyHz);
         mF2hRecord.period = periodOf(kDefaultFrequencyHz);
     }
-    if (mRefusing && isSameFrequency(frequency, mRefusedFrequency)) {
+    if (!values.isFirstRefusal()) {
         return;
     }
-    mRefusing = true;
-    mRefusedFrequency = frequency;
-    logError(mLogger, LOG4CXX_LOCATION, [&] {
+    logError(mLogger, location, [&] {
         return local8Bit(values.fileName()) + ": frequency of " +
                local8Bit(QString::number(static_cast<double>(frequency))) +
                " Hz cannot be played (step of 0 ns or of a second and more), going on with " +
@@ -298,19 +259,20 @@ void PrussSimulation::passTenSecondMark()
     sLastMark = mSimTime;
 }
 
+/** After an exception out of the write it goes on as after a successful one. */
 bool PrussSimulation::writeBlock(qint64 samples, const log4cxx::spi::LocationInfo& location)
 {
-    const char* const bytes = reinterpret_cast<const char*>(mBlock.data());
+    const qint64 size = samples * static_cast<qint64>(sizeof(SampleRecord));
+    qint64 written = 0;
     try {
-        const qint64 size = samples * static_cast<qint64>(sizeof(SampleRecord));
-        if (writeBytes(*mSampleBuffer, bytes, size) < 0) {
-            logError(mLogger, location, [this] {
-                return "error writing file " + local8Bit(mSampleBuffer->fileName());
-            });
-            return false;
-        }
+        written = mSampleBuffer->write(reinterpret_cast<const char*>(mBlock.data()), size);
     } catch (...) {
         logFatal(mLogger, location, [] { return "Sample Buffer Write Error"; });
+    }
+    if (written < 0) {
+        logError(mLogger, location,
+                 [this] { return "error writing file " + local8Bit(mSampleBuffer->fileName()); });
+        return false;
     }
     mSamplesWritten += static_cast<quint64>(samples);
     return true;
@@ -333,8 +295,10 @@ void PrussSimulation::pace(const log4cxx::spi::LocationInfo& location)
 
 void PrussSimulation::writeSideRecords()
 {
-    rewrite(*mF2hFile, mF2hRecord);
+    mF2hFile->seek(0);
+    mF2hFile->write(reinterpret_cast<const char*>(&mF2hRecord), sizeof(mF2hRecord));
+    mR2hFile->seek(0);
     mR2hRecord.mSeconds = static_cast<quint32>(mSimTime.tv_sec);
     mR2hRecord.mNanoseconds = static_cast<quint32>(mSimTime.tv_nsec);
-    rewrite(*mR2hFile, mR2hRecord);
+    mR2hFile->write(reinterpret_cast<const char*>(&mR2hRecord), sizeof(mR2hRecord));
 }

@@ -44,7 +44,10 @@ public:
      */
     qint32 writeSamples(InputValues& values);
 
-    /** Samples in all blocks that the driver took. */
+    /**
+     * Samples in all blocks that the driver took; one whose write threw is counted, too, since the
+     * writer goes on as if it had worked.
+     */
     quint64 samplesWritten() const { return mSamplesWritten; }
 
 private:
@@ -60,8 +63,10 @@ private:
 
     bool openFile(QScopedPointer<QFile>& file, QIODevice::OpenMode mode);
     bool isReady(const log4cxx::spi::LocationInfo& location) const;
-    void adoptFrequency(const InputValues& values, float frequency);
-    void refuseFrequency(const InputValues& values, float frequency);
+    void adoptFrequency(InputValues& values, float frequency,
+                        const log4cxx::spi::LocationInfo& location);
+    void refuseFrequency(InputValues& values, float frequency,
+                         const log4cxx::spi::LocationInfo& location);
     qint64 assembleBlock(InputValues& values, InputValueItem* item, bool* exhausted);
     void advanceClock();
     void passTenSecondMark();
@@ -80,8 +85,6 @@ private:
     SampleRecord mR2hRecord;
     timespec mSimTime; ///< time stamp of the last sample written
 
-    float mRefusedFrequency = 0.0F; ///< Hz, of the last refusal
-    bool mRefusing = false;         ///< the last frequency met was refused
     quint64 mSamplesWritten = 0;
     std::array<SampleRecord, kSamplesPerPeriod> mBlock;
 

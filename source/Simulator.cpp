@@ -1,5 +1,7 @@
 #include "Simulator.h"
 
+#include <string>
+
 #include "TrackLog.h"
 
 namespace {
@@ -70,17 +72,43 @@ void Simulator::startEndless()
     }
     logInfo(mLogger, LOG4CXX_LOCATION, [] { return "Starting endless simulation loop"; });
     mConfiguration.selectNextConfiguration();
+    std::optional<qint32> reported;
     for (;;) {
-        const quint64 samplesBefore = mPrussSimulation.samplesWritten();
-        const quint64 commandsBefore = mConfiguration.commandsTaken();
+        reportNothingToPlay(&reported, LOG4CXX_LOCATION);
         mConfiguration.resetIterator();
-        simulateConfiguration();
-        // The writer paces the loop only when there is something to write.
-        if (mPrussSimulation.samplesWritten() == samplesBefore &&
-            mConfiguration.commandsTaken() == commandsBefore) {
-            mConfiguration.waitForUserInput(kIdleWaitMilliseconds);
-        }
+        playOrWait();
         mConfiguration.selectNextConfiguration();
+    }
+}
+
+/**
+ * Once for each change to a configuration that has nothing to play: such a one is in *reported.
+ * Reports as its caller, whose location it gets.
+ */
+void Simulator::reportNothingToPlay(std::optional<qint32>* reported,
+                                    const log4cxx::spi::LocationInfo& location) const
+{
+    const qint32 number = mConfiguration.currentConfiguration();
+    if (mConfiguration.hasSamples()) {
+        reported->reset();
+    } else if (*reported != number) {
+        *reported = number;
+        logInfo(mLogger, location, [number] {
+            return "Config " + std::to_string(number) +
+                   " has nothing to play: no entry with samples and repetitions";
+        });
+    }
+}
+
+/** The writer paces the loop only when there is something to write. */
+void Simulator::playOrWait()
+{
+    const quint64 samplesBefore = mPrussSimulation.samplesWritten();
+    const quint64 commandsBefore = mConfiguration.commandsTaken();
+    simulateConfiguration();
+    if (mPrussSimulation.samplesWritten() == samplesBefore &&
+        mConfiguration.commandsTaken() == commandsBefore) {
+        mConfiguration.waitForUserInput(kIdleWaitMilliseconds);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 #include "Configuration.h"
 #include "PrussSimulation.h"
@@ -53,6 +54,9 @@ public:
 private:
     bool loadDataFile(ConfigurationItem* item, const log4cxx::spi::LocationInfo& location);
     bool playRepetitions(ConfigurationItem* item);
+    void playOrWait();
+    void reportNothingToPlay(std::optional<qint32>* reported,
+                             const log4cxx::spi::LocationInfo& location) const;
 
     PrussSimulation mPrussSimulation;
     Configuration mConfiguration;

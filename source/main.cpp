@@ -1,3 +1,6 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -5,6 +8,7 @@
 
 #include <iostream>
 #include <new>
+#include <optional>
 
 #include "ConfigFileLookup.h"
 #include "Simulator.h"
@@ -44,13 +48,50 @@ QString translated(const char* text)
 }
 
 /**
+ * The first pipes and files would take the numbers of those that the caller has closed, and what
+ * is written to standard error would go into them.
+ */
+void openStandardDescriptors()
+{
+    int descriptor = 0; // each gets the lowest number that is free
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+}
+
+QCommandLineOption fileOption(const char* name, const char* description)
+{
+    return {QString::fromLatin1(name), translated(description), QStringLiteral("filename")};
+}
+
+void declareCommandLine(QCommandLineParser* parser, const QList<QCommandLineOption>& options)
+{
+    parser->setApplicationDescription(
+        translated("Simulation der Hardware für das Varn core-system."));
+    parser->addHelpOption();
+    parser->addVersionOption();
+    parser->addOptions(options);
+}
+
+/** Reports as its caller, whose location it gets. */
+void logStart(const log4cxx::LoggerPtr& logger, const log4cxx::spi::LocationInfo& location)
+{
+    logInfo(logger, location, [] {
+        return "Starting (Version " + QCoreApplication::applicationVersion().toStdString() +
+               ", Build " __DATE__ " " __TIME__ ")";
+    });
+}
+
+/**
  * Loads and plays; returns only when something could not be loaded or opened. Reports as its
  * caller, whose location it gets.
  */
-void loadAndPlay(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
+void loadAndPlay(Simulator& simulator, const QString& caseConfig, const log4cxx::LoggerPtr& logger,
                  const log4cxx::spi::LocationInfo& location)
 {
-    Simulator simulator;
     if (!simulator.loadConfigFile(caseConfig)) {
         logError(logger, location,
                  [&] { return "could not load config file: " + local8Bit(caseConfig); });
@@ -60,41 +101,19 @@ void loadAndPlay(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
         simulator.startEndless();
     }
 }
-
-/** Reports as its caller, too. What was loaded is freed before a lack of memory is told. */
-void runSimulator(const QString& caseConfig, const log4cxx::LoggerPtr& logger,
-                  const log4cxx::spi::LocationInfo& location)
-{
-    try {
-        loadAndPlay(caseConfig, logger, location);
-    } catch (const std::bad_alloc&) {
-        logFatal(logger, location, [] { return "out of memory."; });
-    }
-    logInfo(logger, location, [] { return "done."; });
-    logInfo(logger, location, [] { return "Terminating"; });
-    QCoreApplication::exit(0);
-}
 } // namespace
 
 int main(int argc, char** argv)
 {
+    openStandardDescriptors();
     const QCoreApplication application(argc, argv);
     const VersionInfo version{QVersionNumber(1, 2, 1524), QStringLiteral("yocto"), false, 0};
     QCoreApplication::setApplicationVersion(versionString(version));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        translated("Simulation der Hardware für das Varn core-system."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption trackOption(QStringLiteral("track"),
-                                         translated("track configuration file"),
-                                         QStringLiteral("filename"));
-    const QCommandLineOption configOption(QStringLiteral("config"),
-                                          translated("input configuration file"),
-                                          QStringLiteral("filename"));
-    parser.addOption(trackOption);
-    parser.addOption(configOption);
+    const QCommandLineOption trackOption = fileOption("track", "track configuration file");
+    const QCommandLineOption configOption = fileOption("config", "input configuration file");
+    declareCommandLine(&parser, {trackOption, configOption});
     parser.process(QCoreApplication::arguments());
 
     const QString trackConfig =
@@ -103,16 +122,22 @@ int main(int argc, char** argv)
         return kConfigMissingExitCode;
     }
     const log4cxx::LoggerPtr logger = initializeTrackSystem(trackConfig.toStdString());
-    logInfo(logger, LOG4CXX_LOCATION, [] {
-        return "Starting (Version " + QCoreApplication::applicationVersion().toStdString() +
-               ", Build " __DATE__ " " __TIME__ ")";
-    });
-
+    logStart(logger, LOG4CXX_LOCATION);
     const QString caseConfig =
         locateConfigFile(QString::fromLatin1(kCaseConfigName), parser, configOption, std::cerr);
     if (caseConfig.isNull()) {
         return kConfigMissingExitCode;
     }
-    runSimulator(caseConfig, logger, LOG4CXX_LOCATION);
+    std::optional<Simulator> simulator;
+    try {
+        simulator.emplace();
+        loadAndPlay(*simulator, caseConfig, logger, LOG4CXX_LOCATION);
+    } catch (const std::bad_alloc&) {
+        simulator.reset(); // what it loaded gives room for the message
+        logFatal(logger, LOG4CXX_LOCATION, [] { return "out of memory."; });
+    }
+    logInfo(logger, LOG4CXX_LOCATION, [] { return "done."; });
+    logInfo(logger, LOG4CXX_LOCATION, [] { return "Terminating"; });
+    QCoreApplication::exit(0);
     return 0;
 }

@@ -1,7 +1,10 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <tuple>
@@ -17,6 +20,7 @@ namespace {
 using namespace std::string_literals;
 
 constexpr int kLongestLine = 64 * 1024;
+constexpr qint64 kSecond = 1'000'000'000;
 
 /** Three configurations, of which 0 is played; the only entry of each is named as the number. */
 class ControlCommandTest : public testing::Test
@@ -81,12 +85,26 @@ TEST_F(ControlCommandTest, FifoThatCannotBeMadeOrOpenedTakesNoCommand)
     restart();
     EXPECT_EQ(umount("/etc/vx"), 0);
     EXPECT_EQ(mLog.take(), Lines{"ERROR File:/etc/vx/simulator_control doesnot exist"});
-    EXPECT_EQ(waitInVain(), 1'000'000'000);
+    EXPECT_EQ(waitInVain(), kSecond);
 
     TestDevice::makeDirectory(kControlFifoPath);
     restart();
-    EXPECT_EQ(waitInVain(), 1'000'000'000);
-    EXPECT_EQ(mLog.take(), Lines{});
+    EXPECT_EQ(waitInVain(), kSecond);
+    EXPECT_EQ(mLog.take(), Lines{"INFO /etc/vx/simulator_control is there but does not open (Is a "
+                                 "directory): no command can be taken"});
+}
+
+TEST_F(ControlCommandTest, WhatAnotherReaderTakesIsNoCommand)
+{
+    mSystem.mOnRead = [] { // between the poll and the read
+        const int fifo = open(kControlFifoPath, O_RDONLY | O_NONBLOCK);
+        std::array<char, 10> bytes{};
+        EXPECT_EQ(read(fifo, bytes.data(), bytes.size()), 2);
+        close(fifo);
+    };
+    EXPECT_FALSE(take("1\n"));
+    EXPECT_TRUE(take("s2\n"));
+    EXPECT_EQ(mLog.take(), (Lines{"INFO Execute Config 2 once"}));
 }
 
 TEST_F(ControlCommandTest, TakesAndRejectsCommands)
@@ -148,7 +166,9 @@ TEST_F(ControlCommandTest, EndOfFileEndsACommand)
         while (mConfiguration->readUserInput()) {
         }
     }
-    EXPECT_EQ(waitInVain(), 1'000'000'000) << "always ready to be read";
+    mSystem.mWaits.clear();
+    EXPECT_EQ(waitInVain(), kSecond) << "always ready to be read";
+    EXPECT_EQ(mSystem.mWaits.size(), 20U) << "looked at every 50 ms";
     EXPECT_EQ(mLog.take(), (Lines{"INFO Execute Config 1 once", "INFO Execute Config 2 continuous",
                                   "ERROR Config Cmd to small!"}));
 }
@@ -166,29 +186,41 @@ TEST_F(ControlCommandTest, LineBeyondTheGreatestLengthIsDroppedOnce)
     }
     mSystem.mOnPoll = nullptr;
     EXPECT_TRUE(take("1\ns2\n"));
+    EXPECT_EQ(mLog.mEvents.at(0).mOrigin, mLog.mEvents.at(1).mOrigin);
     EXPECT_EQ(mLog.take(), (Lines{"ERROR Command line without its end after 65536 bytes, dropped",
                                   "INFO Execute Config 2 once"}));
 }
 
 TEST_F(ControlCommandTest, WaitEndsAtOnceWithACommandAndOtherwiseTakesItsTime)
 {
-    EXPECT_EQ(waitInVain(), 1'000'000'000);
+    EXPECT_EQ(waitInVain(), kSecond);
     const std::function<void()> kCauses[] = {
-        [] { TestDevice::send("nonsense\n"); }, [] { TestDevice::send("1"); },
-        [this] { mSystem.mNextSelectError = EBADF; }, [this] { mSystem.mNextSelectError = EINTR; },
-        [this] {
-            TestDevice::send("\n");
-            mSystem.mReadsUntilFault = 1; // the first one only looks
-            mSystem.mReadFault = EIO;
-        }};
+        [] { TestDevice::send(repeated("nonsense\n", 3000)); }, // who floods
+        [this] { mSystem.mNextSelectError = EBADF; }, [this] { mSystem.mNextSelectError = EINTR; }};
     for (const auto& cause : kCauses) {
+        TestDevice::remove(kControlFifoPath);
+        restart();
         cause();
-        EXPECT_EQ(waitInVain(), 1'000'000'000) << &cause - kCauses;
+        EXPECT_EQ(waitInVain(), kSecond) << &cause - kCauses;
+        EXPECT_LE(std::exchange(mSystem.mWaits, {}).size(), 120U);
     }
-    const timespec before = mSystem.mMonotonic;
-    EXPECT_TRUE(mConfiguration->waitForUserInput(1000)) << "what the failed read left";
-    mSystem.mOnWait = [] { TestDevice::send("s1\n"); };
-    EXPECT_TRUE(mConfiguration->waitForUserInput(1000));
-    EXPECT_EQ(toNanoseconds(mSystem.mMonotonic), toNanoseconds(before));
+    mSystem.mReadsUntilFault = 1; // the first one only looks
+    mSystem.mReadFault = EIO;
+    TestDevice::send("1\n");
+    const auto waitForCommand = [this] {
+        const qint64 before = toNanoseconds(mSystem.mMonotonic);
+        EXPECT_TRUE(mConfiguration->waitForUserInput(1000));
+        return toNanoseconds(mSystem.mMonotonic) - before;
+    };
+    EXPECT_EQ(waitForCommand(), kSecond / 20) << "what the failed read left";
+    const std::vector<const char*> kArrivals[] = {{"s1\n"}, {"x\ns1\n"}, {"x\n", "s", "1\n"}};
+    for (const auto& arrivals : kArrivals) {
+        auto next = arrivals.begin();
+        mSystem.mOnWait = [&] {
+            mSystem.advance(kSecond / 4);
+            TestDevice::send(*next++);
+        };
+        EXPECT_EQ(waitForCommand(), static_cast<qint64>(arrivals.size()) * kSecond / 4);
+    }
 }
 } // namespace

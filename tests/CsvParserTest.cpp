@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <random>
 #include <tuple>
 
@@ -118,6 +119,15 @@ TEST_F(CsvParserTest, GoesFromNoFileToOpenToClosedAndBack)
                      "ERROR config file not found"}));
 }
 
+TEST_F(CsvParserTest, WhatHasNoBeginningIsNotReadAndTold)
+{
+    ASSERT_TRUE(mParser.openFile(QStringLiteral("/dev/null")));
+    EXPECT_FALSE(mParser.parseCompleteFile());
+    EXPECT_EQ(mLog.take(), (Lines{"INFO /dev/null is not read: it has no beginning to go back to, "
+                                  "as a pipe or a device",
+                                  total(0)[0]}));
+}
+
 TEST_F(CsvParserTest, ParsesPiecewise)
 {
     ASSERT_TRUE(open("1\n\nbad\n4\n5\n6"));
@@ -127,10 +137,17 @@ TEST_F(CsvParserTest, ParsesPiecewise)
     EXPECT_EQ(mParser.parseLines(1), 1);
     EXPECT_EQ(mParser.parseLines(-1), 2);
     EXPECT_EQ(mParser.parseLines(3), -2);
-    EXPECT_EQ(mParser.mNumbers, (Numbers{1, 3, 4, 5, 6}));
+    for (const char* grown : {"6", "\n7", "\n\n"}) {
+        std::ofstream(mFiles.path("file"), std::ios::app) << grown;
+        EXPECT_TRUE(mParser.parseNextLine());
+        EXPECT_TRUE(mParser.parseNextLine());
+    }
+    std::ofstream(mFiles.path("file"), std::ios::app) << "13\n14";
+    EXPECT_EQ(mParser.parseLines(-1), 2) << "read on";
+    EXPECT_EQ(mParser.mNumbers, (Numbers{1, 3, 4, 5, 6, 7, 10, 13, 14}));
     EXPECT_EQ(mLog.take(), Lines{});
     EXPECT_FALSE(mParser.parseCompleteFile()) << "begins again";
-    EXPECT_EQ(mParser.mNumbers, (Numbers{1, 3, 4, 5, 6, 1, 3}));
+    EXPECT_EQ(mParser.lineNumber(), 3U);
 
     ASSERT_TRUE(open("1\n"));
     std::filesystem::remove(mFiles.path("file"));
@@ -162,6 +179,9 @@ TEST_F(CsvParserTest, WhatTheSecondReadBringsDecidesAboutTheRest)
     ASSERT_TRUE(mParser.openFile(QStringLiteral("/proc/self/mem")));
     EXPECT_EQ(mParser.parseLines(-1), 0);
     EXPECT_EQ(mParser.parseLines(-1), -2) << "a failure is told once";
+    for (const LogEvent& event : mLog.mEvents) {
+        EXPECT_EQ(event.mOrigin, "CsvParser source/CsvParser.cpp CsvParser::parseLines");
+    }
     EXPECT_EQ(mLog.take(),
               (Lines{kMessage, "ERROR /proc/self/mem:1: Reading failed: Input/output error"}));
 }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <tuple>
 
+#include "Files.h"
 #include "ItemStore.h"
 #include "LogCapture.h"
 
@@ -74,6 +75,28 @@ TEST_F(InputValuesTest, RejectsFieldsWithTheirMessage)
     EXPECT_EQ(parse(QStringLiteral(";;7;2;50;1;2;3;4;5;6;7;8;")), nullptr);
     EXPECT_EQ(mLog.take(), Lines{"ERROR :0: Wrong number of parameter. Expected: 13, found 14: "
                                  ";;7;2;50;1;2;3;4;5;6;7;8;"});
+}
+
+/** Sees its lines. */
+class SeeingValues : public InputValues
+{
+public:
+    bool parseLine(QString line) override
+    {
+        ++mSeen;
+        return InputValues::parseLine(line);
+    }
+
+    int mSeen = 0;
+};
+
+TEST_F(InputValuesTest, AHandlerOfItsOwnSeesEveryLine)
+{
+    const TestFiles files;
+    SeeingValues values;
+    ASSERT_TRUE(values.openFile(files.make("values", repeated(valueLine("7", "50"), 3))));
+    EXPECT_TRUE(values.parseCompleteFile());
+    EXPECT_EQ(values.mSeen, 3);
 }
 
 TEST_F(InputValuesTest, FailedConversionKeepsTheValue)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <filesystem>
 #include <numeric>
 #include <tuple>
 
@@ -48,7 +49,10 @@ TEST_F(PrussSimulationTest, FirstFileThatIsMissingOrDoesNotOpenIsTold)
         expectFailure(path, "existiert nicht.");
         TestDevice::makeDirectory(path);
         expectFailure(path, "kann nicht geöffnet werden");
+        TestDevice::makeLink(path, "/etc/vx/nowhere");
+        expectFailure(path, "existiert nicht.");
     }
+    EXPECT_FALSE(std::filesystem::exists("/etc/vx/nowhere"));
     // Each is looked for behind the ones before it.
     std::reverse(paths.begin(), paths.end());
     for (const std::string& path : paths) {
@@ -122,16 +126,14 @@ TEST_F(PrussSimulationTest, ComputesStepAndPeriodInSinglePrecision)
     EXPECT_EQ(mLog.errors(), 0);
 }
 
-TEST_F(PrussSimulationTest, RefusesFrequenciesOutsideTheDesignOncePerChange)
+TEST_F(PrussSimulationTest, RefusesFrequenciesOutsideTheDesignOncePerEntry)
 {
     // Frequency, how the message shows it if there is one, frequency and step in force.
     const std::tuple<const char*, const char*, const char*, qint64> kSteps[] = {
-        {"nan", "nan", "50", kStepOf50Hz}, {"nan", nullptr, "50", kStepOf50Hz},
-        {"0", "0", "50", kStepOf50Hz},     {"60", nullptr, "60", 46'296},
-        {"-50", "-50", "60", 46'296},      {"inf", "inf", "60", 46'296},
-        {"3e6", "3e+06", "60", 46'296},    {"0.0027777778", "0.00277778", "60", 46'296},
-        {"60", nullptr, "60", 46'296},     {"1e-30", "1e-30", "60", 46'296},
-        {"60", nullptr, "60", 46'296},     {"1e-30", "1e-30", "60", 46'296},
+        {"nan", "nan", "50", kStepOf50Hz}, {"0", "0", "50", kStepOf50Hz},
+        {"60", nullptr, "60", 46'296},     {"-50", "-50", "60", 46'296},
+        {"inf", "inf", "60", 46'296},      {"3e6", "3e+06", "60", 46'296},
+        {"1e-30", "1e-30", "60", 46'296},  {"0.0027777778", "0.00277778", "60", 46'296},
         {"50", nullptr, "50", kStepOf50Hz}};
     startWriter();
     const TestFiles files;
@@ -149,7 +151,14 @@ TEST_F(PrussSimulationTest, RefusesFrequenciesOutsideTheDesignOncePerChange)
             (refused == nullptr ? "" : refused) +
             " Hz cannot be played (step of 0 ns or of a second and more), going on with " +
             inForce + " Hz";
+        for (const LogEvent& event : mLog.mEvents) {
+            EXPECT_EQ(event.mOrigin,
+                      "PrussSimulation source/PrussSimulation.cpp PrussSimulation::writeSamples");
+        }
         EXPECT_EQ(mLog.take(), refused == nullptr ? Lines{} : Lines{message});
+        play(2, inForce);
+        play(values);
+        EXPECT_EQ(mLog.take(), Lines{}) << "not again, though another one was between";
         EXPECT_EQ(TestDevice::words(kF2hPath).at(0), mWriter->samplesWritten() < 24
                                                          ? 2'000'000U // of the first block
                                                          : 1'666'666U);
@@ -176,5 +185,16 @@ TEST_F(PrussSimulationTest, FailingBlockIsConsumedAndCostsNoPacing)
     EXPECT_EQ(play(360), 1);
     EXPECT_EQ(mSystem.mSleeps.size(), 1U) << "the countdown had not moved";
     EXPECT_EQ(TestDevice::records().size(), 360U);
+}
+
+TEST_F(PrussSimulationTest, ExceptionOutOfTheWriteIsToldAndPlayedOn)
+{
+    startWriter();
+    mSystem.mFaultyFile = kSampleBufferPath;
+    mSystem.mWriteFault = VirtualSystem::kThrow;
+    InputValues values = items(360);
+    EXPECT_EQ(mWriter->writeSamples(values), 0);
+    EXPECT_EQ(mLog.take(), Lines{"FATAL Sample Buffer Write Error"});
+    EXPECT_EQ(mSystem.mSleeps.size(), 1U) << "paced";
 }
 } // namespace

@@ -7,7 +7,7 @@
 #include "Configuration.h"
 #include "FixedPaths.h"
 #include "LogCapture.h"
-#include "PrussSimulation.h"
+#include "PmeSimulation.h"
 #include "TestDevice.h"
 
 namespace {
@@ -25,6 +25,10 @@ protected:
         EXPECT_EQ(chown(kControlFifoPath, owner, getegid()), 0);
         mLog.take();
         const Configuration configuration;
+        for (const LogEvent& event : mLog.mEvents) {
+            EXPECT_EQ(event.mOrigin,
+                      "Configuration source/Configuration.cpp Configuration::Configuration");
+        }
         return mLog.take();
     }
 
@@ -50,16 +54,11 @@ TEST_F(RightsTest, NoFileIsMadeThroughALinkToNowhere)
 {
     TestDevice::makeLink(kControlFifoPath, kNowhere);
     const Configuration configuration;
+    EXPECT_EQ(mLog.take(), Lines{"ERROR File:/etc/vx/simulator_control doesnot exist"});
     EXPECT_FALSE(std::filesystem::exists(kNowhere));
-    for (const std::string& path : TestDevice::driverPaths()) {
-        TestDevice::makeDriver();
-        TestDevice::makeLink(path, kNowhere);
-        PrussSimulation writer;
-        mLog.take();
-        EXPECT_FALSE(writer.init());
-        EXPECT_EQ(mLog.take(),
-                  Lines{"FATAL openFile : Das Device '" + path + "' kann nicht geöffnet werden"});
-        EXPECT_FALSE(std::filesystem::exists(kNowhere));
-    }
+    TestDevice::makeLink(kPmeDevicePath, kNowhere);
+    const PmeSimulation pme;
+    EXPECT_EQ(mLog.take(), Lines{"INFO Pme-Device:/dev/pme-sim not found, no Pme-Simulation"});
+    EXPECT_FALSE(std::filesystem::exists(kNowhere));
 }
 } // namespace

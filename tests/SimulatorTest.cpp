@@ -195,8 +195,13 @@ TEST_F(SimulatorTest, WaitsForACommandInsteadOfSpinning)
         int pass = 0;
         mSystem.mOnWait = [&, wakeUp = command] {
             EXPECT_LE(std::exchange(mSystem.mPolls, 0), 10);
-            const size_t messages = mLog.take().size();
+            const Lines lines = mLog.take();
+            const size_t messages = lines.size();
+            const bool wasPlayed = !fails && *expected != 0;
             switch (++pass) {
+                case 1:
+                    EXPECT_EQ(lines.back().find("has nothing to play") == std::string::npos, fails);
+                    break;
                 case 2:
                     EXPECT_EQ(messages, fails ? 2U : 0U);
                     break;
@@ -204,7 +209,10 @@ TEST_F(SimulatorTest, WaitsForACommandInsteadOfSpinning)
                     TestDevice::send(wakeUp);
                     break;
                 case 4:
-                    EXPECT_EQ(messages, fails ? 3U : 1U) << "with that of the command";
+                    EXPECT_EQ(messages, fails       ? 3U
+                                        : wasPlayed ? 2U
+                                                    : 1U)
+                        << "that of the command, and nothing to play once more after it";
                     throw EndOfTest();
                 default:
                     break;

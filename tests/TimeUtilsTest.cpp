@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <iomanip>
 #include <sstream>
 #include <tuple>
 
@@ -19,8 +20,9 @@ TEST(TimeUtilsTest, ReadsWritesAndComparesTheTwoClocks)
     system.mRealtime = {-1, 500};
     system.mMonotonic = {3, 7};
     std::ostringstream text;
-    text << TimeUtils::monotonicTime() << TimeUtils::currentTime();
-    EXPECT_EQ(text.str(), "3s, 7ns-1s, 500ns");
+    text << std::hex << std::showpos << std::setfill('*') << std::setw(20)
+         << TimeUtils::monotonicTime() << TimeUtils::currentTime() << 10;
+    EXPECT_EQ(text.str(), "3s, 7ns-1s, 500ns*******************a") << "what was set is left";
     EXPECT_TRUE((timespec{1, 2} == timespec{1, 2}));
     EXPECT_FALSE((timespec{1, 2} == timespec{1, 3}));
     EXPECT_FALSE((timespec{1, 2} == timespec{2, 2}));

@@ -8,7 +8,17 @@ namespace {
 class WatchedValues : public InputValues
 {
 public:
-    explicit WatchedValues(bool isFast) : mIsFast(isFast) {}
+    explicit WatchedValues(bool isFast)
+    {
+        if (isFast) {
+            setFastRoad(typeid(WatchedValues), [](CsvParser* parser, std::string_view lines) {
+                auto* const self = static_cast<WatchedValues*>(parser);
+                const size_t taken = self->takePlainLine(lines);
+                self->mPlainLines += taken > 0 ? 1 : 0;
+                return taken;
+            });
+        }
+    }
 
     void load(const QString& path)
     {
@@ -30,17 +40,6 @@ public:
     quint32 mLines = 0;
     int mPlainLines = 0;
     std::string mItems; ///< the bytes of all
-
-protected:
-    size_t takePlainLine(std::string_view lines) override
-    {
-        const size_t taken = mIsFast ? InputValues::takePlainLine(lines) : 0;
-        mPlainLines += taken > 0 ? 1 : 0;
-        return taken;
-    }
-
-private:
-    bool mIsFast;
 };
 
 std::string compare(const WatchedValues& fast, const WatchedValues& general)

@@ -156,6 +156,9 @@ extern "C" ssize_t read(int descriptor, void* buffer, size_t size)
 {
     if (gSystem != nullptr) {
         ++gSystem->mReads;
+        if (const auto onRead = std::exchange(gSystem->mOnRead, nullptr)) {
+            onRead();
+        }
         if (gSystem->mReadFault != 0 && isDue(&gSystem->mReadsUntilFault)) {
             const int fault = std::exchange(gSystem->mReadFault, 0);
             return fault == VirtualSystem::kNothing ? 0 : fail(fault);
@@ -168,7 +171,11 @@ extern "C" ssize_t write(int descriptor, const void* buffer, size_t size)
 {
     if (gSystem != nullptr && gSystem->mWriteFault != 0 &&
         isFile(descriptor, gSystem->mFaultyFile) && isDue(&gSystem->mWritesUntilFault)) {
-        return fail(std::exchange(gSystem->mWriteFault, 0));
+        const int fault = std::exchange(gSystem->mWriteFault, 0);
+        if (fault == VirtualSystem::kThrow) {
+            throw std::runtime_error("out of a write");
+        }
+        return fail(fault);
     }
     return syscall(SYS_write, descriptor, buffer, size);
 }

@@ -52,7 +52,11 @@ public:
     int mReadsUntilFault = 0; ///< reads that still work before mReadFault
     int mReadFault = 0;       ///< the errno that one read fails with, or kNothing
 
+    std::function<void()> mOnRead; ///< before the next read
+
+    static constexpr int kThrow = -2; ///< a fault: the write throws
+
     std::string mFaultyFile;   ///< the file in which a write fails ...
     int mWritesUntilFault = 0; ///< ... after so many that work ...
-    int mWriteFault = 0;       ///< ... with this errno, once
+    int mWriteFault = 0;       ///< ... with this errno, or kThrow, once
 };

@@ -1,6 +1,7 @@
 #include "TimeUtils.h"
 
 #include <cerrno>
+#include <string>
 #include <utility>
 
 namespace {
@@ -55,5 +56,7 @@ bool operator==(const timespec& a, const timespec& b)
 
 std::ostream& operator<<(std::ostream& out, const timespec& time)
 {
-    return out << time.tv_sec << "s, " << time.tv_nsec << "ns";
+    const std::string text =
+        std::to_string(time.tv_sec) + "s, " + std::to_string(time.tv_nsec) + "ns";
+    return out.write(text.data(), static_cast<std::streamsize>(text.size()));
 }

@@ -42,5 +42,8 @@ private:
 /** True when seconds and nanoseconds are equal. */
 bool operator==(const timespec& a, const timespec& b);
 
-/** Writes for example "12s, 500ns", without a line end. */
+/**
+ * Writes for example "12s, 500ns", without a line end; whatever base, width and the like the stream
+ * is set to has no effect on it and stays.
+ */
 std::ostream& operator<<(std::ostream& out, const timespec& time);

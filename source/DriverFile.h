@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QFile>
+
+/**
+ * A file of the simulated ADC driver: a QFile that gives up when the driver interrupts every
+ * attempt to write, which QFile would repeat for ever. To be opened unbuffered.
+ */
+class DriverFile : public QFile
+{
+public:
+    explicit DriverFile(const QString& name) : QFile(name) {}
+
+protected:
+    /** Goes on behind a short write, as QFile does. Bytes written, -1 when there are none. */
+    qint64 writeData(const char* data, qint64 size) override;
+};
