@@ -54,8 +54,7 @@ bool DriverRecordingSource::read(SignalBlock& block)
     block.resize(kChannelCount, samples);
     for (size_t i = 0; i < samples; ++i) {
         const SampleRecord record = recordAt(bytes, i);
-        block.mSeconds[i] =
-            static_cast<double>(mTime.next(stampOf(record))) * kSecondsPerNanosecond;
+        block.mSeconds[i] = mTime.next(stampOf(record)) * kSecondsPerNanosecond;
         putValues(record.mValues, i, &block);
     }
     mFile.skip(samples * sizeof(SampleRecord));

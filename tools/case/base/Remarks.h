@@ -1,0 +1,25 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+/**
+ * Collects what is odd in a file, for the user: the same remark on many channels is one, and an
+ * endless row of them ends.
+ */
+class Remarks
+{
+public:
+    void add(const std::string& text);
+
+    /** A remark on one channel; channels with the same remark are told together. */
+    void addFor(const std::string& text, int channel) { mChannels[text].push_back(channel); }
+
+    /** All of them, in order; none is left. */
+    std::vector<std::string> take();
+
+private:
+    std::vector<std::string> mTexts;
+    std::map<std::string, std::vector<int>> mChannels; ///< by text
+};

@@ -1,0 +1,168 @@
+#include "comtrade/ComtradeAsciiRecords.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+
+namespace {
+constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+constexpr double kMissingUntil2013 = 99999.0;
+constexpr double kLargestStamp = 1e17;
+constexpr std::string_view kSectionMark = "---";
+constexpr size_t kLeadingFields = 2;
+constexpr unsigned kStatesInWord = 16;
+constexpr size_t kLongestExcerpt = 60;
+} // namespace
+
+/** The fields of a line, one after another. */
+class ComtradeAsciiRecords::Fields
+{
+public:
+    explicit Fields(std::string_view line) : mNext(line.data()), mEnd(mNext + line.size()) {}
+
+    size_t taken() const { return mTaken; }
+
+    /** @return false where the next field is no number; NaN where it is empty. */
+    bool take(double* number)
+    {
+        ++mTaken;
+        return takeInteger(number) || takeAny(number);
+    }
+
+    /** The field that was no number. */
+    std::string_view field() const { return mField; }
+
+private:
+    /** The fast road: what nearly all fields are, up to nine digits. */
+    bool takeInteger(double* number)
+    {
+        constexpr int kMostDigits = 9;
+        const char* next = mNext;
+        const bool isNegative = next != mEnd && *next == '-';
+        next += isNegative ? 1 : 0;
+        const char* const begin = next;
+        int value = 0;
+        while (next != mEnd && *next >= '0' && *next <= '9' && next - begin < kMostDigits) {
+            value = value * 10 + (*next - '0');
+            ++next;
+        }
+        if (next == begin || (next != mEnd && *next != ',')) {
+            return false;
+        }
+        mNext = next == mEnd ? mEnd : next + 1;
+        *number = isNegative ? -value : value;
+        return true;
+    }
+
+    bool takeAny(double* number)
+    {
+        const char* const end = std::find(mNext, mEnd, ',');
+        mField = trimmed({mNext, static_cast<size_t>(end - mNext)});
+        mNext = end == mEnd ? mEnd : end + 1;
+        *number = kMissing;
+        return mField.empty() || parseNumber(mField, number);
+    }
+
+    const char* mNext;
+    const char* mEnd;
+    std::string_view mField;
+    size_t mTaken = 0;
+};
+
+ComtradeAsciiRecords::ComtradeAsciiRecords(InputFile& file, const ComtradeHeader& header,
+                                           size_t firstLine)
+    : mFile(file),
+      mHeader(header),
+      mFieldCount(kLeadingFields + header.mAnalogs.size() + header.mStatuses.size()),
+      mMissing(header.mRevision == ComtradeRevision::k2013 ? kMissing : kMissingUntil2013),
+      mLine(firstLine - 1)
+{
+}
+
+void ComtradeAsciiRecords::read(size_t most, ComtradeBlock* block,
+                                std::vector<std::vector<double>>* columns)
+{
+    block->mNumbers.resize(most);
+    block->mStamps.resize(most);
+    block->mStates.assign(most * stateWords(mHeader), 0);
+    size_t count = 0;
+    std::string_view line;
+    while (count < most && takeRecord(&line)) {
+        readRecord(line, count, block, columns);
+        ++count;
+    }
+    block->mNumbers.resize(count);
+    block->mStamps.resize(count);
+    block->mStates.resize(count * stateWords(mHeader));
+}
+
+/** Takes the next line that is a record; false at the end of the data. */
+bool ComtradeAsciiRecords::takeRecord(std::string_view* line)
+{
+    while (!mHasEnded && mFile.takeLine(line)) {
+        ++mLine;
+        *line = trimmed(line->substr(0, line->find('\x1a')));
+        if (line->substr(0, kSectionMark.size()) == kSectionMark) {
+            mHasEnded = true;
+            return false;
+        }
+        const auto commas = static_cast<size_t>(std::count(line->begin(), line->end(), ','));
+        if (commas + 1 >= mFieldCount) {
+            return true;
+        }
+        if (!line->empty() && mFile.left() > 1) {
+            fail(fmt::format("{} fields, found {}", mFieldCount, commas + 1));
+        }
+        mCutOffLine = line->empty() ? mCutOffLine : mLine;
+    }
+    return false;
+}
+
+void ComtradeAsciiRecords::readRecord(std::string_view line, size_t place, ComtradeBlock* block,
+                                      std::vector<std::vector<double>>* columns)
+{
+    Fields fields(line);
+    double number = 0.0;
+    double stamp = 0.0;
+    const bool hasNumber = fields.take(&number) && std::abs(number) < kLargestStamp;
+    mLastNumber = hasNumber ? static_cast<qint64>(number) : mLastNumber + 1;
+    block->mNumbers[place] = mLastNumber;
+    const bool hasStamp = fields.take(&stamp) && std::abs(stamp) < kLargestStamp;
+    block->mStamps[place] = hasStamp ? static_cast<qint64>(stamp) : ComtradeBlock::kNoStamp;
+    for (std::vector<double>& column : *columns) {
+        if (!fields.take(&number)) {
+            fail(fmt::format("a number in field {}, found \"{}\"", fields.taken(),
+                             fields.field().substr(0, kLongestExcerpt)));
+        }
+        column[place] = number == mMissing ? kMissing : number;
+    }
+    readStates(&fields, block->mStates.data() + place * stateWords(mHeader));
+}
+
+void ComtradeAsciiRecords::readStates(Fields* fields, quint16* states) const
+{
+    for (size_t i = 0; i < mHeader.mStatuses.size(); ++i) {
+        double state = 0.0;
+        if (!fields->take(&state)) {
+            fail(fmt::format("0 or 1 in field {}, found \"{}\"", fields->taken(),
+                             fields->field().substr(0, kLongestExcerpt)));
+        }
+        const unsigned bit = state == 1.0 ? 1U << (i % kStatesInWord) : 0U;
+        states[i / kStatesInWord] = static_cast<quint16>(states[i / kStatesInWord] | bit);
+    }
+}
+
+void ComtradeAsciiRecords::fail(const std::string& expected) const
+{
+    throw CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
+}
+
+void ComtradeAsciiRecords::remarkOn(Remarks* remarks) const
+{
+    if (mCutOffLine > 0) {
+        remarks->add(fmt::format("line {} of the data is cut off: left out", mCutOffLine));
+    }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "comtrade/ComtradeRecords.h"
+
+/** Records of ASCII: one line each, with commas. */
+class ComtradeAsciiRecords : public ComtradeRecords
+{
+public:
+    ComtradeAsciiRecords(InputFile& file, const ComtradeHeader& header, size_t firstLine);
+
+    void read(size_t most, ComtradeBlock* block,
+              std::vector<std::vector<double>>* columns) override;
+    size_t count() const override { return 0; }
+    void remarkOn(Remarks* remarks) const override;
+
+private:
+    class Fields;
+
+    bool takeRecord(std::string_view* line);
+    void readRecord(std::string_view line, size_t place, ComtradeBlock* block,
+                    std::vector<std::vector<double>>* columns);
+    void readStates(Fields* fields, quint16* states) const;
+    [[noreturn]] void fail(const std::string& expected) const;
+
+    InputFile& mFile;
+    const ComtradeHeader& mHeader;
+    size_t mFieldCount;
+    double mMissing;        ///< the number that stands for none; NaN where none does
+    size_t mLine;           ///< of the last line taken
+    size_t mCutOffLine = 0; ///< of a last line that ends too early; 0 where none does
+    qint64 mLastNumber = 0; ///< of a sample
+    bool mHasEnded = false; ///< another section of a single file has begun
+};

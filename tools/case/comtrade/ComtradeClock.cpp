@@ -1,0 +1,84 @@
+#include "comtrade/ComtradeClock.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+namespace {
+/** Rates and stamps differ when the end is further off than this share of the whole. */
+constexpr double kLargestDifference = 0.01;
+
+constexpr double kFewestSamplesInPeriod = 20.0;
+} // namespace
+
+bool ComtradeClock::stamp(const ComtradeBlock& block, double* seconds)
+{
+    for (size_t i = 0; i < block.size(); ++i) {
+        if (mHeader.mRates.empty()) {
+            if (!nextByStamp(block.mStamps[i], &seconds[i])) {
+                return false;
+            }
+        } else {
+            seconds[i] = nextByRate();
+            compare(block.mStamps[i], seconds[i]);
+        }
+        ++mSamples;
+    }
+    return true;
+}
+
+double ComtradeClock::nextByRate()
+{
+    const std::vector<ComtradeRate>& rates = mHeader.mRates;
+    while (mRate + 1 < rates.size() && mSamples >= rates[mRate].mLastSample) {
+        mRateSeconds += static_cast<double>(mSamples - mRateBegin) / rates[mRate].mHz;
+        mRateBegin = mSamples;
+        ++mRate;
+    }
+    return mRateSeconds + static_cast<double>(mSamples - mRateBegin) / rates[mRate].mHz;
+}
+
+bool ComtradeClock::nextByStamp(qint64 stamp, double* seconds)
+{
+    const bool hasStamp = stamp != ComtradeBlock::kNoStamp;
+    *seconds =
+        (hasStamp ? mStamped.next(stamp) : mStamped.nextWithoutStamp()) * mHeader.mStampSeconds;
+    return mSamples == 0 ? hasStamp : mStamped.step() > 0.0;
+}
+
+void ComtradeClock::compare(qint64 stamp, double seconds)
+{
+    if (stamp == ComtradeBlock::kNoStamp) {
+        return;
+    }
+    mFirstStamp = mFirstStamp == ComtradeBlock::kNoStamp ? stamp : mFirstStamp;
+    mStampedSeconds = static_cast<double>(stamp - mFirstStamp) * mHeader.mStampSeconds;
+    mRatedSeconds = seconds;
+}
+
+void ComtradeClock::remarkOn(Remarks* remarks) const
+{
+    if (mStamped.notRising() > 0) {
+        remarks->add(fmt::format("{} time stamps do not rise: the step before them goes on there",
+                                 mStamped.notRising()));
+    }
+    // Stamps of 0 throughout are none.
+    const double difference = std::abs(mStampedSeconds - mRatedSeconds);
+    if (mStampedSeconds != 0.0 && difference > kLargestDifference * mRatedSeconds) {
+        remarks->add(
+            fmt::format("time stamps end at {:.6g} s, the rate at {:.6g} s: the rate holds",
+                        mStampedSeconds, mRatedSeconds));
+    }
+    double slowest = mHeader.mRates.empty() ? 0.0 : mHeader.mRates[0].mHz;
+    for (const ComtradeRate& rate : mHeader.mRates) {
+        slowest = std::min(slowest, rate.mHz);
+    }
+    if (mHeader.mRates.empty() && mStamped.step() > 0.0) {
+        slowest = 1.0 / (mStamped.step() * mHeader.mStampSeconds);
+    }
+    const double inPeriod = mHeader.mNominalHz > 0.0 ? slowest / mHeader.mNominalHz : 0.0;
+    if (inPeriod > 0.0 && inPeriod < kFewestSamplesInPeriod) {
+        remarks->add(fmt::format(
+            "{:.3g} samples in a period: the recording was filtered or thinned", inPeriod));
+    }
+}

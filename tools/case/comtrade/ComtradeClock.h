@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+
+#include "base/Remarks.h"
+#include "comtrade/ComtradeHeader.h"
+#include "comtrade/ComtradeRecords.h"
+#include "signal/RisingTime.h"
+
+/**
+ * When each sample of a recording was taken: by its rates, whose stretches follow one another,
+ * else by its time stamps. A rate holds against stamps that say something else.
+ */
+class ComtradeClock
+{
+public:
+    /** Borrows the header. */
+    explicit ComtradeClock(const ComtradeHeader& header) : mHeader(header) {}
+
+    /**
+     * Fills in the times of a block, in s from the first sample of the recording.
+     * @return false when neither a rate nor a stamp tells the time of a sample, which has the
+     *         place samples() then.
+     */
+    bool stamp(const ComtradeBlock& block, double* seconds);
+
+    /** Samples so far. */
+    size_t samples() const { return mSamples; }
+
+    /** What was odd, once all has been read. */
+    void remarkOn(Remarks* remarks) const;
+
+private:
+    double nextByRate();
+    bool nextByStamp(qint64 stamp, double* seconds);
+    void compare(qint64 stamp, double seconds);
+
+    const ComtradeHeader& mHeader;
+    size_t mSamples = 0;
+    size_t mRate = 0;            ///< index of the rate in force
+    size_t mRateBegin = 0;       ///< place of its first sample
+    double mRateSeconds = 0.0;   ///< time of its first sample
+    RisingTime<qint64> mStamped; ///< in the stamps' unit
+    qint64 mFirstStamp = ComtradeBlock::kNoStamp;
+    double mStampedSeconds = 0.0; ///< time of the last stamp
+    double mRatedSeconds = 0.0;   ///< the same sample's time by the rates
+};

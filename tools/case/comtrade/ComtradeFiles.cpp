@@ -1,0 +1,198 @@
+#include "comtrade/ComtradeFiles.h"
+
+#include <fmt/format.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "base/TextEncoding.h"
+#include "comtrade/ComtradeConfigParser.h"
+
+namespace {
+constexpr size_t kLargestConfig = size_t{16} << 20U;
+constexpr std::string_view kSectionMark = "---";
+
+/** Parses the configuration and puts its remarks behind those on its texts. */
+void takeConfig(const std::string& name, std::string_view text, size_t firstLine,
+                const std::string& encoding, ComtradeParts* parts)
+{
+    const DecodedText decoded = decodeText(text, encoding);
+    if (decoded.mIsGuessed) {
+        parts->mRemarks.add(kGuessedEncoding);
+    }
+    ComtradeConfigParser parser(name, decoded.mText, firstLine);
+    parts->mHeader = parser.parse();
+    for (const std::string& remark : parser.remarks().take()) {
+        parts->mRemarks.add(remark);
+    }
+}
+
+/** The heading of a section: "--- file type: DAT BINARY: 702 ---". */
+struct Heading
+{
+    std::string mType;            ///< "CFG", "DAT", ... in upper case
+    std::string mKind;            ///< of data, where it is told
+    std::optional<size_t> mBytes; ///< of data, where they are told
+};
+
+std::optional<Heading> parseHeading(std::string_view line)
+{
+    line = trimmed(line);
+    if (line.substr(0, kSectionMark.size()) != kSectionMark) {
+        return std::nullopt;
+    }
+    const QString text = QString::fromLatin1(line.data(), static_cast<int>(line.size()))
+                             .remove('-')
+                             .simplified()
+                             .toUpper();
+    const QStringList parts = text.split(':');
+    if (parts.size() < 2 || parts[0].simplified() != QLatin1String("FILE TYPE")) {
+        return std::nullopt;
+    }
+    Heading heading;
+    const QStringList words = parts[1].split(' ', Qt::SkipEmptyParts);
+    heading.mType = words.value(0).toStdString();
+    heading.mKind = words.value(1).toStdString();
+    size_t bytes = 0;
+    if (parts.size() > 2 && parseNumber(parts[2].toStdString(), &bytes)) {
+        heading.mBytes = bytes;
+    }
+    return heading;
+}
+
+/** Goes through the sections of a single file. */
+class SectionReader
+{
+public:
+    explicit SectionReader(InputFile& file) : mFile(file) {}
+
+    std::string mConfig;
+    size_t mConfigLine = 1;
+    Heading mDataHeading;
+    size_t mDataLine = 1;
+    size_t mDataBegin = 0; ///< 0 while there is no data section
+    size_t mDataEnd = 0;
+
+    /** Stops once both sections have been found; what follows them is not read. */
+    void read()
+    {
+        std::string_view line;
+        std::string type;
+        while ((mDataBegin == 0 || mConfig.empty()) && mFile.takeLine(&line)) {
+            ++mLine;
+            const auto heading = parseHeading(line);
+            if (heading) {
+                type = heading->mType;
+                beginSection(*heading);
+            } else if (type == "CFG") {
+                addConfigLine(line);
+            }
+        }
+    }
+
+private:
+    void beginSection(const Heading& heading)
+    {
+        if (heading.mType == "CFG") {
+            mConfigLine = mLine + 1;
+        } else if (heading.mType == "DAT") {
+            mDataHeading = heading;
+            mDataLine = mLine + 1;
+            mDataBegin = mFile.position();
+            const size_t left = mFile.left();
+            mDataEnd = mDataBegin + std::min(left, heading.mBytes.value_or(left));
+            if (heading.mBytes && mConfig.empty()) {
+                mFile.setPart(mDataEnd, mFile.size());
+            }
+        }
+    }
+
+    void addConfigLine(std::string_view line)
+    {
+        if (mConfig.size() + line.size() > kLargestConfig) {
+            throw CaseError(fmt::format("{}:{}: expected a configuration of at most 16 MiB",
+                                        mFile.name(), mLine));
+        }
+        mConfig.append(line).append("\n");
+    }
+
+    InputFile& mFile;
+    size_t mLine = 0;
+};
+
+/** The heading of the data section knows best what it heads. */
+void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
+{
+    const Heading& heading = sections.mDataHeading;
+    ComtradeKind kind = parts->mHeader.mKind;
+    if (parseKind(heading.mKind, &kind) && kind != parts->mHeader.mKind) {
+        parts->mRemarks.add(
+            fmt::format("the configuration tells of {} data, their section of {}: "
+                        "the section holds",
+                        nameOf(parts->mHeader.mKind), nameOf(kind)));
+        parts->mHeader.mKind = kind;
+    }
+    const size_t bytes = sections.mDataEnd - sections.mDataBegin;
+    if (heading.mBytes && *heading.mBytes != bytes) {
+        parts->mRemarks.add(
+            fmt::format("{} bytes of data are announced, {} are there", *heading.mBytes, bytes));
+    }
+}
+} // namespace
+
+std::string findBeside(const std::string& path, const std::string& suffix)
+{
+    const QFileInfo info(QString::fromStdString(path));
+    const QString wanted = info.completeBaseName() + "." + QString::fromStdString(suffix);
+    std::string found;
+    for (const QString& name : info.dir().entryList(QDir::Files)) {
+        // Where several differ in case only, the one that is written alike.
+        if (name.compare(wanted, Qt::CaseInsensitive) == 0 &&
+            (found.empty() || name.startsWith(info.completeBaseName()))) {
+            found = info.dir().filePath(name).toStdString();
+        }
+    }
+    return found;
+}
+
+ComtradeParts openComtradePair(const std::string& configPath, const std::string& dataPath,
+                               const std::string& encoding)
+{
+    ComtradeParts parts;
+    InputFile config(configPath);
+    if (config.size() > kLargestConfig) {
+        throw CaseError(configPath + ": expected a configuration of at most 16 MiB");
+    }
+    takeConfig(configPath, config.peek(config.size()), 1, encoding, &parts);
+    parts.mName = configPath;
+    parts.mData = std::make_unique<InputFile>(dataPath);
+    return parts;
+}
+
+ComtradeParts openComtradeSingle(const std::string& path, const std::string& encoding)
+{
+    ComtradeParts parts;
+    parts.mName = path;
+    parts.mData = std::make_unique<InputFile>(path);
+    SectionReader sections(*parts.mData);
+    sections.read();
+    if (sections.mConfig.empty() || sections.mDataBegin == 0) {
+        throw CaseError(fmt::format("{}: expected a section \"--- file type: {} ---\"", path,
+                                    sections.mConfig.empty() ? "CFG" : "DAT"));
+    }
+    takeConfig(path, sections.mConfig, sections.mConfigLine, encoding, &parts);
+    adoptHeading(sections, &parts);
+    parts.mFirstDataLine = sections.mDataLine;
+    parts.mData->setPart(sections.mDataBegin, sections.mDataEnd);
+    return parts;
+}
+
+bool looksLikeComtradeSingle(std::string_view text)
+{
+    return parseHeading(text.substr(0, text.find('\n'))).has_value();
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "comtrade/ComtradeSource.h"
+
+/** Finds the parts of a COMTRADE recording in its files. */
+
+/**
+ * The file beside the given one that has the same name but another suffix, both in any case.
+ * @param suffix for example "dat"
+ * @return empty when there is none
+ */
+std::string findBeside(const std::string& path, const std::string& suffix);
+
+/**
+ * A recording in two files.
+ *
+ * @param encoding of the texts, as decodeText() takes it
+ * @param mName the file that the user named
+ */
+ComtradeParts openComtradePair(const std::string& configPath, const std::string& dataPath,
+                               const std::string& encoding);
+
+/** A recording in a single file, with sections. */
+ComtradeParts openComtradeSingle(const std::string& path, const std::string& encoding);
+
+/** True when the text begins as a single file does. */
+bool looksLikeComtradeSingle(std::string_view text);

@@ -1,0 +1,34 @@
+#include "comtrade/ComtradeHeader.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <utility>
+
+namespace {
+constexpr std::array<std::pair<const char*, ComtradeKind>, 4> kKinds{{
+    {"ASCII", ComtradeKind::kAscii},
+    {"BINARY", ComtradeKind::kBinary},
+    {"BINARY32", ComtradeKind::kBinary32},
+    {"FLOAT32", ComtradeKind::kFloat32},
+}};
+} // namespace
+
+const char* nameOf(ComtradeKind kind)
+{
+    return kKinds.at(static_cast<size_t>(kind)).first;
+}
+
+bool parseKind(std::string_view name, ComtradeKind* kind)
+{
+    std::string upper(name);
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    for (const auto& [known, value] : kKinds) {
+        if (upper == known) {
+            *kind = value;
+            return true;
+        }
+    }
+    return false;
+}

@@ -1,0 +1,149 @@
+#include "comtrade/ComtradeSource.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "base/CaseError.h"
+
+namespace {
+constexpr size_t kBlockValues = 32768; ///< about the values of a block, to stay in the cache
+constexpr size_t kMostBlockSamples = 4096;
+
+ChannelDescription describeChannel(const ComtradeAnalog& analog)
+{
+    ChannelDescription channel;
+    channel.mNumber = analog.mNumber;
+    channel.mName = analog.mName;
+    channel.mPhase = analog.mPhase;
+    channel.mUnit = analog.mUnit;
+    channel.mPrimary = analog.mPrimary;
+    channel.mSecondary = analog.mSecondary;
+    channel.mSide = analog.mSide;
+    channel.mSkewMicroseconds = analog.mSkewMicroseconds;
+    return channel;
+}
+} // namespace
+
+ComtradeSource::ComtradeSource(ComtradeParts parts)
+    : mParts(std::move(parts)),
+      mRecords(makeComtradeRecords(*mParts.mData, mParts.mHeader, mParts.mFirstDataLine)),
+      mClock(mParts.mHeader),
+      mStates(&mDescription.mStatusChannels),
+      mBlockSamples(
+          std::clamp<size_t>(kBlockValues / std::max<size_t>(mParts.mHeader.mAnalogs.size(), 1), 1,
+                             kMostBlockSamples)),
+      mLastValues(mParts.mHeader.mAnalogs.size())
+{
+    describe();
+}
+
+void ComtradeSource::describe()
+{
+    const ComtradeHeader& header = mParts.mHeader;
+    mDescription.mFileName = mParts.mName;
+    mDescription.mFormat =
+        fmt::format("COMTRADE {}, {}", static_cast<int>(header.mRevision), nameOf(header.mKind));
+    mDescription.mStation = header.mStation;
+    mDescription.mDevice = header.mDevice;
+    mDescription.mStartTime = header.mStartTime;
+    mDescription.mTriggerTime = header.mTriggerTime;
+    mDescription.mNominalHz = header.mNominalHz;
+    mDescription.mSampleCount = mRecords->count();
+    for (const ComtradeRate& rate : header.mRates) {
+        mDescription.mRates.push_back({rate.mHz, rate.mLastSample});
+    }
+    for (const ComtradeAnalog& analog : header.mAnalogs) {
+        mDescription.mChannels.push_back(describeChannel(analog));
+    }
+    for (const ComtradeStatus& status : header.mStatuses) {
+        StatusChannel channel;
+        channel.mNumber = status.mNumber;
+        channel.mName = status.mName;
+        mDescription.mStatusChannels.push_back(channel);
+    }
+    mDescription.mRemarks = mParts.mRemarks.take();
+}
+
+bool ComtradeSource::read(SignalBlock& block)
+{
+    block.mFirst = mClock.samples();
+    block.mFrequency.clear();
+    block.resize(mLastValues.size(), mBlockSamples);
+    mRecords->read(mBlockSamples, &mBlock, &block.mValues);
+    block.resize(mLastValues.size(), mBlock.size());
+    if (!mClock.stamp(mBlock, block.mSeconds.data())) {
+        throw CaseError(
+            fmt::format("{}: record {}: expected a rising time stamp, since the "
+                        "configuration tells no rate",
+                        mParts.mData->name(), mClock.samples() + 1));
+    }
+    for (size_t i = 0; i < mLastValues.size(); ++i) {
+        scale(i, &block.mValues[i]);
+    }
+    mStates.add(mBlock, block.mSeconds);
+    checkNumbers();
+    if (block.size() == 0 && !mIsFinished) {
+        finish();
+    }
+    return block.size() > 0;
+}
+
+/** From numbers as they stand in the file to the channel's unit. */
+void ComtradeSource::scale(size_t channel, std::vector<double>* column)
+{
+    const double factor = mParts.mHeader.mAnalogs[channel].mFactor;
+    const double offset = mParts.mHeader.mAnalogs[channel].mOffset;
+    double last = mLastValues[channel];
+    size_t missing = 0;
+    for (double& value : *column) {
+        // What is missing is no number, and that stays so; nor is what is beyond all numbers.
+        const double scaled = factor * value + offset;
+        const bool isThere = std::isfinite(scaled);
+        missing += isThere ? 0 : 1;
+        last = isThere ? scaled : last;
+        value = last;
+    }
+    mLastValues[channel] = last;
+    mDescription.mChannels[channel].mMissing += missing;
+}
+
+/** Numbers that fall have begun again; numbers that jump tell of samples that were lost. */
+void ComtradeSource::checkNumbers()
+{
+    const size_t first = mClock.samples() - mBlock.size();
+    for (size_t i = 0; i < mBlock.size(); ++i) {
+        const bool jumps = first + i > 0 && mBlock.mNumbers[i] > mLastNumber + 1;
+        mJumps += jumps ? 1 : 0;
+        mLastNumber = mBlock.mNumbers[i];
+    }
+}
+
+void ComtradeSource::finish()
+{
+    mIsFinished = true;
+    Remarks remarks;
+    const size_t announced = mParts.mHeader.mAnnouncedSamples;
+    if (announced > 0 && announced != mClock.samples()) {
+        remarks.add(
+            fmt::format("{} samples are announced, {} are there", announced, mClock.samples()));
+    }
+    if (mJumps > 0) {
+        remarks.add(
+            fmt::format("the samples' numbers jump {} times, as if some were lost: taken "
+                        "as they follow one another",
+                        mJumps));
+    }
+    mRecords->remarkOn(&remarks);
+    mClock.remarkOn(&remarks);
+    for (const ChannelDescription& channel : mDescription.mChannels) {
+        if (channel.mMissing > 0) {
+            remarks.addFor("missing values: held at the value before", channel.mNumber);
+        }
+    }
+    for (std::string& text : remarks.take()) {
+        mDescription.mRemarks.push_back(std::move(text));
+    }
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/InputFile.h"
+#include "base/Remarks.h"
+#include "comtrade/ComtradeClock.h"
+#include "comtrade/ComtradeHeader.h"
+#include "comtrade/ComtradeRecords.h"
+#include "comtrade/StatusTracker.h"
+#include "signal/SignalSource.h"
+
+/** Where the parts of a recording lie. */
+struct ComtradeParts
+{
+    std::string mName; ///< of the recording, for the user: the file that was named
+    ComtradeHeader mHeader;
+    Remarks mRemarks;                 ///< so far
+    std::unique_ptr<InputFile> mData; ///< stands at the beginning of the data part
+    size_t mFirstDataLine = 1;
+};
+
+/**
+ * A COMTRADE recording: values in the units of its channels, missing ones held at the last (0
+ * before there is one).
+ */
+class ComtradeSource : public SignalSource
+{
+public:
+    explicit ComtradeSource(ComtradeParts parts);
+
+    const SignalDescription& description() const override { return mDescription; }
+    bool read(SignalBlock& block) override;
+    double progress() const override { return mParts.mData->progress(); }
+
+private:
+    void describe();
+    void scale(size_t channel, std::vector<double>* column);
+    void checkNumbers();
+    void finish();
+
+    ComtradeParts mParts;
+    SignalDescription mDescription;
+    std::unique_ptr<ComtradeRecords> mRecords;
+    ComtradeClock mClock;
+    StatusTracker mStates;
+    size_t mBlockSamples;
+    ComtradeBlock mBlock;            ///< kept for its memory
+    std::vector<double> mLastValues; ///< of each channel
+    qint64 mLastNumber = 0;          ///< of a sample
+    size_t mJumps = 0;               ///< of the samples' numbers
+    bool mIsFinished = false;
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QtGlobal>
+#include <vector>
+
+#include "comtrade/ComtradeRecords.h"
+#include "signal/SignalSource.h"
+
+/** Finds where states change. Keeps the first changes only, so that memory is bounded. */
+class StatusTracker
+{
+public:
+    /** @param channels get their states and changes; borrowed, one for each status channel */
+    explicit StatusTracker(std::vector<StatusChannel>* channels) : mChannels(channels) {}
+
+    /** @param words of one sample; @param seconds its time */
+    void add(const ComtradeBlock& block, const std::vector<double>& seconds);
+
+private:
+    void change(size_t word, unsigned bits, double seconds, bool isFirst);
+
+    std::vector<StatusChannel>* mChannels;
+    std::vector<quint16> mLast; ///< words of the last sample; empty before the first
+    size_t mKept = 0;           ///< changes of all channels
+};

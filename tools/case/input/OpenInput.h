@@ -1,0 +1,20 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "signal/SignalSource.h"
+
+struct InputOptions
+{
+    /** Of the texts in a recording; empty finds out. Requires: empty or isEncoding(). */
+    std::string mEncoding;
+};
+
+/**
+ * Opens whatever can be read as a signal. What a file is, is found by its content: a value file,
+ * a recording of the driver, a COMTRADE recording (of which either of two files may be named), a
+ * text file with a heading. Throws CaseError; for a file that is none of them the message says
+ * for each kind why not.
+ */
+std::unique_ptr<SignalSource> openInput(const std::string& path, const InputOptions& options);
