@@ -177,8 +177,8 @@ TEST_F(SandboxTest, FilesOpenOneWayOnly)
 TEST_F(SandboxTest, NoProcessOutlivesIt)
 {
     for (const char* script :
-         {" sh -c 'sleep 60 & (trap \"\" TERM; setsid sleep 60 &) & exit 3' | cat",
-          " sh -c 'echo $PPID; exec sleep 60' | { read pid; kill -KILL $pid; cat; }"}) {
+         {" sh -c 'sleep 600 & (trap \"\" TERM; setsid sleep 600 &) & exit 3' | cat",
+          " sh -c 'echo $PPID; exec sleep 600' | { read pid; kill -KILL $pid; cat; }"}) {
         SCOPED_TRACE(script);
         EXPECT_EQ(mRunner.run({"sh", "-c", VX_SANDBOX + std::string(script)}).mExitCode, 0);
     }
