@@ -1,57 +1,23 @@
-#include "Simulator.h"
-
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <filesystem>
 #include <map>
-#include <memory>
 #include <tuple>
 
-#include "Files.h"
-#include "FixedPaths.h"
-#include "LogCapture.h"
-#include "TestDevice.h"
-#include "VirtualSystem.h"
+#include "SimulatorFixture.h"
 
 namespace {
-namespace fs = std::filesystem;
-
-/** Thrown out of a system call in order to leave the endless loop. */
-struct EndOfTest
-{
-};
-
 /**
- * Works in a directory with the value files a, b and c of one sample, whose auxiliary word is the
- * letter, and e without a sample.
+ * With the value files a, b and c of one sample, whose auxiliary word is the letter, and e without
+ * a sample.
  */
-class SimulatorTest : public testing::Test
+class SimulatorTest : public SimulatorFixture
 {
 protected:
     SimulatorTest()
     {
-        fs::current_path(mFiles.path(""));
-        restart();
         for (const char letter : {'a', 'b', 'c'}) {
             writeFile(std::string(1, letter), valueLine(std::to_string(letter), "50"));
         }
         writeFile("e", "# nothing\n");
-    }
-    ~SimulatorTest() override { fs::current_path("/"); }
-
-    /** A new simulator on a driver that has taken nothing. */
-    void restart()
-    {
-        TestDevice::makeDriver();
-        mSimulator = std::make_unique<Simulator>();
-        mLog.take();
-    }
-
-    bool loadConfig(const std::string& text)
-    {
-        writeFile("conf", text);
-        return mSimulator->loadConfigFile(QStringLiteral("conf"));
     }
 
     /** The letters of the samples that have arrived, in their order. */
@@ -64,20 +30,11 @@ protected:
         return letters;
     }
 
-    /** Loads the configuration and plays it until a system call throws. */
-    void runUntilEndOfTest(const std::string& config)
-    {
-        ASSERT_TRUE(loadConfig(config) && mSimulator->loadDataFiles());
-        mLog.take();
-        EXPECT_THROW(mSimulator->startEndless(), EndOfTest);
-        EXPECT_FALSE(holdsOpen(mFiles.path("conf")));
-    }
-
     /** Plays until so many samples have arrived; sends each command when its number has. */
     void run(const std::string& config, size_t samples, std::map<size_t, std::string> commands)
     {
         mSystem.mOnPoll = [samples, commands]() mutable {
-            const auto size = static_cast<size_t>(fs::file_size(kSampleBufferPath));
+            const auto size = static_cast<size_t>(std::filesystem::file_size(kSampleBufferPath));
             const size_t count = size / sizeof(SampleRecord);
             if (count >= samples) {
                 throw EndOfTest();
@@ -89,12 +46,6 @@ protected:
         };
         runUntilEndOfTest(config);
     }
-
-    TestDevice mDevice;
-    TestFiles mFiles;
-    LogCapture mLog;
-    VirtualSystem mSystem;
-    std::unique_ptr<Simulator> mSimulator;
 };
 
 TEST_F(SimulatorTest, LoadsValueFilesInOrderUpToAGap)

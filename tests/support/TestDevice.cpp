@@ -10,6 +10,7 @@
 #include "Files.h"
 #include "FixedPaths.h"
 #include "PrivateMounts.h"
+#include "Records.h"
 
 namespace fs = std::filesystem;
 
@@ -22,16 +23,6 @@ bool enterPrivateMounts()
     mounts.makeEtcVx();
     mounts.makeDriverDirectory();
     return true;
-}
-
-template <typename Record>
-std::vector<Record> readAs(const std::string& path)
-{
-    const std::string bytes = readFile(path);
-    std::vector<Record> records(bytes.size() / sizeof(Record));
-    EXPECT_EQ(bytes.size(), records.size() * sizeof(Record)) << path;
-    bytes.copy(reinterpret_cast<char*>(records.data()), bytes.size());
-    return records;
 }
 } // namespace
 
@@ -79,12 +70,12 @@ void TestDevice::remove(const std::string& path)
 
 std::vector<SampleRecord> TestDevice::records()
 {
-    return readAs<SampleRecord>(kSampleBufferPath);
+    return itemsOf<SampleRecord>(readFile(kSampleBufferPath));
 }
 
 std::vector<quint32> TestDevice::words(const std::string& path)
 {
-    return readAs<quint32>(path);
+    return itemsOf<quint32>(readFile(path));
 }
 
 void TestDevice::send(const std::string& bytes)

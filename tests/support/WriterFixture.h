@@ -8,17 +8,12 @@
 #include "InputValues.h"
 #include "LogCapture.h"
 #include "PrussSimulation.h"
+#include "Records.h"
 #include "TestDevice.h"
 #include "VirtualSystem.h"
 
-inline constexpr qint64 kSecond = 1'000'000'000;
 inline constexpr qint64 kStepOf50Hz = 55'555;
 inline constexpr qint64 kBlockOf50Hz = 360 * kStepOf50Hz;
-
-inline qint64 stampOf(const SampleRecord& record)
-{
-    return record.mSeconds * kSecond + record.mNanoseconds;
-}
 
 /** A sample writer on a driver of regular files, in virtual time. */
 class WriterFixture : public testing::Test
