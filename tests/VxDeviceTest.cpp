@@ -1,7 +1,7 @@
 #include "VxDevice.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +15,9 @@
 #include "VirtualSystem.h"
 
 namespace {
+using testing::ElementsAre;
+using testing::EndsWith;
+
 /** A device on a FIFO. */
 class VxDeviceTest : public testing::Test
 {
@@ -53,14 +56,19 @@ TEST_F(VxDeviceTest, WatchesTheDescriptor)
     expectWaitFails(mDevice, 0, ETIMEDOUT, "Timeout"); // not open: only the pipe is watched
     open();
     expectWaitFails(mDevice, 20, ETIMEDOUT, "Timeout");
-    send("x");
+    send("xy");
     EXPECT_TRUE(mDevice.waitForReadyRead(0));
     EXPECT_TRUE(mDevice.waitForReadyRead(-1));
     EXPECT_EQ(mDevice.readRaw(&byte, 1), 1);
     EXPECT_EQ(byte, 'x');
-    expectWaitFails(mDevice, 0, ETIMEDOUT, "Timeout");
     expectWaitFails(mDevice, -2, EINVAL, "Invalid argument");
-    expectWaitFails(mDevice, -1500, EINVAL, "Invalid argument");
+    mDevice.interruptWait(); // ends every later wait
+    for (const int msecs : {-1, 100'000}) {
+        expectWaitFails(mDevice, msecs, EINTR, "Signal Interrupt");
+    }
+    EXPECT_EQ(mDevice.readWithTimeout(&byte, 1, 0), -1);
+    EXPECT_EQ(errno, EINTR);
+    EXPECT_EQ(mDevice.readRaw(&byte, 1), 1);
 }
 
 TEST_F(VxDeviceTest, WaitsAsLongAsAsked)
@@ -77,32 +85,16 @@ TEST_F(VxDeviceTest, WaitsAsLongAsAsked)
     expectWaitFails(mDevice, -1, EINTR, "Signal Interrupt");
 }
 
-TEST_F(VxDeviceTest, InterruptionEndsEveryLaterWait)
-{
-    open();
-    send("data");
-    mDevice.interruptWait();
-    expectWaitFails(mDevice, -1, EINTR, "Signal Interrupt");
-    expectWaitFails(mDevice, 100'000, EINTR, "Signal Interrupt");
-    char byte = 0;
-    EXPECT_EQ(mDevice.readWithTimeout(&byte, 1, 0), -1);
-    EXPECT_EQ(errno, EINTR);
-    EXPECT_EQ(mDevice.readRaw(&byte, 1), 1);
-}
-
 TEST_F(VxDeviceTest, ClosesItsDescriptorsOnceAndNoneOfOthers)
 {
     const int before = openDescriptors();
-    for (int i = 0; i < 100; ++i) {
+    {
         VxDevice opened(mDevice.fileName());
         opened.open(QIODevice::ReadWrite);
-        int other = -1;
-        {
-            VxDevice interrupted;
-            interrupted.interruptWait();
-            other = ::open("/dev/null", O_RDONLY); // gets the number that is free again
-            interrupted.interruptWait();
-        }
+        VxDevice interrupted;
+        interrupted.interruptWait();
+        const int other = ::open("/dev/null", O_RDONLY); // gets the number that is free again
+        interrupted.interruptWait();
         EXPECT_EQ(::close(other), 0);
     }
     EXPECT_EQ(openDescriptors(), before);
@@ -110,15 +102,12 @@ TEST_F(VxDeviceTest, ClosesItsDescriptorsOnceAndNoneOfOthers)
 
 TEST_F(VxDeviceTest, DescriptorBeyondTheSetCannotBeWaitedFor)
 {
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit limit{2 * FD_SETSIZE, 2 * FD_SETSIZE};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
     while (::open("/dev/null", O_RDONLY) < FD_SETSIZE - 1) { // closed by the end of the process
     }
     open();
     ASSERT_EQ(mDevice.handle(), FD_SETSIZE);
-    send("x");
     expectWaitFails(mDevice, 0, EINVAL, "Invalid argument");
     VxDevice withHighPipe;
     expectWaitFails(withHighPipe, 0, EINVAL, "Invalid argument");
@@ -181,8 +170,7 @@ TEST_F(VxDeviceTest, EndOfFileIsUnspecificWhateverErrnoHeld)
         const VxDevice::ReadError code = device.readContinuous(20, buffer.data(), 10);
         EXPECT_EQ(device.readErrorString(code), QStringLiteral("unspecific Error"));
         EXPECT_EQ(buffer, "0123456789..........");
-        EXPECT_EQ(mLog.take(),
-                  Lines{"ERROR Error while reading from " + name.toStdString() + " : End of file"});
+        EXPECT_THAT(mLog.take(), ElementsAre(EndsWith("short : End of file")));
     }
 }
 } // namespace

@@ -1,18 +1,22 @@
 #pragma once
 
-#include "Playback.h"
 #include "Records.h"
 #include "SandboxedTest.h"
 
-/** The real program in the sandbox, judged by what arrived at the driver and by the log. */
+/**
+ * The real program in the sandbox, judged by what arrived at the driver and by the log. There are
+ * value files of 50 Hz, case-NUMBER.csv, whose every line can be recognised in a recording.
+ */
 class PlayTest : public SandboxedTest
 {
 protected:
+    PlayTest();
+
     /**
-     * Plays `configuration`, which may name the cases 1 to 4 and 11 to 23, until the sandbox's
-     * options end it. Expects what holds of any run: it does not end by itself, it does not spin,
-     * and every record is the one that has to follow; without a fault among the options also that
-     * each block and side record is as it has to be, and that the summary tells of them.
+     * Plays `configuration` until the sandbox's options end it. Expects what holds of any run: it
+     * does not end by itself, it does not spin, and every record is the one that has to follow;
+     * without a fault among the options also that each block and side record is as it has to be,
+     * and that the summary tells of them.
      */
     void play(const std::string& configuration, const Words& options,
               const Words& program = kSimulator);
@@ -30,5 +34,4 @@ protected:
 private:
     void checkRecords();
     void checkEvents() const;
-    void checkSummary() const;
 };

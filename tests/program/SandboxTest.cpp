@@ -3,7 +3,6 @@
 
 #include "Files.h"
 #include "FixedPaths.h"
-#include "Playback.h"
 #include "SandboxedTest.h"
 
 namespace {

@@ -1,9 +1,21 @@
 #include "SandboxedTest.h"
 
 #include <QRegularExpression>
+#include <nlohmann/json.hpp>
 
 namespace {
 constexpr char kSummaryTitle[] = "What arrived at the driver:\n";
+}
+
+std::vector<Event> eventsOf(const std::string& text)
+{
+    std::vector<Event> events;
+    for (const std::string& line : split(text, '\n')) {
+        const auto json = nlohmann::json::parse(line);
+        events.push_back({json.at("t"), json.at("file"), json.at("bytes"), json.at("accepted"),
+                          json.value("words", std::vector<quint32>{})});
+    }
+    return events;
 }
 
 SandboxedTest::SandboxedTest()

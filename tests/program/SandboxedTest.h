@@ -7,6 +7,18 @@
 
 #include "CommandRunner.h"
 
+/** A write as the sandbox tells of it. */
+struct Event
+{
+    qint64 mArrivalNs;
+    std::string mFile;
+    int mBytes;
+    bool mIsAccepted;
+    std::vector<quint32> mWords;
+};
+
+std::vector<Event> eventsOf(const std::string& text);
+
 /** Runs programs in the sandbox, and the simulator in particular, in a directory of its own. */
 class SandboxedTest : public testing::Test
 {
