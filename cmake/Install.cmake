@@ -32,8 +32,8 @@ endfunction()
 
 # --- the program ---------------------------------------------------------------------------------
 
-install(TARGETS vx-simulator RUNTIME COMPONENT program)
-vx_install_manual(program vx-simulator.1 vx-simulator.conf.5 vx-value-file.5)
+install(TARGETS vx-simulator vx-control RUNTIME COMPONENT program)
+vx_install_manual(program vx-control.1 vx-simulator.1 vx-simulator.conf.5 vx-value-file.5)
 
 # The two files below name the directory, which may be relative to the prefix.
 cmake_path(ABSOLUTE_PATH VX_DEFAULTS_DIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
@@ -55,7 +55,7 @@ install(FILES ${packaging}/systemd/90-vx-simulator.rules
   DESTINATION ${VX_UDEV_RULES_DIR} COMPONENT program)
 
 set(completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES completions/vx-simulator DESTINATION ${completions} COMPONENT program)
+install(FILES completions/vx-simulator completions/vx-control DESTINATION ${completions} COMPONENT program)
 
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/vx-simulator)
 install(FILES README.md DESTINATION ${documents} COMPONENT program)

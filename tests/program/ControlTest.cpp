@@ -1,0 +1,49 @@
+#include "SandboxedTest.h"
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+/** vx-control and the simulator, both as they are, in the paths of the device. */
+class ControlTest : public SandboxedTest
+{
+};
+
+TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
+{
+    mRunner.writeFile("idle.csv", repeated(valueLine("0", "50"), 360));
+    mRunner.writeFile("sag.csv", repeated(valueLine("0", "50"), 360));
+    mRunner.writeFile("vx-simulator.conf",
+                      "0,1,idle.csv\n1,1,sag.csv\n2,1,sag.csv\n2,1,idle.csv\n");
+    const std::string control = VX_CONTROL " --config vx-simulator.conf ";
+    const std::string waiting = control + "--log simulator.log --wait 60 ";
+    const CommandResult result = sandbox(
+        {}, after("(until " + waiting + "once 1 2>early >answers; do sleep 0.1; done; " + waiting +
+                      "play 2 >>answers; echo $? >>answers; " + waiting +
+                      "once sag 2>>answers; echo $? >>answers; " + control +
+                      "--wait 0.1 --log no.log play 0 2>>answers; echo $? >>answers; kill $$) &",
+                  kSimulator));
+    EXPECT_THAT(
+        mRunner.readFile("answers"),
+        MatchesRegex("INFO Configuration Execute Config 1 once\n"
+                     "INFO Configuration Execute Config 2 continuous\n0\n"
+                     "vx-control: 'sag' is played by several configurations; give a number: 1, 2\n"
+                     "1\nvx-control: written, but the log said nothing of it in 0.1 s.*\n1\n"))
+        << result;
+    EXPECT_THAT(log(), HasSubstr("Execute Config 1 once\nINFO Configuration Execute Config 2"));
+}
+
+TEST_F(ControlTest, TellsWhatIsWrongWithTheCommandLine)
+{
+    for (const Words& words : {Words{},
+                               {"list", "x"},
+                               {"once"},
+                               {"stop", "1"},
+                               {"--wait", "x", "once", "1"},
+                               {"--log", "x", "once", "1"},
+                               {"--no"}}) {
+        const CommandResult result = mRunner.run(joined({VX_CONTROL}, words));
+        EXPECT_EQ(result.mExitCode, 2) << result;
+        EXPECT_THAT(result.mErrors, MatchesRegex("vx-control: .*\n"));
+    }
+}
