@@ -2,6 +2,7 @@
 #include <exception>
 #include <iostream>
 
+#include "CaseConfiguration.h"
 #include "base/CaseError.h"
 #include "commands/Commands.h"
 
@@ -16,6 +17,7 @@ void declare(CLI::App& app)
     app.set_version_flag("--version", VX_VERSION);
     app.require_subcommand(1);
     addGenerateCommand(app);
+    addCheckCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */
@@ -32,6 +34,7 @@ int parseAndRun(CLI::App& app, int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    CaseConfiguration::keepLogSilent();
     CLI::App app;
     declare(app);
     try {

@@ -11,3 +11,4 @@ class App;
  */
 
 void addGenerateCommand(CLI::App& app);
+void addCheckCommand(CLI::App& app);

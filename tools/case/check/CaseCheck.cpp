@@ -1,0 +1,206 @@
+#include "check/CaseCheck.h"
+
+#include <fmt/format.h>
+#include <QFileInfo>
+#include <algorithm>
+#include <cstdlib>
+
+#include "LogText.h"
+
+namespace {
+/** A command is taken when the case in progress has ended. */
+constexpr double kLongestPatienceSeconds = 5.0;
+
+/** Each of two neighbours was rounded to a whole number. */
+constexpr qint64 kRounding = 1;
+
+/** An item on the 32-bit device: a pointer to its virtual operations, the record, the frequency. */
+constexpr qint64 kItemBytesOn32Bits = 4 + qint64{sizeof(SampleRecord)} + 4;
+
+bool isPlayed(const CaseEntry& entry, const FileFacts& facts)
+{
+    return entry.mRepetitions > 0 && facts.mSamples > 0;
+}
+} // namespace
+
+CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configuration))
+{
+    if (!mCases.read(configuration, CaseConfiguration::Rejected::GoOn)) {
+        mErrors.push_back(mCases.openError());
+        return;
+    }
+    mErrors = mCases.lineErrors();
+    checkNumbers();
+    const auto& configurations = mCases.configurations();
+    for (auto it = configurations.begin(); it != configurations.end(); ++it) {
+        for (const CaseEntry& entry : it.value()) {
+            checkEntry(entry);
+        }
+        checkSeams(it.value());
+        describe(it.key(), it.value());
+    }
+}
+
+/** The simulator takes the numbers as places from 0 on. */
+void CaseCheck::checkNumbers()
+{
+    const auto& configurations = mCases.configurations();
+    qint32 expected = 0;
+    for (auto it = configurations.begin(); it != configurations.end(); ++it) {
+        if (it.key() != expected) {
+            mErrors.push_back(fmt::format(
+                "{}: no configuration found. Number {} is missing: the numbers run from 0 on "
+                "without a gap, and line {} gives {}",
+                lineOf(it.value().first()), expected, it.value().first().mLineNumber, it.key()));
+            expected = it.key();
+        }
+        ++expected;
+    }
+    if (!configurations.contains(mCases.continuousNumber())) {
+        mErrors.push_back(fmt::format(
+            "{}{}: configuration {} is played continuously from the start, and there is none",
+            mName, mCases.continuousLine() == 0 ? "" : fmt::format(":{}", mCases.continuousLine()),
+            mCases.continuousNumber()));
+    }
+}
+
+void CaseCheck::checkEntry(const CaseEntry& entry)
+{
+    const bool isNew = mFacts.find(entry.mFileName) == mFacts.end();
+    const FileFacts& facts = factsFor(entry);
+    if (isNew || !facts.mIsThere) {
+        checkFile(entry, facts);
+    }
+    if (isNew) {
+        checkPlay(entry, facts);
+    }
+    if (entry.mRepetitions == 0) {
+        mWarnings.push_back(lineOf(entry) + ": 0 repetitions, so it is never played");
+    }
+    mLoadedSamples += facts.mSamples;
+}
+
+void CaseCheck::checkFile(const CaseEntry& entry, const FileFacts& facts)
+{
+    const std::string file = local8Bit(entry.mFileName);
+    if (!facts.mIsThere) {
+        mErrors.push_back(fmt::format("{}: could not open file: {} ({})", lineOf(entry), file,
+                                      fmt::join(facts.mErrors, "; ")));
+        return;
+    }
+    mErrors.insert(mErrors.end(), facts.mErrors.begin(), facts.mErrors.end());
+    const qint64 untold = facts.mErrorCount - static_cast<qint64>(facts.mErrors.size());
+    if (untold > 0) {
+        mErrors.push_back(
+            fmt::format("{}: and {} more such lines, {} in all", file, untold, facts.mErrorCount));
+    }
+    if (facts.mUnplayable.mCount > 0) {
+        mErrors.push_back(fmt::format(
+            "{}:{}: frequency of {} Hz cannot be played (step of 0 ns or of a second and more)",
+            file, lineOfSample(entry.mFileName, facts.mUnplayable.mFirst),
+            facts.mUnplayable.mFrequency));
+    }
+}
+
+void CaseCheck::checkPlay(const CaseEntry& entry, const FileFacts& facts)
+{
+    const std::string file = local8Bit(entry.mFileName);
+    if (facts.mInsideBlocks.mCount > 0) {
+        mWarnings.push_back(fmt::format(
+            "{}:{}: the frequency changes to {} Hz inside a block of {} samples, where it has no "
+            "effect ({} samples of the file are so)",
+            file, lineOfSample(entry.mFileName, facts.mInsideBlocks.mFirst),
+            facts.mInsideBlocks.mFrequency, kSamplesPerPeriod, facts.mInsideBlocks.mCount));
+    }
+    if (facts.mSeconds > kLongestPatienceSeconds) {
+        mWarnings.push_back(fmt::format("{}: plays for {:.1f} s, and a command waits until its end",
+                                        file, facts.mSeconds));
+    }
+}
+
+/** What follows the last entry is the first one; what follows one that is repeated is itself. */
+void CaseCheck::checkSeams(const QList<CaseEntry>& entries)
+{
+    std::vector<const CaseEntry*> played;
+    for (const CaseEntry& entry : entries) {
+        if (isPlayed(entry, factsFor(entry))) {
+            played.push_back(&entry);
+        }
+    }
+    for (size_t i = 0; i < played.size(); ++i) {
+        const CaseEntry& next = *played[(i + 1) % played.size()];
+        if (played[i]->mRepetitions > 1 && &next != played[i]) {
+            checkSeam(*played[i], *played[i]);
+        }
+        checkSeam(*played[i], next);
+    }
+}
+
+void CaseCheck::checkSeam(const CaseEntry& from, const CaseEntry& to)
+{
+    const FileFacts& before = factsFor(from);
+    const FileFacts& after = factsFor(to);
+    for (size_t channel = 0; channel < before.mLast.size(); ++channel) {
+        const qint64 jump = std::abs(after.mFirst[channel] - before.mLast[channel]);
+        const qint64 usual = std::max(before.mLargestStep[channel], after.mLargestStep[channel]);
+        if (jump > usual + kRounding) {
+            mWarnings.push_back(fmt::format(
+                "{}: channel {} jumps by {} from the end of {} to the beginning of {}, and by at "
+                "most {} inside them",
+                lineOf(from), channel, jump, local8Bit(from.mFileName), local8Bit(to.mFileName),
+                usual));
+            return;
+        }
+    }
+}
+
+void CaseCheck::describe(qint32 number, const QList<CaseEntry>& entries)
+{
+    CheckedConfiguration result;
+    result.mNumber = number;
+    result.mEntries = entries.size();
+    result.mIsContinuous = number == mCases.continuousNumber();
+    bool allAreThere = true;
+    for (const CaseEntry& entry : entries) {
+        const FileFacts& facts = factsFor(entry);
+        result.mFiles.push_back(local8Bit(entry.mFileName));
+        allAreThere = allAreThere && facts.mIsThere;
+        if (!isPlayed(entry, facts)) {
+            continue;
+        }
+        const bool isFirst = result.mSamples == 0;
+        result.mSamples += facts.mSamples * entry.mRepetitions;
+        result.mSeconds += facts.mSeconds * entry.mRepetitions;
+        result.mLowestHz = isFirst ? facts.mLowestHz : std::min(result.mLowestHz, facts.mLowestHz);
+        result.mHighestHz = std::max(result.mHighestHz, facts.mHighestHz);
+    }
+    if (result.mSamples == 0 && allAreThere) {
+        mWarnings.push_back(
+            fmt::format("{}: configuration {} has no samples to play", mName, number));
+    }
+    mConfigurations.push_back(result);
+}
+
+const FileFacts& CaseCheck::factsFor(const CaseEntry& entry)
+{
+    const auto known = mFacts.find(entry.mFileName);
+    if (known != mFacts.end()) {
+        return known->second;
+    }
+    return mFacts.emplace(entry.mFileName, factsOf(entry.mFileName)).first->second;
+}
+
+std::string CaseCheck::lineOf(const CaseEntry& entry) const
+{
+    return fmt::format("{}:{}", mName, entry.mLineNumber);
+}
+
+qint64 CaseCheck::bytesHere() const
+{
+    return mLoadedSamples * qint64{sizeof(InputValueItem)};
+}
+
+qint64 CaseCheck::bytesOn32Bits() const
+{
+    return mLoadedSamples * kItemBytesOn32Bits;
+}

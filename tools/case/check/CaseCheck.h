@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QString>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "CaseConfiguration.h"
+#include "check/FileFacts.h"
+
+/** What one configuration is, for the table. */
+struct CheckedConfiguration
+{
+    qint32 mNumber = 0;
+    int mEntries = 0;
+    std::vector<std::string> mFiles; ///< in the order of the entries
+    qint64 mSamples = 0;             ///< of one pass, repetitions included
+    double mSeconds = 0;             ///< of one pass
+    float mLowestHz = 0;
+    float mHighestHz = 0;
+    bool mIsContinuous = false;
+};
+
+/**
+ * Judges a case configuration and its value files as the simulator would, in its words, and goes
+ * on where the simulator stops. Touches neither the control FIFO nor the driver.
+ */
+class CaseCheck
+{
+public:
+    /** @param configuration the file; relative names in it begin in the working directory */
+    explicit CaseCheck(const QString& configuration);
+
+    /** What the simulator would refuse or not play. Each begins with the file, mostly its line. */
+    const std::vector<std::string>& errors() const { return mErrors; }
+
+    /** What plays, but hardly as it was meant. */
+    const std::vector<std::string>& warnings() const { return mWarnings; }
+
+    /** In the order of their numbers. */
+    const std::vector<CheckedConfiguration>& configurations() const { return mConfigurations; }
+
+    /** Memory of the samples of all entries, in bytes, of the program on the machine named. */
+    qint64 bytesHere() const;
+    qint64 bytesOn32Bits() const;
+
+private:
+    void checkNumbers();
+    void checkEntry(const CaseEntry& entry);
+    void checkFile(const CaseEntry& entry, const FileFacts& facts);
+    void checkPlay(const CaseEntry& entry, const FileFacts& facts);
+    void checkSeams(const QList<CaseEntry>& entries);
+    void checkSeam(const CaseEntry& from, const CaseEntry& to);
+    void describe(qint32 number, const QList<CaseEntry>& entries);
+
+    const FileFacts& factsFor(const CaseEntry& entry);
+    std::string lineOf(const CaseEntry& entry) const;
+
+    std::string mName;
+    CaseConfiguration mCases;
+    std::map<QString, FileFacts> mFacts; ///< each file is read once
+    std::vector<std::string> mErrors;
+    std::vector<std::string> mWarnings;
+    std::vector<CheckedConfiguration> mConfigurations;
+    qint64 mLoadedSamples = 0; ///< each entry has samples of its own in the program
+};
