@@ -18,6 +18,7 @@ void declare(CLI::App& app)
     app.require_subcommand(1);
     addGenerateCommand(app);
     addCheckCommand(app);
+    addExplainCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */
@@ -41,6 +42,8 @@ int main(int argc, char** argv)
         return parseAndRun(app, argc, argv);
     } catch (const CaseError& error) {
         std::cerr << "vx-case: " << error.what() << std::endl;
+    } catch (const BadVerdict&) {
+        return kInputAtFault;
     } catch (const std::bad_alloc&) {
         std::cerr << "vx-case: out of memory" << std::endl;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 
 /**
@@ -12,4 +13,9 @@ class CaseError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
+};
+
+/** A command has said in its result that its input is not good: ends it with status 1. */
+class BadVerdict : public std::exception
+{
 };

@@ -1,0 +1,304 @@
+#include "explain/Explanation.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/CaseError.h"
+#include "explain/ExplanationOutputs.h"
+
+namespace {
+/** A command that waits for more than two cases and longer than this is not going to be taken. */
+constexpr qint64 kLongestWaitNs = 1'000'000'000;
+
+std::string placeText(const PlayedFile& file, size_t sample)
+{
+    return fmt::format("sample {} of {}", sample + 1, file.mName);
+}
+
+std::string fieldName(size_t field)
+{
+    constexpr size_t kBeforeChannels = 2;
+    if (field < kBeforeChannels) {
+        return field == 0 ? "auxiliary word" : "flag word";
+    }
+    return fmt::format("channel {}", field - kBeforeChannels);
+}
+
+std::string valueText(size_t field, quint32 value)
+{
+    constexpr size_t kBeforeChannels = 2;
+    return field < kBeforeChannels ? std::to_string(value)
+                                   : std::to_string(static_cast<qint32>(value));
+}
+} // namespace
+
+Explanation::Explanation(const PlayPlan& plan, const std::string& recording,
+                         std::unique_ptr<EventTimeline> events, ExplanationOutput& output)
+    : mPlan(plan),
+      mOutput(output),
+      mWindow(recording),
+      mEvents(std::move(events)),
+      mHypotheses(Hypotheses::atStart(plan)),
+      mResynchronizer(plan),
+      mStretches(plan, mEvents == nullptr, output)
+{
+}
+
+bool Explanation::run()
+{
+    if (mWindow.ahead() == 0) {
+        throw CaseError(mWindow.name() + ": holds no sample");
+    }
+    while (mWindow.ahead() > 0) {
+        if (mEvents && mHypotheses.isBetweenCases()) {
+            offerCommands();
+        }
+        if (!takeNext()) {
+            repair();
+        }
+    }
+    finish();
+    return mFindings.isClean();
+}
+
+bool Explanation::takeNext()
+{
+    const SampleRecord& record = mWindow[0];
+    const qint64 stampNs = stampNsOf(record);
+    std::optional<qint64> stepNs;
+    if (mLastStampNs && !mAnyStep) {
+        stepNs = stampNs - *mLastStampNs;
+    }
+    if (!mHypotheses.keep(contentOf(record), stepNs)) {
+        return false;
+    }
+    played(stampNs);
+    return true;
+}
+
+/** The next record is the next sample of the likeliest. */
+void Explanation::played(qint64 stampNs)
+{
+    const size_t sample = mHypotheses.likeliest().mSample;
+    if (sample == 0 && mStretches.isInPass()) {
+        endPass(mHypotheses.ended().value_or(mHypotheses.current()));
+    }
+    mStretches.addSample(sample, stampNs);
+    mLastStampNs = stampNs;
+    mAnyStep = false;
+    mHypotheses.advance();
+    mWindow.advance();
+}
+
+void Explanation::offerCommands()
+{
+    if (mOfferedAt == mWindow.position() || !mLastStampNs) {
+        return;
+    }
+    mOfferedAt = mWindow.position();
+    const qint64 stampNs = stampNsOf(mWindow[0]);
+    const qint64 arrivalNs = mEvents->arrivalNs(mWindow.position()).value_or(stampNs);
+    judgeNewCommands();
+    giveUpOverdueCommand(arrivalNs);
+    mHypotheses.offer(mValid, {arrivalNs, stampNs});
+}
+
+void Explanation::judgeNewCommands()
+{
+    for (; !mEvents->commands().empty(); mEvents->commands().pop_front()) {
+        const SentCommand& sent = mEvents->commands().front();
+        const ControlCommand command(QString::fromStdString(sent.mText + "\n"),
+                                     mPlan.configurationCount());
+        if (command.isValid()) {
+            mValid.push_back(command);
+            mGiven.push_back({sent});
+            continue;
+        }
+        std::string problem = command.error();
+        std::replace(problem.begin(), problem.end(), '\n', ' ');
+        mOutput.add(CommandOutcome{sent.mText, sent.mArrivalNs, problem, std::nullopt, 0});
+    }
+}
+
+void Explanation::giveUpOverdueCommand(qint64 nowNs)
+{
+    const size_t next = mHypotheses.likeliest().mKnownCommands;
+    if (next == mGiven.size()) {
+        return;
+    }
+    GivenCommand& waiting = mGiven[next];
+    if (waiting.mOffers == 0) {
+        waiting.mFirstOfferNs = nowNs;
+    }
+    if (++waiting.mOffers <= 2 || nowNs - waiting.mFirstOfferNs <= kLongestWaitNs) {
+        return;
+    }
+    addFinding(FindingKind::NotFollowed, 1,
+               fmt::format("command '{}' given at {} is not followed", waiting.mSent.mText,
+                           stampText(waiting.mSent.mArrivalNs)));
+    mHypotheses.giveUpCommand();
+    mReportedCommands = std::max(mReportedCommands, next + 1);
+}
+
+void Explanation::endPass(const PlayedCase& played)
+{
+    reportCommands(played);
+    mStretches.endPass(played);
+}
+
+/** Tells of the command that brought the case which ends now, and of one that nobody gave. */
+void Explanation::reportCommands(const PlayedCase& played)
+{
+    if (mEvents && played.mUnknownCommands > mReportedChanges) {
+        mStretches.flush();
+        addFinding(FindingKind::NotGiven, 1,
+                   fmt::format("before it, {} begins without a command",
+                               mPlan.files()[played.mFile].mName));
+    }
+    mReportedChanges = std::max(mReportedChanges, played.mUnknownCommands);
+    for (; mReportedCommands < played.mKnownCommands; ++mReportedCommands) {
+        mStretches.flush();
+        const SentCommand& sent = mGiven[mReportedCommands].mSent;
+        mOutput.add(CommandOutcome{sent.mText, sent.mArrivalNs, "", played.mLastEffect.mArrivalNs,
+                                   played.mLastEffect.mStampNs});
+    }
+}
+
+/** What arrived so far is done with: the next record does not follow from it. */
+void Explanation::breakOff()
+{
+    if (mStretches.isInPass()) {
+        const bool isWhole = mHypotheses.likeliest().mSample == 0 && mHypotheses.ended();
+        endPass(isWhole ? *mHypotheses.ended() : mHypotheses.current());
+    }
+    mStretches.flush();
+}
+
+void Explanation::repair()
+{
+    const Repair found = mResynchronizer.repair(mWindow, mHypotheses, mLastStampNs);
+    mOfferedAt.reset();
+    switch (found.mKind) {
+        case Repair::Kind::Differs:
+            passDifferent(found.mRecords);
+            return;
+        case Repair::Kind::Twice:
+            addFinding(FindingKind::Twice, found.mSamples,
+                       fmt::format("{} samples come twice", found.mSamples));
+            mWindow.advance(found.mRecords);
+            return;
+        case Repair::Kind::Foreign:
+            passForeign(found);
+            return;
+        case Repair::Kind::TimeJump:
+            addFinding(FindingKind::TimeJump, 1,
+                       fmt::format("the time stamp is {} ns after the one before, expected {} ns",
+                                   stampNsOf(mWindow[0]) - *mLastStampNs,
+                                   mHypotheses.nextStep()));
+            mAnyStep = true;
+            return;
+        case Repair::Kind::Missing:
+        case Repair::Kind::Elsewhere:
+        case Repair::Kind::BeginsWithin:
+            goOnElsewhere(found);
+            return;
+    }
+}
+
+void Explanation::goOnElsewhere(const Repair& found)
+{
+    breakOff();
+    const std::string expected = nextPlaceText();
+    mHypotheses = found.mAfter;
+    mAnyStep = true;
+    if (found.mKind == Repair::Kind::Missing) {
+        addFinding(FindingKind::Missing, found.mSamples,
+                   fmt::format("{} samples are missing before it, from {} on", found.mSamples,
+                               expected));
+    } else if (found.mKind == Repair::Kind::Elsewhere) {
+        addFinding(FindingKind::Elsewhere, 1,
+                   fmt::format("it is {} instead of {}", nextPlaceText(), expected));
+    }
+}
+
+void Explanation::passDifferent(size_t records)
+{
+    for (; records > 0; --records) {
+        const qint64 stampNs = stampNsOf(mWindow[0]);
+        if (!Hypotheses(mHypotheses).keep(contentOf(mWindow[0]), std::nullopt)) {
+            addFinding(FindingKind::Differs, 1, differenceText());
+        }
+        played(stampNs);
+    }
+}
+
+void Explanation::passForeign(const Repair& found)
+{
+    breakOff();
+    addFinding(FindingKind::Foreign, found.mSamples,
+               fmt::format("{} samples stand in no file; {} was expected", found.mSamples,
+                           nextPlaceText()));
+    mLastStampNs = stampNsOf(mWindow[static_cast<std::ptrdiff_t>(found.mRecords) - 1]);
+    mWindow.advance(found.mRecords);
+    mHypotheses = found.mAfter;
+    mAnyStep = true;
+}
+
+void Explanation::addFinding(FindingKind kind, size_t count, const std::string& text)
+{
+    const Finding finding{kind, mWindow.position(), count, text};
+    if (mFindings.add(finding)) {
+        mOutput.add(finding);
+    }
+}
+
+std::string Explanation::nextPlaceText() const
+{
+    return placeText(mHypotheses.file(), mHypotheses.likeliest().mSample);
+}
+
+std::string Explanation::differenceText() const
+{
+    const SampleContent found = contentOf(mWindow[0]);
+    const SampleContent& expected = mHypotheses.file().mSamples[mHypotheses.likeliest().mSample];
+    std::string text;
+    for (size_t field = 0; field < found.size(); ++field) {
+        if (found[field] != expected[field]) {
+            text += fmt::format("{} {} has {} instead of {}", text.empty() ? ":" : ",",
+                                fieldName(field), valueText(field, found[field]),
+                                valueText(field, expected[field]));
+        }
+    }
+    return nextPlaceText() + text;
+}
+
+void Explanation::finish()
+{
+    breakOff();
+    if (mWindow.restBytes() > 0) {
+        addFinding(FindingKind::Incomplete, mWindow.restBytes(),
+                   fmt::format("only {} bytes of it", mWindow.restBytes()));
+    }
+    if (mEvents) {
+        finishEvents();
+    }
+    mOutput.add(Verdict{mWindow.position(), mFindings});
+}
+
+void Explanation::finishEvents()
+{
+    mEvents->finish();
+    judgeNewCommands();
+    for (; mReportedCommands < mGiven.size(); ++mReportedCommands) {
+        const SentCommand& sent = mGiven[mReportedCommands].mSent;
+        mOutput.add(CommandOutcome{sent.mText, sent.mArrivalNs, "", std::nullopt, 0});
+    }
+    const size_t recorded = mWindow.position();
+    if (mEvents->samples() != recorded) {
+        addFinding(FindingKind::OtherEvents,
+                   std::max(mEvents->samples(), recorded) - std::min(mEvents->samples(), recorded),
+                   fmt::format("the events tell of {} samples, the recording has {}",
+                               mEvents->samples(), recorded));
+    }
+}

@@ -1,0 +1,152 @@
+#include "explain/ExplanationOutputs.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace {
+constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+constexpr double kSecondsPerNanosecond = 1e-9;
+
+constexpr char kRow[] = "{:<14}{:<{}}  {:>8}  {:>20}  {:>20}  {:>11}{}\n";
+
+std::string cutText(const PlayedStretch& stretch)
+{
+    std::string text;
+    if (stretch.mFirstSample > 0) {
+        text += fmt::format("  from its sample {}", stretch.mFirstSample + 1);
+    }
+    if (stretch.mLastSample + 1 < stretch.mFileSamples) {
+        text += fmt::format("  up to its sample {}", stretch.mLastSample + 1);
+    }
+    return text;
+}
+
+double secondsUntilFirstSample(const CommandOutcome& command)
+{
+    return static_cast<double>(*command.mFirstSampleArrivalNs - command.mArrivalNs) *
+           kSecondsPerNanosecond;
+}
+
+std::string outcomeText(const CommandOutcome& command)
+{
+    if (!command.mProblem.empty()) {
+        return "rejected: " + command.mProblem;
+    }
+    if (!command.mFirstSampleArrivalNs) {
+        return "no sample of it in the recording";
+    }
+    return fmt::format("first sample {:.6f} s later, stamped {}", secondsUntilFirstSample(command),
+                       stampText(command.mFirstStampNs));
+}
+
+std::string findingsText(const FindingCounts& findings)
+{
+    std::string text;
+    for (int kind = 0; kind < static_cast<int>(FindingKind::Count); ++kind) {
+        const size_t count = findings.count(static_cast<FindingKind>(kind));
+        if (count > 0) {
+            text += fmt::format("{}{} {}", text.empty() ? "" : ", ",
+                                nameOf(static_cast<FindingKind>(kind)).mText, count);
+        }
+    }
+    return text;
+}
+
+void writeLine(ResultFile& output, const nlohmann::ordered_json& object)
+{
+    output.write(
+        object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+} // namespace
+
+std::string stampText(qint64 stampNs)
+{
+    return fmt::format("{}.{:09}", stampNs / kNanosecondsPerSecond,
+                       stampNs % kNanosecondsPerSecond);
+}
+
+ExplanationText::ExplanationText(ResultFile& output, size_t fileWidth)
+    : mOutput(output), mFileWidth(std::max(fileWidth, std::string("file").size()))
+{
+    mOutput.write(fmt::format(kRow, "configuration", "file", mFileWidth, "passes",
+                              "first time stamp", "last time stamp", "samples", ""));
+}
+
+void ExplanationText::add(const PlayedStretch& stretch)
+{
+    mOutput.write(fmt::format(
+        kRow, fmt::format("{}", fmt::join(stretch.mConfigurations, ", ")), stretch.mFile,
+        mFileWidth, stretch.mPasses, stampText(stretch.mFirstStampNs),
+        stampText(stretch.mLastStampNs), stretch.mSamples, cutText(stretch)));
+}
+
+void ExplanationText::add(const CommandOutcome& command)
+{
+    mOutput.write(fmt::format("command '{}' at {}: {}\n", command.mText,
+                              stampText(command.mArrivalNs), outcomeText(command)));
+}
+
+void ExplanationText::add(const Finding& finding)
+{
+    mOutput.write(fmt::format("! record {}: {}\n", finding.mRecord + 1, finding.mText));
+}
+
+void ExplanationText::add(const Verdict& verdict)
+{
+    if (verdict.mFindings.isClean()) {
+        mOutput.write(
+            fmt::format("verdict: good: {} samples as they should be\n", verdict.mRecords));
+        return;
+    }
+    mOutput.write("verdict: BAD: " + findingsText(verdict.mFindings) + "\n");
+}
+
+void ExplanationJson::add(const PlayedStretch& stretch)
+{
+    writeLine(mOutput, {{"kind", "stretch"},
+                        {"configurations", stretch.mConfigurations},
+                        {"file", stretch.mFile},
+                        {"passes", stretch.mPasses},
+                        {"firstSample", stretch.mFirstSample + 1},
+                        {"lastSample", stretch.mLastSample + 1},
+                        {"firstStampNs", stretch.mFirstStampNs},
+                        {"lastStampNs", stretch.mLastStampNs},
+                        {"samples", stretch.mSamples}});
+}
+
+void ExplanationJson::add(const CommandOutcome& command)
+{
+    nlohmann::ordered_json object = {
+        {"kind", "command"}, {"text", command.mText}, {"arrivalNs", command.mArrivalNs}};
+    if (!command.mProblem.empty()) {
+        object["problem"] = command.mProblem;
+    } else if (command.mFirstSampleArrivalNs) {
+        object["seconds"] = secondsUntilFirstSample(command);
+        object["firstStampNs"] = command.mFirstStampNs;
+    }
+    writeLine(mOutput, object);
+}
+
+void ExplanationJson::add(const Finding& finding)
+{
+    writeLine(mOutput, {{"kind", "finding"},
+                        {"finding", nameOf(finding.mKind).mKey},
+                        {"record", finding.mRecord + 1},
+                        {"count", finding.mCount},
+                        {"text", finding.mText}});
+}
+
+void ExplanationJson::add(const Verdict& verdict)
+{
+    nlohmann::ordered_json object = {{"kind", "verdict"},
+                                     {"good", verdict.mFindings.isClean()},
+                                     {"samples", verdict.mRecords}};
+    for (int kind = 0; kind < static_cast<int>(FindingKind::Count); ++kind) {
+        const auto it = static_cast<FindingKind>(kind);
+        object[nameOf(it).mKey] = verdict.mFindings.count(it);
+    }
+    writeLine(mOutput, object);
+}

@@ -1,0 +1,32 @@
+#include "explain/Findings.h"
+
+#include <algorithm>
+
+const FindingName& nameOf(FindingKind kind)
+{
+    static constexpr FindingName kNames[] = {
+        {"differs", "samples that differ from their file"},
+        {"missing", "samples missing"},
+        {"twice", "samples that come twice"},
+        {"foreign", "samples of no file"},
+        {"timeJump", "jumps of the time stamps"},
+        {"elsewhere", "wrong places where play goes on"},
+        {"notFollowed", "commands not followed"},
+        {"notGiven", "changes without a command"},
+        {"incomplete", "bytes behind the last record"},
+        {"otherEvents", "samples more or less than in the events"},
+    };
+    return kNames[static_cast<size_t>(kind)];
+}
+
+bool FindingCounts::add(const Finding& finding)
+{
+    const auto kind = static_cast<size_t>(finding.mKind);
+    mCounts[kind] += finding.mCount;
+    return ++mListed[kind] <= kMostListed;
+}
+
+bool FindingCounts::isClean() const
+{
+    return std::all_of(mListed.begin(), mListed.end(), [](size_t it) { return it == 0; });
+}

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <QtGlobal>
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+/** What can be wrong with a recording. */
+enum class FindingKind
+{
+    Differs,
+    Missing,
+    Twice,
+    Foreign,
+    TimeJump,
+    Elsewhere,
+    NotFollowed,
+    NotGiven,
+    Incomplete,
+    OtherEvents,
+    Count
+};
+
+/** The kind as programs read it, and what the verdict says before the number. */
+struct FindingName
+{
+    const char* mKey;
+    const char* mText;
+};
+const FindingName& nameOf(FindingKind kind);
+
+/** One thing that is wrong. */
+struct Finding
+{
+    FindingKind mKind;
+    size_t mRecord; ///< place in the recording, from 0
+    size_t mCount;  ///< samples, jumps, commands or bytes
+    std::string mText;
+};
+
+/** How much of each kind was found; which of it is listed. */
+class FindingCounts
+{
+public:
+    /** Of each kind so many are listed; all are counted. */
+    static constexpr size_t kMostListed = 20;
+
+    /** Counts the finding; true when it is one of those to be listed. */
+    bool add(const Finding& finding);
+
+    size_t count(FindingKind kind) const { return mCounts[static_cast<size_t>(kind)]; }
+    bool isClean() const;
+
+private:
+    static constexpr auto kKinds = static_cast<size_t>(FindingKind::Count);
+
+    std::array<size_t, kKinds> mCounts{};
+    std::array<size_t, kKinds> mListed{};
+};
+
+/** Passes of one value file in a row. */
+struct PlayedStretch
+{
+    std::vector<int> mConfigurations; ///< every one that fits
+    std::string mFile;
+    size_t mFileSamples;
+    size_t mPasses;
+    size_t mFirstSample; ///< of the first pass, from 0; not 0 where that is cut
+    size_t mLastSample;  ///< of the last pass
+    qint64 mFirstStampNs;
+    qint64 mLastStampNs;
+    size_t mSamples; ///< that arrived
+};
+
+/** What became of a command. */
+struct CommandOutcome
+{
+    std::string mText;
+    qint64 mArrivalNs;
+    std::string mProblem; ///< why it is none, in the simulator's words; empty for a valid one
+    std::optional<qint64> mFirstSampleArrivalNs; ///< of what it brought, if it did
+    qint64 mFirstStampNs;                        ///< of that sample
+};
+
+/** The end of it all. */
+struct Verdict
+{
+    size_t mRecords;
+    FindingCounts mFindings;
+};
+
+/** Takes what is found out, in the order of the recording, while it is found out. */
+class ExplanationOutput
+{
+public:
+    ExplanationOutput() = default;
+    ExplanationOutput(const ExplanationOutput&) = delete;
+    ExplanationOutput& operator=(const ExplanationOutput&) = delete;
+    virtual ~ExplanationOutput() = default;
+
+    virtual void add(const PlayedStretch& stretch) = 0;
+    virtual void add(const CommandOutcome& command) = 0;
+    virtual void add(const Finding& finding) = 0;
+    virtual void add(const Verdict& verdict) = 0;
+};

@@ -1,0 +1,355 @@
+#include "explain/Hypotheses.h"
+
+#include <algorithm>
+
+namespace {
+constexpr int kWaitingCommand = 1;
+constexpr int kUnknownCommand = 2;
+
+/** How far a search for lost samples goes; behind that, what arrives must tell. */
+constexpr qint64 kLongestGapNs = 600'000'000'000;
+constexpr size_t kMostBlocks = 100'000;
+} // namespace
+
+Hypotheses Hypotheses::atStart(const PlayPlan& plan)
+{
+    Hypotheses result(plan);
+    Hypothesis beforeStart{};
+    beforeStart.mContinuous = {plan.continuousConfiguration()};
+    const int first = plan.firstEntry(plan.continuousConfiguration());
+    if (first == PlayPlan::kNone) {
+        result.addStarts(beforeStart);
+    } else {
+        result.addStart(beforeStart, first, beforeStart.mContinuous);
+    }
+    return result;
+}
+
+Hypotheses Hypotheses::movedTo(const std::vector<Place>& places) const
+{
+    Hypotheses result(*mPlan);
+    Hypothesis moved = likeliest();
+    for (const Place& place : places) {
+        for (moved.mEntry = 0; moved.mEntry < mPlan->entryCount(); ++moved.mEntry) {
+            const PlayedEntry& entry = mPlan->entry(moved.mEntry);
+            if (entry.mFile == place.mFile) {
+                moved.mSample = place.mSample;
+                moved.mLeastRepetition = 1;
+                moved.mMostRepetition = entry.mRepetitions;
+                result.add(moved);
+            }
+        }
+    }
+    return result;
+}
+
+Hypotheses Hypotheses::restarted() const
+{
+    Hypotheses result(*mPlan);
+    result.addStarts(likeliest());
+    return result;
+}
+
+bool Hypotheses::isBetweenCases() const
+{
+    return std::any_of(mAll.begin(), mAll.end(), [](const auto& it) { return it.mSample == 0; });
+}
+
+void Hypotheses::offer(const std::vector<ControlCommand>& commands, const CommandEffect& effect)
+{
+    std::vector<Hypothesis> before;
+    before.swap(mAll);
+    for (Hypothesis& it : before) {
+        if (it.mSample == 0 && it.mKnownCommands < commands.size()) {
+            Hypothesis taken = it;
+            taken.mLastEffect = effect;
+            addCommanded(taken, commands[taken.mKnownCommands++]);
+            it.mCost += kWaitingCommand;
+        }
+        add(std::move(it));
+    }
+}
+
+void Hypotheses::addCommanded(Hypothesis it, const ControlCommand& command)
+{
+    if (!command.isOnce()) {
+        it.mContinuous = {command.number()};
+    }
+    const int first = mPlan->firstEntry(command.number());
+    if (first != PlayPlan::kNone) {
+        addStart(it, first, it.mContinuous);
+        return;
+    }
+    addContinuous(it);
+}
+
+void Hypotheses::giveUpCommand()
+{
+    const size_t given = likeliest().mKnownCommands;
+    for (Hypothesis& it : mAll) {
+        it.mKnownCommands = std::max(it.mKnownCommands, given + 1);
+    }
+}
+
+bool Hypotheses::fits(const Hypothesis& it, const SampleContent& content,
+                      std::optional<qint64> stepNs) const
+{
+    const PlayedFile& file = mPlan->fileOf(it.mEntry);
+    const quint32 step = file.stepAt(it.mSample);
+    return file.mSamples[it.mSample] == content && (!stepNs || step == 0 || *stepNs == step);
+}
+
+bool Hypotheses::keep(const SampleContent& content, std::optional<qint64> stepNs)
+{
+    const auto doesNotFit = [&](const Hypothesis& it) { return !fits(it, content, stepNs); };
+    if (std::all_of(mAll.begin(), mAll.end(), doesNotFit)) {
+        return false;
+    }
+    if (mAll.size() > 1) {
+        mAll.erase(std::remove_if(mAll.begin(), mAll.end(), doesNotFit), mAll.end());
+        keepLikeliest();
+    }
+    return true;
+}
+
+bool Hypotheses::take(const SampleContent& content, std::optional<qint64> stepNs)
+{
+    if (!keep(content, stepNs)) {
+        return false;
+    }
+    advance();
+    return true;
+}
+
+bool Hypotheses::hasEnded(const Hypothesis& it) const
+{
+    return it.mSample == mPlan->fileOf(it.mEntry).mSamples.size();
+}
+
+void Hypotheses::advance()
+{
+    mEnded.reset();
+    bool anyEnded = false;
+    for (Hypothesis& it : mAll) {
+        ++it.mSample;
+        anyEnded = anyEnded || hasEnded(it);
+    }
+    if (anyEnded) {
+        noteEnd();
+        replaceEnded();
+        addUnknownCommands();
+    }
+}
+
+PlayedCase Hypotheses::caseOf(const Hypothesis& it) const
+{
+    const PlayedEntry& entry = mPlan->entry(it.mEntry);
+    return {entry.mFile, {entry.mConfiguration}, it.mKnownCommands, it.mUnknownCommands,
+            it.mLastEffect};
+}
+
+PlayedCase Hypotheses::current() const
+{
+    PlayedCase played = caseOf(likeliest());
+    for (const Hypothesis& it : mAll) {
+        const PlayedEntry& entry = mPlan->entry(it.mEntry);
+        if (it.mCost == leastCost() && entry.mFile == played.mFile) {
+            played.mConfigurations.insert(entry.mConfiguration);
+        }
+    }
+    return played;
+}
+
+/** Remembers the case that has ended, as the likeliest of those that have see it. */
+void Hypotheses::noteEnd()
+{
+    const int least = leastCost();
+    for (const Hypothesis& it : mAll) {
+        if (it.mCost != least || !hasEnded(it)) {
+            continue;
+        }
+        if (!mEnded) {
+            mEnded = caseOf(it);
+        }
+        const PlayedEntry& entry = mPlan->entry(it.mEntry);
+        if (mEnded->mFile == entry.mFile) {
+            mEnded->mConfigurations.insert(entry.mConfiguration);
+        }
+    }
+}
+
+/** Puts what may follow in the place of those that have come to the end of their file. */
+void Hypotheses::replaceEnded()
+{
+    std::vector<Hypothesis> before;
+    before.swap(mAll);
+    for (Hypothesis& it : before) {
+        if (hasEnded(it)) {
+            addFollowing(it);
+        } else {
+            add(std::move(it));
+        }
+    }
+}
+
+/** A command of which nothing is known may come wherever a case has just ended. */
+void Hypotheses::addUnknownCommands()
+{
+    const Hypothesis* cheapest = nullptr;
+    for (const Hypothesis& it : mAll) {
+        if (it.mSample == 0 && (cheapest == nullptr || it.mCost < cheapest->mCost)) {
+            cheapest = &it;
+        }
+    }
+    Hypothesis commanded = *cheapest;
+    commanded.mCost += kUnknownCommand;
+    ++commanded.mUnknownCommands;
+    addStarts(commanded);
+}
+
+/** At the beginning of any configuration, which may have become the continuous one. */
+void Hypotheses::addStarts(const Hypothesis& before)
+{
+    const std::set<int> continuousBefore = before.mContinuous;
+    for (const int entry : mPlan->firstEntries()) {
+        std::set<int> continuous = continuousBefore;
+        continuous.insert(mPlan->entry(entry).mConfiguration);
+        addStart(before, entry, continuous);
+    }
+}
+
+void Hypotheses::addFollowing(const Hypothesis& ended)
+{
+    const PlayedEntry& entry = mPlan->entry(ended.mEntry);
+    if (ended.mLeastRepetition < entry.mRepetitions) {
+        Hypothesis again = ended;
+        again.mSample = 0;
+        ++again.mLeastRepetition;
+        again.mMostRepetition = std::min(ended.mMostRepetition, entry.mRepetitions - 1) + 1;
+        add(std::move(again));
+    }
+    if (ended.mMostRepetition < entry.mRepetitions) {
+        return;
+    }
+    if (entry.mNext != PlayPlan::kNone) {
+        addStart(ended, entry.mNext, ended.mContinuous);
+        return;
+    }
+    addContinuous(ended);
+}
+
+void Hypotheses::addContinuous(const Hypothesis& ended)
+{
+    bool goesOn = false;
+    for (const int configuration : ended.mContinuous) {
+        const int first = mPlan->firstEntry(configuration);
+        if (first != PlayPlan::kNone) {
+            addStart(ended, first, {configuration});
+            goesOn = true;
+        }
+    }
+    if (!goesOn) {
+        addStarts(ended); // nothing to play: whatever the next command says
+    }
+}
+
+void Hypotheses::addStart(Hypothesis it, int entry, std::set<int> continuous)
+{
+    it.mEntry = entry;
+    it.mSample = 0;
+    it.mLeastRepetition = 1;
+    it.mMostRepetition = 1;
+    it.mContinuous = std::move(continuous);
+    add(std::move(it));
+}
+
+/** Those at the same place become one that allows for all that either allows. */
+void Hypotheses::add(Hypothesis added)
+{
+    for (Hypothesis& it : mAll) {
+        if (it.mEntry == added.mEntry && it.mSample == added.mSample &&
+            it.mCost == added.mCost && it.mKnownCommands == added.mKnownCommands &&
+            it.mUnknownCommands == added.mUnknownCommands) {
+            it.mLeastRepetition = std::min(it.mLeastRepetition, added.mLeastRepetition);
+            it.mMostRepetition = std::max(it.mMostRepetition, added.mMostRepetition);
+            it.mContinuous.insert(added.mContinuous.begin(), added.mContinuous.end());
+            return;
+        }
+    }
+    mAll.push_back(std::move(added));
+}
+
+void Hypotheses::keepLikeliest()
+{
+    const int most = leastCost() + kUnknownCommand;
+    mAll.erase(std::remove_if(mAll.begin(), mAll.end(),
+                              [most](const Hypothesis& it) { return it.mCost > most; }),
+               mAll.end());
+}
+
+int Hypotheses::leastCost() const
+{
+    return mAll.empty() ? 0 : likeliest().mCost;
+}
+
+const Hypothesis& Hypotheses::likeliest() const
+{
+    return *std::min_element(
+        mAll.begin(), mAll.end(),
+        [](const auto& left, const auto& right) { return left.mCost < right.mCost; });
+}
+
+size_t Hypotheses::skipTime(qint64 gapNs)
+{
+    std::vector<Path> open;
+    for (Hypothesis& it : mAll) {
+        if (gapNs <= kLongestGapNs) {
+            open.push_back({std::move(it), gapNs, 0});
+        }
+    }
+    mAll.clear();
+    mEnded.reset();
+    std::optional<size_t> lost;
+    for (size_t blocks = 0; !open.empty() && blocks < kMostBlocks; ++blocks) {
+        const Path path = std::move(open.back());
+        open.pop_back();
+        if (path.mLeftNs > 0) {
+            continuePath(path, &open);
+            continue;
+        }
+        lost = std::min(lost.value_or(path.mLost), path.mLost);
+        add(path.mAt);
+    }
+    return lost.value_or(0);
+}
+
+/** Follows a path to its end, where nothing is left, or to the end of its block. */
+void Hypotheses::continuePath(Path path, std::vector<Path>* open) const
+{
+    const PlayedFile& file = mPlan->fileOf(path.mAt.mEntry);
+    size_t& sample = path.mAt.mSample;
+    const size_t blockEnd = (sample / kSamplesPerPeriod + 1) * kSamplesPerPeriod;
+    const size_t samples = std::min(blockEnd, file.mSamples.size()) - sample;
+    const auto spanNs = static_cast<qint64>(samples * file.stepAt(sample));
+    if (path.mLeftNs <= spanNs) {
+        const qint64 stepNs = file.stepAt(sample);
+        if (path.mLeftNs % stepNs == 0) {
+            const auto lost = static_cast<size_t>(path.mLeftNs / stepNs) - 1;
+            sample += lost;
+            open->push_back({path.mAt, 0, path.mLost + lost});
+        }
+        return;
+    }
+    sample += samples;
+    Hypotheses following(*mPlan);
+    if (hasEnded(path.mAt)) {
+        following.addFollowing(path.mAt);
+    } else {
+        following.add(path.mAt);
+    }
+    for (const Hypothesis& it : following.mAll) {
+        if (spanNs > 0) {
+            open->push_back({it, path.mLeftNs - spanNs, path.mLost + samples});
+        }
+    }
+}

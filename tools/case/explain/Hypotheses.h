@@ -1,0 +1,144 @@
+#pragma once
+
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "ControlCommand.h"
+#include "explain/PlayPlan.h"
+
+/** When the first sample that a command brought was met. */
+struct CommandEffect
+{
+    qint64 mArrivalNs; ///< of the block with that sample
+    qint64 mStampNs;   ///< its time stamp
+};
+
+/**
+ * One answer to the question where the simulator is in its plan: about to play a sample of an
+ * entry. What cannot be known yet is kept open.
+ */
+struct Hypothesis
+{
+    int mEntry;
+    size_t mSample; ///< next to be played, in the entry's file
+    /** Which of the repetitions this is, from 1: at least and at most. */
+    quint32 mLeastRepetition;
+    quint32 mMostRepetition;
+    std::set<int> mContinuous;   ///< what may follow when the configuration is played through
+    int mCost = 0;               ///< how unlikely it is: see Hypotheses
+    size_t mKnownCommands = 0;   ///< of those that were given, how many were taken
+    int mUnknownCommands = 0;    ///< that must have been given for this to be true
+    CommandEffect mLastEffect{}; ///< of the last known command
+};
+
+/** A case that was played, to its end or so far, as the likeliest answers have it. */
+struct PlayedCase
+{
+    size_t mFile;
+    std::set<int> mConfigurations; ///< every one that fits
+    size_t mKnownCommands;         ///< as in Hypothesis; so the others
+    int mUnknownCommands;
+    CommandEffect mLastEffect;
+};
+
+/**
+ * All answers that fit what has arrived so far and are likely: a command that begins with the
+ * same samples shows only later, so what is less likely is kept for a while. It costs 1 to leave
+ * a command waiting that was given, and 2 to assume one of which nothing is known.
+ *
+ * Value type; borrows the plan.
+ */
+class Hypotheses
+{
+public:
+    /** Where the simulator begins: at the first entry of the continuous configuration. */
+    static Hypotheses atStart(const PlayPlan& plan);
+
+    /** At any of the places, in every configuration that plays them. */
+    Hypotheses movedTo(const std::vector<Place>& places) const;
+
+    /** At the beginning of any configuration, the likeliest's case left as it is. */
+    Hypotheses restarted() const;
+
+    /**
+     * Lets those that are between two cases take their next command or leave it waiting.
+     * @param commands all valid ones that were given so far
+     * @param effect the next record, which is the first of a command that is taken
+     */
+    void offer(const std::vector<ControlCommand>& commands, const CommandEffect& effect);
+
+    /** Gives up waiting for the likeliest's next command. */
+    void giveUpCommand();
+
+    /** Whether one of them is about to begin a case. */
+    bool isBetweenCases() const;
+
+    bool empty() const { return mAll.empty(); }
+
+    /**
+     * Keeps those that have this sample next.
+     * @param stepNs since the sample before; without it any step will do
+     * @return false when none has; nothing is changed then.
+     */
+    bool keep(const SampleContent& content, std::optional<qint64> stepNs);
+
+    /** Lets all go on by a sample: one that was kept for, was not seen, or was another. */
+    void advance();
+
+    /** keep() and advance(). */
+    bool take(const SampleContent& content, std::optional<qint64> stepNs);
+
+    /** The case that the last sample ended, for one of those that are as likely as any. */
+    const std::optional<PlayedCase>& ended() const { return mEnded; }
+
+    /** The case that is being played. Requires: not empty(). */
+    PlayedCase current() const;
+
+    /**
+     * Goes on by the samples that were lost when the next one has a stamp that long after the
+     * last. Those without a sample at that very time are dropped, so none may be left.
+     * @return how many samples were lost
+     */
+    size_t skipTime(qint64 gapNs);
+
+    /** Requires: not empty(). */
+    const Hypothesis& likeliest() const;
+
+    const PlayedFile& file() const { return mPlan->fileOf(likeliest().mEntry); }
+
+    /** ns from the last sample to the next of the likeliest; 0 when it is not known. */
+    quint32 nextStep() const { return file().stepAt(likeliest().mSample); }
+
+private:
+    /** A way over lost samples. */
+    struct Path
+    {
+        Hypothesis mAt;
+        qint64 mLeftNs; ///< from the sample before mAt to the next that arrived; 0 at it
+        size_t mLost;
+    };
+
+    explicit Hypotheses(const PlayPlan& plan) : mPlan(&plan) {}
+
+    bool fits(const Hypothesis& it, const SampleContent& content,
+              std::optional<qint64> stepNs) const;
+    bool hasEnded(const Hypothesis& it) const;
+    PlayedCase caseOf(const Hypothesis& it) const;
+    void noteEnd();
+    void replaceEnded();
+    void addUnknownCommands();
+    void addCommanded(Hypothesis it, const ControlCommand& command);
+    void addFollowing(const Hypothesis& ended);
+    void addContinuous(const Hypothesis& ended);
+    void addStarts(const Hypothesis& before);
+    void addStart(Hypothesis it, int entry, std::set<int> continuous);
+    void add(Hypothesis added);
+    void keepLikeliest();
+    void continuePath(Path path, std::vector<Path>* open) const;
+    int leastCost() const;
+
+    const PlayPlan* mPlan;
+    std::vector<Hypothesis> mAll;
+    std::optional<PlayedCase> mEnded;
+};

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+
+#include "explain/Hypotheses.h"
+#include "explain/RecordWindow.h"
+
+/** Why a recording does not go on as it should, and how it goes on instead. */
+struct Repair
+{
+    enum class Kind
+    {
+        Differs,      ///< the next mRecords are others than they should be
+        Missing,      ///< mSamples are missing before the next record
+        Twice,        ///< the next mRecords were there before
+        Foreign,      ///< the next mRecords are in no file
+        TimeJump,     ///< the samples go on, their time stamps do not
+        Elsewhere,    ///< another place of the files is played than should be
+        BeginsWithin, ///< the beginning of the recording is not that of what was played
+    };
+
+    Kind mKind;
+    size_t mRecords;   ///< that are done with by this; 0 where what arrived is good again
+    size_t mSamples;   ///< concerned
+    Hypotheses mAfter; ///< for the record behind them
+};
+
+/**
+ * Finds out what happened where a record does not fit: by its time stamp, by the records behind
+ * it, and by where the same samples stand in the files. Its work is bounded by what the window
+ * shows.
+ */
+class Resynchronizer
+{
+public:
+    explicit Resynchronizer(const PlayPlan& plan) : mPlan(plan) {}
+
+    /**
+     * @param expected what should have come next
+     * @param lastStampNs of the record before; nothing at the beginning of the recording
+     * Requires: there is a next record.
+     */
+    Repair repair(RecordWindow& window, const Hypotheses& expected,
+                  std::optional<qint64> lastStampNs) const;
+
+private:
+    std::optional<Repair> repairByStamp(RecordWindow& window, const Hypotheses& expected,
+                                        qint64 lastStampNs) const;
+    std::optional<Repair> missingWithinCase(RecordWindow& window, const Hypotheses& expected,
+                                            qint64 gapNs) const;
+    Repair repairByContent(RecordWindow& window, const Hypotheses& expected,
+                           std::optional<qint64> lastStampNs) const;
+    Hypotheses elsewhere(RecordWindow& window, const Hypotheses& expected, size_t offset) const;
+    Repair movedTo(const Hypotheses& found, const Hypotheses& expected,
+                   std::optional<qint64> gapNs) const;
+
+    const PlayPlan& mPlan;
+};
