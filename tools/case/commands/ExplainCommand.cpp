@@ -47,8 +47,7 @@ void explain(const ExplainOptions& options)
     }
     ResultFile result(options.mOutput);
     const auto output = makeOutput(options, plan, result);
-    const bool isGood =
-        Explanation(plan, options.mRecording, std::move(events), *output).run();
+    const bool isGood = Explanation(plan, options.mRecording, std::move(events), *output).run();
     result.commit();
     if (!isGood) {
         throw BadVerdict();

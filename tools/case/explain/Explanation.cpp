@@ -83,6 +83,7 @@ void Explanation::played(qint64 stampNs)
     const size_t sample = mHypotheses.likeliest().mSample;
     if (sample == 0 && mStretches.isInPass()) {
         endPass(mHypotheses.ended().value_or(mHypotheses.current()));
+        mStretches.beginPass(mHypotheses.current().mFile);
     }
     mStretches.addSample(sample, stampNs);
     mLastStampNs = stampNs;
@@ -194,8 +195,7 @@ void Explanation::repair()
         case Repair::Kind::TimeJump:
             addFinding(FindingKind::TimeJump, 1,
                        fmt::format("the time stamp is {} ns after the one before, expected {} ns",
-                                   stampNsOf(mWindow[0]) - *mLastStampNs,
-                                   mHypotheses.nextStep()));
+                                   stampNsOf(mWindow[0]) - *mLastStampNs, mHypotheses.nextStep()));
             mAnyStep = true;
             return;
         case Repair::Kind::Missing:
@@ -213,9 +213,9 @@ void Explanation::goOnElsewhere(const Repair& found)
     mHypotheses = found.mAfter;
     mAnyStep = true;
     if (found.mKind == Repair::Kind::Missing) {
-        addFinding(FindingKind::Missing, found.mSamples,
-                   fmt::format("{} samples are missing before it, from {} on", found.mSamples,
-                               expected));
+        addFinding(
+            FindingKind::Missing, found.mSamples,
+            fmt::format("{} samples are missing before it, from {} on", found.mSamples, expected));
     } else if (found.mKind == Repair::Kind::Elsewhere) {
         addFinding(FindingKind::Elsewhere, 1,
                    fmt::format("it is {} instead of {}", nextPlaceText(), expected));

@@ -63,8 +63,8 @@ private:
     Stretches mStretches;
     FindingCounts mFindings;
     std::optional<qint64> mLastStampNs;
-    bool mAnyStep = false;             ///< the next time stamp has been judged
-    std::optional<size_t> mOfferedAt;  ///< place of the last record before which commands were due
+    bool mAnyStep = false;              ///< the next time stamp has been judged
+    std::optional<size_t> mOfferedAt;   ///< place of the last record before which commands were due
     std::vector<ControlCommand> mValid; ///< commands, and below what else is known of each
     std::vector<GivenCommand> mGiven;
     size_t mReportedCommands = 0;

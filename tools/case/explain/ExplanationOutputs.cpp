@@ -57,8 +57,8 @@ std::string findingsText(const FindingCounts& findings)
 
 void writeLine(ResultFile& output, const nlohmann::ordered_json& object)
 {
-    output.write(
-        object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    output.write(object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+                 "\n");
 }
 } // namespace
 
@@ -77,10 +77,10 @@ ExplanationText::ExplanationText(ResultFile& output, size_t fileWidth)
 
 void ExplanationText::add(const PlayedStretch& stretch)
 {
-    mOutput.write(fmt::format(
-        kRow, fmt::format("{}", fmt::join(stretch.mConfigurations, ", ")), stretch.mFile,
-        mFileWidth, stretch.mPasses, stampText(stretch.mFirstStampNs),
-        stampText(stretch.mLastStampNs), stretch.mSamples, cutText(stretch)));
+    mOutput.write(fmt::format(kRow, fmt::format("{}", fmt::join(stretch.mConfigurations, ", ")),
+                              stretch.mFile, mFileWidth, stretch.mPasses,
+                              stampText(stretch.mFirstStampNs), stampText(stretch.mLastStampNs),
+                              stretch.mSamples, cutText(stretch)));
 }
 
 void ExplanationText::add(const CommandOutcome& command)
@@ -141,9 +141,8 @@ void ExplanationJson::add(const Finding& finding)
 
 void ExplanationJson::add(const Verdict& verdict)
 {
-    nlohmann::ordered_json object = {{"kind", "verdict"},
-                                     {"good", verdict.mFindings.isClean()},
-                                     {"samples", verdict.mRecords}};
+    nlohmann::ordered_json object = {
+        {"kind", "verdict"}, {"good", verdict.mFindings.isClean()}, {"samples", verdict.mRecords}};
     for (int kind = 0; kind < static_cast<int>(FindingKind::Count); ++kind) {
         const auto it = static_cast<FindingKind>(kind);
         object[nameOf(it).mKey] = verdict.mFindings.count(it);

@@ -144,7 +144,10 @@ void Hypotheses::advance()
 PlayedCase Hypotheses::caseOf(const Hypothesis& it) const
 {
     const PlayedEntry& entry = mPlan->entry(it.mEntry);
-    return {entry.mFile, {entry.mConfiguration}, it.mKnownCommands, it.mUnknownCommands,
+    return {entry.mFile,
+            {entry.mConfiguration},
+            it.mKnownCommands,
+            it.mUnknownCommands,
             it.mLastEffect};
 }
 
@@ -267,8 +270,8 @@ void Hypotheses::addStart(Hypothesis it, int entry, std::set<int> continuous)
 void Hypotheses::add(Hypothesis added)
 {
     for (Hypothesis& it : mAll) {
-        if (it.mEntry == added.mEntry && it.mSample == added.mSample &&
-            it.mCost == added.mCost && it.mKnownCommands == added.mKnownCommands &&
+        if (it.mEntry == added.mEntry && it.mSample == added.mSample && it.mCost == added.mCost &&
+            it.mKnownCommands == added.mKnownCommands &&
             it.mUnknownCommands == added.mUnknownCommands) {
             it.mLeastRepetition = std::min(it.mLeastRepetition, added.mLeastRepetition);
             it.mMostRepetition = std::max(it.mMostRepetition, added.mMostRepetition);
@@ -294,9 +297,9 @@ int Hypotheses::leastCost() const
 
 const Hypothesis& Hypotheses::likeliest() const
 {
-    return *std::min_element(
-        mAll.begin(), mAll.end(),
-        [](const auto& left, const auto& right) { return left.mCost < right.mCost; });
+    return *std::min_element(mAll.begin(), mAll.end(), [](const auto& left, const auto& right) {
+        return left.mCost < right.mCost;
+    });
 }
 
 size_t Hypotheses::skipTime(qint64 gapNs)

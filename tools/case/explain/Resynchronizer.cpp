@@ -135,8 +135,7 @@ Repair Resynchronizer::repairByContent(RecordWindow& window, const Hypotheses& e
         if (!found.empty() && different > kFewDifferent) {
             break;
         }
-        if (found.empty() && different < ahead &&
-            !elsewhere(window, expected, different).empty()) {
+        if (found.empty() && different < ahead && !elsewhere(window, expected, different).empty()) {
             return {Repair::Kind::Foreign, different, different, blind};
         }
     }
@@ -157,9 +156,8 @@ Hypotheses Resynchronizer::elsewhere(RecordWindow& window, const Hypotheses& exp
         const auto& samples = mPlan.files()[place.mFile].mSamples;
         const size_t count = std::min(proof, samples.size() - place.mSample);
         size_t same = 1;
-        while (same < count &&
-               contentOf(window[static_cast<std::ptrdiff_t>(offset + same)]) ==
-                   samples[place.mSample + same]) {
+        while (same < count && contentOf(window[static_cast<std::ptrdiff_t>(offset + same)]) ==
+                                   samples[place.mSample + same]) {
             ++same;
         }
         if (same == count) {

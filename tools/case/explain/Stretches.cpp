@@ -2,6 +2,13 @@
 
 #include <algorithm>
 
+void Stretches::beginPass(size_t file)
+{
+    if (mStretch && mStretch->mFile != mPlan.files()[file].mName) {
+        flush();
+    }
+}
+
 void Stretches::addSample(size_t sample, qint64 stampNs)
 {
     if (mPass.mSamples == 0) {
@@ -35,8 +42,15 @@ void Stretches::endPass(const PlayedCase& played)
                         mStretch->mConfigurations == configurations;
     if (!goesOn) {
         flush();
-        mStretch = PlayedStretch{std::move(configurations), file.mName, file.mSamples.size(), 0,
-                                 mPass.mFirstSample, 0, mPass.mFirstStampNs, 0, 0};
+        mStretch = PlayedStretch{std::move(configurations),
+                                 file.mName,
+                                 file.mSamples.size(),
+                                 0,
+                                 mPass.mFirstSample,
+                                 0,
+                                 mPass.mFirstStampNs,
+                                 0,
+                                 0};
     }
     ++mStretch->mPasses;
     mStretch->mLastSample = mPass.mLastSample;

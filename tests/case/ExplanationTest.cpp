@@ -1,0 +1,260 @@
+#include "explain/Explanation.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "Files.h"
+#include "base/CaseError.h"
+
+namespace {
+constexpr qint64 kStepNs = 55'555; // 50 Hz
+
+/** Everything in short: "0,1: a.csv x2" is a stretch of two passes, "!missing 360 @801" a finding.
+ */
+class ShortOutput : public ExplanationOutput
+{
+public:
+    void add(const PlayedStretch& it) override
+    {
+        mText +=
+            fmt::format("{}: {} x{}", fmt::join(it.mConfigurations, ","), it.mFile, it.mPasses);
+        if (it.mFirstSample > 0 || it.mLastSample + 1 < it.mFileSamples) {
+            mText += fmt::format(" [{}-{}]", it.mFirstSample + 1, it.mLastSample + 1);
+        }
+        mText += "; ";
+        mSamples += it.mSamples;
+        EXPECT_LE(it.mFirstStampNs, it.mLastStampNs);
+    }
+    void add(const CommandOutcome& it) override
+    {
+        mText += it.mText + " ";
+        if (it.mFirstSampleArrivalNs) {
+            mText += fmt::format("after {}", *it.mFirstSampleArrivalNs - it.mArrivalNs);
+        }
+        mText += it.mProblem + "; ";
+    }
+    void add(const Finding& it) override
+    {
+        mText += fmt::format("!{} {} @{}; ", nameOf(it.mKind).mKey, it.mCount, it.mRecord + 1);
+    }
+    void add(const Verdict& it) override { mText += it.mFindings.isClean() ? "good" : "bad"; }
+
+    std::string mText;
+    size_t mSamples = 0; ///< of all stretches
+};
+} // namespace
+
+/**
+ * Recordings are made as the simulator makes them, from files whose every line differs: the
+ * auxiliary word is the number of the line, behind a digit for the file's content.
+ */
+class ExplanationTest : public testing::Test
+{
+protected:
+    /** Contents as long as the name says; b begins as a does. */
+    ExplanationTest()
+    {
+        makeFile("a400.csv", 1, 400, 0);
+        makeFile("same-as-a400.csv", 1, 400, 0);
+        makeFile("b900.csv", 1, 900, 300);
+        makeFile("c720.csv", 3, 720, 0);
+        makeFile("one.csv", 4, 1, 0);
+    }
+
+    void makeFile(const std::string& name, int content, int lines, int same)
+    {
+        std::string text;
+        for (int line = 1; line <= lines; ++line) {
+            const int digit = line > same ? content + (same > 0 ? 1 : 0) : content;
+            text += valueLine(std::to_string(digit * 10'000 + line), "50");
+        }
+        mFiles.make(name, text);
+        const PlayPlan plan(mFiles.make("x.conf", "0,1," + name + "\n").toStdString(),
+                            mFiles.path(""));
+        mContents[name] = plan.files()[0].mSamples;
+    }
+
+    /** Appends samples of the file; by default all. */
+    void play(const std::string& file, size_t first = 1, size_t last = 100'000)
+    {
+        const auto& samples = mContents[file];
+        const size_t size = mRecords.size();
+        for (size_t i = first; i <= std::min(last, samples.size()); ++i) {
+            mNowNs += kStepNs;
+            SampleRecord record{
+                quint32(mNowNs / 1'000'000'000), quint32(mNowNs % 1'000'000'000), 0, 0, {}};
+            std::memcpy(&record.mAuxWord, samples[i - 1].data(), sizeof(samples[i - 1]));
+            mRecords.push_back(record);
+        }
+        mEvents += fmt::format(R"({{"t":{},"file":"adc-in","bytes":{},"accepted":true}})"
+                               "\n",
+                               mNowNs, (mRecords.size() - size) * sizeof(SampleRecord));
+    }
+
+    void send(const std::string& text, qint64 earlierNs)
+    {
+        mEvents += fmt::format(
+            R"({{"t":{},"file":"simulator_control","bytes":2,"accepted":true,"text":"{}"}})"
+            "\n",
+            mNowNs - earlierNs, text);
+    }
+
+    void lose(size_t samples) { mNowNs += static_cast<qint64>(samples) * kStepNs; }
+
+    std::string explain(const std::string& configuration, bool withEvents = false)
+    {
+        const PlayPlan plan(mFiles.make("c.conf", configuration).toStdString(), mFiles.path(""));
+        writeFile(mFiles.path("r.bin"), {reinterpret_cast<const char*>(mRecords.data()),
+                                         mRecords.size() * sizeof(SampleRecord) - mCutBytes});
+        writeFile(mFiles.path("e.jsonl"), mEvents);
+        ShortOutput output;
+        Explanation(plan, mFiles.path("r.bin"),
+                    withEvents ? std::make_unique<EventTimeline>(mFiles.path("e.jsonl")) : nullptr,
+                    output)
+            .run();
+        mExplained = output.mSamples;
+        return output.mText;
+    }
+
+    TestFiles mFiles;
+    std::map<std::string, std::vector<SampleContent>> mContents;
+    std::vector<SampleRecord> mRecords;
+    std::string mEvents;
+    qint64 mNowNs = 1'700'000'000'000'000'000;
+    size_t mCutBytes = 0;
+    size_t mExplained = 0; ///< samples in the stretches of the last explanation
+};
+
+TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
+{
+    const auto erase = [this](size_t first, size_t count) {
+        mRecords.erase(mRecords.begin() + long(first) - 1,
+                       mRecords.begin() + long(first + count) - 1);
+    };
+    const struct
+    {
+        std::function<void()> mDamage;
+        const char* mExplanation;
+    } rows[] = {
+        {[] {}, "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; good"},
+        {[&] { mRecords[1000].mValues[3] ^= 1; },
+         "!differs 1 @1001; 0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; bad"},
+        {[&] {
+             mRecords.front().mFlags = 1;
+             mRecords.back().mAuxWord = 7;
+         },
+         "!differs 1 @1; 0: a400.csv x2; 1: b900.csv x2; !differs 1 @3000; 0: a400.csv x1; bad"},
+        {[&] { erase(361, 40); },
+         "0: a400.csv x1 [1-360]; !missing 40 @361; 0: a400.csv x1; 1: b900.csv x2; "
+         "0: a400.csv x1; bad"},
+        {[&] { erase(361, 1360); },
+         "0: a400.csv x1 [1-360]; !missing 1360 @361; 1: b900.csv x1 [21-900]; "
+         "0: a400.csv x1; bad"},
+        {[&] { mRecords.insert(mRecords.begin() + 1520, &mRecords[1160], &mRecords[1520]); },
+         "!twice 360 @1521; 0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; bad"},
+        {[&] {
+             for (auto it = mRecords.begin() + 900; it != mRecords.end(); ++it)
+                 it->mSeconds += 70;
+         },
+         "!timeJump 1 @901; 0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; bad"},
+        {[&] {
+             for (size_t i = 0; i < 30; ++i)
+                 mRecords[100 + i].mValues[0] = -5;
+         },
+         "!differs 1 @101; !differs 1 @102; !differs 1 @103; !differs 1 @104; !differs 1 @105; "
+         "!differs 1 @106; !differs 1 @107; !differs 1 @108; !differs 1 @109; !differs 1 @110; "
+         "!differs 1 @111; !differs 1 @112; !differs 1 @113; !differs 1 @114; !differs 1 @115; "
+         "!differs 1 @116; !differs 1 @117; !differs 1 @118; !differs 1 @119; !differs 1 @120; "
+         "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; bad"},
+        {[&] {
+             play("c720.csv", 101, 200);
+             play("a400.csv");
+         },
+         "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; !elsewhere 1 @3001; "
+         "2: c720.csv x1 [101-200]; !elsewhere 1 @3101; 0: a400.csv x1; bad"},
+        {[&] { mCutBytes = 40; },
+         "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1 [1-399]; !incomplete 8 @3000; bad"},
+        {[&] {
+             erase(1, 500);
+             erase(2300, 201);
+         },
+         "0: a400.csv x1 [101-400]; 1: b900.csv x2; 0: a400.csv x1 [1-199]; good"},
+        {[&] {
+             play("a400.csv", 1, 360);
+             lose(40);
+             play("a400.csv");
+         },
+         "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x2 [1-360]; !missing 40 @3361; "
+         "0: a400.csv x1; bad"},
+        {[&] {
+             lose(360);
+             play("a400.csv");
+         },
+         "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; !missing 360 @3001; "
+         "0: a400.csv x1; bad"},
+    };
+    for (const auto& row : rows) {
+        mRecords.clear();
+        mCutBytes = 0;
+        for (const char* const file :
+             {"a400.csv", "a400.csv", "b900.csv", "b900.csv", "a400.csv"}) {
+            play(file);
+        }
+        row.mDamage();
+        EXPECT_EQ(explain("0,1,a400.csv\n1,2,b900.csv\n2,1,c720.csv\n"), row.mExplanation);
+    }
+}
+
+/** A recording of something else costs no more time, and is told as such. */
+TEST_F(ExplanationTest, WhatIsInNoFileIsCounted)
+{
+    play("a400.csv");
+    while (mRecords.size() < 20'000) {
+        const auto number = quint32(mRecords.size());
+        mRecords.push_back({9 * number, 9, 9, number, {}});
+    }
+    EXPECT_EQ(explain("0,1,a400.csv\n").substr(0, 57),
+              "0: a400.csv x1; !foreign 4096 @401; !foreign 4096 @4497; ");
+}
+
+TEST_F(ExplanationTest, EveryConfigurationThatFitsIsNamed)
+{
+    play("a400.csv");
+    play("c720.csv");
+    play("same-as-a400.csv");
+    play("one.csv");
+    play("one.csv");
+    play("a400.csv");
+    // 1 and 2 play the same; 3 begins with it; so does 4, but that goes on otherwise.
+    EXPECT_EQ(
+        explain("0,1,a400.csv\n1,1,c720.csv\n1,1,a400.csv\n1,2,one.csv\n2,1,c720.csv\n"
+                "2,1,same-as-a400.csv\n2,0,b900.csv\n2,2,one.csv\n3,1,c720.csv\n3,1,a400.csv\n"
+                "3,1,one.csv\n4,2,c720.csv\n"),
+        "0: a400.csv x1; 1,2,3,4: c720.csv x1; 1,2,3: a400.csv x1; 1,2,3: one.csv x1; "
+        "1,2: one.csv x1; 0: a400.csv x1; good");
+    EXPECT_EQ(mExplained, mRecords.size());
+}
+
+/** What a command brings may begin as that which it ends, or be that very thing. */
+TEST_F(ExplanationTest, CommandsAreFollowed)
+{
+    const std::string configuration = "0,1,a400.csv\n1,1,b900.csv\n2,1,a400.csv\n3,1,c720.csv\n";
+    play("a400.csv", 1, 360);
+    send("s1", 1'000);
+    send("3x", 1'000);
+    play("a400.csv", 361);
+    play("b900.csv", 1, 360);
+    send("s2", 0); // too late for the case that comes next, though that begins in the same way
+    play("b900.csv", 361);
+    send("s1", 0);
+    play("a400.csv");
+    play("b900.csv");
+    play("a400.csv");
+    EXPECT_EQ(explain(configuration, true),
+              "3x Could not convert 3x to unsigned; 0: a400.csv x1; s1 after 22223000; "
+              "1: b900.csv x1; s2 after 52221700; 2: a400.csv x1; s1 after 72221500; "
+              "1: b900.csv x1; 0: a400.csv x1; good");
+}
