@@ -15,7 +15,7 @@ constexpr double kLargestSeconds = 1e18;
 template <typename... Format>
 char* append(char* position, char* end, Format... valueAndFormat)
 {
-    position = std::to_chars(position, end, valueAndFormat...).ptr;
+    position = std::to_chars(position, end - 1, valueAndFormat...).ptr; // leaves the separator room
     *position++ = ';';
     return position;
 }
