@@ -48,9 +48,11 @@ bool readItem(Fields* fields, InputValueItem* item)
 }
 } // namespace
 
-InputValues::InputValues()
+InputValues::InputValues() : InputValues(typeid(InputValues)) {}
+
+InputValues::InputValues(const std::type_info& subclass)
 {
-    setFastRoad(typeid(InputValues), [](CsvParser* parser, std::string_view lines) {
+    setFastRoad(subclass, [](CsvParser* parser, std::string_view lines) {
         return static_cast<InputValues*>(parser)->takePlainLine(lines);
     });
 }

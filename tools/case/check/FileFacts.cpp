@@ -85,7 +85,7 @@ private:
 class Reading : public InputValues
 {
 public:
-    explicit Reading(FileFacts* facts) : mFacts(*facts) {}
+    explicit Reading(FileFacts* facts) : InputValues(typeid(Reading)), mFacts(*facts) {}
 
     void open(const QString& name)
     {

@@ -22,7 +22,7 @@ constexpr std::ptrdiff_t kSeparators = 12;
 class ValueFileSource::Lines : public InputValues
 {
 public:
-    explicit Lines(const std::string& path)
+    explicit Lines(const std::string& path) : InputValues(typeid(Lines))
     {
         const ProgramMessages messages;
         if (!openFile(QString::fromStdString(path))) {
