@@ -42,15 +42,17 @@ protected:
         std::filesystem::remove(mRunner.path("simulator.log"));
     }
 
-    const std::string mOwnDirectory =
-        "  " + std::filesystem::path(VX_SIMULATOR).parent_path().string() + "\n";
+    /** A copy of the program, for the build puts a logging configuration beside the original. */
+    const Words mCopy =
+        after(std::string("mkdir -p own && cp ") + VX_SIMULATOR + " own", {"own/vx-simulator"});
+    const std::string mOwnDirectory = "  " + mRunner.path("own") + "\n";
 };
 
 TEST_F(StartUpTest, CommandLineAndMissingFiles)
 {
     const std::string noFile = "Specified configuration file not found: ";
     const std::string trackName = "vx-simulator.trackconfig.xml";
-    const Words withTrack = {VX_SIMULATOR, "--track", "track.xml"};
+    const Words withTrack = joined(mCopy, {"--track", "track.xml"});
     // A program in one of the other directories does not list it twice.
     const Words inEtc =
         after(std::string("cp ") + VX_SIMULATOR + " /etc/vx", {"/etc/vx/vx-simulator"});
@@ -64,7 +66,7 @@ TEST_F(StartUpTest, CommandLineAndMissingFiles)
     expectEnd(joined(withTrack, {"--config"}), 1, "",
               "vx-simulator: Missing value after '--config'.\n", "");
     expectEnd({VX_SIMULATOR, "--track="}, 255, "", noFile + "\n", "");
-    expectEnd({VX_SIMULATOR}, 255, "", notFound(trackName, mOwnDirectory, "track"), "");
+    expectEnd(mCopy, 255, "", notFound(trackName, mOwnDirectory, "track"), "");
     expectEnd(inEtc, 255, "", notFound(trackName, "", "track"), "");
     expectEnd(withTrack, 255, "", notFound("vx-simulator.conf", mOwnDirectory, "config"),
               kStartLine);
