@@ -25,7 +25,7 @@ programs=$PWD/build/release
 
 scripts/setup.sh build demo
 cmake --preset release
-cmake --build --preset release --target vx-simulator vx-sandbox vx-case
+cmake --build --preset release --target vx-simulator vx-control vx-sandbox vx-case
 rm -rf "$results"
 examples/make-cases.sh "$programs/tools/case/vx-case" "$results"
 

@@ -29,7 +29,7 @@ lintian --fail-on error --tag-display-limit 0 build/package/*.deb
 
 # Each option that a program explains is completed.
 case=tools/case/vx-case
-commands=(source/vx-simulator standin/vx-sandbox "$case")
+commands=(source/vx-simulator standin/vx-sandbox tools/control/vx-control "$case")
 while read -r subcommand; do
     commands+=("$case $subcommand")
 done < <("build/package/$case" --help | sed '1,/^Subcommands:/d' | sed -n 's/^  \([a-z]*\).*/\1/p')
