@@ -59,6 +59,7 @@ protected:
     {
         makeFile("a400.csv", 1, 400, 0);
         makeFile("same-as-a400.csv", 1, 400, 0);
+        makeFile("a300.csv", 1, 300, 0);
         makeFile("b900.csv", 1, 900, 300);
         makeFile("c720.csv", 3, 720, 0);
         makeFile("one.csv", 4, 1, 0);
@@ -154,7 +155,7 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
          "0: a400.csv x1 [1-360]; !missing 1360 @361; 1: b900.csv x1 [21-900]; "
          "0: a400.csv x1; bad"},
         {[&] { mRecords.insert(mRecords.begin() + 1520, &mRecords[1160], &mRecords[1520]); },
-         "!twice 360 @1521; 0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; bad"},
+         "0: a400.csv x2; !twice 360 @1521; 1: b900.csv x2; 0: a400.csv x1; bad"},
         {[&] {
              for (auto it = mRecords.begin() + 900; it != mRecords.end(); ++it)
                  it->mSeconds += 70;
@@ -257,4 +258,23 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
               "3x Could not convert 3x to unsigned; 0: a400.csv x1; s1 after 22223000; "
               "1: b900.csv x1; s2 after 52221700; 2: a400.csv x1; s1 after 72221500; "
               "1: b900.csv x1; 0: a400.csv x1; good");
+
+    mRecords.clear();
+    mEvents.clear();
+    play("a300.csv");
+    send("s1", 0); // too late again; the whole case could be the beginning of the commanded one
+    play("a300.csv");
+    play("b900.csv");
+    send("2", 0);
+    for (int i = 0; i < 70; ++i) {
+        play("a300.csv");
+    }
+    EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
+              "0: a300.csv x2; s1 after 66666000; 1: b900.csv x1; !notFollowed 1 @19801; "
+              "0: a300.csv x70; bad");
+    play("c720.csv", 1, 360);
+    mEvents.clear();
+    EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
+              "0: a300.csv x2; !notGiven 1 @1501; 1: b900.csv x1; 0: a300.csv x70; "
+              "!notGiven 1 @22861; 2: c720.csv x1 [1-360]; !otherEvents 22860 @22861; bad");
 }

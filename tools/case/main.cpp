@@ -19,6 +19,7 @@ void declare(CLI::App& app)
     addGenerateCommand(app);
     addCheckCommand(app);
     addExplainCommand(app);
+    addExportCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */

@@ -13,3 +13,4 @@ class App;
 void addGenerateCommand(CLI::App& app);
 void addCheckCommand(CLI::App& app);
 void addExplainCommand(CLI::App& app);
+void addExportCommand(CLI::App& app);

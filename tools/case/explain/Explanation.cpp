@@ -83,7 +83,6 @@ void Explanation::played(qint64 stampNs)
     const size_t sample = mHypotheses.likeliest().mSample;
     if (sample == 0 && mStretches.isInPass()) {
         endPass(mHypotheses.ended().value_or(mHypotheses.current()));
-        mStretches.beginPass(mHypotheses.current().mFile);
     }
     mStretches.addSample(sample, stampNs);
     mLastStampNs = stampNs;
@@ -249,6 +248,7 @@ void Explanation::addFinding(FindingKind kind, size_t count, const std::string& 
 {
     const Finding finding{kind, mWindow.position(), count, text};
     if (mFindings.add(finding)) {
+        mStretches.flushOthers(mHypotheses.current().mFile);
         mOutput.add(finding);
     }
 }

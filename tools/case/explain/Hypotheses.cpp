@@ -166,16 +166,17 @@ PlayedCase Hypotheses::current() const
 /** Remembers the case that has ended, as the likeliest of those that have see it. */
 void Hypotheses::noteEnd()
 {
-    const int least = leastCost();
+    int least = 0;
     for (const Hypothesis& it : mAll) {
-        if (it.mCost != least || !hasEnded(it)) {
+        if (!hasEnded(it)) {
             continue;
         }
-        if (!mEnded) {
+        if (!mEnded || it.mCost < least) {
             mEnded = caseOf(it);
+            least = it.mCost;
         }
         const PlayedEntry& entry = mPlan->entry(it.mEntry);
-        if (mEnded->mFile == entry.mFile) {
+        if (it.mCost == least && mEnded->mFile == entry.mFile) {
             mEnded->mConfigurations.insert(entry.mConfiguration);
         }
     }

@@ -89,7 +89,7 @@ public:
     /** keep() and advance(). */
     bool take(const SampleContent& content, std::optional<qint64> stepNs);
 
-    /** The case that the last sample ended, for one of those that are as likely as any. */
+    /** The case that the last sample ended, for the likeliest of those where it did. */
     const std::optional<PlayedCase>& ended() const { return mEnded; }
 
     /** The case that is being played. Requires: not empty(). */

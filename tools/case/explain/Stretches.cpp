@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-void Stretches::beginPass(size_t file)
+void Stretches::flushOthers(size_t file)
 {
     if (mStretch && mStretch->mFile != mPlan.files()[file].mName) {
         flush();

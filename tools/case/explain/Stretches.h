@@ -21,8 +21,8 @@ public:
     {
     }
 
-    /** A pass of a file begins: a stretch of another is over. */
-    void beginPass(size_t file);
+    /** Puts out a stretch of another file: what is said next comes behind it. */
+    void flushOthers(size_t file);
 
     /** A sample of the current pass arrived; @param sample its place in the file */
     void addSample(size_t sample, qint64 stampNs);

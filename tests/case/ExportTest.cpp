@@ -1,0 +1,124 @@
+#include <gtest/gtest.h>
+
+#include "CommandRunner.h"
+#include "SampleRecord.h"
+#include "input/OpenInput.h"
+
+namespace {
+/** A block of 50 Hz, the others of 49.5 Hz; every value differs. */
+std::string valueFile(int lines)
+{
+    std::string text;
+    for (int i = 0; i < lines; ++i) {
+        text += ";;7;0;" + std::string(i < kSamplesPerPeriod ? "50" : "49.5");
+        for (int channel = 0; channel < kChannelCount; ++channel) {
+            text += ';' + std::to_string((i - 5) * 1000 + channel);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+SignalBlock readAll(const std::string& path)
+{
+    const auto source = openInput(path, {});
+    SignalBlock all;
+    source->read(all);
+    SignalBlock rest;
+    EXPECT_FALSE(source->read(rest)) << "more than a block";
+    return all;
+}
+} // namespace
+
+class ExportTest : public testing::Test
+{
+protected:
+    CommandResult exported(const std::string& arguments) const
+    {
+        return mRunner.run(split(VX_CASE + (" export " + arguments)));
+    }
+
+    CommandRunner mRunner;
+};
+
+/** What is written reads back as the same counts at the same times, a change of rate included. */
+TEST_F(ExportTest, ReadsBackAsTheSame)
+{
+    constexpr size_t kLines = 800;
+    mRunner.writeFile("in.csv", valueFile(kLines));
+    const SignalBlock in = readAll(mRunner.path("in.csv"));
+    for (const char* const name : {"out.cfg", "out.cff", "OUT.CFG"}) {
+        const CommandResult result = exported(std::string("in.csv --scale 500,0.25 -o ") + name);
+        ASSERT_EQ(result.mExitCode, 0) << result;
+        EXPECT_EQ(result.mErrors, "");
+        const SignalBlock out = readAll(mRunner.path(name));
+        ASSERT_EQ(out.size(), kLines) << name;
+        for (size_t i = 0; i < kLines; ++i) {
+            ASSERT_NEAR(out.mSeconds[i], in.mSeconds[i], 1e-9) << name << ' ' << i;
+            ASSERT_DOUBLE_EQ(out.mValues[0][i] * 500, in.mValues[0][i]) << name << ' ' << i;
+            ASSERT_DOUBLE_EQ(out.mValues[7][i] * 0.25, in.mValues[7][i]) << name << ' ' << i;
+        }
+    }
+}
+
+TEST_F(ExportTest, WritesTextWithUnits)
+{
+    mRunner.writeFile("in.csv", valueFile(3));
+    ASSERT_EQ(exported("in.csv --scale 1000,3 --from 0.00005 -o out.csv").mExitCode, 0);
+    EXPECT_EQ(mRunner.readFile("out.csv"),
+              "time (s),UA (V),UB (V),UC (V),UN (V),IA (A),IB (A),IC (A),IN (A)\n"
+              "0.000000000,-4,-3.999,-3.998,-3.997,-1332,-1331.666667,-1331.333333,-1331\n"
+              "0.000055555,-3,-2.999,-2.998,-2.997,-998.6666667,-998.3333333,-998,"
+              "-997.6666667\n");
+}
+
+/** The bytes by the standard, since our own reader would bend as our writer does. */
+TEST_F(ExportTest, WritesWhatTheStandardAsksFor)
+{
+    const std::string extremes = ";;0;0;50;2147483647;-2147483648;-1;1;0;0;0;0\n";
+    mRunner.writeFile("in.csv", extremes + extremes + extremes);
+    const CommandResult result = exported("in.csv --from 0.00005 --to 0.0002 -o out.cfg");
+    ASSERT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(result.mErrors,
+              "vx-case: in.csv: 2 values are -2147483648, which means missing there\n");
+    EXPECT_EQ(mRunner.readFile("out.cfg"),
+              "vx-simulator,in.csv,2013\r\n8,8A,0D\r\n"
+              "1,UA,A,,V,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "2,UB,B,,V,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "3,UC,C,,V,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "4,UN,N,,V,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "5,IA,A,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "6,IB,B,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "7,IC,C,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "8,IN,N,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
+              "50\r\n1\r\n18000.180001800018,2\r\n01/01/1970,00:00:00.000055\r\n"
+              "01/01/1970,00:00:00.000055\r\nBINARY32\r\n1\r\n0,0\r\nF,3\r\n");
+    const std::string values("\xff\xff\xff\x7f\0\0\0\x80\xff\xff\xff\xff\1\0\0\0", 16);
+    const std::string zeros(16, '\0');
+    EXPECT_EQ(mRunner.readFile("out.dat"), std::string("\1\0\0\0\0\0\0\0", 8) + values + zeros +
+                                               std::string("\2\0\0\0\x38\0\0\0", 8) + values +
+                                               zeros);
+}
+
+TEST_F(ExportTest, RefusesWhatItCannotExport)
+{
+    mRunner.writeFile("in.csv", valueFile(3));
+    EXPECT_EQ(exported("in.csv -o out.cfg").mExitCode, 0);
+    const struct
+    {
+        const char* mArguments;
+        int mExitCode;
+        const char* mError;
+    } rows[] = {
+        {"in.csv -o out.txt", 2, "-o: 'out.txt': expected a name in .cfg, .cff or .csv"},
+        {"in.csv --scale 0,1 -o out.csv", 2, "--scale: '0,1': expected V,A"},
+        {"in.csv --from 1 -o new.csv", 1, "in.csv: no sample to export"},
+        {"out.cfg -o new.csv", 1, "out.cfg: expected a value file or a recording of the driver"},
+    };
+    for (const auto& row : rows) {
+        const CommandResult result = exported(row.mArguments);
+        EXPECT_EQ(result.mExitCode, row.mExitCode) << result;
+        EXPECT_NE(result.mErrors.find(row.mError), std::string::npos) << result;
+    }
+    EXPECT_EQ(mRunner.readFile("new.csv"), "");
+}

@@ -1,0 +1,67 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "commands/Commands.h"
+#include "export/Exporter.h"
+
+namespace {
+constexpr char kFooter[] =
+    R"(INPUT is a value file or a recording of the driver (vx-sandbox --record). FILE
+says by its suffix what is written: NAME.cfg is COMTRADE 2013 with NAME.dat
+beside it, NAME.cff the same in one file, NAME.csv text with a heading.
+
+Example, the second half of a second as it arrived:
+  vx-case export recording.bin --from 0.5 --to 1 -o half.cff)";
+
+void readScale(const std::string& text, ExportOptions& options)
+{
+    const auto fields = splitText(text, ',');
+    const bool isGood = fields.size() == 2 && parseNumber(fields[0], &options.mCountsPerVolt) &&
+                        parseNumber(fields[1], &options.mCountsPerAmpere) &&
+                        options.mCountsPerVolt > 0.0 && options.mCountsPerAmpere > 0.0;
+    if (!isGood) {
+        throw CLI::ValidationError("--scale",
+                                   fmt::format("'{}': expected V,A, for example 1000,1000", text));
+    }
+}
+
+void run(const ExportOptions& options)
+{
+    if (!isExportName(options.mOutput)) {
+        throw CLI::ValidationError(
+            "-o", fmt::format("'{}': expected a name in .cfg, .cff or .csv", options.mOutput));
+    }
+    const std::string remark = exportSignal(options);
+    if (!remark.empty()) {
+        std::cerr << "vx-case: " << options.mInput << ": " << remark << std::endl;
+    }
+}
+} // namespace
+
+void addExportCommand(CLI::App& app)
+{
+    CLI::App& command = *app.add_subcommand(
+        "export", "Writes a value file or a recording of the driver as COMTRADE or text");
+    command.footer(kFooter);
+    const auto options = std::make_shared<ExportOptions>();
+    command.add_option("INPUT", options->mInput, "Value file or recording of the driver")
+        ->required();
+    command.add_option("-o", options->mOutput, "NAME.cfg, NAME.cff or NAME.csv")
+        ->type_name("FILE")
+        ->required();
+    command
+        .add_option_function<std::string>(
+            "--scale", [options](const std::string& text) { readScale(text, *options); },
+            "Counts for a volt and an ampere (default 1000,1000)")
+        ->type_name("V,A");
+    command.add_option("--from", options->mPart.mFrom, "Begins there (default 0)")
+        ->type_name("SECONDS");
+    command.add_option("--to", options->mPart.mTo, "Ends before that (default: the end)")
+        ->type_name("SECONDS");
+    command.callback([options] { run(*options); });
+}

@@ -1,0 +1,90 @@
+#include "comtrade/ComtradeWriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+constexpr double kMicrosecond = 1e-6;
+constexpr char kLineEnd[] = "\r\n";
+
+/** Commas and line ends would begin another field. */
+std::string fieldOf(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == ',' || c == '\n' || c == '\r'; }, ' ');
+    return text;
+}
+
+std::string analogLine(const ComtradeAnalog& analog)
+{
+    return fmt::format("{},{},{},{},{},{},{},{},{:.0f},{:.0f},{},{},{}", analog.mNumber,
+                       fieldOf(analog.mName), analog.mPhase, analog.mComponent, analog.mUnit,
+                       analog.mFactor, analog.mOffset, analog.mSkewMicroseconds, analog.mSmallest,
+                       analog.mLargest, analog.mPrimary, analog.mSecondary, analog.mSide);
+}
+
+/** "2015-11-18 05:33:03.765333" as "18/11/2015,05:33:03.765333". */
+std::string timeLine(const std::string& time)
+{
+    return fmt::format("{}/{}/{},{}", time.substr(8, 2), time.substr(5, 2), time.substr(0, 4),
+                       time.substr(11));
+}
+
+/** Without a rate, one line still tells the number of samples. */
+std::string rateLines(const ComtradeHeader& header)
+{
+    std::string lines = fmt::format("{}{}", header.mRates.size(), kLineEnd);
+    for (const ComtradeRate& rate : header.mRates) {
+        lines += fmt::format("{},{}{}", rate.mHz, rate.mLastSample, kLineEnd);
+    }
+    if (header.mRates.empty()) {
+        lines += fmt::format("0,{}{}", header.mAnnouncedSamples, kLineEnd);
+    }
+    return lines;
+}
+
+char* append(char* position, quint32 word)
+{
+    std::memcpy(position, &word, sizeof(word));
+    return position + sizeof(word);
+}
+} // namespace
+
+std::string comtradeConfigText(const ComtradeHeader& header)
+{
+    std::string text =
+        fmt::format("{},{},2013{}", fieldOf(header.mStation), fieldOf(header.mDevice), kLineEnd);
+    text += fmt::format("{0},{0}A,0D{1}", header.mAnalogs.size(), kLineEnd);
+    for (const ComtradeAnalog& analog : header.mAnalogs) {
+        text += analogLine(analog) + kLineEnd;
+    }
+    text += fmt::format("{}{}", header.mNominalHz, kLineEnd) + rateLines(header);
+    text += timeLine(header.mStartTime) + kLineEnd + timeLine(header.mTriggerTime) + kLineEnd;
+    text += fmt::format("{}{}{}{}", nameOf(header.mKind), kLineEnd,
+                        header.mStampSeconds / kMicrosecond, kLineEnd);
+    // UTC; nothing is known of the clock, nor of leap seconds.
+    return text + "0,0" + kLineEnd + "F,3" + kLineEnd;
+}
+
+size_t comtradeRecordBytes(const ComtradeHeader& header)
+{
+    return (2 + header.mAnalogs.size()) * sizeof(quint32);
+}
+
+void writeComtradeRecords(const ComtradeHeader& header, const SignalBlock& block,
+                          ResultFile& output)
+{
+    std::string record(comtradeRecordBytes(header), '\0');
+    for (size_t i = 0; i < block.size(); ++i) {
+        char* position = append(record.data(), static_cast<quint32>(block.mFirst + i + 1));
+        const auto stamp = std::llround(block.mSeconds[i] / header.mStampSeconds);
+        position = append(position, static_cast<quint32>(stamp));
+        for (const std::vector<double>& column : block.mValues) {
+            position = append(position, static_cast<quint32>(static_cast<qint32>(column[i])));
+        }
+        output.write(record);
+    }
+}
