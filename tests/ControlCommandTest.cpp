@@ -7,12 +7,14 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <sstream>
 #include <tuple>
 
 #include "Configuration.h"
 #include "Files.h"
 #include "FixedPaths.h"
 #include "LogCapture.h"
+#include "Records.h"
 #include "TestDevice.h"
 #include "VirtualSystem.h"
 
@@ -20,7 +22,6 @@ namespace {
 using namespace std::string_literals;
 
 constexpr int kLongestLine = 64 * 1024;
-constexpr qint64 kSecond = 1'000'000'000;
 
 /** Three configurations, of which 0 is played; the only entry of each is named as the number. */
 class ControlCommandTest : public testing::Test
@@ -70,28 +71,57 @@ protected:
 
 TEST_F(ControlCommandTest, MakesTheFifoForItsOwnerOrUsesTheOneThatIsThere)
 {
-    const auto permissions = [] { return std::filesystem::status(kControlFifoPath).permissions(); };
-    EXPECT_EQ(permissions(), std::filesystem::perms(0700));
-    TestDevice::remove(kControlFifoPath);
-    ASSERT_EQ(mkfifo(kControlFifoPath, 0600), 0);
-    restart();
-    EXPECT_EQ(permissions(), std::filesystem::perms(0600));
-    EXPECT_TRUE(take("1\n"));
+    struct stat status
+    {
+    };
+    EXPECT_EQ(stat(kControlFifoPath, &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFIFO | 0700U);
+    // It is told when others can open it.
+    const std::tuple<mode_t, uid_t, bool> kFifos[] = {{0600, geteuid(), false},
+                                                      {0711, geteuid(), false},
+                                                      {0620, geteuid(), true},
+                                                      {0604, geteuid(), true},
+                                                      {0600, 1, true}};
+    for (const auto& [mode, owner, isOpen] : kFifos) {
+        if (owner != geteuid() && geteuid() != 0) {
+            continue; // an ordinary user cannot give a file away
+        }
+        TestDevice::remove(kControlFifoPath);
+        ASSERT_EQ(mkfifo(kControlFifoPath, mode), 0);
+        ASSERT_EQ(chmod(kControlFifoPath, mode), 0);
+        ASSERT_EQ(chown(kControlFifoPath, owner, getegid()), 0);
+        const int descriptors = openDescriptors();
+        restart();
+        EXPECT_EQ(openDescriptors(), descriptors) << "those of the one before are closed";
+        std::ostringstream told;
+        told << "INFO /etc/vx/simulator_control was there, with mode 0" << std::oct << mode
+             << " and user " << std::dec << owner << " as its owner: others can send commands";
+        EXPECT_EQ(mLog.take(), isOpen ? Lines{told.str()} : Lines{});
+        EXPECT_TRUE(take("1\n"));
+        mLog.take();
+    }
 }
 
 TEST_F(ControlCommandTest, FifoThatCannotBeMadeOrOpenedTakesNoCommand)
 {
+    const auto expectNoCommand = [this](const std::string& message) {
+        restart();
+        EXPECT_EQ(waitInVain(), kSecond);
+        EXPECT_EQ(mLog.mEvents.at(0).mOrigin,
+                  "Configuration source/Configuration.cpp Configuration::Configuration");
+        EXPECT_EQ(mLog.take(), Lines{message});
+    };
+    const std::string kMissing = "ERROR File:/etc/vx/simulator_control doesnot exist";
     ASSERT_EQ(mount("tests", "/etc/vx", "tmpfs", MS_RDONLY, nullptr), 0);
-    restart();
+    expectNoCommand(kMissing);
     EXPECT_EQ(umount("/etc/vx"), 0);
-    EXPECT_EQ(mLog.take(), Lines{"ERROR File:/etc/vx/simulator_control doesnot exist"});
-    EXPECT_EQ(waitInVain(), kSecond);
-
+    TestDevice::makeLink(kControlFifoPath, "/etc/vx/nowhere");
+    expectNoCommand(kMissing);
+    EXPECT_FALSE(std::filesystem::exists("/etc/vx/nowhere"));
     TestDevice::makeDirectory(kControlFifoPath);
-    restart();
-    EXPECT_EQ(waitInVain(), kSecond);
-    EXPECT_EQ(mLog.take(), Lines{"INFO /etc/vx/simulator_control is there but does not open (Is a "
-                                 "directory): no command can be taken"});
+    expectNoCommand(
+        "INFO /etc/vx/simulator_control is there but does not open (Is a directory): no command "
+        "can be taken");
 }
 
 TEST_F(ControlCommandTest, WhatAnotherReaderTakesIsNoCommand)

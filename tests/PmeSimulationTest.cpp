@@ -64,9 +64,9 @@ TEST_F(PmeSimulationTest, MarksTheSameRecordsHoweverTheBatchesAreCut)
                 records.push_back(sample.mRecord);
             }
             EXPECT_EQ(pme.markRecords(records.data(), static_cast<qint32>(cut)), marks[0]);
-            EXPECT_EQ(pme.markRecords(records.data() + cut,
-                                      static_cast<qint32>(records.size() - cut)),
-                      marks[1]);
+            EXPECT_EQ(
+                pme.markRecords(records.data() + cut, static_cast<qint32>(records.size() - cut)),
+                marks[1]);
             for (size_t i = 0; i < records.size(); ++i) {
                 SampleRecord expected = sequence[i].mRecord;
                 expected.mFlags = sequence[i].mIsMarked ? 5 | kMark : 5;
@@ -123,7 +123,11 @@ TEST_F(PmeSimulationTest, ReportsADeviceThatDoesNotWork)
         EXPECT_EQ(records[1].mFlags, 5 | kMark) << "marked all the same";
         EXPECT_EQ(mLog.take(), Lines{});
     };
-    expectFailure({"INFO Pme-Device:/dev/pme-sim not found, no Pme-Simulation"}, 0);
+    const Lines kMissing{"INFO Pme-Device:/dev/pme-sim not found, no Pme-Simulation"};
+    expectFailure(kMissing, 0);
+    TestDevice::makeLink(kPmeDevicePath, "/dev/nowhere");
+    expectFailure(kMissing, 0);
+    EXPECT_FALSE(QFile::exists("/dev/nowhere"));
     TestDevice::makeDirectory(kPmeDevicePath);
     expectFailure({"ERROR coud not open Device:/dev/pme-sim"}, -1);
     TestDevice::makeLink(kPmeDevicePath, "/dev/full");

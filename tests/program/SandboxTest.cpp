@@ -6,6 +6,8 @@
 #include "SandboxedTest.h"
 
 namespace {
+using testing::HasSubstr;
+
 struct Write
 {
     std::string mPath;
@@ -133,7 +135,7 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         {"sh|-c|trap 'exit 5' INT; kill -INT $PPID; while :; do sleep 0.1; done", 5, ""},
         {"sh|-c|trap 'exit 6' TERM; kill -TERM $PPID; while :; do sleep 0.1; done", 6, ""},
         {"sh|-c|trap 'exit 7' HUP; kill -HUP $PPID; while :; do sleep 0.1; done", 7, ""},
-        {"--send|0.1:s1|--send|9:s2|sh|-c|head -c 48 /dev/zero >/dev/adc-in; sleep 0.3", 0,
+        {"--send|0.1:s1|--send|9:s2|sh|-c|head -c 48 /dev/zero >/dev/adc-in; sleep 2", 0,
          "cannot send \"s1\" to /etc/vx/simulator_control: No such file or directory\n"
          "vx-sandbox: the program ended before 1 of the --send commands were due"},
         {"sh|-c|head -c 47 /dev/zero 2>/dev/null >/dev/adc-in", 1,
@@ -219,7 +221,7 @@ TEST_F(SandboxTest, DevIsPrivateAndTheRestOfEtcIsTheHosts)
     const CommandResult outside = mRunner.run({"sh", "listing.sh"});
     const CommandResult inside = sandbox({}, {"sh", "listing.sh"});
     EXPECT_EQ(programOutput(inside), outside.mOutput);
-    EXPECT_NE(outside.mOutput.find("./passwd\n"), std::string::npos);
+    EXPECT_THAT(outside.mOutput, HasSubstr("./passwd\n"));
 
     const CommandResult dev = shell(
         "for node in null zero full random urandom tty; do\n"
@@ -231,4 +233,28 @@ TEST_F(SandboxTest, DevIsPrivateAndTheRestOfEtcIsTheHosts)
         "cd /sys/devices/platform/vxadc-sim; ls\n"
         "echo text >/dev/null && head -c 2 /dev/zero | od -An -tx1");
     EXPECT_EQ(programOutput(dev), "d2h\nf2h\nh2p\nr2h\n 00 00\n") << dev;
+}
+
+TEST_F(SandboxTest, WrongFaultsAreRejected)
+{
+    for (const char* text :
+         {"", "adc-in", "adc-in:1", "nowhere:1:EIO", "adc-in:0:EIO", "f2h:-1:EIO", "f2h:1:EFOO",
+          "f2h:1:short=", "adc-in:1:short=47", "f2h:1:stall=x", "f2h:1:EIO:0", "f2h:1:EIO:1:1",
+          "f2h:s:EIO", "f2h::EIO"}) {
+        const CommandResult result = sandbox({"--fault", text}, {"true"});
+        EXPECT_EQ(result.mExitCode, 125) << text << result;
+        EXPECT_THAT(result.mErrors, HasSubstr("--fault takes ")) << text;
+    }
+}
+
+TEST_F(SandboxTest, FileThatHasVanishedCannotBeFound)
+{
+    const CommandResult result =
+        sandbox({"--fault", "adc-in:2:vanish", "--fault", "r2h:9:EIO"},
+                {"sh", "-c",
+                 "try() { head -c 48 /dev/zero >/dev/adc-in && test -e /dev/adc-in; "
+                 "echo $?; }; exec 3>/dev/adc-in; try; head -c 48 /dev/zero >&3; try"});
+    EXPECT_EQ(programOutput(result), "1\n0\n") << result;
+    EXPECT_THAT(result.mErrors, HasSubstr("before a write met the fault r2h:9:EIO"));
+    EXPECT_EQ(summary(result)["faulted writes"], "1");
 }

@@ -124,15 +124,6 @@ TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
                      "no.csv'.\nFATAL CsvParser openFileInternal() : Das I/O-Device 'no.csv' "
                      "existiert nicht.\nERROR Simulator could not open file: no.csv\n" +
                      kNotLoaded);
-    expectReason("0,1,values.csv\n", ";;0;0;49,95;1;2;3;4;5;6;7;8\n",
-                 kLoaded +
-                     "values.csv'.\n"
-                     "ERROR CsvParser values.csv:1: Parameter (49,95) is not of type float\n"
-                     "ERROR CsvParser" +
-                     kAborted + "INFO CsvParser Total 1 lines parsed.\n" + kNotLoaded);
-    expectReason("0,1,/usr\n", "",
-                 kLoaded + "/usr'.\nFATAL CsvParser" + kIsDirectory +
-                     "ERROR Simulator could not open file: /usr\n" + kNotLoaded);
     expectReason("0,1,values.csv\n", valueLine("0", "50"),
                  kLoaded +
                      "values.csv'.\nINFO CsvParser Total 1 lines parsed.\n"

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <vector>
 
 #include "SampleRecord.h"
@@ -15,41 +16,34 @@ constexpr std::int64_t kStepNs = 55'555;
 constexpr std::size_t kBlockSamples = 360;
 constexpr std::int64_t kBlockNs = kStepNs * std::int64_t{kBlockSamples};
 constexpr int kBlocksOfABurst = 11;
-
-SampleRecord stamped(std::int64_t stampNs)
-{
-    SampleRecord record{};
-    record.mSeconds = static_cast<quint32>(stampNs / kNanosecondsPerSecond);
-    record.mNanoseconds = static_cast<quint32>(stampNs % kNanosecondsPerSecond);
-    return record;
-}
+constexpr std::int64_t kBurstNs = kBlocksOfABurst * kBlockNs;
 
 /** A stream whose samples follow each other, with arrivals as the test wants them. */
-class Stream
+struct Stream
 {
-public:
     void add(std::size_t count, std::int64_t stepNs, const Arrival& arrival)
     {
-        std::vector<SampleRecord> records;
-        for (std::size_t sample = 0; sample < count; ++sample) {
+        std::vector<SampleRecord> records(count);
+        for (SampleRecord& record : records) {
             mStampNs += stepNs;
-            records.push_back(stamped(mStampNs));
+            record.mSeconds = static_cast<quint32>(mStampNs / kNanosecondsPerSecond);
+            record.mNanoseconds = static_cast<quint32>(mStampNs % kNanosecondsPerSecond);
         }
         mStatistics.addBlock(records.data(), records.size(), arrival);
     }
 
-    /** A burst of eleven blocks, which arrive together that long after the start. */
-    void addBurst(std::int64_t stepNs, std::int64_t arrivalNs)
+    /** Bursts of eleven blocks; `arrivalNs` tells when each arrives after the start. */
+    void addBursts(int count, std::int64_t stepNs,
+                   const std::function<std::int64_t(int burst)>& arrivalNs)
     {
-        for (int block = 0; block < kBlocksOfABurst; ++block) {
-            add(kBlockSamples, stepNs, {kStartNs + arrivalNs, arrivalNs});
+        for (int burst = 0; burst < count; ++burst) {
+            const std::int64_t atNs = arrivalNs(burst);
+            for (int block = 0; block < kBlocksOfABurst; ++block) {
+                add(kBlockSamples, stepNs, {kStartNs + atNs, atNs});
+            }
         }
     }
 
-    std::int64_t stampNs() const { return mStampNs; }
-    const StreamStatistics& statistics() const { return mStatistics; }
-
-private:
     std::int64_t mStampNs = kStartNs;
     StreamStatistics mStatistics;
 };
@@ -65,7 +59,7 @@ TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
         std::int64_t mLargestNs;
     };
     Stream stream;
-    const StreamStatistics& statistics = stream.statistics();
+    const StreamStatistics& statistics = stream.mStatistics;
     EXPECT_EQ(statistics.stepRate(), 0);
     stream.add(1, kStepNs, {kStartNs + 7, 1234});
     EXPECT_EQ(statistics.stepRate(), 0);
@@ -87,21 +81,14 @@ TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
 /** Every burst has the same shape, so the line through them has exactly the pace of the bursts. */
 TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
 {
-    struct Case
-    {
-        int mBursts;
-        std::int64_t mExtraNs; ///< what each burst comes later than its signal time allows
-    };
-    for (const Case& it : {Case{2, 0}, Case{100, 22'000}, Case{1000, -220'000}}) {
+    for (const auto& [bursts, lateNs] :
+         {std::pair(2, 0), std::pair(100, 22'000), std::pair(1000, -220'000)}) {
         Stream stream;
-        const std::int64_t burstNs = kBlocksOfABurst * kBlockNs + it.mExtraNs;
-        for (int burst = 0; burst < it.mBursts; ++burst) {
-            stream.addBurst(kStepNs, burst * burstNs);
-        }
-        const double expected =
-            static_cast<double>(kBlocksOfABurst * kBlockNs) / static_cast<double>(burstNs);
-        EXPECT_NEAR(stream.statistics().stepRate(), 1e9 / kStepNs, 1e-6);
-        EXPECT_NEAR(stream.statistics().signalSpeed(), expected, 1e-9);
+        const std::int64_t burstNs = kBurstNs + lateNs;
+        stream.addBursts(bursts, kStepNs, [&](int burst) { return burst * burstNs; });
+        EXPECT_NEAR(stream.mStatistics.stepRate(), 1e9 / kStepNs, 1e-6);
+        EXPECT_NEAR(stream.mStatistics.signalSpeed(),
+                    static_cast<double>(kBurstNs) / static_cast<double>(burstNs), 1e-9);
     }
 }
 
@@ -109,10 +96,10 @@ TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
 TEST(StreamStatisticsTest, ShorterBurstsDoNotChangeTheSpeed)
 {
     Stream stream;
-    for (int burst = 0; burst < 40; ++burst) {
-        stream.addBurst(burst < 20 ? kStepNs : 46'296, stream.stampNs() - kStartNs);
-    }
-    EXPECT_NEAR(stream.statistics().signalSpeed(), 1, 1e-12);
+    const auto inStep = [&stream](int) { return stream.mStampNs - kStartNs; };
+    stream.addBursts(20, kStepNs, inStep);
+    stream.addBursts(20, 46'296, inStep);
+    EXPECT_NEAR(stream.mStatistics.signalSpeed(), 1, 1e-12);
 }
 
 TEST(StreamStatisticsTest, SettingTheWallClockDoesNotChangeTheSpeed)
@@ -123,17 +110,17 @@ TEST(StreamStatisticsTest, SettingTheWallClockDoesNotChangeTheSpeed)
         stream.add(kBlockSamples, kStepNs,
                    {kStartNs + block * kBlockNs + setNs, 77 + block * kBlockNs});
     }
-    EXPECT_NEAR(stream.statistics().signalSpeed(), 1, 1e-12);
+    EXPECT_NEAR(stream.mStatistics.signalSpeed(), 1, 1e-12);
 }
 
 TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
 {
     Stream stream;
     for (const std::int64_t leadNs : {30, 20, 10, 0, -5, -100}) {
-        stream.add(kBlockSamples, kStepNs, {stream.stampNs() + kBlockNs - leadNs, 0});
+        stream.add(kBlockSamples, kStepNs, {stream.mStampNs + kBlockNs - leadNs, 0});
     }
-    const Histogram& lead = stream.statistics().leadNs();
-    const Histogram& lag = stream.statistics().lagNs();
+    const Histogram& lead = stream.mStatistics.leadNs();
+    const Histogram& lag = stream.mStatistics.lagNs();
     EXPECT_EQ(lead.count(), 6U);
     EXPECT_EQ(lead.largest(), 30U);
     EXPECT_EQ(lead.percentile(66), 10U);
@@ -141,8 +128,7 @@ TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
     EXPECT_EQ(lag.largest(), 100U);
     EXPECT_EQ(lag.percentile(50), 0U);
     EXPECT_EQ(lag.percentile(83), 5U);
-    const std::int64_t lastNs = stream.stampNs();
-    EXPECT_THAT(statusText(stream.statistics(), {lastNs - 2'000'000, 0}),
-                EndsWith("  lead 2.0 ms"));
-    EXPECT_THAT(statusText(stream.statistics(), {lastNs + 3'000'000, 0}), EndsWith("  lag 3.0 ms"));
+    const std::int64_t lastNs = stream.mStampNs;
+    EXPECT_THAT(statusText(stream.mStatistics, {lastNs - 2'000'000, 0}), EndsWith("  lead 2.0 ms"));
+    EXPECT_THAT(statusText(stream.mStatistics, {lastNs + 3'000'000, 0}), EndsWith("  lag 3.0 ms"));
 }

@@ -106,29 +106,22 @@ extern "C" int nanosleep(const timespec* request, timespec* remaining)
         return fail(EINTR);
     }
     gSystem->advance(wanted + gSystem->mOversleep);
-    if (gSystem->mOnSleep) {
-        gSystem->mOnSleep();
-    }
     return 0;
 }
 
 /** The program uses the read set only. */
 extern "C" int select(int count, fd_set* readSet, fd_set*, fd_set*, timeval* timeout)
 {
+    const qint64 limit = // µs
+        timeout == nullptr ? -1 : timeout->tv_sec * kMicrosecondsPerSecond + timeout->tv_usec;
     if (gSystem == nullptr) {
-        const timespec limit =
-            timeout == nullptr
-                ? timespec{}
-                : timespec{timeout->tv_sec,
-                           static_cast<long>(timeout->tv_usec * kNanosecondsPerMicrosecond)};
-        return pselect(count, readSet, nullptr, nullptr, timeout == nullptr ? nullptr : &limit,
+        const timespec time = fromNanoseconds(limit * kNanosecondsPerMicrosecond);
+        return pselect(count, readSet, nullptr, nullptr, timeout == nullptr ? nullptr : &time,
                        nullptr);
     }
     if (gSystem->mNextSelectError != 0) {
         return fail(std::exchange(gSystem->mNextSelectError, 0));
     }
-    const qint64 limit =
-        timeout == nullptr ? -1 : timeout->tv_sec * kMicrosecondsPerSecond + timeout->tv_usec;
     const fd_set wanted = *readSet;
     if (limit == 0) {
         ++gSystem->mPolls;

@@ -38,7 +38,6 @@ public:
     std::deque<qint64> mInterruptSleep; ///< the next sleeps end with EINTR after so many ns
     int mSleepError = 0;                ///< the errno that every sleep fails with
     qint64 mOversleep = 0;              ///< ns that a whole sleep takes longer
-    std::function<void()> mOnSleep;     ///< at the end of each sleep
 
     std::vector<qint64> mWaits;    ///< µs of each select() with a time-out, -1 without limit
     int mPolls = 0;                ///< calls of select() with a time-out of 0
