@@ -37,14 +37,30 @@ TEST(TrackLogTest, BuildsNoTextWhenTheLevelIsOffButCounts)
     EXPECT_EQ(log.take(), (Lines{"ERROR text", "FATAL text"}));
 }
 
+/** The level of the line that fits, not of those that were lost; told once. */
+TEST(TrackLogTest, LinesThatCannotBeWrittenAreLostAndCounted)
+{
+    LogCapture log;
+    const log4cxx::LoggerPtr logger = log4cxx::Logger::getLogger("full disk");
+    const auto text = [] { return "text"; };
+    log.mFull = true;
+    logInfo(logger, LOG4CXX_LOCATION, text);
+    logInfo(logger, LOG4CXX_LOCATION, text);
+    log.mFull = false;
+    logAt(log4cxx::Level::getWarn(), logger, LOG4CXX_LOCATION, text);
+    logInfo(logger, LOG4CXX_LOCATION, text);
+    EXPECT_EQ(log.take(),
+              (Lines{"WARN Log lines lost before this one: 2", "WARN text", "INFO text"}));
+    EXPECT_THROW(logInfo(logger, LOG4CXX_LOCATION, []() -> std::string { throw std::bad_alloc(); }),
+                 std::bad_alloc);
+}
+
 TEST(TrackSystemTest, ReportsABadConfigurationAndLogsToTheConsole)
 {
     const TestFiles files;
     const std::string path = files.path("größe.xml");
     for (const char* text : {static_cast<const char*>(nullptr), "", "not XML at all",
-                             "<html><body/></html>", "<unclosed",
-                             "<?xml version='1.0'?><log4j:configuration xmlns:log4j='x'>"
-                             "<root><level value='info'/></root></log4j:configuration>"}) {
+                             "<html><body/></html>", "<unclosed"}) {
         if (text != nullptr) {
             writeFile(path, text);
         }
@@ -60,5 +76,22 @@ TEST(TrackSystemTest, ReportsABadConfigurationAndLogsToTheConsole)
         EXPECT_NE(out.find("after all"), std::string::npos) << out;
         log4cxx::LogManager::resetConfiguration();
     }
+}
+
+TEST(TrackSystemTest, ASilentConfigurationIsUsedAsItIs)
+{
+    const TestFiles files;
+    const std::string path = files.path("silent.xml");
+    writeFile(path,
+              "<?xml version='1.0'?><!DOCTYPE log4j:configuration SYSTEM 'log4j.dtd'>"
+              "<log4j:configuration xmlns:log4j='x'>"
+              "<root><level value='off'/></root></log4j:configuration>");
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    const log4cxx::LoggerPtr logger = initializeTrackSystem(path);
+    logError(logger, LOG4CXX_LOCATION, [] { return "unheard"; });
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    log4cxx::LogManager::resetConfiguration();
 }
 } // namespace

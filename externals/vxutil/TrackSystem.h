@@ -9,8 +9,8 @@
  *
  * @param path the logging configuration, UTF-8
  *
- * A file that cannot be read, is not valid XML, or sets up no appender at all would leave the
- * program mute: it is reported on standard error with its name, and everything is logged to the
- * console (standard output) instead.
+ * A file that cannot be read, is not valid XML or has another root element than log4cxx's is
+ * reported on standard error with its name, and everything is logged to the console (standard
+ * output) instead. Any other is used as it is, also one that sets up no output.
  */
 log4cxx::LoggerPtr initializeTrackSystem(const std::string& path);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <log4cxx/appenderskeleton.h>
+#include <log4cxx/helpers/exception.h>
 #include <log4cxx/logger.h>
 #include <log4cxx/spi/loggingevent.h>
 
@@ -39,6 +40,9 @@ LogCapture::LogCapture()
     mAppender = std::make_shared<CallingAppender>([this](const LogEvent& event) {
         mErrorsLogged += event.mLevel == "ERROR" ? 1 : 0;
         mFatalsLogged += event.mLevel == "FATAL" ? 1 : 0;
+        if (mFull) {
+            throw log4cxx::helpers::IOException();
+        }
         mEvents.push_back(event);
     });
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getAll());

@@ -31,6 +31,7 @@ public:
     Lines take();
 
     std::vector<LogEvent> mEvents; ///< since the last take()
+    bool mFull = false;            ///< fails as an appender does whose disk is full
 
     /** Counted since construction. */
     int errors() const;

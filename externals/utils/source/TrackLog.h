@@ -1,7 +1,9 @@
 #pragma once
 
+#include <log4cxx/helpers/exception.h>
 #include <log4cxx/logger.h>
 
+#include <QtGlobal>
 #include <string>
 
 #include "LogText.h"
@@ -12,10 +14,48 @@
  *
  * Each call takes the logger, LOG4CXX_LOCATION (which names the calling function) and a callable
  * that builds the text. The text is built only when the level is enabled; errors are counted
- * either way.
+ * either way. A line that log4cxx cannot write, because the disk is full for example, is lost and
+ * nothing else: the caller never learns of it.
  *
  *     logError(mLogger, LOG4CXX_LOCATION, [&] { return "cannot open " + local8Bit(name); });
  */
+
+/**
+ * Hands lines to log4cxx and counts those that it could not write. The next line that can be
+ * written is preceded, at its level, by one that tells how many were lost.
+ */
+class LogOutput
+{
+public:
+    static void write(const log4cxx::LevelPtr& level, const log4cxx::LoggerPtr& logger,
+                      const log4cxx::spi::LocationInfo& location, const std::string& text)
+    {
+        if (sLostLines > 0 &&
+            tryWrite(level, logger, location,
+                     "Log lines lost before this one: " + std::to_string(sLostLines))) {
+            sLostLines = 0;
+        }
+        // Tried in any case: a second appender may take it while the first one cannot.
+        if (!tryWrite(level, logger, location, text)) {
+            ++sLostLines;
+        }
+    }
+
+private:
+    /** Only what log4cxx itself reports is a lost line; a lack of memory is for the caller. */
+    static bool tryWrite(const log4cxx::LevelPtr& level, const log4cxx::LoggerPtr& logger,
+                         const log4cxx::spi::LocationInfo& location, const std::string& text)
+    {
+        try {
+            logger->forcedLog(level, text, location);
+            return true;
+        } catch (const log4cxx::helpers::Exception&) {
+            return false;
+        }
+    }
+
+    static inline quint64 sLostLines = 0;
+};
 
 /** Logs at the given level and counts nothing; the other three are made of it. */
 template <typename BuildText>
@@ -23,7 +63,7 @@ void logAt(const log4cxx::LevelPtr& level, const log4cxx::LoggerPtr& logger,
            const log4cxx::spi::LocationInfo& location, BuildText buildText)
 {
     if (logger->isEnabledFor(level)) {
-        logger->forcedLog(level, std::string(buildText()), location);
+        LogOutput::write(level, logger, location, std::string(buildText()));
     }
 }
 
@@ -39,8 +79,8 @@ template <typename BuildText>
 void logError(const log4cxx::LoggerPtr& logger, const log4cxx::spi::LocationInfo& location,
               BuildText buildText)
 {
-    ++TrackObject::sErrorCounter;
     logAt(log4cxx::Level::getError(), logger, location, buildText);
+    ++TrackObject::sErrorCounter;
 }
 
 /** Also counts one in TrackObject::sFatalCounter. */
@@ -48,6 +88,6 @@ template <typename BuildText>
 void logFatal(const log4cxx::LoggerPtr& logger, const log4cxx::spi::LocationInfo& location,
               BuildText buildText)
 {
-    ++TrackObject::sFatalCounter;
     logAt(log4cxx::Level::getFatal(), logger, location, buildText);
+    ++TrackObject::sFatalCounter;
 }
