@@ -107,6 +107,7 @@ struct Cost
     double mSeconds;   ///< CPU time
     double mHeapBytes; ///< heap in use afterwards
     double mPeakBytes; ///< by how much the process was larger at its largest
+    double mFaults;    ///< pages and huge pages that the kernel had to find
 };
 
 double heapInUse()
@@ -115,11 +116,11 @@ double heapInUse()
     return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
 }
 
-double peakResident()
+rusage usageSoFar()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return 1024.0 * static_cast<double>(usage.ru_maxrss);
+    return usage;
 }
 
 double cpuSeconds()
@@ -134,12 +135,15 @@ template <typename Operation>
 Cost costOf(const QString& path, Operation operation)
 {
     const double heapBefore = heapInUse();
-    const double peakBefore = peakResident();
+    const rusage before = usageSoFar();
     const double begin = cpuSeconds();
     const auto kept = operation(path);
     const double end = cpuSeconds();
+    const rusage after = usageSoFar();
     benchmark::DoNotOptimize(&kept);
-    return {end - begin, heapInUse() - heapBefore, peakResident() - peakBefore};
+    return {end - begin, heapInUse() - heapBefore,
+            1024.0 * static_cast<double>(after.ru_maxrss - before.ru_maxrss),
+            static_cast<double>(after.ru_minflt - before.ru_minflt)};
 }
 
 /** As at a start of the program: memory that nobody has touched, and no freeing. */
@@ -181,6 +185,7 @@ void measure(benchmark::State& state, Operation operation)
         lines, static_cast<Counter::Flags>(Counter::kIsIterationInvariantRate | Counter::kInvert));
     state.counters["heap_B/line"] = cost.mHeapBytes / lines;
     state.counters["peak_B/line"] = cost.mPeakBytes / lines;
+    state.counters["faults"] = cost.mFaults;
 }
 
 void plainWay(benchmark::State& state)

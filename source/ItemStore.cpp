@@ -11,6 +11,9 @@ constexpr size_t kFewItems = 256;
 /** With the allocator's own bytes just short of 256 KiB, a whole number of pages. */
 constexpr size_t kMostChunkItems = 4095;
 
+/** Fills a huge page: the kernel then finds memory once for all of them. */
+constexpr size_t kHugeChunkItems = kHugePageBytes / sizeof(InputValueItem);
+
 /** What a long file may leave unused in its last chunk: at most this part of its items. */
 constexpr size_t kUnusedPart = 16;
 } // namespace
@@ -33,7 +36,9 @@ void ItemStore::addChunk()
 {
     const size_t wanted = std::max(std::min(mSize, kFewItems), mSize / kUnusedPart);
     mChunks.emplace_back();
-    mChunks.back().reserve(std::clamp(wanted, kLeastChunkItems, kMostChunkItems));
+    mChunks.back().reserve(wanted >= kHugeChunkItems
+                               ? kHugeChunkItems
+                               : std::clamp(wanted, kLeastChunkItems, kMostChunkItems));
 }
 
 void ItemStore::rewind()
@@ -47,7 +52,7 @@ InputValueItem* ItemStore::next()
     if (mChunk == mChunks.size()) {
         return nullptr;
     }
-    std::vector<InputValueItem>& chunk = mChunks[mChunk];
+    Chunk& chunk = mChunks[mChunk];
     InputValueItem* const item = &chunk[mIndex];
     if (++mIndex == chunk.size()) {
         ++mChunk;

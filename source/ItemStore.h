@@ -3,12 +3,13 @@
 #include <cstddef>
 #include <vector>
 
+#include "HugePageAllocator.h"
 #include "InputValueItem.h"
 
 /**
  * The items of one input value file, in file order. Grows by chunks that never move, so that an
  * item keeps its address, a long file is never copied while it grows, and an item costs its own
- * size and next to nothing beside it.
+ * size and next to nothing beside it. The later chunks of a very long file are huge pages.
  *
  * Owns its items; a copy owns copies.
  */
@@ -51,7 +52,9 @@ private:
     }
     void addChunk();
 
-    std::vector<std::vector<InputValueItem>> mChunks;
+    using Chunk = std::vector<InputValueItem, HugePageAllocator<InputValueItem>>;
+
+    std::vector<Chunk> mChunks;
     size_t mSize = 0;  ///< items in all chunks
     size_t mChunk = 0; ///< chunk of the read position
     size_t mIndex = 0; ///< place of the read position in its chunk

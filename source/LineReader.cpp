@@ -8,7 +8,7 @@
 #include <utility>
 
 namespace {
-constexpr size_t kBlockBytes = 256 * 1024;
+constexpr int kBlockBytes = 256 * 1024;
 
 /** A line beyond it would not fit into a text. */
 constexpr size_t kMostLineBytes = 512 * 1024 * 1024;
@@ -20,7 +20,7 @@ void LineReader::start(int descriptor)
     mDescriptor = descriptor;
     mAtEnd = false;
     mFailed = false;
-    mBuffer.resize(kBlockBytes + kReadableBehindLines);
+    mBuffer = QByteArray(kBlockBytes + static_cast<int>(kReadableBehindLines), Qt::Uninitialized);
 }
 
 void LineReader::stop()
@@ -38,7 +38,7 @@ bool LineReader::findLine()
 
 std::string_view LineReader::takeLine()
 {
-    const std::string_view bytes(mBuffer.data() + mBegin, mEnd - mBegin);
+    const std::string_view bytes(mBuffer.constData() + mBegin, mEnd - mBegin);
     const std::string_view line = bytes.substr(0, bytes.find('\n'));
     mBegin += std::min(line.size() + 1, bytes.size());
     return line;
@@ -55,15 +55,17 @@ bool LineReader::fill()
     if (mAtEnd) {
         return false;
     }
-    std::memmove(mBuffer.data(), mBuffer.data() + mBegin, mEnd - mBegin);
+    std::memmove(mBuffer.data(), mBuffer.constData() + mBegin, mEnd - mBegin);
     mEnd -= mBegin;
     mBegin = 0;
     mWholeEnd = 0;
-    if (mEnd + kReadableBehindLines == mBuffer.size()) {
-        mBuffer.resize(2 * mBuffer.size());
+    if (mEnd + kReadableBehindLines == bufferSize()) {
+        const int doubled = 2 * mBuffer.size();
+        mBuffer.reserve(doubled); // exactly; resize() alone would take up to twice as much
+        mBuffer.resize(doubled);
     }
     char* const news = mBuffer.data() + mEnd;
-    const size_t room = mBuffer.size() - kReadableBehindLines - mEnd;
+    const size_t room = bufferSize() - kReadableBehindLines - mEnd;
     ssize_t count = 0;
     do {
         count = ::read(mDescriptor, news, room);

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <cstddef>
 #include <string_view>
-#include <vector>
 
 /**
  * Hands out the lines of an open file one after another, reading ahead in blocks so that a line
@@ -48,7 +49,7 @@ public:
      */
     std::string_view wholeLines() const
     {
-        return {mBuffer.data() + mBegin, mWholeEnd > mBegin ? mWholeEnd - mBegin : 0};
+        return {mBuffer.constData() + mBegin, mWholeEnd > mBegin ? mWholeEnd - mBegin : 0};
     }
 
     /** Takes that many bytes of wholeLines(), up to and including a line end. */
@@ -60,12 +61,13 @@ public:
 private:
     bool findLine();
     bool fill();
+    size_t bufferSize() const { return static_cast<size_t>(mBuffer.size()); }
 
     int mDescriptor = -1;
     int mError = 0;
     bool mAtEnd = true;
-    bool mFailed = true; ///< or nothing was started
-    std::vector<char> mBuffer;
+    bool mFailed = true;  ///< or nothing was started
+    QByteArray mBuffer;   ///< never cleared: a new page of it costs more than a line
     size_t mBegin = 0;    ///< first byte not yet taken
     size_t mWholeEnd = 0; ///< behind the last line end that was read
     size_t mEnd = 0;      ///< end of the bytes read
