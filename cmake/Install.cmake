@@ -59,7 +59,8 @@ install(FILES completions/vx-simulator completions/vx-control DESTINATION ${comp
 
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/vx-simulator)
 install(FILES README.md DESTINATION ${documents} COMPONENT program)
-install(DIRECTORY doc DESTINATION ${documents} COMPONENT program)
+# A picture of 256 kB is of no use on a device.
+install(DIRECTORY doc DESTINATION ${documents} COMPONENT program PATTERN *.png EXCLUDE)
 
 # --- the tools -----------------------------------------------------------------------------------
 

@@ -1,4 +1,4 @@
-# What "cpack" makes: two Debian packages for the machine that it runs on, in build/<preset>. Their
+# What "cpack" makes: two Debian packages, and two with their debug symbols, for the machine that it runs on, in build/<preset>. Their
 # paths are those of a distribution, so configure with CMAKE_INSTALL_PREFIX=/usr; the preset
 # "package" does.
 
@@ -12,14 +12,25 @@ set(components program tools)
 set(program_name vx-simulator)
 set(tools_name vx-simulator-tools)
 
+set(changelog ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${changelog})
+file(STRINGS ${changelog} headings REGEX "^## ")
+list(GET headings 0 newest)
+if(NOT newest MATCHES "^## ([0-9.]+)-([0-9]+) " OR NOT CMAKE_MATCH_1 VERSION_EQUAL PROJECT_VERSION)
+  message(FATAL_ERROR "${changelog}: '${newest}': expected version ${PROJECT_VERSION} and a revision")
+endif()
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_2})
+
 find_program(VX_GZIP gzip REQUIRED)
-add_custom_command(OUTPUT ${generated}/changelog.gz
-  COMMAND ${VX_GZIP} -9nc ${debian}/changelog > ${generated}/changelog.gz
-  DEPENDS ${debian}/changelog VERBATIM)
-add_custom_target(package-changelog ALL DEPENDS ${generated}/changelog.gz)
+set(script ${PROJECT_SOURCE_DIR}/scripts/debian-changelog.sh)
+add_custom_command(OUTPUT ${generated}/changelog.Debian.gz
+  COMMAND ${script} > ${generated}/changelog.Debian
+  COMMAND ${VX_GZIP} -9nf ${generated}/changelog.Debian
+  DEPENDS ${script} ${changelog} VERBATIM)
+add_custom_target(package-changelog ALL DEPENDS ${generated}/changelog.Debian.gz)
 foreach(component IN LISTS components)
   set(name ${${component}_name})
-  install(FILES ${generated}/changelog.gz ${debian}/copyright
+  install(FILES ${generated}/changelog.Debian.gz ${debian}/copyright
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
 endforeach()
 install(FILES ${debian}/vx-simulator.lintian-overrides
@@ -29,7 +40,9 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL ${components})
 set(CPACK_PACKAGE_CONTACT "vx-simulator maintainers <maintainers@vx-simulator.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_STRIP_FILES ON)
+# cpack itself takes the symbols out of the programs, into packages of their own.
+set(CPACK_STRIP_FILES OFF)
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -39,6 +52,8 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME ${program_name})
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_CONTROL_EXTRA
+  ${debian}/postinst ${debian}/prerm ${debian}/postrm)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS ${tools_name})
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "simulated measuring hardware for a core system

@@ -21,11 +21,16 @@ for page in man/*; do
     [[ -z $warnings ]] || fail "$page: $warnings"
 done
 
-rm -f build/package/*.deb
+rm -f build/package/*.deb build/package/*.ddeb
 cmake --preset package
 cmake --build --preset package
 (cd build/package && cpack)
-lintian --fail-on error --tag-display-limit 0 build/package/*.deb
+lintian --fail-on error --tag-display-limit 0 build/package/*.deb | tee build/package/lintian.log
+grep 'hardening-no-\|unstripped' build/package/lintian.log && fail "see above"
+for package in vx-simulator vx-simulator-tools; do
+    contents=$(dpkg-deb --contents "$(echo build/package/$package-dbgsym_*.ddeb)")
+    grep -q '/usr/lib/debug/.*\.debug$' <<<"$contents" || fail "no symbols of $package"
+done
 
 # Each option that a program explains is completed.
 case=tools/case/vx-case
@@ -48,6 +53,14 @@ mkdir -p "${unit%/*}"
 sed "s#^ExecStart=/usr/bin#ExecStart=$PWD/build/package/source#; /^Documentation/d" \
     build/package/install/vx-simulator.service >"$unit"
 systemd-analyze verify --man=no "$unit"
+stop=$(sed -n 's/^ExecStopPost=//p' "$unit")
+# The unit is failed when the program ended by itself, whatever its status; stopped, it is not.
+for end in "exited 0 1" "killed TERM 0" "dumped SEGV 0"; do
+    read -r EXIT_CODE EXIT_STATUS expected <<<"$end"
+    status=0
+    (export EXIT_CODE EXIT_STATUS; eval "${stop//\$\$/\$}") || status=$?
+    [[ $status -eq $expected ]] || fail "ExecStopPost after $end: $status"
+done
 systemd-analyze security --offline=true --threshold=20 "$unit" | tail -1
 
 root=$(mktemp -d /tmp/vx-root.XXXXXX)
@@ -65,4 +78,18 @@ build/package/standin/vx-sandbox --record build/package/recording.bin --send 1:s
     sh -c "$play" | tee build/package/played.log
 grep -q 'Execute Config 1 once' build/package/played.log || fail "the command was not taken"
 grep -q 'refused writes *0$' build/package/played.log || fail "writes were refused"
+
+# What a purge takes with it, and what it leaves.
+enabled=$root'/etc/systemd/system/dev-adc\x2din.device.wants/vx-simulator.service'
+[[ -L $enabled ]] || fail "the service is not enabled: $enabled"
+mkfifo "$root/etc/vx/simulator_control"
+mkdir -p "$root/var/log/vx-simulator"
+touch "$root/etc/vx/vx-simulator.conf" "$root/var/log/vx-simulator/vx-simulator.log"
+chroot "$root" dpkg --purge vx-simulator
+for gone in "$enabled" "$root"/{etc/vx/simulator_control,var/log/vx-simulator,opt/vx}; do
+    [[ ! -e $gone && ! -L $gone ]] || fail "a purge leaves $gone"
+done
+for kept in opt etc/vx/vx-simulator.conf; do
+    [[ -e $root/$kept ]] || fail "a purge takes /$kept away"
+done
 echo "test-package: passed"

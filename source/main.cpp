@@ -107,7 +107,8 @@ int main(int argc, char** argv)
 {
     openStandardDescriptors();
     const QCoreApplication application(argc, argv);
-    const VersionInfo version{QVersionNumber(1, 2, 1524), QStringLiteral("yocto"), false, 0};
+    const VersionInfo version{QVersionNumber::fromString(QStringLiteral(VX_VERSION)),
+                              QStringLiteral("yocto"), false, 0};
     QCoreApplication::setApplicationVersion(versionString(version));
 
     QCommandLineParser parser;

@@ -1,8 +1,13 @@
-# Builds the program, without its tools, from the tree that holds this file: add this directory to
-# BBFILES. Needs a layer with Qt 5 (cmake_qt5, qtbase) and a recipe for log4cxx 1.0 or newer.
+# Builds the program, without the desk's tools, from the tree that holds this file: add this directory
+# to BBFILES.
+#
+# Written for Yocto 4.0 (kirkstone) with the layer meta-qt5 (cmake_qt5, qtbase). Needs besides, as a
+# recipe of your own if your layers have none, log4cxx 1.0 or newer with its apr-util and expat.
+#
+# Not tried: it was never built with bitbake. What it runs was tried with cmake and a DESTDIR.
 SUMMARY = "Simulated measuring hardware for a core system"
 LICENSE = "CLOSED"
-PV = "1.2.1524"
+PV = "${@vx_version(d)}"
 
 DEPENDS = "qtbase log4cxx"
 
@@ -21,3 +26,10 @@ EXTRA_OECMAKE = "\
 SYSTEMD_SERVICE:${PN} = "vx-simulator.service"
 
 FILES:${PN} += "/opt/vx ${sysconfdir}/vx ${datadir}/bash-completion ${nonarch_base_libdir}/udev"
+
+# The version stands in the top CMakeLists.txt.
+def vx_version(d):
+    import os, re
+    path = os.path.join(d.getVar("THISDIR"), "..", "..", "CMakeLists.txt")
+    with open(path) as lists:
+        return re.search(r"project\(vx-simulator VERSION ([0-9.]+)", lists.read()).group(1)
