@@ -20,6 +20,7 @@ void declare(CLI::App& app)
     addCheckCommand(app);
     addExplainCommand(app);
     addExportCommand(app);
+    addInfoCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */

@@ -14,3 +14,4 @@ void addGenerateCommand(CLI::App& app);
 void addCheckCommand(CLI::App& app);
 void addExplainCommand(CLI::App& app);
 void addExportCommand(CLI::App& app);
+void addInfoCommand(CLI::App& app);

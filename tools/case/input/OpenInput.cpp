@@ -10,6 +10,7 @@
 #include "comtrade/ComtradeFiles.h"
 #include "signal/DriverRecordingSource.h"
 #include "signal/ValueFileSource.h"
+#include "textfile/TextFileSource.h"
 
 namespace {
 constexpr size_t kBeginning = size_t{64} << 10U; ///< bytes that show the form of a file
@@ -51,9 +52,38 @@ std::unique_ptr<SignalSource> openData(const std::string& path, const InputOptio
     return config.empty() ? nullptr : openPair(path, config, path, options);
 }
 
-[[noreturn]] void refuse(const std::string& path, const std::string& reasons)
+[[noreturn]] void refuse(const std::string& path, const std::string& noValues,
+                         const std::string& noDriver, const std::string& noText)
 {
-    throw CaseError(fmt::format("{}: cannot tell what it is\n{}", path, reasons));
+    const char* const noComtrade =
+        hasSuffix(path, "dat")
+            ? "it may be the data of one, but no configuration (.cfg) lies beside it"
+            : "its second line does not count channels as \"8,8A,0D\" does";
+    throw CaseError(
+        fmt::format("{}: cannot tell what it is\n"
+                    "  no value file: {}\n"
+                    "  no recording of the driver: {}\n"
+                    "  no COMTRADE recording: {}\n"
+                    "  no text file with a heading: {}",
+                    path, noValues, noDriver, noComtrade, noText));
+}
+
+std::unique_ptr<SignalSource> openOther(const std::string& path, InputFile& file,
+                                        const InputOptions& options)
+{
+    const std::string noDriver = whyNoDriverRecording(file);
+    if (noDriver.empty()) {
+        return std::make_unique<DriverRecordingSource>(path);
+    }
+    const std::string noValues = whyNoValueFile(file);
+    if (noValues.empty()) {
+        return std::make_unique<ValueFileSource>(path);
+    }
+    const std::string noText = whyNoTextFile(file);
+    if (noText.empty()) {
+        return std::make_unique<TextFileSource>(path, options.mEncoding);
+    }
+    refuse(path, noValues, noDriver, noText);
 }
 } // namespace
 
@@ -71,19 +101,5 @@ std::unique_ptr<SignalSource> openInput(const std::string& path, const InputOpti
     if (looksLikeComtradeConfig(beginning)) {
         return openConfig(path, options);
     }
-    const std::string noRecording = whyNoDriverRecording(file);
-    if (noRecording.empty()) {
-        return std::make_unique<DriverRecordingSource>(path);
-    }
-    const std::string noValues = whyNoValueFile(file);
-    if (noValues.empty()) {
-        return std::make_unique<ValueFileSource>(path);
-    }
-    refuse(path, fmt::format("  no value file: {}\n  no recording of the driver: {}\n"
-                             "  no COMTRADE recording: {}",
-                             noValues, noRecording,
-                             hasSuffix(path, "dat")
-                                 ? "it may be the data of one, whose configuration (.cfg) is not "
-                                   "beside it"
-                                 : "its second line does not count channels as \"8,8A,0D\" does"));
+    return openOther(path, file, options);
 }

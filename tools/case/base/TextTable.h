@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/** Lays texts out in columns for a reader. Texts are UTF-8. */
+class TextTable
+{
+public:
+    /** @param heading of each column; one that begins with '>' has its texts at the right */
+    explicit TextTable(const std::vector<std::string>& heading);
+
+    /** Requires: as many texts as there are columns. */
+    void add(std::vector<std::string> row) { mRows.push_back(std::move(row)); }
+
+    /** All lines, each with its end; the heading first. */
+    std::string text() const;
+
+private:
+    std::vector<bool> mIsRight; ///< for each column
+    std::vector<std::vector<std::string>> mRows;
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "base/TextEncoding.h"
+
+/** "--encoding NAME", the same for every subcommand that reads recordings. */
+inline void addEncodingOption(CLI::App& command, std::string* encoding)
+{
+    command
+        .add_option("--encoding", *encoding,
+                    "Of the texts in a recording, such as windows-1251 or GB18030 (else UTF-8, or "
+                    "Latin-1 where they are not)")
+        ->type_name("NAME")
+        ->check([](const std::string& name) {
+            return isEncoding(name) ? std::string() : "no encoding '" + name + "' is known";
+        });
+}

@@ -1,0 +1,205 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "base/ResultFile.h"
+#include "base/TextTable.h"
+#include "commands/Commands.h"
+#include "commands/EncodingOption.h"
+#include "input/OpenInput.h"
+#include "signal/Measures.h"
+
+namespace {
+using Json = nlohmann::ordered_json;
+
+constexpr char kFooter[] =
+    R"(Reads value files, COMTRADE recordings (.cfg, .dat or .cff), recordings of the
+driver and text files with a heading; what a file is, is found by its content.
+rms counts every sample alike; times are seconds from the first sample.
+
+Example:
+  vx-case generate --duration 1 -o sine.csv && vx-case info sine.csv)";
+
+/** The text shows no more changes of a status channel; JSON has them. */
+constexpr size_t kShownChanges = 8;
+
+struct InfoOptions
+{
+    std::string mFile;
+    InputOptions mInput;
+    bool mJson = false;
+};
+
+std::string number(double value)
+{
+    return fmt::format("{:.6g}", value);
+}
+
+std::string ratioOf(const ChannelDescription& channel)
+{
+    return channel.mPrimary == 0.0 || channel.mPrimary == channel.mSecondary
+               ? ""
+               : number(channel.mPrimary) + ":" + number(channel.mSecondary);
+}
+
+std::string sideOf(const ChannelDescription& channel)
+{
+    return channel.mSide == ' ' ? "" : std::string(1, channel.mSide);
+}
+
+std::string generalText(const SignalDescription& signal, const Measures& measures)
+{
+    std::string text;
+    const auto add = [&text](const char* name, const std::string& value) {
+        text += value.empty() ? "" : fmt::format("{:<10}{}\n", name, value);
+    };
+    add("file", signal.mFileName);
+    add("format", signal.mFormat);
+    add("station", signal.mStation);
+    add("device", signal.mDevice);
+    add("start", signal.mStartTime);
+    add("trigger", signal.mTriggerTime);
+    add("samples", std::to_string(measures.samples()));
+    add("duration", fmt::format("{:.9g} s", measures.seconds()));
+    for (const SampleRate& rate : signal.mRates) {
+        add("rate", fmt::format("{:.10g} Hz up to sample {}", rate.mHz, rate.mEnd));
+    }
+    add("nominal", signal.mNominalHz > 0.0 ? number(signal.mNominalHz) + " Hz" : "");
+    add("measured", measures.frequency() > 0.0 ? number(measures.frequency()) + " Hz" : "");
+    return text;
+}
+
+std::string channelText(const SignalDescription& signal, const Measures& measures)
+{
+    TextTable table({">channel", "name", "phase", "unit", "side", "ratio", ">rms", ">smallest",
+                     ">largest", ">missing"});
+    for (size_t i = 0; i < signal.mChannels.size(); ++i) {
+        const ChannelDescription& channel = signal.mChannels[i];
+        const Measures::Channel measured = measures.channel(i);
+        table.add({std::to_string(channel.mNumber), channel.mName, channel.mPhase, channel.mUnit,
+                   sideOf(channel), ratioOf(channel), number(measured.mRms),
+                   number(measured.mSmallest), number(measured.mLargest),
+                   channel.mMissing == 0 ? "" : std::to_string(channel.mMissing)});
+    }
+    return table.text();
+}
+
+std::string changesText(const StatusChannel& status)
+{
+    std::string text;
+    for (size_t i = 0; i < std::min(kShownChanges, status.mChanges.size()); ++i) {
+        text += fmt::format("{}{:d} at {:.6f} s", i == 0 ? "" : ", ", status.mChanges[i].mState,
+                            status.mChanges[i].mSeconds);
+    }
+    const size_t shown = std::min(kShownChanges, status.mChanges.size());
+    return text + (status.mChangeCount > shown
+                       ? fmt::format(" and {} more", status.mChangeCount - shown)
+                       : "");
+}
+
+/** The status channels that change. */
+std::string statusText(const SignalDescription& signal)
+{
+    TextTable table({">status", "name", ">first", "then"});
+    size_t changing = 0;
+    for (const StatusChannel& status : signal.mStatusChannels) {
+        if (status.mChangeCount > 0) {
+            ++changing;
+            table.add({std::to_string(status.mNumber), status.mName, status.mFirstState ? "1" : "0",
+                       changesText(status)});
+        }
+    }
+    if (signal.mStatusChannels.empty()) {
+        return "";
+    }
+    return "\n" + (changing > 0 ? table.text() : "") +
+           fmt::format("{} of {} status channels change\n", changing,
+                       signal.mStatusChannels.size());
+}
+
+std::string infoText(const SignalDescription& signal, const Measures& measures)
+{
+    std::string text =
+        generalText(signal, measures) + "\n" + channelText(signal, measures) + statusText(signal);
+    text += signal.mRemarks.empty() ? "" : "\n";
+    for (const std::string& remark : signal.mRemarks) {
+        text += "remark: " + remark + "\n";
+    }
+    return text;
+}
+
+Json channelJson(const ChannelDescription& channel, const Measures::Channel& measured)
+{
+    return {{"number", channel.mNumber},
+            {"name", channel.mName},
+            {"phase", channel.mPhase},
+            {"unit", channel.mUnit},
+            {"side", sideOf(channel)},
+            {"primary", channel.mPrimary},
+            {"secondary", channel.mSecondary},
+            {"skew_us", channel.mSkewMicroseconds},
+            {"rms", measured.mRms},
+            {"smallest", measured.mSmallest},
+            {"largest", measured.mLargest},
+            {"missing", channel.mMissing}};
+}
+
+Json statusJson(const StatusChannel& status)
+{
+    Json changes = Json::array();
+    for (const StatusChannel::Change& change : status.mChanges) {
+        changes.push_back({{"seconds", change.mSeconds}, {"state", change.mState ? 1 : 0}});
+    }
+    return {{"number", status.mNumber},
+            {"name", status.mName},
+            {"first", status.mFirstState ? 1 : 0},
+            {"change_count", status.mChangeCount},
+            {"changes", changes}};
+}
+
+std::string infoJson(const SignalDescription& signal, const Measures& measures)
+{
+    Json info = {{"file", signal.mFileName},         {"format", signal.mFormat},
+                 {"station", signal.mStation},       {"device", signal.mDevice},
+                 {"start", signal.mStartTime},       {"trigger", signal.mTriggerTime},
+                 {"samples", measures.samples()},    {"seconds", measures.seconds()},
+                 {"nominal_hz", signal.mNominalHz},  {"measured_hz", measures.frequency()},
+                 {"rates", Json::array()},           {"channels", Json::array()},
+                 {"status_channels", Json::array()}, {"remarks", signal.mRemarks}};
+    for (const SampleRate& rate : signal.mRates) {
+        info["rates"].push_back({{"hz", rate.mHz}, {"last_sample", rate.mEnd}});
+    }
+    for (size_t i = 0; i < signal.mChannels.size(); ++i) {
+        info["channels"].push_back(channelJson(signal.mChannels[i], measures.channel(i)));
+    }
+    for (const StatusChannel& status : signal.mStatusChannels) {
+        info["status_channels"].push_back(statusJson(status));
+    }
+    // What is no UTF-8 after all, such as a file's name, is shown as well as may be.
+    return info.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+void runInfo(const InfoOptions& options)
+{
+    const auto source = openInput(options.mFile, options.mInput);
+    Measures measures(source->description());
+    measure(*source, &measures);
+    ResultFile output("");
+    output.write(options.mJson ? infoJson(source->description(), measures)
+                               : infoText(source->description(), measures));
+    output.commit();
+}
+} // namespace
+
+void addInfoCommand(CLI::App& app)
+{
+    CLI::App& command = *app.add_subcommand("info", "Tells what is in a recording or value file");
+    command.footer(kFooter);
+    const auto options = std::make_shared<InfoOptions>();
+    command.add_option("FILE", options->mFile, "The recording or value file")->required();
+    command.add_flag("--json", options->mJson, "One JSON object instead of text");
+    addEncodingOption(command, &options->mInput.mEncoding);
+    command.callback([options] { runInfo(*options); });
+}

@@ -1,0 +1,147 @@
+#include "textfile/TextFileSource.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "base/TextEncoding.h"
+
+namespace {
+constexpr size_t kProbedLines = 20;
+constexpr size_t kBlockValues = 32768;
+constexpr size_t kMostBlockSamples = 4096;
+constexpr size_t kLongestExcerpt = 60;
+
+/** The first lines that are not empty, as they stand. */
+std::string firstLines(InputFile& file)
+{
+    file.setPart(0, file.size());
+    std::string text;
+    std::string_view line;
+    for (size_t count = 0; count < kProbedLines && file.takeLine(&line);) {
+        if (!trimmed(line).empty()) {
+            text.append(line).append("\n");
+            ++count;
+        }
+    }
+    return text;
+}
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    size_t begin = 0;
+    for (size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', begin)) {
+        lines.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return lines;
+}
+} // namespace
+
+TextFileSource::TextFileSource(const std::string& path, const std::string& encoding) : mFile(path)
+{
+    const DecodedText text = decodeText(firstLines(mFile), encoding);
+    std::string reason;
+    const auto layout = findTextLayout(linesOf(text.mText), &reason);
+    if (!layout) {
+        throw CaseError(path + ": " + reason);
+    }
+    mLayout = *layout;
+    mLastValues.resize(mLayout.mColumns.size());
+    mDescription.mFileName = path;
+    mDescription.mFormat = fmt::format("text file, decimal sign '{}'", mLayout.mDecimalSign);
+    for (const TextLayout::Column& column : mLayout.mColumns) {
+        ChannelDescription channel;
+        channel.mNumber = static_cast<int>(mDescription.mChannels.size()) + 1;
+        channel.mName = column.mName;
+        channel.mUnit = column.mUnit;
+        channel.mPrimary = 0.0;
+        mDescription.mChannels.push_back(channel);
+    }
+    if (text.mIsGuessed) {
+        mDescription.mRemarks.emplace_back(kGuessedEncoding);
+    }
+    mFile.setPart(0, mFile.size());
+    std::string_view heading;
+    takeRow(&heading);
+}
+
+bool TextFileSource::read(SignalBlock& block)
+{
+    const size_t most = std::clamp<size_t>(kBlockValues / mLastValues.size(), 1, kMostBlockSamples);
+    block.mFirst = mSamples;
+    block.mFrequency.clear();
+    block.resize(mLastValues.size(), most);
+    size_t count = 0;
+    std::string_view line;
+    while (count < most && takeRow(&line)) {
+        readRow(line, count, &block);
+        ++count;
+    }
+    block.resize(mLastValues.size(), count);
+    mSamples += count;
+    if (count == 0 && !mIsFinished) {
+        finish();
+    }
+    return count > 0;
+}
+
+/** Takes the next line that is not empty; false at the end. */
+bool TextFileSource::takeRow(std::string_view* line)
+{
+    while (mFile.takeLine(line)) {
+        ++mLine;
+        *line = line->substr(0, line->find('\x1a'));
+        if (!trimmed(*line).empty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void TextFileSource::readRow(std::string_view line, size_t place, SignalBlock* block)
+{
+    const auto fields = textFields(line, mLayout.mSeparator);
+    if (fields.size() != mLastValues.size() + 1) {
+        fail(fmt::format("{} fields, found {}", mLastValues.size() + 1, fields.size()));
+    }
+    double number = 0.0;
+    if (!parseTextNumber(fields[0], mLayout.mDecimalSign, &number)) {
+        fail(fmt::format("a time, found \"{}\"", fields[0].substr(0, kLongestExcerpt)));
+    }
+    block->mSeconds[place] = mTime.next(number) * mLayout.mTimeSeconds;
+    for (size_t i = 0; i < mLastValues.size(); ++i) {
+        const std::string_view field = fields[i + 1];
+        if (field.empty()) {
+            ++mDescription.mChannels[i].mMissing;
+        } else if (!parseTextNumber(field, mLayout.mDecimalSign, &mLastValues[i])) {
+            fail(fmt::format("a number in field {}, found \"{}\"", i + 2,
+                             field.substr(0, kLongestExcerpt)));
+        }
+        block->mValues[i][place] = mLastValues[i];
+    }
+}
+
+void TextFileSource::finish()
+{
+    mIsFinished = true;
+    if (mTime.notRising() > 0) {
+        mDescription.mRemarks.push_back(fmt::format(
+            "{} times do not rise: the step before them goes on there", mTime.notRising()));
+    }
+}
+
+void TextFileSource::fail(const std::string& expected) const
+{
+    throw CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
+}
+
+std::string whyNoTextFile(InputFile& file)
+{
+    std::string reason;
+    findTextLayout(linesOf(decodeText(firstLines(file), "").mText), &reason);
+    return reason;
+}

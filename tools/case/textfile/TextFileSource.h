@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/InputFile.h"
+#include "signal/RisingTime.h"
+#include "signal/SignalSource.h"
+#include "textfile/TextLayout.h"
+
+/**
+ * A text file of an oscilloscope or a spreadsheet: a heading line, then rows of a time and the
+ * values at that time. A field that is empty is a missing value, held at the one before.
+ */
+class TextFileSource : public SignalSource
+{
+public:
+    /** @param encoding of the heading, as decodeText() takes it */
+    TextFileSource(const std::string& path, const std::string& encoding);
+
+    const SignalDescription& description() const override { return mDescription; }
+    bool read(SignalBlock& block) override;
+    double progress() const override { return mFile.progress(); }
+
+private:
+    bool takeRow(std::string_view* line);
+    void readRow(std::string_view line, size_t place, SignalBlock* block);
+    void finish();
+    [[noreturn]] void fail(const std::string& expected) const;
+
+    InputFile mFile;
+    TextLayout mLayout;
+    SignalDescription mDescription;
+    RisingTime<double> mTime; ///< in the file's unit
+    std::vector<double> mLastValues;
+    size_t mLine = 0;
+    size_t mSamples = 0;
+    bool mIsFinished = false;
+};
+
+/** Why the file is no such text file; empty when it is one. */
+std::string whyNoTextFile(InputFile& file);

@@ -1,0 +1,144 @@
+#include "textfile/TextLayout.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+
+namespace {
+constexpr size_t kLongestNumber = 64;
+
+constexpr std::array<std::pair<char, const char*>, 4> kSeparators{
+    {{';', "\";\""}, {'\t', "tabs"}, {',', "\",\""}, {' ', "blanks"}}};
+
+const std::array<std::pair<std::string_view, double>, 11> kTimeUnits{{{"", 1.0},
+                                                                      {"s", 1.0},
+                                                                      {"sec", 1.0},
+                                                                      {"seconds", 1.0},
+                                                                      {"second", 1.0},
+                                                                      {"ms", 1e-3},
+                                                                      {"us", 1e-6},
+                                                                      {"\xC2\xB5s", 1e-6},
+                                                                      {"\xCE\xBCs", 1e-6},
+                                                                      {"ns", 1e-9},
+                                                                      {"min", 60.0}}};
+
+std::string_view unquoted(std::string_view text)
+{
+    const bool isQuoted = text.size() > 1 && text.front() == '"' && text.back() == '"';
+    return isQuoted ? trimmed(text.substr(1, text.size() - 2)) : text;
+}
+
+/** "U1 (kV)", "U1 [kV]" and "U1/kV" have a unit. */
+TextLayout::Column parseHeading(std::string_view text)
+{
+    text = unquoted(text);
+    for (const std::string_view brackets : {"()", "[]"}) {
+        const size_t open = text.rfind(brackets[0]);
+        if (open != std::string_view::npos && text.back() == brackets[1]) {
+            const std::string_view unit = text.substr(open + 1, text.size() - open - 2);
+            return {std::string(trimmed(text.substr(0, open))), std::string(trimmed(unit))};
+        }
+    }
+    const size_t slash = text.rfind('/');
+    if (slash != std::string_view::npos) {
+        return {std::string(trimmed(text.substr(0, slash))),
+                std::string(trimmed(text.substr(slash + 1)))};
+    }
+    return {std::string(text), ""};
+}
+
+/** Every field is a number or empty, as many as in the heading, and the first is one. */
+bool isRow(std::string_view line, char separator, char decimalSign, size_t count)
+{
+    const auto fields = textFields(line, separator);
+    double number = 0.0;
+    return fields.size() == count && parseTextNumber(fields[0], decimalSign, &number) &&
+           std::all_of(fields.begin(), fields.end(), [&](std::string_view field) {
+               return field.empty() || parseTextNumber(field, decimalSign, &number);
+           });
+}
+
+bool isLayout(const std::vector<std::string>& lines, char separator, char decimalSign)
+{
+    constexpr size_t kLeastColumns = 2;
+    const auto heading = textFields(lines[0], separator);
+    double number = 0.0;
+    const bool hasHeading =
+        heading.size() >= kLeastColumns && !parseTextNumber(heading[0], decimalSign, &number);
+    return hasHeading && std::all_of(lines.begin() + 1, lines.end(), [&](const auto& line) {
+               return isRow(line, separator, decimalSign, heading.size());
+           });
+}
+
+std::optional<TextLayout> describe(const std::string& heading, char separator, char decimalSign,
+                                   std::string* reason)
+{
+    TextLayout layout;
+    layout.mSeparator = separator;
+    layout.mDecimalSign = decimalSign;
+    for (const std::string_view field : textFields(heading, separator)) {
+        layout.mColumns.push_back(parseHeading(field));
+    }
+    const TextLayout::Column time = layout.mColumns.front();
+    layout.mColumns.erase(layout.mColumns.begin());
+    layout.mTimeName = time.mName;
+    const auto* const unit =
+        std::find_if(kTimeUnits.begin(), kTimeUnits.end(),
+                     [&time](const auto& known) { return known.first == time.mUnit; });
+    if (unit == kTimeUnits.end()) {
+        *reason = fmt::format("the unit \"{}\" of its first column is none of time", time.mUnit);
+        return std::nullopt;
+    }
+    layout.mTimeSeconds = unit->second;
+    return layout;
+}
+} // namespace
+
+std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines, std::string* reason)
+{
+    if (lines.size() < 2) {
+        *reason = "it has no heading line with lines of numbers behind it";
+        return std::nullopt;
+    }
+    for (const auto& [separator, name] : kSeparators) {
+        for (const char decimalSign : {'.', ','}) {
+            if (decimalSign != separator && isLayout(lines, separator, decimalSign)) {
+                return describe(lines[0], separator, decimalSign, reason);
+            }
+        }
+    }
+    *reason =
+        "its first lines are not a heading and rows of as many numbers, between \";\", \",\", "
+        "tabs or blanks";
+    return std::nullopt;
+}
+
+std::vector<std::string_view> textFields(std::string_view line, char separator)
+{
+    std::vector<std::string_view> fields = splitText(trimmed(line), separator);
+    if (separator == ' ') {
+        fields.erase(std::remove(fields.begin(), fields.end(), std::string_view()), fields.end());
+    }
+    for (std::string_view& field : fields) {
+        field = trimmed(field);
+    }
+    return fields;
+}
+
+bool parseTextNumber(std::string_view field, char decimalSign, double* number)
+{
+    if (decimalSign == '.') {
+        return parseNumber(field, number);
+    }
+    std::array<char, kLongestNumber> text{};
+    if (field.size() > text.size() || field.find('.') != std::string_view::npos) {
+        return false;
+    }
+    std::replace_copy(field.begin(), field.end(), text.begin(), decimalSign, '.');
+    return parseNumber(std::string_view(text.data(), field.size()), number);
+}

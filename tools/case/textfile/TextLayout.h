@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/** How a text file with a heading is written, as found out from its first lines. */
+struct TextLayout
+{
+    char mSeparator = ','; ///< a blank stands for any number of them
+    char mDecimalSign = '.';
+    std::string mTimeName;
+    double mTimeSeconds = 1.0; ///< what 1 in the time column is worth
+    struct Column
+    {
+        std::string mName;
+        std::string mUnit; ///< from "U1 (kV)", "U1 [kV]", "U1/kV"; may be empty
+    };
+    std::vector<Column> mColumns; ///< those behind the time
+};
+
+/**
+ * Finds out the layout from the heading line and the lines behind it.
+ *
+ * @param lines the first of the file, UTF-8, the heading first, without empty ones
+ * @param reason gets why they are no such file, when they are none
+ */
+std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines,
+                                         std::string* reason);
+
+/** The fields of a line, without blanks at their ends. */
+std::vector<std::string_view> textFields(std::string_view line, char separator);
+
+/** A number with that decimal sign; false for anything else. */
+bool parseTextNumber(std::string_view field, char decimalSign, double* number);
