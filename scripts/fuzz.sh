@@ -9,9 +9,10 @@ cd "$(dirname "$0")/.."
 seconds=${1:-30}
 scripts/setup.sh build fuzz
 cmake --preset fuzz
-cmake --build --preset fuzz --target vx-fuzz-values vx-fuzz-cases vx-fuzz-commands
+names=(values cases commands comtrade single texts)
+cmake --build --preset fuzz --target "${names[@]/#/vx-fuzz-}"
 mkdir -p build/fuzz/findings
-for name in values cases commands; do
+for name in "${names[@]}"; do
     # What it learns stays in the build directory; the corpus in the repository is only read.
     mkdir -p "build/fuzz/learnt/$name"
     echo "fuzz: $name for $seconds s"

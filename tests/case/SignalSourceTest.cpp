@@ -1,44 +1,14 @@
 #include <gmock/gmock.h>
 
 #include "Files.h"
+#include "ReadSignal.h"
 #include "SampleRecord.h"
-#include "base/CaseError.h"
 #include "signal/DriverRecordingSource.h"
 #include "signal/ValueFileSource.h"
 
 using testing::ElementsAre;
 
 namespace {
-/** The whole signal as one block. */
-SignalBlock readAll(SignalSource& source)
-{
-    SignalBlock all;
-    SignalBlock block;
-    all.resize(source.description().mChannels.size(), 0);
-    while (source.read(block)) {
-        EXPECT_EQ(block.mFirst, all.size());
-        all.mSeconds.insert(all.mSeconds.end(), block.mSeconds.begin(), block.mSeconds.end());
-        all.mFrequency.insert(all.mFrequency.end(), block.mFrequency.begin(),
-                              block.mFrequency.end());
-        for (size_t i = 0; i < block.mValues.size(); ++i) {
-            all.mValues[i].insert(all.mValues[i].end(), block.mValues[i].begin(),
-                                  block.mValues[i].end());
-        }
-    }
-    EXPECT_EQ(block.size(), 0);
-    return all;
-}
-
-std::string messageOf(SignalSource& source)
-{
-    try {
-        readAll(source);
-    } catch (const CaseError& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
 std::string bytesOf(const std::vector<SampleRecord>& records)
 {
     return {reinterpret_cast<const char*>(records.data()), records.size() * sizeof(SampleRecord)};
@@ -72,7 +42,8 @@ TEST(SignalSourceTest, ValueFileIsRefusedInTheProgramsWords)
         files.make("bad.csv", repeated(valueLine("7", "50"), 5000) + ";;1;2;50;1;2;3;4;5;6;7;x")
             .toStdString();
     ValueFileSource source(name);
-    EXPECT_EQ(messageOf(source), name + ":5001: Parameter (x) is not of type qint32");
+    EXPECT_EQ(errorOf([&] { readAll(source); }),
+              name + ":5001: Parameter (x) is not of type qint32");
     EXPECT_THROW(ValueFileSource("/no/such"), CaseError);
 }
 

@@ -81,7 +81,9 @@ bool InputFile::readMore(size_t wanted)
     mBlockEnd -= mNext;
     mNext = 0;
     const size_t unread = mPartEnd - mBlockPosition - mBlockEnd;
-    mBlock.resize(std::max({mBlock.size(), kBlockBytes, wanted}));
+    if (mBlock.size() < wanted) {
+        mBlock.resize(std::max({2 * mBlock.size(), kBlockBytes, wanted}));
+    }
     const size_t bytes = std::min(mBlock.size() - mBlockEnd, unread);
     const qint64 count = mFile.read(mBlock.data() + mBlockEnd, static_cast<qint64>(bytes));
     if (count < 0) {

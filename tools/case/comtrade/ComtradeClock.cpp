@@ -43,6 +43,7 @@ bool ComtradeClock::nextByStamp(qint64 stamp, double* seconds)
     const bool hasStamp = stamp != ComtradeBlock::kNoStamp;
     *seconds =
         (hasStamp ? mStamped.next(stamp) : mStamped.nextWithoutStamp()) * mHeader.mStampSeconds;
+    mLastSeconds = *seconds;
     return mSamples == 0 ? hasStamp : mStamped.step() > 0.0;
 }
 
@@ -73,8 +74,8 @@ void ComtradeClock::remarkOn(Remarks* remarks) const
     for (const ComtradeRate& rate : mHeader.mRates) {
         slowest = std::min(slowest, rate.mHz);
     }
-    if (mHeader.mRates.empty() && mStamped.step() > 0.0) {
-        slowest = 1.0 / (mStamped.step() * mHeader.mStampSeconds);
+    if (mHeader.mRates.empty() && mLastSeconds > 0.0) {
+        slowest = static_cast<double>(mSamples - 1) / mLastSeconds;
     }
     const double inPeriod = mHeader.mNominalHz > 0.0 ? slowest / mHeader.mNominalHz : 0.0;
     if (inPeriod > 0.0 && inPeriod < kFewestSamplesInPeriod) {

@@ -41,6 +41,7 @@ private:
     size_t mRateBegin = 0;       ///< place of its first sample
     double mRateSeconds = 0.0;   ///< time of its first sample
     RisingTime<qint64> mStamped; ///< in the stamps' unit
+    double mLastSeconds = 0.0;   ///< by stamps
     qint64 mFirstStamp = ComtradeBlock::kNoStamp;
     double mStampedSeconds = 0.0; ///< time of the last stamp
     double mRatedSeconds = 0.0;   ///< the same sample's time by the rates

@@ -83,7 +83,8 @@ public:
     {
         std::string_view line;
         std::string type;
-        while ((mDataBegin == 0 || mConfig.empty()) && mFile.takeLine(&line)) {
+        bool isWhole = false;
+        while (!isWhole && mFile.takeLine(&line)) {
             ++mLine;
             const auto heading = parseHeading(line);
             if (heading) {
@@ -92,6 +93,7 @@ public:
             } else if (type == "CFG") {
                 addConfigLine(line);
             }
+            isWhole = mDataBegin > 0 && !mConfig.empty() && type != "CFG";
         }
     }
 

@@ -110,8 +110,9 @@ void FrequencyMeter::enterPeriod(double period)
 size_t FrequencyMeter::placeOf(const Phasor& turn)
 {
     const double share = std::arg(turn) / (2.0 * kPi) + 0.5;
-    const auto place = static_cast<size_t>(share * static_cast<double>(kTurns));
-    return std::min(place, kTurns - 1);
+    // Values beyond all measure have no angle.
+    const double place = std::isfinite(share) ? share * static_cast<double>(kTurns) : 0.0;
+    return std::min(static_cast<size_t>(place), kTurns - 1);
 }
 
 void FrequencyMeter::addStretch(const SignalBlock& block, size_t begin, size_t end)

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
@@ -12,6 +13,7 @@ namespace {
 constexpr size_t kProbedLines = 20;
 constexpr size_t kBlockValues = 32768;
 constexpr size_t kMostBlockSamples = 4096;
+constexpr double kLargestTime = 1e15; ///< in any unit
 constexpr size_t kLongestExcerpt = 60;
 
 /** The first lines that are not empty, as they stand. */
@@ -109,7 +111,8 @@ void TextFileSource::readRow(std::string_view line, size_t place, SignalBlock* b
         fail(fmt::format("{} fields, found {}", mLastValues.size() + 1, fields.size()));
     }
     double number = 0.0;
-    if (!parseTextNumber(fields[0], mLayout.mDecimalSign, &number)) {
+    if (!parseTextNumber(fields[0], mLayout.mDecimalSign, &number) ||
+        std::abs(number) > kLargestTime) {
         fail(fmt::format("a time, found \"{}\"", fields[0].substr(0, kLongestExcerpt)));
     }
     block->mSeconds[place] = mTime.next(number) * mLayout.mTimeSeconds;

@@ -120,7 +120,7 @@ std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines, 
 
 std::vector<std::string_view> textFields(std::string_view line, char separator)
 {
-    std::vector<std::string_view> fields = splitText(trimmed(line), separator);
+    std::vector<std::string_view> fields = splitText(line, separator);
     if (separator == ' ') {
         fields.erase(std::remove(fields.begin(), fields.end(), std::string_view()), fields.end());
     }

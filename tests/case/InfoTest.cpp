@@ -1,0 +1,111 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "CommandRunner.h"
+#include "Files.h"
+#include "ReadSignal.h"
+#include "input/OpenInput.h"
+#include "signal/Measures.h"
+
+using testing::HasSubstr;
+
+/** Separator, decimal sign and units are found out. */
+TEST(InputTest, TextFilesWithAHeading)
+{
+    struct Row
+    {
+        const char* mText;
+        std::string mUnit;
+        double mLastSeconds;
+        double mLastValue;
+    };
+    const TestFiles files;
+    for (const Row& row : {
+             Row{"Zeit [ms];U1 [kV];x\n0,5;1,5;0\n\n1,5;-2,5;0\n", "kV", 0.001, -2.5},
+             Row{"t,a (V)\r\n1e-3,1\r\n2e-3,1e1\r\n", "V", 0.001, 10},
+             Row{"time\tU/V\n0\t1,25\n1000\t\n", "V", 1000, 1.25},
+             Row{"  t/\xB5s   u \n 1  7\n 3  8", "", 2e-6, 8},
+         }) {
+        const auto source = openInput(files.make("scope", row.mText).toStdString(), {});
+        const SignalBlock all = readAll(*source);
+        ASSERT_EQ(all.size(), 2) << row.mText;
+        EXPECT_EQ(source->description().mChannels[0].mUnit, row.mUnit) << row.mText;
+        EXPECT_NEAR(all.mSeconds[1], row.mLastSeconds, 1e-12) << row.mText;
+        EXPECT_EQ(all.mValues[0][1], row.mLastValue) << row.mText;
+    }
+    const auto late =
+        openInput(files.make("scope", "t;u\n" + repeated("0;1\n", 30) + "1;x\n").toStdString(), {});
+    EXPECT_THAT(errorOf([&] { readAll(*late); }),
+                HasSubstr("scope:32: expected a number in field 2, found \"x\""));
+}
+
+/** What is refused says for each kind why. */
+TEST(InputTest, WhatAFileIsIsFoundByItsContent)
+{
+    const TestFiles files;
+    const auto formatOf = [&](const std::string& name, const std::string& bytes) {
+        return openInput(files.make(name, bytes).toStdString(), {})->description().mFormat;
+    };
+    EXPECT_EQ(formatOf("a.txt", "# comment\n" + valueLine("1", "50")), "value file");
+    const std::string record = std::string(4, '\0') + "\1" + std::string(43, '\0');
+    EXPECT_EQ(formatOf("a.csv", std::string(48, '\0') + record), "recording of the driver");
+    EXPECT_EQ(errorOf([&] { formatOf("a.dat", record + record); }),
+              files.path("a.dat") +
+                  ": cannot tell what it is\n"
+                  "  no value file: its first line has 1 instead of 13 fields between \";\"\n"
+                  "  no recording of the driver: record 2 has no rising time stamp\n"
+                  "  no COMTRADE recording: it may be the data of one, but no configuration (.cfg) "
+                  "lies beside it\n"
+                  "  no text file with a heading: it has no heading line with lines of numbers "
+                  "behind it");
+    EXPECT_THAT(errorOf([&] { formatOf("a.csv", std::string(3'000'000, 'x')); }),
+                HasSubstr("expected a line end within 1 MiB"));
+    EXPECT_THAT(errorOf([] { openInput("/dev/zero", {}); }), HasSubstr("a regular file"));
+}
+
+/** A fault, harmonics, noise and a constant do not mislead the frequency. */
+TEST(MeasuresTest, RmsPeaksAndFrequency)
+{
+    for (const auto& [nominal, actual] :
+         {std::pair{50.0, 50.02}, {60.0, 59.1}, {0.0, 60.0}, {0.0, 16.7}}) {
+        SignalDescription signal;
+        signal.mNominalHz = nominal;
+        signal.mChannels.resize(2);
+        Measures measures(signal);
+        SignalBlock block;
+        for (size_t first = 0; first < 9600; first += 100) {
+            block.resize(2, 100);
+            for (size_t i = 0; i < 100; ++i) {
+                const double seconds = static_cast<double>(first + i) / 4800;
+                const double phase = 2 * M_PI * actual * seconds + (seconds > 1.6 ? 1.0 : 0.0);
+                block.mSeconds[i] = seconds;
+                block.mValues[0][i] = (first == 0 && i == 7) ? -5.0 : 0.0;
+                block.mValues[1][i] = 10 * std::sin(phase) + 2 * std::sin(5 * phase) + 3;
+            }
+            measures.add(block);
+        }
+        EXPECT_NEAR(measures.frequency(), actual, 0.005) << nominal;
+        EXPECT_NEAR(measures.channel(1).mRms, std::sqrt(50 + 2 + 9), 0.05);
+        EXPECT_NEAR(measures.channel(1).mLargest, 15, 0.05);
+        EXPECT_EQ(measures.channel(0).mSmallest, -5);
+        EXPECT_EQ(measures.channel(0).mRms, 5 / std::sqrt(9600));
+        EXPECT_DOUBLE_EQ(measures.seconds(), 9599.0 / 4800);
+    }
+}
+
+TEST(InfoTest, TellsWhatIsInAFile)
+{
+    const TestFiles files;
+    CommandRunner runner;
+    const std::string name =
+        files.make("case.csv", repeated(valueLine("7", "50"), 3600)).toStdString();
+    const CommandResult text = runner.run({VX_CASE, "info", name});
+    EXPECT_THAT(text.mOutput, HasSubstr("format    value file\nsamples   3600\n"));
+    const auto json = nlohmann::json::parse(runner.run({VX_CASE, "info", "--json", name}).mOutput);
+    EXPECT_EQ(json["nominal_hz"], 50);
+    EXPECT_EQ(json["channels"][7]["rms"], 8);
+    EXPECT_EQ(runner.run({VX_CASE, "info", "/no/such"}).mExitCode, 1);
+    EXPECT_EQ(runner.run({VX_CASE, "info", "--encoding", "none", name}).mExitCode, 2);
+}

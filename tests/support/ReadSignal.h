@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "base/CaseError.h"
+#include "signal/SignalSource.h"
+
+/** The whole signal as one block. */
+inline SignalBlock readAll(SignalSource& source)
+{
+    SignalBlock all;
+    SignalBlock block;
+    all.resize(source.description().mChannels.size(), 0);
+    const auto append = [](auto* to, const auto& from) {
+        to->insert(to->end(), from.begin(), from.end());
+    };
+    while (source.read(block)) {
+        EXPECT_EQ(block.mFirst, all.size());
+        append(&all.mSeconds, block.mSeconds);
+        append(&all.mFrequency, block.mFrequency);
+        for (size_t i = 0; i < block.mValues.size(); ++i) {
+            append(&all.mValues[i], block.mValues[i]);
+        }
+    }
+    EXPECT_EQ(block.size(), 0);
+    return all;
+}
+
+/** What a failing operation says; the test fails when it does not fail. */
+template <typename Operation>
+std::string errorOf(Operation operation)
+{
+    try {
+        operation();
+    } catch (const CaseError& error) {
+        return error.what();
+    }
+    ADD_FAILURE() << "no error";
+    return {};
+}
