@@ -1,7 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <set>
+
+#include "CaseConfiguration.h"
 #include "CommandRunner.h"
+#include "generate/PerfectInstrument.h"
+#include "generate/SignalTable.h"
+#include "generate/ToneSum.h"
 #include "generate/Wave.h"
+#include "signal/ValueFileSource.h"
 
 /** Computed by hand. */
 TEST(WaveTest, HarmonicsAndDisturbancesChangeTheirChannels)
@@ -31,6 +39,100 @@ TEST(WaveTest, HarmonicsAndDisturbancesChangeTheirChannels)
     }
     parameters.mHarmonics[0].mOrder = 179;
     EXPECT_EQ(problemOf(parameters), "");
+}
+
+/** Closed form and samples come from one description; here they meet, for every signal. */
+TEST(SignalTableTest, ClosedFormIsThatOfTheSamples)
+{
+    std::set<std::string> names;
+    for (const Signal& signal : signalTable()) {
+        SCOPED_TRACE(signal.mName);
+        EXPECT_TRUE(names.insert(signal.mName).second);
+        WaveParameters parameters;
+        signal.applyTo(parameters);
+        ASSERT_EQ(problemOf(parameters), "");
+        const Wave wave(parameters);
+        const qint64 lineCount = wave.timeline().lineCount();
+        for (const size_t channel : {0U, 2U, 4U}) {
+            const ToneSum tones(parameters, wave.timeline(), channel);
+            for (qint64 begin = 0; begin + 500 <= lineCount; begin += lineCount / 5) {
+                double squares = 0.0;
+                for (qint64 line = begin; line < begin + 500; ++line) {
+                    squares += std::pow(wave.valueOf(line, channel), 2);
+                }
+                EXPECT_NEAR(tones.sumOfSquares(begin, begin + 500), squares, 1e-6 * squares + 1e-3)
+                    << begin;
+            }
+        }
+    }
+}
+
+/** A test bench has no room for more, and no time. */
+TEST(SignalTableTest, CatalogueStaysWithinItsLimits)
+{
+    constexpr qint64 kBytesOfLine = 85; // a longer one is not seen: nine digits and a sign at most
+    int files = 0;
+    qint64 lines = 0;
+    for (const Signal& signal : signalTable()) {
+        WaveParameters parameters;
+        signal.applyTo(parameters);
+        if (signal.mIsInCatalogue) {
+            EXPECT_LE(parameters.mDuration, 20.0) << signal.mName;
+            lines += Timeline(parameters).lineCount();
+            ++files;
+        }
+    }
+    EXPECT_LE(files, 60);
+    EXPECT_LE(lines * kBytesOfLine, 220'000'000);
+}
+
+/** Computed by hand from the table's row. */
+TEST(PerfectInstrumentTest, MeasuresWhatTheSignalIsMadeOf)
+{
+    struct Case
+    {
+        const char* mSignal;
+        const char* mPlace;
+        double mValue;
+    };
+    constexpr double kRms = 230'000.0;
+    constexpr double kLine = 55555e-9;
+    const Case cases[] = {
+        {"steady-60hz", "/frequency/hertz", 1e9 / (46296 * 360)},
+        {"steady-60hz", "/channels/4/fundamentalDegrees", -30},
+        {"dip-0-half-50hz", "/channels/0/rms/minimum/value", kRms * std::sqrt(0.5)},
+        {"dip-0-half-50hz", "/channels/0/rms/minimum/line", 3420},
+        {"dip-0-half-50hz", "/channels/0/rms/maximum/line", 0},
+        {"dip-0-one-60hz", "/channels/1/rms/minimum/line", 3540},
+        {"dip-40-10-50hz-jump", "/channels/1/rms/minimum/value", kRms * 0.4},
+        {"dip-40-10-50hz-jump", "/events/0/depthPercent", 60},
+        {"dip-40-10-50hz-at90", "/events/0/begin/line", 3690},
+        {"dip-40-10-50hz-at90", "/events/0/end/seconds", 7290 * kLine},
+        {"dip-40-10-50hz-at90", "/events/0/durationSeconds", 3600 * kLine},
+        {"step-phase-down", "/events/0/phaseJumpDegrees", -10},
+        {"step-phase-down", "/events/0/end/seconds", 18000 * kLine},
+        {"frequency-ramp-up-2hz", "/frequency/largestHertzPerSecond", 1},
+        {"frequency-ramp-up-2hz", "/frequency/points/1/seconds", 48 * 360 * 57870e-9},
+        {"frequency-ramp-up-2hz", "/frequency/maximumHertz", 1e9 / (53418 * 360)},
+        {"amplitude-modulation-0.1hz", "/channels/0/rms/maximum/value", kRms * 1.1},
+        {"phase-modulation-5hz", "/frequency/maximumHertz", 50.5005},
+        {"phase-modulation-5hz", "/frequency/largestHertzPerSecond", 15.708},
+        {"flicker-4000", "/modulations/0/hertz", 100.001 / 3},
+        {"harmonics-mix", "/channels/2/thdPercent", std::sqrt(115.5)},
+        {"harmonics-mix", "/channels/2/harmonics/3/percent", 6},
+        {"interharmonic-75hz", "/tones/0/hertz", 75.00075},
+        {"unbalance-negative", "/unbalance/negativePercent", 2},
+        {"unbalance-zero", "/unbalance/zeroPercent", 2},
+        {"decaying-offset", "/tones/0/timeConstantSeconds", 0.05},
+        {"decaying-offset", "/tones/0/begin/line", 3600},
+    };
+    for (const Case& it : cases) {
+        WaveParameters parameters;
+        findSignal(it.mSignal)->applyTo(parameters);
+        const auto measured = measuredByPerfectInstrument(parameters);
+        const double value = measured.at(nlohmann::json_pointer<std::string>(it.mPlace));
+        EXPECT_NEAR(value, it.mValue, 2e-5 * std::abs(it.mValue)) << it.mSignal << it.mPlace;
+    }
 }
 
 /** Runs the program as its user does. */
@@ -97,6 +199,15 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         {"--disturbance 0.9:0.2:1:0:0", 2,
          "disturbance from 0.9 s to 1.1 s: expected to lie between 0 s and the end of the wave at "
          "1 s"},
+        {"--signal nothing", 2, "--signal: 'nothing': expected a name that --list shows"},
+        {"--signal steady-50hz --set x=1", 2,
+         "--set: 'x=1': expected PARAMETER=NUMBER; steady-50hz has the parameters frequency, "
+         "seconds"},
+        {"--signal steady-50hz --set seconds=0", 2,
+         "--set: 'seconds=0': expected seconds=NUMBER, 0.1 to 86400 (s, of the file)"},
+        {"--signal interharmonic-75hz --set hertz=9000", 2,
+         "tone of 9000 Hz: expected 0 Hz or more and less than 9000 Hz, half of the samples in a "
+         "second"},
         {"-o no/such.csv", 1, "vx-case: no/such.csv: No such file or directory"},
     };
     for (const Case& it : cases) {
@@ -106,4 +217,35 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         EXPECT_EQ(result.mOutput, "");
         EXPECT_EQ(result.mErrors.substr(0, result.mErrors.find('\n')), it.mProblem);
     }
+}
+
+/** The program takes all of it, and its time stamps are those that the truth tells. */
+TEST_F(GenerateTest, CatalogueIsWhatTheProgramLoads)
+{
+    const std::string directory = mRunner.path("some signals");
+    const Words command{VX_CASE, "catalogue", directory, "frequency-step-up", "flicker-1620"};
+    ASSERT_EQ(mRunner.run(command).mExitCode, 0);
+    CaseConfiguration configuration;
+    const QString name = QString::fromStdString(directory + "/vx-simulator.conf");
+    ASSERT_TRUE(configuration.read(name, CaseConfiguration::Rejected::Stop));
+    EXPECT_EQ(configuration.lineErrors(), std::vector<std::string>{});
+    EXPECT_EQ(configuration.configurations().keys(), (QList<qint32>{0, 1}));
+    const QString file = configuration.configurations()[0][0].mFileName;
+    EXPECT_EQ(file.toStdString(), directory + "/frequency-step-up.csv");
+
+    ValueFileSource source(file.toStdString());
+    SignalBlock block;
+    std::vector<double> stamps;
+    while (source.read(block)) {
+        stamps.insert(stamps.end(), block.mSeconds.begin(), block.mSeconds.end());
+    }
+    const auto truth =
+        nlohmann::json::parse(mRunner.readFile("some signals/frequency-step-up.json"));
+    EXPECT_EQ(truth["lines"], stamps.size());
+    EXPECT_EQ(truth["signal"], "frequency-step-up");
+    for (const auto& point : truth["frequency"]["points"]) {
+        EXPECT_NEAR(point["seconds"].get<double>(), stamps[point["line"].get<size_t>()], 1e-12);
+    }
+    const auto flicker = nlohmann::json::parse(mRunner.readFile("some signals/flicker-1620.json"));
+    EXPECT_EQ(flicker["pst"], 1.0);
 }

@@ -21,6 +21,7 @@ void declare(CLI::App& app)
     addExplainCommand(app);
     addExportCommand(app);
     addInfoCommand(app);
+    addCatalogueCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */

@@ -10,6 +10,7 @@ class App;
  * when its input is at fault and CLI::ValidationError when its options contradict each other.
  */
 
+void addCatalogueCommand(CLI::App& app);
 void addGenerateCommand(CLI::App& app);
 void addCheckCommand(CLI::App& app);
 void addExplainCommand(CLI::App& app);

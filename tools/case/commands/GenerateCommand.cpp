@@ -3,11 +3,14 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
+#include "generate/SignalTable.h"
+#include "generate/TruthFile.h"
 #include "generate/WaveFile.h"
 
 namespace {
@@ -15,8 +18,10 @@ constexpr char kFooter[] =
     R"(Channels 0 to 2 are the phase voltages and 3 the neutral voltage in mV, 4 to 6
 the phase currents and 7 the neutral current in mA.
 
-Example, a second in which the first voltage sags to 40 % with a phase jump:
-  vx-case generate --duration 1 --disturbance 0.3:0.4:0.4:-30:0 -o sag.csv)";
+Examples, a second in which the first voltage sags to 40 % with a phase jump, and
+a signal of the catalogue in a single phase:
+  vx-case generate --duration 1 --disturbance 0.3:0.4:0.4:-30:0 -o sag.csv
+  vx-case generate --signal dip-70-25-50hz --set phases=1 -o dip.csv)";
 
 /** Reads a number per channel, comma-separated, into the given member of the channels. */
 bool readChannels(const std::string& text, double WaveChannel::*member, WaveParameters& parameters)
@@ -107,18 +112,22 @@ const Reader kReaders[] = {
 /** What the command was told to do. */
 struct GenerateOptions
 {
-    WaveParameters mParameters;
+    WaveParameters mWave;
+    std::string mSignal; ///< empty for none
+    std::vector<std::string> mSettings;
+    bool mIsList = false;
+    std::string mTruth;  ///< empty for none
     std::string mOutput; ///< empty for standard output
 };
 
 /** Each appearance of an option has one text; the last one counts where it is not repeatable. */
-void addReader(CLI::App& command, const Reader& reader, WaveParameters& parameters)
+void addReader(CLI::App& command, const Reader& reader, WaveParameters& wave)
 {
-    CLI::Option& option = *command.add_option_function<std::vector<std::string>>(
+    CLI::Option* const option = command.add_option_function<std::vector<std::string>>(
         reader.mName,
-        [&reader, &parameters](const std::vector<std::string>& texts) {
+        [&reader, &wave](const std::vector<std::string>& texts) {
             for (const std::string& text : texts) {
-                if (!reader.mRead(text, parameters)) {
+                if (!reader.mRead(text, wave)) {
                     throw CLI::ValidationError(
                         reader.mName, fmt::format("'{}': expected {}, for example {}", text,
                                                   reader.mForm, reader.mExample));
@@ -126,21 +135,98 @@ void addReader(CLI::App& command, const Reader& reader, WaveParameters& paramete
             }
         },
         reader.mHelp);
-    option.type_name(reader.mForm)->allow_extra_args(false);
+    option->type_name(reader.mForm)->allow_extra_args(false);
     if (!reader.mIsRepeatable) {
-        option.expected(1)->take_last();
+        option->expected(1)->take_last();
     }
+}
+
+void list()
+{
+    for (const Signal& signal : signalTable()) {
+        fmt::print("{:<28} {}\n", signal.mName, signal.mText);
+    }
+}
+
+/** Changes one parameter of the signal, by a text such as "percent=40". */
+void set(const std::string& text, Signal& signal)
+{
+    const SignalFamily& family = familyNamed(signal.mFamily);
+    const auto fields = splitText(text, '=');
+    const FamilyParameter* const parameter = family.find(fields[0]);
+    if (parameter == nullptr) {
+        std::vector<std::string> names;
+        for (const FamilyParameter& candidate : family.mParameters) {
+            names.push_back(candidate.mName);
+        }
+        throw CLI::ValidationError(
+            "--set", fmt::format("'{}': expected PARAMETER=NUMBER; {} has the parameters {}", text,
+                                 signal.mName, fmt::join(names, ", ")));
+    }
+    double value = 0.0;
+    if (fields.size() != 2 || !parseNumber(fields[1], &value) || value < parameter->mLeast ||
+        value > parameter->mMost) {
+        throw CLI::ValidationError(
+            "--set",
+            fmt::format("'{}': expected {}=NUMBER, {:g} to {:g} ({})", text, parameter->mName,
+                        parameter->mLeast, parameter->mMost, parameter->mMeaning));
+    }
+    signal.mSettings[parameter->mName] = value;
+    signal.mPst = 0.0; // the table's value holds for the row as it stands
+}
+
+Signal signalOf(const GenerateOptions& options)
+{
+    const Signal* const row = findSignal(options.mSignal);
+    if (row == nullptr) {
+        throw CLI::ValidationError(
+            "--signal", fmt::format("'{}': expected a name that --list shows", options.mSignal));
+    }
+    Signal signal = *row;
+    for (const std::string& text : options.mSettings) {
+        set(text, signal);
+    }
+    return signal;
 }
 
 void generate(const GenerateOptions& options, const std::string& commandLine)
 {
-    const std::string problem = problemOf(options.mParameters);
+    WaveParameters parameters = options.mWave;
+    Signal signal;
+    if (!options.mSignal.empty()) {
+        signal = signalOf(options);
+        signal.applyTo(parameters);
+    }
+    const std::string problem = problemOf(parameters);
     if (!problem.empty()) {
         throw CLI::ValidationError(problem);
     }
     ResultFile output(options.mOutput);
-    writeWave(Wave(options.mParameters), {"made by " + commandLine}, output);
+    std::optional<ResultFile> truth;
+    if (!options.mTruth.empty()) {
+        truth.emplace(options.mTruth);
+        writeTruth(signal, parameters, *truth);
+    }
+    writeWave(Wave(parameters), {"made by " + commandLine}, output);
     output.commit();
+    if (truth) {
+        truth->commit();
+    }
+}
+
+void addSignalOptions(CLI::App& command, GenerateOptions& options)
+{
+    command.add_option("--signal", options.mSignal, "A signal with a name")->type_name("NAME");
+    command.add_option("--set", options.mSettings, "Changes the signal; repeatable")
+        ->type_name("PARAMETER=NUMBER")
+        ->allow_extra_args(false)
+        ->needs("--signal");
+    command.add_flag("--list", options.mIsList, "Lists the signals and ends");
+    command
+        .add_option("--truth", options.mTruth, "Writes what a perfect instrument measures, as JSON")
+        ->type_name("FILE");
+    command.add_option("-o", options.mOutput, "Writes to FILE instead of standard output")
+        ->type_name("FILE");
 }
 } // namespace
 
@@ -151,9 +237,13 @@ void addGenerateCommand(CLI::App& app)
     command.footer(kFooter);
     const auto options = std::make_shared<GenerateOptions>();
     for (const Reader& reader : kReaders) {
-        addReader(command, reader, options->mParameters);
+        addReader(command, reader, options->mWave);
     }
-    command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
-        ->type_name("FILE");
-    command.callback([options, &command] { generate(*options, commandLineOf(command)); });
+    addSignalOptions(command, *options);
+    command.get_option("--signal")
+        ->excludes(command.get_option("--frequency"))
+        ->excludes(command.get_option("--duration"));
+    command.callback([options, &command] {
+        options->mIsList ? list() : generate(*options, commandLineOf(command));
+    });
 }

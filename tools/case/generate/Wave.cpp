@@ -4,7 +4,8 @@
 #include <utility>
 
 namespace {
-constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180.0;
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kRadiansPerDegree = kPi / 180.0;
 
 double sineOfDegrees(double degrees)
 {
@@ -13,14 +14,8 @@ double sineOfDegrees(double degrees)
 } // namespace
 
 Wave::Wave(WaveParameters parameters)
-    : mParameters(std::move(parameters)),
-      mSampleCount(mParameters.periodCount() * kSamplesPerPeriod)
+    : mParameters(std::move(parameters)), mTimeline(mParameters), mSteps(mParameters, mTimeline)
 {
-}
-
-double Wave::timeOf(qint64 sample) const
-{
-    return double(sample) / (double(mParameters.mFrequency) * kSamplesPerPeriod);
 }
 
 Wave::Values Wave::valuesOf(qint64 sample) const
@@ -34,13 +29,11 @@ Wave::Values Wave::valuesOf(qint64 sample) const
 
 double Wave::valueOf(qint64 sample, std::size_t channel) const
 {
-    double amplitude = mParameters.mChannels[channel].mAmplitude;
-    double phase = double(sample % kSamplesPerPeriod) + mParameters.mChannels[channel].mPhase;
-    for (const Disturbance& disturbance : mParameters.mDisturbances) {
-        if (disturbance.mChannels.test(channel) && isDisturbed(sample, disturbance)) {
-            amplitude *= disturbance.mFactor;
-            phase += disturbance.mPhaseJump;
-        }
+    const Fundamental fundamental = mSteps.fundamentalAt(sample, channel);
+    double amplitude = fundamental.mAmplitude;
+    double phase = double(sample % kSamplesPerPeriod) + fundamental.mPhase;
+    if (!mParameters.mModulations.empty()) {
+        phase += modulate(sample, channel, amplitude);
     }
     double sum = sineOfDegrees(phase);
     for (const Harmonic& harmonic : mParameters.mHarmonics) {
@@ -48,13 +41,32 @@ double Wave::valueOf(qint64 sample, std::size_t channel) const
             sum += harmonic.mRatio * sineOfDegrees(harmonic.mOrder * phase + harmonic.mPhase);
         }
     }
-    return amplitude * sum;
+    return amplitude * sum + tonesAt(sample, channel);
 }
 
-bool Wave::isDisturbed(qint64 sample, const Disturbance& disturbance) const
+double Wave::modulate(qint64 sample, std::size_t channel, double& amplitude) const
 {
-    const double samplesPerSecond = double(mParameters.mFrequency) * kSamplesPerPeriod;
-    const double end = disturbance.mStart + disturbance.mDuration;
-    return sample >= std::llround(disturbance.mStart * samplesPerSecond) &&
-           sample < std::llround(end * samplesPerSecond);
+    double shift = 0.0;
+    const double seconds = mTimeline.secondsOf(sample);
+    for (const Modulation& modulation : mParameters.mModulations) {
+        if (modulation.mShape == ModulationShape::Sine && modulation.mChannels.test(channel)) {
+            const double shape = std::cos(2.0 * kPi * modulation.mHertz * seconds);
+            amplitude *= 1.0 + modulation.mDepth * shape;
+            shift -= modulation.mPhaseDepth * shape / kRadiansPerDegree;
+        }
+    }
+    return shift;
+}
+
+double Wave::tonesAt(qint64 sample, std::size_t channel) const
+{
+    double sum = 0.0;
+    for (const Tone& tone : mParameters.mTones) {
+        if (tone.mChannels.test(channel) && sample >= mTimeline.lineAt(tone.mStart)) {
+            const double seconds = mTimeline.secondsOf(sample) - tone.mStart;
+            sum += tone.mRatio * std::exp(-seconds / tone.mTimeConstant) *
+                   sineOfDegrees(360.0 * tone.mHertz * seconds + tone.mPhase);
+        }
+    }
+    return mParameters.mChannels[channel].mAmplitude * sum;
 }

@@ -3,6 +3,8 @@
 #include <QtGlobal>
 #include <array>
 
+#include "generate/StepCourse.h"
+#include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
 /** The samples of a wave: one per degree of phase, computed when asked for. */
@@ -13,23 +15,23 @@ public:
 
     /** Requires: problemOf(parameters) is empty. */
     explicit Wave(WaveParameters parameters);
+    Wave(const Wave&) = delete;
+    Wave& operator=(const Wave&) = delete;
 
-    /** Signal frequency in hertz. */
-    float frequency() const { return mParameters.mFrequency; }
-
-    /** Samples of all periods. */
-    qint64 sampleCount() const { return mSampleCount; }
-
-    /** Seconds from the first sample. */
-    double timeOf(qint64 sample) const;
+    const Timeline& timeline() const { return mTimeline; }
 
     /** The values of all channels, rounded to the nearest integer. */
     Values valuesOf(qint64 sample) const;
 
-private:
+    /** The value before it is rounded. */
     double valueOf(qint64 sample, std::size_t channel) const;
-    bool isDisturbed(qint64 sample, const Disturbance& disturbance) const;
+
+private:
+    /** Degrees that sinusoidal modulation puts the phase ahead; multiplies the amplitude. */
+    double modulate(qint64 sample, std::size_t channel, double& amplitude) const;
+    double tonesAt(qint64 sample, std::size_t channel) const;
 
     WaveParameters mParameters;
-    qint64 mSampleCount;
+    Timeline mTimeline;
+    StepCourse mSteps;
 };

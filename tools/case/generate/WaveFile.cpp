@@ -9,11 +9,13 @@ void writeWave(const Wave& wave, std::vector<std::string> comments, ResultFile& 
     ValueFileWriter writer(output);
     writer.writeComments(comments);
     ProgressLine progress("writing");
-    for (qint64 sample = 0; sample < wave.sampleCount(); ++sample) {
+    const Timeline& timeline = wave.timeline();
+    const qint64 lineCount = timeline.lineCount();
+    for (qint64 sample = 0; sample < lineCount; ++sample) {
         if (sample % kSamplesPerPeriod == 0) {
-            progress.show(double(sample) / double(wave.sampleCount()));
+            progress.show(double(sample) / double(lineCount));
         }
-        writer.write({sample, wave.timeOf(sample), quint32(sample), 0, wave.frequency(),
-                      wave.valuesOf(sample)});
+        writer.write({sample, timeline.secondsOf(sample), quint32(sample), 0,
+                      timeline.frequencyOf(sample), wave.valuesOf(sample)});
     }
 }

@@ -6,16 +6,20 @@
 #include <cmath>
 #include <limits>
 
+#include "SampleStep.h"
+#include "generate/Timeline.h"
+
 namespace {
-constexpr float kNanosecondsPerSecond = 1e9F;
+/** A course is followed period by period, which takes memory for each. */
+constexpr double kLeastCourseHz = 1.0;
+constexpr double kMostCourseHz = 1000.0;
+
 constexpr double kMaximumSamples = std::numeric_limits<qint32>::max();
 constexpr double kMaximumValue = std::numeric_limits<qint32>::max();
 
 std::string problemOfFrequency(float frequency)
 {
-    // In single precision, because that is how the simulator finds its step.
-    const float step = (kNanosecondsPerSecond / frequency) / float(kSamplesPerPeriod);
-    if (frequency > 0.0F && step >= 1.0F && step < kNanosecondsPerSecond) {
+    if (isPlayableStep(sampleStepOf(frequency))) {
         return {};
     }
     return fmt::format(
@@ -26,10 +30,14 @@ std::string problemOfFrequency(float frequency)
 
 std::string problemOfDuration(const WaveParameters& parameters)
 {
-    const double periods = parameters.mDuration * double(parameters.mFrequency);
+    auto hertz = double(parameters.mFrequency);
+    for (const FrequencyPoint& point : parameters.mCourse) {
+        hertz = std::max(hertz, point.mHertz);
+    }
+    const double periods = parameters.mDuration * hertz;
     if (!(periods >= 0.5)) {
         return fmt::format("duration {:g} s: expected at least one period of {:g} s",
-                           parameters.mDuration, 1.0 / double(parameters.mFrequency));
+                           parameters.mDuration, 1.0 / hertz);
     }
     if (std::round(periods) * kSamplesPerPeriod > kMaximumSamples) {
         return fmt::format("duration {:g} s: this is {:.0f} samples, expected at most {:.0f}",
@@ -67,18 +75,72 @@ std::string problemOfDisturbance(const Disturbance& disturbance, double caseDura
     return {};
 }
 
+/** Both are computed from the number of the sample, which must be its time then. */
+std::string problemOfCourse(const WaveParameters& parameters)
+{
+    if (!parameters.mModulations.empty() || !parameters.mTones.empty()) {
+        return "modulation or tone with a changing frequency: expected a constant one";
+    }
+    for (const FrequencyPoint& point : parameters.mCourse) {
+        if (!(point.mHertz >= kLeastCourseHz && point.mHertz <= kMostCourseHz)) {
+            return fmt::format("frequency {:g} Hz: expected {} to {} Hz where it changes",
+                               point.mHertz, kLeastCourseHz, kMostCourseHz);
+        }
+    }
+    return {};
+}
+
+std::string problemOfModulation(const Modulation& modulation, const WaveParameters& parameters)
+{
+    const double most = parameters.samplesPerSecond() / 4.0;
+    if (!(modulation.mHertz > 0.0 && modulation.mHertz <= most)) {
+        return fmt::format("modulation with {:g} Hz: expected more than 0 Hz and at most {:g} Hz",
+                           modulation.mHertz, most);
+    }
+    if (!(std::abs(modulation.mDepth) <= 1.0 && std::abs(modulation.mPhaseDepth) <= 1.0)) {
+        return fmt::format("modulation by {:g} and {:g} rad: expected at most 1 each",
+                           modulation.mDepth, modulation.mPhaseDepth);
+    }
+    return {};
+}
+
+std::string problemOfTone(const Tone& tone, const WaveParameters& parameters)
+{
+    const double most = parameters.samplesPerSecond() / 2.0;
+    if (!(tone.mHertz >= 0.0 && tone.mHertz < most)) {
+        return fmt::format(
+            "tone of {:g} Hz: expected 0 Hz or more and less than {:g} Hz, half of "
+            "the samples in a second",
+            tone.mHertz, most);
+    }
+    if (!(tone.mStart >= 0.0 && tone.mStart < parameters.mDuration && tone.mTimeConstant > 0.0)) {
+        return fmt::format(
+            "tone from {:g} s with a time constant of {:g} s: expected a beginning "
+            "within {:g} s and a time constant above 0 s",
+            tone.mStart, tone.mTimeConstant, parameters.mDuration);
+    }
+    return {};
+}
+
 /** The largest value that the channel could reach if all its parts had their peaks together. */
 double largestValue(const WaveParameters& parameters, std::size_t channel)
 {
-    double peak = std::abs(parameters.mChannels[channel].mAmplitude);
+    double factor = 1.0;
     double sum = 1.0;
+    double tones = 0.0;
     for (const Harmonic& harmonic : parameters.mHarmonics) {
         sum += harmonic.mChannels.test(channel) ? std::abs(harmonic.mRatio) : 0.0;
     }
     for (const Disturbance& disturbance : parameters.mDisturbances) {
-        peak *= disturbance.mChannels.test(channel) ? std::max(1.0, disturbance.mFactor) : 1.0;
+        factor *= disturbance.mChannels.test(channel) ? std::max(1.0, disturbance.mFactor) : 1.0;
     }
-    return peak * sum;
+    for (const Modulation& modulation : parameters.mModulations) {
+        factor *= modulation.mChannels.test(channel) ? 1.0 + std::abs(modulation.mDepth) : 1.0;
+    }
+    for (const Tone& tone : parameters.mTones) {
+        tones += tone.mChannels.test(channel) ? std::abs(tone.mRatio) : 0.0;
+    }
+    return std::abs(parameters.mChannels[channel].mAmplitude) * (factor * sum + tones);
 }
 
 std::string problemOfValues(const WaveParameters& parameters)
@@ -93,12 +155,42 @@ std::string problemOfValues(const WaveParameters& parameters)
     }
     return {};
 }
-} // namespace
-
-qint64 WaveParameters::periodCount() const
+/** The first problem that one of several parts has. */
+template <typename Parts, typename Judge>
+std::string firstProblem(const Parts& parts, Judge judge)
 {
-    return std::llround(mDuration * double(mFrequency));
+    for (const auto& part : parts) {
+        std::string problem = judge(part);
+        if (!problem.empty()) {
+            return problem;
+        }
+    }
+    return {};
 }
+
+std::string problemOfParts(const WaveParameters& parameters)
+{
+    const Timeline timeline(parameters);
+    const double duration = timeline.endSeconds();
+    const double halfSample = 0.5 / parameters.samplesPerSecond();
+    std::string problem = firstProblem(parameters.mHarmonics, problemOfHarmonic);
+    if (problem.empty()) {
+        problem = firstProblem(parameters.mDisturbances, [&](const Disturbance& disturbance) {
+            return problemOfDisturbance(disturbance, duration, halfSample);
+        });
+    }
+    if (problem.empty()) {
+        problem = firstProblem(parameters.mModulations, [&](const Modulation& modulation) {
+            return problemOfModulation(modulation, parameters);
+        });
+    }
+    if (problem.empty()) {
+        problem = firstProblem(parameters.mTones,
+                               [&](const Tone& tone) { return problemOfTone(tone, parameters); });
+    }
+    return problem;
+}
+} // namespace
 
 std::string problemOf(const WaveParameters& parameters)
 {
@@ -106,22 +198,11 @@ std::string problemOf(const WaveParameters& parameters)
     if (problem.empty()) {
         problem = problemOfDuration(parameters);
     }
-    if (!problem.empty()) {
-        return problem;
+    if (problem.empty() && !parameters.mCourse.empty()) {
+        problem = problemOfCourse(parameters);
     }
-    for (const Harmonic& harmonic : parameters.mHarmonics) {
-        problem = problemOfHarmonic(harmonic);
-        if (!problem.empty()) {
-            return problem;
-        }
+    if (problem.empty()) {
+        problem = problemOfParts(parameters);
     }
-    const double duration = double(parameters.periodCount()) / double(parameters.mFrequency);
-    const double halfSample = 0.5 / (kSamplesPerPeriod * double(parameters.mFrequency));
-    for (const Disturbance& disturbance : parameters.mDisturbances) {
-        problem = problemOfDisturbance(disturbance, duration, halfSample);
-        if (!problem.empty()) {
-            return problem;
-        }
-    }
-    return problemOfValues(parameters);
+    return problem.empty() ? problemOfValues(parameters) : problem;
 }

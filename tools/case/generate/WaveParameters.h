@@ -3,12 +3,13 @@
 #include <QtGlobal>
 #include <array>
 #include <bitset>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "SampleRecord.h"
 
-/** Channels a harmonic or a disturbance applies to. */
+/** Channels that something applies to. */
 using ChannelSet = std::bitset<kChannelCount>;
 
 /** The fundamental wave of one channel. */
@@ -42,6 +43,47 @@ struct Disturbance
     ChannelSet mChannels; ///< channels it applies to
 };
 
+enum class ModulationShape
+{
+    Sine,     ///< cos(2 pi mHertz t)
+    Rectangle ///< 1 and -1 in turns, each for half a cycle
+};
+
+/** A channel's whole wave, harmonics included, swings in amplitude, in phase or in both. */
+struct Modulation
+{
+    double mHertz;
+    double mDepth;      ///< the amplitude is multiplied by 1 + mDepth * shape; 0 to 1
+    double mPhaseDepth; ///< radians: the phase moves by -mPhaseDepth * shape
+    ModulationShape mShape;
+    ChannelSet mChannels;
+};
+
+/** The time constant of what does not decay. */
+inline constexpr double kLasting = std::numeric_limits<double>::infinity();
+
+/**
+ * What is added to a wave without being part of it, from a moment on: an oscillation, or an offset
+ * (0 Hz at 90 degrees), decaying or lasting. It is amplitude * mRatio * exp(-t / mTimeConstant) *
+ * sin(2 pi mHertz t + mPhase), t from mStart, amplitude that of the undisturbed channel.
+ */
+struct Tone
+{
+    double mStart; ///< seconds from the first sample
+    double mHertz;
+    double mRatio;
+    double mPhase;        ///< degrees at mStart, the same in all channels
+    double mTimeConstant; ///< seconds, or kLasting
+    ChannelSet mChannels;
+};
+
+/** A point of the frequency's course, which changes linearly from one point to the next. */
+struct FrequencyPoint
+{
+    double mSeconds; ///< from the first sample; does not fall
+    double mHertz;
+};
+
 /** Highest harmonic that a period of 360 samples can hold. */
 inline constexpr int kMaximumOrder = kSamplesPerPeriod / 2 - 1;
 
@@ -54,6 +96,13 @@ struct WaveParameters
     float mFrequency = 50.0F; ///< Hz; single precision, as the simulator reads it
     double mDuration = 1.0;   ///< seconds; rounded to whole periods
 
+    /**
+     * The frequency's course in place of mFrequency: before its first and after its last point it
+     * is constant. A period has the frequency of its middle. Empty for a constant frequency, which
+     * modulations and tones require.
+     */
+    std::vector<FrequencyPoint> mCourse;
+
     std::array<WaveChannel, kChannelCount> mChannels{{{325269.0, 0.0},
                                                       {325269.0, -120.0},
                                                       {325269.0, 120.0},
@@ -65,9 +114,11 @@ struct WaveParameters
 
     std::vector<Harmonic> mHarmonics;
     std::vector<Disturbance> mDisturbances; ///< where several overlap, all of them apply
+    std::vector<Modulation> mModulations;
+    std::vector<Tone> mTones;
 
-    /** Duration in whole periods of the signal, to the nearest. */
-    qint64 periodCount() const;
+    /** Samples in a second. Requires: mCourse is empty. */
+    double samplesPerSecond() const { return double(mFrequency) * kSamplesPerPeriod; }
 };
 
 /**
@@ -76,6 +127,7 @@ struct WaveParameters
  *
  * Checked are the frequency (the simulator's step between samples must be at least 1 ns and less
  * than 1 s), the duration, the order of the harmonics, the place of the disturbances in the
- * duration, and that no channel value can leave the range of 32 bits.
+ * duration, what a modulation or a tone can be, and that no channel value can leave the range of
+ * 32 bits.
  */
 std::string problemOf(const WaveParameters& parameters);

@@ -1,0 +1,29 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "commands/Commands.h"
+#include "generate/Catalogue.h"
+
+void addCatalogueCommand(CLI::App& app)
+{
+    struct Options
+    {
+        std::string mDirectory;
+        std::vector<std::string> mNames;
+    };
+    CLI::App& command = *app.add_subcommand(
+        "catalogue", "Writes test signals, what they measure, and a case configuration");
+    command.footer(
+        "Example, the signals in a directory of their own, and their configuration played:\n"
+        "  vx-case catalogue signals\n"
+        "  vx-sandbox --for 10 --send 3:s4 -- vx-simulator --config signals/vx-simulator.conf");
+    const auto options = std::make_shared<Options>();
+    command.add_option("DIRECTORY", options->mDirectory, "Where they go; made when missing")
+        ->required()
+        ->type_name("");
+    command
+        .add_option("NAME", options->mNames,
+                    "Signals, as vx-case generate --list shows them (default: the catalogue)")
+        ->type_name("");
+    command.callback([options] { writeCatalogue(options->mDirectory, options->mNames); });
+}

@@ -1,0 +1,78 @@
+#include "generate/Catalogue.h"
+
+#include <fmt/format.h>
+
+#include <QDir>
+
+#include "base/CaseError.h"
+#include "base/ProgressLine.h"
+#include "generate/SignalTable.h"
+#include "generate/TruthFile.h"
+#include "generate/WaveFile.h"
+
+namespace {
+constexpr char kConfigurationName[] = "vx-simulator.conf";
+
+std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
+{
+    std::vector<const Signal*> rows;
+    for (const Signal& signal : signalTable()) {
+        if (names.empty() && signal.mIsInCatalogue) {
+            rows.push_back(&signal);
+        }
+    }
+    for (const std::string& name : names) {
+        rows.push_back(findSignal(name));
+        if (rows.back() == nullptr) {
+            throw CaseError(name + ": expected a name that vx-case generate --list shows");
+        }
+    }
+    return rows;
+}
+
+/** The whole path, since the simulator takes a relative one from where it was started. */
+std::string pathOf(const std::string& directory)
+{
+    const QDir place(QString::fromStdString(directory));
+    const std::string path = place.absolutePath().toStdString();
+    if (path.find_first_of(",#\n") != std::string::npos || path.find("  ") != std::string::npos) {
+        throw CaseError(path +
+                        ": expected a path without ',', '#' and two blanks in a row, for the case "
+                        "configuration cannot hold them");
+    }
+    if (!place.mkpath(".")) {
+        throw CaseError(path + ": cannot be made as a directory");
+    }
+    return path;
+}
+
+void writeSignal(const Signal& signal, const std::string& stem)
+{
+    WaveParameters wave;
+    signal.applyTo(wave);
+    ResultFile values(stem + ".csv");
+    writeWave(Wave(wave), {signal.mName + ": " + signal.mText}, values);
+    ResultFile truth(stem + ".json");
+    writeTruth(signal, wave, truth);
+    values.commit();
+    truth.commit();
+}
+} // namespace
+
+void writeCatalogue(const std::string& directory, const std::vector<std::string>& names)
+{
+    const std::vector<const Signal*> rows = signalsOf(names);
+    const std::string path = pathOf(directory);
+    ResultFile configuration(path + '/' + kConfigurationName);
+    configuration.write("# number of the configuration, how often in a row, value file\n");
+    ProgressLine progress("writing");
+    for (size_t number = 0; number < rows.size(); ++number) {
+        progress.show(double(number) / double(rows.size()));
+        const Signal& signal = *rows[number];
+        const std::string stem = path + '/' + signal.mName;
+        writeSignal(signal, stem);
+        configuration.write(fmt::format("\n# {}\n{},1,{}.csv\n", signal.mText, number, stem));
+    }
+    configuration.write("\n-1,0,\n");
+    configuration.commit();
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/**
+ * Writes signals for a test bench into a directory, which is made when it is missing: for each a
+ * value file and the JSON of what a perfect instrument measures, and a case configuration that
+ * plays them, the first signal over and over and each of the others by its number.
+ *
+ * @param names the signals; empty for all of the catalogue
+ * Throws CaseError for an unknown name and for what cannot be written.
+ */
+void writeCatalogue(const std::string& directory, const std::vector<std::string>& names);

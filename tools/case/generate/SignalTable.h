@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "generate/SignalFamily.h"
+
+/** A signal with a name: a family with some of its parameters set. */
+struct Signal
+{
+    std::string mName;
+    std::string_view mFamily;
+    std::string mText;  ///< one line for its user
+    Settings mSettings; ///< what differs from the family's defaults
+    bool mIsInCatalogue = true;
+    double mPst = 0.0; ///< flicker by the standard's table; 0 where there is none
+
+    /** Adds the signal to a wave, and sets its frequency and duration. */
+    void applyTo(WaveParameters& wave) const;
+};
+
+/** All signals, a row each. The first of them is what plays when nothing else is asked for. */
+const std::vector<Signal>& signalTable();
+
+/** Null when there is none of that name. */
+const Signal* findSignal(std::string_view name);

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <vector>
+
+#include "generate/Timeline.h"
+#include "generate/WaveParameters.h"
+
+/** A channel's fundamental between two changes. */
+struct Fundamental
+{
+    double mAmplitude; ///< peak value
+    double mPhase;     ///< degrees that it is ahead of a sine from the first sample
+};
+
+/**
+ * What changes in steps: amplitude and phase of the channels' fundamentals, by disturbances and by
+ * rectangular modulations. The samples and what an instrument measures both come from here.
+ */
+class StepCourse
+{
+public:
+    /** Requires: problemOf(parameters) is empty. Borrows the parameters. */
+    StepCourse(const WaveParameters& parameters, const Timeline& timeline);
+
+    Fundamental fundamentalAt(qint64 line, size_t channel) const;
+
+    /** The first lines of each step of the channel, rising from 0; the end of the wave is last. */
+    std::vector<qint64> stepsOf(size_t channel) const;
+
+    qint64 beginOf(const Disturbance& disturbance) const;
+    qint64 endOf(const Disturbance& disturbance) const;
+
+private:
+    struct Span
+    {
+        qint64 mBegin;
+        qint64 mEnd;
+    };
+
+    const WaveParameters& mParameters;
+    const Timeline& mTimeline;
+    std::vector<Span> mSpans; ///< of the disturbances
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QtGlobal>
+#include <vector>
+
+#include "generate/WaveParameters.h"
+
+/**
+ * When each sample of a wave is. A sample is known by its line in the value file, from 0; 360 lines
+ * are one period. There are two times: that of the description, by the frequency, and that of the
+ * time stamps, by the simulator's step of whole nanoseconds, which is up to 20 ppm ahead.
+ */
+class Timeline
+{
+public:
+    /** Requires: problemOf(parameters) is empty, or concerns neither frequency nor duration. */
+    explicit Timeline(const WaveParameters& parameters);
+
+    qint64 lineCount() const { return mPeriodCount * kSamplesPerPeriod; }
+
+    /** Hz of the line's period, as the value file has it. */
+    float frequencyOf(qint64 line) const;
+
+    /** Seconds from the first sample by the frequency. */
+    double secondsOf(qint64 line) const;
+
+    /** Seconds from the first sample's time stamp to that of the line. */
+    double stampOf(qint64 line) const;
+
+    /** Seconds to the end of the last period by the frequency. */
+    double endSeconds() const { return mEndSeconds; }
+
+    /** The line nearest to a time by the frequency; may lie behind the last one. */
+    qint64 lineAt(double seconds) const;
+
+private:
+    /** One period of a changing frequency. */
+    struct Period
+    {
+        double mSeconds;     ///< by the frequency
+        qint64 mNanoseconds; ///< by the steps
+        float mFrequency;
+    };
+
+    void follow(const std::vector<FrequencyPoint>& course, double duration);
+
+    float mFrequency;
+    qint64 mPeriodCount;
+    double mEndSeconds;
+    std::vector<Period> mPeriods; ///< empty when the frequency is constant
+};
