@@ -255,13 +255,14 @@ void Explanation::addFinding(FindingKind kind, size_t count, const std::string& 
 
 std::string Explanation::nextPlaceText() const
 {
-    return placeText(mHypotheses.file(), mHypotheses.likeliest().mSample);
+    return placeText(mHypotheses.likeliestFile(), mHypotheses.likeliest().mSample);
 }
 
 std::string Explanation::differenceText() const
 {
     const SampleContent found = contentOf(mWindow[0]);
-    const SampleContent& expected = mHypotheses.file().mSamples[mHypotheses.likeliest().mSample];
+    const SampleContent& expected =
+        mHypotheses.likeliestFile().mSamples[mHypotheses.likeliest().mSample];
     std::string text;
     for (size_t field = 0; field < found.size(); ++field) {
         if (found[field] != expected[field]) {

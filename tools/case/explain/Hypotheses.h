@@ -105,10 +105,10 @@ public:
     /** Requires: not empty(). */
     const Hypothesis& likeliest() const;
 
-    const PlayedFile& file() const { return mPlan->fileOf(likeliest().mEntry); }
+    const PlayedFile& likeliestFile() const { return mPlan->fileOf(likeliest().mEntry); }
 
     /** ns from the last sample to the next of the likeliest; 0 when it is not known. */
-    quint32 nextStep() const { return file().stepAt(likeliest().mSample); }
+    quint32 nextStep() const { return likeliestFile().stepAt(likeliest().mSample); }
 
 private:
     /** A way over lost samples. */

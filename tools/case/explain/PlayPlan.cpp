@@ -95,9 +95,9 @@ void PlayPlan::addConfiguration(int number, const QList<CaseEntry>& entries,
                                 const std::string& directory)
 {
     int first = kNone;
-    for (const CaseEntry& entry : entries) {
-        const size_t file = fileIndex(entry.mFileName, directory);
-        if (entry.mRepetitions == 0 || mFiles[file].mSamples.empty()) {
+    for (const CaseEntry& line : entries) {
+        const size_t file = fileIndex(line.mFileName, directory);
+        if (line.mRepetitions == 0 || mFiles[file].mSamples.empty()) {
             continue;
         }
         const int index = entryCount();
@@ -106,7 +106,7 @@ void PlayPlan::addConfiguration(int number, const QList<CaseEntry>& entries,
         } else {
             mEntries.back().mNext = index;
         }
-        mEntries.push_back({number, entry.mRepetitions, file, kNone});
+        mEntries.push_back({number, line.mRepetitions, file, kNone});
     }
     mFirstEntryOf.push_back(first);
     if (first != kNone) {

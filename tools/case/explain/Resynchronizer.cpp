@@ -96,7 +96,7 @@ std::optional<Repair> Resynchronizer::missingWithinCase(RecordWindow& window,
                                                         qint64 gapNs) const
 {
     const Hypothesis& before = expected.likeliest();
-    const PlayedFile& file = expected.file();
+    const PlayedFile& file = expected.likeliestFile();
     const qint64 lostStepNs = expected.nextStep();
     Hypotheses after = expected.restarted();
     if (lostStepNs == 0 || !goesOn(window, after, 0)) {
