@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
+#include <csignal>
 #include <filesystem>
 
 namespace {
@@ -64,6 +65,7 @@ CommandResult CommandRunner::run(const Words& command) const
     process.setProcessEnvironment(environment(directory));
     process.setStandardInputFile(QProcess::nullDevice());
     const double cpuSecondsBefore = cpuSecondsOfChildren();
+    std::signal(SIGINT, SIG_DFL); // ignored where the tests were started in the background
     QElapsedTimer timer;
     timer.start();
     process.start(words.first(), words.mid(1));
