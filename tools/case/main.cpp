@@ -22,6 +22,7 @@ void declare(CLI::App& app)
     addExportCommand(app);
     addInfoCommand(app);
     addCatalogueCommand(app);
+    addImportCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */

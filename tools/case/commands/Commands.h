@@ -16,3 +16,4 @@ void addCheckCommand(CLI::App& app);
 void addExplainCommand(CLI::App& app);
 void addExportCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
+void addImportCommand(CLI::App& app);

@@ -18,6 +18,7 @@ ChannelDescription describeChannel(const ComtradeAnalog& analog)
     channel.mNumber = analog.mNumber;
     channel.mName = analog.mName;
     channel.mPhase = analog.mPhase;
+    channel.mComponent = analog.mComponent;
     channel.mUnit = analog.mUnit;
     channel.mPrimary = analog.mPrimary;
     channel.mSecondary = analog.mSecondary;

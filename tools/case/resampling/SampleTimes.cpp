@@ -33,6 +33,14 @@ size_t endOfLine(const std::vector<double>& seconds, size_t first, double tolera
     return last - 1;
 }
 
+/** The line from the first stamp to the last, which were computed from a rate. */
+SampleTimes::Stretch spanned(const std::vector<double>& seconds, size_t first, size_t last)
+{
+    const double span = seconds[last] - seconds[first];
+    const double step = span / static_cast<double>(last - first);
+    return {first, last, seconds[first], std::max(step, kShortestStep)};
+}
+
 /** The line through the stamps with the least squares; the stamps' own steps if there are two. */
 SampleTimes::Stretch fitted(const std::vector<double>& seconds, size_t first, size_t last)
 {
@@ -74,8 +82,14 @@ SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
         const double step = seconds[first + 1] - seconds[first];
         const double tolerance = std::max(tick, step * (areExact ? kRounding : kJitter));
         const size_t last = std::max(endOfLine(seconds, first, tolerance), first + 1);
-        mStretches.push_back(fitted(seconds, first, last));
+        mStretches.push_back(areExact ? spanned(seconds, first, last)
+                                      : fitted(seconds, first, last));
         first = last;
+    }
+    // Lines through stamps that were cut off begin in front of them.
+    const double lead = seconds.front() - mStretches.front().mStart;
+    for (Stretch& stretch : mStretches) {
+        stretch.mStart += lead;
     }
 }
 

@@ -1,6 +1,6 @@
 #include "resampling/Schedule.h"
 
-#include <cmath>
+#include <algorithm>
 
 #include "SampleStep.h"
 
@@ -13,8 +13,9 @@ constexpr double kRounding = 1e-6;
 
 double Schedule::secondsOf(size_t line) const
 {
-    const SchedulePeriod& period = mPeriods[line / kSamplesPerPeriod];
-    return period.mStart + static_cast<double>(line % kSamplesPerPeriod) * period.mStep;
+    const size_t number = std::min(line / kSamplesPerPeriod, mPeriods.size() - 1);
+    const SchedulePeriod& period = mPeriods[number];
+    return period.mStart + static_cast<double>(line - number * kSamplesPerPeriod) * period.mStep;
 }
 
 float Schedule::frequencyOf(size_t line) const

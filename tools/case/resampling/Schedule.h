@@ -19,7 +19,7 @@ struct Schedule
     std::vector<SchedulePeriod> mPeriods; ///< the last one may be used in part
     size_t mLineCount = 0;
 
-    double secondsOf(size_t line) const;
+    double secondsOf(size_t line) const; ///< also of lines behind the last
     float frequencyOf(size_t line) const;
 };
 

@@ -7,11 +7,12 @@
 /** What is known of one analog channel before its samples are read. */
 struct ChannelDescription
 {
-    int mNumber = 0;       ///< as the file counts; from 1 in recordings, 0 to 7 in value files
-    std::string mName;     ///< UTF-8
-    std::string mPhase;    ///< as the file gives it; may be empty
-    std::string mUnit;     ///< as the file gives it; "" where it has none
-    double mPrimary = 1.0; ///< ratio of the transformer, primary part; 0 where it is not known
+    int mNumber = 0;        ///< as the file counts; from 1 in recordings, 0 to 7 in value files
+    std::string mName;      ///< UTF-8
+    std::string mPhase;     ///< as the file gives it; may be empty
+    std::string mComponent; ///< the circuit component that is watched; may be empty
+    std::string mUnit;      ///< as the file gives it; "" where it has none
+    double mPrimary = 1.0;  ///< ratio of the transformer, primary part; 0 where it is not known
     double mSecondary = 1.0;
     char mSide = ' '; ///< 'P' or 'S': which side the values belong to; ' ' where it is not told
     /** How much later than the time of its sample each value was taken, in µs. */

@@ -1,0 +1,215 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <QFileInfo>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "SampleStep.h"
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "base/TextTable.h"
+#include "commands/CommandLine.h"
+#include "commands/Commands.h"
+#include "commands/EncodingOption.h"
+#include "import/Importer.h"
+#include "input/OpenInput.h"
+
+namespace {
+using Json = nlohmann::ordered_json;
+
+/** Periods of the steady signal; more of them are a matter of repetitions. */
+constexpr size_t kMostSteadyPeriods = 100'000;
+
+constexpr char kFooter[] =
+    R"(Voltages go to channels 0 to 3 and currents to 4 to 7, in mV and mA, in the order
+A, B, C, neutral. --channels says it otherwise, by name or number: "0" is nothing, and
+channels that it does not name are found as before.
+
+Example, with five steady periods in front and behind, and what plays it:
+  vx-case import fault.cfg --before 5 --after 5 -o fault.csv --configuration fault.conf)";
+
+struct ImportCommandOptions
+{
+    std::string mRecording;
+    InputOptions mInput;
+    ImportOptions mImport;
+    std::string mOutput;        ///< empty for standard output
+    std::string mConfiguration; ///< empty for none
+    bool mJson = false;
+};
+
+/** Each reads an option's text; what it returns is empty or says why it cannot. */
+std::string readChannels(const std::string& text, ImportOptions& options)
+{
+    return readAssignments(text, options.mMapping.mAssignments);
+}
+
+std::string readScale(const std::string& text, ImportOptions& options)
+{
+    const auto parts = splitText(text, ',');
+    MappingOptions& mapping = options.mMapping;
+    const bool isGood = parts.size() == 2 && parseNumber(parts[0], &mapping.mCountsPerVolt) &&
+                        parseNumber(parts[1], &mapping.mCountsPerAmpere) &&
+                        mapping.mCountsPerVolt > 0.0 && mapping.mCountsPerAmpere > 0.0;
+    return isGood ? "" : "'" + text + "': expected two numbers above 0, for example 1000,1000";
+}
+
+std::string readSide(const std::string& text, ImportOptions& options)
+{
+    options.mMapping.mSide =
+        text == "primary" ? TransformerSide::Primary : TransformerSide::Secondary;
+    return text == "primary" || text == "secondary"
+               ? ""
+               : "'" + text + "': expected primary or secondary";
+}
+
+std::string readFrequency(const std::string& text, ImportOptions& options)
+{
+    if (text == "track" || text == "nominal") {
+        options.mTiming = text == "track" ? LineTiming::Phase : LineTiming::Nominal;
+        return "";
+    }
+    options.mTiming = LineTiming::Fixed;
+    const bool isGood =
+        parseNumber(text, &options.mHz) && isPlayableStep(sampleStepOf(options.mHz));
+    return isGood ? "" : "'" + text + "': expected track, nominal or a frequency in Hz";
+}
+
+std::string tableOf(const ImportReport& report)
+{
+    TextTable table({">channel", "source", "unit", ">factor", ">rms", ">peak"});
+    for (size_t i = 0; i < report.mChannels.size(); ++i) {
+        const ChannelReport& channel = report.mChannels[i];
+        table.add({std::to_string(i), channel.mSource, channel.mUnit,
+                   fmt::format("{:.10g}", channel.mFactor), fmt::format("{:.6g}", channel.mRms),
+                   fmt::format("{:.6g}", channel.mPeak)});
+    }
+    std::string text = table.text();
+    for (const std::string& remark : report.mRemarks) {
+        text += "remark: " + remark + "\n";
+    }
+    return text + fmt::format("{} lines\n", report.mLines);
+}
+
+std::string jsonOf(const ImportReport& report)
+{
+    Json json = {
+        {"channels", Json::array()}, {"remarks", report.mRemarks}, {"lines", report.mLines}};
+    for (size_t i = 0; i < report.mChannels.size(); ++i) {
+        const ChannelReport& channel = report.mChannels[i];
+        json["channels"].push_back({{"channel", i},
+                                    {"source", channel.mSource},
+                                    {"unit", channel.mUnit},
+                                    {"factor", channel.mFactor},
+                                    {"rms", channel.mRms},
+                                    {"peak", channel.mPeak}});
+    }
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+/** The value file by its full path: a configuration is played from anywhere. */
+std::string configurationLineFor(const std::string& valueFile)
+{
+    const std::string path =
+        QFileInfo(QString::fromStdString(valueFile)).absoluteFilePath().toStdString();
+    if (path.find_first_of(",#") != std::string::npos) {
+        throw CaseError(path +
+                        ": expected a name without ',' and '#', which a case "
+                        "configuration cannot hold");
+    }
+    return "0,1," + path + "\n";
+}
+
+void runImport(const ImportCommandOptions& options)
+{
+    const auto source = openInput(options.mRecording, options.mInput);
+    ResultFile output(options.mOutput);
+    std::string line;
+    std::unique_ptr<ResultFile> configuration;
+    if (!options.mConfiguration.empty()) {
+        line = configurationLineFor(options.mOutput);
+        configuration = std::make_unique<ResultFile>(options.mConfiguration);
+    }
+    const ImportReport report = importSignal(*source, options.mImport, output);
+    output.commit();
+    if (configuration) {
+        configuration->write("# made by " + options.mImport.mMadeBy + "\n" + line);
+        configuration->commit();
+    }
+    fmt::print(stderr, "{}", options.mJson ? jsonOf(report) : tableOf(report));
+}
+
+using Reader = std::string (*)(const std::string& text, ImportOptions& options);
+
+CLI::Option& addReader(CLI::App& command, const char* name, Reader read, ImportOptions& options,
+                       const char* help)
+{
+    const auto readOrThrow = [name, read, &options](const std::string& text) {
+        const std::string problem = read(text, options);
+        if (!problem.empty()) {
+            throw CLI::ValidationError(name, problem);
+        }
+    };
+    return *command.add_option_function<std::string>(name, readOrThrow, help);
+}
+
+void addMapping(CLI::App& command, ImportOptions& options)
+{
+    addReader(command, "--channels", readChannels, options,
+              "What goes where: 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
+        .type_name("CHANNEL=SOURCE,...");
+    addReader(command, "--scale", readScale, options,
+              "Counts for a volt and an ampere (default 1000,1000)")
+        .type_name("V,A");
+    addReader(command, "--side", readSide, options,
+              "Values by the transformers' ratios: primary or secondary (else as recorded)")
+        .type_name("SIDE");
+    command.add_flag("--clip", options.mClip, "Limits what does not fit 32 bits");
+}
+
+void addTiming(CLI::App& command, ImportOptions& options)
+{
+    addReader(command, "--frequency", readFrequency, options,
+              "track: 360 lines are a period of the signal (default); nominal or HZ: they keep "
+              "time at that frequency")
+        .type_name("track|nominal|HZ");
+    command.add_option("--from", options.mFrom, "Begins there in the recording")->type_name("S");
+    command.add_option("--to", options.mTo, "Ends there")->type_name("S");
+    command.add_option("--before", options.mBefore, "Periods of the steady signal in front")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{0}, kMostSteadyPeriods));
+    command.add_option("--after", options.mAfter, "And behind")
+        ->type_name("N")
+        ->check(CLI::Range(size_t{0}, kMostSteadyPeriods));
+}
+} // namespace
+
+void addImportCommand(CLI::App& app)
+{
+    CLI::App& command =
+        *app.add_subcommand("import", "Makes a value file from a recording of a relay or recorder");
+    command.footer(kFooter);
+    const auto options = std::make_shared<ImportCommandOptions>();
+    command
+        .add_option("RECORDING", options->mRecording,
+                    "COMTRADE (.cfg with .dat, .cff) or a text file with a heading")
+        ->required();
+    CLI::Option* const output =
+        command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output");
+    output->type_name("FILE");
+    command
+        .add_option("--configuration", options->mConfiguration,
+                    "Writes a case configuration that plays the file of -o")
+        ->type_name("FILE")
+        ->needs(output);
+    addMapping(command, options->mImport);
+    addTiming(command, options->mImport);
+    addEncodingOption(command, &options->mInput.mEncoding);
+    command.add_flag("--json", options->mJson, "The table on standard error as JSON");
+    command.callback([options, &command] {
+        options->mImport.mMadeBy = commandLineOf(command);
+        runImport(*options);
+    });
+}

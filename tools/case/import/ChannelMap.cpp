@@ -1,0 +1,159 @@
+#include "import/ChannelMap.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "import/ChannelGuess.h"
+
+namespace {
+using Quantity = ChannelUnit::Quantity;
+using Channels = std::vector<ChannelDescription>;
+constexpr size_t kFirstCurrent = kChannelCount / 2;
+
+std::string listOf(const Channels& channels)
+{
+    std::string list = "\nThere is:";
+    for (const ChannelDescription& channel : channels) {
+        list += fmt::format("\n  {} {}", channel.mNumber, channel.mName);
+        list += channel.mPhase.empty() ? "" : ", phase " + channel.mPhase;
+        list += channel.mUnit.empty() ? ", no unit" : ", unit " + channel.mUnit;
+    }
+    return list;
+}
+
+/** Finds one by its number, if the text is digits, else by its name. */
+size_t findChannel(const SignalDescription& description, const std::string& text)
+{
+    const Channels& channels = description.mChannels;
+    const bool isNumber = text.find_first_not_of("0123456789") == std::string::npos;
+    const auto isMeant = [&](const ChannelDescription& channel) {
+        return (isNumber ? std::to_string(channel.mNumber) : trimmed(channel.mName)) == text;
+    };
+    const auto found = std::find_if(channels.begin(), channels.end(), isMeant);
+    if (found == channels.end()) {
+        throw CaseError(
+            fmt::format("{}: no channel '{}'{}", description.mFileName, text, listOf(channels)));
+    }
+    if (std::find_if(found + 1, channels.end(), isMeant) != channels.end()) {
+        throw CaseError(fmt::format("{}: several channels '{}': expected a number{}",
+                                    description.mFileName, text, listOf(channels)));
+    }
+    return static_cast<size_t>(found - channels.begin());
+}
+
+/** Builds the map; a class only to share what all steps need. */
+class Mapper
+{
+public:
+    Mapper(const SignalDescription& description, const MappingOptions& options)
+        : mDescription(description), mOptions(options)
+    {
+    }
+
+    ChannelMap map();
+
+private:
+    void assign(size_t place, const Assignment& assignment);
+    void add(size_t place, size_t source, double factor);
+    double sideFactor(const ChannelDescription& channel);
+    void remarkMissing();
+
+    const SignalDescription& mDescription;
+    const MappingOptions& mOptions;
+    ChannelMap mMap;
+};
+
+ChannelMap Mapper::map()
+{
+    const GuessedChannels guessed = guessChannels(mDescription.mChannels);
+    bool hasAny = false;
+    for (size_t place = 0; place < kChannelCount; ++place) {
+        const auto& assignment = mOptions.mAssignments[place];
+        if (assignment) {
+            assign(place, *assignment);
+        } else if (guessed[place]) {
+            const ChannelDescription& channel = mDescription.mChannels[*guessed[place]];
+            mMap.mChannels[place].mText = trimmed(channel.mName);
+            add(place, *guessed[place], 1.0);
+        }
+        hasAny = hasAny || !mMap.mChannels[place].mTerms.empty();
+    }
+    if (!hasAny) {
+        throw CaseError(
+            fmt::format("{}: no channel is known by unit and phase as a voltage or "
+                        "current; expected --channels{}",
+                        mDescription.mFileName, listOf(mDescription.mChannels)));
+    }
+    remarkMissing();
+    return mMap;
+}
+
+void Mapper::assign(size_t place, const Assignment& assignment)
+{
+    mMap.mChannels[place].mText = assignment.mText;
+    for (const AssignedTerm& term : assignment.mTerms) {
+        add(place, findChannel(mDescription, term.mSource), term.mFactor);
+    }
+}
+
+/** The first term decides about the unit; what is neither V nor A is what its place is for. */
+void Mapper::add(size_t place, size_t source, double factor)
+{
+    const ChannelDescription& channel = mDescription.mChannels[source];
+    MappedChannel& mapped = mMap.mChannels[place];
+    ChannelUnit unit = unitOf(channel);
+    if (unit.mQuantity == Quantity::Unknown) {
+        unit.mQuantity = place < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
+    }
+    const double perCount =
+        unit.mQuantity == Quantity::Voltage ? mOptions.mCountsPerVolt : mOptions.mCountsPerAmpere;
+    const double counts = unit.mFactor * sideFactor(channel) * perCount;
+    if (mapped.mTerms.empty()) {
+        mapped.mUnit = channel.mUnit;
+        mapped.mCounts = counts;
+        mapped.mQuantity = unit.mQuantity;
+    } else if (mapped.mQuantity != unit.mQuantity) {
+        throw CaseError(fmt::format("{}: channel {}: '{}' adds volts and amperes",
+                                    mDescription.mFileName, place, mapped.mText));
+    }
+    mapped.mTerms.push_back({source, factor * counts / mapped.mCounts});
+}
+
+double Mapper::sideFactor(const ChannelDescription& channel)
+{
+    const char wanted = mOptions.mSide == TransformerSide::Primary ? 'P' : 'S';
+    if (mOptions.mSide == TransformerSide::AsRecorded || channel.mSide == wanted) {
+        return 1.0;
+    }
+    if (channel.mSide == ' ' || channel.mPrimary <= 0.0 || channel.mSecondary <= 0.0) {
+        mMap.mRemarks.push_back(
+            fmt::format("channel '{}' is left as recorded: the recording does "
+                        "not tell its side or its ratio",
+                        channel.mName));
+        return 1.0;
+    }
+    const double ratio = channel.mPrimary / channel.mSecondary;
+    return wanted == 'P' ? ratio : 1.0 / ratio;
+}
+
+void Mapper::remarkMissing()
+{
+    static constexpr const char* kPlaces[kChannelCount] = {
+        "voltage A", "voltage B", "voltage C", "neutral voltage",
+        "current A", "current B", "current C", "neutral current"};
+    for (size_t place = 0; place < kChannelCount; ++place) {
+        if (mMap.mChannels[place].mTerms.empty() && !mOptions.mAssignments[place]) {
+            mMap.mRemarks.push_back(
+                fmt::format("channel {} ({}) is 0: the recording has none", place, kPlaces[place]));
+        }
+    }
+}
+} // namespace
+
+ChannelMap mapChannels(const SignalDescription& description, const MappingOptions& options)
+{
+    return Mapper(description, options).map();
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "import/ChannelMap.h"
+#include "import/RecordedSignal.h"
+#include "resampling/PhaseTrack.h"
+
+/** The fundamental of a recording. */
+struct Fundamental
+{
+    double mNominalHz = 50.0;
+    std::optional<PhaseTrack> mTrack; ///< nothing where it cannot be followed
+    std::string mWhyNoTrack;
+    std::vector<std::string> mRemarks;
+};
+
+/**
+ * Follows the positive sequence of the voltages that are mapped, else that of the currents. A
+ * recording of fewer than six periods is not followed. The nominal frequency is the recording's;
+ * where it tells none, 50 or 60 Hz, whichever there is more of.
+ */
+Fundamental findFundamental(const SignalDescription& description, const RecordedSignal& recorded,
+                            const SampleTimes& times, const ChannelMap& map);

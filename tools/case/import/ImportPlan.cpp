@@ -1,0 +1,127 @@
+#include "import/ImportPlan.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "SampleStep.h"
+#include "base/CaseError.h"
+#include "import/Fundamental.h"
+
+namespace {
+/** More than anybody plays: stamps or a rate that lie. 55 h at 50 Hz. */
+constexpr double kMostPeriods = 1e7;
+
+/** A recorder of waves takes more samples of a period. */
+constexpr double kFewSamples = 20.0;
+
+/** A shorter stretch of samples is a gap. */
+constexpr size_t kShortestStretch = 16;
+
+/** Times that are the same but for rounding, in s. */
+constexpr double kRounding = 1e-9;
+
+void limitRange(ImportPlan& plan, const SignalDescription& description, const SampleTimes& times,
+                const ImportOptions& options)
+{
+    plan.mFrom = options.mFrom.value_or(times.begin());
+    plan.mTo = options.mTo.value_or(times.end());
+    const bool isInside =
+        plan.mFrom >= times.begin() && plan.mFrom < plan.mTo && plan.mTo <= times.end() + kRounding;
+    if (!isInside) {
+        throw CaseError(fmt::format("{}: from {:g} s to {:g} s: expected a part of {:g} to {:g} s",
+                                    description.mFileName, plan.mFrom, plan.mTo, times.begin(),
+                                    times.end()));
+    }
+}
+
+void remarkRate(ImportPlan& plan, const SampleTimes& times)
+{
+    double slowest = 0.0;
+    for (const SampleTimes::Stretch& stretch : times.stretches()) {
+        if (stretch.sampleCount() >= kShortestStretch) {
+            slowest = std::max(slowest, stretch.mStep);
+        }
+    }
+    const double samples = slowest > 0.0 ? 1.0 / (slowest * plan.mNominalHz) : kFewSamples;
+    if (samples < kFewSamples) {
+        plan.mRemarks.push_back(fmt::format(
+            "{:.3g} samples a period only: the recording has been filtered or thinned", samples));
+    }
+}
+
+void remarkTrack(ImportPlan& plan)
+{
+    const auto [least, most] =
+        std::minmax_element(plan.mSchedule.mPeriods.begin(), plan.mSchedule.mPeriods.end(),
+                            [](const auto& a, const auto& b) { return a.mHz < b.mHz; });
+    plan.mRemarks.push_back(
+        fmt::format("the frequency is followed: {:.3f} to {:.3f} Hz", least->mHz, most->mHz));
+    constexpr size_t kMostGaps = 10;
+    const std::vector<PhaseTrack::Gap>& gaps = plan.mTrack->gaps();
+    for (size_t i = 0; i < std::min(gaps.size(), kMostGaps); ++i) {
+        plan.mRemarks.push_back(fmt::format("it goes on as before through {:.3f} to {:.3f} s",
+                                            gaps[i].first, gaps[i].second));
+    }
+    if (gaps.size() > kMostGaps) {
+        plan.mRemarks.push_back(fmt::format("and through {} more", gaps.size() - kMostGaps));
+    }
+}
+
+void schedule(ImportPlan& plan, const std::string& whyNoTrack, const ImportOptions& options)
+{
+    if (options.mTiming == LineTiming::Phase && plan.mTrack) {
+        plan.mSchedule = scheduleKeepingPhase(*plan.mTrack, plan.mFrom, plan.mTo);
+        remarkTrack(plan);
+        return;
+    }
+    const auto nominal = static_cast<float>(plan.mNominalHz);
+    const float hz = options.mTiming == LineTiming::Fixed ? options.mHz : nominal;
+    plan.mSchedule = scheduleKeepingTime(hz, plan.mFrom, plan.mTo);
+    if (options.mTiming == LineTiming::Phase) {
+        plan.mRemarks.push_back(fmt::format("{}: {:g} Hz is played", whyNoTrack, hz));
+    }
+}
+} // namespace
+
+double ImportPlan::cyclesAt(double seconds) const
+{
+    return mTrack ? mTrack->cyclesAt(seconds) - mTrack->cyclesAt(mFrom)
+                  : (seconds - mFrom) * mNominalHz;
+}
+
+double ImportPlan::periodFrom(double seconds) const
+{
+    return mTrack ? mTrack->secondsAt(mTrack->cyclesAt(seconds) + 1.0) - seconds : 1.0 / mNominalHz;
+}
+
+double ImportPlan::linesPerSecond() const
+{
+    const auto slowest =
+        std::max_element(mSchedule.mPeriods.begin(), mSchedule.mPeriods.end(),
+                         [](const auto& a, const auto& b) { return a.mStep < b.mStep; });
+    return 1.0 / slowest->mStep;
+}
+
+ImportPlan planImport(const SignalDescription& description, const RecordedSignal& recorded,
+                      const SampleTimes& times, const ChannelMap& map, const ImportOptions& options)
+{
+    ImportPlan plan;
+    limitRange(plan, description, times, options);
+    const double highest = std::max({100.0, description.mNominalHz, double(options.mHz)});
+    if ((times.end() - times.begin()) * highest > kMostPeriods) {
+        throw CaseError(fmt::format("{}: lasts {:g} s: expected {:g} s at most",
+                                    description.mFileName, times.end() - times.begin(),
+                                    kMostPeriods / highest));
+    }
+    Fundamental fundamental = findFundamental(description, recorded, times, map);
+    plan.mNominalHz = fundamental.mNominalHz;
+    plan.mTrack = std::move(fundamental.mTrack);
+    plan.mRemarks = std::move(fundamental.mRemarks);
+    remarkRate(plan, times);
+    schedule(plan, fundamental.mWhyNoTrack, options);
+    plan.mFirstPeriod = plan.periodFrom(plan.mFrom);
+    plan.mLastPeriod = plan.periodFrom(plan.mTo - 1.0 / plan.mNominalHz);
+    plan.mLinesPerPeriod = plan.mFirstPeriod / plan.mSchedule.mPeriods.front().mStep;
+    return plan;
+}

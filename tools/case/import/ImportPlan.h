@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "import/ImportOptions.h"
+#include "import/RecordedSignal.h"
+#include "resampling/PhaseTrack.h"
+#include "resampling/Schedule.h"
+
+/** At which instants of a recording the lines lie, and what its periods are. */
+struct ImportPlan
+{
+    double mFrom = 0.0; ///< s in the recording
+    double mTo = 0.0;
+    double mNominalHz = 0.0;
+    std::optional<PhaseTrack> mTrack; ///< of the fundamental, where it can be followed
+    Schedule mSchedule;
+    double mFirstPeriod = 0.0;    ///< s that the first period lasts
+    double mLastPeriod = 0.0;     ///< s that the last period lasts
+    double mLinesPerPeriod = 0.0; ///< of the first period
+    std::vector<std::string> mRemarks;
+
+    /** Phase of the fundamental since mFrom, in periods. */
+    double cyclesAt(double seconds) const;
+
+    /** How long the period lasts that begins then, in s. */
+    double periodFrom(double seconds) const;
+
+    /** The lines of the schedule in a second, the fewest. */
+    double linesPerSecond() const;
+};
+
+/** Throws CaseError for a range that is not in the recording, or is too long to be played. */
+ImportPlan planImport(const SignalDescription& description, const RecordedSignal& recorded,
+                      const SampleTimes& times, const ChannelMap& map,
+                      const ImportOptions& options);
