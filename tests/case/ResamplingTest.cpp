@@ -125,3 +125,75 @@ INSTANTIATE_TEST_SUITE_P(Signals, ResamplingTest,
                              return std::string(std::get<0>(test.param).mName) + "At" +
                                     std::to_string(int(std::get<1>(test.param)));
                          });
+
+namespace {
+/** Largest error between two instants, by a step that meets no sample. */
+double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, double to)
+{
+    Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
+    std::vector<double> values;
+    double largest = 0.0;
+    for (double seconds = from; seconds < to; seconds += 0.0000371) {
+        interpolator.valuesAt(seconds, values);
+        for (int phase = 0; phase < 3; ++phase) {
+            largest = std::max(largest, std::abs(values[phase] - signal.valueAt(seconds, phase)));
+        }
+    }
+    return largest;
+}
+} // namespace
+
+/** A clock of whole microseconds, a change of the rate, a gap, and a skew. */
+TEST(RecorderTest, TimesAreTakenAsTheyAre)
+{
+    const ClosedForm signal;
+    std::vector<double> seconds = uniformTimes(4800.0, 1.0);
+    for (double& time : seconds) {
+        time = std::floor(time * 1e6) / 1e6;
+    }
+    Recorded rounded(signal, uniformTimes(4800.0, 1.0));
+    rounded.mTimes = SampleTimes(seconds, false);
+    EXPECT_EQ(rounded.mTimes.stretches().size(), 1U);
+    EXPECT_LE(errorBetween(signal, rounded, 0.1, 0.9), ClosedForm::kPeak * 1e-3);
+
+    std::vector<double> changing = uniformTimes(4800.0, 0.5);
+    const double change = changing.back();
+    for (int i = 1; i <= 10'000; ++i) {
+        changing.push_back(change + i / 20'000.0);
+    }
+    for (int i = 1; i <= 2'000; ++i) {
+        changing.push_back(change + 0.6 + i / 4'800.0);
+    }
+    Recorded changed(signal, changing);
+    EXPECT_EQ(changed.mTimes.stretches().size(), 4U); // the gap is one of them
+    EXPECT_LE(errorBetween(signal, changed, 0.1, 0.4), kLargestError);
+    EXPECT_LE(errorBetween(signal, changed, 0.4, 0.6), ClosedForm::kPeak * 1e-2);
+    EXPECT_LE(errorBetween(signal, changed, 0.6, 0.9), kLargestError);
+    EXPECT_LE(errorBetween(signal, changed, 1.2, 1.4), kLargestError);
+
+    Recorded skewed(signal, uniformTimes(4800.0, 1.0));
+    skewed.mColumns[1].mSkewSeconds = 70e-6;
+    for (size_t i = 0; i < skewed.mColumns[1].mValues.size(); ++i) {
+        skewed.mColumns[1].mValues[i] = signal.valueAt(static_cast<double>(i) / 4800.0 + 70e-6, 1);
+    }
+    EXPECT_LE(errorBetween(signal, skewed, 0.1, 0.9), kLargestError);
+}
+
+/** What lies above half the output's rate is removed, but not from instants that are samples'. */
+TEST(RecorderTest, FastSourcesAreFiltered)
+{
+    const std::vector<double> seconds = uniformTimes(36'000.0, 0.1);
+    std::vector<SourceColumn> columns(1);
+    for (const double time : seconds) {
+        columns[0].mValues.push_back(std::cos(6.28318530717958647692 * 9'300.0 * time));
+    }
+    const SampleTimes times(seconds, true);
+    Interpolator interpolator(times, columns, 18'000.0);
+    std::vector<double> values;
+    for (size_t i = 200; i < 3'000; ++i) {
+        interpolator.valuesAt(seconds[i], values);
+        ASSERT_EQ(values[0], columns[0].mValues[i]) << i;
+        interpolator.valuesAt(seconds[i] + 11e-6, values);
+        ASSERT_NEAR(values[0], 0.0, 1e-5) << i;
+    }
+}

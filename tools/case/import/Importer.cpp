@@ -14,8 +14,9 @@
 namespace {
 constexpr double kPi = 3.14159265358979323846;
 
-/** Periods that are the same but for rounding. */
-constexpr double kRounding = 1e-6;
+/** Times that are the same but for rounding, in s; likewise periods. */
+constexpr double kRounding = 1e-9;
+constexpr double kRoundingOfCycles = 1e-6;
 
 ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recorded,
                        const ImportPlan& plan)
@@ -25,7 +26,8 @@ ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recor
     double squares = 0.0;
     size_t count = 0;
     for (size_t i = 0; i < values.size(); ++i) {
-        if (recorded.mSeconds[i] >= plan.mFrom && recorded.mSeconds[i] <= plan.mTo) {
+        if (recorded.mSeconds[i] >= plan.mFrom - kRounding &&
+            recorded.mSeconds[i] <= plan.mTo + kRounding) {
             squares += values[i] * values[i];
             report.mPeak = std::max(report.mPeak, std::abs(values[i]));
             ++count;
@@ -131,7 +133,7 @@ void Replay::writeAfter(size_t periods)
     const size_t first = schedule.mLineCount;
     const double begin = mPlan.cyclesAt(schedule.secondsOf(first));
     const double done = begin - mFirstCycles;
-    const double cycles = std::ceil(done - kRounding) - done + static_cast<double>(periods);
+    const double cycles = std::ceil(done - kRoundingOfCycles) - done + static_cast<double>(periods);
     const auto lines = static_cast<size_t>(std::round(cycles * mPlan.mLinesPerPeriod));
     for (size_t line = 0; line < lines; ++line) {
         const double phase =

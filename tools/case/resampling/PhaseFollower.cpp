@@ -19,7 +19,7 @@ constexpr size_t kPointsForBend = 12;
 constexpr size_t kPointsForLine = 3;
 
 /** How far the phase may turn off from one measurement to the next. */
-constexpr double kEvenCycles = 1.0 / 360.0;
+constexpr double kEvenCycles = 0.6 / 360.0;
 
 constexpr double kDeepSag = 0.5;
 constexpr double kSilence = 0.02; ///< of the signal's rms

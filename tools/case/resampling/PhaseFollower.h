@@ -10,7 +10,7 @@
  * Follows the phase of a fundamental from one end of a recording to the other.
  *
  * It measures every half period. A run of measurements in which the phase goes on evenly is
- * trusted. A fault ends the run: the phase turns off by more than a degree, or the amplitude
+ * trusted. A fault ends the run: the phase turns off by more than 0.6 degrees, or the amplitude
  * falls below half. From there the phase goes on with the value and the rate of change of the
  * frequency over the ten periods before, until the next run has settled; what the phase has
  * jumped by then is left out, so it stays in the samples. A deep sag that lasts longer than 50

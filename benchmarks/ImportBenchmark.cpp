@@ -1,0 +1,77 @@
+#include <benchmark/benchmark.h>
+
+#include <QTemporaryDir>
+#include <cmath>
+
+#include "base/ResultFile.h"
+#include "import/Importer.h"
+#include "input/OpenInput.h"
+
+/**
+ * What an import costs, from the recording to the value file on disk: eight channels at 4,800
+ * samples/s, BINARY.
+ */
+namespace {
+constexpr int kRate = 4800;
+constexpr double kTwoPi = 6.28318530717958647692;
+
+std::string configurationOf(int samples)
+{
+    std::string text = "S,D,1999\n8,8A,0D\n";
+    const char* const names[] = {"UA", "UB", "UC", "UN", "IA", "IB", "IC", "IN"};
+    for (int i = 0; i < 8; ++i) {
+        text += std::to_string(i + 1) + ',' + names[i] + ",,," + (i < 4 ? 'V' : 'A') +
+                ",0.02,0,0,-32767,32767,1,1,P\n";
+    }
+    return text + "50\n1\n4800," + std::to_string(samples) +
+           "\n01/01/2020,00:00:00\n01/01/2020,00:00:00\nBINARY\n1\n";
+}
+
+std::string dataOf(int samples)
+{
+    std::string data;
+    const auto append = [&data](qint32 value, size_t size) {
+        data.append(reinterpret_cast<const char*>(&value), size);
+    };
+    for (int i = 0; i < samples; ++i) {
+        append(i + 1, sizeof(qint32));
+        append(static_cast<qint32>(i * 1e6 / kRate), sizeof(qint32));
+        for (int channel = 0; channel < 8; ++channel) {
+            const double phase = 50.02 * i / kRate - channel / 3.0;
+            append(static_cast<qint32>(16'000.0 * std::cos(kTwoPi * phase)), sizeof(qint16));
+        }
+    }
+    return data;
+}
+
+void write(const std::string& name, const std::string& bytes)
+{
+    ResultFile file(name);
+    file.write(bytes);
+    file.commit();
+}
+
+void importRecording(benchmark::State& state)
+{
+    const QTemporaryDir directory;
+    const std::string name = directory.filePath("recording").toStdString();
+    const int samples = static_cast<int>(state.range(0)) * kRate;
+    write(name + ".cfg", configurationOf(samples));
+    write(name + ".dat", dataOf(samples));
+    size_t lines = 0;
+    for (auto _ : state) {
+        const auto source = openInput(name + ".cfg", {});
+        ResultFile output(name + ".csv");
+        lines = importSignal(*source, {}, output).mLines;
+        output.commit();
+    }
+    state.counters["lines"] = static_cast<double>(lines);
+    state.counters["lines/s"] = benchmark::Counter(static_cast<double>(lines),
+                                                   benchmark::Counter::kIsIterationInvariantRate);
+}
+
+/** The argument is the seconds that are recorded. */
+BENCHMARK(importRecording)->Arg(60)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+} // namespace
+
+BENCHMARK_MAIN();

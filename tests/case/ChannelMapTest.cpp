@@ -1,0 +1,160 @@
+#include "import/ChannelMap.h"
+
+#include <gmock/gmock.h>
+
+#include "base/CaseError.h"
+
+using testing::HasSubstr;
+
+namespace {
+ChannelDescription channel(const char* name, const char* phase, const char* unit,
+                           const char* component = "")
+{
+    ChannelDescription result;
+    result.mName = name;
+    result.mPhase = phase;
+    result.mUnit = unit;
+    result.mComponent = component;
+    return result;
+}
+
+SignalDescription recordingOf(std::vector<ChannelDescription> channels)
+{
+    SignalDescription description;
+    description.mFileName = "fault.cfg";
+    for (size_t i = 0; i < channels.size(); ++i) {
+        channels[i].mNumber = static_cast<int>(i) + 1;
+    }
+    description.mChannels = std::move(channels);
+    return description;
+}
+
+/** "UA UB - ..." */
+std::string sourcesOf(const ChannelMap& map)
+{
+    std::string text;
+    for (const MappedChannel& mapped : map.mChannels) {
+        text += (text.empty() ? "" : " ") + mapped.mText;
+    }
+    return text;
+}
+
+std::string errorOf(const SignalDescription& description, const MappingOptions& options)
+{
+    try {
+        mapChannels(description, options);
+    } catch (const CaseError& error) {
+        return error.what();
+    }
+    return "";
+}
+} // namespace
+
+/** What stands in the phase fields and at the ends of the names of real recordings. */
+TEST(ChannelMapTest, KnowsPhases)
+{
+    const std::pair<ChannelPhase, std::vector<const char*>> rows[] = {
+        {ChannelPhase::A,
+         {"A", "a", "R", "L1", "1", "V1", "IA ", "I_A", "UL1", "VAN", "L1-N", "Bus 1 Ua", "А"}},
+        {ChannelPhase::B, {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG"}},
+        {ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
+        {ChannelPhase::Neutral, {"N", "4", "3I0", "3U0", "I0", "IN", "U4", "VG", "neutral"}},
+        {ChannelPhase::BetweenPhases, {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},
+        {ChannelPhase::Unknown, {"", "VDC_G1", "TRIP", "PHASE ABC", "I12", "DELTA", "LINE"}},
+    };
+    for (const auto& [phase, texts] : rows) {
+        for (const char* const text : texts) {
+            EXPECT_EQ(phaseAtEndOf(text).mPhase, phase) << text;
+        }
+    }
+}
+
+TEST(ChannelMapTest, KnowsUnits)
+{
+    const std::tuple<const char*, ChannelUnit::Quantity, double> rows[] = {
+        {"kV", ChannelUnit::Quantity::Voltage, 1e3},
+        {"KV", ChannelUnit::Quantity::Voltage, 1e3},
+        {"volt", ChannelUnit::Quantity::Voltage, 1},
+        {" mV ", ChannelUnit::Quantity::Voltage, 1e-3},
+        {"кВ", ChannelUnit::Quantity::Voltage, 1e3},
+        {"A", ChannelUnit::Quantity::Current, 1},
+        {"kA", ChannelUnit::Quantity::Current, 1e3},
+        {"ampere", ChannelUnit::Quantity::Current, 1},
+        {"µA", ChannelUnit::Quantity::Current, 1e-6},
+        {"VA", ChannelUnit::Quantity::Unknown, 1},
+        {"Hz", ChannelUnit::Quantity::Unknown, 1},
+        {"", ChannelUnit::Quantity::Unknown, 1},
+    };
+    for (const auto& [text, quantity, factor] : rows) {
+        EXPECT_EQ(unitOf(text).mQuantity, quantity) << text;
+        EXPECT_TRUE(quantity == ChannelUnit::Quantity::Unknown || unitOf(text).mFactor == factor)
+            << text;
+    }
+}
+
+/** The first complete set of each quantity; the neutral of another object is not taken. */
+TEST(ChannelMapTest, TakesTheFirstCompleteSet)
+{
+    const std::pair<std::vector<ChannelDescription>, const char*> rows[] = {
+        {{channel("I1", "I1", "A"), channel("I4", "I4", "A"), channel("U1", "V1", "volt"),
+          channel("U2", "V2", "volt"), channel("U3", "V3", "volt")},
+         "U1 U2 U3 - I1 - - I4"},
+        {{channel("IN_T", "N", "A", "T"), channel("IA_G", "A", "A", "G1"),
+          channel("IB_G", "B", "A", "G1"), channel("IC_G", "C", "A", "G1"),
+          channel("VDC", "", "V", "G1")},
+         "- - - - IA_G IB_G IC_G -"},
+        {{channel("X Ua", "", "kV"), channel("Y Ua", "", "kV"), channel("X Ub", "", "kV"),
+          channel("Y Ub", "", "kV"), channel("Y Uc", "", "kV"), channel("3U0", "", "kV")},
+         "Y Ua Y Ub Y Uc 3U0 - - - -"},
+        {{channel("Uab", "", "V"), channel("IL1", "", ""), channel("IL2", "", ""),
+          channel("IL1", "", ""), channel("IL2", "", ""), channel("IL3", "", "")},
+         "- - - - IL1 IL2 IL3 -"},
+    };
+    for (const auto& [channels, sources] : rows) {
+        EXPECT_EQ(sourcesOf(mapChannels(recordingOf(channels), {})), sources);
+    }
+    const ChannelMap map = mapChannels(recordingOf(rows[0].first), {});
+    EXPECT_THAT(map.mRemarks,
+                testing::ElementsAre("channel 3 (neutral voltage) is 0: the recording has none",
+                                     "channel 5 (current B) is 0: the recording has none",
+                                     "channel 6 (current C) is 0: the recording has none"));
+}
+
+TEST(ChannelMapTest, DoesWhatIsAsked)
+{
+    SignalDescription recording =
+        recordingOf({channel("IA", "A", "A"), channel("IB", "B", "mA"), channel("UA", "A", "kV"),
+                     channel("UA", "A", "V"), channel("a,b", "", "%")});
+    recording.mChannels[2].mSide = 'S';
+    recording.mChannels[2].mPrimary = 20'000;
+    recording.mChannels[2].mSecondary = 100;
+    MappingOptions options;
+    options.mCountsPerVolt = 10;
+    options.mSide = TransformerSide::Primary;
+    ASSERT_EQ(readAssignments("0 = 3 , 1=5*-2,4=IA*0.5+ IB,5=0", options.mAssignments), "");
+    const ChannelMap map = mapChannels(recording, options);
+    EXPECT_EQ(sourcesOf(map), "3 5*-2 - - IA*0.5+ IB 0 - -");
+    EXPECT_DOUBLE_EQ(map.mChannels[0].mCounts, 10 * 1000 * 200.0);
+    EXPECT_EQ(map.mChannels[1].mTerms[0].mFactor, -2);
+    EXPECT_EQ(map.mChannels[4].mCounts, 1000);
+    EXPECT_EQ(map.mChannels[4].mTerms[0].mFactor, 0.5);
+    EXPECT_DOUBLE_EQ(map.mChannels[4].mTerms[1].mFactor, 1e-3); // mA in A
+    EXPECT_TRUE(map.mChannels[5].mTerms.empty());
+
+    const std::pair<const char*, const char*> errors[] = {
+        {"0=UX", "fault.cfg: no channel 'UX'\nThere is:\n  1 IA, phase A, unit A\n"},
+        {"0=9", "no channel '9'"},
+        {"0=UA", "several channels 'UA': expected a number"},
+        {"0=IA+3", "'IA+3' adds volts and amperes"},
+        {"0=0,4=0,5=0", "no channel is known by unit and phase"}};
+    for (const auto& [text, message] : errors) {
+        options.mAssignments = {};
+        ASSERT_EQ(readAssignments(text, options.mAssignments), "");
+        EXPECT_THAT(errorOf(recording, options), HasSubstr(message));
+    }
+    for (const char* const text : {"", "8=IA", "0", "0=IA,0=IB", "0=", "0=IA+", "0=IA*x", "0=1*2*3",
+                                   "0=IA,", "x=IA", "0=IA*nan"}) {
+        Assignments assignments;
+        EXPECT_THAT(readAssignments(text, assignments), HasSubstr("expected")) << text;
+    }
+}

@@ -1,0 +1,230 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "ClosedForm.h"
+#include "CommandRunner.h"
+#include "Files.h"
+#include "base/CaseError.h"
+#include "import/Importer.h"
+
+using testing::Contains;
+using testing::HasSubstr;
+
+namespace {
+/** Three voltages in kV and three currents in A, in closed form. */
+class ClosedFormSource : public SignalSource
+{
+public:
+    ClosedFormSource(const ClosedForm& signal, double rate, double seconds)
+        : mSignal(signal), mRate(rate), mSamples(static_cast<size_t>(rate * seconds) + 1)
+    {
+        mDescription.mFileName = "closed.cfg";
+        mDescription.mNominalHz = 50.0;
+        mDescription.mRates = {{rate, mSamples}};
+        for (const char* const name : {"UA", "UB", "UC", "IA", "IB", "IC"}) {
+            ChannelDescription channel;
+            channel.mNumber = static_cast<int>(mDescription.mChannels.size()) + 1;
+            channel.mName = name;
+            channel.mUnit = name[0] == 'U' ? "kV" : "A";
+            mDescription.mChannels.push_back(channel);
+        }
+    }
+
+    const SignalDescription& description() const override { return mDescription; }
+    double progress() const override { return 1.0; }
+
+    bool read(SignalBlock& block) override
+    {
+        const size_t count = std::min<size_t>(1000, mSamples - mPlace);
+        block.resize(6, count);
+        for (size_t i = 0; i < count; ++i) {
+            block.mSeconds[i] = static_cast<double>(mPlace + i) / mRate;
+            for (size_t channel = 0; channel < 6; ++channel) {
+                const double counts = mSignal.valueAt(block.mSeconds[i], int(channel % 3));
+                block.mValues[channel][i] = counts / (channel < 3 ? 1e6 : 1e3);
+            }
+        }
+        mPlace += count;
+        return count > 0;
+    }
+
+    SignalDescription mDescription;
+
+private:
+    ClosedForm mSignal;
+    double mRate;
+    size_t mSamples;
+    size_t mPlace = 0;
+};
+
+struct Imported
+{
+    ImportReport mReport;
+    std::vector<std::vector<double>> mLines; ///< field by field
+};
+
+Imported import(const ClosedForm& signal, double seconds, const ImportOptions& options)
+{
+    const TestFiles files;
+    ClosedFormSource source(signal, 4800.0, seconds);
+    ResultFile output(files.path("case.csv"));
+    Imported imported{importSignal(source, options, output), {}};
+    output.commit();
+    for (const std::string& text : split(readFile(files.path("case.csv")), '\n')) {
+        if (text.front() != '#') {
+            std::vector<double>& line = imported.mLines.emplace_back();
+            for (const std::string& field : split(text, ';')) {
+                line.push_back(std::stod(field));
+            }
+        }
+    }
+    return imported;
+}
+
+std::string errorOf(const ImportOptions& options)
+{
+    try {
+        import({}, 0.5, options);
+    } catch (const CaseError& error) {
+        return error.what();
+    }
+    return "";
+}
+} // namespace
+
+/** Each line says where in the recording it was taken, and holds what was there. */
+TEST(ImportTest, LinesCanBeFoundAgain)
+{
+    const ClosedForm signal;
+    for (const LineTiming timing : {LineTiming::Phase, LineTiming::Nominal}) {
+        ImportOptions options;
+        options.mTiming = timing;
+        options.mFrom = 0.1;
+        options.mTo = 0.3;
+        const Imported imported = import(signal, 0.5, options);
+        EXPECT_EQ(imported.mLines.size(), timing == LineTiming::Phase ? 3602U : 3601U);
+        for (size_t i = 0; i < imported.mLines.size(); ++i) {
+            const std::vector<double>& line = imported.mLines[i];
+            ASSERT_NEAR(line[0], line[1] * 4800.0 + 1.0, 0.5001);
+            ASSERT_EQ(line[2], i);
+            ASSERT_NEAR(line[4], timing == LineTiming::Phase ? 50.02 : 50.0, 1e-4);
+            for (int channel = 0; channel < 3; ++channel) {
+                ASSERT_NEAR(line[5 + channel], signal.valueAt(line[1], channel), 2.0);
+                ASSERT_NEAR(line[9 + channel], signal.valueAt(line[1], channel), 2.0);
+            }
+            ASSERT_EQ(line[8] + line[12], 0.0);
+        }
+    }
+}
+
+/** Steady periods around a fault from which the recording does not return: nothing in the replay,
+ * nor where it begins again, is steeper than the signal itself. */
+TEST(ImportTest, ReplayHasNoSeam)
+{
+    ClosedForm signal;
+    signal.mSagBegin = 0.3;
+    signal.mSagEnd = 1.0;
+    for (const LineTiming timing : {LineTiming::Phase, LineTiming::Nominal}) {
+        ImportOptions options;
+        options.mTiming = timing;
+        options.mBefore = 3;
+        options.mAfter = 2;
+        const Imported imported = import(signal, 0.5, options);
+        const auto& lines = imported.mLines;
+        if (timing == LineTiming::Phase) {
+            EXPECT_EQ(lines.size() % 360, 0U);
+        }
+        double steepest = 0.0;
+        for (size_t i = 0; i < 1000; ++i) {
+            steepest = std::max(steepest, std::abs(lines[i + 1][5] - lines[i][5]));
+        }
+        size_t jumps = 0;
+        for (size_t i = 0; i < lines.size(); ++i) {
+            const double step = lines[(i + 1) % lines.size()][5] - lines[i][5];
+            const bool isAtSag = std::abs(lines[i][1] - 0.3) < 0.01;
+            jumps += std::abs(step) > 1.05 * steepest && !isAtSag ? 1 : 0;
+        }
+        EXPECT_EQ(jumps, 0U);
+        EXPECT_NEAR(lines[720][5], lines[0][5], 0.01 * ClosedForm::kPeak);
+        EXPECT_NEAR(lines[lines.size() - 360][5], lines[0][5], 0.01 * ClosedForm::kPeak);
+    }
+}
+
+TEST(ImportTest, NothingWraps)
+{
+    ImportOptions options;
+    options.mMapping.mCountsPerVolt = 2e6;
+    const std::string error = errorOf(options);
+    EXPECT_THAT(error, HasSubstr("closed.cfg: channel 0 (UA) at 0.000000000 s: "));
+    const size_t begin = error.find("--scale ") + 8;
+    const Words scales = split(error.substr(begin, error.find(" would fit") - begin), ',');
+    ASSERT_EQ(scales.size(), 2U) << error;
+    EXPECT_EQ(scales[1], "1000");
+    options.mMapping.mCountsPerVolt = std::stod(scales[0]);
+    EXPECT_EQ(errorOf(options), "");
+    options.mMapping.mCountsPerVolt *= 1.02;
+    EXPECT_NE(errorOf(options), "");
+
+    options.mClip = true;
+    options.mMapping.mCountsPerVolt = 2e6;
+    const Imported imported = import({}, 0.5, options);
+    EXPECT_EQ(imported.mLines[0][5], 2147483647.0);
+    EXPECT_THAT(imported.mReport.mRemarks, Contains(HasSubstr("values limited to 32 bits")));
+}
+
+TEST(ImportTest, TellsWhatItDid)
+{
+    ImportOptions options;
+    const Imported imported = import({}, 0.1, options);
+    const ChannelReport& row = imported.mReport.mChannels[0];
+    EXPECT_EQ(row.mSource, "UA");
+    EXPECT_EQ(row.mFactor, 1e6);
+    EXPECT_NEAR(row.mPeak, 1.18, 0.001); // the sum of all harmonics at the first sample
+    EXPECT_NEAR(row.mRms, 0.7099, 0.001);
+    EXPECT_THAT(imported.mReport.mRemarks,
+                Contains("the recording has fewer than six periods: 50 Hz is played"));
+    EXPECT_EQ(imported.mReport.mLines, imported.mLines.size());
+    for (const auto& [from, to] : {std::pair{0.2, 0.1}, {-1.0, 0.1}, {0.0, 0.6}, {0.5, 0.5}}) {
+        options.mFrom = from;
+        options.mTo = to;
+        EXPECT_THAT(errorOf(options), HasSubstr("expected a part of 0 to 0.5 s"));
+    }
+}
+
+/** From a recording to a configuration, as its user does it. */
+TEST(ImportTest, CommandMakesWhatCanBePlayed)
+{
+    const TestFiles files;
+    std::string data;
+    for (int i = 0; i < 480; ++i) {
+        data += fmt::format("{},0,{:.0f}\n", i + 1, 1000 * std::sin(i * 6.2831853 / 96));
+    }
+    files.make("fault.dat", data);
+    const std::string recording =
+        files
+            .make("fault.cfg",
+                  "S,D,1999\n1,1A,0D\n1,UA,A,,V,1,0,0,-9999,9999,1,1,P\n50\n1\n"
+                  "4800,480\n01/01/2020,00:00:00\n01/01/2020,00:00:00\nASCII\n1\n")
+            .toStdString();
+    const std::string value = files.path("fault.csv");
+    const std::string configuration = files.path("fault.conf");
+    const CommandRunner runner;
+    const CommandResult result = runner.run({VX_CASE, "import", recording, "-o", value,
+                                             "--configuration", configuration, "--scale", "2,1"});
+    ASSERT_EQ(result.mExitCode, 0) << result;
+    EXPECT_THAT(result.mErrors, HasSubstr("0  UA"));
+    EXPECT_THAT(readFile(configuration), testing::EndsWith("\n0,1," + value + "\n"));
+    EXPECT_THAT(readFile(value), HasSubstr("# made by vx-case import "));
+    EXPECT_EQ(runner.run({VX_CASE, "check", configuration}).mExitCode, 0);
+
+    for (const Words& wrong : {Words{"--scale", "1"},
+                               {"--side", "left"},
+                               {"--frequency", "0"},
+                               {"--channels", "9=1"},
+                               {"--before", "-1"}}) {
+        const CommandResult refused =
+            runner.run(joined({VX_CASE, "import", recording, "-o", value}, wrong));
+        EXPECT_EQ(refused.mExitCode, 2) << refused;
+        EXPECT_THAT(refused.mErrors, HasSubstr(wrong[0])) << refused;
+    }
+}
