@@ -40,8 +40,8 @@ examples=$PWD/examples
         --config "$examples/vx-simulator.conf"
 )
 [[ -s $results/recording.bin ]] || { echo "demo: nothing arrived at the driver" >&2; exit 1; }
-gnuplot -c scripts/waveform.gnuplot "$results/recording.bin" "$results/events.jsonl" \
-    "$results/waveform.svg"
+"$programs/tools/case/vx-case" plot "$results/recording.bin" --events "$results/events.jsonl" \
+    --config examples/vx-simulator.conf --directory "$results" -o "$results/waveform.svg"
 
 echo
 echo "demo: what it left"

@@ -63,7 +63,8 @@ are played is chosen by one-line commands while it runs.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_name})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION misc)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS ${program_name})
+# vx-case plot draws with gnuplot, and its PNG pictures need a font.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "${program_name}, gnuplot-nox, fonts-dejavu-core")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "stand-in driver and case maker for vx-simulator
 vx-sandbox runs a program with a stand-in for the simulated ADC driver,
 without any change on the host, and tells what arrived. vx-case makes what is

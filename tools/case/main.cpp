@@ -23,6 +23,7 @@ void declare(CLI::App& app)
     addInfoCommand(app);
     addCatalogueCommand(app);
     addImportCommand(app);
+    addPlotCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */

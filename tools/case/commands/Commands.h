@@ -17,3 +17,4 @@ void addExplainCommand(CLI::App& app);
 void addExportCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
 void addImportCommand(CLI::App& app);
+void addPlotCommand(CLI::App& app);

@@ -1,0 +1,142 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "CommandRunner.h"
+#include "plot/Envelope.h"
+#include "plot/GnuplotScript.h"
+#include "plot/Overview.h"
+
+using testing::HasSubstr;
+
+namespace {
+constexpr double kPi = 3.14159265358979323846;
+
+/** Of 1 V; from the sample `jump` on of 0.4 V; a voltage and a current that stays. */
+class Sag : public SignalSource
+{
+public:
+    Sag(double hertz, double rate, size_t jump) : mHertz(hertz), mRate(rate), mJump(jump)
+    {
+        mDescription.mNominalHz = 60.0;
+        mDescription.mChannels.resize(2);
+        mDescription.mChannels[0].mUnit = "kV";
+        mDescription.mChannels[1].mUnit = "A";
+    }
+
+    const SignalDescription& description() const override { return mDescription; }
+    double progress() const override { return 0.0; }
+
+    bool read(SignalBlock& block) override
+    {
+        block.resize(2, mNext < 2000 ? 100 : 0);
+        block.mFirst = mNext;
+        for (size_t i = 0; i < block.size(); ++i, ++mNext) {
+            block.mSeconds[i] = static_cast<double>(mNext) / mRate;
+            const double sine = std::sin(2.0 * kPi * mHertz * block.mSeconds[i] + 1.0);
+            block.mValues[0][i] = sine * (mNext < mJump ? 1.0 : 0.4);
+            block.mValues[1][i] = sine;
+        }
+        return block.size() > 0;
+    }
+
+private:
+    SignalDescription mDescription;
+    double mHertz;
+    double mRate;
+    size_t mJump;
+    size_t mNext = 0;
+};
+
+/** Runs plot with a gnuplot that gives back its script, so that nothing depends on the drawing. */
+class PlotTest : public testing::Test
+{
+protected:
+    PlotTest()
+    {
+        mRunner.writeFile("gnuplot", "#!/bin/sh\nexec /bin/cat\n");
+        mRunner.run({"chmod", "+x", mRunner.path("gnuplot")});
+        mRunner.writeFile("a.csv", repeated(valueLine("0", "50"), 720));
+        mRunner.writeFile("b.csv",
+                          repeated(valueLine("0", "50"), 719) + "0;0;0;0;50;1;2;3;4;5;6;7;6008\n");
+    }
+
+    CommandResult plot(const std::string& arguments, const std::string& programs = ".") const
+    {
+        return mRunner.run(joined({"env", "PATH=" + programs, VX_CASE, "plot"}, split(arguments)));
+    }
+
+    CommandRunner mRunner;
+};
+} // namespace
+
+/** However long the curve, few points are left, in order, the least and the largest among them. */
+TEST(EnvelopeTest, KeepsTheExtremesWithinItsColumns)
+{
+    for (const int count : {1, 199, 200, 201, 100'000}) {
+        Envelope envelope(1, 100);
+        for (int i = 0; i < count; ++i) {
+            envelope.add(i, {i == count / 3 ? 9.0 : i == count / 2 ? -9.0 : std::sin(i)});
+        }
+        const std::vector<Point> points = envelope.curve(0);
+        EXPECT_LE(points.size(), 400) << count;
+        const auto isExtreme = [](const Point& it) { return std::abs(it.mY) == 9.0; };
+        EXPECT_EQ(std::count_if(points.begin(), points.end(), isExtreme), count == 1 ? 1 : 2);
+        const auto rises = [](const Point& a, const Point& b) { return a.mX < b.mX; };
+        EXPECT_TRUE(std::is_sorted(points.begin(), points.end(), rises)) << count;
+    }
+}
+
+/** The period may be no whole number of samples, and the frequency not the nominal one. */
+TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
+{
+    for (const auto& [hertz, rate, jump] :
+         {std::tuple{60.0, 3600.0, 1010}, {59.0, 3600.0, 1000}, {60.0, 1000.0, 1000}}) {
+        Sag sag(hertz, rate, static_cast<size_t>(jump));
+        const DrawnChannels channels(sag.description());
+        Overview overview(sag.description(), channels, 500);
+        overview.read(sag);
+        const std::vector<Moment> moments = chooseMoments(overview.moments(), 3, 0.1);
+        ASSERT_EQ(moments.size(), 1) << hertz << ' ' << rate;
+        EXPECT_NEAR(moments[0].mSeconds, jump / rate, 3.0 / rate) << hertz << ' ' << rate;
+        EXPECT_THAT(moments[0].mText, HasSubstr(" kV"));
+        EXPECT_NEAR(overview.rms(0).back().mY, 0.4 * std::sqrt(0.5), 0.02);
+        for (const Point& point : overview.hertz()) {
+            EXPECT_NEAR(point.mY, hertz, 0.1) << point.mX;
+        }
+    }
+}
+
+/** Names come from files: none of them may reach gnuplot as anything but a text. */
+TEST_F(PlotTest, WritesNamesAndDifferencesIntoTheScript)
+{
+    const std::string script = gnuplotScript(
+        {"it's\n`a`", "", 1.0, {}, {}, {{"V", 0, 2, {{"U'_1", 0, false, {{0, 1}}}}}}, {}},
+        {Canvas::Kind::Svg});
+    EXPECT_THAT(script, AllOf(HasSubstr("'it''s `a`'"), HasSubstr("title 'U''\\_1'"),
+                              HasSubstr("$whole0_0 << EOD\n0 1\nEOD\n")));
+    plot("a.csv b.csv -o both.PNG");
+    EXPECT_THAT(mRunner.readFile("both.PNG"),
+                AllOf(HasSubstr("set terminal pngcairo"),
+                      HasSubstr("largest difference 0 V; largest difference 6 A at 0.039")));
+    EXPECT_THAT(plot("a.csv").mOutput,
+                HasSubstr("set terminal dumb mono noenhanced nofeed size 80"));
+}
+
+TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)
+{
+    for (const auto& [arguments, message] : std::vector<std::pair<std::string, std::string>>{
+             {"a.csv -o x.pdf", "'x.pdf': expected a name that ends in .svg or .png"},
+             {"a.csv -o x.svg --from 1", "nothing to show from 1 s to 0.03"},
+             {"a.csv -o x.svg --at 1", "nothing to show at 1 s: the end is at 0.03"},
+             {"a.csv -o x.svg --events e", "a.csv: expected a recording of the driver"}}) {
+        const CommandResult result = plot(arguments);
+        EXPECT_THAT(result.mErrors, HasSubstr(message));
+        EXPECT_NE(result.mExitCode, 0) << arguments;
+    }
+    EXPECT_THAT(plot("a.csv -o x.svg", "/nowhere").mErrors, HasSubstr("the package gnuplot-nox"));
+    mRunner.writeFile("gnuplot", "#!/bin/sh\necho half; echo broken >&2; exit 1\n");
+    EXPECT_THAT(plot("a.csv -o x.svg").mErrors, HasSubstr("gnuplot: broken"));
+    EXPECT_EQ(mRunner.readFile("x.svg"), "");
+}

@@ -1,0 +1,124 @@
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <QFileInfo>
+#include <algorithm>
+#include <memory>
+
+#include "base/CaseError.h"
+#include "base/ResultFile.h"
+#include "commands/Commands.h"
+#include "plot/Gnuplot.h"
+#include "plot/GnuplotScript.h"
+#include "plot/PictureMaker.h"
+
+namespace {
+constexpr char kFooter[] =
+    R"(INPUT is a value file, a recording of the driver or a COMTRADE recording. A second
+one is drawn over it, dashed. FILE ends in .svg or .png; without it the picture is
+drawn on the terminal.
+
+Examples:
+  vx-case plot fault.cfg
+  vx-case plot recording.bin --events events.jsonl --config vx-simulator.conf -o run.svg)";
+
+constexpr int kUsualColumns = 80;
+
+struct PlotOptions
+{
+    PictureRequest mRequest;
+    std::string mOutput; ///< empty for the terminal
+};
+
+Canvas::Kind kindOf(const std::string& name)
+{
+    const QString suffix = QFileInfo(QString::fromStdString(name)).suffix().toLower();
+    if (suffix == "svg") {
+        return Canvas::Kind::Svg;
+    }
+    if (suffix == "png") {
+        return Canvas::Kind::Png;
+    }
+    throw CLI::ValidationError("-o", "'" + name + "': expected a name that ends in .svg or .png");
+}
+
+Canvas terminal()
+{
+    Canvas canvas;
+    winsize size{};
+    canvas.mHasColours = isatty(STDOUT_FILENO) != 0;
+    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    canvas.mColumns = isKnown ? std::max<int>(size.ws_col, kUsualColumns / 2) : kUsualColumns;
+    return canvas;
+}
+
+/** What the panels of the terminal do not tell. */
+std::string headOf(const Picture& picture)
+{
+    std::string head = picture.mTitle + "\n" + picture.mCaption + "\n";
+    for (const PlayedPart& part : picture.mPlayed) {
+        head += fmt::format("{:>10.3f} s  playing {}\n", part.mFrom, part.mText);
+    }
+    for (const GivenCommand& command : picture.mCommands) {
+        head += fmt::format("{:>10.3f} s  {}\n", command.mSeconds, command.mText);
+    }
+    return head;
+}
+
+void plot(PlotOptions options)
+{
+    Canvas canvas = terminal();
+    if (!options.mOutput.empty()) {
+        canvas.mKind = kindOf(options.mOutput);
+    } else {
+        options.mRequest.mMostMoments = 1;
+        options.mRequest.mColumns = static_cast<size_t>(canvas.mColumns);
+    }
+    ResultFile result(options.mOutput);
+    const Picture picture = makePicture(options.mRequest);
+    if (options.mOutput.empty()) {
+        result.write(headOf(picture));
+    }
+    result.write(runGnuplot(gnuplotScript(picture, canvas)));
+    result.commit();
+}
+} // namespace
+
+void addPlotCommand(CLI::App& app)
+{
+    CLI::App& command = *app.add_subcommand("plot",
+                                            "Draws a signal: the whole, and where "
+                                            "something happens in it");
+    command.footer(kFooter);
+    const auto options = std::make_shared<PlotOptions>();
+    PictureRequest& request = options->mRequest;
+    command.add_option("INPUT", request.mInputs, "What is drawn; a second one over the first")
+        ->required()
+        ->expected(1, 2);
+    command.add_option("-o", options->mOutput, "Picture to be written, .svg or .png")
+        ->type_name("FILE");
+    command.add_option("--events", request.mEvents, "What vx-sandbox --events wrote: the commands")
+        ->type_name("FILE");
+    command
+        .add_option("--config", request.mConfiguration,
+                    "Case configuration that was played: shows what was played when")
+        ->type_name("FILE");
+    command
+        .add_option("--directory", request.mDirectory,
+                    "Where relative names of value files begin (default: here)")
+        ->type_name("DIRECTORY");
+    CLI::Option* const at = command.add_option("--at", request.mAt, "Waveforms around this time")
+                                ->type_name("SECONDS")
+                                ->check(CLI::NonNegativeNumber);
+    command.add_option("--from", request.mFrom, "Waveforms from this time on")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber)
+        ->excludes(at);
+    command.add_option("--to", request.mTo, "Waveforms up to this time")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber)
+        ->excludes(at);
+    command.callback([options] { plot(*options); });
+}

@@ -1,0 +1,78 @@
+#include "plot/Difference.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/ProgressLine.h"
+
+namespace {
+constexpr double kSameInstant = 1e-6; ///< s
+} // namespace
+
+Difference::Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns)
+{
+    const size_t groups = std::min(left.groups().size(), right.groups().size());
+    for (size_t i = 0; i < groups; ++i) {
+        const DrawnGroup& a = left.groups()[i];
+        const DrawnGroup& b = right.groups()[i];
+        std::vector<Pair> pairs;
+        if (a.mUnit == b.mUnit) {
+            for (size_t j = 0; j < std::min(a.mChannels.size(), b.mChannels.size()); ++j) {
+                pairs.push_back({a.mChannels[j], b.mChannels[j]});
+            }
+        }
+        mCurves.emplace_back(pairs.size(), columns);
+        mPairs.push_back(pairs);
+    }
+    mLargest.resize(groups);
+}
+
+bool Difference::Reader::hasSample()
+{
+    if (mNext == mBlock.size()) {
+        mNext = 0;
+        return mSource.read(mBlock);
+    }
+    return true;
+}
+
+bool Difference::read(SignalSource& left, SignalSource& right)
+{
+    ProgressLine line("comparing");
+    Reader a{left};
+    Reader b{right};
+    while (a.hasSample() && b.hasSample()) {
+        const size_t count = std::min(a.mBlock.size() - a.mNext, b.mBlock.size() - b.mNext);
+        if (!compare(a, b, count)) {
+            return false;
+        }
+        a.mNext += count;
+        b.mNext += count;
+        mSamples += count;
+        line.show(left.progress());
+    }
+    return mSamples > 0;
+}
+
+bool Difference::compare(const Reader& left, const Reader& right, size_t count)
+{
+    for (size_t i = 0; i < count; ++i) {
+        const double seconds = left.mBlock.mSeconds[left.mNext + i];
+        if (std::abs(seconds - right.mBlock.mSeconds[right.mNext + i]) > kSameInstant) {
+            return false;
+        }
+        for (size_t group = 0; group < mPairs.size(); ++group) {
+            mValues.clear();
+            for (const Pair& pair : mPairs[group]) {
+                const double a = left.mBlock.mValues[pair.mLeft.mIndex][left.mNext + i];
+                const double b = right.mBlock.mValues[pair.mRight.mIndex][right.mNext + i];
+                mValues.push_back(b * pair.mRight.mFactor - a * pair.mLeft.mFactor);
+                if (std::abs(mValues.back()) > mLargest[group].mValue) {
+                    mLargest[group] = {std::abs(mValues.back()), seconds};
+                }
+            }
+            mCurves[group].add(seconds, mValues);
+        }
+    }
+    return true;
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <vector>
+
+#include "plot/DrawnChannels.h"
+#include "plot/Envelope.h"
+
+/** How two signals differ, sample by sample, where their instants are the same. */
+class Difference
+{
+public:
+    /**
+     * The channels at the same place of the two pictures are compared; borrows them.
+     * @param columns that the picture is wide
+     */
+    Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns);
+
+    /**
+     * Reads both signals up to the end of the shorter.
+     * @return whether all instants until there are the same, to a µs; if not, nothing is known
+     */
+    bool read(SignalSource& left, SignalSource& right);
+
+    struct Largest
+    {
+        double mValue = 0.0; ///< without sign, in the unit of the group
+        double mSeconds = 0.0;
+    };
+
+    /** Channels of a group that both have. */
+    size_t channels(size_t group) const { return mPairs[group].size(); }
+
+    /** Requires: a group of both pictures. */
+    const Largest& largest(size_t group) const { return mLargest[group]; }
+    std::vector<Point> curve(size_t group, size_t channel) const
+    {
+        return mCurves[group].curve(channel);
+    }
+
+    /** That were compared. */
+    size_t samples() const { return mSamples; }
+
+private:
+    struct Pair
+    {
+        DrawnChannel mLeft;
+        DrawnChannel mRight;
+    };
+
+    struct Reader
+    {
+        SignalSource& mSource;
+        SignalBlock mBlock{};
+        size_t mNext = 0;
+
+        bool hasSample();
+    };
+
+    bool compare(const Reader& left, const Reader& right, size_t count);
+
+    std::vector<std::vector<Pair>> mPairs; ///< of each group
+    std::vector<Envelope> mCurves;
+    std::vector<Largest> mLargest;
+    std::vector<double> mValues;
+    size_t mSamples = 0;
+};

@@ -1,0 +1,98 @@
+#include "plot/FrequencyTrack.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+/** Of so many windows the median is taken; a jump of the phase spoils three of them. */
+constexpr size_t kMedianOf = 7;
+
+/** Fewer samples in a period say nothing of its phase. */
+constexpr size_t kFewestSamples = 4;
+
+/** With less of the power in the fundamental there is none. */
+constexpr double kLeastShare = 0.1;
+
+std::complex<double> product(const std::vector<double>& values,
+                             const std::vector<std::complex<double>>& weights)
+{
+    double real = 0.0;
+    double imaginary = 0.0;
+    for (size_t i = 0; i < values.size(); ++i) {
+        real += values[i] * weights[i].real();
+        imaginary += values[i] * weights[i].imag();
+    }
+    const auto count = static_cast<double>(values.size());
+    return {real / count, imaginary / count};
+}
+
+double meanSquare(const std::vector<double>& values)
+{
+    double sum = 0.0;
+    for (const double value : values) {
+        sum += value * value;
+    }
+    return sum / static_cast<double>(values.size());
+}
+} // namespace
+
+bool FrequencyTrack::add(const Period& last, const Period& period, Value* value)
+{
+    mInRow = last.size() == 0 ? 0 : mInRow + 1;
+    const double turn = period.size() < kFewestSamples ? kNone : turnInto(last, period);
+    // The two windows together reach over this period and the two before it.
+    const Period& middle = last.size() == 0 ? period : last;
+    mValues.push_back({middle.middle(), mInRow < 2 ? kNone : (1.0 + turn) / middle.length()});
+    if (mValues.size() < kMedianOf) {
+        return false;
+    }
+    std::vector<double> sorted;
+    for (const Value& it : mValues) {
+        sorted.push_back(it.mHertz);
+    }
+    const bool isKnown = std::all_of(sorted.begin(), sorted.end(),
+                                     [](double hertz) { return std::isfinite(hertz); });
+    std::sort(sorted.begin(), isKnown ? sorted.end() : sorted.begin());
+    *value = {mValues[kMedianOf / 2].mSeconds, isKnown ? sorted[kMedianOf / 2] : kNone};
+    mValues.pop_front();
+    return true;
+}
+
+void FrequencyTrack::makeWeights(const std::vector<double>& phases)
+{
+    if (phases == mPhases) {
+        return;
+    }
+    mPhases = phases;
+    mRising.clear();
+    mFalling.clear();
+    for (const double phase : phases) {
+        const Phasor pointer = std::polar(1.0, -2.0 * kPi * phase);
+        const double rising = 0.5 - 0.5 * std::cos(kPi * phase);
+        mRising.push_back(pointer * rising);
+        mFalling.push_back(pointer * (1.0 - rising));
+    }
+}
+
+/** @return in turns beyond the one of the nominal frequency, -0.5 to 0.5 */
+double FrequencyTrack::turnInto(const Period& last, const Period& period)
+{
+    makeWeights(period.mPhases);
+    Phasor sum;
+    double power = 0.0;
+    for (size_t i = 0; i < mLast.size(); ++i) {
+        const std::vector<double>& values = period.mValues[i];
+        const Phasor window = mLast[i] + product(values, mFalling);
+        sum += window * std::conj(mWindow[i]);
+        power += meanSquare(values);
+        mWindow[i] = last.size() == 0 ? Phasor() : window;
+        mLast[i] = product(values, mRising);
+    }
+    // A sine of amplitude 1 has a power of 1/2 and is 1/2 in a window.
+    return std::abs(sum) < kLeastShare * power / 2.0 || power == 0.0 ? kNone
+                                                                     : std::arg(sum) / 2.0 / kPi;
+}

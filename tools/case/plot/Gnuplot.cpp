@@ -1,0 +1,96 @@
+#include "plot/Gnuplot.h"
+
+#include <fmt/format.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "base/CaseError.h"
+
+namespace {
+/** What passes to and from the program: files without a name, so that neither waits for the other.
+ */
+class PassedFile
+{
+public:
+    PassedFile() : mFile(std::tmpfile(), &std::fclose)
+    {
+        if (!mFile) {
+            throw CaseError(fmt::format("a temporary file: {}", std::strerror(errno)));
+        }
+    }
+
+    int descriptor() const { return fileno(mFile.get()); }
+
+    void write(const std::string& text)
+    {
+        if (std::fwrite(text.data(), 1, text.size(), mFile.get()) != text.size() ||
+            std::fflush(mFile.get()) != 0) {
+            throw CaseError(fmt::format("a temporary file: {}", std::strerror(errno)));
+        }
+        std::rewind(mFile.get());
+    }
+
+    std::string content()
+    {
+        std::rewind(mFile.get());
+        std::string content;
+        char part[BUFSIZ];
+        while (const size_t size = std::fread(part, 1, sizeof(part), mFile.get())) {
+            content.append(part, size);
+        }
+        return content;
+    }
+
+private:
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile;
+};
+
+pid_t start(const PassedFile& script, const PassedFile& output, const PassedFile& messages)
+{
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, script.descriptor(), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output.descriptor(), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, messages.descriptor(), STDERR_FILENO);
+    char name[] = "gnuplot";
+    char* const words[] = {name, nullptr};
+    pid_t child = 0;
+    const int error = posix_spawnp(&child, name, &actions, nullptr, words, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error == ENOENT) {
+        throw CaseError(
+            "gnuplot draws the picture, and it is missing: install the package "
+            "gnuplot-nox");
+    }
+    if (error != 0) {
+        throw CaseError(fmt::format("gnuplot: {}", std::strerror(error)));
+    }
+    return child;
+}
+
+bool endsWell(pid_t child)
+{
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+} // namespace
+
+std::string runGnuplot(const std::string& script)
+{
+    PassedFile input;
+    PassedFile output;
+    PassedFile messages;
+    input.write(script);
+    if (!endsWell(start(input, output, messages))) {
+        throw CaseError("gnuplot: " + messages.content());
+    }
+    return output.content();
+}

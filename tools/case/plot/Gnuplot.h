@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+/**
+ * Runs gnuplot with the script on its standard input.
+ *
+ * @return what it wrote to its standard output
+ * @throws CaseError when it is missing or fails, with its words
+ */
+std::string runGnuplot(const std::string& script);

@@ -1,0 +1,50 @@
+#include "plot/Overview.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/ProgressLine.h"
+
+Overview::Overview(const SignalDescription& description, const DrawnChannels& channels,
+                   size_t columns)
+    : mRms(channels.count(), columns),
+      mHertz(1, columns),
+      mTrack(std::min(channels.count(), DrawnChannels::kMostOfEach)),
+      mMoments(channels),
+      mPeriods(description, channels,
+               [this](const Period& last, const Period& period) { take(last, period); }),
+      mRmsOfPeriod(channels.count())
+{
+}
+
+void Overview::read(SignalSource& source)
+{
+    ProgressLine line("reading");
+    SignalBlock block;
+    while (source.read(block)) {
+        mPeriods.add(block);
+        mSeconds = block.mSeconds.back();
+        line.show(source.progress());
+    }
+    mPeriods.finish();
+}
+
+void Overview::take(const Period& last, const Period& period)
+{
+    if (mFirstPeriod == 0.0) {
+        mFirstPeriod = period.length();
+    }
+    for (size_t i = 0; i < mRmsOfPeriod.size(); ++i) {
+        double squares = 0.0;
+        for (const double value : period.mValues[i]) {
+            squares += value * value;
+        }
+        mRmsOfPeriod[i] = std::sqrt(squares / static_cast<double>(period.size()));
+    }
+    mRms.add(period.middle(), mRmsOfPeriod);
+    FrequencyTrack::Value value{};
+    if (mTrack.add(last, period, &value)) {
+        mHertz.add(value.mSeconds, {value.mHertz});
+    }
+    mMoments.add(last, period, mRmsOfPeriod);
+}

@@ -1,0 +1,100 @@
+#include "plot/Periods.h"
+
+#include <cmath>
+#include <utility>
+
+#include "SampleRecord.h"
+
+namespace {
+constexpr double kUsualHertz = 50.0;
+
+void clear(Period* period)
+{
+    period->mSeconds.clear();
+    period->mPhases.clear();
+    for (std::vector<double>& values : period->mValues) {
+        values.clear();
+    }
+}
+} // namespace
+
+Periods::Periods(const SignalDescription& description, const DrawnChannels& channels, Take take)
+    : mIsOfDevice(isOfDevice(description)),
+      mHertz(description.mNominalHz > 0.0 ? description.mNominalHz : kUsualHertz),
+      mTake(std::move(take))
+{
+    for (const DrawnGroup& group : channels.groups()) {
+        mChannels.insert(mChannels.end(), group.mChannels.begin(), group.mChannels.end());
+    }
+    mLast.mValues.resize(mChannels.size());
+    mPeriod.mValues.resize(mChannels.size());
+}
+
+double Periods::turnsAt(size_t sample, double seconds) const
+{
+    return mIsOfDevice ? static_cast<double>(sample) / kSamplesPerPeriod : seconds * mHertz;
+}
+
+void Periods::add(const SignalBlock& block)
+{
+    size_t begin = 0;
+    while (begin < block.size()) {
+        const double number = std::floor(turnsAt(block.mFirst + begin, block.mSeconds[begin]));
+        if (number != mNumber || mPeriod.size() >= kMostSamples) {
+            close(block.mSeconds[begin], number == mNumber + 1.0);
+            mNumber = number;
+        }
+        size_t end = begin + 1;
+        while (end < block.size() &&
+               turnsAt(block.mFirst + end, block.mSeconds[end]) < mNumber + 1.0) {
+            ++end;
+        }
+        append(block, begin, end);
+        begin = end;
+    }
+}
+
+void Periods::append(const SignalBlock& block, size_t begin, size_t end)
+{
+    for (size_t i = begin; i < end; ++i) {
+        mPeriod.mSeconds.push_back(block.mSeconds[i]);
+        // Counted from the period's own beginning, so that equal periods have equal phases.
+        mPeriod.mPhases.push_back(
+            mIsOfDevice ? static_cast<double>(mPeriod.mPhases.size()) / kSamplesPerPeriod
+                        : turnsAt(block.mFirst + i, block.mSeconds[i]) - mNumber);
+    }
+    for (size_t channel = 0; channel < mChannels.size(); ++channel) {
+        const double* const values = block.mValues[mChannels[channel].mIndex].data();
+        const double factor = mChannels[channel].mFactor;
+        std::vector<double>& column = mPeriod.mValues[channel];
+        for (size_t i = begin; i < end; ++i) {
+            column.push_back(values[i] * factor);
+        }
+    }
+}
+
+void Periods::close(double end, bool isNextAdjacent)
+{
+    if (mPeriod.size() > 0) {
+        mPeriod.mBegin = mPeriod.mSeconds.front();
+        mPeriod.mEnd = mIsOfDevice ? end : mPeriod.mBegin + 1.0 / mHertz;
+        mTake(mLast, mPeriod);
+        mAnyTaken = true;
+    }
+    std::swap(mLast, mPeriod);
+    clear(&mPeriod);
+    if (!isNextAdjacent) {
+        clear(&mLast);
+    }
+}
+
+void Periods::finish()
+{
+    const bool isWhole = mPeriod.size() + 1 >= mLast.size() && mLast.size() > 0;
+    if (mPeriod.size() > 0 && (isWhole || !mAnyTaken)) {
+        close(isWhole
+                  ? mPeriod.mSeconds.back() + mLast.length() - mLast.mSeconds.back() + mLast.mBegin
+                  : mPeriod.mSeconds.back(),
+              false);
+    }
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "plot/DrawnChannels.h"
+
+/** The samples of one nominal period. */
+struct Period
+{
+    double mBegin = 0.0;                      ///< time of the first sample, in s
+    double mEnd = 0.0;                        ///< where the next one begins
+    std::vector<double> mSeconds;             ///< times of the samples
+    std::vector<double> mPhases;              ///< place of each in the period, 0 to less than 1
+    std::vector<std::vector<double>> mValues; ///< of the drawn channels, in the panel's unit
+
+    size_t size() const { return mSeconds.size(); }
+    double length() const { return mEnd - mBegin; }
+    double middle() const { return (mBegin + mEnd) / 2.0; }
+};
+
+/**
+ * Cuts a signal into nominal periods: of 360 samples, where it is for the device, else of the
+ * time that the nominal frequency gives. Memory is that of two periods.
+ */
+class Periods
+{
+public:
+    /** Gets each period and the one before it, which is empty for the first and after a gap. */
+    using Take = std::function<void(const Period& last, const Period& period)>;
+
+    Periods(const SignalDescription& description, const DrawnChannels& channels, Take take);
+
+    void add(const SignalBlock& block);
+
+    /** The signal ends: its last period is given if it is whole, to a sample, or the only one. */
+    void finish();
+
+private:
+    /** A file may say that all its samples belong to one period. */
+    static constexpr size_t kMostSamples = size_t{1} << 20U;
+
+    double turnsAt(size_t sample, double seconds) const;
+    void append(const SignalBlock& block, size_t begin, size_t end);
+    void close(double end, bool isNextAdjacent);
+
+    bool mIsOfDevice;
+    double mHertz;
+    std::vector<DrawnChannel> mChannels;
+    Take mTake;
+    Period mLast;
+    Period mPeriod;
+    double mNumber = 0.0; ///< of the period in progress
+    bool mAnyTaken = false;
+};

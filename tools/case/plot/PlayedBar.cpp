@@ -1,0 +1,57 @@
+#include "plot/PlayedBar.h"
+
+#include <fmt/format.h>
+
+#include <QFileInfo>
+
+namespace {
+constexpr double kSecondsPerNanosecond = 1e-9;
+
+/** More cannot be told apart in a picture; what comes behind belongs to the last. */
+constexpr size_t kMostParts = 1000;
+constexpr size_t kMostCommands = 100;
+
+std::string effectOf(const std::string& text)
+{
+    const bool isOnce = !text.empty() && text[0] == 's';
+    return isOnce ? fmt::format("play configuration {} once", text.substr(1))
+                  : fmt::format("play configuration {} from now on", text);
+}
+} // namespace
+
+double PlayedBar::secondsOf(qint64 stampNs) const
+{
+    return static_cast<double>(stampNs - mFirstStampNs) * kSecondsPerNanosecond;
+}
+
+void PlayedBar::add(const PlayedStretch& stretch)
+{
+    const int configuration = stretch.mConfigurations.empty() ? 0 : stretch.mConfigurations[0];
+    const QString name = QFileInfo(QString::fromStdString(stretch.mFile)).completeBaseName();
+    const PlayedPart part{secondsOf(stretch.mFirstStampNs), secondsOf(stretch.mLastStampNs),
+                          configuration, fmt::format("{}: {}", configuration, name.toStdString())};
+    // Where nothing is missing, a part ends where the next one begins.
+    if (!mParts.empty() && (mParts.back().mText == part.mText || mParts.size() == kMostParts)) {
+        mParts.back().mTo = part.mTo;
+        return;
+    }
+    mParts.push_back(part);
+}
+
+void PlayedBar::add(const CommandOutcome& command)
+{
+    if (command.mProblem.empty()) {
+        addCommand(command.mText, command.mArrivalNs);
+    } else if (mCommands.size() < kMostCommands) {
+        mCommands.push_back(
+            {secondsOf(command.mArrivalNs), fmt::format("command “{}”: rejected", command.mText)});
+    }
+}
+
+void PlayedBar::addCommand(const std::string& text, qint64 arrivalNs)
+{
+    if (mCommands.size() < kMostCommands) {
+        mCommands.push_back(
+            {secondsOf(arrivalNs), fmt::format("command “{}”: {}", text, effectOf(text))});
+    }
+}

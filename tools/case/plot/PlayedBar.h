@@ -1,0 +1,29 @@
+#pragma once
+
+#include "explain/Findings.h"
+#include "plot/Picture.h"
+
+/** Keeps what was played when, and which commands were given, as far as a picture can show it. */
+class PlayedBar : public ExplanationOutput
+{
+public:
+    /** @param firstStampNs where the picture begins */
+    explicit PlayedBar(qint64 firstStampNs) : mFirstStampNs(firstStampNs) {}
+
+    void add(const PlayedStretch& stretch) override;
+    void add(const CommandOutcome& command) override;
+    void add(const Finding& /*finding*/) override {}
+    void add(const Verdict& /*verdict*/) override {}
+
+    void addCommand(const std::string& text, qint64 arrivalNs);
+
+    const std::vector<PlayedPart>& parts() const { return mParts; }
+    const std::vector<GivenCommand>& commands() const { return mCommands; }
+
+private:
+    double secondsOf(qint64 stampNs) const;
+
+    qint64 mFirstStampNs;
+    std::vector<PlayedPart> mParts;
+    std::vector<GivenCommand> mCommands;
+};
