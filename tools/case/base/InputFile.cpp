@@ -68,9 +68,9 @@ bool InputFile::takeLine(std::string_view* line)
 
 double InputFile::progress() const
 {
-    const size_t size = mPartEnd - mPartBegin;
-    return size == 0 ? 1.0
-                     : static_cast<double>(position() - mPartBegin) / static_cast<double>(size);
+    const size_t bytes = mPartEnd - mPartBegin;
+    return bytes == 0 ? 1.0
+                      : static_cast<double>(position() - mPartBegin) / static_cast<double>(bytes);
 }
 
 /** Makes room for `wanted` bytes in all behind mNext; false at the end of the part. */

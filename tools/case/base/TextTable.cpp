@@ -20,9 +20,9 @@ size_t widthOf(const std::string& text)
 TextTable::TextTable(const std::vector<std::string>& heading)
 {
     mRows.emplace_back();
-    for (const std::string& text : heading) {
-        mIsRight.push_back(!text.empty() && text[0] == kRightMark);
-        mRows.back().push_back(mIsRight.back() ? text.substr(1) : text);
+    for (const std::string& title : heading) {
+        mIsRight.push_back(!title.empty() && title[0] == kRightMark);
+        mRows.back().push_back(mIsRight.back() ? title.substr(1) : title);
     }
 }
 

@@ -88,15 +88,15 @@ void ComtradeAsciiRecords::read(size_t most, ComtradeBlock* block,
     block->mNumbers.resize(most);
     block->mStamps.resize(most);
     block->mStates.assign(most * stateWords(mHeader), 0);
-    size_t count = 0;
+    size_t records = 0;
     std::string_view line;
-    while (count < most && takeRecord(&line)) {
-        readRecord(line, count, block, columns);
-        ++count;
+    while (records < most && takeRecord(&line)) {
+        readRecord(line, records, block, columns);
+        ++records;
     }
-    block->mNumbers.resize(count);
-    block->mStamps.resize(count);
-    block->mStates.resize(count * stateWords(mHeader));
+    block->mNumbers.resize(records);
+    block->mStamps.resize(records);
+    block->mStates.resize(records * stateWords(mHeader));
 }
 
 /** Takes the next line that is a record; false at the end of the data. */

@@ -99,17 +99,17 @@ void ComtradeBinaryRecords::read(size_t most, ComtradeBlock* block,
                                  std::vector<std::vector<double>>* columns)
 {
     const std::string_view bytes = mFile.peek(most * mRecordBytes);
-    const size_t count = bytes.size() / mRecordBytes;
-    block->mNumbers.resize(count);
-    block->mStamps.resize(count);
+    const size_t records = bytes.size() / mRecordBytes;
+    block->mNumbers.resize(records);
+    block->mStamps.resize(records);
     readStamps(bytes.data(), block);
     for (size_t i = 0; i < columns->size(); ++i) {
-        readColumnOf(mHeader, i, bytes.data() + kStampBytes + i * mValueBytes, mRecordBytes, count,
-                     (*columns)[i].data());
+        readColumnOf(mHeader, i, bytes.data() + kStampBytes + i * mValueBytes, mRecordBytes,
+                     records, (*columns)[i].data());
     }
     readStates(bytes.data(), block);
-    mFile.skip(count * mRecordBytes);
-    if (count == 0) {
+    mFile.skip(records * mRecordBytes);
+    if (records == 0) {
         mEndsInMark = bytes.size() == 1 && bytes[0] == kEndMark;
         mFile.skip(bytes.size());
     }

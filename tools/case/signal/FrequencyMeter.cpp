@@ -135,8 +135,8 @@ FrequencyMeter::Result FrequencyMeter::result() const
 {
     Result best;
     for (const Channel& channel : mChannels) {
-        const Result result = resultOf(channel);
-        best = result.mShare > best.mShare ? result : best;
+        const Result found = resultOf(channel);
+        best = found.mShare > best.mShare ? found : best;
     }
     return best;
 }
