@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
-# Installs what is missing, cross-builds everything for 32-bit ARM and runs the tests in emulation.
+# Installs what is missing, cross-builds the programs of the device for 32-bit ARM and runs their
+# tests in emulation.
 #
 # Usage: scripts/test-armhf.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
+export LC_ALL=C.UTF-8
 
 scripts/setup.sh build armhf
 scripts/make-sysroot.sh
 # The sandbox in which the emulated program is tested is a native one.
 cmake --preset release
 cmake --build --preset release --target vx-sandbox
-./test.sh armhf
+cmake --preset armhf
+cmake --build --preset armhf
+ctest --preset armhf
