@@ -35,10 +35,10 @@ constexpr unsigned kSeed = 20240229;
 class LateSleeps
 {
 public:
-    explicit LateSleeps(VirtualSystem* system) : mSystem(system)
-    {
-        mSystem->mOnSleep = [this] { mSystem->advance(mLateness(mRandom)); };
-    }
+    explicit LateSleeps(VirtualSystem* system) : mSystem(system) {}
+
+    /** For the sleeps of the next burst. */
+    void renew() { mSystem->mOversleep = mLateness(mRandom); }
 
 private:
     VirtualSystem* mSystem;
@@ -59,13 +59,14 @@ InputValues oneBurst()
 std::vector<qint64> leadsOfWriter()
 {
     VirtualSystem system;
-    const LateSleeps late(&system);
+    LateSleeps late(&system);
     InputValues values = oneBurst();
     PrussSimulation writer;
     if (!writer.init()) {
         return {};
     }
     for (qint64 burst = 0; burst < kBursts; ++burst) {
+        late.renew();
         values.resetIterator();
         while (writer.writeSamples(values) == 0) {
         }
@@ -77,9 +78,10 @@ std::vector<qint64> leadsOfWriter()
 qint64 lagOfRelativeSleeps()
 {
     VirtualSystem system;
-    const LateSleeps late(&system);
+    LateSleeps late(&system);
     const qint64 start = toNanoseconds(system.mMonotonic);
     for (qint64 burst = 0; burst < kBursts; ++burst) {
+        late.renew();
         QThread::usleep(static_cast<unsigned long>(kBurstNanoseconds / 1000));
     }
     return toNanoseconds(system.mMonotonic) - start - kBursts * kBurstNanoseconds;
