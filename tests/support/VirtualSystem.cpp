@@ -160,6 +160,13 @@ extern "C" ssize_t read(int descriptor, void* buffer, size_t size)
     return syscall(SYS_read, descriptor, buffer, size);
 }
 
+/** What read() becomes where buffers are checked, as the hardened presets ask for. */
+// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
+extern "C" ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t /*bufferSize*/)
+{
+    return read(descriptor, buffer, size);
+}
+
 extern "C" ssize_t write(int descriptor, const void* buffer, size_t size)
 {
     if (gSystem != nullptr && gSystem->mWriteFault != 0 &&
