@@ -31,8 +31,8 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
     }
     mErrors = mCases.lineErrors();
     checkNumbers();
-    const auto& configurations = mCases.configurations();
-    for (auto it = configurations.begin(); it != configurations.end(); ++it) {
+    const auto& numbers = mCases.configurations();
+    for (auto it = numbers.begin(); it != numbers.end(); ++it) {
         for (const CaseEntry& entry : it.value()) {
             checkEntry(entry);
         }
@@ -44,9 +44,9 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
 /** The simulator takes the numbers as places from 0 on. */
 void CaseCheck::checkNumbers()
 {
-    const auto& configurations = mCases.configurations();
+    const auto& numbers = mCases.configurations();
     qint32 expected = 0;
-    for (auto it = configurations.begin(); it != configurations.end(); ++it) {
+    for (auto it = numbers.begin(); it != numbers.end(); ++it) {
         if (it.key() != expected) {
             mErrors.push_back(fmt::format(
                 "{}: no configuration found. Number {} is missing: the numbers run from 0 on "
@@ -56,7 +56,7 @@ void CaseCheck::checkNumbers()
         }
         ++expected;
     }
-    if (!configurations.contains(mCases.continuousNumber())) {
+    if (!numbers.contains(mCases.continuousNumber())) {
         mErrors.push_back(fmt::format(
             "{}{}: configuration {} is played continuously from the start, and there is none",
             mName, mCases.continuousLine() == 0 ? "" : fmt::format(":{}", mCases.continuousLine()),

@@ -66,10 +66,10 @@ private:
     {
         for (size_t channel = 0; channel < mFacts.mLast.size(); ++channel) {
             const qint64 value = item.mValues[channel];
-            qint64& largest = mFacts.mLargestStep[channel];
             if (mFacts.mSamples == 0) {
                 mFacts.mFirst[channel] = value;
             } else {
+                qint64& largest = mFacts.mLargestStep[channel];
                 largest = std::max(largest, std::abs(value - mFacts.mLast[channel]));
             }
             mFacts.mLast[channel] = value;

@@ -202,7 +202,7 @@ double PerfectInstrument::distortion(size_t channel) const
 Json PerfectInstrument::rmsExtremes(size_t channel) const
 {
     constexpr double kSame = 1e-5; // a tail of a decay is no extreme
-    const ToneSum tones(mParameters, mTimeline, channel);
+    const ToneSum sum(mParameters, mTimeline, channel);
     const double phase = std::fmod(mParameters.mChannels[channel].mPhase, kHalfPeriod);
     const auto first = qint64(std::ceil(phase > 0.0 ? kHalfPeriod - phase : -phase));
     std::optional<Extreme> least;
@@ -212,9 +212,9 @@ Json PerfectInstrument::rmsExtremes(size_t channel) const
     for (qint64 line = first; line + kSamplesPerPeriod <= mTimeline.lineCount();
          line += kHalfPeriod) {
         // Two periods that overlap and are steady are alike.
-        const bool isSteady = tones.isSteady(line, line + kSamplesPerPeriod);
+        const bool isSteady = sum.isSteady(line, line + kSamplesPerPeriod);
         if (!isSteady || !wasSteady) {
-            const double squares = tones.sumOfSquares(line, line + kSamplesPerPeriod);
+            const double squares = sum.sumOfSquares(line, line + kSamplesPerPeriod);
             rms = std::sqrt(std::max(0.0, squares) / kSamplesPerPeriod);
         }
         wasSteady = isSteady;

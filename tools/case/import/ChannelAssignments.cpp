@@ -27,7 +27,8 @@ bool readAssignment(std::string_view text, Assignments& assignments)
         place >= kChannelCount || assignments[static_cast<size_t>(place)]) {
         return false;
     }
-    Assignment& assignment = assignments[static_cast<size_t>(place)].emplace();
+    assignments[static_cast<size_t>(place)] = Assignment{};
+    Assignment& assignment = *assignments[static_cast<size_t>(place)];
     assignment.mText = trimmed(sides[1]);
     if (assignment.mText == "0") {
         return true;

@@ -9,19 +9,17 @@ namespace {
 using Quantity = ChannelUnit::Quantity;
 
 constexpr double kMilli = 1e-3;
-constexpr double kKilo = 1e3;
 
 std::string labelOf(const ChannelDescription& channel)
 {
     return channel.mName.empty() ? std::to_string(channel.mNumber) : channel.mName;
 }
 
-/** In kV or kA where the first of them is, else in V or A. */
-DrawnGroup groupOf(const ChannelUnit& unit)
+/** In V or A, so that two signals share their axes whatever units they were recorded in. */
+DrawnGroup groupOf(Quantity quantity)
 {
-    const bool isVoltage = unit.mQuantity == Quantity::Voltage;
-    const std::string symbol = isVoltage ? "V" : "A";
-    return {isVoltage ? "voltage" : "current", unit.mFactor == kKilo ? "k" + symbol : symbol, {}};
+    const bool isVoltage = quantity == Quantity::Voltage;
+    return {isVoltage ? "voltage" : "current", isVoltage ? "V" : "A", {}};
 }
 } // namespace
 
@@ -58,18 +56,13 @@ void DrawnChannels::drawDevice()
 void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels)
 {
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
-        DrawnGroup group;
-        double panelFactor = 1.0;
+        DrawnGroup group = groupOf(quantity);
         for (size_t i = 0; i < channels.size(); ++i) {
             const ChannelUnit unit = unitOf(channels[i]);
             if (unit.mQuantity != quantity || group.mChannels.size() == kMostOfEach) {
                 continue;
             }
-            if (group.mChannels.empty()) {
-                group = groupOf(unit);
-                panelFactor = unit.mFactor == kKilo ? kKilo : 1.0;
-            }
-            group.mChannels.push_back({i, labelOf(channels[i]), unit.mFactor / panelFactor});
+            group.mChannels.push_back({i, labelOf(channels[i]), unit.mFactor});
         }
         if (!group.mChannels.empty()) {
             mGroups.push_back(group);
