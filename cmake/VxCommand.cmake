@@ -11,11 +11,16 @@ function(vx_command variable target)
     set(${variable} ${VX_NATIVE_BUILD}/standin/vx-sandbox PARENT_SCOPE)
   else()
     set(launcher $<TARGET_FILE:${target}>-emulated)
+    set(${variable} ${launcher} PARENT_SCOPE)
+    get_property(isMade GLOBAL PROPERTY vx-${target}-launcher SET)
+    if(isMade)
+      return()
+    endif()
+    set_property(GLOBAL PROPERTY vx-${target}-launcher ${launcher})
     list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
     file(GENERATE OUTPUT ${launcher}
       CONTENT "#!/bin/sh\nexec ${emulator} $<TARGET_FILE:${target}> \"$@\"\n"
       FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
         WORLD_READ WORLD_EXECUTE)
-    set(${variable} ${launcher} PARENT_SCOPE)
   endif()
 endfunction()
