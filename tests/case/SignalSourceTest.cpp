@@ -45,6 +45,12 @@ TEST(SignalSourceTest, ValueFileIsRefusedInTheProgramsWords)
     EXPECT_EQ(errorOf([&] { readAll(source); }),
               name + ":5001: Parameter (x) is not of type qint32");
     EXPECT_THROW(ValueFileSource("/no/such"), CaseError);
+    ValueFileSource removed(files.make("gone", repeated(valueLine("7", "50"), 9000)).toStdString());
+    SignalBlock block;
+    EXPECT_TRUE(removed.read(block));
+    QFile::remove(files.path("gone").c_str());
+    EXPECT_EQ(errorOf([&] { removed.read(block); }),
+              files.path("gone") + ": was removed while it was read");
 }
 
 TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)

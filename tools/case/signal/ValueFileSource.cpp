@@ -38,9 +38,13 @@ public:
         resetIterator();
         const ProgramMessages messages;
         mNext = nullptr;
-        while (mNext == nullptr && parseLines(kBlockLines) != kEndOfFile) {
+        int lines = 0;
+        while (mNext == nullptr && (lines = parseLines(kBlockLines)) != kEndOfFile) {
             if (!messages.errors().empty()) {
                 throw CaseError(messages.errors().front());
+            }
+            if (lines < 0) {
+                throw CaseError(fileName().toStdString() + ": was removed while it was read");
             }
             resetIterator();
             mNext = nextItem();
