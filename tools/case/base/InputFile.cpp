@@ -76,7 +76,8 @@ double InputFile::progress() const
 /** Makes room for `wanted` bytes in all behind mNext; false at the end of the part. */
 bool InputFile::readMore(size_t wanted)
 {
-    std::memmove(mBlock.data(), mBlock.data() + mNext, mBlockEnd - mNext);
+    const auto block = mBlock.begin();
+    std::copy(block + static_cast<qint64>(mNext), block + static_cast<qint64>(mBlockEnd), block);
     mBlockPosition += mNext;
     mBlockEnd -= mNext;
     mNext = 0;
