@@ -76,8 +76,8 @@ double InputFile::progress() const
 /** Makes room for `wanted` bytes in all behind mNext; false at the end of the part. */
 bool InputFile::readMore(size_t wanted)
 {
-    const auto block = mBlock.begin();
-    std::copy(block + static_cast<qint64>(mNext), block + static_cast<qint64>(mBlockEnd), block);
+    const auto begin = mBlock.begin();
+    std::copy(begin + static_cast<qint64>(mNext), begin + static_cast<qint64>(mBlockEnd), begin);
     mBlockPosition += mNext;
     mBlockEnd -= mNext;
     mNext = 0;
