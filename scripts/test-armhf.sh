@@ -9,9 +9,9 @@ export LC_ALL=C.UTF-8
 
 scripts/setup.sh build armhf
 scripts/make-sysroot.sh
-# The sandbox in which the emulated program is tested is a native one.
+# The tools with which the emulated program is tested are native ones.
 cmake --preset release
-cmake --build --preset release --target vx-sandbox
+cmake --build --preset release --target vx-sandbox vx-case
 cmake --preset armhf
 cmake --build --preset armhf
 ctest --preset armhf

@@ -56,7 +56,7 @@ TEST(ChannelMapTest, KnowsPhases)
     const std::pair<ChannelPhase, std::vector<const char*>> rows[] = {
         {ChannelPhase::A,
          {"A", "a", "R", "L1", "1", "V1", "IA ", "I_A", "UL1", "VAN", "L1-N", "Bus 1 Ua", "А"}},
-        {ChannelPhase::B, {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG"}},
+        {ChannelPhase::B, {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE"}},
         {ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
         {ChannelPhase::Neutral, {"N", "4", "3I0", "3U0", "I0", "IN", "U4", "VG", "neutral"}},
         {ChannelPhase::BetweenPhases, {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},

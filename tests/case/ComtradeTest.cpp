@@ -241,7 +241,17 @@ TEST(ComtradeTest, OddRecordings)
          "1,0,2,0\n2,1000,x,1\n",
          "c.dat:2: expected a number in field 3, found \"x\""},
         {"too few fields", {}, "1,0,2\n2,1000,4,1\n", "c.dat:1: expected 4 fields, found 3"},
-        {"no record", kindOf("BINARY"), "12345",
+        {"text in place of binary", kindOf("BINARY"), kData,
+         plain + "the configuration tells of BINARY data, they are text: read as ASCII"},
+        {"binary in place of text",
+         {},
+         threeRecords<qint16>(4),
+         "c.dat: byte 1: expected text, since the configuration tells of ASCII data"},
+        {"blank lines, units of rates",
+         {{"\n50\n", "\n\n50 Hz\n"}, {"1000,3", "1000.0Hz,3"}, {"1999", "1999\n"}},
+         kData,
+         plain},
+        {"no record", kindOf("BINARY"), "1234\5",
          "c.dat: byte 0: expected records of 12 bytes (1 analog, 1 status channels), found 5 "
          "bytes"},
     };

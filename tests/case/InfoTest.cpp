@@ -26,6 +26,9 @@ TEST(InputTest, TextFilesWithAHeading)
              Row{"Zeit [ms];U1 [kV];x\n0,5;1,5;0\n\n1,5;-2,5;0\n", "kV", 0.001, -2.5},
              Row{"t,a (V)\r\n1e-3,1\r\n2e-3,1e1\r\n", "V", 0.001, 10},
              Row{"time\tU/V\n0\t1,25\n1000\t\n", "V", 1000, 1.25},
+             Row{"Model,X 1\nInterval,0.5\n\n\"x "
+                 "axis\",\"1\"\n(ms),(mV)\n\"0\",\"1\"\n\"2\",\"-3\"",
+                 "mV", 0.002, -3},
              Row{"  t/\xB5s   u \n 1  7\n 3  8", "", 2e-6, 8},
          }) {
         const auto source = openInput(files.make("scope", row.mText).toStdString(), {});
@@ -36,9 +39,9 @@ TEST(InputTest, TextFilesWithAHeading)
         EXPECT_EQ(all.mValues[0][1], row.mLastValue) << row.mText;
     }
     const auto late =
-        openInput(files.make("scope", "t;u\n" + repeated("0;1\n", 30) + "1;x\n").toStdString(), {});
+        openInput(files.make("scope", "t;u\n" + repeated("0;1\n", 60) + "1;x\n").toStdString(), {});
     EXPECT_THAT(errorOf([&] { readAll(*late); }),
-                HasSubstr("scope:32: expected a number in field 2, found \"x\""));
+                HasSubstr("scope:62: expected a number in field 2, found \"x\""));
 }
 
 /** What is refused says for each kind why. */

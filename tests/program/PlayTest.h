@@ -14,9 +14,9 @@ protected:
 
     /**
      * Plays `configuration` until the sandbox's options end it. Expects what holds of any run: it
-     * does not end by itself, it does not spin, and every record is the one that has to follow;
-     * without a fault among the options also that each block and side record is as it has to be,
-     * and that the summary tells of them.
+     * does not end by itself, it does not spin, every record is the one that has to follow, and
+     * what is sent is followed; without a fault among the options also that each block and side
+     * record is as it has to be, and that the summary tells of them.
      */
     void play(const std::string& configuration, const Words& options,
               const Words& program = kSimulator);
@@ -27,11 +27,11 @@ protected:
     CommandResult mResult;
     std::vector<Event> mEvents;
     std::vector<SampleRecord> mRecords;
-    std::string mPlayed; ///< the numbers of the cases, a blank behind each
-    qint64 mLostNs = 0;  ///< what the time stamps skip between cases
+    std::string mPlayed; ///< the value files, a blank behind each
+    size_t mMissing = 0; ///< samples that the time stamps skip
     std::string mLog;    ///< behind the line that tells the start of the endless loop
 
 private:
-    void checkRecords();
+    void explain(bool withEvents);
     void checkEvents() const;
 };

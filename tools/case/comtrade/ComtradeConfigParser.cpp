@@ -36,6 +36,11 @@ std::vector<std::string_view> linesOf(std::string_view text)
     return lines;
 }
 
+bool isBlank(std::string_view line)
+{
+    return trimmed(line).empty();
+}
+
 std::vector<std::string_view> fieldsOf(std::string_view line)
 {
     std::vector<std::string_view> fields;
@@ -46,6 +51,15 @@ std::vector<std::string_view> fieldsOf(std::string_view line)
     }
     fields.push_back(trimmed(line));
     return fields;
+}
+
+/** Some writers put the unit behind a frequency. */
+std::string_view withoutHz(std::string_view field)
+{
+    const size_t digits = field.find_last_of("0123456789.") + 1;
+    const std::string_view unit = trimmed(field.substr(digits));
+    const bool isHz = unit.size() == 2 && std::toupper(static_cast<unsigned char>(unit[0])) == 'H';
+    return isHz ? field.substr(0, digits) : field;
 }
 
 /** The field, or nothing where the line is shorter. */
@@ -68,7 +82,14 @@ ComtradeConfigParser::ComtradeConfigParser(std::string name, std::string_view te
                                            size_t firstLine)
     : mName(std::move(name)), mLines(linesOf(text)), mFirstLine(firstLine)
 {
-    while (mNext < mLines.size() && trimmed(mLines[mNext]).empty()) {
+    skipBlankLines();
+    // A blank line may stand for an empty field, but not behind the first: then all lines have one.
+    mHasBlankLines = mNext + 1 < mLines.size() && isBlank(mLines[mNext + 1]);
+}
+
+void ComtradeConfigParser::skipBlankLines()
+{
+    while (mNext < mLines.size() && isBlank(mLines[mNext])) {
         ++mNext;
     }
 }
@@ -78,7 +99,7 @@ ComtradeHeader ComtradeConfigParser::parse()
     parseStation();
     parseChannels();
     const Fields frequency = takeLine("the nominal frequency");
-    mHeader.mNominalHz = std::max(0.0, numberOr(frequency[0], 0.0));
+    mHeader.mNominalHz = std::max(0.0, numberOr(withoutHz(frequency[0]), 0.0));
     if (mHeader.mNominalHz == 0.0) {
         mRemarks.add("no nominal frequency is told");
     }
@@ -93,11 +114,15 @@ ComtradeHeader ComtradeConfigParser::parse()
 
 ComtradeConfigParser::Fields ComtradeConfigParser::takeLine(const char* expected)
 {
+    mTaken = mNext;
     if (mNext == mLines.size()) {
-        ++mNext;
         fail(std::string(expected) + ", found the end of the configuration");
     }
-    return fieldsOf(mLines[mNext++]);
+    ++mNext;
+    if (mHasBlankLines) {
+        skipBlankLines();
+    }
+    return fieldsOf(mLines[mTaken]);
 }
 
 /** The line that comes next; empty at the end. */
@@ -109,7 +134,7 @@ std::string_view ComtradeConfigParser::peekLine() const
 /** About the line that was taken last. */
 void ComtradeConfigParser::fail(const std::string& expected) const
 {
-    throw CaseError(fmt::format("{}:{}: expected {}", mName, mFirstLine + mNext - 1, expected));
+    throw CaseError(fmt::format("{}:{}: expected {}", mName, mFirstLine + mTaken, expected));
 }
 
 /** An empty field, and one that is no number, is as if it were left out. */
@@ -193,7 +218,7 @@ size_t ComtradeConfigParser::channelCount(std::string_view field, char letter)
     size_t count = 0;
     if (!parseNumber(digits, &count)) {
         fail(fmt::format("numbers of channels such as \"8,8A,0D\", found \"{}\"",
-                         mLines[mNext - 1].substr(0, kLongestExcerpt)));
+                         mLines[mTaken].substr(0, kLongestExcerpt)));
     }
     return count;
 }
@@ -307,12 +332,12 @@ void ComtradeConfigParser::parseRate(size_t place, size_t count)
     const Fields fields = takeLine(what.c_str());
     ComtradeRate rate;
     double last = 0.0;
-    const bool isRate = (fields[0].empty() || parseNumber(fields[0], &rate.mHz)) &&
+    const bool isRate = (fields[0].empty() || parseNumber(withoutHz(fields[0]), &rate.mHz)) &&
                         fields.size() > 1 && parseNumber(fields[1], &last) && last >= 0.0 &&
                         last < 1e15;
     const bool isPossible = rate.mHz == 0.0 || (rate.mHz >= kSlowestHz && rate.mHz <= kFastestHz);
     if (!isRate || !isPossible) {
-        fail(fmt::format("{}, found \"{}\"", what, mLines[mNext - 1].substr(0, kLongestExcerpt)));
+        fail(fmt::format("{}, found \"{}\"", what, mLines[mTaken].substr(0, kLongestExcerpt)));
     }
     rate.mLastSample = static_cast<size_t>(last);
     if (place > 0 && rate.mLastSample <= mHeader.mAnnouncedSamples) {
@@ -332,7 +357,7 @@ std::string ComtradeConfigParser::parseTime(const char* what)
         parseComtradeTime(fields[0], at(fields, 1), mHeader.mRevision == ComtradeRevision::k1991);
     if (!time) {
         mRemarks.add(fmt::format("the {} time \"{}\" is no date and time: not known", what,
-                                 mLines[mNext - 1].substr(0, kLongestExcerpt)));
+                                 mLines[mTaken].substr(0, kLongestExcerpt)));
         return {};
     }
     if (time->mIsOtherWayRound) {
@@ -395,9 +420,7 @@ void ComtradeConfigParser::parseClock()
 bool looksLikeComtradeConfig(std::string_view text)
 {
     std::vector<std::string_view> lines = linesOf(text);
-    lines.erase(lines.begin(), std::find_if(lines.begin(), lines.end(), [](std::string_view line) {
-                    return !trimmed(line).empty();
-                }));
+    lines.erase(std::remove_if(lines.begin(), lines.end(), isBlank), lines.end());
     if (lines.size() < 2) {
         return false;
     }

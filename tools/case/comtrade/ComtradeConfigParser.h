@@ -30,6 +30,7 @@ private:
 
     Fields takeLine(const char* expected);
     std::string_view peekLine() const;
+    void skipBlankLines();
     [[noreturn]] void fail(const std::string& expected) const;
 
     void parseStation();
@@ -52,7 +53,9 @@ private:
     std::string mName;
     std::vector<std::string_view> mLines;
     size_t mFirstLine;
-    size_t mNext = 0; ///< index of the line that comes next
+    size_t mNext = 0;            ///< index of the line that comes next
+    size_t mTaken = 0;           ///< index of the line that was taken last
+    bool mHasBlankLines = false; ///< behind every line, which hold nothing
     ComtradeHeader mHeader;
     bool mHasRevision = false;
     Remarks mRemarks;

@@ -145,6 +145,25 @@ void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
             fmt::format("{} bytes of data are announced, {} are there", *heading.mBytes, bytes));
     }
 }
+/** Files are told to be of another kind than they are; their first bytes show which it is. */
+void adoptKindOfData(ComtradeParts* parts)
+{
+    constexpr size_t kProbedBytes = 256;
+    constexpr std::string_view kBytesOfText = "0123456789+-.eE, \t\r\n\x1a";
+    const std::string_view bytes = parts->mData->peek(kProbedBytes);
+    const bool isText = bytes.find_first_not_of(kBytesOfText) == std::string_view::npos;
+    ComtradeKind& kind = parts->mHeader.mKind;
+    if (kind == ComtradeKind::kAscii && bytes.find('\0') != std::string_view::npos) {
+        throw CaseError(
+            fmt::format("{}: byte {}: expected text, since the configuration tells of ASCII data",
+                        parts->mData->name(), parts->mData->position() + bytes.find('\0')));
+    }
+    if (kind != ComtradeKind::kAscii && isText && !bytes.empty()) {
+        parts->mRemarks.add(fmt::format(
+            "the configuration tells of {} data, they are text: read as ASCII", nameOf(kind)));
+        kind = ComtradeKind::kAscii;
+    }
+}
 } // namespace
 
 std::string findBeside(const std::string& path, const std::string& suffix)
@@ -173,6 +192,7 @@ ComtradeParts openComtradePair(const std::string& configPath, const std::string&
     takeConfig(configPath, config.peek(config.size()), 1, encoding, &parts);
     parts.mName = configPath;
     parts.mData = std::make_unique<InputFile>(dataPath);
+    adoptKindOfData(&parts);
     return parts;
 }
 
@@ -191,6 +211,7 @@ ComtradeParts openComtradeSingle(const std::string& path, const std::string& enc
     adoptHeading(sections, &parts);
     parts.mFirstDataLine = sections.mDataLine;
     parts.mData->setPart(sections.mDataBegin, sections.mDataEnd);
+    adoptKindOfData(&parts);
     return parts;
 }
 

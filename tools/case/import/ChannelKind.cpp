@@ -79,8 +79,9 @@ struct Ending
 Ending phaseEnding(const std::string& letters, const std::string& digit, Phase phase)
 {
     const std::string neutral = "-?[NGE]?";
-    return {std::regex("(?:^|[^A-Z]|[UVIE])([" + letters + "]" + neutral +
-                       ")$|(?:^|[^A-Z0-9]|[UVIEL])(" + digit + neutral + ")$"),
+    const std::string end = "(?:[-_ ]?PH(?:ASE)?)?$";
+    return {std::regex("(?:^|[^A-Z]|[UVIE])([" + letters + "]" + neutral + ")" + end +
+                       "|(?:^|[^A-Z0-9]|[UVIEL])(" + digit + neutral + ")" + end),
             phase};
 }
 

@@ -1,6 +1,7 @@
 #include "import/ChannelMap.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -15,7 +16,7 @@ constexpr size_t kFirstCurrent = kChannelCount / 2;
 
 std::string listOf(const Channels& channels)
 {
-    std::string list = "\nThere is:";
+    std::string list = channels.empty() ? "\nThere is none." : "\nThere is:";
     for (const ChannelDescription& channel : channels) {
         list += fmt::format("\n  {} {}", channel.mNumber, channel.mName);
         list += channel.mPhase.empty() ? "" : ", phase " + channel.mPhase;
@@ -82,10 +83,13 @@ ChannelMap Mapper::map()
         hasAny = hasAny || !mMap.mChannels[place].mTerms.empty();
     }
     if (!hasAny) {
+        // A remark may say why, as on the encoding of names.
         throw CaseError(
             fmt::format("{}: no channel is known by unit and phase as a voltage or "
-                        "current; expected --channels{}",
-                        mDescription.mFileName, listOf(mDescription.mChannels)));
+                        "current; expected --channels{}{}{}",
+                        mDescription.mFileName, listOf(mDescription.mChannels),
+                        mDescription.mRemarks.empty() ? "" : "\nremark: ",
+                        fmt::join(mDescription.mRemarks, "\nremark: ")));
     }
     remarkMissing();
     return mMap;

@@ -35,8 +35,11 @@ void limitRange(ImportPlan& plan, const SignalDescription& description, const Sa
     }
 }
 
-void remarkRate(ImportPlan& plan, const SampleTimes& times)
+void remarkRate(ImportPlan& plan, const SignalDescription& description, const SampleTimes& times)
 {
+    if (description.mNominalHz > 0.0) {
+        return; // who reads it has seen that
+    }
     double slowest = 0.0;
     for (const SampleTimes::Stretch& stretch : times.stretches()) {
         if (stretch.sampleCount() >= kShortestStretch) {
@@ -118,7 +121,7 @@ ImportPlan planImport(const SignalDescription& description, const RecordedSignal
     plan.mNominalHz = fundamental.mNominalHz;
     plan.mTrack = std::move(fundamental.mTrack);
     plan.mRemarks = std::move(fundamental.mRemarks);
-    remarkRate(plan, times);
+    remarkRate(plan, description, times);
     schedule(plan, fundamental.mWhyNoTrack, options);
     plan.mFirstPeriod = plan.periodFrom(plan.mFrom);
     plan.mLastPeriod = plan.periodFrom(plan.mTo - 1.0 / plan.mNominalHz);

@@ -10,7 +10,7 @@
 #include "base/TextEncoding.h"
 
 namespace {
-constexpr size_t kProbedLines = 20;
+constexpr size_t kProbedLines = 50;
 constexpr size_t kBlockValues = 32768;
 constexpr size_t kMostBlockSamples = 4096;
 constexpr double kLargestTime = 1e15; ///< in any unit
@@ -68,7 +68,9 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
     }
     mFile.setPart(0, mFile.size());
     std::string_view heading;
-    takeRow(&heading);
+    for (size_t i = 0; i < mLayout.mHeadingLines; ++i) {
+        takeRow(&heading);
+    }
 }
 
 bool TextFileSource::read(SignalBlock& block)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include "base/Numbers.h"
@@ -15,11 +16,12 @@ constexpr size_t kLongestNumber = 64;
 constexpr std::array<std::pair<char, const char*>, 4> kSeparators{
     {{';', "\";\""}, {'\t', "tabs"}, {',', "\",\""}, {' ', "blanks"}}};
 
-const std::array<std::pair<std::string_view, double>, 11> kTimeUnits{{{"", 1.0},
+const std::array<std::pair<std::string_view, double>, 12> kTimeUnits{{{"", 1.0},
                                                                       {"s", 1.0},
                                                                       {"sec", 1.0},
                                                                       {"seconds", 1.0},
                                                                       {"second", 1.0},
+                                                                      {"msec", 1e-3},
                                                                       {"ms", 1e-3},
                                                                       {"us", 1e-6},
                                                                       {"\xC2\xB5s", 1e-6},
@@ -36,7 +38,6 @@ std::string_view unquoted(std::string_view text)
 /** "U1 (kV)", "U1 [kV]" and "U1/kV" have a unit. */
 TextLayout::Column parseHeading(std::string_view text)
 {
-    text = unquoted(text);
     for (const std::string_view brackets : {"()", "[]"}) {
         const size_t open = text.rfind(brackets[0]);
         if (open != std::string_view::npos && text.back() == brackets[1]) {
@@ -63,38 +64,76 @@ bool isRow(std::string_view line, char separator, char decimalSign, size_t count
            });
 }
 
-bool isLayout(const std::vector<std::string>& lines, char separator, char decimalSign)
+/** The line before rows of numbers, of which some others may stand in front; none without rows. */
+std::optional<size_t> findHeading(const std::vector<std::string>& lines, char separator,
+                                  char decimalSign)
 {
     constexpr size_t kLeastColumns = 2;
-    const auto heading = textFields(lines[0], separator);
-    double number = 0.0;
-    const bool hasHeading =
-        heading.size() >= kLeastColumns && !parseTextNumber(heading[0], decimalSign, &number);
-    return hasHeading && std::all_of(lines.begin() + 1, lines.end(), [&](const auto& line) {
-               return isRow(line, separator, decimalSign, heading.size());
-           });
+    for (size_t heading = 0; heading + 1 < lines.size(); ++heading) {
+        const auto names = textFields(lines[heading], separator);
+        const auto isRowOfIt = [&](const std::string& line) {
+            return isRow(line, separator, decimalSign, names.size());
+        };
+        double number = 0.0;
+        if (names.size() >= kLeastColumns && !parseTextNumber(names[0], decimalSign, &number) &&
+            std::all_of(lines.begin() + static_cast<std::ptrdiff_t>(heading) + 1, lines.end(),
+                        isRowOfIt)) {
+            return heading;
+        }
+    }
+    return std::nullopt;
 }
 
-std::optional<TextLayout> describe(const std::string& heading, char separator, char decimalSign,
-                                   std::string* reason)
+/** In seconds; nothing for what is no unit of time. */
+std::optional<double> timeUnit(std::string_view name)
+{
+    const auto* const unit =
+        std::find_if(kTimeUnits.begin(), kTimeUnits.end(),
+                     [name](const auto& known) { return known.first == name; });
+    return unit == kTimeUnits.end() ? std::nullopt : std::optional(unit->second);
+}
+
+std::string_view withoutBrackets(std::string_view text)
+{
+    const bool has = text.size() > 1 && (text.front() == '(' || text.front() == '[');
+    return has ? text.substr(1, text.size() - 2) : text;
+}
+
+/** The columns by their heading, or by two lines of names and of units. */
+std::vector<TextLayout::Column> columnsOf(const std::vector<std::string>& lines, size_t heading,
+                                          char separator)
+{
+    std::vector<TextLayout::Column> columns;
+    const auto fields = textFields(lines[heading], separator);
+    const auto names = textFields(lines[heading > 0 ? heading - 1 : 0], separator);
+    const std::string_view unit = withoutBrackets(fields[0]);
+    if (heading > 0 && names.size() == fields.size() && !unit.empty() && timeUnit(unit)) {
+        for (size_t i = 0; i < fields.size(); ++i) {
+            columns.push_back({std::string(names[i]), std::string(withoutBrackets(fields[i]))});
+        }
+        return columns;
+    }
+    std::transform(fields.begin(), fields.end(), std::back_inserter(columns), parseHeading);
+    return columns;
+}
+
+std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t heading,
+                                   char separator, char decimalSign, std::string* reason)
 {
     TextLayout layout;
+    layout.mHeadingLines = heading + 1;
     layout.mSeparator = separator;
     layout.mDecimalSign = decimalSign;
-    for (const std::string_view field : textFields(heading, separator)) {
-        layout.mColumns.push_back(parseHeading(field));
-    }
+    layout.mColumns = columnsOf(lines, heading, separator);
     const TextLayout::Column time = layout.mColumns.front();
     layout.mColumns.erase(layout.mColumns.begin());
     layout.mTimeName = time.mName;
-    const auto* const unit =
-        std::find_if(kTimeUnits.begin(), kTimeUnits.end(),
-                     [&time](const auto& known) { return known.first == time.mUnit; });
-    if (unit == kTimeUnits.end()) {
+    const auto unit = timeUnit(time.mUnit);
+    if (!unit) {
         *reason = fmt::format("the unit \"{}\" of its first column is none of time", time.mUnit);
         return std::nullopt;
     }
-    layout.mTimeSeconds = unit->second;
+    layout.mTimeSeconds = *unit;
     return layout;
 }
 } // namespace
@@ -107,8 +146,9 @@ std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines, 
     }
     for (const auto& [separator, name] : kSeparators) {
         for (const char decimalSign : {'.', ','}) {
-            if (decimalSign != separator && isLayout(lines, separator, decimalSign)) {
-                return describe(lines[0], separator, decimalSign, reason);
+            const auto heading = findHeading(lines, separator, decimalSign);
+            if (decimalSign != separator && heading) {
+                return describe(lines, *heading, separator, decimalSign, reason);
             }
         }
     }
@@ -125,7 +165,7 @@ std::vector<std::string_view> textFields(std::string_view line, char separator)
         fields.erase(std::remove(fields.begin(), fields.end(), std::string_view()), fields.end());
     }
     for (std::string_view& field : fields) {
-        field = trimmed(field);
+        field = unquoted(trimmed(field));
     }
     return fields;
 }

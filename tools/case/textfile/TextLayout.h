@@ -8,7 +8,8 @@
 /** How a text file with a heading is written, as found out from its first lines. */
 struct TextLayout
 {
-    char mSeparator = ','; ///< a blank stands for any number of them
+    size_t mHeadingLines = 1; ///< before the first row, without empty ones
+    char mSeparator = ',';    ///< a blank stands for any number of them
     char mDecimalSign = '.';
     std::string mTimeName;
     double mTimeSeconds = 1.0; ///< what 1 in the time column is worth
@@ -21,15 +22,16 @@ struct TextLayout
 };
 
 /**
- * Finds out the layout from the heading line and the lines behind it.
+ * Finds out the layout from the heading and the lines behind it. An oscilloscope may write lines
+ * about itself in front of it, and the units in a line of their own.
  *
- * @param lines the first of the file, UTF-8, the heading first, without empty ones
+ * @param lines the first of the file, UTF-8, without empty ones
  * @param reason gets why they are no such file, when they are none
  */
 std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines,
                                          std::string* reason);
 
-/** The fields of a line, without blanks at their ends. */
+/** The fields of a line, without blanks at their ends and quotes around them. */
 std::vector<std::string_view> textFields(std::string_view line, char separator);
 
 /** A number with that decimal sign; false for anything else. */
