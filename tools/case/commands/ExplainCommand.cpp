@@ -29,13 +29,13 @@ std::unique_ptr<ExplanationOutput> makeOutput(const ExplainOptions& options, con
                                               ResultFile& file)
 {
     if (options.mJson) {
-        return std::make_unique<ExplanationJson>(file);
+        return explanationJson(file);
     }
     size_t width = 0;
     for (const PlayedFile& it : plan.files()) {
         width = std::max(width, it.mName.size());
     }
-    return std::make_unique<ExplanationText>(file, width);
+    return explanationText(file, width);
 }
 
 void explain(const ExplainOptions& options)

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "base/CaseError.h"
-#include "explain/ExplanationOutputs.h"
 
 namespace {
 /** A command that waits for more than two cases and longer than this is not going to be taken. */

@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 namespace {
-constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
 constexpr double kSecondsPerNanosecond = 1e-9;
 
 constexpr char kRow[] = "{:<14}{:<{}}  {:>8}  {:>20}  {:>20}  {:>11}{}\n";
@@ -60,92 +59,116 @@ void writeLine(ResultFile& output, const nlohmann::ordered_json& object)
     output.write(object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
                  "\n");
 }
+
+/** A table with the commands and findings between its rows. */
+class ExplanationText : public ExplanationOutput
+{
+public:
+    ExplanationText(ResultFile& output, size_t fileWidth)
+        : mOutput(output), mFileWidth(std::max(fileWidth, std::string("file").size()))
+    {
+        mOutput.write(fmt::format(kRow, "configuration", "file", mFileWidth, "passes",
+                                  "first time stamp", "last time stamp", "samples", ""));
+    }
+
+    void add(const PlayedStretch& stretch) override
+    {
+        mOutput.write(fmt::format(kRow, fmt::format("{}", fmt::join(stretch.mConfigurations, ", ")),
+                                  stretch.mFile, mFileWidth, stretch.mPasses,
+                                  stampText(stretch.mFirstStampNs), stampText(stretch.mLastStampNs),
+                                  stretch.mSamples, cutText(stretch)));
+    }
+
+    void add(const CommandOutcome& command) override
+    {
+        mOutput.write(fmt::format("command '{}' at {}: {}\n", command.mText,
+                                  stampText(command.mArrivalNs), outcomeText(command)));
+    }
+
+    void add(const Finding& finding) override
+    {
+        mOutput.write(fmt::format("! record {}: {}\n", finding.mRecord + 1, finding.mText));
+    }
+
+    void add(const Verdict& verdict) override
+    {
+        if (verdict.mFindings.isClean()) {
+            mOutput.write(
+                fmt::format("verdict: good: {} samples as they should be\n", verdict.mRecords));
+            return;
+        }
+        mOutput.write("verdict: BAD: " + findingsText(verdict.mFindings) + "\n");
+    }
+
+private:
+    ResultFile& mOutput;
+    size_t mFileWidth;
+};
+
+/** An object a line, which tells its "kind". */
+class ExplanationJson : public ExplanationOutput
+{
+public:
+    explicit ExplanationJson(ResultFile& output) : mOutput(output) {}
+
+    void add(const PlayedStretch& stretch) override
+    {
+        writeLine(mOutput, {{"kind", "stretch"},
+                            {"configurations", stretch.mConfigurations},
+                            {"file", stretch.mFile},
+                            {"passes", stretch.mPasses},
+                            {"firstSample", stretch.mFirstSample + 1},
+                            {"lastSample", stretch.mLastSample + 1},
+                            {"firstStampNs", stretch.mFirstStampNs},
+                            {"lastStampNs", stretch.mLastStampNs},
+                            {"samples", stretch.mSamples}});
+    }
+
+    void add(const CommandOutcome& command) override
+    {
+        nlohmann::ordered_json object = {
+            {"kind", "command"}, {"text", command.mText}, {"arrivalNs", command.mArrivalNs}};
+        if (!command.mProblem.empty()) {
+            object["problem"] = command.mProblem;
+        } else if (command.mFirstSampleArrivalNs) {
+            object["seconds"] = secondsUntilFirstSample(command);
+            object["firstStampNs"] = command.mFirstStampNs;
+        }
+        writeLine(mOutput, object);
+    }
+
+    void add(const Finding& finding) override
+    {
+        writeLine(mOutput, {{"kind", "finding"},
+                            {"finding", nameOf(finding.mKind).mKey},
+                            {"record", finding.mRecord + 1},
+                            {"count", finding.mCount},
+                            {"text", finding.mText}});
+    }
+
+    void add(const Verdict& verdict) override
+    {
+        nlohmann::ordered_json object = {{"kind", "verdict"},
+                                         {"good", verdict.mFindings.isClean()},
+                                         {"samples", verdict.mRecords}};
+        for (int kind = 0; kind < static_cast<int>(FindingKind::Count); ++kind) {
+            const auto it = static_cast<FindingKind>(kind);
+            object[nameOf(it).mKey] = verdict.mFindings.count(it);
+        }
+        writeLine(mOutput, object);
+    }
+
+private:
+    ResultFile& mOutput;
+};
 } // namespace
 
-std::string stampText(qint64 stampNs)
+std::unique_ptr<ExplanationOutput> explanationText(ResultFile& output, size_t fileWidth)
 {
-    return fmt::format("{}.{:09}", stampNs / kNanosecondsPerSecond,
-                       stampNs % kNanosecondsPerSecond);
+    return std::make_unique<ExplanationText>(output, fileWidth);
 }
 
-ExplanationText::ExplanationText(ResultFile& output, size_t fileWidth)
-    : mOutput(output), mFileWidth(std::max(fileWidth, std::string("file").size()))
+std::unique_ptr<ExplanationOutput> explanationJson(ResultFile& output)
 {
-    mOutput.write(fmt::format(kRow, "configuration", "file", mFileWidth, "passes",
-                              "first time stamp", "last time stamp", "samples", ""));
-}
-
-void ExplanationText::add(const PlayedStretch& stretch)
-{
-    mOutput.write(fmt::format(kRow, fmt::format("{}", fmt::join(stretch.mConfigurations, ", ")),
-                              stretch.mFile, mFileWidth, stretch.mPasses,
-                              stampText(stretch.mFirstStampNs), stampText(stretch.mLastStampNs),
-                              stretch.mSamples, cutText(stretch)));
-}
-
-void ExplanationText::add(const CommandOutcome& command)
-{
-    mOutput.write(fmt::format("command '{}' at {}: {}\n", command.mText,
-                              stampText(command.mArrivalNs), outcomeText(command)));
-}
-
-void ExplanationText::add(const Finding& finding)
-{
-    mOutput.write(fmt::format("! record {}: {}\n", finding.mRecord + 1, finding.mText));
-}
-
-void ExplanationText::add(const Verdict& verdict)
-{
-    if (verdict.mFindings.isClean()) {
-        mOutput.write(
-            fmt::format("verdict: good: {} samples as they should be\n", verdict.mRecords));
-        return;
-    }
-    mOutput.write("verdict: BAD: " + findingsText(verdict.mFindings) + "\n");
-}
-
-void ExplanationJson::add(const PlayedStretch& stretch)
-{
-    writeLine(mOutput, {{"kind", "stretch"},
-                        {"configurations", stretch.mConfigurations},
-                        {"file", stretch.mFile},
-                        {"passes", stretch.mPasses},
-                        {"firstSample", stretch.mFirstSample + 1},
-                        {"lastSample", stretch.mLastSample + 1},
-                        {"firstStampNs", stretch.mFirstStampNs},
-                        {"lastStampNs", stretch.mLastStampNs},
-                        {"samples", stretch.mSamples}});
-}
-
-void ExplanationJson::add(const CommandOutcome& command)
-{
-    nlohmann::ordered_json object = {
-        {"kind", "command"}, {"text", command.mText}, {"arrivalNs", command.mArrivalNs}};
-    if (!command.mProblem.empty()) {
-        object["problem"] = command.mProblem;
-    } else if (command.mFirstSampleArrivalNs) {
-        object["seconds"] = secondsUntilFirstSample(command);
-        object["firstStampNs"] = command.mFirstStampNs;
-    }
-    writeLine(mOutput, object);
-}
-
-void ExplanationJson::add(const Finding& finding)
-{
-    writeLine(mOutput, {{"kind", "finding"},
-                        {"finding", nameOf(finding.mKind).mKey},
-                        {"record", finding.mRecord + 1},
-                        {"count", finding.mCount},
-                        {"text", finding.mText}});
-}
-
-void ExplanationJson::add(const Verdict& verdict)
-{
-    nlohmann::ordered_json object = {
-        {"kind", "verdict"}, {"good", verdict.mFindings.isClean()}, {"samples", verdict.mRecords}};
-    for (int kind = 0; kind < static_cast<int>(FindingKind::Count); ++kind) {
-        const auto it = static_cast<FindingKind>(kind);
-        object[nameOf(it).mKey] = verdict.mFindings.count(it);
-    }
-    writeLine(mOutput, object);
+    return std::make_unique<ExplanationJson>(output);
 }

@@ -1,5 +1,7 @@
 #include "explain/Findings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 const FindingName& nameOf(FindingKind kind)
@@ -29,4 +31,11 @@ bool FindingCounts::add(const Finding& finding)
 bool FindingCounts::isClean() const
 {
     return std::all_of(mListed.begin(), mListed.end(), [](size_t it) { return it == 0; });
+}
+
+std::string stampText(qint64 stampNs)
+{
+    constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+    return fmt::format("{}.{:09}", stampNs / kNanosecondsPerSecond,
+                       stampNs % kNanosecondsPerSecond);
 }

@@ -104,3 +104,6 @@ public:
     virtual void add(const Finding& finding) = 0;
     virtual void add(const Verdict& verdict) = 0;
 };
+
+/** A time stamp as seconds with nine decimals. */
+std::string stampText(qint64 stampNs);
