@@ -107,7 +107,7 @@ TEST(InfoTest, TellsWhatIsInAFile)
     const CommandResult text = runner.run({VX_CASE, "info", name});
     EXPECT_THAT(text.mOutput, HasSubstr("format    value file\nsamples   3600\n"));
     const auto json = nlohmann::json::parse(runner.run({VX_CASE, "info", "--json", name}).mOutput);
-    EXPECT_EQ(json["nominal_hz"], 50);
+    EXPECT_EQ(json["nominalHz"], 50);
     EXPECT_EQ(json["channels"][7]["rms"], 8);
     EXPECT_EQ(runner.run({VX_CASE, "info", "/no/such"}).mExitCode, 1);
     EXPECT_EQ(runner.run({VX_CASE, "info", "--encoding", "none", name}).mExitCode, 2);

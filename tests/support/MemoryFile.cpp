@@ -1,13 +1,16 @@
 #include "MemoryFile.h"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <stdexcept>
 
-MemoryFile::MemoryFile(const std::string& bytes) : mDescriptor(memfd_create("vx-test", MFD_CLOEXEC))
+MemoryFile::MemoryFile(const std::string& bytes) : mPath("/dev/shm/vx-test-XXXXXX")
 {
-    const ssize_t written = ::write(mDescriptor, bytes.data(), bytes.size());
+    // A file without a name, as memfd_create makes it, counts as removed.
+    const int descriptor = mkstemp(mPath.data());
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    ::close(descriptor);
     if (written != static_cast<ssize_t>(bytes.size())) {
         throw std::runtime_error("cannot make a file in memory");
     }
@@ -15,10 +18,10 @@ MemoryFile::MemoryFile(const std::string& bytes) : mDescriptor(memfd_create("vx-
 
 MemoryFile::~MemoryFile()
 {
-    ::close(mDescriptor);
+    ::unlink(mPath.c_str());
 }
 
 QString MemoryFile::path() const
 {
-    return QStringLiteral("/proc/self/fd/%1").arg(mDescriptor);
+    return QString::fromStdString(mPath);
 }

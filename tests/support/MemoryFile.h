@@ -15,5 +15,5 @@ public:
     QString path() const;
 
 private:
-    int mDescriptor;
+    std::string mPath;
 };

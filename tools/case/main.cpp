@@ -1,6 +1,9 @@
 #include <CLI/CLI.hpp>
+#include <clocale>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "CaseConfiguration.h"
 #include "base/CaseError.h"
@@ -10,12 +13,22 @@ namespace {
 constexpr int kInputAtFault = 1;
 constexpr int kCommandLineAtFault = 2;
 
+/** What was not understood comes before what is missing: it is why that is missing. */
+std::string failureMessage(const CLI::App* app, const CLI::Error& error)
+{
+    const std::vector<std::string> unknown = app->remaining(true);
+    return "vx-case: " +
+           (unknown.empty() ? error.what() : "'" + unknown.front() + "' is not known here") +
+           "; see --help\n";
+}
+
 void declare(CLI::App& app)
 {
     app.name("vx-case");
     app.description("Makes, reads and checks what vx-simulator plays.");
     app.set_version_flag("--version", VX_VERSION);
     app.require_subcommand(1);
+    app.failure_message(failureMessage);
     addGenerateCommand(app);
     addCheckCommand(app);
     addExplainCommand(app);
@@ -40,6 +53,8 @@ int parseAndRun(CLI::App& app, int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    // The program's messages go through log4cxx, which goes by the locale and else loses umlauts.
+    std::setlocale(LC_CTYPE, "C.UTF-8");
     CaseConfiguration::keepLogSilent();
     CLI::App app;
     declare(app);

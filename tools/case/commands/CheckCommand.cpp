@@ -106,13 +106,17 @@ void addCheckCommand(CLI::App& app)
 {
     const auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand(
-        "check", "Find what is wrong with a case configuration and its value files");
-    command->add_option("CONFIGURATION", options->mConfiguration,
-                        "the case configuration (default: where the simulator looks)");
-    command->add_option("--directory", options->mDirectory,
-                        "where relative names begin (default: here, as for the simulator)");
-    command->add_flag("--strict", options->mStrict, "fail on warnings as well");
-    command->add_flag("--json", options->mJson, "print the result as JSON");
+        "check", "Finds what is wrong with a case configuration and its value files");
+    command
+        ->add_option("CONFIGURATION", options->mConfiguration,
+                     "Case configuration (default: where the simulator looks)")
+        ->type_name("");
+    command
+        ->add_option("--directory", options->mDirectory,
+                     "Where relative names of value files begin (default: here)")
+        ->type_name("DIRECTORY");
+    command->add_flag("--strict", options->mStrict, "Fails on warnings, too");
+    command->add_flag("--json", options->mJson, "The result as JSON");
     command->footer("Example:\n  vx-case check --strict vx-simulator.conf");
     command->callback([options] { run(*options); });
 }

@@ -61,7 +61,9 @@ void addExplainCommand(CLI::App& app)
         "explain", "Says what was played when, and whether that is what should have been played");
     command.footer(kFooter);
     const auto options = std::make_shared<ExplainOptions>();
-    command.add_option("RECORDING", options->mRecording, "Recording of the driver")->required();
+    command.add_option("RECORDING", options->mRecording, "Recording of the driver")
+        ->required()
+        ->type_name("");
     command.add_option("--config", options->mConfiguration, "Case configuration that was played")
         ->type_name("FILE")
         ->required();

@@ -50,7 +50,8 @@ void addExportCommand(CLI::App& app)
     command.footer(kFooter);
     const auto options = std::make_shared<ExportOptions>();
     command.add_option("INPUT", options->mInput, "Value file or recording of the driver")
-        ->required();
+        ->required()
+        ->type_name("");
     command.add_option("-o", options->mOutput, "NAME.cfg, NAME.cff or NAME.csv")
         ->type_name("FILE")
         ->required();

@@ -195,7 +195,8 @@ void addImportCommand(CLI::App& app)
     command
         .add_option("RECORDING", options->mRecording,
                     "COMTRADE (.cfg with .dat, .cff) or a text file with a heading")
-        ->required();
+        ->required()
+        ->type_name("");
     CLI::Option* const output =
         command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output");
     output->type_name("FILE");

@@ -139,7 +139,7 @@ Json channelJson(const ChannelDescription& channel, const Measures::Channel& mea
             {"side", sideOf(channel)},
             {"primary", channel.mPrimary},
             {"secondary", channel.mSecondary},
-            {"skew_us", channel.mSkewMicroseconds},
+            {"skewUs", channel.mSkewMicroseconds},
             {"rms", measured.mRms},
             {"smallest", measured.mSmallest},
             {"largest", measured.mLargest},
@@ -155,27 +155,27 @@ Json statusJson(const StatusChannel& status)
     return {{"number", status.mNumber},
             {"name", status.mName},
             {"first", status.mFirstState ? 1 : 0},
-            {"change_count", status.mChangeCount},
+            {"changeCount", status.mChangeCount},
             {"changes", changes}};
 }
 
 std::string infoJson(const SignalDescription& signal, const Measures& measures)
 {
-    Json info = {{"file", signal.mFileName},         {"format", signal.mFormat},
-                 {"station", signal.mStation},       {"device", signal.mDevice},
-                 {"start", signal.mStartTime},       {"trigger", signal.mTriggerTime},
-                 {"samples", measures.samples()},    {"seconds", measures.seconds()},
-                 {"nominal_hz", signal.mNominalHz},  {"measured_hz", measures.frequency()},
-                 {"rates", Json::array()},           {"channels", Json::array()},
-                 {"status_channels", Json::array()}, {"remarks", signal.mRemarks}};
+    Json info = {{"file", signal.mFileName},        {"format", signal.mFormat},
+                 {"station", signal.mStation},      {"device", signal.mDevice},
+                 {"start", signal.mStartTime},      {"trigger", signal.mTriggerTime},
+                 {"samples", measures.samples()},   {"seconds", measures.seconds()},
+                 {"nominalHz", signal.mNominalHz},  {"measuredHz", measures.frequency()},
+                 {"rates", Json::array()},          {"channels", Json::array()},
+                 {"statusChannels", Json::array()}, {"remarks", signal.mRemarks}};
     for (const SampleRate& rate : signal.mRates) {
-        info["rates"].push_back({{"hz", rate.mHz}, {"last_sample", rate.mEnd}});
+        info["rates"].push_back({{"hz", rate.mHz}, {"lastSample", rate.mEnd}});
     }
     for (size_t i = 0; i < signal.mChannels.size(); ++i) {
         info["channels"].push_back(channelJson(signal.mChannels[i], measures.channel(i)));
     }
     for (const StatusChannel& status : signal.mStatusChannels) {
-        info["status_channels"].push_back(statusJson(status));
+        info["statusChannels"].push_back(statusJson(status));
     }
     // What is no UTF-8 after all, such as a file's name, is shown as well as may be.
     return info.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -198,7 +198,9 @@ void addInfoCommand(CLI::App& app)
     CLI::App& command = *app.add_subcommand("info", "Tells what is in a recording or value file");
     command.footer(kFooter);
     const auto options = std::make_shared<InfoOptions>();
-    command.add_option("FILE", options->mFile, "The recording or value file")->required();
+    command.add_option("FILE", options->mFile, "The recording or value file")
+        ->required()
+        ->type_name("");
     command.add_flag("--json", options->mJson, "One JSON object instead of text");
     addEncodingOption(command, &options->mInput.mEncoding);
     command.callback([options] { runInfo(*options); });

@@ -96,6 +96,7 @@ void addPlotCommand(CLI::App& app)
     PictureRequest& request = options->mRequest;
     command.add_option("INPUT", request.mInputs, "What is drawn; a second one over the first")
         ->required()
+        ->type_name("")
         ->expected(1, 2);
     command.add_option("-o", options->mOutput, "Picture to be written, .svg or .png")
         ->type_name("FILE");
