@@ -7,7 +7,9 @@ cd "$(dirname "$0")"
 export LC_ALL=C.UTF-8
 
 preset=${1:-release}
-scripts/setup.sh build
+groups=(build)
+[[ $preset != asan ]] || groups+=(asan)
+scripts/setup.sh "${groups[@]}"
 cmake --preset "$preset"
 cmake --build --preset "$preset"
 ctest --preset "$preset"

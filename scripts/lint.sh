@@ -25,10 +25,8 @@ echo "lint: clang-tidy"
 tidy() {
     local checks=$1
     shift
-    # g++ does not count signedness among the conversions it warns about, so neither does this.
     find "$@" -name '*.cpp' -print0 |
-        xargs -0 -n 1 -P "$jobs" clang-tidy --quiet -p "$database" --checks="$checks" \
-            --extra-arg=-Wno-sign-conversion
+        xargs -0 -n 1 -P "$jobs" clang-tidy --quiet -p "$database" --checks="$checks"
 }
 if [[ $# -gt 0 ]]; then
     tidy "" "$@" || status=1

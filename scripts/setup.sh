@@ -3,10 +3,10 @@
 #
 # Usage: scripts/setup.sh GROUP...
 #   armhf   what builds and emulates programs for 32-bit ARM
+#   asan    the compiler with the sanitizers and the fuzzer
 #   build   compiler, build tools and the libraries of the programs and their tests
 #   ci      what saves compiling the same file twice
 #   demo    what draws pictures, and their font
-#   fuzz    the compiler and runtime of the fuzzers
 #   lint    what checks format and code
 #   package what makes and checks the Debian packages
 set -euo pipefail
@@ -14,15 +14,15 @@ set -euo pipefail
 packagesOf() {
     case $1 in
         armhf) echo g++-arm-linux-gnueabihf mmdebstrap qemu-user ;;
+        asan) echo clang libclang-rt-dev ;;
         build) echo g++ cmake ninja-build pkg-config qtbase5-dev liblog4cxx-dev libfuse3-dev \
             libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev libfmt-dev nlohmann-json3-dev ;;
         ci) echo ccache ;;
         demo) echo gnuplot-nox fonts-dejavu-core ;;
-        fuzz) echo clang libclang-rt-dev ;;
         lint) echo clang-format clang-tidy cppcheck ;;
         package) echo dpkg-dev lintian man-db mmdebstrap systemd ;;
-        *) fail "unknown group '$1': expected armhf, build, ci, demo, fuzz, lint or package" ;;
+        *) fail "unknown group '$1': expected armhf, asan, build, ci, demo, lint or package" ;;
     esac
 }
 

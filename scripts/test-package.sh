@@ -6,6 +6,7 @@
 # Requires: root, for the root directory is entered with chroot.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+export LC_ALL=C.UTF-8
 
 fail() {
     echo "test-package: $*" >&2
@@ -17,7 +18,7 @@ scripts/setup.sh build package
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
 
 for page in man/*; do
-    warnings=$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
+    warnings=$(man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
     [[ -z $warnings ]] || fail "$page: $warnings"
 done
 

@@ -1,10 +1,7 @@
 #include <filesystem>
 
 #include "SandboxedTest.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-#define VX_HAS_ADDRESS_SANITIZER
-#endif
+#include "Sanitizer.h"
 
 namespace {
 constexpr char kStartTime[] = "INFO PrussSimulation start timeSECONDS\n";

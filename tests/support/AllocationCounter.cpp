@@ -10,7 +10,7 @@ size_t allocationsSoFar()
 }
 
 // The sanitizer needs them for itself; there nothing is counted.
-#ifndef __SANITIZE_ADDRESS__
+#ifndef VX_HAS_ADDRESS_SANITIZER
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the C library's names
 void* __libc_malloc(size_t size);

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 
-#ifdef __SANITIZE_ADDRESS__
+#include "Sanitizer.h"
+
+#ifdef VX_HAS_ADDRESS_SANITIZER
 inline constexpr bool kCountsAllocations = false; ///< the sanitizer has a heap of its own
 #else
 inline constexpr bool kCountsAllocations = true;

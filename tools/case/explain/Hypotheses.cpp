@@ -63,7 +63,8 @@ void Hypotheses::offer(const std::vector<ControlCommand>& commands, const Comman
         if (it.mSample == 0 && it.mKnownCommands < commands.size()) {
             Hypothesis taken = it;
             taken.mLastEffect = effect;
-            addCommanded(taken, commands[taken.mKnownCommands++]);
+            ++taken.mKnownCommands;
+            addCommanded(taken, commands[it.mKnownCommands]);
             it.mCost += kWaitingCommand;
         }
         add(std::move(it));
