@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "CommandRunner.h"
+#include "SampleRecord.h"
 #include "plot/Envelope.h"
 #include "plot/GnuplotScript.h"
 #include "plot/Overview.h"
@@ -122,6 +123,38 @@ TEST_F(PlotTest, WritesNamesAndDifferencesIntoTheScript)
                       HasSubstr("largest difference 0 V; largest difference 6 A at 0.039")));
     EXPECT_THAT(plot("a.csv").mOutput,
                 HasSubstr("set terminal dumb mono noenhanced nofeed size 80"));
+}
+
+/** A recording of the driver: what is played when, the command, and the waveforms at the switch. */
+TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
+{
+    mRunner.writeFile("vx.conf", "0,1,a.csv\n1,1,b.csv\n");
+    std::vector<SampleRecord> records(2160);
+    for (size_t i = 0; i < records.size(); ++i) {
+        const auto nanoseconds = static_cast<quint32>(i * 55'555);
+        records[i] = {5, nanoseconds, 0, 0, {1, 2, 3, 4, 5, 6, 7, i / 720 == 1 ? 6008 : 8}};
+    }
+    for (size_t i = 720; i < 1439; ++i) {
+        records[i].mValues[7] = 8; // b.csv differs in its last sample
+    }
+    mRunner.writeFile("r.bin", {reinterpret_cast<const char*>(records.data()),
+                                records.size() * sizeof(SampleRecord)});
+    mRunner.writeFile("e.jsonl",
+                      R"({"t":5010000000,"file":"adc-in","bytes":34560,"accepted":true})"
+                      "\n"
+                      R"({"t":5020000000,"file":"simulator_control","bytes":3,"accepted":true,)"
+                      R"("text":"s1"})"
+                      "\n"
+                      R"({"t":5090000000,"file":"adc-in","bytes":69120,"accepted":true})"
+                      "\n");
+    plot("r.bin --events e.jsonl --config vx.conf -o x.svg");
+    EXPECT_THAT(mRunner.readFile("x.svg"),
+                AllOf(HasSubstr("'1: b' at 0.06"), HasSubstr("'0: a' at 0.02"),
+                      HasSubstr("command “s1”: play configuration 1 once"),
+                      HasSubstr("1: b begins'"), HasSubstr("0: a begins'")));
+    EXPECT_THAT(plot("r.bin --at 0.05").mOutput,
+                HasSubstr("set title 'around 0.05 s: voltage, V'"));
+    EXPECT_THAT(plot("r.bin --from 0.02 --to 0.03").mOutput, HasSubstr("set xrange [0.02:0.03]"));
 }
 
 TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)
