@@ -1,37 +1,47 @@
 #include "CommandRunner.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <spawn.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QProcess>
-
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 
 namespace {
 /** Far beyond what any command takes on a slow machine. */
-constexpr int kHangsMilliseconds = 120'000;
+constexpr char kHangsSeconds[] = "120";
+constexpr int kHung = 128 + SIGKILL;
 
-double cpuSecondsOfChildren()
+constexpr char kOutputName[] = ".stdout";
+constexpr char kErrorsName[] = ".stderr";
+
+double secondsOf(const timeval& time)
 {
-    rusage usage{};
-    getrusage(RUSAGE_CHILDREN, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-QProcessEnvironment environment(const QString& home)
+/** Starts it without the help of Qt, which the emulator of a processor has no kernel for. */
+pid_t start(const Words& command, const std::string& output, const std::string& errors)
 {
-    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
-    variables.insert("HOME", home);
-    variables.insert("LC_ALL", "C.UTF-8");
-    variables.insert("XDG_CONFIG_DIRS", "/nowhere/xdg");
-    variables.remove("XDG_CONFIG_HOME");
-    return variables;
+    std::vector<char*> words;
+    std::transform(command.begin(), command.end(), std::back_inserter(words),
+                   [](const std::string& word) { return const_cast<char*>(word.c_str()); });
+    words.push_back(nullptr);
+    constexpr int kNewFile = O_WRONLY | O_CREAT | O_TRUNC;
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, output.c_str(), kNewFile, 0600);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, errors.c_str(), kNewFile, 0600);
+    pid_t child = -1;
+    EXPECT_EQ(posix_spawnp(&child, words[0], &files, nullptr, words.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&files);
+    return child;
 }
 } // namespace
 
@@ -55,30 +65,29 @@ std::string CommandRunner::readFile(const std::string& name) const
 
 CommandResult CommandRunner::run(const Words& command) const
 {
-    const QString directory = QDir::cleanPath(QString::fromStdString(path("")));
-    QStringList words;
-    for (const std::string& word : command) {
-        words += QString::fromStdString(word);
-    }
-    QProcess process;
-    process.setWorkingDirectory(directory);
-    process.setProcessEnvironment(environment(directory));
-    process.setStandardInputFile(QProcess::nullDevice());
-    const double cpuSecondsBefore = cpuSecondsOfChildren();
+    const std::string directory = std::filesystem::path(path("")).parent_path();
+    const Words prepared = {"timeout",
+                            "-s",
+                            "KILL",
+                            kHangsSeconds,
+                            "env",
+                            "-C",
+                            directory,
+                            "-u",
+                            "XDG_CONFIG_HOME",
+                            "XDG_CONFIG_DIRS=/nowhere/xdg",
+                            "LC_ALL=C.UTF-8",
+                            "HOME=" + directory};
     std::signal(SIGINT, SIG_DFL); // ignored where the tests were started in the background
-    QElapsedTimer timer;
-    timer.start();
-    process.start(words.first(), words.mid(1));
-    const bool hasEnded = process.waitForFinished(kHangsMilliseconds);
-    if (!hasEnded) {
-        process.kill();
-        process.waitForFinished();
-    }
-    const CommandResult result = {
-        process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-        static_cast<double>(timer.elapsed()) / 1e3, cpuSecondsOfChildren() - cpuSecondsBefore,
-        process.readAllStandardOutput().toStdString(),
-        process.readAllStandardError().toStdString()};
-    EXPECT_TRUE(hasEnded) << command.front() << " did not start or had to be killed" << result;
+    const auto begin = std::chrono::steady_clock::now();
+    const pid_t child = start(joined(prepared, command), path(kOutputName), path(kErrorsName));
+    int status = 0;
+    rusage usage{};
+    wait4(child, &status, 0, &usage);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+    const CommandResult result = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, seconds.count(),
+                                  secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime),
+                                  readFile(kOutputName), readFile(kErrorsName)};
+    EXPECT_NE(result.mExitCode, kHung) << command.front() << " had to be killed" << result;
     return result;
 }
