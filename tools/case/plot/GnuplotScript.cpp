@@ -347,7 +347,8 @@ void Script::addColumn(const WaveColumn& column, size_t index, double left, doub
         const Panel& panel = column.mPanels[i];
         const bool isLowest = i + 1 == column.mPanels.size();
         place(left, right, top, top + kWaveHeight);
-        addPanelAxis(panel, 4.0);
+        // Fewer steps may leave a range around 0 with 0 alone.
+        addPanelAxis(panel, 5.0);
         if (index > 0) {
             mText += "unset key\nunset ylabel\nset ytics format ''\n";
         } else {
