@@ -1,13 +1,10 @@
 #include "TrackLog.h"
 
 #include <gtest/gtest.h>
-#include <log4cxx/logmanager.h>
 
 #include <utility>
 
-#include "Files.h"
 #include "LogCapture.h"
-#include "TrackSystem.h"
 
 namespace {
 TEST(TrackLogTest, BuildsNoTextWhenTheLevelIsOffButCounts)
@@ -53,45 +50,5 @@ TEST(TrackLogTest, LinesThatCannotBeWrittenAreLostAndCounted)
               (Lines{"WARN Log lines lost before this one: 2", "WARN text", "INFO text"}));
     EXPECT_THROW(logInfo(logger, LOG4CXX_LOCATION, []() -> std::string { throw std::bad_alloc(); }),
                  std::bad_alloc);
-}
-
-TEST(TrackSystemTest, ReportsABadConfigurationAndLogsToTheConsole)
-{
-    const TestFiles files;
-    const std::string path = files.path("größe.xml");
-    for (const char* text : {static_cast<const char*>(nullptr), "", "not XML at all",
-                             "<html><body/></html>", "<unclosed"}) {
-        if (text != nullptr) {
-            writeFile(path, text);
-        }
-        testing::internal::CaptureStderr();
-        testing::internal::CaptureStdout();
-        const log4cxx::LoggerPtr logger = initializeTrackSystem(path);
-        logInfo(logger, LOG4CXX_LOCATION, [] { return "after all"; });
-        const std::string out = testing::internal::GetCapturedStdout();
-        const std::string err = testing::internal::GetCapturedStderr();
-        EXPECT_NE(err.find("Logging configuration '" + path + "' cannot be read"),
-                  std::string::npos)
-            << err;
-        EXPECT_NE(out.find("after all"), std::string::npos) << out;
-        log4cxx::LogManager::resetConfiguration();
-    }
-}
-
-TEST(TrackSystemTest, ASilentConfigurationIsUsedAsItIs)
-{
-    const TestFiles files;
-    const std::string path = files.path("silent.xml");
-    writeFile(path,
-              "<?xml version='1.0'?><!DOCTYPE log4j:configuration SYSTEM 'log4j.dtd'>"
-              "<log4j:configuration xmlns:log4j='x'>"
-              "<root><level value='off'/></root></log4j:configuration>");
-    testing::internal::CaptureStderr();
-    testing::internal::CaptureStdout();
-    const log4cxx::LoggerPtr logger = initializeTrackSystem(path);
-    logError(logger, LOG4CXX_LOCATION, [] { return "unheard"; });
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    log4cxx::LogManager::resetConfiguration();
 }
 } // namespace

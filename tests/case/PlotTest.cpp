@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -113,7 +114,7 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
 TEST_F(PlotTest, WritesNamesAndDifferencesIntoTheScript)
 {
     const std::string script = gnuplotScript(
-        {"it's\n`a`", "", 1.0, {}, {}, {{"V", 0, 2, {{"U'_1", 0, false, {{0, 1}}}}}}, {}},
+        {"it's\n`a`", "", 0.0, 1.0, {}, {}, {{"V", 0, 2, {{"U'_1", 0, false, {{0, 1}}}}}}, {}},
         {Canvas::Kind::Svg});
     EXPECT_THAT(script, AllOf(HasSubstr("'it''s `a`'"), HasSubstr("title 'U''\\_1'"),
                               HasSubstr("$whole0_0 << EOD\n0 1\nEOD\n")));
@@ -159,6 +160,25 @@ TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
     EXPECT_THAT(plot("r.bin --at 0.05").mOutput,
                 HasSubstr("set title 'around 0.05 s: voltage, V'"));
     EXPECT_THAT(plot("r.bin --from 0.02 --to 0.03").mOutput, HasSubstr("set xrange [0.02:0.03]"));
+}
+
+/** Whatever part of it was imported, and however many periods were put before. */
+TEST_F(PlotTest, LaysAnImportOverItsRecording)
+{
+    const auto vxCase = [this](const std::string& arguments) {
+        ASSERT_EQ(mRunner.run(joined({VX_CASE}, split(arguments))).mExitCode, 0) << arguments;
+    };
+    vxCase("generate --duration 0.3 --disturbance 0.1:0.1:0.4:0:0 -o w.csv");
+    vxCase("export w.csv -o w.cfg");
+    for (const std::string part : {"--before 3", "--from 0.0599994 --before 2"}) {
+        vxCase("import w.cfg --frequency 50 -o i.csv " + part);
+        plot("w.cfg i.csv -o x.svg");
+        const double begin = part.size() < 12 ? -0.0599994 : 0.0;
+        EXPECT_THAT(mRunner.readFile("x.svg"),
+                    AllOf(HasSubstr("largest difference 0 V; largest difference 0 A"),
+                          HasSubstr(fmt::format("set xrange [{:.9g}:", begin))))
+            << part;
+    }
 }
 
 TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)

@@ -93,6 +93,30 @@ TEST_F(StartUpTest, DefaultFilesAreTakenFromTheFirstDirectory)
     EXPECT_EQ(split(log("own.log"), '\n').front() + "\n", kStartLine);
 }
 
+/** It is replaced only where nothing can be made of it; one that is silent on purpose stays. */
+TEST_F(StartUpTest, LoggingConfigurationThatCannotBeUsedIsToldAndReplaced)
+{
+    const std::string name = "größe.xml";
+    const auto runWith = [&](const std::string& text) {
+        mRunner.writeFile(name, text);
+        return sandbox({}, {VX_SIMULATOR, "--track", name, "--config", "no.conf"});
+    };
+    const std::string noFile = "Specified configuration file not found: no.conf\n";
+    for (const char* text : {"", "not XML at all", "<html><body/></html>", "<unclosed"}) {
+        const CommandResult result = runWith(text);
+        EXPECT_THAT(result.mErrors, testing::AllOf(testing::HasSubstr("Logging configuration '" +
+                                                                      name + "' cannot be read"),
+                                                   testing::EndsWith(noFile)));
+        EXPECT_THAT(programOutput(result), testing::HasSubstr("Starting (Version"));
+    }
+    const CommandResult silent = runWith(
+        "<?xml version='1.0'?><!DOCTYPE log4j:configuration SYSTEM 'log4j.dtd'>"
+        "<log4j:configuration xmlns:log4j='x'><root><level value='off'/></root>"
+        "</log4j:configuration>");
+    EXPECT_EQ(silent.mErrors, noFile);
+    EXPECT_EQ(programOutput(silent), "");
+}
+
 /** It ends with status 0 behind the reason in the log. */
 TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
 {

@@ -38,6 +38,7 @@ LogCapture::LogCapture()
     : mErrorsBefore(TrackObject::sErrorCounter), mFatalsBefore(TrackObject::sFatalCounter)
 {
     mAppender = std::make_shared<CallingAppender>([this](const LogEvent& event) {
+        EXPECT_EQ(errors() + fatals(), mErrorsLogged + mFatalsLogged) << "a report counts after it";
         mErrorsLogged += event.mLevel == "ERROR" ? 1 : 0;
         mFatalsLogged += event.mLevel == "FATAL" ? 1 : 0;
         if (mFull) {

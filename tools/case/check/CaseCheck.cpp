@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "LogText.h"
+#include "base/ProgressLine.h"
 
 namespace {
 /** A command is taken when the case in progress has ended. */
@@ -32,12 +33,15 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
     mErrors = mCases.lineErrors();
     checkNumbers();
     const auto& numbers = mCases.configurations();
+    ProgressLine progress("checking");
+    int checked = 0;
     for (auto it = numbers.begin(); it != numbers.end(); ++it) {
         for (const CaseEntry& entry : it.value()) {
             checkEntry(entry);
         }
         checkSeams(it.value());
         describe(it.key(), it.value());
+        progress.show(double(++checked) / double(numbers.size()));
     }
 }
 

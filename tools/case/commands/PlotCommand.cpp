@@ -10,6 +10,7 @@
 #include "base/CaseError.h"
 #include "base/ResultFile.h"
 #include "commands/Commands.h"
+#include "commands/EncodingOption.h"
 #include "plot/Gnuplot.h"
 #include "plot/GnuplotScript.h"
 #include "plot/PictureMaker.h"
@@ -121,5 +122,6 @@ void addPlotCommand(CLI::App& app)
         ->type_name("SECONDS")
         ->check(CLI::NonNegativeNumber)
         ->excludes(at);
+    addEncodingOption(command, &request.mInputOptions.mEncoding);
     command.callback([options] { plot(*options); });
 }

@@ -19,6 +19,7 @@ size_t RecordWindow::ahead()
 
 void RecordWindow::refill()
 {
+    mProgress.show(mFile.progress());
     const size_t dropped = mNext - std::min(mNext, kBack);
     mRecords.erase(mRecords.begin(), mRecords.begin() + static_cast<std::ptrdiff_t>(dropped));
     mNext -= dropped;

@@ -5,6 +5,7 @@
 
 #include "SampleRecord.h"
 #include "base/InputFile.h"
+#include "base/ProgressLine.h"
 
 /** Time stamp in ns since the epoch. */
 inline qint64 stampNsOf(const SampleRecord& record)
@@ -53,12 +54,11 @@ public:
     /** Bytes at the end that are no whole record. Known once ahead() was 0. */
     size_t restBytes() const { return mRestBytes; }
 
-    double progress() const { return mFile.progress(); }
-
 private:
     void refill();
 
     InputFile mFile;
+    ProgressLine mProgress{"reading"};
     std::vector<SampleRecord> mRecords;
     size_t mNext = 0;
     size_t mPosition = 0;

@@ -86,6 +86,7 @@ ExportedSignal::ExportedSignal(const std::string& path, const ExportPart& part)
 bool ExportedSignal::read(SignalBlock& block)
 {
     while (mSource->read(block)) {
+        mProgress.show(mSource->progress());
         const auto begin =
             std::lower_bound(block.mSeconds.begin(), block.mSeconds.end(), mPart.mFrom);
         const auto end = std::lower_bound(begin, block.mSeconds.end(), mPart.mTo);

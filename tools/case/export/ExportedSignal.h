@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ProgressLine.h"
 #include "comtrade/ComtradeHeader.h"
 #include "signal/SignalSource.h"
 
@@ -46,6 +47,7 @@ public:
 
 private:
     std::unique_ptr<SignalSource> mSource;
+    ProgressLine mProgress{"exporting"};
     ExportPart mPart;
     size_t mSamples = 0;        ///< so far
     double mFirstSeconds = 0.0; ///< time in the input of the first

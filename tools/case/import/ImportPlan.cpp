@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "SampleStep.h"
 #include "base/CaseError.h"
@@ -104,6 +105,19 @@ double ImportPlan::linesPerSecond() const
         std::max_element(mSchedule.mPeriods.begin(), mSchedule.mPeriods.end(),
                          [](const auto& a, const auto& b) { return a.mStep < b.mStep; });
     return 1.0 / slowest->mStep;
+}
+
+size_t ImportPlan::linesOf(size_t periods) const
+{
+    return static_cast<size_t>(std::llround(static_cast<double>(periods) * mLinesPerPeriod));
+}
+
+double ImportPlan::beginBefore(size_t periods) const
+{
+    constexpr double kSecondsPerNanosecond = 1e-9;
+    const quint32 stepNs = sampleStepOf(mSchedule.mPeriods.front().mHz);
+    return mSchedule.secondsOf(0) -
+           static_cast<double>(linesOf(periods)) * stepNs * kSecondsPerNanosecond;
 }
 
 ImportPlan planImport(const SignalDescription& description, const RecordedSignal& recorded,

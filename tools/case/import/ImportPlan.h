@@ -29,6 +29,12 @@ struct ImportPlan
 
     /** The lines of the schedule in a second, the fewest. */
     double linesPerSecond() const;
+
+    /** Lines that so many steady periods in front take. */
+    size_t linesOf(size_t periods) const;
+
+    /** When the first line of those would be played, in s in the recording. */
+    double beginBefore(size_t periods) const;
 };
 
 /** Throws CaseError for a range that is not in the recording, or is too long to be played. */

@@ -10,6 +10,7 @@
 #include "import/ImportPlan.h"
 #include "import/LineWriter.h"
 #include "import/SteadySignal.h"
+#include "signal/ImportMark.h"
 
 namespace {
 constexpr double kPi = 3.14159265358979323846;
@@ -38,13 +39,15 @@ ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recor
 }
 
 std::vector<std::string> commentsOf(const SignalDescription& description,
-                                    const ImportOptions& options, const ImportReport& report)
+                                    const ImportOptions& options, const ImportReport& report,
+                                    double begin)
 {
     std::vector<std::string> comments = {
         "made by " + options.mMadeBy,
         fmt::format("from {}: {}; station {}, device {}; first sample {}", description.mFileName,
                     description.mFormat, description.mStation, description.mDevice,
-                    description.mStartTime)};
+                    description.mStartTime),
+        importMark(begin)};
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
         const ChannelReport& channel = report.mChannels[i];
         const bool isNothing = channel.mFactor == 0.0;
@@ -98,7 +101,7 @@ void Replay::writeBefore(size_t periods)
         return;
     }
     SteadySignal signal = steady();
-    const double lines = std::round(static_cast<double>(periods) * mPlan.mLinesPerPeriod);
+    const double lines = static_cast<double>(mPlan.linesOf(periods));
     mFirstCycles = -lines / mPlan.mLinesPerPeriod;
     for (double line = 0.0; line < lines; line += 1.0) {
         const double cycles = (line - lines) / mPlan.mLinesPerPeriod;
@@ -184,7 +187,8 @@ ImportReport importSignal(SignalSource& source, const ImportOptions& options, Re
     const ImportPlan plan = planImport(description, recorded, times, map, options);
     ImportReport report = reportOf(description, recorded, map, plan);
     LineWriter writer(output, times, options.mClip);
-    writer.writeComments(commentsOf(description, options, report));
+    writer.writeComments(
+        commentsOf(description, options, report, plan.beginBefore(options.mBefore)));
     MappedSignal signal(recorded, times, map, plan.linesPerSecond());
     Replay replay(plan, signal, writer);
     replay.writeBefore(options.mBefore);

@@ -36,11 +36,23 @@ bool Difference::Reader::hasSample()
     return true;
 }
 
+void Difference::Reader::skipTo(double begin)
+{
+    while (hasSample() && seconds() < begin - kSameInstant) {
+        ++mNext;
+    }
+}
+
 bool Difference::read(SignalSource& left, SignalSource& right)
 {
     ProgressLine line("comparing");
     Reader a{left};
     Reader b{right};
+    if (a.hasSample() && b.hasSample()) {
+        const double begin = std::max(a.seconds(), b.seconds());
+        a.skipTo(begin);
+        b.skipTo(begin);
+    }
     while (a.hasSample() && b.hasSample()) {
         const size_t count = std::min(a.mBlock.size() - a.mNext, b.mBlock.size() - b.mNext);
         if (!compare(a, b, count)) {

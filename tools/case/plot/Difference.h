@@ -16,8 +16,8 @@ public:
     Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns);
 
     /**
-     * Reads both signals up to the end of the shorter.
-     * @return whether all instants until there are the same, to a µs; if not, nothing is known
+     * Reads both signals from where the later one begins up to where the earlier one ends.
+     * @return whether all instants in there are the same, to a µs; if not, nothing is known
      */
     bool read(SignalSource& left, SignalSource& right);
 
@@ -54,6 +54,10 @@ private:
         size_t mNext = 0;
 
         bool hasSample();
+        double seconds() const { return mBlock.mSeconds[mNext]; }
+
+        /** Leaves out what is before that time. */
+        void skipTo(double begin);
     };
 
     bool compare(const Reader& left, const Reader& right, size_t count);

@@ -256,7 +256,7 @@ void Script::addCommands(double top, double bottom)
         if (i >= kMostCommandLines && mPicture.mCommands.size() > 2 * kMostCommandLines) {
             continue;
         }
-        const bool isLate = command.mSeconds > 0.7 * mPicture.mSeconds;
+        const bool isLate = command.mSeconds > 0.7 * mPicture.mEnd;
         add("set label {} at {:.9g}, {:.5f} {} textcolor rgb '{}' noenhanced\n",
             quoted("  " + command.mText + "  "), command.mSeconds, y, isLate ? "right" : "left",
             kMarkColour);
@@ -285,7 +285,8 @@ void Script::addBar()
             i + 1, part.mFrom, part.mTo,
             kShades[static_cast<size_t>(found - known.begin()) % kShades.size()]);
         const double letters =
-            (part.mTo - part.mFrom) / mPicture.mSeconds * width / kLetterWidth - 1.0;
+            (part.mTo - part.mFrom) / (mPicture.mEnd - mPicture.mBegin) * width / kLetterWidth -
+            1.0;
         const std::string number = std::to_string(part.mConfiguration);
         const bool isRoomy = letters > static_cast<double>(widthOf(part.mText));
         if (isRoomy || letters > static_cast<double>(number.size())) {
@@ -384,7 +385,7 @@ std::string Script::draw()
         isSvg ? "svg" : "pngcairo", kWidth * scale, pictureHeight() * scale, isSvg ? 14 : 9);
     mText += "set multiplot\n";
     add("set tics nomirror out textcolor rgb '{}'\n", kTextColour);
-    mText += range("x", 0.0, mPicture.mSeconds);
+    mText += range("x", mPicture.mBegin, mPicture.mEnd);
     addHead();
     addBar();
     addWhole();
@@ -400,7 +401,7 @@ std::string Script::drawOnTerminal()
     add("set encoding utf8\nset terminal dumb {} noenhanced nofeed size {},{}\n",
         mCanvas.mHasColours ? "ansi256" : "mono", mCanvas.mColumns, kTerminalPanelLines);
     mText += "set key outside right top samplen 1\nset tics nomirror\nset border 3\n";
-    mText += range("x", 0.0, mPicture.mSeconds);
+    mText += range("x", mPicture.mBegin, mPicture.mEnd);
     addCommandLines();
     for (size_t i = 0; i < mPicture.mWhole.size(); ++i) {
         const Panel& panel = mPicture.mWhole[i];

@@ -23,7 +23,8 @@ void Overview::read(SignalSource& source)
     SignalBlock block;
     while (source.read(block)) {
         mPeriods.add(block);
-        mSeconds = block.mSeconds.back();
+        mBegin = block.mFirst == 0 ? block.mSeconds.front() : mBegin;
+        mEnd = block.mSeconds.back();
         line.show(source.progress());
     }
     mPeriods.finish();

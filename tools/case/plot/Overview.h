@@ -28,8 +28,9 @@ public:
     std::vector<Point> hertz() const { return mHertz.curve(0); }
     std::vector<Moment> moments() const { return mMoments.found(); }
 
-    /** From the first sample to the last, in s. */
-    double seconds() const { return mSeconds; }
+    /** Times of the first and the last sample, in s. */
+    double begin() const { return mBegin; }
+    double end() const { return mEnd; }
 
     /** Length of the first period, in s; 0 without samples. */
     double period() const { return mFirstPeriod; }
@@ -43,6 +44,7 @@ private:
     Moments mMoments;
     Periods mPeriods;
     std::vector<double> mRmsOfPeriod;
-    double mSeconds = 0.0;
+    double mBegin = 0.0;
+    double mEnd = 0.0;
     double mFirstPeriod = 0.0;
 };

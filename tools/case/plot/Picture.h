@@ -53,7 +53,8 @@ struct Picture
 {
     std::string mTitle;
     std::string mCaption;
-    double mSeconds = 0.0; ///< length of the whole
+    double mBegin = 0.0; ///< of the whole; the first signal begins at 0
+    double mEnd = 0.0;
     std::vector<PlayedPart> mPlayed;
     std::vector<GivenCommand> mCommands;
     std::vector<Panel> mWhole;        ///< over the whole, one above the other

@@ -13,6 +13,7 @@
 #include "plot/Difference.h"
 #include "plot/Overview.h"
 #include "plot/PlayedBar.h"
+#include "plot/ShiftedSource.h"
 #include "plot/Waveforms.h"
 #include "signal/DriverRecordingSource.h"
 
@@ -65,6 +66,7 @@ public:
     Picture make();
 
 private:
+    std::unique_ptr<SignalSource> openSource(const std::string& path) const;
     void readWhole(const std::string& path);
     void addTexts();
     void addPlayed();
@@ -98,9 +100,27 @@ Picture Maker::make()
     return mPicture;
 }
 
+/** An import and the recording that it was made from have the times of the first one. */
+std::unique_ptr<SignalSource> Maker::openSource(const std::string& path) const
+{
+    auto source = openInput(path, mRequest.mInputOptions);
+    const auto beginOf = [](const SignalDescription& description) {
+        return isOfDevice(description) ? description.mImportedFrom : 0.0;
+    };
+    if (mSignals.empty() || path == mSignals[0]->mPath) {
+        return source;
+    }
+    const auto begin = beginOf(source->description());
+    const auto reference = beginOf(mSignals[0]->mDescription);
+    if (!begin || !reference || *begin == *reference) {
+        return source;
+    }
+    return std::make_unique<ShiftedSource>(std::move(source), *begin - *reference);
+}
+
 void Maker::readWhole(const std::string& path)
 {
-    const auto source = openInput(path, mRequest.mInputOptions);
+    const auto source = openSource(path);
     auto signal = std::make_unique<DrawnSignal>(path, *source, mRequest.mColumns);
     const DrawnChannels& channels = signal->mChannels;
     signal->mOverview.read(*source);
@@ -111,7 +131,8 @@ void Maker::readWhole(const std::string& path)
         fmt::print(stderr, "not drawn, for want of place: {}\n",
                    fmt::join(channels.leftOut(), ", "));
     }
-    mPicture.mSeconds = std::max(mPicture.mSeconds, signal->mOverview.seconds());
+    mPicture.mBegin = std::min(mPicture.mBegin, signal->mOverview.begin());
+    mPicture.mEnd = std::max(mPicture.mEnd, signal->mOverview.end());
     mSignals.push_back(std::move(signal));
 }
 
@@ -122,7 +143,7 @@ void Maker::addTexts()
     mPicture.mTitle = (signal.mIsRecording ? "What arrived at the driver: " : "") +
                       baseName(signal.mPath) +
                       (about.mStation.empty() ? "" : ", " + about.mStation);
-    mPicture.mCaption = fmt::format("{}, {:.4g} s", about.mFormat, signal.mOverview.seconds());
+    mPicture.mCaption = fmt::format("{}, {:.4g} s", about.mFormat, signal.mOverview.end());
     if (!about.mStartTime.empty()) {
         mPicture.mCaption += ", from " + about.mStartTime;
     }
@@ -226,8 +247,8 @@ void Maker::addDifference()
 {
     const DrawnChannels& channels = mSignals[0]->mChannels;
     Difference difference(channels, mSignals[1]->mChannels, mRequest.mColumns);
-    const auto left = openInput(mSignals[0]->mPath, mRequest.mInputOptions);
-    const auto right = openInput(mSignals[1]->mPath, mRequest.mInputOptions);
+    const auto left = openSource(mSignals[0]->mPath);
+    const auto right = openSource(mSignals[1]->mPath);
     if (!difference.read(*left, *right)) {
         mPicture.mCaption += ", sampled at other instants";
         return;
@@ -269,10 +290,11 @@ std::vector<Moment> Maker::moments() const
 
 std::vector<WaveColumn> Maker::chooseColumns() const
 {
-    const double end = mPicture.mSeconds;
+    const double begin = mPicture.mBegin;
+    const double end = mPicture.mEnd;
     const double period = mSignals[0]->mOverview.period();
     if (mRequest.mFrom || mRequest.mTo) {
-        const double from = mRequest.mFrom.value_or(0.0);
+        const double from = mRequest.mFrom.value_or(begin);
         const double to = std::min(mRequest.mTo.value_or(end), end);
         if (from >= to) {
             throw CaseError(fmt::format("nothing to show from {} s to {} s", from, to));
@@ -285,7 +307,7 @@ std::vector<WaveColumn> Maker::chooseColumns() const
                 fmt::format("nothing to show at {} s: the end is at {} s", *mRequest.mAt, end));
         }
         return {{fmt::format("around {:.6g} s", *mRequest.mAt),
-                 std::max(0.0, *mRequest.mAt - kPeriodsAround * period),
+                 std::max(begin, *mRequest.mAt - kPeriodsAround * period),
                  std::min(end, *mRequest.mAt + kPeriodsAround * period),
                  mRequest.mAt,
                  {}}};
@@ -293,7 +315,7 @@ std::vector<WaveColumn> Maker::chooseColumns() const
     std::vector<WaveColumn> columns;
     for (const Moment& moment : moments()) {
         columns.push_back({moment.mText,
-                           std::max(0.0, moment.mSeconds - kPeriodsBefore * period),
+                           std::max(begin, moment.mSeconds - kPeriodsBefore * period),
                            std::min(end, moment.mSeconds + kPeriodsBehind * period),
                            moment.mSeconds,
                            {}});
@@ -320,7 +342,7 @@ void Maker::addWaveforms()
     for (size_t i = 0; i < mSignals.size(); ++i) {
         Waveforms waves(mSignals[i]->mChannels, stretches,
                         mRequest.mColumns / std::max<size_t>(stretches.size(), 1));
-        waves.read(*openInput(mSignals[i]->mPath, mRequest.mInputOptions));
+        waves.read(*openSource(mSignals[i]->mPath));
         for (size_t column = 0; column < stretches.size(); ++column) {
             addWavePanels(i, waves, column);
         }

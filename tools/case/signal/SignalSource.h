@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,8 +55,9 @@ struct SignalDescription
     std::string mDevice;
     std::string mStartTime; ///< of the first sample, as text for the reader
     std::string mTriggerTime;
-    double mNominalHz = 0.0;        ///< 0 where the file does not tell
-    size_t mSampleCount = 0;        ///< 0 where it is known only at the end
+    std::optional<double> mImportedFrom; ///< s; where an import begins in its recording
+    double mNominalHz = 0.0;             ///< 0 where the file does not tell
+    size_t mSampleCount = 0;             ///< 0 where it is known only at the end
     std::vector<SampleRate> mRates; ///< empty where only time stamps tell when samples were taken
     std::vector<ChannelDescription> mChannels;
     std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end

@@ -9,6 +9,7 @@
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "signal/DeviceChannels.h"
+#include "signal/ImportMark.h"
 #include "signal/ProgramMessages.h"
 
 namespace {
@@ -76,6 +77,7 @@ ValueFileSource::ValueFileSource(const std::string& path)
 {
     mDescription.mFileName = path;
     mDescription.mFormat = "value file";
+    mDescription.mImportedFrom = importedFrom(path);
     mDescription.mChannels = deviceChannels();
 }
 
