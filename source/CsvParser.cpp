@@ -98,7 +98,7 @@ bool CsvParser::parseCompleteFile()
     mLineNumber = 0;
     bool ok = mFile->isOpen() && goToBeginning(LOG4CXX_LOCATION);
     while (ok && mReader.hasLine()) {
-        ok = parseNextLine();
+        ok = handleLine();
         if (!ok) {
             logError(mLogger, LOG4CXX_LOCATION,
                      [] { return "Problem while handling line. abort."; });
@@ -114,23 +114,23 @@ bool CsvParser::parseCompleteFile()
 
 bool CsvParser::parseNextLine()
 {
-    const bool isThere = hasLine();
+    mReader.lookAgain();
+    if (!mReader.hasLine()) {
+        ++mLineNumber;
+        return true;
+    }
+    return handleLine();
+}
+
+/** Handles the line that is there. */
+bool CsvParser::handleLine()
+{
     ++mLineNumber;
-    if (!isThere || takeFastRoad()) {
+    if (takeFastRoad()) {
         return true;
     }
     const QString data = dataPart(toText(mReader.takeLine()));
     return data.isEmpty() || parseLine(data);
-}
-
-/** Also in a file that has grown since its end was found; not after a failed read. */
-bool CsvParser::hasLine()
-{
-    if (mReader.hasLine()) {
-        return true;
-    }
-    mReader.lookAgain();
-    return mReader.hasLine();
 }
 
 /** True when the line that is there is handled. */
@@ -155,7 +155,7 @@ int CsvParser::parseLines(int maxLines)
     }
     int count = 0;
     while (maxLines != 0 && mReader.hasLine()) {
-        if (parseNextLine()) {
+        if (handleLine()) {
             ++count;
         }
         --maxLines;

@@ -99,7 +99,7 @@ protected:
 private:
     std::string linePrefix(quint32 lineNumber) const;
     void startReading();
-    bool hasLine();
+    bool handleLine();
     bool takeFastRoad();
     bool goToBeginning(const log4cxx::spi::LocationInfo& location);
     bool reportReadFailure(const log4cxx::spi::LocationInfo& location);

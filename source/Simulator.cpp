@@ -74,10 +74,16 @@ void Simulator::startEndless()
     mConfiguration.selectNextConfiguration();
     std::optional<qint32> reported;
     for (;;) {
+        const qint32 number = mConfiguration.currentConfiguration();
         reportNothingToPlay(&reported, LOG4CXX_LOCATION);
         mConfiguration.resetIterator();
-        playOrWait();
+        const bool isIdle = isIdlePass();
         mConfiguration.selectNextConfiguration();
+        // The writer paces the loop only when there is something to write.
+        if (isIdle && mConfiguration.currentConfiguration() == number) {
+            mConfiguration.waitForUserInput(kIdleWaitMilliseconds);
+            mConfiguration.selectNextConfiguration();
+        }
     }
 }
 
@@ -100,16 +106,14 @@ void Simulator::reportNothingToPlay(std::optional<qint32>* reported,
     }
 }
 
-/** The writer paces the loop only when there is something to write. */
-void Simulator::playOrWait()
+/** Plays the current configuration; true when no sample was written and no command taken. */
+bool Simulator::isIdlePass()
 {
     const quint64 samplesBefore = mPrussSimulation.samplesWritten();
     const quint64 commandsBefore = mConfiguration.commandsTaken();
     simulateConfiguration();
-    if (mPrussSimulation.samplesWritten() == samplesBefore &&
-        mConfiguration.commandsTaken() == commandsBefore) {
-        mConfiguration.waitForUserInput(kIdleWaitMilliseconds);
-    }
+    return mPrussSimulation.samplesWritten() == samplesBefore &&
+           mConfiguration.commandsTaken() == commandsBefore;
 }
 
 bool Simulator::simulateOneCase(ConfigurationItem* item)

@@ -54,7 +54,7 @@ public:
 private:
     bool loadDataFile(ConfigurationItem* item, const log4cxx::spi::LocationInfo& location);
     bool playRepetitions(ConfigurationItem* item);
-    void playOrWait();
+    bool isIdlePass();
     void reportNothingToPlay(std::optional<qint32>* reported,
                              const log4cxx::spi::LocationInfo& location) const;
 

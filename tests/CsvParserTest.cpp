@@ -148,6 +148,12 @@ TEST_F(CsvParserTest, ParsesPiecewise)
     EXPECT_FALSE(mParser.parseCompleteFile()) << "begins again";
     EXPECT_EQ(mParser.lineNumber(), 3U);
 
+    ASSERT_TRUE(open("1"));
+    EXPECT_EQ(mParser.parseLines(0), 0);
+    std::ofstream(mFiles.path("file"), std::ios::app) << "2\n";
+    EXPECT_TRUE(mParser.parseNextLine());
+    EXPECT_EQ(mParser.mLines.back(), "12") << "it grew behind the look at its end";
+
     ASSERT_TRUE(open("1\n"));
     std::filesystem::remove(mFiles.path("file"));
     EXPECT_EQ(mParser.parseLines(1), -1);

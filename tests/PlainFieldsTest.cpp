@@ -14,7 +14,7 @@ constexpr size_t kFrequencyColumn = 4;
 const Words kFields = split("17;0.5;7;2;50;1;-2;3;-4;5;-6;7;-8", ';');
 
 /** A line of plain fields with another text in one column. */
-std::string lineWith(size_t column, const std::string& text)
+std::string lineWithField(size_t column, const std::string& text)
 {
     std::string line;
     for (size_t i = 0; i < kFields.size(); ++i) {
@@ -59,7 +59,7 @@ TEST(PlainFieldsTest, ReadsEveryColumnAsTheGeneralWayDoes)
     for (size_t column = 0; column < kFields.size(); ++column) {
         for (const std::string& edge : split(kEdges, '|')) {
             for (const char* ending : {"\n", "\r\n", "\r\r\n", ";\n", " \n", "# x\n"}) {
-                lines.push_back(lineWith(column, edge) + ending);
+                lines.push_back(lineWithField(column, edge) + ending);
             }
         }
     }
@@ -69,7 +69,7 @@ TEST(PlainFieldsTest, ReadsEveryColumnAsTheGeneralWayDoes)
 TEST(PlainFieldsTest, TakesTheLinesOfRealFiles)
 {
     for (const std::string& line :
-         {lineWith(0, "17"), lineWith(0, "17") + "\r",
+         {lineWithField(0, "17"), lineWithField(0, "17") + "\r",
           ";;4294967295;0;49.95;2147483647;-2147483647;0;0;0;0;0;0"s,
           "some text;0.000056;0;0;050.0000;00000001;1234567890;9;9;9;9;9;123456789"s}) {
         int plainLines = 0;
@@ -85,8 +85,9 @@ TEST(PlainFieldsTest, RoundsFrequenciesAsTheGeneralWayDoes)
     Words lines;
     for (int line = 0; line < 5000; ++line) {
         const std::string decimals = std::to_string(random()) + std::to_string(random());
-        lines.push_back(lineWith(kFrequencyColumn, std::to_string(random() % 100'000'000) + "." +
-                                                       decimals.substr(0, 1 + random() % 12)) +
+        lines.push_back(lineWithField(kFrequencyColumn, std::to_string(random() % 100'000'000) +
+                                                            "." +
+                                                            decimals.substr(0, 1 + random() % 12)) +
                         "\n");
     }
     expectNoDifference(lines);

@@ -108,6 +108,7 @@ TEST_F(SimulatorTest, PlaysInThisOrder)
         {kThree, {{2, "2\n"}}, "aabbbbbb"},
         {kThree, {{1, "s1\n2\n"}}, "acbbbbbb"},
         {kThree, {{1, "s1\n"}, {2, "s2\n"}}, "acbbbaab"},
+        {"0,1,a\n1,0,b\n2,1,e\n", {{1, "s1\n"}, {2, "s2\n"}}, "aaaa"}, // nothing, once
         {kThree, {{1, "s3\n"}, {2, "x\n"}}, "aabaab"},
         {kThree, {{1, "s"}, {4, "2\n"}}, "aababbbaab"},
         {"0,1,e\n1,1,c\n0,1,e\n", {{0, "s1\n"}}, "c"}};
@@ -134,7 +135,7 @@ TEST_F(SimulatorTest, WaitsForACommandInsteadOfSpinning)
                            Idle{"0,1,a\n-1,7,\n", "s0\n", "a", 4}, // a number without entries
                            Idle{"", "s0\n", "", 3}, Idle{"0,1,e\n0,3,e\n1,1,c\n", "s1\n", "c", 4},
                            Idle{"0,4294967295,e\n1,1,c\n", "s1\n", "c", 4},
-                           Idle{"0,5,a\n0,1,b\n1,1,c\n", "s1\n", nullptr, 10}}) {
+                           Idle{"0,5,a\n0,1,b\n1,1,c\n", "s1\n", nullptr, 12}}) {
         SCOPED_TRACE(it.mConfig);
         restart();
         if (it.mPlayed == nullptr) {

@@ -30,12 +30,12 @@ TEST(TimeUtilsTest, ReadsWritesAndComparesTheTwoClocks)
 
 TEST(TimeUtilsTest, SleepsTheWholeTime)
 {
-    const std::tuple<quint32, std::deque<qint64>, std::vector<qint64>> kCases[] = {
+    const std::tuple<quint32, std::deque<qint64>, std::vector<qint64>> kSleeps[] = {
         {0, {}, {0}},
         {1'500'000'000, {}, {1'500'000'000}},
         {4'294'967'295, {}, {4'294'967'295}},
         {1'500'000'000, {400'000'000, 0}, {1'500'000'000, 1'100'000'000, 1'100'000'000}}};
-    for (const auto& [nanoseconds, interruptions, requests] : kCases) {
+    for (const auto& [nanoseconds, interruptions, requests] : kSleeps) {
         VirtualSystem system;
         system.mInterruptSleep = interruptions;
         EXPECT_TRUE(TimeUtils::nanoSleep(nanoseconds));

@@ -5,6 +5,7 @@
 #include <log4cxx/xml/domconfigurator.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -34,12 +35,13 @@ bool isTrackConfiguration(const std::string& path)
            reader.name() == QLatin1String("configuration");
 }
 
-/** What sets up an appender needs no second look, which a pipe would not allow. */
+/** What sets up an appender needs no second look, and a pipe does not allow one. */
 bool configure(const std::string& path)
 {
     return log4cxx::xml::DOMConfigurator::configure(path) ==
                log4cxx::spi::ConfigurationStatus::Configured &&
-           (hasAnyAppender() || isTrackConfiguration(path));
+           (hasAnyAppender() || !QFileInfo(QString::fromStdString(path)).isFile() ||
+            isTrackConfiguration(path));
 }
 } // namespace
 

@@ -6,6 +6,7 @@
 
 #include "CommandRunner.h"
 #include "SampleRecord.h"
+#include "base/Numbers.h"
 #include "plot/Envelope.h"
 #include "plot/GnuplotScript.h"
 #include "plot/Overview.h"
@@ -13,7 +14,6 @@
 using testing::HasSubstr;
 
 namespace {
-constexpr double kPi = 3.14159265358979323846;
 
 /** Of 1 V; from the sample `jump` on of 0.4 V; a voltage and a current that stays. */
 class Sag : public SignalSource

@@ -4,6 +4,11 @@
 #include <cmath>
 #include <string_view>
 
+inline constexpr double kPi = 3.14159265358979323846;
+inline constexpr double kRadiansPerDegree = kPi / 180.0;
+
+inline constexpr double kSecondsPerNanosecond = 1e-9;
+
 /** The text without blanks, tabs and carriage returns at its ends. */
 inline std::string_view trimmed(std::string_view text)
 {

@@ -3,6 +3,9 @@
 #include <string_view>
 #include <vector>
 
+/** So much of a file's text is quoted in a message, in bytes. */
+inline constexpr size_t kLongestExcerpt = 60;
+
 /** The parts of a text between the separators: one more than there are separators. */
 inline std::vector<std::string_view> splitText(std::string_view text, char separator)
 {

@@ -13,7 +13,7 @@ namespace {
 constexpr double kLongestPatienceSeconds = 5.0;
 
 /** Each of two neighbours was rounded to a whole number. */
-constexpr qint64 kRounding = 1;
+constexpr qint64 kRoundingOfValues = 1;
 
 /** An item on the 32-bit device: a pointer to its virtual operations, the record, the frequency. */
 constexpr qint64 kItemBytesOn32Bits = 4 + qint64{sizeof(SampleRecord)} + 4;
@@ -147,7 +147,7 @@ void CaseCheck::checkSeam(const CaseEntry& from, const CaseEntry& to)
     for (size_t channel = 0; channel < before.mLast.size(); ++channel) {
         const qint64 jump = std::abs(after.mFirst[channel] - before.mLast[channel]);
         const qint64 usual = std::max(before.mLargestStep[channel], after.mLargestStep[channel]);
-        if (jump > usual + kRounding) {
+        if (jump > usual + kRoundingOfValues) {
             mWarnings.push_back(fmt::format(
                 "{}: channel {} jumps by {} from the end of {} to the beginning of {}, and by at "
                 "most {} inside them",

@@ -5,12 +5,12 @@
 #include <cstdlib>
 
 #include "SampleStep.h"
+#include "base/Numbers.h"
 #include "signal/ProgramMessages.h"
 
 namespace {
 /** Read between two looks at the messages, so that a file of errors alone costs no memory. */
 constexpr int kLinesAtOnce = 1000;
-constexpr double kSecondsPerNanosecond = 1e-9;
 
 void takeMessages(const ProgramMessages& messages, FileFacts* facts)
 {

@@ -8,7 +8,7 @@
 #include "explain/ExplanationOutputs.h"
 
 namespace {
-constexpr char kFooter[] =
+constexpr char kExplainFooter[] =
     R"(RECORDING is what vx-sandbox --record wrote. The last line says whether all is
 as it should be, and so does the exit status: 0 if it is, 1 if not.
 
@@ -59,7 +59,7 @@ void addExplainCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
         "explain", "Says what was played when, and whether that is what should have been played");
-    command.footer(kFooter);
+    command.footer(kExplainFooter);
     const auto options = std::make_shared<ExplainOptions>();
     command.add_option("RECORDING", options->mRecording, "Recording of the driver")
         ->required()

@@ -10,7 +10,7 @@
 #include "export/Exporter.h"
 
 namespace {
-constexpr char kFooter[] =
+constexpr char kExportFooter[] =
     R"(INPUT is a value file or a recording of the driver (vx-sandbox --record). FILE
 says by its suffix what is written: NAME.cfg is COMTRADE 2013 with NAME.dat
 beside it, NAME.cff the same in one file, NAME.csv text with a heading.
@@ -47,7 +47,7 @@ void addExportCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
         "export", "Writes a value file or a recording of the driver as COMTRADE or text");
-    command.footer(kFooter);
+    command.footer(kExportFooter);
     const auto options = std::make_shared<ExportOptions>();
     command.add_option("INPUT", options->mInput, "Value file or recording of the driver")
         ->required()

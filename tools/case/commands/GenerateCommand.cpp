@@ -14,7 +14,7 @@
 #include "generate/WaveFile.h"
 
 namespace {
-constexpr char kFooter[] =
+constexpr char kGenerateFooter[] =
     R"(Channels 0 to 2 are the phase voltages and 3 the neutral voltage in mV, 4 to 6
 the phase currents and 7 the neutral current in mA.
 
@@ -234,7 +234,7 @@ void addGenerateCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
         "generate", "Writes a value file: one line per degree of phase, 360 lines a period");
-    command.footer(kFooter);
+    command.footer(kGenerateFooter);
     const auto options = std::make_shared<GenerateOptions>();
     for (const Reader& reader : kReaders) {
         addReader(command, reader, options->mWave);

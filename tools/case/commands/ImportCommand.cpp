@@ -22,7 +22,7 @@ using Json = nlohmann::ordered_json;
 /** Periods of the steady signal; more of them are a matter of repetitions. */
 constexpr size_t kMostSteadyPeriods = 100'000;
 
-constexpr char kFooter[] =
+constexpr char kImportFooter[] =
     R"(Voltages go to channels 0 to 3 and currents to 4 to 7, in mV and mA, in the order
 A, B, C, neutral. --channels says it otherwise, by name or number: "0" is nothing, and
 channels that it does not name are found as before.
@@ -141,10 +141,10 @@ void runImport(const ImportCommandOptions& options)
     fmt::print(stderr, "{}", options.mJson ? jsonOf(report) : tableOf(report));
 }
 
-using Reader = std::string (*)(const std::string& text, ImportOptions& options);
+using OptionReader = std::string (*)(const std::string& text, ImportOptions& options);
 
-CLI::Option& addReader(CLI::App& command, const char* name, Reader read, ImportOptions& options,
-                       const char* help)
+CLI::Option& addReader(CLI::App& command, const char* name, OptionReader read,
+                       ImportOptions& options, const char* help)
 {
     const auto readOrThrow = [name, read, &options](const std::string& text) {
         const std::string problem = read(text, options);
@@ -190,7 +190,7 @@ void addImportCommand(CLI::App& app)
 {
     CLI::App& command =
         *app.add_subcommand("import", "Makes a value file from a recording of a relay or recorder");
-    command.footer(kFooter);
+    command.footer(kImportFooter);
     const auto options = std::make_shared<ImportCommandOptions>();
     command
         .add_option("RECORDING", options->mRecording,

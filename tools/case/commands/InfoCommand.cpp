@@ -14,7 +14,7 @@
 namespace {
 using Json = nlohmann::ordered_json;
 
-constexpr char kFooter[] =
+constexpr char kInfoFooter[] =
     R"(Reads value files, COMTRADE recordings (.cfg, .dat or .cff), recordings of the
 driver and text files with a heading; what a file is, is found by its content.
 rms counts every sample alike; times are seconds from the first sample.
@@ -196,7 +196,7 @@ void runInfo(const InfoOptions& options)
 void addInfoCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand("info", "Tells what is in a recording or value file");
-    command.footer(kFooter);
+    command.footer(kInfoFooter);
     const auto options = std::make_shared<InfoOptions>();
     command.add_option("FILE", options->mFile, "The recording or value file")
         ->required()

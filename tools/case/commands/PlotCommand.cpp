@@ -16,7 +16,7 @@
 #include "plot/PictureMaker.h"
 
 namespace {
-constexpr char kFooter[] =
+constexpr char kPlotFooter[] =
     R"(INPUT is a value file, a recording of the driver or a COMTRADE recording. A second
 one is drawn over it, dashed. FILE ends in .svg or .png; without it the picture is
 drawn on the terminal.
@@ -92,7 +92,7 @@ void addPlotCommand(CLI::App& app)
     CLI::App& command = *app.add_subcommand("plot",
                                             "Draws a signal: the whole, and where "
                                             "something happens in it");
-    command.footer(kFooter);
+    command.footer(kPlotFooter);
     const auto options = std::make_shared<PlotOptions>();
     PictureRequest& request = options->mRequest;
     command.add_option("INPUT", request.mInputs, "What is drawn; a second one over the first")

@@ -6,15 +6,15 @@
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
+#include "comtrade/ComtradeHeader.h"
 
 namespace {
-constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMissingUntil2013 = 99999.0;
 constexpr double kLargestStamp = 1e17;
-constexpr std::string_view kSectionMark = "---";
 constexpr size_t kLeadingFields = 2;
 constexpr unsigned kStatesInWord = 16;
-constexpr size_t kLongestExcerpt = 60;
 } // namespace
 
 /** The fields of a line, one after another. */
@@ -62,7 +62,7 @@ private:
         const char* const end = std::find(mNext, mEnd, ',');
         mField = trimmed({mNext, static_cast<size_t>(end - mNext)});
         mNext = end == mEnd ? mEnd : end + 1;
-        *number = kMissing;
+        *number = kNoValue;
         return mField.empty() || parseNumber(mField, number);
     }
 
@@ -77,7 +77,7 @@ ComtradeAsciiRecords::ComtradeAsciiRecords(InputFile& file, const ComtradeHeader
     : mFile(file),
       mHeader(header),
       mFieldCount(kLeadingFields + header.mAnalogs.size() + header.mStatuses.size()),
-      mMissing(header.mRevision == ComtradeRevision::k2013 ? kMissing : kMissingUntil2013),
+      mMissing(header.mRevision == ComtradeRevision::k2013 ? kNoValue : kMissingUntil2013),
       mLine(firstLine - 1)
 {
 }
@@ -137,7 +137,7 @@ void ComtradeAsciiRecords::readRecord(std::string_view line, size_t place, Comtr
             fail(fmt::format("a number in field {}, found \"{}\"", fields.taken(),
                              fields.field().substr(0, kLongestExcerpt)));
         }
-        column[place] = number == mMissing ? kMissing : number;
+        column[place] = number == mMissing ? kNoValue : number;
     }
     readStates(&fields, block->mStates.data() + place * stateWords(mHeader));
 }

@@ -12,7 +12,7 @@ static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "numbers in a recording are littl
 namespace {
 constexpr size_t kStampBytes = 8; ///< of sample number and time stamp
 constexpr quint32 kNoStamp32 = 0xFFFFFFFF;
-constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 constexpr char kEndMark = 0x1A;
 
 template <typename Number>
@@ -29,7 +29,7 @@ void readColumn(const char* bytes, size_t step, Number missing, size_t count, do
 {
     for (size_t i = 0; i < count; ++i) {
         const auto number = numberAt<Number>(bytes + i * step);
-        column[i] = number == missing ? kMissing : static_cast<double>(number);
+        column[i] = number == missing ? kNoNumber : static_cast<double>(number);
     }
 }
 
@@ -41,7 +41,7 @@ void readFloatColumn(const char* bytes, size_t step, size_t count, double* colum
     for (size_t i = 0; i < count; ++i) {
         const auto number = numberAt<float>(bytes + i * step);
         const bool isThere = std::isfinite(number) && number > kLowest && number != kSmallest;
-        column[i] = isThere ? static_cast<double>(number) : kMissing;
+        column[i] = isThere ? static_cast<double>(number) : kNoNumber;
     }
 }
 

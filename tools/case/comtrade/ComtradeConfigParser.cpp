@@ -8,6 +8,7 @@
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
 #include "comtrade/ComtradeTime.h"
 
 namespace {
@@ -20,7 +21,6 @@ constexpr size_t kMostAnalogFields = 13;
 constexpr double kSlowestHz = 1e-6;
 constexpr double kFastestHz = 1e12;
 constexpr size_t kMicrosecondDigits = 6;
-constexpr size_t kLongestExcerpt = 60;
 
 std::vector<std::string_view> linesOf(std::string_view text)
 {

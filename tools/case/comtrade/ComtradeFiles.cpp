@@ -12,10 +12,10 @@
 #include "base/Numbers.h"
 #include "base/TextEncoding.h"
 #include "comtrade/ComtradeConfigParser.h"
+#include "comtrade/ComtradeHeader.h"
 
 namespace {
 constexpr size_t kLargestConfig = size_t{16} << 20U;
-constexpr std::string_view kSectionMark = "---";
 
 /** Parses the configuration and puts its remarks behind those on its texts. */
 void takeConfig(const std::string& name, std::string_view text, size_t firstLine,

@@ -5,6 +5,9 @@
 #include <string_view>
 #include <vector>
 
+/** Begins the heading of each section of a single file. */
+inline constexpr std::string_view kSectionMark = "---";
+
 /**
  * What the configuration part of a COMTRADE recording says: plain data, for who reads one and who
  * writes one. Texts are UTF-8 without blanks at their ends.

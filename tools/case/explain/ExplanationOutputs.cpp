@@ -1,4 +1,5 @@
 #include "explain/ExplanationOutputs.h"
+#include "base/Numbers.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -7,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 namespace {
-constexpr double kSecondsPerNanosecond = 1e-9;
 
 constexpr char kRow[] = "{:<14}{:<{}}  {:>8}  {:>20}  {:>20}  {:>11}{}\n";
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "signal/RecordStamp.h"
+
 const FindingName& nameOf(FindingKind kind)
 {
     static constexpr FindingName kNames[] = {
@@ -35,7 +37,5 @@ bool FindingCounts::isClean() const
 
 std::string stampText(qint64 stampNs)
 {
-    constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
-    return fmt::format("{}.{:09}", stampNs / kNanosecondsPerSecond,
-                       stampNs % kNanosecondsPerSecond);
+    return fmt::format("{}.{:09}", stampNs / kSecondInNs, stampNs % kSecondInNs);
 }

@@ -6,13 +6,7 @@
 #include "SampleRecord.h"
 #include "base/InputFile.h"
 #include "base/ProgressLine.h"
-
-/** Time stamp in ns since the epoch. */
-inline qint64 stampNsOf(const SampleRecord& record)
-{
-    constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
-    return record.mSeconds * kNanosecondsPerSecond + record.mNanoseconds;
-}
+#include "signal/RecordStamp.h"
 
 /**
  * A recording of the driver, seen through a window that moves over it once: the next record, some

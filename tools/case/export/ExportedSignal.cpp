@@ -10,7 +10,8 @@
 #include "input/OpenInput.h"
 
 namespace {
-constexpr double kNanosecondsPerSecond = 1e9;
+
+constexpr double kToNanoseconds = 1e9;
 
 /** So many rates are told; time stamps tell what changes more often. */
 constexpr size_t kMostRates = 999;
@@ -33,7 +34,7 @@ public:
     void add(double seconds)
     {
         if (mSamples > 0) {
-            addStep(std::llround((seconds - mLastSeconds) * kNanosecondsPerSecond));
+            addStep(std::llround((seconds - mLastSeconds) * kToNanoseconds));
         }
         mLastSeconds = seconds;
         ++mSamples;
@@ -62,7 +63,7 @@ private:
         if (!mRates.empty()) {
             mRates.back().mLastSample = mSamples - 1;
         }
-        mRates.push_back({kNanosecondsPerSecond / static_cast<double>(stepNs), 0});
+        mRates.push_back({kToNanoseconds / static_cast<double>(stepNs), 0});
     }
 
     size_t mSamples = 0;
@@ -128,7 +129,7 @@ ExportFacts ExportedSignal::findOut()
     facts.mSkippedSeconds = mFirstSeconds;
     if (rates.firstStepNs() > 0) {
         const double hz =
-            kNanosecondsPerSecond / kSamplesPerPeriod / static_cast<double>(rates.firstStepNs());
+            kToNanoseconds / kSamplesPerPeriod / static_cast<double>(rates.firstStepNs());
         facts.mFrequency = std::round(hz * 100.0) / 100.0;
     }
     facts.mRates = rates.take();

@@ -6,14 +6,13 @@
 #include <optional>
 
 #include "SampleStep.h"
+#include "base/Numbers.h"
 #include "generate/ToneSum.h"
 
 namespace {
 using Json = nlohmann::ordered_json;
 using Complex = std::complex<double>;
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kRadiansPerDegree = kPi / 180.0;
 constexpr double kPercent = 100.0;
 constexpr int kHalfPeriod = kSamplesPerPeriod / 2;
 

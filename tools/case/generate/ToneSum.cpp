@@ -1,13 +1,11 @@
 #include "generate/ToneSum.h"
+#include "base/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 using Complex = std::complex<double>;
-
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kRadiansPerDegree = kPi / 180.0;
 
 /** Bessel functions of an order this much above their argument are below 1e-9. */
 constexpr int kSideBandsBeyondIndex = 8;

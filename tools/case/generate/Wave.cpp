@@ -1,11 +1,10 @@
 #include "generate/Wave.h"
+#include "base/Numbers.h"
 
 #include <cmath>
 #include <utility>
 
 namespace {
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kRadiansPerDegree = kPi / 180.0;
 
 double sineOfDegrees(double degrees)
 {

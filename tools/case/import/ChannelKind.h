@@ -25,6 +25,9 @@ ChannelUnit unitOf(std::string_view text);
 /** The same of a channel; where it has no unit, its name tells by a leading U, V or I. */
 ChannelUnit unitOf(const ChannelDescription& channel);
 
+/** Phases of a set of voltages or currents, beside the neutral. */
+inline constexpr size_t kPhaseCount = 3;
+
 /** To which phase a channel belongs. The values of the first four are their order. */
 enum class ChannelPhase
 {

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 
+#include "import/ChannelKind.h"
 #include "resampling/PhaseFollower.h"
 
 namespace {
-constexpr size_t kPhaseCount = 3;
 constexpr double kLeastPeriods = 6.0;
 
 /** A nominal frequency outside is taken for a slip of the recorder, in Hz. */

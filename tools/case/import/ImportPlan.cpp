@@ -7,6 +7,7 @@
 
 #include "SampleStep.h"
 #include "base/CaseError.h"
+#include "base/Numbers.h"
 #include "import/Fundamental.h"
 
 namespace {
@@ -20,15 +21,15 @@ constexpr double kFewSamples = 20.0;
 constexpr size_t kShortestStretch = 16;
 
 /** Times that are the same but for rounding, in s. */
-constexpr double kRounding = 1e-9;
+constexpr double kBehindTheEnd = 1e-9;
 
 void limitRange(ImportPlan& plan, const SignalDescription& description, const SampleTimes& times,
                 const ImportOptions& options)
 {
     plan.mFrom = options.mFrom.value_or(times.begin());
     plan.mTo = options.mTo.value_or(times.end());
-    const bool isInside =
-        plan.mFrom >= times.begin() && plan.mFrom < plan.mTo && plan.mTo <= times.end() + kRounding;
+    const bool isInside = plan.mFrom >= times.begin() && plan.mFrom < plan.mTo &&
+                          plan.mTo <= times.end() + kBehindTheEnd;
     if (!isInside) {
         throw CaseError(fmt::format("{}: from {:g} s to {:g} s: expected a part of {:g} to {:g} s",
                                     description.mFileName, plan.mFrom, plan.mTo, times.begin(),
@@ -114,7 +115,6 @@ size_t ImportPlan::linesOf(size_t periods) const
 
 double ImportPlan::beginBefore(size_t periods) const
 {
-    constexpr double kSecondsPerNanosecond = 1e-9;
     const quint32 stepNs = sampleStepOf(mSchedule.mPeriods.front().mHz);
     return mSchedule.secondsOf(0) -
            static_cast<double>(linesOf(periods)) * stepNs * kSecondsPerNanosecond;

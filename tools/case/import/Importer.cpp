@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "base/CaseError.h"
+#include "base/Numbers.h"
 #include "base/ProgressLine.h"
 #include "import/ImportPlan.h"
 #include "import/LineWriter.h"
@@ -13,10 +14,9 @@
 #include "signal/ImportMark.h"
 
 namespace {
-constexpr double kPi = 3.14159265358979323846;
 
 /** Times that are the same but for rounding, in s; likewise periods. */
-constexpr double kRounding = 1e-9;
+constexpr double kSameTime = 1e-9;
 constexpr double kRoundingOfCycles = 1e-6;
 
 ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recorded,
@@ -27,8 +27,8 @@ ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recor
     double squares = 0.0;
     size_t count = 0;
     for (size_t i = 0; i < values.size(); ++i) {
-        if (recorded.mSeconds[i] >= plan.mFrom - kRounding &&
-            recorded.mSeconds[i] <= plan.mTo + kRounding) {
+        if (recorded.mSeconds[i] >= plan.mFrom - kSameTime &&
+            recorded.mSeconds[i] <= plan.mTo + kSameTime) {
             squares += values[i] * values[i];
             report.mPeak = std::max(report.mPeak, std::abs(values[i]));
             ++count;

@@ -1,11 +1,11 @@
 #include "plot/FrequencyTrack.h"
+#include "base/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 namespace {
-constexpr double kPi = 3.14159265358979323846;
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 /** Of so many windows the median is taken; a jump of the phase spoils three of them. */

@@ -1,11 +1,11 @@
 #include "plot/PlayedBar.h"
+#include "base/Numbers.h"
 
 #include <fmt/format.h>
 
 #include <QFileInfo>
 
 namespace {
-constexpr double kSecondsPerNanosecond = 1e-9;
 
 /** More cannot be told apart in a picture; what comes behind belongs to the last. */
 constexpr size_t kMostParts = 1000;

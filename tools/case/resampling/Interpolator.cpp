@@ -14,7 +14,7 @@ constexpr size_t kMostKernels = 16;
 constexpr double kKernelsAnOctave = 64.0;
 
 /** Rates are the same, although a frequency drifts and a step is truncated, in 1/64 octave. */
-constexpr double kRounding = 0.9;
+constexpr double kKernelTolerance = 0.9;
 
 /** How near an instant is to a sample that coincides with it, in steps. */
 constexpr double kCoincidence = 1e-7;
@@ -77,7 +77,7 @@ const SincKernel* Interpolator::kernelFor(const Stretch& stretch)
         return nullptr;
     }
     const double excess = std::log2(std::max(1.0 / (stretch.mStep * mOutputRate), 1.0));
-    const int key = static_cast<int>(std::ceil(excess * kKernelsAnOctave - kRounding));
+    const int key = static_cast<int>(std::ceil(excess * kKernelsAnOctave - kKernelTolerance));
     const auto found = mKernels.find(key);
     if (found != mKernels.end()) {
         return &found->second;

@@ -11,7 +11,7 @@ constexpr double kTwoPi = 6.28318530717958647692;
 constexpr long kLeastSamples = 4L * PhaseMeter::kWindowPeriods;
 
 /** Rounding of times at the ends of the signal, in s. */
-constexpr double kRounding = 1e-9;
+constexpr double kRoundingOfTimes = 1e-9;
 } // namespace
 
 ComplexSignal positiveSequence(const std::vector<const std::vector<double>*>& phases)
@@ -48,7 +48,7 @@ PhaseMeter::PhaseMeter(const SampleTimes& times, ComplexSignal signal) : mSignal
 std::optional<PhaseMeter::Phasor> PhaseMeter::measure(double seconds, double hz) const
 {
     const double half = kWindowPeriods / std::abs(hz) / 2.0;
-    if (seconds - half < begin() - kRounding || seconds + half > end() + kRounding) {
+    if (seconds - half < begin() - kRoundingOfTimes || seconds + half > end() + kRoundingOfTimes) {
         return {};
     }
     const auto first = std::lower_bound(mSeconds.begin(), mSeconds.end(), seconds - half);

@@ -7,7 +7,7 @@
 namespace {
 /** How far a stamp may lie from the line of its stretch, in steps. */
 constexpr double kJitter = 0.3;
-constexpr double kRounding = 1e-6;
+constexpr double kRoundingOfSteps = 1e-6;
 
 /** Steps of a rate that nobody samples with, in s: keeps times and places finite. */
 constexpr double kShortestStep = 1e-9;
@@ -80,7 +80,7 @@ SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
     const double tick = tickOf(seconds);
     for (size_t first = 0; first + 1 < seconds.size();) {
         const double step = seconds[first + 1] - seconds[first];
-        const double tolerance = std::max(tick, step * (areExact ? kRounding : kJitter));
+        const double tolerance = std::max(tick, step * (areExact ? kRoundingOfSteps : kJitter));
         const size_t last = std::max(endOfLine(seconds, first, tolerance), first + 1);
         mStretches.push_back(areExact ? spanned(seconds, first, last)
                                       : fitted(seconds, first, last));

@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include "SampleStep.h"
+#include "base/Numbers.h"
 
 namespace {
-constexpr double kSecondsPerNanosecond = 1e-9;
 
 /** Instants that are the same but for rounding, in lines. */
-constexpr double kRounding = 1e-6;
+constexpr double kRoundingOfLines = 1e-6;
 } // namespace
 
 double Schedule::secondsOf(size_t line) const
@@ -27,7 +27,7 @@ Schedule scheduleKeepingTime(float hz, double from, double to)
 {
     const double step = sampleStepOf(hz);
     Schedule schedule;
-    const double lines = (to - from) / (step * kSecondsPerNanosecond) + kRounding;
+    const double lines = (to - from) / (step * kSecondsPerNanosecond) + kRoundingOfLines;
     schedule.mLineCount = static_cast<size_t>(lines) + 1;
     for (size_t line = 0; line < schedule.mLineCount; line += kSamplesPerPeriod) {
         // Whole nanoseconds up to here: no error adds up.
@@ -50,6 +50,7 @@ Schedule scheduleKeepingPhase(const PhaseTrack& track, double from, double to)
     }
     const SchedulePeriod& last = schedule.mPeriods.back();
     schedule.mLineCount = (schedule.mPeriods.size() - 1) * kSamplesPerPeriod +
-                          static_cast<size_t>((to - last.mStart) / last.mStep + kRounding) + 1;
+                          static_cast<size_t>((to - last.mStart) / last.mStep + kRoundingOfLines) +
+                          1;
     return schedule;
 }

@@ -1,10 +1,10 @@
 #include "resampling/SincKernel.h"
+#include "base/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
-constexpr double kPi = 3.14159265358979323846;
 
 /** Half the width, in samples of the slower of the two rates. */
 constexpr double kHalfWidth = 44.0;

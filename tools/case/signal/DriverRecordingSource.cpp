@@ -6,24 +6,19 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/Numbers.h"
 #include "signal/DeviceChannels.h"
+#include "signal/RecordStamp.h"
 
 namespace {
 constexpr size_t kBlockSamples = 4096;
 constexpr size_t kProbedSamples = 1000;
-constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
-constexpr double kSecondsPerNanosecond = 1e-9;
 
 SampleRecord recordAt(std::string_view bytes, size_t place)
 {
     SampleRecord record{};
     std::memcpy(&record, bytes.data() + place * sizeof(record), sizeof(record));
     return record;
-}
-
-qint64 stampOf(const SampleRecord& record)
-{
-    return record.mSeconds * kNanosecondsPerSecond + record.mNanoseconds;
 }
 
 std::string timeText(const SampleRecord& record)
@@ -54,7 +49,7 @@ bool DriverRecordingSource::read(SignalBlock& block)
     block.resize(kChannelCount, samples);
     for (size_t i = 0; i < samples; ++i) {
         const SampleRecord record = recordAt(bytes, i);
-        block.mSeconds[i] = mTime.next(stampOf(record)) * kSecondsPerNanosecond;
+        block.mSeconds[i] = mTime.next(stampNsOf(record)) * kSecondsPerNanosecond;
         putValues(record.mValues, i, &block);
     }
     mFile.skip(samples * sizeof(SampleRecord));
@@ -89,10 +84,10 @@ std::string whyNoDriverRecording(InputFile& file)
     qint64 last = -1;
     for (size_t i = 0; i < bytes.size() / sizeof(SampleRecord); ++i) {
         const SampleRecord record = recordAt(bytes, i);
-        if (record.mNanoseconds >= kNanosecondsPerSecond || stampOf(record) <= last) {
+        if (record.mNanoseconds >= kSecondInNs || stampNsOf(record) <= last) {
             return fmt::format("record {} has no rising time stamp", i + 1);
         }
-        last = stampOf(record);
+        last = stampNsOf(record);
     }
     return {};
 }

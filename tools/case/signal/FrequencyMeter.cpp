@@ -1,10 +1,10 @@
 #include "signal/FrequencyMeter.h"
+#include "base/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
-constexpr double kPi = 3.14159265358979323846;
 
 /** Fewer samples in a period say nothing of its phase. */
 constexpr size_t kFewestSamples = 4;

@@ -15,7 +15,6 @@
 namespace {
 constexpr int kBlockLines = 4096;
 constexpr int kEndOfFile = -2;
-constexpr double kSecondsPerNanosecond = 1e-9;
 constexpr std::ptrdiff_t kSeparators = 12;
 } // namespace
 

@@ -7,6 +7,7 @@
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
 #include "base/TextEncoding.h"
 
 namespace {
@@ -14,7 +15,6 @@ constexpr size_t kProbedLines = 50;
 constexpr size_t kBlockValues = 32768;
 constexpr size_t kMostBlockSamples = 4096;
 constexpr double kLargestTime = 1e15; ///< in any unit
-constexpr size_t kLongestExcerpt = 60;
 
 /** The first lines that are not empty, as they stand. */
 std::string firstLines(InputFile& file)
