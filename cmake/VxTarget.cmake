@@ -12,7 +12,7 @@ function(vx_target target)
   target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wno-sign-conversion -Wshadow
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>
     -fmacro-prefix-map=${vx-simulator_SOURCE_DIR}/=)
 endfunction()
 
