@@ -169,6 +169,28 @@ TEST_F(GenerateTest, WritesTheWave)
     EXPECT_EQ(file.substr(file.find('\n')), result.mOutput.substr(result.mOutput.find('\n')));
 }
 
+/** What the JSON says of a signal that is not as its row in the table. */
+TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
+{
+    struct Case
+    {
+        const char* mArguments;
+        const char* mPlace;
+        nlohmann::json mValue; ///< null where there is none
+    };
+    const Case cases[] = {
+        {"--signal step-phase-up --set frequency=50.3", "/events/0/begin/line", 9000},
+    };
+    for (const Case& it : cases) {
+        const CommandResult result = generate(it.mArguments + std::string(" --truth t.json"));
+        ASSERT_EQ(result.mExitCode, 0) << result;
+        const auto truth = nlohmann::json::parse(mRunner.readFile("t.json"));
+        const nlohmann::json value =
+            truth.value(nlohmann::json::json_pointer(it.mPlace), nlohmann::json());
+        EXPECT_EQ(value, it.mValue) << it.mArguments << it.mPlace;
+    }
+}
+
 TEST_F(GenerateTest, SaysWhatIsWrong)
 {
     struct Case

@@ -54,13 +54,13 @@ void applyEvent(const Settings& settings, WaveParameters& wave)
                                   phasesOf(settings, kVoltages)});
 }
 
-/** The second half of the file differs from the first. */
+/** The second half of the file, which is whole periods, differs from the first. */
 void applyStep(const Settings& settings, WaveParameters& wave)
 {
     applySteady(settings, wave);
-    const double half =
-        std::round(wave.mDuration * double(wave.mFrequency) / 2.0) / double(wave.mFrequency);
-    wave.mDisturbances.push_back({half, wave.mDuration - half, of(settings, "percent") / kPercent,
+    const auto hertz = double(wave.mFrequency);
+    const double half = std::round(wave.mDuration * hertz) / hertz / 2.0;
+    wave.mDisturbances.push_back({half, half, of(settings, "percent") / kPercent,
                                   of(settings, "jump"), kVoltages | kCurrents});
 }
 
