@@ -67,6 +67,18 @@ TEST(SignalTableTest, ClosedFormIsThatOfTheSamples)
     }
 }
 
+/** An angle between two lines, and an oscillation that is fast enough to show it. */
+TEST(SignalTableTest, ToneBeginsOnALine)
+{
+    Signal signal = *findSignal("oscillating-transient");
+    signal.mSettings = {{"angle", 90.4}, {"hertz", 2500}};
+    WaveParameters parameters;
+    signal.applyTo(parameters);
+    const Wave wave(parameters);
+    EXPECT_EQ(wave.timeline().lineAt(parameters.mTones[0].mStart), 3690);
+    EXPECT_NEAR(wave.valueOf(3690, 0), parameters.mChannels[0].mAmplitude, 1e-3);
+}
+
 /** A test bench has no room for more, and no time. */
 TEST(SignalTableTest, CatalogueStaysWithinItsLimits)
 {

@@ -135,7 +135,9 @@ void addDecay(const Settings& settings, double hertz, double phase, ChannelSet c
               WaveParameters& wave)
 {
     applySteady(settings, wave);
-    wave.mTones.push_back({beginOf(settings) / double(wave.mFrequency), hertz,
+    // From a line on, so that the first sample has the phase.
+    const double begin = std::round(beginOf(settings) * kSamplesPerPeriod);
+    wave.mTones.push_back({begin / wave.samplesPerSecond(), hertz,
                            of(settings, "percent") / kPercent, phase, of(settings, "tau"),
                            phasesOf(settings, channels)});
 }
