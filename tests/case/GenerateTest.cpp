@@ -192,6 +192,8 @@ TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
     };
     const Case cases[] = {
         {"--signal step-phase-up --set frequency=50.3", "/events/0/begin/line", 9000},
+        {"--signal dip-0-half-50hz-at90 --phases 30,-90,150,0,0,-120,120,0", "/events/0/begin/line",
+         3660},
     };
     for (const Case& it : cases) {
         const CommandResult result = generate(it.mArguments + std::string(" --truth t.json"));

@@ -37,15 +37,17 @@ void applySteady(const Settings& settings, WaveParameters& wave)
 }
 
 /** Where something begins, in periods. */
-double beginOf(const Settings& settings)
+double beginOf(const Settings& settings, const WaveParameters& wave)
 {
-    return of(settings, "lead") + of(settings, "angle") / kDegreesPerPeriod;
+    const double degrees =
+        std::fmod(of(settings, "angle") - wave.mChannels[0].degrees(), kDegreesPerPeriod);
+    return of(settings, "lead") + degrees / kDegreesPerPeriod + (degrees < 0.0 ? 1.0 : 0.0);
 }
 
 void applyEvent(const Settings& settings, WaveParameters& wave)
 {
     const double hertz = of(settings, "frequency");
-    const double begin = beginOf(settings);
+    const double begin = beginOf(settings, wave);
     const double periods = of(settings, "periods");
     wave.mFrequency = float(hertz);
     wave.mDuration = (std::ceil(begin + periods) + of(settings, "tail")) / hertz;
@@ -136,7 +138,7 @@ void addDecay(const Settings& settings, double hertz, double phase, ChannelSet c
 {
     applySteady(settings, wave);
     // From a line on, so that the first sample has the phase.
-    const double begin = std::round(beginOf(settings) * kSamplesPerPeriod);
+    const double begin = std::round(beginOf(settings, wave) * kSamplesPerPeriod);
     wave.mTones.push_back({begin / wave.samplesPerSecond(), hertz,
                            of(settings, "percent") / kPercent, phase, of(settings, "tau"),
                            phasesOf(settings, channels)});

@@ -17,6 +17,9 @@ struct WaveChannel
 {
     double mAmplitude; ///< peak value, in the unit of the channel's samples
     double mPhase;     ///< degrees at the first sample
+
+    /** Of a sine with a positive peak value, at the first sample. */
+    double degrees() const { return mAmplitude < 0.0 ? mPhase + 180.0 : mPhase; }
 };
 
 /**
