@@ -191,6 +191,10 @@ TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
         nlohmann::json mValue; ///< null where there is none
     };
     const Case cases[] = {
+        {"--signal dip-70-25-50hz --set percent=40", "/text", nullptr},
+        {"--signal dip-70-25-50hz", "/text",
+         "dip to 70 % for 25 periods (IEC 61000-4-11, classes 2 and 3)"},
+        {"--signal flicker-1620 --amplitudes 1,1,1,1,1,1,1,1", "/pst", nullptr},
         {"--signal step-phase-up --set frequency=50.3", "/events/0/begin/line", 9000},
         {"--signal dip-0-half-50hz-at90 --phases 30,-90,150,0,0,-120,120,0", "/events/0/begin/line",
          3660},

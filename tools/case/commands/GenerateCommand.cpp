@@ -113,7 +113,8 @@ const Reader kReaders[] = {
 struct GenerateOptions
 {
     WaveParameters mWave;
-    std::string mSignal; ///< empty for none
+    bool mIsWaveChanged = false; ///< by an option of its own
+    std::string mSignal;         ///< empty for none
     std::vector<std::string> mSettings;
     bool mIsList = false;
     std::string mTruth;  ///< empty for none
@@ -121,13 +122,14 @@ struct GenerateOptions
 };
 
 /** Each appearance of an option has one text; the last one counts where it is not repeatable. */
-void addReader(CLI::App& command, const Reader& reader, WaveParameters& wave)
+void addReader(CLI::App& command, const Reader& reader, GenerateOptions& options)
 {
     CLI::Option* const option = command.add_option_function<std::vector<std::string>>(
         reader.mName,
-        [&reader, &wave](const std::vector<std::string>& texts) {
+        [&reader, &options](const std::vector<std::string>& texts) {
+            options.mIsWaveChanged = true;
             for (const std::string& text : texts) {
-                if (!reader.mRead(text, wave)) {
+                if (!reader.mRead(text, options.mWave)) {
                     throw CLI::ValidationError(
                         reader.mName, fmt::format("'{}': expected {}, for example {}", text,
                                                   reader.mForm, reader.mExample));
@@ -172,7 +174,6 @@ void set(const std::string& text, Signal& signal)
                         parameter->mLeast, parameter->mMost, parameter->mMeaning));
     }
     signal.mSettings[parameter->mName] = value;
-    signal.mPst = 0.0; // the table's value holds for the row as it stands
 }
 
 Signal signalOf(const GenerateOptions& options)
@@ -185,6 +186,11 @@ Signal signalOf(const GenerateOptions& options)
     Signal signal = *row;
     for (const std::string& text : options.mSettings) {
         set(text, signal);
+    }
+    if (options.mIsWaveChanged || !options.mSettings.empty()) {
+        // Both hold for the row as it stands.
+        signal.mText.clear();
+        signal.mPst = 0.0;
     }
     return signal;
 }
@@ -237,7 +243,7 @@ void addGenerateCommand(CLI::App& app)
     command.footer(kGenerateFooter);
     const auto options = std::make_shared<GenerateOptions>();
     for (const Reader& reader : kReaders) {
-        addReader(command, reader, options->mWave);
+        addReader(command, reader, *options);
     }
     addSignalOptions(command, *options);
     command.get_option("--signal")

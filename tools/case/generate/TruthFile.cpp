@@ -7,6 +7,8 @@ void writeTruth(const Signal& signal, const WaveParameters& wave, ResultFile& ou
     nlohmann::ordered_json truth;
     if (!signal.mName.empty()) {
         truth["signal"] = signal.mName;
+    }
+    if (!signal.mText.empty()) {
         truth["text"] = signal.mText;
     }
     truth.update(measuredByPerfectInstrument(wave));
