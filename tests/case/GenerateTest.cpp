@@ -245,6 +245,9 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
          "seconds"},
         {"--signal steady-50hz --set seconds=0", 2,
          "--set: 'seconds=0': expected seconds=NUMBER, 0.1 to 86400 (s, of the file)"},
+        {"--signal dip-0-one-50hz --set phases=1.5", 2,
+         "--set: 'phases=1.5': expected phases=NUMBER, 1 to 3 (how many, from the first on; a whole "
+         "number)"},
         {"--signal interharmonic-75hz --set hertz=9000", 2,
          "tone of 9000 Hz: expected 0 Hz or more and less than 9000 Hz, half of the samples in a "
          "second"},

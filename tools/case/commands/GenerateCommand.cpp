@@ -166,8 +166,7 @@ void set(const std::string& text, Signal& signal)
                                  signal.mName, fmt::join(names, ", ")));
     }
     double value = 0.0;
-    if (fields.size() != 2 || !parseNumber(fields[1], &value) || value < parameter->mLeast ||
-        value > parameter->mMost) {
+    if (fields.size() != 2 || !parseNumber(fields[1], &value) || !parameter->accepts(value)) {
         throw CLI::ValidationError(
             "--set",
             fmt::format("'{}': expected {}=NUMBER, {:g} to {:g} ({})", text, parameter->mName,

@@ -176,7 +176,7 @@ Json PerfectInstrument::channel(size_t channel) const
     Json measured{{"channel", channel},
                   {"name", kChannelNames[channel]},
                   {"fundamentalRms", std::abs(wave.mAmplitude) / std::sqrt(2.0)},
-                  {"fundamentalDegrees", wave.mPhase},
+                  {"fundamentalDegrees", wave.degrees()},
                   {"rms", rmsExtremes(channel)}};
     if (hasNoRectangle()) {
         measured["thdPercent"] = distortion(channel);

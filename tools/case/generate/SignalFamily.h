@@ -21,6 +21,10 @@ struct FamilyParameter
     double mLeast;
     double mMost;
     std::string mMeaning; ///< with its unit
+    bool mIsWhole = false;
+
+    /** Whether it is a value of the parameter. */
+    bool accepts(double value) const;
 };
 
 /** Signals that differ in numbers only. */
