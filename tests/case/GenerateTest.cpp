@@ -196,6 +196,11 @@ TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
          "dip to 70 % for 25 periods (IEC 61000-4-11, classes 2 and 3)"},
         {"--signal flicker-1620 --amplitudes 1,1,1,1,1,1,1,1", "/pst", nullptr},
         {"--signal step-phase-up --set frequency=50.3", "/events/0/begin/line", 9000},
+        {"--amplitudes -9,1,1,1,1,1,1,1", "/channels/0/fundamentalDegrees", 180.0},
+        {"--amplitudes -9,1,1,1,1,1,1,1 --harmonic 2:0.1:30:0", "/channels/0/harmonics/0/degrees",
+         210.0},
+        {"--signal frequency-step-up", "/frequency/largestHertzPerSecond", nullptr},
+        {"--signal frequency-step-up", "/frequency/points/2/line", 36000},
         {"--signal dip-0-half-50hz-at90 --phases 30,-90,150,0,0,-120,120,0", "/events/0/begin/line",
          3660},
     };
@@ -246,11 +251,13 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         {"--signal steady-50hz --set seconds=0", 2,
          "--set: 'seconds=0': expected seconds=NUMBER, 0.1 to 86400 (s, of the file)"},
         {"--signal dip-0-one-50hz --set phases=1.5", 2,
-         "--set: 'phases=1.5': expected phases=NUMBER, 1 to 3 (how many, from the first on; a whole "
+         "--set: 'phases=1.5': expected phases=NUMBER, 1 to 3 (how many, from the first on; a "
+         "whole "
          "number)"},
         {"--signal interharmonic-75hz --set hertz=9000", 2,
          "tone of 9000 Hz: expected 0 Hz or more and less than 9000 Hz, half of the samples in a "
          "second"},
+        {"--truth one -o ./one", 2, "--truth: 'one': expected another file than that of -o"},
         {"-o no/such.csv", 1, "no/such.csv: No such file or directory"},
     };
     for (const Case& it : cases) {

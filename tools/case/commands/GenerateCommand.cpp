@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -194,6 +195,14 @@ Signal signalOf(const GenerateOptions& options)
     return signal;
 }
 
+/** The second that is written would replace the first. Requires: both can be opened. */
+bool isOneFile(const std::string& first, const std::string& second)
+{
+    namespace fs = std::filesystem;
+    return !first.empty() && !second.empty() &&
+           fs::weakly_canonical(fs::absolute(first)) == fs::weakly_canonical(fs::absolute(second));
+}
+
 void generate(const GenerateOptions& options, const std::string& commandLine)
 {
     WaveParameters parameters = options.mWave;
@@ -210,6 +219,11 @@ void generate(const GenerateOptions& options, const std::string& commandLine)
     std::optional<ResultFile> truth;
     if (!options.mTruth.empty()) {
         truth.emplace(options.mTruth);
+        if (isOneFile(options.mTruth, options.mOutput)) {
+            throw CLI::ValidationError(
+                "--truth",
+                fmt::format("'{}': expected another file than that of -o", options.mTruth));
+        }
         writeTruth(signal, parameters, *truth);
     }
     writeWave(Wave(parameters), {"made by " + commandLine}, output);

@@ -65,6 +65,7 @@ private:
 
     Json frequency() const;
     Json course() const;
+    Json largestSlope() const;
     Json channel(size_t channel) const;
     Json rmsExtremes(size_t channel) const;
     Json extremeOf(const std::optional<Extreme>& extreme) const;
@@ -139,6 +140,9 @@ Json PerfectInstrument::course() const
 {
     Json points = Json::array();
     const auto addPoint = [this, &points](qint64 line) {
+        if (!points.empty() && points.back()["line"] == line) {
+            return; // a jump has one place
+        }
         Json point = placeOf(mTimeline, line);
         point["fileHertz"] = mTimeline.frequencyOf(line);
         point["hertz"] = playedHertz(mTimeline.frequencyOf(line));
@@ -151,6 +155,19 @@ Json PerfectInstrument::course() const
                           last));
     }
     addPoint(last);
+    const auto [least, most] =
+        std::minmax_element(points.begin(), points.end(), [](const Json& a, const Json& b) {
+            return a["hertz"].get<double>() < b["hertz"].get<double>();
+        });
+    return {{"minimumHertz", (*least)["hertz"]},
+            {"maximumHertz", (*most)["hertz"]},
+            {"largestHertzPerSecond", largestSlope()},
+            {"points", points}};
+}
+
+/** In Hz/s; null where the course jumps. */
+Json PerfectInstrument::largestSlope() const
+{
     double slope = 0.0;
     for (size_t i = 1; i < mParameters.mCourse.size(); ++i) {
         const FrequencyPoint& from = mParameters.mCourse[i - 1];
@@ -158,16 +175,11 @@ Json PerfectInstrument::course() const
         if (to.mSeconds > from.mSeconds) {
             slope = std::max(slope,
                              std::abs((to.mHertz - from.mHertz) / (to.mSeconds - from.mSeconds)));
+        } else if (to.mHertz != from.mHertz) {
+            return nullptr;
         }
     }
-    const auto [least, most] =
-        std::minmax_element(points.begin(), points.end(), [](const Json& a, const Json& b) {
-            return a["hertz"].get<double>() < b["hertz"].get<double>();
-        });
-    return {{"minimumHertz", (*least)["hertz"]},
-            {"maximumHertz", (*most)["hertz"]},
-            {"largestHertzPerSecond", slope},
-            {"points", points}};
+    return slope;
 }
 
 Json PerfectInstrument::channel(size_t channel) const
@@ -241,11 +253,14 @@ Json PerfectInstrument::extremeOf(const std::optional<Extreme>& extreme) const
 Json PerfectInstrument::harmonics(size_t channel) const
 {
     Json list = Json::array();
+    const bool isTurned = mParameters.mChannels[channel].mAmplitude < 0.0;
     for (const Harmonic& harmonic : mParameters.mHarmonics) {
         if (harmonic.mChannels.test(channel)) {
+            // Half a turn of the fundamental is whole turns of an even order, which is turned too.
+            const double turn = isTurned && harmonic.mOrder % 2 == 0 ? 180.0 : 0.0;
             list.push_back({{"order", harmonic.mOrder},
                             {"percent", harmonic.mRatio * kPercent},
-                            {"degrees", harmonic.mPhase}});
+                            {"degrees", harmonic.mPhase + turn}});
         }
     }
     return list;

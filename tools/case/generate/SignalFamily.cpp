@@ -10,7 +10,8 @@ constexpr double kDegreesPerPeriod = 360.0;
 
 const FamilyParameter kFrequency{"frequency", 50, 10, 400, "Hz"};
 const FamilyParameter kSeconds{"seconds", 1, 0.1, 86400, "s, of the file"};
-const FamilyParameter kPhases{"phases", 3, 1, 3, "how many, from the first on; a whole number", true};
+const FamilyParameter kPhases{"phases", 3, 1, 3, "how many, from the first on; a whole number",
+                              true};
 const FamilyParameter kLead{"lead", 10, 0, 10000, "undisturbed periods in front"};
 const FamilyParameter kTail{"tail", 15, 0, 10000, "undisturbed periods behind"};
 const FamilyParameter kAngle{"angle", 0, 0, 360, "degrees of the first phase where it begins"};
