@@ -85,6 +85,7 @@ void CsvParser::setFastRoad(const std::type_info& ofClass, TakePlainLine takePla
 /** From the beginning of the file. */
 void CsvParser::startReading()
 {
+    mReadFailure.clear();
     mReader.start(mFile->handle());
     mOnFastRoad = mFastClass != nullptr && *mFastClass == typeid(*this);
 }
@@ -208,8 +209,7 @@ bool CsvParser::reportReadFailure(const log4cxx::spi::LocationInfo& location)
     if (error == 0) {
         return false;
     }
-    logError(mLogger, location, [this, error] {
-        return linePrefix(mLineNumber + 1) + "Reading failed: " + std::strerror(error);
-    });
+    mReadFailure = linePrefix(mLineNumber + 1) + "Reading failed: " + std::strerror(error);
+    logError(mLogger, location, [this] { return mReadFailure; });
     return true;
 }

@@ -91,6 +91,9 @@ protected:
     /** "file:line: ", the beginning of every message about a line, in the local encoding. */
     std::string linePrefix() const { return linePrefix(mLineNumber); }
 
+    /** What was logged when a read of the file failed; empty while none has. */
+    const std::string& readFailure() const { return mReadFailure; }
+
     QString mFileName;
     /** Lines read so far; while a line is handled, its number, counted from 1. */
     quint32 mLineNumber = 0;
@@ -108,4 +111,5 @@ private:
     const std::type_info* mFastClass = nullptr;
     bool mOnFastRoad = false; ///< this object may take it
     LineReader mReader;
+    std::string mReadFailure;
 };

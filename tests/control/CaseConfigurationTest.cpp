@@ -42,7 +42,11 @@ TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
 
     CaseConfiguration missing;
     EXPECT_FALSE(missing.read("/no/such.conf", CaseConfiguration::Rejected::Stop));
-    EXPECT_EQ(missing.openError(), "/no/such.conf: No such file or directory");
+    EXPECT_EQ(missing.fileError(), "/no/such.conf: No such file or directory");
+
+    CaseConfiguration failing; // no page is at its beginning
+    EXPECT_FALSE(failing.read("/proc/self/mem", CaseConfiguration::Rejected::Stop));
+    EXPECT_EQ(failing.fileError(), "/proc/self/mem:1: Reading failed: Input/output error");
 }
 
 TEST(PlayListTest, FindsWhatIsMeantByNameOrNumber)

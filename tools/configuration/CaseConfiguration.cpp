@@ -18,12 +18,13 @@ bool CaseConfiguration::read(const QString& fileName, Rejected rejected)
         QFile file(fileName);
         const QString reason =
             file.open(QIODevice::ReadOnly) ? QStringLiteral("cannot be read") : file.errorString();
-        mOpenError = local8Bit(fileName) + ": " + local8Bit(reason);
+        mFileError = local8Bit(fileName) + ": " + local8Bit(reason);
         return false;
     }
     parseLines(-1);
+    mFileError = readFailure();
     closeFile();
-    return true;
+    return mFileError.empty();
 }
 
 bool CaseConfiguration::parseLine(QString line)

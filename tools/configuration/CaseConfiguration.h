@@ -38,12 +38,12 @@ public:
 
     /**
      * Reads the file. Requires: nothing was read yet.
-     * @return false when it cannot be opened; openError() says why then.
+     * @return false when it cannot be opened or not be read to its end; fileError() says why then.
      */
     bool read(const QString& fileName, Rejected rejected);
 
-    /** Why the file could not be opened, in one line that begins with its name; else empty. */
-    const std::string& openError() const { return mOpenError; }
+    /** Why the file could not be read, in one line that begins with its name; else empty. */
+    const std::string& fileError() const { return mFileError; }
 
     /** The program's words for each rejected line, "file:line: " before them. */
     const std::vector<std::string>& lineErrors() const { return mLineErrors; }
@@ -65,5 +65,5 @@ private:
     qint32 mContinuousNumber = 0;
     quint32 mContinuousLine = 0;
     std::vector<std::string> mLineErrors;
-    std::string mOpenError;
+    std::string mFileError;
 };

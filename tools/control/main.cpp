@@ -45,7 +45,7 @@ bool readCases(const ControlOptions& options, CaseConfiguration* cases)
         }
     }
     if (!cases->read(name, CaseConfiguration::Rejected::Stop)) {
-        fail(QString::fromLocal8Bit(cases->openError().c_str()));
+        fail(QString::fromLocal8Bit(cases->fileError().c_str()));
         return false;
     }
     for (const std::string& error : cases->lineErrors()) {

@@ -26,11 +26,12 @@ bool isPlayed(const CaseEntry& entry, const FileFacts& facts)
 
 CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configuration))
 {
-    if (!mCases.read(configuration, CaseConfiguration::Rejected::GoOn)) {
-        mErrors.push_back(mCases.openError());
+    const bool isRead = mCases.read(configuration, CaseConfiguration::Rejected::GoOn);
+    mErrors = mCases.lineErrors();
+    if (!isRead) {
+        mErrors.push_back(mCases.fileError());
         return;
     }
-    mErrors = mCases.lineErrors();
     checkNumbers();
     const auto& numbers = mCases.configurations();
     ProgressLine progress("checking");

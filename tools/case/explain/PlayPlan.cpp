@@ -65,7 +65,7 @@ CaseConfiguration readConfiguration(const std::string& fileName)
     CaseConfiguration::keepLogSilent();
     CaseConfiguration cases;
     if (!cases.read(QString::fromStdString(fileName), CaseConfiguration::Rejected::Stop)) {
-        throw CaseError(cases.openError());
+        throw CaseError(cases.fileError());
     }
     if (!cases.lineErrors().empty()) {
         throw CaseError(cases.lineErrors().front());
