@@ -40,13 +40,14 @@ TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
                   prefix + "5: First parameter (x) is not of type quint32",
                   prefix + "7: Wrong number of parameter. Expected: 3, found 2: 2,1"}));
 
-    CaseConfiguration missing;
-    EXPECT_FALSE(missing.read("/no/such.conf", CaseConfiguration::Rejected::Stop));
-    EXPECT_EQ(missing.fileError(), "/no/such.conf: No such file or directory");
-
-    CaseConfiguration failing; // no page is at its beginning
-    EXPECT_FALSE(failing.read("/proc/self/mem", CaseConfiguration::Rejected::Stop));
-    EXPECT_EQ(failing.fileError(), "/proc/self/mem:1: Reading failed: Input/output error");
+    for (const auto& [unreadable, reason] :
+         {std::pair("/no/such.conf", ": No such file or directory"),
+          {"/proc/self/mem", ":1: Reading failed: Input/output error"},
+          {"/dev/null", ": expected a regular file"}}) {
+        CaseConfiguration none;
+        EXPECT_FALSE(none.read(unreadable, CaseConfiguration::Rejected::Stop));
+        EXPECT_EQ(none.fileError(), std::string(unreadable) + reason);
+    }
 }
 
 TEST(PlayListTest, FindsWhatIsMeantByNameOrNumber)

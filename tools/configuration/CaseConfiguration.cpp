@@ -5,6 +5,7 @@
 
 #include "ConfigurationLine.h"
 #include "LogText.h"
+#include "PipeOrDevice.h"
 
 void CaseConfiguration::keepLogSilent()
 {
@@ -14,6 +15,10 @@ void CaseConfiguration::keepLogSilent()
 bool CaseConfiguration::read(const QString& fileName, Rejected rejected)
 {
     mRejected = rejected;
+    if (isPipeOrDevice(fileName)) {
+        mFileError = local8Bit(fileName) + ": " + kExpectedRegularFile;
+        return false;
+    }
     if (!openFile(fileName)) {
         QFile file(fileName);
         const QString reason =

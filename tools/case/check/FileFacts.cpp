@@ -1,9 +1,9 @@
 #include "check/FileFacts.h"
 
-#include <QFileInfo>
 #include <algorithm>
 #include <cstdlib>
 
+#include "PipeOrDevice.h"
 #include "SampleStep.h"
 #include "base/Numbers.h"
 #include "signal/ProgramMessages.h"
@@ -89,12 +89,10 @@ public:
 
     void open(const QString& name)
     {
-        const QFileInfo info(name);
-        if (info.exists() && !info.isFile() && !info.isDir()) {
-            // Opening a pipe would wait for its writer.
+        if (isPipeOrDevice(name)) {
             mFacts.mIsThere = false;
             mFacts.mErrorCount = 1;
-            mFacts.mErrors = {"expected a regular file"};
+            mFacts.mErrors = {kExpectedRegularFile};
             return;
         }
         const ProgramMessages messages;

@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "InputValues.h"
+#include "LogText.h"
+#include "PipeOrDevice.h"
 #include "SampleStep.h"
 #include "base/CaseError.h"
 #include "signal/ProgramMessages.h"
@@ -18,6 +20,9 @@ class ValueLines : private InputValues
 public:
     explicit ValueLines(const QString& path)
     {
+        if (isPipeOrDevice(path)) {
+            throw CaseError(local8Bit(path) + ": " + kExpectedRegularFile);
+        }
         openFile(path);
         throwFirstError();
     }

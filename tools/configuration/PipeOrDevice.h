@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QFileInfo>
+#include <QString>
+
+inline const char* const kExpectedRegularFile = "expected a regular file";
+
+/** Whether opening the file could wait for a writer for ever, or reading it never end. */
+inline bool isPipeOrDevice(const QString& fileName)
+{
+    const QFileInfo info(fileName);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
