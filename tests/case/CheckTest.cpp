@@ -20,7 +20,7 @@ protected:
     /** A sine of amplitude 1000 in all channels, its first sample at 0 degrees, in line 2. */
     void makeWave(
         const std::string& name, int samples,
-        const std::function<int(int)>& frequencyOf = [](int) { return 50; })
+        const std::function<double(int)>& frequencyOf = [](int) { return 50; })
     {
         std::string text = "# wave\n";
         for (int sample = 0; sample < samples; ++sample) {
@@ -62,7 +62,7 @@ protected:
 TEST_F(CheckTest, FindsAllErrorsInOneRun)
 {
     makeWave("good", 360);
-    makeWave("still", 720, [](int sample) { return sample < 360 ? 50 : 0; });
+    makeWave("still", 720, [](int sample) { return sample < 360 ? 50 : 5e6; });
     mFiles.make("bad", "\n;;0;0;50,1;1;2;3;4;5;6;7;8\n;;0;0;50;1;2;3;4;5;6;7;8\n1;2\n");
     mFiles.make("worse", repeated("x\n", 2500));
     const CaseCheck result = check(
@@ -70,6 +70,7 @@ TEST_F(CheckTest, FindsAllErrorsInOneRun)
         "worse\n");
     const std::vector<std::string> errors = shortened(result.errors());
     ASSERT_EQ(errors.size(), 8U + 21U);
+    EXPECT_EQ(result.errorCount(), 8 + 2500);
     const std::string wrongCount = ": Wrong number of parameter. Expected: ";
     EXPECT_THAT(
         std::vector<std::string>(errors.begin(), errors.begin() + 10),
@@ -84,7 +85,7 @@ TEST_F(CheckTest, FindsAllErrorsInOneRun)
             "existiert nicht.)",
             "bad:2: Parameter (50,1) is not of type float",
             "bad:4" + wrongCount + "13, found 2: 1;2",
-            "still:362: frequency of 0 Hz cannot be played (step of 0 ns or of a second "
+            "still:362: frequency of 5e+06 Hz cannot be played (step of 0 ns or of a second "
             "and more)",
             "worse:1" + wrongCount + "13, found 1: x", "worse:2" + wrongCount + "13, found 1: x"));
     EXPECT_EQ(errors.back(), "worse: and 2480 more such lines, 2500 in all");
@@ -96,8 +97,11 @@ TEST_F(CheckTest, WarnsOfWhatPlaysButHardlyAsMeant)
     makeWave("part", 90);
     makeWave("inside", 720, [](int sample) { return sample < 400 ? 50 : 60; });
     makeWave("long", 3600, [](int) { return 1; });
+    makeWave("no number", 360, [](int) { return std::nan(""); });
     mFiles.make("empty", "# nothing\n");
-    EXPECT_THAT(shortened(check("0,3,@whole\n1,1,@empty\n2,0,@whole\n3,1,@inside\n").warnings()),
+    EXPECT_THAT(shortened(check("0,3,@whole\n1,1,@empty\n2,0,@whole\n3,1,@inside\n"
+                                "4,1,@no number\n")
+                              .warnings()),
                 ElementsAre("conf: configuration 1 has no samples to play",
                             "conf:3: 0 repetitions, so it is never played",
                             "conf: configuration 2 has no samples to play",

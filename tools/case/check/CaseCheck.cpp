@@ -96,6 +96,7 @@ void CaseCheck::checkFile(const CaseEntry& entry, const FileFacts& facts)
     mErrors.insert(mErrors.end(), facts.mErrors.begin(), facts.mErrors.end());
     const qint64 untold = facts.mErrorCount - static_cast<qint64>(facts.mErrors.size());
     if (untold > 0) {
+        mUntoldErrors += untold - 1;
         mErrors.push_back(
             fmt::format("{}: and {} more such lines, {} in all", file, untold, facts.mErrorCount));
     }
@@ -103,7 +104,7 @@ void CaseCheck::checkFile(const CaseEntry& entry, const FileFacts& facts)
         mErrors.push_back(fmt::format(
             "{}:{}: frequency of {} Hz cannot be played (step of 0 ns or of a second and more)",
             file, lineOfSample(entry.mFileName, facts.mUnplayable.mFirst),
-            facts.mUnplayable.mFrequency));
+            local8Bit(QString::number(double(facts.mUnplayable.mFrequency)))));
     }
 }
 
@@ -198,6 +199,11 @@ const FileFacts& CaseCheck::factsFor(const CaseEntry& entry)
 std::string CaseCheck::lineOf(const CaseEntry& entry) const
 {
     return fmt::format("{}:{}", mName, entry.mLineNumber);
+}
+
+qint64 CaseCheck::errorCount() const
+{
+    return static_cast<qint64>(mErrors.size()) + mUntoldErrors;
 }
 
 qint64 CaseCheck::bytesHere() const

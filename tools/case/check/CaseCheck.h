@@ -34,6 +34,9 @@ public:
     /** What the simulator would refuse or not play. Each begins with the file, mostly its line. */
     const std::vector<std::string>& errors() const { return mErrors; }
 
+    /** How many there are, those included that errors() only counts. */
+    qint64 errorCount() const;
+
     /** What plays, but hardly as it was meant. */
     const std::vector<std::string>& warnings() const { return mWarnings; }
 
@@ -60,6 +63,7 @@ private:
     CaseConfiguration mCases;
     std::map<QString, FileFacts> mFacts; ///< each file is read once
     std::vector<std::string> mErrors;
+    qint64 mUntoldErrors = 0; ///< that have no line of their own in mErrors
     std::vector<std::string> mWarnings;
     std::vector<CheckedConfiguration> mConfigurations;
     qint64 mLoadedSamples = 0; ///< each entry has samples of its own in the program

@@ -1,6 +1,7 @@
 #include "check/FileFacts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "PipeOrDevice.h"
@@ -30,6 +31,12 @@ void add(FileFacts::Finding* finding, qint64 sample, float frequency)
     }
 }
 
+/** What is no number is the same as another such. */
+bool isSame(float frequency, float other)
+{
+    return frequency == other || (std::isnan(frequency) && std::isnan(other));
+}
+
 /** Goes through the samples in their order, as the sample writer does. */
 class SampleWalk
 {
@@ -40,7 +47,7 @@ public:
     {
         if (mFacts.mSamples % kSamplesPerPeriod == 0) {
             beginBlock(item.mFrequency);
-        } else if (item.mFrequency != mBlockFrequency) {
+        } else if (!isSame(item.mFrequency, mBlockFrequency)) {
             add(&mFacts.mInsideBlocks, mFacts.mSamples, item.mFrequency);
         }
         mFacts.mSeconds += static_cast<double>(mStep) * kSecondsPerNanosecond;

@@ -94,10 +94,9 @@ void run(const Options& options)
         fmt::print(stderr, "warning: {}\n", warning);
     }
     options.mJson ? printJson(check) : printTable(check);
-    const size_t faults = check.errors().size() + (options.mStrict ? check.warnings().size() : 0);
-    if (faults > 0) {
+    if (!check.errors().empty() || (options.mStrict && !check.warnings().empty())) {
         throw CaseError(fmt::format("{}: {} errors, {} warnings", name.toStdString(),
-                                    check.errors().size(), check.warnings().size()));
+                                    check.errorCount(), check.warnings().size()));
     }
 }
 } // namespace
