@@ -26,7 +26,19 @@ void append(const std::string& path, const std::string& bytes)
 {
     writeFile(path, readFile(path) + bytes);
 }
+
+int departingReader = -1;
 } // namespace
+
+/** Called between opening and writing: a reader can go away there. */
+extern "C" int fstat(int descriptor, struct stat* status) noexcept
+{
+    if (departingReader >= 0) {
+        close(departingReader);
+        departingReader = -1;
+    }
+    return fstatat(descriptor, "", status, AT_EMPTY_PATH);
+}
 
 TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
 {
@@ -42,6 +54,9 @@ TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
     EXPECT_EQ(problemOf("file"),
               files.path("file") + ": expected a FIFO, and it is none; nothing was written");
     EXPECT_EQ(readFile(files.path("file")), "kept");
+    ASSERT_EQ(mknod(files.path("socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    EXPECT_EQ(problemOf("socket"),
+              files.path("socket") + ": expected a FIFO, and it is none; nothing was written");
     EXPECT_EQ(problemOf("directory"), files.path("directory") + ": Is a directory");
     EXPECT_EQ(problemOf("fifo"),
               files.path("fifo") + ": nobody reads it; is the simulator running?");
@@ -56,7 +71,9 @@ TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
         problem = problemOf("fifo");
     }
     EXPECT_EQ(problem, files.path("fifo") + ": it is full; its reader takes no commands");
-    close(reader);
+    departingReader = reader;
+    EXPECT_EQ(problemOf("fifo"),
+              files.path("fifo") + ": nobody reads it; is the simulator running?");
 }
 
 TEST(LogWatchTest, GivesWhatComesAfterItsStartThroughRotationAndCut)

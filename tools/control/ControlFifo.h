@@ -5,7 +5,7 @@
 
 /**
  * Writes one command line into the control FIFO, in one piece, so that lines of several writers
- * never mix. Never waits: a FIFO that nobody reads is told at once.
+ * never mix. Never waits: a FIFO that nobody reads is told at once. Ignores SIGPIPE from then on.
  *
  * @param path a FIFO; nothing is made where there is none
  * @param line with its line end; at most PIPE_BUF bytes
