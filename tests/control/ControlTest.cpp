@@ -100,6 +100,13 @@ TEST(LogWatchTest, GivesWhatComesAfterItsStartThroughRotationAndCut)
     append(log, "cut\n");
     EXPECT_EQ(newLines(&watch), "cut\n");
     EXPECT_EQ(newLines(&early), "cut\n");
+    writeFile(log, std::string(9, '\0') + "hole\n");
+    EXPECT_EQ(newLines(&watch), "hole\n");
+}
+
+TEST(LogWatchTest, RefusesWhatIsNoFile)
+{
+    EXPECT_EQ(LogWatch("/dev/null").problem(), "/dev/null: expected a regular file");
 }
 
 TEST(PlayRequestTest, FindsItsOwnVerdictInTheLog)

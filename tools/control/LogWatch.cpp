@@ -2,9 +2,27 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
+#include "PipeOrDevice.h"
+
+namespace {
+/** A writer that does not append leaves zeros where the log was cut. */
+QByteArray withoutHole(const QByteArray& line)
+{
+    const auto isZero = [](char byte) { return byte == '\0'; };
+    const auto text = std::find_if_not(line.begin(), line.end(), isZero);
+    return line.mid(int(text - line.begin()));
+}
+} // namespace
+
 LogWatch::LogWatch(const QString& path) : mFile(path)
 {
     if (!QFile::exists(path)) {
+        return;
+    }
+    if (isPipeOrDevice(path)) {
+        mProblem = path + QStringLiteral(": ") + kExpectedRegularFile;
         return;
     }
     if (openFromBeginning()) {
@@ -23,7 +41,7 @@ QByteArray LogWatch::nextLine()
     }
     const QByteArray line = mUnread.left(end + 1);
     mUnread.remove(0, line.size());
-    return line;
+    return withoutHole(line);
 }
 
 bool LogWatch::openFromBeginning()
