@@ -110,6 +110,21 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
     }
 }
 
+/** Of hundreds of changes alike and one that is larger, that one is shown. */
+TEST(MomentsTest, KeepsTheWeightiestOfMany)
+{
+    Moments moments{DrawnChannels(Sag(50.0, 1000.0, 0).description())};
+    Period last;
+    for (int i = 0; i < 1800; ++i) {
+        const double level = i == 600 ? -200.0 : i % 3 == 0 ? 200.0 : 100.0;
+        const Period period{
+            i * 1.0, i + 1.0, {i * 1.0, i + 0.5}, {0.0, 0.5}, {{level, -level}, {0.0, 0.0}}};
+        moments.add(last, period, {std::abs(level), 0.0});
+        last = period;
+    }
+    EXPECT_EQ(chooseMoments(moments.found(), 1, 1.0)[0].mSeconds, 600.0);
+}
+
 /** Names come from files: none of them may reach gnuplot as anything but a text. */
 TEST_F(PlotTest, WritesNamesAndDifferencesIntoTheScript)
 {

@@ -157,19 +157,28 @@ void Moments::keep(const Candidate& candidate)
         return;
     }
     mCandidates.push_back(candidate);
-    if (mCandidates.size() <= kMostCandidates) {
-        return;
+    if (mCandidates.size() > kMostCandidates) {
+        forgetLighterHalf();
     }
+}
+
+/** Of those that weigh as much as the last one kept, the first stay. */
+void Moments::forgetLighterHalf()
+{
+    constexpr size_t kKept = kMostCandidates / 2;
     std::vector<double> weights;
     for (const Candidate& it : mCandidates) {
         weights.push_back(it.mWeight);
     }
-    const auto middle = weights.begin() + kMostCandidates / 2;
-    std::nth_element(weights.begin(), middle, weights.end(), std::greater<>());
-    const double least = *middle;
-    size_t kept = 0;
+    const auto last = weights.begin() + kKept - 1;
+    std::nth_element(weights.begin(), last, weights.end(), std::greater<>());
+    const double least = *last;
+    auto places = std::count(weights.begin(), last + 1, least);
     const auto isLight = [&](const Candidate& it) {
-        return it.mWeight < least || ++kept > kMostCandidates / 2;
+        if (it.mWeight != least) {
+            return it.mWeight < least;
+        }
+        return places-- <= 0;
     };
     mCandidates.erase(std::remove_if(mCandidates.begin(), mCandidates.end(), isLight),
                       mCandidates.end());

@@ -45,6 +45,7 @@ private:
     double onsetIn(const Period& last, const Period& period, size_t channel);
     void completeLast(const std::vector<double>& rms);
     void keep(const Candidate& candidate);
+    void forgetLighterHalf();
     std::string textOf(const Candidate& candidate) const;
 
     std::vector<DrawnChannel> mChannels;
