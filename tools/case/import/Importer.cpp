@@ -47,14 +47,13 @@ std::vector<std::string> commentsOf(const SignalDescription& description,
         fmt::format("from {}: {}; station {}, device {}; first sample {}", description.mFileName,
                     description.mFormat, description.mStation, description.mDevice,
                     description.mStartTime),
-        importMark(begin)};
+        importComment({description.mFileName, description.mStartTime, begin, {}})};
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
         const ChannelReport& channel = report.mChannels[i];
         const bool isNothing = channel.mFactor == 0.0;
-        comments.push_back(fmt::format("channel {}: ", i) +
-                           (isNothing ? "nothing"
-                                      : fmt::format("{}, {:.10g} counts for 1 {}", channel.mSource,
-                                                    channel.mFactor, channel.mUnit)));
+        comments.push_back(isNothing
+                               ? fmt::format("channel {}: nothing", i)
+                               : sourceComment(i, channel.mSource, channel.mFactor, channel.mUnit));
     }
     comments.insert(comments.end(), report.mRemarks.begin(), report.mRemarks.end());
     comments.emplace_back(

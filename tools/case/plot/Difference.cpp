@@ -11,20 +11,25 @@ constexpr double kSameInstant = 1e-6; ///< s
 
 Difference::Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns)
 {
-    const size_t groups = std::min(left.groups().size(), right.groups().size());
-    for (size_t i = 0; i < groups; ++i) {
-        const DrawnGroup& a = left.groups()[i];
-        const DrawnGroup& b = right.groups()[i];
-        std::vector<Pair> pairs;
-        if (a.mUnit == b.mUnit) {
-            for (size_t j = 0; j < std::min(a.mChannels.size(), b.mChannels.size()); ++j) {
-                pairs.push_back({a.mChannels[j], b.mChannels[j]});
+    for (const DrawnGroup& group : left.groups()) {
+        const DrawnGroup* const other = right.groupLike(group);
+        mPairs.push_back(other == nullptr ? std::vector<Pair>() : pairsOf(group, *other));
+        mCurves.emplace_back(mPairs.back().size(), columns);
+    }
+    mLargest.resize(mPairs.size());
+}
+
+std::vector<Difference::Pair> Difference::pairsOf(const DrawnGroup& left, const DrawnGroup& right)
+{
+    std::vector<Pair> pairs;
+    for (const DrawnChannel& a : left.mChannels) {
+        for (const DrawnChannel& b : right.mChannels) {
+            if (a.mPlace == b.mPlace) {
+                pairs.push_back({a, b});
             }
         }
-        mCurves.emplace_back(pairs.size(), columns);
-        mPairs.push_back(pairs);
     }
-    mLargest.resize(groups);
+    return pairs;
 }
 
 bool Difference::Reader::hasSample()

@@ -10,7 +10,7 @@ class Difference
 {
 public:
     /**
-     * The channels at the same place of the two pictures are compared; borrows them.
+     * The channels at the same place of groups alike are compared.
      * @param columns that the picture is wide
      */
     Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns);
@@ -27,10 +27,13 @@ public:
         double mSeconds = 0.0;
     };
 
-    /** Channels of a group that both have. */
+    /** Channels that both have, of a group of the left signal. */
     size_t channels(size_t group) const { return mPairs[group].size(); }
+    const DrawnChannel& channel(size_t group, size_t channel) const
+    {
+        return mPairs[group][channel].mLeft;
+    }
 
-    /** Requires: a group of both pictures. */
     const Largest& largest(size_t group) const { return mLargest[group]; }
     std::vector<Point> curve(size_t group, size_t channel) const
     {
@@ -60,6 +63,7 @@ private:
         void skipTo(double begin);
     };
 
+    static std::vector<Pair> pairsOf(const DrawnGroup& left, const DrawnGroup& right);
     bool compare(const Reader& left, const Reader& right, size_t count);
 
     std::vector<std::vector<Pair>> mPairs; ///< of each group

@@ -3,16 +3,26 @@
 #include <algorithm>
 
 #include "SampleRecord.h"
+#include "base/Numbers.h"
+#include "import/ChannelGuess.h"
 #include "import/ChannelKind.h"
+#include "plot/ShortText.h"
 
 namespace {
 using Quantity = ChannelUnit::Quantity;
 
 constexpr double kMilli = 1e-3;
+constexpr double kLongNumber = 1e4;
+constexpr size_t kLongestLabel = 20; ///< letters
+
+std::string nameOf(const ChannelDescription& channel)
+{
+    return channel.mName.empty() ? std::to_string(channel.mNumber) : channel.mName;
+}
 
 std::string labelOf(const ChannelDescription& channel)
 {
-    return channel.mName.empty() ? std::to_string(channel.mNumber) : channel.mName;
+    return shortened(nameOf(channel), kLongestLabel);
 }
 
 /** In V or A, so that two signals share their axes whatever units they were recorded in. */
@@ -21,6 +31,45 @@ DrawnGroup groupOf(Quantity quantity)
     const bool isVoltage = quantity == Quantity::Voltage;
     return {isVoltage ? "voltage" : "current", isVoltage ? "V" : "A", {}};
 }
+
+/** A channel as --channels of an import names it, by number or name; a sum is none. */
+std::optional<size_t> findSource(const std::vector<ChannelDescription>& channels,
+                                 const std::string& source)
+{
+    int number = 0;
+    const std::string_view name = trimmed(std::string_view(source).substr(0, source.find('*')));
+    const bool isNumber = parseNumber(name, &number);
+    const auto found = std::find_if(channels.begin(), channels.end(), [&](const auto& channel) {
+        return isNumber ? channel.mNumber == number : trimmed(channel.mName) == name;
+    });
+    return name.empty() || found == channels.end()
+               ? std::nullopt
+               : std::optional(static_cast<size_t>(found - channels.begin()));
+}
+
+GuessedChannels orderOf(const std::vector<ChannelDescription>& channels,
+                        const std::vector<std::string>& sources)
+{
+    GuessedChannels order = guessChannels(channels);
+    for (size_t i = 0; i < std::min(order.size(), sources.size()); ++i) {
+        if (!order[i] || trimmed(channels[*order[i]].mName) != sources[i]) {
+            order[i] = findSource(channels, sources[i]);
+        }
+    }
+    return order;
+}
+
+std::vector<size_t> withoutPhase(const std::vector<ChannelDescription>& channels, Quantity quantity)
+{
+    std::vector<size_t> found;
+    for (size_t i = 0; i < channels.size(); ++i) {
+        if (unitOf(channels[i]).mQuantity == quantity &&
+            phaseOf(channels[i]) > ChannelPhase::Neutral) {
+            found.push_back(i);
+        }
+    }
+    return found;
+}
 } // namespace
 
 bool isOfDevice(const SignalDescription& description)
@@ -28,15 +77,22 @@ bool isOfDevice(const SignalDescription& description)
     return description.mChannels.size() == kChannelCount && description.mChannels[0].mNumber == 0;
 }
 
-DrawnChannels::DrawnChannels(const SignalDescription& description)
+DrawnChannels::DrawnChannels(const SignalDescription& description,
+                             const std::vector<std::string>& sources)
 {
     if (isOfDevice(description)) {
         drawDevice();
-        return;
+    } else {
+        drawByUnit(description.mChannels, sources);
     }
-    drawByUnit(description.mChannels);
     if (mGroups.empty()) {
         drawFirst(description.mChannels);
+    }
+    size_t curve = 0;
+    for (DrawnGroup& group : mGroups) {
+        for (DrawnChannel& channel : group.mChannels) {
+            channel.mCurve = curve++;
+        }
     }
 }
 
@@ -49,51 +105,74 @@ void DrawnChannels::drawDevice()
         const bool isVoltage = i < kMostOfEach;
         const std::string conductor = conductors[i % kMostOfEach];
         mGroups[isVoltage ? 0 : 1].mChannels.push_back(
-            {i, (isVoltage ? "U_{" : "I_{") + conductor + "}", kMilli});
+            {i % kMostOfEach, i, (isVoltage ? "U_{" : "I_{") + conductor + "}", kMilli});
     }
 }
 
-void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels)
+void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
+                               const std::vector<std::string>& sources)
 {
+    const GuessedChannels order = orderOf(channels, sources);
+    auto next = order.begin();
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
         DrawnGroup group = groupOf(quantity);
-        for (size_t i = 0; i < channels.size(); ++i) {
-            const ChannelUnit unit = unitOf(channels[i]);
-            if (unit.mQuantity != quantity || group.mChannels.size() == kMostOfEach) {
-                continue;
+        const std::vector<size_t> others = withoutPhase(channels, quantity);
+        auto other = sources.empty() ? others.begin() : others.end();
+        for (size_t place = 0; place < kMostOfEach; ++place, ++next) {
+            const bool isVacant = !*next && other != others.end();
+            const std::optional<size_t> index = isVacant ? std::optional(*other++) : *next;
+            if (index && unitOf(channels[*index]).mQuantity == quantity) {
+                group.mChannels.push_back({isVacant ? kMostOfEach + place : place, *index,
+                                           labelOf(channels[*index]),
+                                           unitOf(channels[*index]).mFactor});
             }
-            group.mChannels.push_back({i, labelOf(channels[i]), unit.mFactor});
         }
         if (!group.mChannels.empty()) {
             mGroups.push_back(group);
         }
     }
+    leaveOutOthers(channels);
+}
+
+void DrawnChannels::leaveOutOthers(const std::vector<ChannelDescription>& channels)
+{
     for (size_t i = 0; i < channels.size(); ++i) {
         const auto holds = [i](const DrawnGroup& group) {
             return std::any_of(group.mChannels.begin(), group.mChannels.end(),
                                [i](const DrawnChannel& drawn) { return drawn.mIndex == i; });
         };
         if (std::none_of(mGroups.begin(), mGroups.end(), holds)) {
-            mLeftOut.push_back(labelOf(channels[i]));
+            mLeftOut.push_back(nameOf(channels[i]));
         }
     }
 }
 
 void DrawnChannels::drawFirst(const std::vector<ChannelDescription>& channels)
 {
-    mLeftOut.clear();
     if (channels.empty()) {
         return;
     }
     DrawnGroup group{"", channels[0].mUnit, {}};
-    for (size_t i = 0; i < channels.size(); ++i) {
-        if (i < kMostOfEach) {
-            group.mChannels.push_back({i, labelOf(channels[i]), 1.0});
-        } else {
-            mLeftOut.push_back(labelOf(channels[i]));
-        }
+    for (size_t i = 0; i < std::min(channels.size(), kMostOfEach); ++i) {
+        group.mChannels.push_back({i, i, labelOf(channels[i]), 1.0});
     }
     mGroups.push_back(group);
+    mLeftOut.clear();
+    leaveOutOthers(channels);
+}
+
+ShownUnit shownUnit(const DrawnGroup& group, double largest)
+{
+    const bool isLong = !group.mQuantity.empty() && largest >= kLongNumber;
+    return {isLong ? kMilli : 1.0, (isLong ? "k" : "") + group.mUnit};
+}
+
+const DrawnGroup* DrawnChannels::groupLike(const DrawnGroup& group) const
+{
+    const auto found = std::find_if(mGroups.begin(), mGroups.end(), [&](const DrawnGroup& it) {
+        return it.mQuantity == group.mQuantity && it.mUnit == group.mUnit;
+    });
+    return found == mGroups.end() ? nullptr : &*found;
 }
 
 size_t DrawnChannels::count() const

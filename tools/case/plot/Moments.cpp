@@ -86,18 +86,19 @@ void Moments::add(const Period& last, const Period& period, const std::vector<do
 Moments::Candidate Moments::jumpIn(const Period& last, const Period& period)
 {
     Candidate best;
+    double onset = period.mEnd;
     for (size_t i = 0; i < mChannels.size(); ++i) {
         const double difference = differenceOf(last, period, i);
         const double scale = mScales[mGroupOf[i]];
         const double rise = scale > 0.0 ? (difference - mLastDifferences[i]) / scale : 0.0;
         mLastDifferences[i] = difference;
+        // The largest may begin late, where the jump of its phase is at a zero.
+        onset = rise > kLeastWeight ? std::min(onset, onsetIn(period)) : onset;
         if (rise > best.mWeight) {
             best = {0.0, rise, mPeriods, i, mLastRms[i], mLastRms[i]};
         }
     }
-    if (best.mWeight > kLeastWeight) {
-        best.mSeconds = onsetIn(last, period, best.mChannel);
-    }
+    best.mSeconds = onset;
     const double change = std::abs(period.length() / last.length() - 1.0) * kFrequencyWeight;
     if (change > best.mWeight && std::isfinite(change)) {
         best = {period.mBegin,        change, mPeriods, mChannels.size(), 1.0 / last.length(),
@@ -123,9 +124,9 @@ double Moments::differenceOf(const Period& last, const Period& period, size_t ch
     return rmsOf(mDifference);
 }
 
-double Moments::onsetIn(const Period& last, const Period& period, size_t channel)
+/** When the channel of mDifference has begun to change. */
+double Moments::onsetIn(const Period& period)
 {
-    differenceOf(last, period, channel);
     double largest = 0.0;
     for (double& difference : mDifference) {
         difference = std::abs(difference);
@@ -192,11 +193,13 @@ std::string Moments::textOf(const Candidate& candidate) const
                fmt::format("{} Hz → {} Hz", number(candidate.mBefore), number(candidate.mAfter));
     }
     const std::string& label = mChannels[candidate.mChannel].mLabel;
-    const std::string& unit = mGroups[mGroupOf[candidate.mChannel]].mUnit;
-    const std::string before = number(candidate.mBefore);
-    const std::string after = number(candidate.mAfter);
-    return time + (before == after ? label + " changes its form or phase"
-                                   : fmt::format("{} {} → {} {}", label, before, after, unit));
+    const size_t group = mGroupOf[candidate.mChannel];
+    const ShownUnit unit = shownUnit(mGroups[group], mScales[group]);
+    const std::string before = number(candidate.mBefore * unit.mFactor);
+    const std::string after = number(candidate.mAfter * unit.mFactor);
+    return time + (before == after
+                       ? label + " changes its form or phase"
+                       : fmt::format("{} {} → {} {}", label, before, after, unit.mName));
 }
 
 std::vector<Moment> Moments::found() const

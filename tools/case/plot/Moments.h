@@ -26,6 +26,9 @@ public:
     /** @param rms of the period, a value a channel */
     void add(const Period& last, const Period& period, const std::vector<double>& rms);
 
+    /** Largest rms of a group. */
+    double largest(size_t group) const { return mScales[group]; }
+
     /** What was found, in order of time. */
     std::vector<Moment> found() const;
 
@@ -42,7 +45,7 @@ private:
 
     Candidate jumpIn(const Period& last, const Period& period);
     double differenceOf(const Period& last, const Period& period, size_t channel);
-    double onsetIn(const Period& last, const Period& period, size_t channel);
+    double onsetIn(const Period& period);
     void completeLast(const std::vector<double>& rms);
     void keep(const Candidate& candidate);
     void forgetLighterHalf();

@@ -23,9 +23,10 @@ public:
     /** Reads a signal, which must be the described one, to its end, with a progress line. */
     void read(SignalSource& source);
 
-    /** Of a drawn channel, in the unit of its panel. */
+    /** Of a drawn channel, in the unit of its group. */
     std::vector<Point> rms(size_t channel) const { return mRms.curve(channel); }
     std::vector<Point> hertz() const { return mHertz.curve(0); }
+    double largestRms(size_t group) const { return mMoments.largest(group); }
     std::vector<Moment> moments() const { return mMoments.found(); }
 
     /** Times of the first and the last sample, in s. */

@@ -12,7 +12,7 @@ struct Period
     double mEnd = 0.0;                        ///< where the next one begins
     std::vector<double> mSeconds;             ///< times of the samples
     std::vector<double> mPhases;              ///< place of each in the period, 0 to less than 1
-    std::vector<std::vector<double>> mValues; ///< of the drawn channels, in the panel's unit
+    std::vector<std::vector<double>> mValues; ///< of the drawn channels, in the unit of their group
 
     size_t size() const { return mSeconds.size(); }
     double length() const { return mEnd - mBegin; }

@@ -9,8 +9,8 @@
 /** What a picture shows, without a word of how it is drawn. Times are in s. */
 struct Curve
 {
-    std::string mLabel; ///< may hold an index as "U_{L1}"; empty for none in the key
-    size_t mColour;     ///< 0 to 3; curves of the same conductor share it
+    std::string mLabel; ///< may hold an index as "U_{L1}"
+    size_t mColour;     ///< from 0 on, again after 3; curves of the same conductor share it
     bool mIsSecond;     ///< of the second signal
     std::vector<Point> mPoints;
 };

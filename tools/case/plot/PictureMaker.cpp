@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "base/CaseError.h"
 #include "explain/Explanation.h"
@@ -14,6 +15,7 @@
 #include "plot/Overview.h"
 #include "plot/PlayedBar.h"
 #include "plot/ShiftedSource.h"
+#include "plot/ShortText.h"
 #include "plot/Waveforms.h"
 #include "signal/DriverRecordingSource.h"
 
@@ -30,6 +32,9 @@ constexpr double kCommandWeight = 0.03;
 /** Above the largest value of a panel. */
 constexpr double kHeadroom = 1.15;
 
+/** Letters of a name in the title of a waveform. */
+constexpr size_t kLongestName = 24;
+
 /** An axis of Hz ends at a multiple of this, and so far away at least. */
 constexpr double kHertzStep = 5.0;
 
@@ -42,10 +47,12 @@ struct DrawnSignal
     Overview mOverview;
     bool mIsRecording;
 
-    DrawnSignal(const std::string& path, const SignalSource& source, size_t columns)
+    /** @param sources of an import of the signal; empty for none */
+    DrawnSignal(const std::string& path, const SignalSource& source,
+                const std::vector<std::string>& sources, size_t columns)
         : mPath(path),
           mDescription(source.description()),
-          mChannels(mDescription),
+          mChannels(mDescription, sources),
           mOverview(mDescription, mChannels, columns),
           mIsRecording(dynamic_cast<const DriverRecordingSource*>(&source) != nullptr)
     {
@@ -57,6 +64,43 @@ std::string baseName(const std::string& path)
     return QFileInfo(QString::fromStdString(path)).fileName().toStdString();
 }
 
+/** A signal as a part of its recording: itself, but for an import. */
+ImportMark partOf(const SignalDescription& description)
+{
+    return description.mImport.value_or(
+        ImportMark{description.mFileName, description.mStartTime, 0.0, {}});
+}
+
+/** The two files of a recording have the same name but for its suffix. */
+bool isSameRecording(const ImportMark& left, const ImportMark& right)
+{
+    const auto nameOf = [](const ImportMark& mark) {
+        return QFileInfo(QString::fromStdString(mark.mFile)).completeBaseName();
+    };
+    return nameOf(left) == nameOf(right) && left.mStart == right.mStart;
+}
+
+void refuseUndrawable(const DrawnSignal& signal)
+{
+    const Overview& overview = signal.mOverview;
+    if (overview.begin() >= overview.end()) {
+        throw CaseError(signal.mPath + ": expected two samples at least, one behind the other");
+    }
+    for (size_t i = 0; i < signal.mChannels.groups().size(); ++i) {
+        if (!std::isfinite(overview.largestRms(i))) {
+            throw CaseError(signal.mPath + ": has values that are too large to be drawn");
+        }
+    }
+}
+
+std::vector<Point> scaled(std::vector<Point> points, double factor)
+{
+    for (Point& point : points) {
+        point.mY *= factor;
+    }
+    return points;
+}
+
 /** Makes the picture; a class only to share what all steps need. */
 class Maker
 {
@@ -66,66 +110,82 @@ public:
     Picture make();
 
 private:
-    std::unique_ptr<SignalSource> openSource(const std::string& path) const;
-    void readWhole(const std::string& path);
+    using CurveOf = std::function<std::vector<Point>(size_t curve)>;
+
+    bool areImported() const;
+    std::unique_ptr<SignalSource> openSource(size_t input) const;
+    void readWhole(size_t input);
+    void chooseUnits();
     void addTexts();
     void addPlayed();
     void addWhole();
     void addHertz();
-    void addDifference();
+    void addDifferences();
+    void addDifference(const Difference& difference, size_t group);
     std::vector<WaveColumn> chooseColumns() const;
     std::vector<Moment> moments() const;
     void addWaveforms();
     void addWavePanels(size_t signal, const Waveforms& waves, size_t column);
+    void addCurves(size_t signal, size_t group, const CurveOf& curveOf, Panel* panel) const;
+
+    const std::vector<DrawnGroup>& groups() const { return mSignals[0]->mChannels.groups(); }
 
     const PictureRequest& mRequest;
+    std::vector<ImportMark> mParts; ///< of each input
     std::vector<std::unique_ptr<DrawnSignal>> mSignals;
+    std::vector<ShownUnit> mUnits; ///< of each group
     Picture mPicture;
 };
 
 Picture Maker::make()
 {
     for (const std::string& path : mRequest.mInputs) {
-        readWhole(path);
+        mParts.push_back(partOf(openInput(path, mRequest.mInputOptions)->description()));
     }
+    for (size_t i = 0; i < mRequest.mInputs.size(); ++i) {
+        readWhole(i);
+    }
+    chooseUnits();
     addTexts();
     addPlayed();
     addWhole();
     addHertz();
     if (mSignals.size() > 1) {
-        addDifference();
+        addDifferences();
     }
     mPicture.mColumns = chooseColumns();
     addWaveforms();
     return mPicture;
 }
 
-/** An import and the recording that it was made from have the times of the first one. */
-std::unique_ptr<SignalSource> Maker::openSource(const std::string& path) const
+/** Whether both are parts of the same recording, one of them at least by an import. */
+bool Maker::areImported() const
 {
-    auto source = openInput(path, mRequest.mInputOptions);
-    const auto beginOf = [](const SignalDescription& description) {
-        return isOfDevice(description) ? description.mImportedFrom : 0.0;
-    };
-    if (mSignals.empty() || path == mSignals[0]->mPath) {
-        return source;
-    }
-    const auto begin = beginOf(source->description());
-    const auto reference = beginOf(mSignals[0]->mDescription);
-    if (!begin || !reference || *begin == *reference) {
-        return source;
-    }
-    return std::make_unique<ShiftedSource>(std::move(source), *begin - *reference);
+    const auto isImport = [](const ImportMark& part) { return !part.mSources.empty(); };
+    return mParts.size() > 1 && isSameRecording(mParts[0], mParts[1]) &&
+           std::any_of(mParts.begin(), mParts.end(), isImport);
 }
 
-void Maker::readWhole(const std::string& path)
+/** An import and the recording that it was made from have the times of the first one. */
+std::unique_ptr<SignalSource> Maker::openSource(size_t input) const
 {
-    const auto source = openSource(path);
-    auto signal = std::make_unique<DrawnSignal>(path, *source, mRequest.mColumns);
+    auto source = openInput(mRequest.mInputs[input], mRequest.mInputOptions);
+    const double shift = areImported() ? mParts[input].mSeconds - mParts[0].mSeconds : 0.0;
+    return shift == 0.0 ? std::move(source)
+                        : std::make_unique<ShiftedSource>(std::move(source), shift);
+}
+
+void Maker::readWhole(size_t input)
+{
+    const std::string& path = mRequest.mInputs[input];
+    const auto source = openSource(input);
+    const auto sources = areImported() ? mParts[1 - input].mSources : std::vector<std::string>();
+    auto signal = std::make_unique<DrawnSignal>(path, *source, sources, mRequest.mColumns);
     const DrawnChannels& channels = signal->mChannels;
     signal->mOverview.read(*source);
-    if (signal->mOverview.period() == 0.0) {
-        throw CaseError(path + ": holds no sample");
+    refuseUndrawable(*signal);
+    for (const std::string& remark : source->description().mRemarks) {
+        fmt::print(stderr, "remark: {}: {}\n", path, remark);
     }
     if (!channels.leftOut().empty()) {
         fmt::print(stderr, "not drawn, for want of place: {}\n",
@@ -134,6 +194,13 @@ void Maker::readWhole(const std::string& path)
     mPicture.mBegin = std::min(mPicture.mBegin, signal->mOverview.begin());
     mPicture.mEnd = std::max(mPicture.mEnd, signal->mOverview.end());
     mSignals.push_back(std::move(signal));
+}
+
+void Maker::chooseUnits()
+{
+    for (size_t i = 0; i < groups().size(); ++i) {
+        mUnits.push_back(shownUnit(groups()[i], mSignals[0]->mOverview.largestRms(i)));
+    }
 }
 
 void Maker::addTexts()
@@ -147,9 +214,9 @@ void Maker::addTexts()
     if (!about.mStartTime.empty()) {
         mPicture.mCaption += ", from " + about.mStartTime;
     }
-    if (!signal.mChannels.leftOut().empty()) {
+    if (const size_t count = signal.mChannels.leftOut().size(); count > 0) {
         mPicture.mCaption +=
-            fmt::format("; {} channels are not drawn", signal.mChannels.leftOut().size());
+            fmt::format("; {} {} not drawn", count, count == 1 ? "channel is" : "channels are");
     }
     if (mSignals.size() > 1) {
         mPicture.mCaption += "; dashed and lighter: " + baseName(mSignals[1]->mPath);
@@ -175,11 +242,14 @@ void Maker::addPlayed()
     } else {
         events->finish();
         for (const SentCommand& command : events->commands()) {
-            bar.addCommand(command.mText, command.mArrivalNs);
+            bar.addCommand(command);
         }
     }
     mPicture.mPlayed = bar.parts();
     mPicture.mCommands = bar.commands();
+    std::stable_sort(
+        mPicture.mCommands.begin(), mPicture.mCommands.end(),
+        [](const GivenCommand& a, const GivenCommand& b) { return a.mSeconds < b.mSeconds; });
 }
 
 /** Widens the panel so that all its curves are seen, to both sides of 0 or from 0 on. */
@@ -197,30 +267,27 @@ void fit(Panel* panel, bool isSigned)
 
 void Maker::addWhole()
 {
-    size_t first = 0;
-    for (size_t i = 0; i < mSignals[0]->mChannels.groups().size(); ++i) {
-        const DrawnGroup& group = mSignals[0]->mChannels.groups()[i];
-        Panel panel{group.mUnit + " rms", 0.0, 1.0, {}};
-        for (size_t j = 0; j < group.mChannels.size(); ++j) {
-            panel.mCurves.push_back(
-                {group.mChannels[j].mLabel, j, false, mSignals[0]->mOverview.rms(first + j)});
+    for (size_t i = 0; i < groups().size(); ++i) {
+        Panel panel{mUnits[i].mName + " rms", 0.0, 1.0, {}};
+        for (size_t j = 0; j < mSignals.size(); ++j) {
+            const Overview& overview = mSignals[j]->mOverview;
+            addCurves(
+                j, i, [&](size_t curve) { return overview.rms(curve); }, &panel);
         }
-        first += group.mChannels.size();
+        fit(&panel, false);
         mPicture.mWhole.push_back(panel);
     }
-    if (mSignals.size() > 1) {
-        first = 0;
-        const auto& groups = mSignals[1]->mChannels.groups();
-        for (size_t i = 0; i < std::min(groups.size(), mPicture.mWhole.size()); ++i) {
-            for (size_t j = 0; j < groups[i].mChannels.size(); ++j) {
-                mPicture.mWhole[i].mCurves.push_back(
-                    {"", j, true, mSignals[1]->mOverview.rms(first + j)});
-            }
-            first += groups[i].mChannels.size();
-        }
+}
+
+void Maker::addCurves(size_t signal, size_t group, const CurveOf& curveOf, Panel* panel) const
+{
+    const DrawnGroup* const drawn = mSignals[signal]->mChannels.groupLike(groups()[group]);
+    if (drawn == nullptr) {
+        return;
     }
-    for (Panel& panel : mPicture.mWhole) {
-        fit(&panel, false);
+    for (const DrawnChannel& channel : drawn->mChannels) {
+        panel->mCurves.push_back({channel.mLabel, channel.mPlace, signal > 0,
+                                  scaled(curveOf(channel.mCurve), mUnits[group].mFactor)});
     }
 }
 
@@ -228,7 +295,7 @@ void Maker::addHertz()
 {
     Panel panel{"Hz", 1e9, 0.0, {}};
     for (size_t i = 0; i < mSignals.size(); ++i) {
-        const Curve curve{i == 0 ? "f" : "", 0, i > 0, mSignals[i]->mOverview.hertz()};
+        const Curve curve{"f", 0, i > 0, mSignals[i]->mOverview.hertz()};
         for (const Point& point : curve.mPoints) {
             panel.mLow = std::min(panel.mLow, point.mY);
             panel.mHigh = std::max(panel.mHigh, point.mY);
@@ -243,32 +310,41 @@ void Maker::addHertz()
     mPicture.mWhole.push_back(panel);
 }
 
-void Maker::addDifference()
+void Maker::addDifferences()
 {
-    const DrawnChannels& channels = mSignals[0]->mChannels;
-    Difference difference(channels, mSignals[1]->mChannels, mRequest.mColumns);
-    const auto left = openSource(mSignals[0]->mPath);
-    const auto right = openSource(mSignals[1]->mPath);
+    Difference difference(mSignals[0]->mChannels, mSignals[1]->mChannels, mRequest.mColumns);
+    const auto left = openSource(0);
+    const auto right = openSource(1);
     if (!difference.read(*left, *right)) {
         mPicture.mCaption += ", sampled at other instants";
         return;
     }
-    for (size_t i = 0; i < channels.groups().size() && difference.channels(i) > 0; ++i) {
-        const DrawnGroup& group = channels.groups()[i];
-        const Difference::Largest& largest = difference.largest(i);
-        mPicture.mCaption +=
-            fmt::format("; largest difference {:.3g} {}", largest.mValue, group.mUnit);
-        if (largest.mValue == 0.0) {
-            continue;
-        }
-        mPicture.mCaption += fmt::format(" at {:.6g} s", largest.mSeconds);
-        Panel panel{"Δ " + group.mUnit, 0.0, 1.0, {}};
-        for (size_t j = 0; j < difference.channels(i); ++j) {
-            panel.mCurves.push_back({group.mChannels[j].mLabel, j, false, difference.curve(i, j)});
-        }
-        fit(&panel, true);
-        mPicture.mWhole.push_back(panel);
+    for (size_t i = 0; i < groups().size(); ++i) {
+        addDifference(difference, i);
     }
+}
+
+void Maker::addDifference(const Difference& difference, size_t group)
+{
+    if (difference.channels(group) == 0) {
+        return;
+    }
+    const Difference::Largest& largest = difference.largest(group);
+    const ShownUnit unit = shownUnit(groups()[group], largest.mValue);
+    mPicture.mCaption +=
+        fmt::format("; largest difference {:.3g} {}", largest.mValue * unit.mFactor, unit.mName);
+    if (largest.mValue == 0.0) {
+        return;
+    }
+    mPicture.mCaption += fmt::format(" at {:.6g} s", largest.mSeconds);
+    Panel panel{"Δ " + unit.mName, 0.0, 1.0, {}};
+    for (size_t i = 0; i < difference.channels(group); ++i) {
+        const DrawnChannel& channel = difference.channel(group, i);
+        panel.mCurves.push_back({channel.mLabel, channel.mPlace, false,
+                                 scaled(difference.curve(group, i), unit.mFactor)});
+    }
+    fit(&panel, true);
+    mPicture.mWhole.push_back(panel);
 }
 
 std::vector<Moment> Maker::moments() const
@@ -276,8 +352,9 @@ std::vector<Moment> Maker::moments() const
     std::vector<Moment> moments = mSignals[0]->mOverview.moments();
     for (size_t i = 1; i < mPicture.mPlayed.size(); ++i) {
         const PlayedPart& part = mPicture.mPlayed[i];
-        moments.push_back({part.mFrom, kSwitchWeight,
-                           fmt::format("{:.4g} s: {} begins", part.mFrom, part.mText)});
+        moments.push_back(
+            {part.mFrom, kSwitchWeight,
+             fmt::format("{:.4g} s: {} begins", part.mFrom, shortened(part.mText, kLongestName))});
     }
     for (const GivenCommand& command : mPicture.mCommands) {
         moments.push_back({command.mSeconds, kCommandWeight,
@@ -332,23 +409,22 @@ void Maker::addWaveforms()
     std::vector<Waveforms::Stretch> stretches;
     for (WaveColumn& column : mPicture.mColumns) {
         stretches.push_back({column.mFrom, column.mTo});
-        for (const DrawnGroup& group : mSignals[0]->mChannels.groups()) {
-            const std::string axis = group.mQuantity.empty() || group.mUnit.empty()
-                                         ? group.mQuantity + group.mUnit
-                                         : group.mQuantity + ", " + group.mUnit;
+        for (size_t i = 0; i < groups().size(); ++i) {
+            const std::string& quantity = groups()[i].mQuantity;
+            const std::string axis = (quantity.empty() ? "" : quantity + ", ") + mUnits[i].mName;
             column.mPanels.push_back({axis, 0.0, 1.0, {}});
         }
     }
     for (size_t i = 0; i < mSignals.size(); ++i) {
         Waveforms waves(mSignals[i]->mChannels, stretches,
                         mRequest.mColumns / std::max<size_t>(stretches.size(), 1));
-        waves.read(*openSource(mSignals[i]->mPath));
+        waves.read(*openSource(i));
         for (size_t column = 0; column < stretches.size(); ++column) {
             addWavePanels(i, waves, column);
         }
     }
     // The columns have their axes in common.
-    for (size_t i = 0; i < mSignals[0]->mChannels.groups().size(); ++i) {
+    for (size_t i = 0; i < groups().size(); ++i) {
         double high = 0.0;
         for (WaveColumn& column : mPicture.mColumns) {
             fit(&column.mPanels[i], true);
@@ -364,13 +440,9 @@ void Maker::addWaveforms()
 void Maker::addWavePanels(size_t signal, const Waveforms& waves, size_t column)
 {
     std::vector<Panel>& panels = mPicture.mColumns[column].mPanels;
-    const auto& groups = mSignals[signal]->mChannels.groups();
-    size_t channel = 0;
-    for (size_t i = 0; i < std::min(groups.size(), panels.size()); ++i) {
-        for (size_t j = 0; j < groups[i].mChannels.size(); ++j, ++channel) {
-            panels[i].mCurves.push_back({signal == 0 ? groups[i].mChannels[j].mLabel : "", j,
-                                         signal > 0, waves.curve(column, channel)});
-        }
+    for (size_t i = 0; i < panels.size(); ++i) {
+        addCurves(
+            signal, i, [&](size_t curve) { return waves.curve(column, curve); }, &panels[i]);
     }
 }
 } // namespace

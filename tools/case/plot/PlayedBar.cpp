@@ -40,18 +40,18 @@ void PlayedBar::add(const PlayedStretch& stretch)
 
 void PlayedBar::add(const CommandOutcome& command)
 {
-    if (command.mProblem.empty()) {
-        addCommand(command.mText, command.mArrivalNs);
-    } else if (mCommands.size() < kMostCommands) {
-        mCommands.push_back(
-            {secondsOf(command.mArrivalNs), fmt::format("command “{}”: rejected", command.mText)});
-    }
+    addCommand(command.mArrivalNs, command.mText,
+               ": " + (command.mProblem.empty() ? effectOf(command.mText) : "rejected"));
 }
 
-void PlayedBar::addCommand(const std::string& text, qint64 arrivalNs)
+void PlayedBar::addCommand(const SentCommand& command)
+{
+    addCommand(command.mArrivalNs, command.mText, "");
+}
+
+void PlayedBar::addCommand(qint64 arrivalNs, const std::string& text, const std::string& effect)
 {
     if (mCommands.size() < kMostCommands) {
-        mCommands.push_back(
-            {secondsOf(arrivalNs), fmt::format("command “{}”: {}", text, effectOf(text))});
+        mCommands.push_back({secondsOf(arrivalNs), fmt::format("command “{}”{}", text, effect)});
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "explain/EventTimeline.h"
 #include "explain/Findings.h"
 #include "plot/Picture.h"
 
@@ -15,12 +16,14 @@ public:
     void add(const Finding& /*finding*/) override {}
     void add(const Verdict& /*verdict*/) override {}
 
-    void addCommand(const std::string& text, qint64 arrivalNs);
+    /** One of which it is not known what became of it. */
+    void addCommand(const SentCommand& command);
 
     const std::vector<PlayedPart>& parts() const { return mParts; }
     const std::vector<GivenCommand>& commands() const { return mCommands; }
 
 private:
+    void addCommand(qint64 arrivalNs, const std::string& text, const std::string& effect);
     double secondsOf(qint64 stampNs) const;
 
     qint64 mFirstStampNs;

@@ -21,7 +21,7 @@ public:
     /** Reads a signal from its beginning up to the end of the last stretch. */
     void read(SignalSource& source);
 
-    /** Of a drawn channel, in the unit of its panel. */
+    /** Of a drawn channel, in the unit of its group. */
     std::vector<Point> curve(size_t stretch, size_t channel) const
     {
         return mCurves[stretch].curve(channel);

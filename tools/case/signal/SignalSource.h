@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "signal/ImportMark.h"
+
 /** What is known of one analog channel before its samples are read. */
 struct ChannelDescription
 {
@@ -55,9 +57,9 @@ struct SignalDescription
     std::string mDevice;
     std::string mStartTime; ///< of the first sample, as text for the reader
     std::string mTriggerTime;
-    std::optional<double> mImportedFrom; ///< s; where an import begins in its recording
-    double mNominalHz = 0.0;             ///< 0 where the file does not tell
-    size_t mSampleCount = 0;             ///< 0 where it is known only at the end
+    std::optional<ImportMark> mImport; ///< of a value file that was made from a recording
+    double mNominalHz = 0.0;           ///< 0 where the file does not tell
+    size_t mSampleCount = 0;           ///< 0 where it is known only at the end
     std::vector<SampleRate> mRates; ///< empty where only time stamps tell when samples were taken
     std::vector<ChannelDescription> mChannels;
     std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end

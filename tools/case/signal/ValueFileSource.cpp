@@ -76,7 +76,7 @@ ValueFileSource::ValueFileSource(const std::string& path)
 {
     mDescription.mFileName = path;
     mDescription.mFormat = "value file";
-    mDescription.mImportedFrom = importedFrom(path);
+    mDescription.mImport = readImportMark(path);
     mDescription.mChannels = deviceChannels();
 }
 
