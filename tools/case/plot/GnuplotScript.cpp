@@ -1,10 +1,16 @@
 #include "plot/GnuplotScript.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "plot/ShortText.h"
 
 namespace {
 constexpr std::array<const char*, 4> kColours = {"#0072b2", "#d55e00", "#009e73", "#808080"};
@@ -13,6 +19,7 @@ constexpr std::array<const char*, 6> kShades = {"#dbe9f6", "#fbdcc4", "#d8efdf",
                                                 "#eadcf2", "#f6efc8", "#e2e2e2"};
 constexpr char kTextColour[] = "#404040";
 constexpr char kMarkColour[] = "#9b1fa8";
+constexpr char kTimeFormat[] = "%.9g";
 constexpr char kFrequencyColour[] = "#000000";
 
 // The layout of a drawn picture, in units of which the picture is so wide.
@@ -20,20 +27,28 @@ constexpr double kWidth = 1400.0;
 constexpr double kPngScale = 6.0 / 7.0; ///< pixels a unit
 constexpr double kLetterWidth = 8.5;
 constexpr double kLeft = 91.0;
+constexpr double kAxisTitle = 18.0;
 constexpr double kHeadHeight = 72.0;
+constexpr double kCaptionHeight = 21.0; ///< of each line but the first
+constexpr size_t kCaptionLetters = 165;
+constexpr size_t kTitleLetters = 100;
 constexpr double kCommandHeight = 28.0;
 constexpr double kBarHeight = 32.0;
 constexpr double kPanelHeight = 126.0;
 constexpr double kHertzHeight = 76.0;
-constexpr double kGap = 12.0;
+constexpr double kGap = 20.0;
 constexpr double kAxisHeight = 62.0; ///< below the lowest panel
 constexpr double kColumnTitleHeight = 44.0;
 constexpr double kColumnGap = 48.0;
 constexpr double kWaveHeight = 250.0;
-constexpr size_t kMostCommandLines = 4;
+constexpr size_t kMostCommandLines = 6;
+
+/** Fewer may leave a range around 0 with 0 alone. */
+constexpr double kWaveSteps = 5.0;
 
 /** What belongs to the terminal's picture, in characters. */
 constexpr int kTerminalPanelLines = 14;
+constexpr double kTerminalMargins = 22.0;
 
 std::string withoutControl(std::string text)
 {
@@ -93,6 +108,23 @@ double roundStep(double width, double steps)
     return 10.0 * decade;
 }
 
+/** A round step between times whose labels, as kTimeFormat writes them, do not touch. */
+double timeStep(double from, double to, double letters)
+{
+    constexpr double kMostSteps = 15.0;
+    constexpr double kApart = 3.0;
+    const auto widthAt = [](double time) { return fmt::format("{:.9g}", time).size(); };
+    for (double steps = kMostSteps;; --steps) {
+        const double step = roundStep(to - from, steps);
+        const double last = std::floor(to / step);
+        const auto widest = std::max(widthAt(last * step), widthAt((last - 1.0) * step));
+        if (steps <= 1.0 ||
+            (static_cast<double>(widest) + kApart) * (to - from) / step <= letters) {
+            return step;
+        }
+    }
+}
+
 /** Characters of UTF-8 text without the signs of an index. */
 size_t widthOf(const std::string& text)
 {
@@ -101,37 +133,69 @@ size_t widthOf(const std::string& text)
     }));
 }
 
+/** The text in lines that are no longer than that, if it can be, broken behind semicolons. */
+std::vector<std::string> linesOf(const std::string& text, size_t letters)
+{
+    std::vector<std::string> lines;
+    for (const std::string_view part : splitText(text, ';')) {
+        const std::string more = lines.empty() ? "" : lines.back() + ";" + std::string(part);
+        if (!lines.empty() && widthOf(more) <= letters) {
+            lines.back() = more;
+            continue;
+        }
+        if (!lines.empty()) {
+            lines.back() += ";";
+        }
+        lines.emplace_back(trimmed(part));
+    }
+    return lines;
+}
+
 /** Writes the script; a class only to share what it grows from. */
 class Script
 {
 public:
-    Script(const Picture& picture, const Canvas& canvas) : mPicture(picture), mCanvas(canvas) {}
+    Script(const Picture& picture, const Canvas& canvas)
+        : mPicture(picture), mCanvas(canvas), mCaption(linesOf(picture.mCaption, kCaptionLetters))
+    {
+    }
 
     std::string draw();
     std::string drawOnTerminal();
 
 private:
+    struct CommandText
+    {
+        size_t mLine;
+        bool mIsLate; ///< stands to the left of its command
+        bool mIsPlaced;
+    };
+
     void addData();
     void addCurves(const Panel& panel, const std::string& block);
     void addPlot(const Panel& panel, const std::string& block, double lineWidth);
     void place(double left, double right, double top, double bottom);
     void addHead();
     void addBar();
+    void placeCommands();
     void addCommands(double top, double bottom);
     void addWhole();
     void addCommandLines();
     void addColumns();
     void addColumn(const WaveColumn& column, size_t index, double left, double right);
     void addPanelAxis(const Panel& panel, double steps);
+    void addTimeAxis(double from, double to, double letters);
+    void addAxisTitle(const std::string& title);
     std::string label(const std::string& text) const
     {
         return isOnTerminal() ? quoted(plain(text)) : labelled(text);
     }
+    std::string titleOf(const Curve& curve) const;
     bool isOnTerminal() const { return mCanvas.mKind == Canvas::Kind::Terminal; }
     double heightOf(const Panel& panel) const;
+    double headHeight() const;
     double pictureHeight() const;
     double panelsRight() const;
-    size_t commandLines() const { return std::min(mPicture.mCommands.size(), kMostCommandLines); }
     template <typename... Args>
     void add(fmt::format_string<Args...> text, Args&&... args)
     {
@@ -140,15 +204,23 @@ private:
 
     const Picture& mPicture;
     const Canvas& mCanvas;
+    const std::vector<std::string> mCaption; ///< line by line
+    std::vector<CommandText> mCommandTexts;
+    double mCommandLines = 0.0; ///< that they need
     std::string mText;
     double mTop = 0.0; ///< where the next thing is placed
 };
 
+double Script::headHeight() const
+{
+    return kHeadHeight + kCaptionHeight * static_cast<double>(mCaption.size() - 1);
+}
+
 double Script::pictureHeight() const
 {
-    double height = kHeadHeight;
+    double height = headHeight();
     if (!mPicture.mPlayed.empty() || !mPicture.mCommands.empty()) {
-        height += kCommandHeight * static_cast<double>(commandLines()) + kBarHeight + kGap;
+        height += kCommandHeight * mCommandLines + kBarHeight + kGap;
     }
     for (const Panel& panel : mPicture.mWhole) {
         height += heightOf(panel) + kGap;
@@ -220,10 +292,18 @@ void Script::addPlot(const Panel& panel, const std::string& block, double lineWi
                                    : curve.mIsSecond ? kLighter[curve.mColour % kLighter.size()]
                                                      : kColours[curve.mColour % kColours.size()];
         add("{} ${}_{} using 1:2 with lines lw {} lc rgb '{}'{} {}", i == 0 ? "plot" : ",\\\n    ",
-            block, i, lineWidth, colour, curve.mIsSecond ? " dt 2" : "",
-            curve.mLabel.empty() ? "notitle" : "title " + label(curve.mLabel));
+            block, i, lineWidth, colour, curve.mIsSecond ? " dt 2" : "", titleOf(curve));
     }
     mText += "\n";
+}
+
+/** Only on a terminal is the second signal in the key: no lighter colour tells it there. */
+std::string Script::titleOf(const Curve& curve) const
+{
+    if (curve.mIsSecond && !isOnTerminal()) {
+        return "notitle";
+    }
+    return "title " + label(curve.mLabel + (curve.mIsSecond ? " (2)" : ""));
 }
 
 void Script::addPanelAxis(const Panel& panel, double steps)
@@ -232,34 +312,75 @@ void Script::addPanelAxis(const Panel& panel, double steps)
     add("set ytics {:.9g}\n", roundStep(panel.mHigh - panel.mLow, steps));
 }
 
+void Script::addTimeAxis(double from, double to, double letters)
+{
+    mText += range("x", from, to);
+    add("set xtics {:.9g} nomirror format '{}'\n", timeStep(from, to, letters), kTimeFormat);
+}
+
+/** At a place of its own: gnuplot's would go further left the wider the numbers are. */
+void Script::addAxisTitle(const std::string& title)
+{
+    add("set label 93 {} at screen {:.5f}, graph 0.5 center rotate by 90\n", quoted(title),
+        kAxisTitle / kWidth);
+}
+
 void Script::addHead()
 {
     const double height = pictureHeight();
+    std::vector<std::string> lines;
+    std::transform(mCaption.begin(), mCaption.end(), std::back_inserter(lines), quoted);
     add("set label 91 {} at screen 0.02, screen {:.5f} font ',{}' noenhanced\n",
-        quoted(mPicture.mTitle), 1.0 - 27.0 / height, mCanvas.mKind == Canvas::Kind::Png ? 14 : 21);
+        quoted(shortened(mPicture.mTitle, kTitleLetters)), 1.0 - 27.0 / height,
+        mCanvas.mKind == Canvas::Kind::Png ? 14 : 21);
     add("set label 92 {} at screen 0.02, screen {:.5f} textcolor rgb '{}' noenhanced\n",
-        quoted(mPicture.mCaption), 1.0 - 56.0 / height, kTextColour);
-    mTop = kHeadHeight;
+        fmt::join(lines, ".\"\\n\"."), 1.0 - 56.0 / height, kTextColour);
+    mTop = headHeight();
 }
 
-/** The commands share lines, the first in the highest. */
+/** Each text in the highest line that is free there; to the left of a late command. */
+void Script::placeCommands()
+{
+    constexpr double kApart = 4.0; // letters
+    const double secondsPerLetter =
+        (mPicture.mEnd - mPicture.mBegin) / (panelsRight() - kLeft) * kLetterWidth;
+    std::vector<double> ends; // of what stands in each line
+    for (const GivenCommand& command : mPicture.mCommands) {
+        const double width =
+            (static_cast<double>(widthOf(command.mText)) + kApart) * secondsPerLetter;
+        const bool isLate = command.mSeconds + width > mPicture.mEnd;
+        const double begin = command.mSeconds - (isLate ? width : 0.0);
+        auto line = std::find_if(ends.begin(), ends.end(), [&](double it) { return it <= begin; });
+        if (line == ends.end() && ends.size() < kMostCommandLines) {
+            line = ends.insert(line, begin);
+        }
+        const bool isPlaced = line != ends.end();
+        mCommandTexts.push_back({static_cast<size_t>(line - ends.begin()), isLate, isPlaced});
+        if (isPlaced) {
+            *line = begin + width;
+        }
+    }
+    mCommandLines = static_cast<double>(ends.size());
+}
+
+/** Arrows pass behind the texts of others. */
 void Script::addCommands(double top, double bottom)
 {
+    mText += "set style textbox opaque noborder margins 0.1, 0.1\n";
     for (size_t i = 0; i < mPicture.mCommands.size(); ++i) {
         const GivenCommand& command = mPicture.mCommands[i];
-        const double line = static_cast<double>(i % kMostCommandLines);
-        const double y =
-            1.0 + (bottom - top - kBarHeight - line * kCommandHeight - 12.0) / kBarHeight;
-        add("set arrow from {0:.9g}, {1:.5f} to {0:.9g}, 0 head filled size screen 0.006, 20 front "
+        const CommandText& text = mCommandTexts[i];
+        const double y = 1.0 + (bottom - top - kBarHeight -
+                                static_cast<double>(text.mLine) * kCommandHeight - 12.0) /
+                                   kBarHeight;
+        add("set arrow from {0:.9g}, {1:.5f} to {0:.9g}, 0 head filled size screen 0.006, 20 back "
             "lc rgb '{2}' lw 1.5\n",
             command.mSeconds, y, kMarkColour);
-        if (i >= kMostCommandLines && mPicture.mCommands.size() > 2 * kMostCommandLines) {
-            continue;
+        if (text.mIsPlaced) {
+            add("set label {} at {:.9g}, {:.5f} {} front boxed textcolor rgb '{}' noenhanced\n",
+                quoted(command.mText), command.mSeconds, y,
+                text.mIsLate ? "right offset -1, 0" : "left offset 1, 0", kMarkColour);
         }
-        const bool isLate = command.mSeconds > 0.7 * mPicture.mEnd;
-        add("set label {} at {:.9g}, {:.5f} {} textcolor rgb '{}' noenhanced\n",
-            quoted("  " + command.mText + "  "), command.mSeconds, y, isLate ? "right" : "left",
-            kMarkColour);
     }
 }
 
@@ -268,12 +389,14 @@ void Script::addBar()
     if (mPicture.mPlayed.empty() && mPicture.mCommands.empty()) {
         return;
     }
-    const double bottom = mTop + kCommandHeight * static_cast<double>(commandLines()) + kBarHeight;
+    const double bottom = mTop + kCommandHeight * mCommandLines + kBarHeight;
     const double width = panelsRight() - kLeft;
     place(kLeft, panelsRight(), bottom - kBarHeight, bottom);
     mText += "unset border\nunset tics\nset yrange [0:1]\n";
-    add("set label 'playing' at screen {:.5f}, graph 0.5 right textcolor rgb '{}'\n",
-        (kLeft - 9.0) / kWidth, kTextColour);
+    if (!mPicture.mPlayed.empty()) {
+        add("set label 'playing' at screen {:.5f}, graph 0.5 right textcolor rgb '{}'\n",
+            (kLeft - 9.0) / kWidth, kTextColour);
+    }
     std::vector<int> known;
     for (size_t i = 0; i < mPicture.mPlayed.size(); ++i) {
         const PlayedPart& part = mPicture.mPlayed[i];
@@ -311,7 +434,8 @@ void Script::addWhole()
 {
     add("set border 3 lc rgb '{}'\nset grid lc rgb '#e4e4e4' lt 1\nset ytics nomirror\n",
         kTextColour);
-    add("set xtics autofreq nomirror format ''\n");
+    addTimeAxis(mPicture.mBegin, mPicture.mEnd, (panelsRight() - kLeft) / kLetterWidth);
+    mText += "set xtics format ''\n";
     add("set key at screen {:.5f}, graph 1.0 left top vertical samplen 1.2 spacing 1.15 reverse "
         "Left\n",
         (panelsRight() + 14.0) / kWidth);
@@ -321,11 +445,10 @@ void Script::addWhole()
         const double height = heightOf(panel);
         place(kLeft, panelsRight(), mTop, mTop + height);
         addPanelAxis(panel, height > kHertzHeight ? 4.0 : 2.0);
-        add("set ylabel {} offset 1\n", quoted(panel.mAxis));
+        addAxisTitle(panel.mAxis);
         if (i + 1 == mPicture.mWhole.size()) {
-            mText +=
-                "set xtics format '%g'\n"
-                "set xlabel 'time since the first sample, s' offset 0, 0.5\n";
+            add("set xtics format '{}'\n", kTimeFormat);
+            mText += "set xlabel 'time since the first sample, s' offset 0, 0.5\n";
         }
         addPlot(panel, fmt::format("whole{}", i), 2.0);
         mText += "unset label 91\nunset label 92\n";
@@ -337,8 +460,7 @@ void Script::addWhole()
 
 void Script::addColumn(const WaveColumn& column, size_t index, double left, double right)
 {
-    mText += range("x", column.mFrom, column.mTo);
-    const double step = roundStep(column.mTo - column.mFrom, right - left > kWidth / 2 ? 15 : 5);
+    addTimeAxis(column.mFrom, column.mTo, (right - left) / kLetterWidth);
     if (column.mMark) {
         add("set arrow 1 from {0:.9g}, graph 0 to {0:.9g}, graph 1 nohead lc rgb '{1}' dt 3\n",
             *column.mMark, kTextColour);
@@ -348,15 +470,15 @@ void Script::addColumn(const WaveColumn& column, size_t index, double left, doub
         const Panel& panel = column.mPanels[i];
         const bool isLowest = i + 1 == column.mPanels.size();
         place(left, right, top, top + kWaveHeight);
-        // Fewer steps may leave a range around 0 with 0 alone.
-        addPanelAxis(panel, 5.0);
+        addPanelAxis(panel, kWaveSteps);
         if (index > 0) {
-            mText += "unset key\nunset ylabel\nset ytics format ''\n";
+            mText += "unset key\nunset label 93\nset ytics format ''\n";
         } else {
-            add("set ylabel {} offset 1\nset ytics format '%g'\n", quoted(panel.mAxis));
+            addAxisTitle(panel.mAxis);
+            mText += "set ytics format '%g'\n";
         }
         mText += i == 0 ? "set title " + label(column.mTitle) + "\n" : "unset title\n";
-        add("set xtics {:.9g} format '{}'\n", step, isLowest ? "%g" : "");
+        add("set xtics format '{}'\n", isLowest ? kTimeFormat : "");
         mText += isLowest ? "set xlabel 'time since the first sample, s' offset 0, 0.5\n"
                           : "unset xlabel\n";
         addPlot(panel, fmt::format("wave{}_{}", index, i), 1.5);
@@ -378,6 +500,7 @@ void Script::addColumns()
 std::string Script::draw()
 {
     addData();
+    placeCommands();
     const bool isSvg = mCanvas.mKind == Canvas::Kind::Svg;
     const double scale = isSvg ? 1.0 : kPngScale;
     add("set encoding utf8\nset terminal {} size {:.0f},{:.0f} font 'DejaVu Sans,{}' "
@@ -401,7 +524,8 @@ std::string Script::drawOnTerminal()
     add("set encoding utf8\nset terminal dumb {} noenhanced nofeed size {},{}\n",
         mCanvas.mHasColours ? "ansi256" : "mono", mCanvas.mColumns, kTerminalPanelLines);
     mText += "set key outside right top samplen 1\nset tics nomirror\nset border 3\n";
-    mText += range("x", mPicture.mBegin, mPicture.mEnd);
+    const double letters = mCanvas.mColumns - kTerminalMargins;
+    addTimeAxis(mPicture.mBegin, mPicture.mEnd, letters);
     addCommandLines();
     for (size_t i = 0; i < mPicture.mWhole.size(); ++i) {
         const Panel& panel = mPicture.mWhole[i];
@@ -412,9 +536,9 @@ std::string Script::drawOnTerminal()
     mText += "unset arrow\n";
     for (size_t i = 0; i < mPicture.mColumns.size(); ++i) {
         const WaveColumn& column = mPicture.mColumns[i];
-        mText += range("x", column.mFrom, column.mTo);
+        addTimeAxis(column.mFrom, column.mTo, letters);
         for (size_t j = 0; j < column.mPanels.size(); ++j) {
-            addPanelAxis(column.mPanels[j], 3.0);
+            addPanelAxis(column.mPanels[j], kWaveSteps);
             add("set title {}\n", label(column.mTitle + ": " + column.mPanels[j].mAxis));
             addPlot(column.mPanels[j], fmt::format("wave{}_{}", i, j), 1.0);
         }
