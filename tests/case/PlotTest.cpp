@@ -110,16 +110,41 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
     }
 }
 
-/** Of hundreds of changes alike and one that is larger, that one is shown. */
+/** As an import takes them by itself, or as its --channels said. */
+TEST(DrawnChannelsTest, StandsInTheOrderOfThePhases)
+{
+    SignalDescription description;
+    for (const char* const name : {"UN", "1UB", "2UA", "1UA", "1UC", "2UB", "2UC"}) {
+        ChannelDescription& channel = description.mChannels.emplace_back();
+        channel.mNumber = static_cast<int>(description.mChannels.size());
+        channel.mName = name;
+        channel.mUnit = "V";
+    }
+    for (const auto& [sources, indexes] : std::vector<std::pair<Words, std::vector<size_t>>>{
+             {{}, {3, 1, 4, 0}}, {{"2UC", "6", "1UC*0.5", "2UA+2UB"}, {6, 5, 4}}}) {
+        const DrawnChannels channels(description, sources);
+        std::vector<size_t> drawn;
+        for (const DrawnChannel& it : channels.groups().front().mChannels) {
+            EXPECT_EQ(it.mPlace, drawn.size());
+            drawn.push_back(it.mIndex);
+        }
+        EXPECT_EQ(drawn, indexes);
+    }
+}
+
+/** Of hundreds of changes alike and one that is larger, that one, from where any channel changes.
+ */
 TEST(MomentsTest, KeepsTheWeightiestOfMany)
 {
     Moments moments{DrawnChannels(Sag(50.0, 1000.0, 0).description())};
     Period last;
     for (int i = 0; i < 1800; ++i) {
-        const double level = i == 600 ? -200.0 : i % 3 == 0 ? 200.0 : 100.0;
+        const double level = i % 3 == 0 && i != 600 ? 200.0 : 100.0;
+        const double current = i == 600 ? 80.0 : 0.0;
+        const double late = i == 600 ? 200.0 : -level;
         const Period period{
-            i * 1.0, i + 1.0, {i * 1.0, i + 0.5}, {0.0, 0.5}, {{level, -level}, {0.0, 0.0}}};
-        moments.add(last, period, {std::abs(level), 0.0});
+            i * 1.0, i + 1.0, {i * 1.0, i + 0.5}, {0.0, 0.5}, {{level, late}, {current, current}}};
+        moments.add(last, period, {200.0, current});
         last = period;
     }
     EXPECT_EQ(chooseMoments(moments.found(), 1, 1.0)[0].mSeconds, 600.0);
@@ -139,6 +164,24 @@ TEST_F(PlotTest, WritesNamesAndDifferencesIntoTheScript)
                       HasSubstr("largest difference 0 V; largest difference 6 A at 0.039")));
     EXPECT_THAT(plot("a.csv").mOutput,
                 HasSubstr("set terminal dumb mono noenhanced nofeed size 80"));
+    mRunner.writeFile("m.cfg",
+                      "s,d,1999\n1,1A,0D\n1,UA,A,,V,1,0,0,-9,9,1,1,P\n50\n1\n1000,3\n"
+                      "01/01/2020,00:00:00\n01/01/2020,00:00:00\nASCII\n1\n");
+    mRunner.writeFile("m.dat", "1,0,5\n2,1000,99999\n3,2000,5\n");
+    EXPECT_THAT(plot("m.cfg").mErrors, HasSubstr("remark: m.cfg: channel 1: missing values"));
+}
+
+/** However large the values and late the times, the numbers at the axes are short and true. */
+TEST_F(PlotTest, ChoosesUnitsAndStepsForTheAxes)
+{
+    const std::string line = "0;0;0;0;50;90000000;-90000000;0;0;0;0;0;0\n";
+    mRunner.writeFile("kv.csv", repeated(line, 360 * 60));
+    plot("kv.csv -o x.svg");
+    EXPECT_THAT(mRunner.readFile("x.svg"), HasSubstr("set label 93 'kV rms' at screen 0.01"));
+    EXPECT_THAT(plot("kv.csv --from 1.0001 --to 1.0004").mOutput,
+                AllOf(HasSubstr("set xrange [1.0001:1.0004]\nset xtics 0.0001 "),
+                      HasSubstr("set yrange [-103.5:103.5]\nset ytics 50\n")));
+    EXPECT_THAT(plot("kv.csv kv.csv").mOutput, HasSubstr("title 'U_L1 (2)'"));
 }
 
 /** A recording of the driver: what is played when, the command, and the waveforms at the switch. */
@@ -161,6 +204,9 @@ TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
                       R"({"t":5020000000,"file":"simulator_control","bytes":3,"accepted":true,)"
                       R"("text":"s1"})"
                       "\n"
+                      R"({"t":5030000000,"file":"simulator_control","bytes":2,"accepted":true,)"
+                      R"("text":"x"})"
+                      "\n"
                       R"({"t":5090000000,"file":"adc-in","bytes":69120,"accepted":true})"
                       "\n");
     plot("r.bin --events e.jsonl --config vx.conf -o x.svg");
@@ -171,7 +217,11 @@ TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
     EXPECT_THAT(labels, testing::MatchesRegex(
                             "set label 'playing' .*\nset label '0: a' at 0.0199.*\n"
                             "set label '1: b' at 0.0599.*\nset label '0: a' at 0.0999.*\n"
-                            "set label '  command “s1”: play configuration 1 once  ' at 0.02.*\n"));
+                            "set label 'command “s1”: play configuration 1 once' at 0.02.*\n"
+                            "set label 'command “x”: rejected' at 0.03.*\n"));
+    EXPECT_THAT(plot("r.bin --events e.jsonl").mOutput, HasSubstr("s  command “s1”\n"));
+    plot("r.bin --events e.jsonl -o x.svg");
+    EXPECT_THAT(mRunner.readFile("x.svg"), Not(HasSubstr("'playing'")));
     EXPECT_THAT(plot("r.bin --at 0.05").mOutput,
                 HasSubstr("set title 'around 0.05 s: voltage, V'"));
     EXPECT_THAT(plot("r.bin --from 0.02 --to 0.03").mOutput, HasSubstr("set xrange [0.02:0.03]"));
@@ -193,15 +243,25 @@ TEST_F(PlotTest, LaysAnImportOverItsRecording)
                     AllOf(HasSubstr("largest difference 0 V; largest difference 0 A"),
                           HasSubstr(fmt::format("set xrange [{:.9g}:", begin))))
             << part;
+        vxCase("export i.csv -o ix.cfg");
+        plot("i.csv ix.cfg -o x.svg");
+        EXPECT_THAT(mRunner.readFile("x.svg"), HasSubstr("largest difference 0 V")) << part;
     }
 }
 
 TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)
 {
+    mRunner.writeFile("line.csv", valueLine("0", "50"));
+    mRunner.writeFile("fc-list", "#!/bin/sh\n");
+    mRunner.run({"chmod", "+x", mRunner.path("fc-list")});
     for (const auto& [arguments, message] : std::vector<std::pair<std::string, std::string>>{
              {"a.csv -o x.pdf", "'x.pdf': expected a name that ends in .svg or .png"},
              {"a.csv -o x.svg --from 1", "nothing to show from 1 s to 0.03"},
              {"a.csv -o x.svg --at 1", "nothing to show at 1 s: the end is at 0.03"},
+             {"a.csv --at -1", "--at: '-1': expected seconds, 0 or more"},
+             {"a.csv --to nan", "--to: 'nan': expected seconds, 0 or more"},
+             {"line.csv", "line.csv: expected two samples at least"},
+             {"a.csv -o x.png", "install the package fonts-dejavu-core"},
              {"a.csv -o x.svg --events e", "a.csv: expected a recording of the driver"}}) {
         const CommandResult result = plot(arguments);
         EXPECT_THAT(result.mErrors, HasSubstr(message));

@@ -8,7 +8,9 @@
 #include <memory>
 
 #include "base/CaseError.h"
+#include "base/Numbers.h"
 #include "base/ResultFile.h"
+#include "base/Text.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "plot/Gnuplot.h"
@@ -68,6 +70,27 @@ std::string headOf(const Picture& picture)
     return head;
 }
 
+std::string whyNoSeconds(const std::string& text)
+{
+    double seconds = 0.0;
+    return parseNumber(text, &seconds) && seconds >= 0.0
+               ? ""
+               : "'" + text + "': expected seconds, 0 or more";
+}
+
+/** gnuplot begins each panel with a form feed in a line of blanks, and ends with such a line. */
+std::string withoutPages(const std::string& text)
+{
+    std::string result;
+    for (const std::string_view line : splitText(text, '\n')) {
+        if (line.find('\f') == std::string_view::npos) {
+            result += line.substr(0, line.find_last_not_of(' ') + 1);
+            result += '\n';
+        }
+    }
+    return result;
+}
+
 void plot(PlotOptions options)
 {
     Canvas canvas = terminal();
@@ -78,11 +101,12 @@ void plot(PlotOptions options)
         options.mRequest.mColumns = static_cast<size_t>(canvas.mColumns);
     }
     ResultFile result(options.mOutput);
-    const Picture picture = makePicture(options.mRequest);
-    if (options.mOutput.empty()) {
-        result.write(headOf(picture));
+    if (canvas.mKind == Canvas::Kind::Png) {
+        expectFont();
     }
-    result.write(runGnuplot(gnuplotScript(picture, canvas)));
+    const Picture picture = makePicture(options.mRequest);
+    const std::string drawn = runGnuplot(gnuplotScript(picture, canvas));
+    result.write(options.mOutput.empty() ? headOf(picture) + withoutPages(drawn) : drawn);
     result.commit();
 }
 } // namespace
@@ -113,14 +137,14 @@ void addPlotCommand(CLI::App& app)
         ->type_name("DIRECTORY");
     CLI::Option* const at = command.add_option("--at", request.mAt, "Waveforms around this time")
                                 ->type_name("SECONDS")
-                                ->check(CLI::NonNegativeNumber);
+                                ->check(whyNoSeconds);
     command.add_option("--from", request.mFrom, "Waveforms from this time on")
         ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber)
+        ->check(whyNoSeconds)
         ->excludes(at);
     command.add_option("--to", request.mTo, "Waveforms up to this time")
         ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber)
+        ->check(whyNoSeconds)
         ->excludes(at);
     addEncodingOption(command, &request.mInputOptions.mEncoding);
     command.callback([options] { plot(*options); });

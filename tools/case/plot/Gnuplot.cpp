@@ -51,27 +51,19 @@ private:
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile;
 };
 
-pid_t start(const PassedFile& script, const PassedFile& output, const PassedFile& messages)
+/** @return what posix_spawnp does: 0, or why the program cannot be started */
+int start(std::string name, const PassedFile& input, const PassedFile& output,
+          const PassedFile& messages, pid_t* child)
 {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, script.descriptor(), STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, input.descriptor(), STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output.descriptor(), STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, messages.descriptor(), STDERR_FILENO);
-    char name[] = "gnuplot";
-    char* const words[] = {name, nullptr};
-    pid_t child = 0;
-    const int error = posix_spawnp(&child, name, &actions, nullptr, words, environ);
+    char* const words[] = {name.data(), nullptr};
+    const int error = posix_spawnp(child, name.c_str(), &actions, nullptr, words, environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (error == ENOENT) {
-        throw CaseError(
-            "gnuplot draws the picture, and it is missing: install the package "
-            "gnuplot-nox");
-    }
-    if (error != 0) {
-        throw CaseError(fmt::format("gnuplot: {}", std::strerror(error)));
-    }
-    return child;
+    return error;
 }
 
 bool endsWell(pid_t child)
@@ -89,8 +81,33 @@ std::string runGnuplot(const std::string& script)
     PassedFile output;
     PassedFile messages;
     input.write(script);
-    if (!endsWell(start(input, output, messages))) {
+    pid_t child = 0;
+    const int error = start("gnuplot", input, output, messages, &child);
+    if (error == ENOENT) {
+        throw CaseError(
+            "gnuplot draws the picture, and it is missing: install the package "
+            "gnuplot-nox");
+    }
+    if (error != 0) {
+        throw CaseError(fmt::format("gnuplot: {}", std::strerror(error)));
+    }
+    if (!endsWell(child)) {
         throw CaseError("gnuplot: " + messages.content());
     }
     return output.content();
+}
+
+void expectFont()
+{
+    const PassedFile input;
+    PassedFile output;
+    const PassedFile messages;
+    pid_t child = 0;
+    // What cannot be asked may have one.
+    if (start("fc-list", input, output, messages, &child) == 0 && endsWell(child) &&
+        output.content().empty()) {
+        throw CaseError(
+            "the texts of a PNG picture need a font, and there is none: install the package "
+            "fonts-dejavu-core");
+    }
 }

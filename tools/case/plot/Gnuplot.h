@@ -9,3 +9,7 @@
  * @throws CaseError when it is missing or fails, with its words
  */
 std::string runGnuplot(const std::string& script);
+
+/** Throws CaseError when the system has no font, without which gnuplot leaves all texts out of PNG
+ * without a word. */
+void expectFont();
