@@ -268,6 +268,8 @@ TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)
         EXPECT_NE(result.mExitCode, 0) << arguments;
     }
     EXPECT_THAT(plot("a.csv -o x.svg", "/nowhere").mErrors, HasSubstr("the package gnuplot-nox"));
+    mRunner.writeFile("gnuplot", "#!/bin/sh\nprintf '  \\f  \\n a  \\n  \\f \\n b \\n  '\n");
+    EXPECT_THAT(plot("a.csv").mOutput, testing::EndsWith("s\n a\n b\n"));
     mRunner.writeFile("gnuplot", "#!/bin/sh\necho half; echo broken >&2; exit 1\n");
     EXPECT_THAT(plot("a.csv -o x.svg").mErrors, HasSubstr("gnuplot: broken"));
     EXPECT_EQ(mRunner.readFile("x.svg"), "");

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <QFileInfo>
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "base/CaseError.h"
@@ -78,16 +79,24 @@ std::string whyNoSeconds(const std::string& text)
                : "'" + text + "': expected seconds, 0 or more";
 }
 
-/** gnuplot begins each panel with a form feed in a line of blanks, and ends with such a line. */
+/**
+ * gnuplot begins each panel with a form feed in a line of blanks, and ends with such a line, which
+ * may give the colours back.
+ */
 std::string withoutPages(const std::string& text)
 {
+    std::vector<std::string_view> lines = splitText(text, '\n');
+    const std::string_view end = lines.back();
+    lines.pop_back();
     std::string result;
-    for (const std::string_view line : splitText(text, '\n')) {
+    for (const std::string_view line : lines) {
         if (line.find('\f') == std::string_view::npos) {
             result += line.substr(0, line.find_last_not_of(' ') + 1);
             result += '\n';
         }
     }
+    std::copy_if(end.begin(), end.end(), std::back_inserter(result),
+                 [](char c) { return c != ' '; });
     return result;
 }
 

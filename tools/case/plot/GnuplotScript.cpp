@@ -14,7 +14,8 @@
 
 namespace {
 constexpr std::array<const char*, 4> kColours = {"#0072b2", "#d55e00", "#009e73", "#808080"};
-constexpr std::array<const char*, 4> kLighter = {"#56c4ff", "#ffb27a", "#5fe0b8", "#c0c0c0"};
+// No plain grey: gnuplot gives terminals a colour for it that does not exist.
+constexpr std::array<const char*, 4> kLighter = {"#56c4ff", "#ffb27a", "#5fe0b8", "#c0c0c8"};
 constexpr std::array<const char*, 6> kShades = {"#dbe9f6", "#fbdcc4", "#d8efdf",
                                                 "#eadcf2", "#f6efc8", "#e2e2e2"};
 constexpr char kTextColour[] = "#404040";
