@@ -113,14 +113,15 @@ void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
                                const std::vector<std::string>& sources)
 {
     const GuessedChannels order = orderOf(channels, sources);
-    auto next = order.begin();
+    size_t next = 0;
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
         DrawnGroup group = groupOf(quantity);
         const std::vector<size_t> others = withoutPhase(channels, quantity);
         auto other = sources.empty() ? others.begin() : others.end();
-        for (size_t place = 0; place < kMostOfEach; ++place, ++next) {
-            const bool isVacant = !*next && other != others.end();
-            const std::optional<size_t> index = isVacant ? std::optional(*other++) : *next;
+        for (size_t place = 0; place < kMostOfEach; ++place) {
+            const std::optional<size_t>& phase = order[next++];
+            const bool isVacant = !phase && other != others.end();
+            const std::optional<size_t> index = isVacant ? std::optional(*other++) : phase;
             if (index && unitOf(channels[*index]).mQuantity == quantity) {
                 group.mChannels.push_back({isVacant ? kMostOfEach + place : place, *index,
                                            labelOf(channels[*index]),
