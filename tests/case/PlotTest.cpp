@@ -10,6 +10,7 @@
 #include "plot/Envelope.h"
 #include "plot/GnuplotScript.h"
 #include "plot/Overview.h"
+#include "plot/ShortText.h"
 
 using testing::HasSubstr;
 
@@ -108,6 +109,12 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
             EXPECT_NEAR(point.mY, hertz, 0.1) << point.mX;
         }
     }
+}
+
+TEST(ShortTextTest, KeepsTheEndToo)
+{
+    EXPECT_EQ(shortened("Größe 12 phase A", 9), "Größ…se A");
+    EXPECT_EQ(shortened("Größe", 5), "Größe");
 }
 
 /** As an import takes them by itself, or as its --channels said. */

@@ -1,16 +1,21 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-/** The text, or as much of its beginning as goes into so many letters, and "…". */
+/** The text; of more letters than that its beginning, "…", and its end, which tells a phase. */
 inline std::string shortened(const std::string& text, size_t letters)
 {
-    size_t count = 0;
-    size_t end = 0; // of what leaves room for the dots
+    std::vector<size_t> begins;
     for (size_t i = 0; i < text.size(); ++i) {
-        const bool beginsLetter = (static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80;
-        count += beginsLetter ? 1 : 0;
-        end = beginsLetter && count == letters ? i : end;
+        if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80) {
+            begins.push_back(i);
+        }
     }
-    return count <= letters ? text : text.substr(0, end) + "…";
+    if (begins.size() <= letters) {
+        return text;
+    }
+    const size_t tail = letters / 2;
+    const size_t head = letters - tail - 1;
+    return text.substr(0, begins[head]) + "…" + text.substr(begins[begins.size() - tail]);
 }
