@@ -109,10 +109,30 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
         {{channel("Uab", "", "V"), channel("IL1", "", ""), channel("IL2", "", ""),
           channel("IL1", "", ""), channel("IL2", "", ""), channel("IL3", "", "")},
          "- - - - IL1 IL2 IL3 -"},
+        {{channel("UA", "A", "V", "PT_A"), channel("UB", "B", "V", "PT_B"),
+          channel("UC", "C", "V", "PT_C"), channel("01-IA", "", "A"), channel("02-IB", "", "A"),
+          channel("03-IC", "", "A")},
+         "UA UB UC - 01-IA 02-IB 03-IC -"},
+        {{channel("VA BUS 1", "A", "V"), channel("VB BUS 1", "B", "V"),
+          channel("VC BUS 1", "C", "V"), channel("IA_1", "A", "A"), channel("IB_1", "B", "A"),
+          channel("IC_1", "C", "A"), channel("IA_2", "A", "A"), channel("IB_2", "B", "A")},
+         "VA BUS 1 VB BUS 1 VC BUS 1 - IA_1 IB_1 IC_1 -"},
+        {{channel("U-L1", "", "V"), channel("U L2", "", "V"), channel("UL3", "", "V")},
+         "U-L1 U L2 UL3 - - - - -"},
     };
     for (const auto& [channels, sources] : rows) {
         EXPECT_EQ(sourcesOf(mapChannels(recordingOf(channels), {})), sources);
     }
+    EXPECT_THAT(mapChannels(recordingOf(rows[4].first), {}).mRemarks,
+                testing::Contains(HasSubstr("UA, UB, UC are taken for one object, although")));
+    EXPECT_THAT(mapChannels(recordingOf(rows[1].first), {}).mRemarks,
+                testing::Contains("channel 7 (neutral current) is 0; not taken for it: IN_T; see "
+                                  "--channels"));
+    const SignalDescription unclear =
+        recordingOf({channel("IA1", "", "A"), channel("IB1", "", "A"), channel("IN", "", "A")});
+    EXPECT_THAT(mapChannels(unclear, {}).mRemarks,
+                testing::Contains("channel 4 (current A) is 0; not taken for it: IA1, IB1; see "
+                                  "--channels"));
     const ChannelMap map = mapChannels(recordingOf(rows[0].first), {});
     EXPECT_THAT(map.mRemarks,
                 testing::ElementsAre("channel 3 (neutral voltage) is 0: the recording has none",
@@ -146,7 +166,8 @@ TEST(ChannelMapTest, DoesWhatIsAsked)
         {"0=9", "no channel '9'"},
         {"0=UA", "several channels 'UA': expected a number"},
         {"0=IA+3", "'IA+3' adds volts and amperes"},
-        {"0=0,4=0,5=0", "no channel is known by unit and phase"}};
+        {"0=0,4=0,5=0", "no channel is known by unit and phase"},
+        {"0=0,1=0,2=0,3=0,4=0,5=0,6=0,7=0", "--channels makes all channels 0"}};
     for (const auto& [text, message] : errors) {
         options.mAssignments = {};
         ASSERT_EQ(readAssignments(text, options.mAssignments), "");

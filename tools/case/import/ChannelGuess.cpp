@@ -24,49 +24,71 @@ struct PhaseSet
     }
 };
 
-/** Names that end with their phase and differ before it belong to different objects. */
-bool isSameObject(const PhaseSet& set, const ChannelDescription& channel, const std::string& stem)
+/** What tells the objects of a recording apart. */
+struct Grouping
 {
-    return set.mComponent == channel.mComponent &&
-           (stem.empty() || set.mStem.empty() || set.mStem == stem);
+    bool mByComponent;
+    bool mByStem;
+};
+
+/** From the strictest on: each phase may have a component or a numbered name of its own. */
+constexpr Grouping kGroupings[] = {{true, true}, {true, false}, {false, true}, {false, false}};
+
+/** Of a name that ends with its phase; an ending that the phase field contradicts is none. */
+std::string stemOf(const ChannelDescription& channel, ChannelPhase phase)
+{
+    const PhaseEnding ending = phaseAtEndOf(channel.mName);
+    return phase < ChannelPhase::Neutral && ending.mPhase == phase ? ending.mStem : std::string();
 }
 
-std::vector<PhaseSet> setsOf(const std::vector<ChannelDescription>& channels, Quantity quantity)
+std::vector<PhaseSet> setsOf(const std::vector<ChannelDescription>& channels, Quantity quantity,
+                             const Grouping& grouping)
 {
     std::vector<PhaseSet> sets;
     for (size_t i = 0; i < channels.size(); ++i) {
-        const auto phase = static_cast<size_t>(phaseOf(channels[i]));
-        if (unitOf(channels[i]).mQuantity != quantity || phase > kNeutral) {
+        const ChannelPhase phase = phaseOf(channels[i]);
+        const auto place = static_cast<size_t>(phase);
+        if (unitOf(channels[i]).mQuantity != quantity || place > kNeutral) {
             continue;
         }
-        const PhaseEnding ending = phaseAtEndOf(channels[i].mName);
-        const bool hasStem = static_cast<size_t>(ending.mPhase) < kNeutral;
-        const std::string stem = hasStem ? ending.mStem : std::string();
+        const std::string component = grouping.mByComponent ? channels[i].mComponent : "";
+        const std::string stem = grouping.mByStem ? stemOf(channels[i], phase) : "";
         const auto found = std::find_if(sets.rbegin(), sets.rend(), [&](const PhaseSet& set) {
-            return isSameObject(set, channels[i], stem) && !set.mChannels[phase];
+            return set.mComponent == component && !set.mChannels[place] &&
+                   (stem.empty() || set.mStem.empty() || set.mStem == stem);
         });
         PhaseSet& set = found != sets.rend() ? *found : sets.emplace_back();
-        set.mComponent = channels[i].mComponent;
+        set.mComponent = component;
         set.mStem = set.mStem.empty() ? stem : set.mStem;
-        set.mChannels[phase] = i;
+        set.mChannels[place] = i;
     }
     return sets;
 }
+
+/** The first of the fullest; an empty one where there is none. */
+PhaseSet fullestOf(const std::vector<PhaseSet>& sets)
+{
+    const auto best = std::max_element(
+        sets.begin(), sets.end(),
+        [](const PhaseSet& a, const PhaseSet& b) { return a.phases() < b.phases(); });
+    return best != sets.end() ? *best : PhaseSet();
+}
 } // namespace
 
-GuessedChannels guessChannels(const std::vector<ChannelDescription>& channels)
+GuessedSets guessChannels(const std::vector<ChannelDescription>& channels)
 {
-    GuessedChannels guess;
-    auto place = guess.begin();
+    GuessedSets guess;
+    auto guessed = guess.begin();
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
-        const std::vector<PhaseSet> sets = setsOf(channels, quantity);
-        const auto best = std::max_element(
-            sets.begin(), sets.end(),
-            [](const PhaseSet& a, const PhaseSet& b) { return a.phases() < b.phases(); });
-        if (best != sets.end()) {
-            std::copy(best->mChannels.begin(), best->mChannels.end(), place);
+        PhaseSet best = fullestOf(setsOf(channels, quantity, kGroupings[0]));
+        for (const Grouping& grouping : kGroupings) {
+            const PhaseSet set = fullestOf(setsOf(channels, quantity, grouping));
+            if (best.phases() < kPhaseCount && set.phases() == kPhaseCount) {
+                best = set;
+                guessed->mIsMixed = true;
+            }
         }
-        place += kPhaseCount + 1;
+        guessed++->mSources = best.mChannels;
     }
     return guess;
 }

@@ -4,15 +4,22 @@
 #include <optional>
 #include <vector>
 
-#include "SampleRecord.h"
+#include "import/ChannelKind.h"
 #include "signal/SignalSource.h"
 
-/** Which channel of a source, counted from 0, belongs to which channel of the device. */
-using GuessedChannels = std::array<std::optional<size_t>, kChannelCount>;
+/** Of one quantity: which channel of a source, counted from 0, is A, B, C, neutral. */
+struct GuessedSet
+{
+    std::array<std::optional<size_t>, kPhaseCount + 1> mSources;
+    bool mIsMixed = false; ///< names or components speak of several objects
+};
+
+/** The voltages and the currents. */
+using GuessedSets = std::array<GuessedSet, 2>;
 
 /**
- * Maps by unit and phase: voltages to 0-3, currents to 4-7, each A, B, C, neutral. Where a
- * recording has several objects (lines, transformers, ...) it takes the first complete set of
- * three phases, else the fullest.
+ * Maps by unit and phase. Where a recording has several objects (lines, transformers, ...) it takes
+ * the first complete set of three phases, else the first that is complete whatever its names and
+ * components say, else the fullest.
  */
-GuessedChannels guessChannels(const std::vector<ChannelDescription>& channels);
+GuessedSets guessChannels(const std::vector<ChannelDescription>& channels);

@@ -50,49 +50,91 @@ class Mapper
 {
 public:
     Mapper(const SignalDescription& description, const MappingOptions& options)
-        : mDescription(description), mOptions(options)
+        : mDescription(description),
+          mOptions(options),
+          mGuessed(guessChannels(description.mChannels))
     {
     }
 
     ChannelMap map();
 
 private:
+    std::optional<size_t> guessed(size_t place) const;
     void assign(size_t place, const Assignment& assignment);
     void add(size_t place, size_t source, double factor);
     double sideFactor(const ChannelDescription& channel);
+    [[noreturn]] void refuseNothing() const;
+    void remarkMixed(size_t first);
+    bool isUsed(size_t source) const;
+    std::string leftOutFor(size_t place) const;
     void remarkMissing();
 
     const SignalDescription& mDescription;
     const MappingOptions& mOptions;
+    const GuessedSets mGuessed;
     ChannelMap mMap;
 };
 
 ChannelMap Mapper::map()
 {
-    const GuessedChannels guessed = guessChannels(mDescription.mChannels);
     bool hasAny = false;
     for (size_t place = 0; place < kChannelCount; ++place) {
         const auto& assignment = mOptions.mAssignments[place];
         if (assignment) {
             assign(place, *assignment);
-        } else if (guessed[place]) {
-            const ChannelDescription& channel = mDescription.mChannels[*guessed[place]];
-            mMap.mChannels[place].mText = trimmed(channel.mName);
-            add(place, *guessed[place], 1.0);
+        } else if (const auto source = guessed(place)) {
+            mMap.mChannels[place].mText = trimmed(mDescription.mChannels[*source].mName);
+            add(place, *source, 1.0);
         }
         hasAny = hasAny || !mMap.mChannels[place].mTerms.empty();
     }
     if (!hasAny) {
-        // A remark may say why, as on the encoding of names.
-        throw CaseError(
-            fmt::format("{}: no channel is known by unit and phase as a voltage or "
-                        "current; expected --channels{}{}{}",
-                        mDescription.mFileName, listOf(mDescription.mChannels),
-                        mDescription.mRemarks.empty() ? "" : "\nremark: ",
-                        fmt::join(mDescription.mRemarks, "\nremark: ")));
+        refuseNothing();
     }
+    remarkMixed(0);
+    remarkMixed(kFirstCurrent);
     remarkMissing();
     return mMap;
+}
+
+/** What is not asked for. */
+std::optional<size_t> Mapper::guessed(size_t place) const
+{
+    return mOptions.mAssignments[place]
+               ? std::nullopt
+               : mGuessed[place / kFirstCurrent].mSources[place % kFirstCurrent];
+}
+
+void Mapper::refuseNothing() const
+{
+    const auto& assignments = mOptions.mAssignments;
+    if (std::all_of(assignments.begin(), assignments.end(),
+                    [](const auto& assignment) { return assignment.has_value(); })) {
+        throw CaseError(mDescription.mFileName +
+                        ": --channels makes all channels 0; expected a source for one at least");
+    }
+    // A remark may say why, as on the encoding of names.
+    throw CaseError(
+        fmt::format("{}: no channel is known by unit and phase as a voltage or "
+                    "current; expected --channels{}{}{}",
+                    mDescription.mFileName, listOf(mDescription.mChannels),
+                    mDescription.mRemarks.empty() ? "" : "\nremark: ",
+                    fmt::join(mDescription.mRemarks, "\nremark: ")));
+}
+
+void Mapper::remarkMixed(size_t first)
+{
+    std::vector<std::string> names;
+    for (size_t place = first; place < first + kFirstCurrent; ++place) {
+        if (guessed(place)) {
+            names.push_back(mMap.mChannels[place].mText);
+        }
+    }
+    if (mGuessed[first / kFirstCurrent].mIsMixed && names.size() > 1) {
+        mMap.mRemarks.push_back(
+            fmt::format("{} are taken for one object, although their names or components differ",
+                        fmt::join(names, ", ")));
+    }
 }
 
 void Mapper::assign(size_t place, const Assignment& assignment)
@@ -143,16 +185,51 @@ double Mapper::sideFactor(const ChannelDescription& channel)
     return wanted == 'P' ? ratio : 1.0 / ratio;
 }
 
+bool Mapper::isUsed(size_t source) const
+{
+    return std::any_of(mMap.mChannels.begin(), mMap.mChannels.end(), [source](const auto& mapped) {
+        return std::any_of(mapped.mTerms.begin(), mapped.mTerms.end(),
+                           [source](const auto& term) { return term.mSource == source; });
+    });
+}
+
+/** The names of channels that might have been meant: not every one tells its phase. */
+std::string Mapper::leftOutFor(size_t place) const
+{
+    const auto wanted = static_cast<ChannelPhase>(place % kFirstCurrent);
+    const Quantity quantity = place < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
+    std::vector<std::string_view> names;
+    for (size_t source = 0; source < mDescription.mChannels.size(); ++source) {
+        const ChannelDescription& channel = mDescription.mChannels[source];
+        const ChannelPhase phase = phaseOf(channel);
+        const bool fits = wanted == ChannelPhase::Neutral
+                              ? phase == ChannelPhase::Neutral
+                              : phase < ChannelPhase::Neutral || phase == ChannelPhase::Unknown;
+        if (fits && unitOf(channel).mQuantity == quantity && !isUsed(source)) {
+            names.push_back(trimmed(channel.mName));
+        }
+    }
+    constexpr size_t kMostNames = 6;
+    const size_t more = names.size() - std::min(names.size(), kMostNames);
+    names.resize(names.size() - more);
+    return fmt::format("{}{}", fmt::join(names, ", "),
+                       more > 0 ? fmt::format(" and {} more", more) : "");
+}
+
 void Mapper::remarkMissing()
 {
     static constexpr const char* kPlaces[kChannelCount] = {
         "voltage A", "voltage B", "voltage C", "neutral voltage",
         "current A", "current B", "current C", "neutral current"};
     for (size_t place = 0; place < kChannelCount; ++place) {
-        if (mMap.mChannels[place].mTerms.empty() && !mOptions.mAssignments[place]) {
-            mMap.mRemarks.push_back(
-                fmt::format("channel {} ({}) is 0: the recording has none", place, kPlaces[place]));
+        if (!mMap.mChannels[place].mTerms.empty() || mOptions.mAssignments[place]) {
+            continue;
         }
+        const std::string leftOut = leftOutFor(place);
+        mMap.mRemarks.push_back(fmt::format("channel {} ({}) is 0", place, kPlaces[place]) +
+                                (leftOut.empty()
+                                     ? ": the recording has none"
+                                     : "; not taken for it: " + leftOut + "; see --channels"));
     }
 }
 } // namespace
