@@ -160,11 +160,16 @@ TEST(ComtradeTest, OddRecordings)
          "1,0,2,0\n2,1000000,4,1\n3,2000000,-6,1\n",
          stamped("0 1 2")},
         {"stamps missing and falling", kNoRate, "1,0,2,0\n2,1000,4,1\n3,,-6,1\n4,500,0,0\n",
-         "2 3 -2 1 @ 0 1 2 3 | 3 samples are announced, 4 are there | 1 time stamps do not rise: "
-         "the "
+         "2 3 -2 1 @ 0 1 2 3 | 3 samples are announced, 4 are there | 1 time stamps fall: the "
          "step before them goes on there"},
         {"no times", kNoRate, "1,,2,0\n2,,4,1\n",
-         "c.dat: record 1: expected a rising time stamp, since the configuration tells no rate"},
+         "c.dat: expected time stamps that rise, from the first record on, since the "
+         "configuration tells no rate"},
+        {"stamps repeat", kNoRate, "1,5,2,0\n2,5,4,1\n3,2005,-6,1\n",
+         stamped("0 0 2") + "1 time stamps repeat the one before them"},
+        {"stamps stand still", kNoRate, "1,5,2,0\n2,5,4,1\n",
+         "c.dat: expected time stamps that rise, from the first record on, since the "
+         "configuration tells no rate"},
         {"missing", {}, "1,0,2,0\n2,1000,,1\n3,2000,-6,1\n", held},
         {"missing 99999", {}, "1,0,2,0\n2,1000,99999,1\n3,2000,-6,1\n", held},
         {"99999 in 2013",

@@ -147,14 +147,16 @@ double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, d
 TEST(RecorderTest, TimesAreTakenAsTheyAre)
 {
     const ClosedForm signal;
-    std::vector<double> seconds = uniformTimes(4800.0, 1.0);
-    for (double& time : seconds) {
-        time = std::floor(time * 1e6) / 1e6;
+    for (const double ticks : {1e6, 1e3}) { // of the latter several samples have the same one
+        std::vector<double> seconds = uniformTimes(4800.0, 1.0);
+        for (double& time : seconds) {
+            time = std::floor(time * ticks) / ticks;
+        }
+        Recorded rounded(signal, uniformTimes(4800.0, 1.0));
+        rounded.mTimes = SampleTimes(seconds, false);
+        EXPECT_EQ(rounded.mTimes.stretches().size(), 1U);
+        EXPECT_LE(errorBetween(signal, rounded, 0.1, 0.9), ClosedForm::kPeak * 1e-3);
     }
-    Recorded rounded(signal, uniformTimes(4800.0, 1.0));
-    rounded.mTimes = SampleTimes(seconds, false);
-    EXPECT_EQ(rounded.mTimes.stretches().size(), 1U);
-    EXPECT_LE(errorBetween(signal, rounded, 0.1, 0.9), ClosedForm::kPeak * 1e-3);
 
     std::vector<double> changing = uniformTimes(4800.0, 0.5);
     const double change = changing.back();

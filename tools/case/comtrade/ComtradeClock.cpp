@@ -44,7 +44,12 @@ bool ComtradeClock::nextByStamp(qint64 stamp, double* seconds)
     *seconds =
         (hasStamp ? mStamped.next(stamp) : mStamped.nextWithoutStamp()) * mHeader.mStampSeconds;
     mLastSeconds = *seconds;
-    return mSamples == 0 ? hasStamp : mStamped.step() > 0.0;
+    return mSamples > 0 || hasStamp;
+}
+
+bool ComtradeClock::hasStoodStill() const
+{
+    return mHeader.mRates.empty() && mSamples > 1 && mLastSeconds == 0.0;
 }
 
 void ComtradeClock::compare(qint64 stamp, double seconds)
@@ -59,9 +64,8 @@ void ComtradeClock::compare(qint64 stamp, double seconds)
 
 void ComtradeClock::remarkOn(Remarks* remarks) const
 {
-    if (mStamped.notRising() > 0) {
-        remarks->add(fmt::format("{} time stamps do not rise: the step before them goes on there",
-                                 mStamped.notRising()));
+    for (const std::string& remark : mStamped.remarks()) {
+        remarks->add(remark);
     }
     // Stamps of 0 throughout are none.
     const double difference = std::abs(mStampedSeconds - mRatedSeconds);

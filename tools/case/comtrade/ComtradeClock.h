@@ -19,10 +19,12 @@ public:
 
     /**
      * Fills in the times of a block, in s from the first sample of the recording.
-     * @return false when neither a rate nor a stamp tells the time of a sample, which has the
-     *         place samples() then.
+     * @return false when neither a rate nor a stamp tells when the recording begins
      */
     bool stamp(const ComtradeBlock& block, double* seconds);
+
+    /** Whether, without a rate, no stamp has risen over several samples. */
+    bool hasStoodStill() const;
 
     /** Samples so far. */
     size_t samples() const { return mSamples; }

@@ -75,11 +75,11 @@ bool ComtradeSource::read(SignalBlock& block)
     block.resize(mLastValues.size(), mBlockSamples);
     mRecords->read(mBlockSamples, &mBlock, &block.mValues);
     block.resize(mLastValues.size(), mBlock.size());
-    if (!mClock.stamp(mBlock, block.mSeconds.data())) {
-        throw CaseError(
-            fmt::format("{}: record {}: expected a rising time stamp, since the "
-                        "configuration tells no rate",
-                        mParts.mData->name(), mClock.samples() + 1));
+    const bool isTold = mClock.stamp(mBlock, block.mSeconds.data());
+    if (!isTold || (block.size() == 0 && mClock.hasStoodStill())) {
+        throw CaseError(mParts.mData->name() +
+                        ": expected time stamps that rise, from the first "
+                        "record on, since the configuration tells no rate");
     }
     for (size_t i = 0; i < mLastValues.size(); ++i) {
         scale(i, &block.mValues[i]);

@@ -44,7 +44,7 @@ public:
 
     std::vector<ComtradeRate> take()
     {
-        if (mRates.empty() || mRates.size() > kMostRates) {
+        if (mRates.empty() || mRates.size() > kMostRates || mHasRepeated) {
             return {};
         }
         mRates.back().mLastSample = mSamples;
@@ -56,7 +56,8 @@ private:
     void addStep(qint64 stepNs)
     {
         mFirstStepNs = mSamples == 1 ? stepNs : mFirstStepNs;
-        if (stepNs == mStepNs || mRates.size() > kMostRates) {
+        mHasRepeated = mHasRepeated || stepNs == 0;
+        if (mHasRepeated || stepNs == mStepNs || mRates.size() > kMostRates) {
             return;
         }
         mStepNs = stepNs;
@@ -70,6 +71,7 @@ private:
     double mLastSeconds = 0.0;
     qint64 mFirstStepNs = 0;
     qint64 mStepNs = 0;
+    bool mHasRepeated = false; ///< a time stamp: no rate does
     std::vector<ComtradeRate> mRates;
 };
 } // namespace

@@ -58,7 +58,8 @@ SampleTimes::Stretch fitted(const std::vector<double>& seconds, size_t first, si
     return {first, last, seconds[first] + mean - middle * step, step};
 }
 
-/** Stamps of a coarse clock repeat: then a line may miss them by one of its ticks. */
+/** Stamps of a coarse clock repeat: then a line may miss them by one of its ticks, and a bit for
+ * rounding. */
 double tickOf(const std::vector<double>& seconds)
 {
     double tick = std::numeric_limits<double>::infinity();
@@ -71,7 +72,7 @@ double tickOf(const std::vector<double>& seconds)
             doRepeat = true;
         }
     }
-    return doRepeat && std::isfinite(tick) ? tick : 0.0;
+    return doRepeat && std::isfinite(tick) ? tick * (1.0 + kRoundingOfSteps) : 0.0;
 }
 } // namespace
 

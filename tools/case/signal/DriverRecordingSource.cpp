@@ -62,9 +62,8 @@ bool DriverRecordingSource::read(SignalBlock& block)
 
 void DriverRecordingSource::finish()
 {
-    if (mTime.notRising() > 0) {
-        mDescription.mRemarks.push_back(fmt::format(
-            "{} time stamps do not rise: the step before them goes on there", mTime.notRising()));
+    for (const std::string& remark : mTime.remarks()) {
+        mDescription.mRemarks.push_back(remark);
     }
     if (mFile.left() > 0) {
         mDescription.mRemarks.push_back(

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <fmt/format.h>
+
 #include <cstddef>
+#include <string>
+#include <vector>
 
 /**
- * Makes times of time stamps: they begin at 0 and rise. Where a stamp does not rise, the time
- * goes on by the last step, and the steps back are counted.
+ * Makes times of time stamps: they begin at 0 and never fall. Where a stamp falls, the time goes
+ * on by the last step. A stamp that repeats, as those of a coarse clock do, keeps the time.
  *
  * Number: what stamps are; a whole one keeps every digit of a large stamp. Times are exact up to
  * 2^53 units.
@@ -25,9 +29,11 @@ public:
         } else if (time > mTime) {
             mStep = time - mTime;
             mTime = time;
-        } else {
-            ++mNotRising;
+        } else if (time < mTime) {
+            ++mFalling;
             mTime += mStep;
+        } else {
+            ++mRepeated;
         }
         mStamp = stamp;
         mStampTime = mTime;
@@ -41,11 +47,19 @@ public:
         return mTime;
     }
 
-    /** Stamps that did not rise. */
-    size_t notRising() const { return mNotRising; }
-
-    /** Between the last two samples; 0 while no stamp has risen. */
-    double step() const { return mStep; }
+    /** What was odd, for the user. */
+    std::vector<std::string> remarks() const
+    {
+        std::vector<std::string> texts;
+        if (mFalling > 0) {
+            texts.push_back(
+                fmt::format("{} time stamps fall: the step before them goes on there", mFalling));
+        }
+        if (mRepeated > 0) {
+            texts.push_back(fmt::format("{} time stamps repeat the one before them", mRepeated));
+        }
+        return texts;
+    }
 
 private:
     bool mIsFirst = true;
@@ -53,5 +67,6 @@ private:
     double mStampTime = 0.0; ///< time of the sample with it
     double mTime = 0.0;
     double mStep = 0.0;
-    size_t mNotRising = 0;
+    size_t mFalling = 0;
+    size_t mRepeated = 0;
 };

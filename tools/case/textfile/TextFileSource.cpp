@@ -133,9 +133,8 @@ void TextFileSource::readRow(std::string_view line, size_t place, SignalBlock* b
 void TextFileSource::finish()
 {
     mIsFinished = true;
-    if (mTime.notRising() > 0) {
-        mDescription.mRemarks.push_back(fmt::format(
-            "{} times do not rise: the step before them goes on there", mTime.notRising()));
+    for (const std::string& remark : mTime.remarks()) {
+        mDescription.mRemarks.push_back(remark);
     }
 }
 
