@@ -181,6 +181,22 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
     EXPECT_LE(errorBetween(signal, skewed, 0.1, 0.9), kLargestError);
 }
 
+/** Where there is nothing to measure, also at the ends, the frequency goes on, and that is told. */
+TEST(RecorderTest, GapsAtTheEndsAreTold)
+{
+    Recorded recorded({}, uniformTimes(4800.0, kSeconds));
+    for (SourceColumn& column : recorded.mColumns) {
+        std::fill(column.mValues.begin(), column.mValues.begin() + 2400, 0.0);
+        std::fill(column.mValues.begin() + 7200, column.mValues.end(), 0.0);
+    }
+    const auto gaps = recorded.track()->gaps();
+    ASSERT_EQ(gaps.size(), 2U);
+    EXPECT_EQ(gaps[0].first, 0.0);
+    EXPECT_NEAR(gaps[0].second, 0.5, 3 * kPeriod);
+    EXPECT_NEAR(gaps[1].first, 1.5, 3 * kPeriod);
+    EXPECT_EQ(gaps[1].second, recorded.mTimes.end());
+}
+
 /** What lies above half the output's rate is removed, but not from instants that are samples'. */
 TEST(RecorderTest, FastSourcesAreFiltered)
 {

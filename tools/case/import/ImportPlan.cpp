@@ -65,8 +65,9 @@ void remarkTrack(ImportPlan& plan)
     constexpr size_t kMostGaps = 10;
     const std::vector<PhaseTrack::Gap>& gaps = plan.mTrack->gaps();
     for (size_t i = 0; i < std::min(gaps.size(), kMostGaps); ++i) {
-        plan.mRemarks.push_back(fmt::format("it goes on as before through {:.3f} to {:.3f} s",
-                                            gaps[i].first, gaps[i].second));
+        plan.mRemarks.push_back(
+            fmt::format("it cannot be measured through {:.3f} to {:.3f} s and goes on evenly",
+                        gaps[i].first, gaps[i].second));
     }
     if (gaps.size() > kMostGaps) {
         plan.mRemarks.push_back(fmt::format("and through {} more", gaps.size() - kMostGaps));

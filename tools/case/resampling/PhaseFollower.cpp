@@ -197,9 +197,18 @@ void PhaseFollower::complete()
     if (!mModel) {
         return;
     }
-    fill(*mModel, mModel->mHop + 1, mCycles.size());
+    const size_t last = mModel->mHop;
+    fill(*mModel, last + 1, mCycles.size());
     const size_t first = mFirstPoints.front().mHop;
     fill(fittedTo(mFirstPoints, first), 0, first);
+    // A window cannot be centred nearer to an end than by half of it.
+    const double most = static_cast<double>(kWindowHops) * mHopSeconds;
+    if (secondsOf(first) - mMeter.begin() > most) {
+        mGaps.emplace(mGaps.begin(), mMeter.begin(), secondsOf(first));
+    }
+    if (mMeter.end() - secondsOf(last) > most) {
+        mGaps.emplace_back(secondsOf(last), mMeter.end());
+    }
 }
 
 /** The polynomial with the least squares, of degree 2 if there are points enough for it. */

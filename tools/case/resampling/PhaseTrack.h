@@ -11,7 +11,7 @@
 class PhaseTrack
 {
 public:
-    /** A time through which the phase was not measured but went on as before, in s. */
+    /** A time through which the phase was not measured but went on evenly, in s. */
     using Gap = std::pair<double, double>;
 
     /**
@@ -29,7 +29,7 @@ public:
 
     double frequencyAt(double seconds) const; ///< Hz
 
-    /** The faults within the recording, in their order. */
+    /** In their order; at the ends those that last longer than a window. */
     const std::vector<Gap>& gaps() const { return mGaps; }
 
 private:
