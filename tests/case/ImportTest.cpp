@@ -38,7 +38,8 @@ public:
         const size_t count = std::min<size_t>(1000, mSamples - mPlace);
         block.resize(6, count);
         for (size_t i = 0; i < count; ++i) {
-            block.mSeconds[i] = static_cast<double>(mPlace + i) / mRate;
+            block.mSeconds[i] =
+                static_cast<double>(mPlace + i) / mRate + (mPlace > 0 ? mGapSeconds : 0.0);
             for (size_t channel = 0; channel < 6; ++channel) {
                 const double counts = mSignal.valueAt(block.mSeconds[i], int(channel % 3));
                 block.mValues[channel][i] = counts / (channel < 3 ? 1e6 : 1e3);
@@ -49,6 +50,7 @@ public:
     }
 
     SignalDescription mDescription;
+    double mGapSeconds = 0.0; ///< behind the first 1000 samples
 
 private:
     ClosedForm mSignal;
@@ -189,6 +191,17 @@ TEST(ImportTest, TellsWhatItDid)
         options.mTo = to;
         EXPECT_THAT(errorOf(options), HasSubstr("expected a part of 0 to 0.5 s"));
     }
+}
+
+TEST(ImportTest, GapsAreTold)
+{
+    const TestFiles files;
+    ClosedFormSource source({}, 4800.0, 0.5);
+    source.mDescription.mRates.clear();
+    source.mGapSeconds = 0.0123;
+    ResultFile output(files.path("case.csv"));
+    EXPECT_THAT(importSignal(source, {}, output).mRemarks,
+                Contains("no samples from 0.208125 to 0.220633 s: bridged"));
 }
 
 /** From a recording to a configuration, as its user does it. */

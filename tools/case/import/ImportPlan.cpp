@@ -55,6 +55,50 @@ void remarkRate(ImportPlan& plan, const SignalDescription& description, const Sa
     }
 }
 
+/** Distances of samples, by their places, that are wider than the steps before (or behind). */
+std::vector<size_t> gapsIn(const std::vector<double>& seconds, const SampleTimes& times)
+{
+    constexpr double kLeastSteps = 1.75;
+    const auto isLong = [](const SampleTimes::Stretch& stretch) {
+        return stretch.sampleCount() >= kShortestStretch;
+    };
+    const auto& stretches = times.stretches();
+    const auto steady = std::find_if(stretches.begin(), stretches.end(), isLong);
+    std::vector<size_t> gaps;
+    double step = steady != stretches.end() ? steady->mStep : HUGE_VAL;
+    for (const SampleTimes::Stretch& stretch : stretches) {
+        if (isLong(stretch)) {
+            step = stretch.mStep;
+            continue;
+        }
+        for (size_t i = stretch.mFirst; i < stretch.mLast; ++i) {
+            if (seconds[i + 1] - seconds[i] > kLeastSteps * step) {
+                gaps.push_back(i);
+            }
+        }
+    }
+    return gaps;
+}
+
+/** Where time stamps alone tell the time, some may be missing. */
+void remarkGaps(ImportPlan& plan, const std::vector<double>& seconds, const SampleTimes& times)
+{
+    constexpr size_t kMostGaps = 5;
+    std::vector<size_t> gaps = gapsIn(seconds, times);
+    gaps.erase(std::remove_if(gaps.begin(), gaps.end(),
+                              [&](size_t gap) {
+                                  return seconds[gap + 1] <= plan.mFrom || seconds[gap] >= plan.mTo;
+                              }),
+               gaps.end());
+    for (size_t i = 0; i < std::min(gaps.size(), kMostGaps); ++i) {
+        plan.mRemarks.push_back(fmt::format("no samples from {:.6f} to {:.6f} s: bridged",
+                                            seconds[gaps[i]], seconds[gaps[i] + 1]));
+    }
+    if (gaps.size() > kMostGaps) {
+        plan.mRemarks.push_back(fmt::format("and {} more such gaps", gaps.size() - kMostGaps));
+    }
+}
+
 void remarkTrack(ImportPlan& plan)
 {
     const auto [least, most] =
@@ -137,6 +181,9 @@ ImportPlan planImport(const SignalDescription& description, const RecordedSignal
     plan.mTrack = std::move(fundamental.mTrack);
     plan.mRemarks = std::move(fundamental.mRemarks);
     remarkRate(plan, description, times);
+    if (description.mRates.empty()) {
+        remarkGaps(plan, recorded.mSeconds, times);
+    }
     schedule(plan, fundamental.mWhyNoTrack, options);
     plan.mFirstPeriod = plan.periodFrom(plan.mFrom);
     plan.mLastPeriod = plan.periodFrom(plan.mTo - 1.0 / plan.mNominalHz);
