@@ -193,6 +193,25 @@ TEST(ImportTest, TellsWhatItDid)
     }
 }
 
+/** What no power system has is taken for a slip of the recorder. */
+TEST(ImportTest, NominalFrequencyIsFound)
+{
+    const std::tuple<double, double, const char*> rows[] = {
+        {0.0, 16.7, "the recording tells no nominal frequency: 16.67 Hz is taken"},
+        {1e9, 60.1,
+         "the recording's nominal frequency, 1e+09 Hz, is none of a power system: 60 Hz is taken"},
+    };
+    for (const auto& [nominal, actual, remark] : rows) {
+        const TestFiles files;
+        ClosedForm signal;
+        signal.mHz = actual;
+        ClosedFormSource source(signal, 4800.0, 1.0);
+        source.mDescription.mNominalHz = nominal;
+        ResultFile output(files.path("case.csv"));
+        EXPECT_THAT(importSignal(source, {}, output).mRemarks, Contains(remark));
+    }
+}
+
 TEST(ImportTest, GapsAreTold)
 {
     const TestFiles files;

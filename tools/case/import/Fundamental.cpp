@@ -51,19 +51,26 @@ double amountOf(const PhaseMeter& meter, double hz)
     return sum / kInstants;
 }
 
+/** In whichever order the phases turn. */
+double amountEitherWay(const PhaseMeter& meter, double hz)
+{
+    return std::max(amountOf(meter, hz), amountOf(meter, -hz));
+}
+
 /** The track of one system of phases, in whichever order they turn. */
 std::optional<PhaseTrack> follow(std::vector<std::vector<double>> phases, const SampleTimes& times,
-                                 Fundamental& fundamental, bool isNominalKnown)
+                                 Fundamental& fundamental, bool isKnown)
 {
-    constexpr double kOtherNominal = 60.0;
     PhaseMeter meter(times, sequenceOf(phases));
-    if (!isNominalKnown &&
-        amountOf(meter, kOtherNominal) > amountOf(meter, fundamental.mNominalHz)) {
-        fundamental.mNominalHz = kOtherNominal;
+    for (const double other : {60.0, 50.0 / 3.0}) {
+        if (!isKnown &&
+            amountEitherWay(meter, other) > amountEitherWay(meter, fundamental.mNominalHz)) {
+            fundamental.mNominalHz = other;
+        }
     }
     const double hz = fundamental.mNominalHz;
-    if (amountOf(meter, -hz) > amountOf(meter, hz)) {
-        fundamental.mRemarks.emplace_back("the phases turn in the order A, C, B");
+    const bool isReversed = amountOf(meter, -hz) > amountOf(meter, hz);
+    if (isReversed) {
         std::swap(phases[1], phases[2]);
         meter = PhaseMeter(times, sequenceOf(phases));
     }
@@ -72,17 +79,25 @@ std::optional<PhaseTrack> follow(std::vector<std::vector<double>> phases, const 
         return {};
     }
     fundamental.mWhyNoTrack = "no voltage or current is steady enough to be followed";
-    return PhaseFollower(meter, hz).follow();
+    std::optional<PhaseTrack> track = PhaseFollower(meter, hz).follow();
+    if (isReversed && track) {
+        fundamental.mRemarks.emplace_back("the phases turn in the order A, C, B");
+    }
+    return track;
 }
 } // namespace
+
+bool isNominalKnown(const SignalDescription& description)
+{
+    return description.mNominalHz >= kLowestNominal && description.mNominalHz <= kHighestNominal;
+}
 
 Fundamental findFundamental(const SignalDescription& description, const RecordedSignal& recorded,
                             const SampleTimes& times, const ChannelMap& map)
 {
     Fundamental fundamental;
-    const bool isNominalKnown =
-        description.mNominalHz >= kLowestNominal && description.mNominalHz <= kHighestNominal;
-    if (isNominalKnown) {
+    const bool isKnown = isNominalKnown(description);
+    if (isKnown) {
         fundamental.mNominalHz = description.mNominalHz;
     }
     for (const size_t first : {size_t{0}, size_t{kChannelCount / 2}}) {
@@ -90,12 +105,19 @@ Fundamental findFundamental(const SignalDescription& description, const Recorded
         const bool isThere = std::any_of(phases.begin(), phases.end(),
                                          [](const auto& phase) { return !phase.empty(); });
         if (isThere && !fundamental.mTrack) {
-            fundamental.mTrack = follow(std::move(phases), times, fundamental, isNominalKnown);
+            fundamental.mTrack = follow(std::move(phases), times, fundamental, isKnown);
         }
     }
-    if (!isNominalKnown) {
-        fundamental.mRemarks.push_back(fmt::format(
-            "the recording tells no nominal frequency: {:g} Hz is taken", fundamental.mNominalHz));
+    if (!isKnown) {
+        const std::string told =
+            description.mNominalHz == 0.0
+                ? "the recording tells no nominal frequency"
+                : fmt::format(
+                      "the recording's nominal frequency, {:g} Hz, is none of a power "
+                      "system",
+                      description.mNominalHz);
+        fundamental.mRemarks.push_back(
+            fmt::format("{}: {:.4g} Hz is taken", told, fundamental.mNominalHz));
     }
     return fundamental;
 }

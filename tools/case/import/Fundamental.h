@@ -17,10 +17,13 @@ struct Fundamental
     std::vector<std::string> mRemarks;
 };
 
+/** Whether the recording tells a nominal frequency, and one that is no slip. */
+bool isNominalKnown(const SignalDescription& description);
+
 /**
  * Follows the positive sequence of the voltages that are mapped, else that of the currents. A
  * recording of fewer than six periods is not followed. The nominal frequency is the recording's;
- * where it tells none, 50 or 60 Hz, whichever there is more of.
+ * where it tells none, 50, 60 or 16.7 Hz, whichever there is most of.
  */
 Fundamental findFundamental(const SignalDescription& description, const RecordedSignal& recorded,
                             const SampleTimes& times, const ChannelMap& map);

@@ -170,7 +170,8 @@ ImportPlan planImport(const SignalDescription& description, const RecordedSignal
 {
     ImportPlan plan;
     limitRange(plan, description, times, options);
-    const double highest = std::max({100.0, description.mNominalHz, double(options.mHz)});
+    const double nominal = isNominalKnown(description) ? description.mNominalHz : 0.0;
+    const double highest = std::max({100.0, nominal, double(options.mHz)});
     if ((times.end() - times.begin()) * highest > kMostPeriods) {
         throw CaseError(fmt::format("{}: lasts {:g} s: expected {:g} s at most",
                                     description.mFileName, times.end() - times.begin(),
