@@ -67,9 +67,9 @@ TEST_F(ExportTest, WritesTextWithUnits)
     ASSERT_EQ(exported("in.csv --scale 1000,3 --from 0.00005 -o out.csv").mExitCode, 0);
     EXPECT_EQ(mRunner.readFile("out.csv"),
               "time (s),UA (V),UB (V),UC (V),UN (V),IA (A),IB (A),IC (A),IN (A)\n"
-              "0.000000000,-4,-3.999,-3.998,-3.997,-1332,-1331.666667,-1331.333333,-1331\n"
-              "0.000055555,-3,-2.999,-2.998,-2.997,-998.6666667,-998.3333333,-998,"
-              "-997.6666667\n");
+              "0.000000000,-4,-3.999,-3.998,-3.997,-1332,-1331.66666667,-1331.33333333,-1331\n"
+              "0.000055555,-3,-2.999,-2.998,-2.997,-998.666666667,-998.333333333,-998,"
+              "-997.666666667\n");
 }
 
 /** The bytes by the standard, since our own reader would bend as our writer does. */

@@ -22,7 +22,8 @@ void TextWriter::write(const SignalBlock& block)
         line.clear();
         fmt::format_to(std::back_inserter(line), "{:.9f}", block.mSeconds[i]);
         for (size_t channel = 0; channel < mColumns.size(); ++channel) {
-            fmt::format_to(std::back_inserter(line), ",{:.10g}",
+            // Digits enough for 32 bits by any scale.
+            fmt::format_to(std::back_inserter(line), ",{:.12g}",
                            block.mValues[channel][i] * mColumns[channel].mFactor);
         }
         line.push_back('\n');
