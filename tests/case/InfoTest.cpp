@@ -98,6 +98,21 @@ TEST(MeasuresTest, RmsPeaksAndFrequency)
     }
 }
 
+TEST(MeasuresTest, ChangeOfTheRateDoesNotMislead)
+{
+    SignalDescription signal;
+    signal.mChannels.resize(1);
+    Measures measures(signal);
+    SignalBlock block;
+    block.resize(1, 3000);
+    for (int i = 0; i < 3000; ++i) {
+        block.mSeconds[i] = i < 600 ? i / 1200.0 : 0.5 + (i - 600.0) / 4800.0;
+        block.mValues[0][i] = std::sin(2 * M_PI * 50.13 * block.mSeconds[i]);
+    }
+    measures.add(block);
+    EXPECT_NEAR(measures.frequency(), 50.13, 1e-4);
+}
+
 TEST(InfoTest, TellsWhatIsInAFile)
 {
     const TestFiles files;

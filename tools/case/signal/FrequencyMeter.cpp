@@ -12,6 +12,15 @@ constexpr size_t kFewestSamples = 4;
 /** Fewer turns than in six periods say little, above all where there is a fault. */
 constexpr size_t kFewestTurns = 4;
 
+/** Whether neighbouring periods have about as many samples; a coarse clock shifts some. */
+bool isSameRate(size_t samples, size_t before)
+{
+    constexpr double kShare = 0.25;
+    const auto a = static_cast<double>(samples);
+    const auto b = static_cast<double>(before);
+    return std::abs(a - b) <= 1.0 + kShare * std::min(a, b);
+}
+
 /** Steps on both sides of the median that belong to it. */
 constexpr size_t kNeighbours = 4;
 
@@ -87,7 +96,9 @@ void FrequencyMeter::turnPointer(const SignalBlock& block)
 /** The window that has ended is compared with the one before it. */
 void FrequencyMeter::enterPeriod(double period)
 {
-    const bool isNext = period == mPeriod + 1.0 && mInPeriod >= kFewestSamples;
+    // A window in which the rate changes weighs its two halves differently.
+    const bool isNext = period == mPeriod + 1.0 && mInPeriod >= kFewestSamples &&
+                        (mPeriodsInRow == 0 || isSameRate(mInPeriod, mInLast));
     mPeriodsInRow = isNext ? mPeriodsInRow + 1 : 0;
     // Two windows that overlap by one period have passed.
     const bool isTurn = mPeriodsInRow > 2;
@@ -103,6 +114,7 @@ void FrequencyMeter::enterPeriod(double period)
     mTurnSamples += isTurn ? mInPeriod : 0;
     mTurnCount += isTurn ? 1 : 0;
     mPeriod = period;
+    mInLast = mInPeriod;
     mInPeriod = 0;
 }
 

@@ -73,7 +73,8 @@ private:
     std::vector<double> mPeriods; ///< of a block: number of the period of each sample
     double mPeriod = -1.0;        ///< that the samples are in
     size_t mInPeriod = 0;         ///< samples in it so far
-    size_t mPeriodsInRow = 0;     ///< whole ones before it
+    size_t mInLast = 0;           ///< in the one before it
+    size_t mPeriodsInRow = 0;     ///< whole ones before it, of one rate
     size_t mSamples = 0;
     size_t mTurnCount = 0;
     size_t mTurnSamples = 0; ///< in a period for each of them
