@@ -75,7 +75,7 @@ TEST_F(ExportTest, WritesTextWithUnits)
 /** The bytes by the standard, since our own reader would bend as our writer does. */
 TEST_F(ExportTest, WritesWhatTheStandardAsksFor)
 {
-    const std::string extremes = ";;0;0;50;2147483647;-2147483648;-1;1;0;0;0;0\n";
+    const std::string extremes = ";;0;0;49.975;2147483647;-2147483648;-1;1;0;0;0;0\n";
     mRunner.writeFile("in.csv", extremes + extremes + extremes);
     const CommandResult result = exported("in.csv --from 0.00005 --to 0.0002 -o out.cfg");
     ASSERT_EQ(result.mExitCode, 0) << result;
@@ -91,7 +91,7 @@ TEST_F(ExportTest, WritesWhatTheStandardAsksFor)
               "6,IB,B,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
               "7,IC,C,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
               "8,IN,N,,A,0.001,0,0,-2147483647,2147483647,1,1,P\r\n"
-              "50\r\n1\r\n18000.180001800018,2\r\n01/01/1970,00:00:00.000055\r\n"
+              "49.975\r\n1\r\n17991.112390479102,2\r\n01/01/1970,00:00:00.000055\r\n"
               "01/01/1970,00:00:00.000055\r\nBINARY32\r\n1\r\n0,0\r\nF,3\r\n");
     const std::string values("\xff\xff\xff\x7f\0\0\0\x80\xff\xff\xff\xff\1\0\0\0", 16);
     const std::string zeros(16, '\0');

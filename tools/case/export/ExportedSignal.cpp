@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "SampleRecord.h"
+#include "SampleStep.h"
 #include "base/CaseError.h"
 #include "input/OpenInput.h"
 
@@ -74,6 +75,17 @@ private:
     bool mHasRepeated = false; ///< a time stamp: no rate does
     std::vector<ComtradeRate> mRates;
 };
+/** What the input tells, if it is what was played, with the few digits that it has. */
+double frequencyOf(const SignalDescription& description, qint64 stepNs)
+{
+    const auto told = static_cast<float>(description.mNominalHz);
+    if (told > 0.0F && sampleStepOf(told) == stepNs) {
+        return std::stod(fmt::format("{}", told));
+    }
+    const double hz =
+        stepNs > 0 ? kToNanoseconds / kSamplesPerPeriod / static_cast<double>(stepNs) : 0.0;
+    return std::round(hz * 100.0) / 100.0;
+}
 } // namespace
 
 ExportedSignal::ExportedSignal(const std::string& path, const ExportPart& part)
@@ -129,11 +141,7 @@ ExportFacts ExportedSignal::findOut()
     }
     facts.mSamples = mSamples;
     facts.mSkippedSeconds = mFirstSeconds;
-    if (rates.firstStepNs() > 0) {
-        const double hz =
-            kToNanoseconds / kSamplesPerPeriod / static_cast<double>(rates.firstStepNs());
-        facts.mFrequency = std::round(hz * 100.0) / 100.0;
-    }
+    facts.mFrequency = frequencyOf(description(), rates.firstStepNs());
     facts.mRates = rates.take();
     return facts;
 }

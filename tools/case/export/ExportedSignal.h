@@ -20,10 +20,10 @@ struct ExportPart
 struct ExportFacts
 {
     size_t mSamples = 0;
-    double mSeconds = 0.0;            ///< from the first to the last
-    double mSkippedSeconds = 0.0;     ///< from the first of the input to the first exported
-    double mFrequency = 0.0;          ///< Hz, at the beginning, to two decimals
-    size_t mLeast = 0;                ///< values of -2147483648
+    double mSeconds = 0.0;        ///< from the first to the last
+    double mSkippedSeconds = 0.0; ///< from the first of the input to the first exported
+    double mFrequency = 0.0; ///< Hz, at the beginning; where only the step tells, to two decimals
+    size_t mLeast = 0;       ///< values of -2147483648
     std::vector<ComtradeRate> mRates; ///< empty where the time does not go on evenly
 };
 
