@@ -167,6 +167,10 @@ TEST(ImportTest, NothingWraps)
     options.mMapping.mCountsPerVolt *= 1.02;
     EXPECT_NE(errorOf(options), "");
 
+    options.mMapping.mCountsPerVolt = HUGE_VAL;
+    EXPECT_THAT(errorOf(options),
+                testing::EndsWith(" inf counts do not fit 32 bits; --clip limits such values"));
+
     options.mClip = true;
     options.mMapping.mCountsPerVolt = 2e6;
     const Imported imported = import({}, 0.5, options);
@@ -248,6 +252,8 @@ TEST(ImportTest, CommandMakesWhatCanBePlayed)
     EXPECT_THAT(readFile(configuration), testing::EndsWith("\n0,1," + value + "\n"));
     EXPECT_THAT(readFile(value), HasSubstr("# made by vx-case import "));
     EXPECT_EQ(runner.run({VX_CASE, "check", configuration}).mExitCode, 0);
+    EXPECT_EQ(runner.run({VX_CASE, "import", value}).mErrors,
+              "vx-case: " + value + ": is a value file already: it can be played as it is\n");
 
     for (const Words& wrong : {Words{"--scale", "1"},
                                {"--side", "left"},

@@ -29,6 +29,8 @@ TEST(InputTest, TextFilesWithAHeading)
              Row{"Model,X 1\nInterval,0.5\n\n\"x "
                  "axis\",\"1\"\n(ms),(mV)\n\"0\",\"1\"\n\"2\",\"-3\"",
                  "mV", 0.002, -3},
+             Row{"time_ms,a\n0,1\n2,-3\n", "", 0.002, -3},
+             Row{"Time MS,a\n0,1\n2,-3\n", "", 0.002, -3},
              Row{"  t/\xB5s   u \n 1  7\n 3  8", "", 2e-6, 8},
          }) {
         const auto source = openInput(files.make("scope", row.mText).toStdString(), {});
@@ -40,6 +42,8 @@ TEST(InputTest, TextFilesWithAHeading)
     }
     const auto late =
         openInput(files.make("scope", "t;u\n" + repeated("0;1\n", 60) + "1;x\n").toStdString(), {});
+    EXPECT_THAT(late->description().mRemarks,
+                testing::ElementsAre("the time column \"t\" has no unit: s is taken"));
     EXPECT_THAT(errorOf([&] { readAll(*late); }),
                 HasSubstr("scope:62: expected a number in field 2, found \"x\""));
 }
@@ -52,6 +56,9 @@ TEST(InputTest, WhatAFileIsIsFoundByItsContent)
         return openInput(files.make(name, bytes).toStdString(), {})->description().mFormat;
     };
     EXPECT_EQ(formatOf("a.txt", "# comment\n" + valueLine("1", "50")), "value file");
+    const std::string heading = "t (s);a;b" + repeated(";c", 10) + "\n";
+    EXPECT_EQ(formatOf("a.txt", heading + "0;1;2" + repeated(";3", 10)),
+              "text file, decimal sign '.'");
     const std::string record = std::string(4, '\0') + "\1" + std::string(43, '\0');
     EXPECT_EQ(formatOf("a.csv", std::string(48, '\0') + record), "recording of the driver");
     EXPECT_EQ(errorOf([&] { formatOf("a.dat", record + record); }),

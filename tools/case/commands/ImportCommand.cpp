@@ -125,6 +125,10 @@ std::string configurationLineFor(const std::string& valueFile)
 void runImport(const ImportCommandOptions& options)
 {
     const auto source = openInput(options.mRecording, options.mInput);
+    if (source->description().mFormat == "value file") {
+        throw CaseError(options.mRecording +
+                        ": is a value file already: it can be played as it is");
+    }
     ResultFile output(options.mOutput);
     std::string line;
     std::unique_ptr<ResultFile> configuration;

@@ -1,13 +1,16 @@
 #include "signal/ValueFileSource.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 
 #include "InputValues.h"
 #include "SampleStep.h"
 #include "base/CaseError.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
 #include "signal/DeviceChannels.h"
 #include "signal/ImportMark.h"
 #include "signal/ProgramMessages.h"
@@ -15,7 +18,31 @@
 namespace {
 constexpr int kBlockLines = 4096;
 constexpr int kEndOfFile = -2;
-constexpr std::ptrdiff_t kSeparators = 12;
+constexpr size_t kFields = 13;
+constexpr size_t kAuxiliaryField = 2; ///< counted from 0; it may be empty
+
+bool beginsAsNumber(std::string_view text)
+{
+    text = trimmed(text);
+    const size_t sign = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+    return text.size() > sign && std::isdigit(static_cast<unsigned char>(text[sign])) != 0;
+}
+
+/** What else is wrong the program's reader says better; a heading is the one of a text file. */
+std::string whyNoValueLine(std::string_view line)
+{
+    const auto fields = splitText(line, ';');
+    if (fields.size() != kFields) {
+        return fmt::format("its first line has {} instead of {} fields between \";\"",
+                           fields.size(), kFields);
+    }
+    const std::string_view field = trimmed(fields[kAuxiliaryField]);
+    if (!field.empty() && !beginsAsNumber(field)) {
+        return fmt::format("field 3 of its first line, \"{}\", is no whole number",
+                           field.substr(0, kLongestExcerpt));
+    }
+    return {};
+}
 } // namespace
 
 /** The program's reader, some lines at a time. */
@@ -127,10 +154,7 @@ std::string whyNoValueFile(InputFile& file)
     while (file.takeLine(&line)) {
         line = trimmed(line.substr(0, line.find('#')));
         if (!line.empty()) {
-            const auto found = std::count(line.begin(), line.end(), ';');
-            return found == kSeparators ? ""
-                                        : "its first line has " + std::to_string(found + 1) +
-                                              " instead of 13 fields between \";\"";
+            return whyNoValueLine(line);
         }
     }
     return "it has no line of data";

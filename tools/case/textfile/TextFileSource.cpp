@@ -66,6 +66,10 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
     if (text.mIsGuessed) {
         mDescription.mRemarks.emplace_back(kGuessedEncoding);
     }
+    if (!mLayout.mHasTimeUnit) {
+        mDescription.mRemarks.push_back(
+            fmt::format("the time column \"{}\" has no unit: s is taken", mLayout.mTimeName));
+    }
     mFile.setPart(0, mFile.size());
     std::string_view heading;
     for (size_t i = 0; i < mLayout.mHeadingLines; ++i) {

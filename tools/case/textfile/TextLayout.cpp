@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <iterator>
 #include <utility>
 
@@ -84,12 +85,16 @@ std::optional<size_t> findHeading(const std::vector<std::string>& lines, char se
     return std::nullopt;
 }
 
-/** In seconds; nothing for what is no unit of time. */
+/** In seconds; nothing for what is no unit of time. Case means nothing. */
 std::optional<double> timeUnit(std::string_view name)
 {
+    std::string lower(name);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) {
+        return static_cast<char>(c < 0x80 ? std::tolower(c) : c);
+    });
     const auto* const unit =
         std::find_if(kTimeUnits.begin(), kTimeUnits.end(),
-                     [name](const auto& known) { return known.first == name; });
+                     [&lower](const auto& known) { return known.first == lower; });
     return unit == kTimeUnits.end() ? std::nullopt : std::optional(unit->second);
 }
 
@@ -117,6 +122,16 @@ std::vector<TextLayout::Column> columnsOf(const std::vector<std::string>& lines,
     return columns;
 }
 
+/** "time_ms" and "Time ms" have a unit. */
+void splitTimeName(TextLayout::Column* time)
+{
+    const size_t end = time->mName.find_last_of("_ ");
+    if (time->mUnit.empty() && end != std::string::npos && end + 1 < time->mName.size() &&
+        timeUnit(time->mName.substr(end + 1))) {
+        *time = {time->mName.substr(0, end), time->mName.substr(end + 1)};
+    }
+}
+
 std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t heading,
                                    char separator, char decimalSign, std::string* reason)
 {
@@ -125,7 +140,8 @@ std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t
     layout.mSeparator = separator;
     layout.mDecimalSign = decimalSign;
     layout.mColumns = columnsOf(lines, heading, separator);
-    const TextLayout::Column time = layout.mColumns.front();
+    TextLayout::Column time = layout.mColumns.front();
+    splitTimeName(&time);
     layout.mColumns.erase(layout.mColumns.begin());
     layout.mTimeName = time.mName;
     const auto unit = timeUnit(time.mUnit);
@@ -134,6 +150,7 @@ std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t
         return std::nullopt;
     }
     layout.mTimeSeconds = *unit;
+    layout.mHasTimeUnit = !time.mUnit.empty();
     return layout;
 }
 } // namespace

@@ -13,6 +13,7 @@ struct TextLayout
     char mDecimalSign = '.';
     std::string mTimeName;
     double mTimeSeconds = 1.0; ///< what 1 in the time column is worth
+    bool mHasTimeUnit = true;  ///< else seconds are assumed
     struct Column
     {
         std::string mName;
