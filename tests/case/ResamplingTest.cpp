@@ -89,6 +89,12 @@ struct Case
     double mPhaseDegrees; ///< allowed
 };
 
+/** Else the list of tests shows bytes. */
+void PrintTo(const Case& testCase, std::ostream* out)
+{
+    *out << testCase.mName;
+}
+
 const Case kCases[] = {
     {"steady", {50.02, 0.0, 0.0, 0.0}, 0.2},
     {"ramp", {50.02, 1.0, 0.0, 0.0}, 0.2},

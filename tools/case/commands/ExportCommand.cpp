@@ -4,9 +4,8 @@
 #include <iostream>
 #include <memory>
 
-#include "base/Numbers.h"
-#include "base/Text.h"
 #include "commands/Commands.h"
+#include "commands/ScaleOption.h"
 #include "export/Exporter.h"
 
 namespace {
@@ -17,18 +16,6 @@ beside it, NAME.cff the same in one file, NAME.csv text with a heading.
 
 Example, the second half of a second as it arrived:
   vx-case export recording.bin --from 0.5 --to 1 -o half.cff)";
-
-void readScale(const std::string& text, ExportOptions& options)
-{
-    const auto fields = splitText(text, ',');
-    const bool isGood = fields.size() == 2 && parseNumber(fields[0], &options.mCountsPerVolt) &&
-                        parseNumber(fields[1], &options.mCountsPerAmpere) &&
-                        options.mCountsPerVolt > 0.0 && options.mCountsPerAmpere > 0.0;
-    if (!isGood) {
-        throw CLI::ValidationError("--scale",
-                                   fmt::format("'{}': expected V,A, for example 1000,1000", text));
-    }
-}
 
 void run(const ExportOptions& options)
 {
@@ -55,11 +42,7 @@ void addExportCommand(CLI::App& app)
     command.add_option("-o", options->mOutput, "NAME.cfg, NAME.cff or NAME.csv")
         ->type_name("FILE")
         ->required();
-    command
-        .add_option_function<std::string>(
-            "--scale", [options](const std::string& text) { readScale(text, *options); },
-            "Counts for a volt and an ampere (default 1000,1000)")
-        ->type_name("V,A");
+    addScaleOption(command, &options->mCountsPerVolt, &options->mCountsPerAmpere);
     command.add_option("--from", options->mPart.mFrom, "Begins there (default 0)")
         ->type_name("SECONDS");
     command.add_option("--to", options->mPart.mTo, "Ends before that (default: the end)")

@@ -8,11 +8,11 @@
 #include "SampleStep.h"
 #include "base/CaseError.h"
 #include "base/Numbers.h"
-#include "base/Text.h"
 #include "base/TextTable.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
+#include "commands/ScaleOption.h"
 #include "import/Importer.h"
 #include "input/OpenInput.h"
 
@@ -44,16 +44,6 @@ struct ImportCommandOptions
 std::string readChannels(const std::string& text, ImportOptions& options)
 {
     return readAssignments(text, options.mMapping.mAssignments);
-}
-
-std::string readScale(const std::string& text, ImportOptions& options)
-{
-    const auto parts = splitText(text, ',');
-    MappingOptions& mapping = options.mMapping;
-    const bool isGood = parts.size() == 2 && parseNumber(parts[0], &mapping.mCountsPerVolt) &&
-                        parseNumber(parts[1], &mapping.mCountsPerAmpere) &&
-                        mapping.mCountsPerVolt > 0.0 && mapping.mCountsPerAmpere > 0.0;
-    return isGood ? "" : "'" + text + "': expected two numbers above 0, for example 1000,1000";
 }
 
 std::string readSide(const std::string& text, ImportOptions& options)
@@ -164,9 +154,7 @@ void addMapping(CLI::App& command, ImportOptions& options)
     addReader(command, "--channels", readChannels, options,
               "What goes where: 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
         .type_name("CHANNEL=SOURCE,...");
-    addReader(command, "--scale", readScale, options,
-              "Counts for a volt and an ampere (default 1000,1000)")
-        .type_name("V,A");
+    addScaleOption(command, &options.mMapping.mCountsPerVolt, &options.mMapping.mCountsPerAmpere);
     addReader(command, "--side", readSide, options,
               "Values by the transformers' ratios: primary or secondary (else as recorded)")
         .type_name("SIDE");
