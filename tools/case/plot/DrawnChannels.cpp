@@ -47,10 +47,17 @@ std::optional<size_t> findSource(const std::vector<ChannelDescription>& channels
                : std::optional(static_cast<size_t>(found - channels.begin()));
 }
 
-GuessedChannels orderOf(const std::vector<ChannelDescription>& channels,
-                        const std::vector<std::string>& sources)
+/** Which channel of a source belongs to which of the device. */
+using Order = std::array<std::optional<size_t>, kChannelCount>;
+
+Order orderOf(const std::vector<ChannelDescription>& channels,
+              const std::vector<std::string>& sources)
 {
-    GuessedChannels order = guessChannels(channels);
+    Order order;
+    auto place = order.begin();
+    for (const GuessedSet& set : guessChannels(channels)) {
+        place = std::copy(set.mSources.begin(), set.mSources.end(), place);
+    }
     for (size_t i = 0; i < std::min(order.size(), sources.size()); ++i) {
         if (!order[i] || trimmed(channels[*order[i]].mName) != sources[i]) {
             order[i] = findSource(channels, sources[i]);
@@ -112,7 +119,7 @@ void DrawnChannels::drawDevice()
 void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
                                const std::vector<std::string>& sources)
 {
-    const GuessedChannels order = orderOf(channels, sources);
+    const Order order = orderOf(channels, sources);
     size_t next = 0;
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
         DrawnGroup group = groupOf(quantity);
