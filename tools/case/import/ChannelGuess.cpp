@@ -78,7 +78,7 @@ PhaseSet fullestOf(const std::vector<PhaseSet>& sets)
 GuessedSets guessChannels(const std::vector<ChannelDescription>& channels)
 {
     GuessedSets guess;
-    auto guessed = guess.begin();
+    GuessedSet* guessed = guess.data();
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
         PhaseSet best = fullestOf(setsOf(channels, quantity, kGroupings[0]));
         for (const Grouping& grouping : kGroupings) {

@@ -49,7 +49,7 @@ size_t CountLimiter::clipped() const
 
 std::string CountLimiter::complaint(const ChannelMap& map, const MappingOptions& options) const
 {
-    const auto first = std::min_element(
+    const auto* const first = std::min_element(
         mOverflows.begin(), mOverflows.end(), [](const Overflow& a, const Overflow& b) {
             return a.mCount > 0 && (b.mCount == 0 || a.mFirstSeconds < b.mFirstSeconds);
         });

@@ -31,6 +31,7 @@ std::vector<std::vector<double>> phasesOf(const RecordedSignal& recorded, const 
 ComplexSignal sequenceOf(const std::vector<std::vector<double>>& phases)
 {
     std::vector<const std::vector<double>*> columns;
+    columns.reserve(phases.size());
     for (const std::vector<double>& phase : phases) {
         columns.push_back(phase.empty() ? nullptr : &phase);
     }
