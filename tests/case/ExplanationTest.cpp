@@ -213,11 +213,11 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
 TEST_F(ExplanationTest, WhatIsInNoFileIsCounted)
 {
     play("a400.csv");
-    while (mRecords.size() < 20'000) {
+    while (mRecords.size() < 60'000) {
         const auto number = quint32(mRecords.size());
         mRecords.push_back({9 * number, 9, 9, number, {}});
     }
-    EXPECT_EQ(explain("0,1,a400.csv\n").substr(0, 57),
+    EXPECT_EQ(explain("0,1,a400.csv\n1,1,b900.csv\n2,1,c720.csv\n3,1,a300.csv\n").substr(0, 57),
               "0: a400.csv x1; !foreign 4096 @401; !foreign 4096 @4497; ");
 }
 

@@ -224,7 +224,7 @@ void Explanation::passDifferent(size_t records)
 {
     for (; records > 0; --records) {
         const qint64 stampNs = stampNsOf(mWindow[0]);
-        if (!Hypotheses(mHypotheses).keep(contentOf(mWindow[0]), std::nullopt)) {
+        if (!mHypotheses.allow(contentOf(mWindow[0]), std::nullopt)) {
             addFinding(FindingKind::Differs, 1, differenceText());
         }
         played(stampNs);

@@ -6,6 +6,9 @@ namespace {
 constexpr int kWaitingCommand = 1;
 constexpr int kUnknownCommand = 2;
 
+/** More are not followed; of those, the likeliest are kept. */
+constexpr size_t kMostHypotheses = 256;
+
 /** How far a search for lost samples goes; behind that, what arrives must tell. */
 constexpr qint64 kLongestGapNs = 600'000'000'000;
 constexpr size_t kMostBlocks = 100'000;
@@ -100,13 +103,19 @@ bool Hypotheses::fits(const Hypothesis& it, const SampleContent& content,
     return file.mSamples[it.mSample] == content && (!stepNs || step == 0 || *stepNs == step);
 }
 
+bool Hypotheses::allow(const SampleContent& content, std::optional<qint64> stepNs) const
+{
+    return std::any_of(mAll.begin(), mAll.end(),
+                       [&](const Hypothesis& it) { return fits(it, content, stepNs); });
+}
+
 bool Hypotheses::keep(const SampleContent& content, std::optional<qint64> stepNs)
 {
-    const auto doesNotFit = [&](const Hypothesis& it) { return !fits(it, content, stepNs); };
-    if (std::all_of(mAll.begin(), mAll.end(), doesNotFit)) {
+    if (!allow(content, stepNs)) {
         return false;
     }
     if (mAll.size() > 1) {
+        const auto doesNotFit = [&](const Hypothesis& it) { return !fits(it, content, stepNs); };
         mAll.erase(std::remove_if(mAll.begin(), mAll.end(), doesNotFit), mAll.end());
         keepLikeliest();
     }
@@ -139,6 +148,7 @@ void Hypotheses::advance()
         noteEnd();
         replaceEnded();
         addUnknownCommands();
+        keepLikeliest();
     }
 }
 
@@ -186,14 +196,13 @@ void Hypotheses::noteEnd()
 /** Puts what may follow in the place of those that have come to the end of their file. */
 void Hypotheses::replaceEnded()
 {
-    std::vector<Hypothesis> before;
-    before.swap(mAll);
-    for (Hypothesis& it : before) {
-        if (hasEnded(it)) {
-            addFollowing(it);
-        } else {
-            add(std::move(it));
-        }
+    const auto firstEnded = std::stable_partition(mAll.begin(), mAll.end(),
+                                                  [this](const auto& it) { return !hasEnded(it); });
+    const std::vector<Hypothesis> ended(std::make_move_iterator(firstEnded),
+                                        std::make_move_iterator(mAll.end()));
+    mAll.erase(firstEnded, mAll.end());
+    for (const Hypothesis& it : ended) {
+        addFollowing(it);
     }
 }
 
@@ -205,6 +214,9 @@ void Hypotheses::addUnknownCommands()
         if (it.mSample == 0 && (cheapest == nullptr || it.mCost < cheapest->mCost)) {
             cheapest = &it;
         }
+    }
+    if (cheapest->mCost > leastCost()) {
+        return; // what follows would be dropped at once
     }
     Hypothesis commanded = *cheapest;
     commanded.mCost += kUnknownCommand;
@@ -290,6 +302,12 @@ void Hypotheses::keepLikeliest()
     mAll.erase(std::remove_if(mAll.begin(), mAll.end(),
                               [most](const Hypothesis& it) { return it.mCost > most; }),
                mAll.end());
+    if (mAll.size() > kMostHypotheses) {
+        std::stable_sort(mAll.begin(), mAll.end(), [](const auto& left, const auto& right) {
+            return left.mCost < right.mCost;
+        });
+        mAll.erase(mAll.begin() + kMostHypotheses, mAll.end());
+    }
 }
 
 int Hypotheses::leastCost() const

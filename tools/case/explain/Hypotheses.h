@@ -77,10 +77,12 @@ public:
     bool empty() const { return mAll.empty(); }
 
     /**
-     * Keeps those that have this sample next.
+     * Whether one of them has this sample next.
      * @param stepNs since the sample before; without it any step will do
-     * @return false when none has; nothing is changed then.
      */
+    bool allow(const SampleContent& content, std::optional<qint64> stepNs) const;
+
+    /** Keeps those that allow() it; false when none does, and nothing is changed then. */
     bool keep(const SampleContent& content, std::optional<qint64> stepNs);
 
     /** Lets all go on by a sample: one that was kept for, was not seen, or was another. */

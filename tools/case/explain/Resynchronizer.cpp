@@ -15,8 +15,14 @@ qint64 gapBefore(const RecordWindow& window, std::ptrdiff_t offset)
 }
 
 /** Whether the records from the offset on go on as is supposed, the first one's step aside. */
-bool goesOn(RecordWindow& window, Hypotheses supposed, size_t offset)
+bool goesOn(RecordWindow& window, const Hypotheses& from, size_t offset)
 {
+    const bool begins = offset == window.ahead() ||
+                        from.allow(contentOf(window[static_cast<std::ptrdiff_t>(offset)]), {});
+    if (!begins) {
+        return false; // mostly so, and needs no copy
+    }
+    Hypotheses supposed = from;
     const size_t end = std::min(window.ahead(), offset + kProof);
     for (size_t at = offset; at < end; ++at) {
         const auto place = static_cast<std::ptrdiff_t>(at);
