@@ -67,10 +67,19 @@ protected:
 
     void makeFile(const std::string& name, int content, int lines, int same)
     {
-        std::string text;
+        std::vector<int> numbers;
         for (int line = 1; line <= lines; ++line) {
             const int digit = line > same ? content + (same > 0 ? 1 : 0) : content;
-            text += valueLine(std::to_string(digit * 10'000 + line), "50");
+            numbers.push_back(digit * 10'000 + line);
+        }
+        makeFile(name, numbers);
+    }
+
+    void makeFile(const std::string& name, const std::vector<int>& numbers)
+    {
+        std::string text;
+        for (const int number : numbers) {
+            text += valueLine(std::to_string(number), "50");
         }
         mFiles.make(name, text);
         const PlayPlan plan(mFiles.make("x.conf", "0,1," + name + "\n").toStdString(),
@@ -239,6 +248,18 @@ TEST_F(ExplanationTest, EveryConfigurationThatFitsIsNamed)
     EXPECT_EQ(mExplained, mRecords.size());
 }
 
+/** Where a pass began may show only behind it. */
+TEST_F(ExplanationTest, WhatBeginsAsAnotherIsToldAsItWas)
+{
+    makeFile("like-a.csv", {10'301, 50'002, 50'003}); // as a400 goes on behind a300
+    play("a400.csv");
+    play("a300.csv");
+    play("like-a.csv");
+    play("a400.csv");
+    EXPECT_EQ(explain("0,1,a400.csv\n1,1,a300.csv\n1,1,like-a.csv\n"),
+              "0: a400.csv x1; 1: a300.csv x1; 1: like-a.csv x1; 0: a400.csv x1; good");
+}
+
 /** What a command brings may begin as that which it ends, or be that very thing. */
 TEST_F(ExplanationTest, CommandsAreFollowed)
 {
@@ -275,6 +296,6 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
     play("c720.csv", 1, 360);
     mEvents.clear();
     EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
-              "0: a300.csv x2; !notGiven 1 @1501; 1: b900.csv x1; 0: a300.csv x70; "
-              "!notGiven 1 @22861; 2: c720.csv x1 [1-360]; !otherEvents 22860 @22861; bad");
+              "0: a300.csv x2; !notGiven 1 @601; 1: b900.csv x1; 0: a300.csv x70; "
+              "!notGiven 1 @22501; 2: c720.csv x1 [1-360]; !otherEvents 22860 @22861; bad");
 }

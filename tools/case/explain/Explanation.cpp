@@ -79,14 +79,10 @@ bool Explanation::takeNext()
 /** The next record is the next sample of the likeliest. */
 void Explanation::played(qint64 stampNs)
 {
-    const size_t sample = mHypotheses.likeliest().mSample;
-    if (sample == 0 && mStretches.isInPass()) {
-        endPass(mHypotheses.ended().value_or(mHypotheses.current()));
-    }
-    mStretches.addSample(sample, stampNs);
+    tell(mHypotheses.takeEnded(false));
+    mHypotheses.advance(Arrival{mWindow.position(), stampNs});
     mLastStampNs = stampNs;
     mAnyStep = false;
-    mHypotheses.advance();
     mWindow.advance();
 }
 
@@ -140,20 +136,21 @@ void Explanation::giveUpOverdueCommand(qint64 nowNs)
     mReportedCommands = std::max(mReportedCommands, next + 1);
 }
 
-void Explanation::endPass(const PlayedCase& played)
+void Explanation::tell(const std::vector<PlayedPass>& passes)
 {
-    reportCommands(played);
-    mStretches.endPass(played);
+    for (const PlayedPass& played : passes) {
+        reportCommands(played);
+        mStretches.add(played);
+    }
 }
 
-/** Tells of the command that brought the case which ends now, and of one that nobody gave. */
-void Explanation::reportCommands(const PlayedCase& played)
+/** Tells of the command that brought a pass, and of one that nobody gave. */
+void Explanation::reportCommands(const PlayedPass& played)
 {
     if (mEvents && played.mUnknownCommands > mReportedChanges) {
         mStretches.flush();
-        addFinding(FindingKind::NotGiven, 1,
-                   fmt::format("before it, {} begins without a command",
-                               mPlan.files()[played.mFile].mName));
+        report({FindingKind::NotGiven, played.mStart.mFirst.mRecord, 1,
+                fmt::format("{} begins without a command", mPlan.files()[played.mFile].mName)});
     }
     mReportedChanges = std::max(mReportedChanges, played.mUnknownCommands);
     for (; mReportedCommands < played.mKnownCommands; ++mReportedCommands) {
@@ -167,9 +164,8 @@ void Explanation::reportCommands(const PlayedCase& played)
 /** What arrived so far is done with: the next record does not follow from it. */
 void Explanation::breakOff()
 {
-    if (mStretches.isInPass()) {
-        const bool isWhole = mHypotheses.likeliest().mSample == 0 && mHypotheses.ended();
-        endPass(isWhole ? *mHypotheses.ended() : mHypotheses.current());
+    if (mLastStampNs) {
+        tell(mHypotheses.breakOff(*mLastStampNs));
     }
     mStretches.flush();
 }
@@ -209,6 +205,7 @@ void Explanation::goOnElsewhere(const Repair& found)
     breakOff();
     const std::string expected = nextPlaceText();
     mHypotheses = found.mAfter;
+    mHypotheses.forgetPasses();
     mAnyStep = true;
     if (found.mKind == Repair::Kind::Missing) {
         addFinding(
@@ -240,14 +237,20 @@ void Explanation::passForeign(const Repair& found)
     mLastStampNs = stampNsOf(mWindow[static_cast<std::ptrdiff_t>(found.mRecords) - 1]);
     mWindow.advance(found.mRecords);
     mHypotheses = found.mAfter;
+    mHypotheses.forgetPasses();
     mAnyStep = true;
 }
 
 void Explanation::addFinding(FindingKind kind, size_t count, const std::string& text)
 {
-    const Finding finding{kind, mWindow.position(), count, text};
+    tell(mHypotheses.takeEnded(true));
+    mStretches.flushOthers(mHypotheses.likeliestFile());
+    report({kind, mWindow.position(), count, text});
+}
+
+void Explanation::report(const Finding& finding)
+{
     if (mFindings.add(finding)) {
-        mStretches.flushOthers(mHypotheses.current().mFile);
         mOutput.add(finding);
     }
 }

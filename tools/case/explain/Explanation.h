@@ -41,14 +41,15 @@ private:
     void offerCommands();
     void judgeNewCommands();
     void giveUpOverdueCommand(qint64 nowNs);
-    void endPass(const PlayedCase& played);
-    void reportCommands(const PlayedCase& played);
+    void tell(const std::vector<PlayedPass>& passes);
+    void reportCommands(const PlayedPass& played);
     void breakOff();
     void repair();
     void passDifferent(size_t records);
     void passForeign(const Repair& found);
     void goOnElsewhere(const Repair& found);
     void addFinding(FindingKind kind, size_t count, const std::string& text);
+    void report(const Finding& finding);
     std::string differenceText() const;
     std::string nextPlaceText() const;
     void finish();

@@ -12,7 +12,19 @@ constexpr size_t kMostHypotheses = 256;
 /** How far a search for lost samples goes; behind that, what arrives must tell. */
 constexpr qint64 kLongestGapNs = 600'000'000'000;
 constexpr size_t kMostBlocks = 100'000;
+
+/** So many passes may have ended while it is open which they were. */
+constexpr size_t kMostWaiting = 256;
 } // namespace
+
+void Hypothesis::beginAs(const Hypothesis& other)
+{
+    mStart = other.mStart;
+    if (mStart) {
+        const size_t arrived = other.mSample - mStart->mSample;
+        mStart->mSample = mSample - std::min(mSample, arrived);
+    }
+}
 
 Hypotheses Hypotheses::atStart(const PlayPlan& plan)
 {
@@ -136,35 +148,38 @@ bool Hypotheses::hasEnded(const Hypothesis& it) const
     return it.mSample == mPlan->fileOf(it.mEntry).mSamples.size();
 }
 
-void Hypotheses::advance()
+void Hypotheses::advance(const std::optional<Arrival>& arrival)
 {
-    mEnded.reset();
     bool anyEnded = false;
     for (Hypothesis& it : mAll) {
+        if (arrival && !it.mStart) {
+            it.mStart = {*arrival, it.mSample};
+        }
         ++it.mSample;
         anyEnded = anyEnded || hasEnded(it);
     }
-    if (anyEnded) {
-        noteEnd();
-        replaceEnded();
-        addUnknownCommands();
-        keepLikeliest();
+    if (!anyEnded) {
+        return;
     }
+    if (arrival) {
+        noteEnds(arrival->mStampNs);
+    }
+    replaceEnded();
+    addUnknownCommands();
+    keepLikeliest();
 }
 
-PlayedCase Hypotheses::caseOf(const Hypothesis& it) const
+PlayedPass Hypotheses::passOf(const Hypothesis& it, qint64 lastStampNs) const
 {
     const PlayedEntry& entry = mPlan->entry(it.mEntry);
-    return {entry.mFile,
-            {entry.mConfiguration},
-            it.mKnownCommands,
-            it.mUnknownCommands,
-            it.mLastEffect};
+    return {
+        entry.mFile, {entry.mConfiguration}, it.mKnownCommands, it.mUnknownCommands, it.mLastEffect,
+        *it.mStart,  it.mSample - 1,         lastStampNs};
 }
 
-PlayedCase Hypotheses::current() const
+PlayedPass Hypotheses::current(qint64 lastStampNs) const
 {
-    PlayedCase played = caseOf(likeliest());
+    PlayedPass played = passOf(likeliest(), lastStampNs);
     for (const Hypothesis& it : mAll) {
         const PlayedEntry& entry = mPlan->entry(it.mEntry);
         if (it.mCost == leastCost() && entry.mFile == played.mFile) {
@@ -174,22 +189,79 @@ PlayedCase Hypotheses::current() const
     return played;
 }
 
-/** Remembers the case that has ended, as the likeliest of those that have see it. */
-void Hypotheses::noteEnd()
+/** Remembers the passes that have ended: one for all that began it together, as the likeliest. */
+void Hypotheses::noteEnds(qint64 stampNs)
 {
-    int least = 0;
-    for (const Hypothesis& it : mAll) {
+    std::vector<std::shared_ptr<EndedPass>> ends;
+    for (Hypothesis& it : mAll) {
         if (!hasEnded(it)) {
             continue;
         }
-        if (!mEnded || it.mCost < least) {
-            mEnded = caseOf(it);
-            least = it.mCost;
+        PlayedPass pass = passOf(it, stampNs);
+        const auto same = std::find_if(ends.begin(), ends.end(), [&](const auto& end) {
+            return end->mBefore == it.mEnded && end->mPass.mFile == pass.mFile &&
+                   end->mPass.mStart.mFirst.mRecord == pass.mStart.mFirst.mRecord;
+        });
+        if (same == ends.end()) {
+            const size_t before = it.mEnded ? it.mEnded->mCount : 0;
+            ends.push_back(std::make_shared<EndedPass>(
+                EndedPass{std::move(pass), it.mCost, before + 1, it.mEnded}));
+            it.mEnded = ends.back();
+            continue;
         }
-        const PlayedEntry& entry = mPlan->entry(it.mEntry);
-        if (it.mCost == least && mEnded->mFile == entry.mFile) {
-            mEnded->mConfigurations.insert(entry.mConfiguration);
+        EndedPass& end = **same;
+        if (it.mCost < end.mCost) {
+            end.mCost = it.mCost;
+            end.mPass = std::move(pass);
+        } else if (it.mCost == end.mCost) {
+            end.mPass.mConfigurations.merge(pass.mConfigurations);
         }
+        it.mEnded = *same;
+    }
+}
+
+std::vector<PlayedPass> Hypotheses::takeEnded(bool anyway)
+{
+    const Hypothesis& first = likeliest();
+    bool allAgree = true;
+    bool tooMany = false;
+    for (const Hypothesis& it : mAll) {
+        allAgree = allAgree && it.mEnded == first.mEnded;
+        tooMany = tooMany || (it.mEnded && it.mEnded->mCount > kMostWaiting);
+    }
+    if (!tooMany && (!first.mEnded || !(allAgree || anyway))) {
+        return {};
+    }
+    const Hypothesis decisive = first;
+    std::vector<PlayedPass> passes;
+    for (const EndedPass* it = decisive.mEnded.get(); it != nullptr; it = it->mBefore.get()) {
+        passes.push_back(it->mPass);
+    }
+    std::reverse(passes.begin(), passes.end());
+    for (Hypothesis& it : mAll) {
+        if (it.mEnded != decisive.mEnded) {
+            it.beginAs(decisive);
+        }
+        it.mEnded = nullptr;
+    }
+    return passes;
+}
+
+std::vector<PlayedPass> Hypotheses::breakOff(qint64 lastStampNs)
+{
+    std::vector<PlayedPass> passes = takeEnded(true);
+    if (likeliest().mStart) {
+        passes.push_back(current(lastStampNs));
+    }
+    forgetPasses();
+    return passes;
+}
+
+void Hypotheses::forgetPasses()
+{
+    for (Hypothesis& it : mAll) {
+        it.mStart.reset();
+        it.mEnded = nullptr;
     }
 }
 
@@ -241,6 +313,7 @@ void Hypotheses::addFollowing(const Hypothesis& ended)
     if (ended.mLeastRepetition < entry.mRepetitions) {
         Hypothesis again = ended;
         again.mSample = 0;
+        again.mStart.reset();
         ++again.mLeastRepetition;
         again.mMostRepetition = std::min(ended.mMostRepetition, entry.mRepetitions - 1) + 1;
         add(std::move(again));
@@ -274,6 +347,7 @@ void Hypotheses::addStart(Hypothesis it, int entry, std::set<int> continuous)
 {
     it.mEntry = entry;
     it.mSample = 0;
+    it.mStart.reset();
     it.mLeastRepetition = 1;
     it.mMostRepetition = 1;
     it.mContinuous = std::move(continuous);
@@ -331,7 +405,6 @@ size_t Hypotheses::skipTime(qint64 gapNs)
         }
     }
     mAll.clear();
-    mEnded.reset();
     std::optional<size_t> lost;
     for (size_t blocks = 0; !open.empty() && blocks < kMostBlocks; ++blocks) {
         const Path path = std::move(open.back());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <set>
 #include <vector>
@@ -12,6 +13,42 @@ struct CommandEffect
 {
     qint64 mArrivalNs; ///< of the block with that sample
     qint64 mStampNs;   ///< its time stamp
+};
+
+/** A record that arrived: its place in the recording, from 0, and its time stamp. */
+struct Arrival
+{
+    size_t mRecord;
+    qint64 mStampNs;
+};
+
+/** Where a pass begins. */
+struct PassStart
+{
+    Arrival mFirst;
+    size_t mSample; ///< in its file; not 0 where the pass is cut
+};
+
+/** A pass that was played, to its end or so far, as the likeliest answers have it. */
+struct PlayedPass
+{
+    size_t mFile;
+    std::set<int> mConfigurations; ///< every one that fits
+    size_t mKnownCommands;         ///< as in Hypothesis; so the others
+    int mUnknownCommands;
+    CommandEffect mLastEffect;
+    PassStart mStart;
+    size_t mLastSample; ///< in its file
+    qint64 mLastStampNs;
+};
+
+/** A pass that has ended and those before it, back to the last of which all answers agree. */
+struct EndedPass
+{
+    PlayedPass mPass;
+    int mCost;     ///< of the likeliest answer that ended it
+    size_t mCount; ///< of these passes
+    std::shared_ptr<const EndedPass> mBefore;
 };
 
 /**
@@ -30,16 +67,12 @@ struct Hypothesis
     size_t mKnownCommands = 0;   ///< of those that were given, how many were taken
     int mUnknownCommands = 0;    ///< that must have been given for this to be true
     CommandEffect mLastEffect{}; ///< of the last known command
-};
 
-/** A case that was played, to its end or so far, as the likeliest answers have it. */
-struct PlayedCase
-{
-    size_t mFile;
-    std::set<int> mConfigurations; ///< every one that fits
-    size_t mKnownCommands;         ///< as in Hypothesis; so the others
-    int mUnknownCommands;
-    CommandEffect mLastEffect;
+    std::optional<PassStart> mStart;         ///< of its pass, once a sample of that arrived
+    std::shared_ptr<const EndedPass> mEnded; ///< what was not taken yet; null when nothing
+
+    /** Lets its pass begin where the other's does: so it was told. */
+    void beginAs(const Hypothesis& other);
 };
 
 /**
@@ -85,17 +118,28 @@ public:
     /** Keeps those that allow() it; false when none does, and nothing is changed then. */
     bool keep(const SampleContent& content, std::optional<qint64> stepNs);
 
-    /** Lets all go on by a sample: one that was kept for, was not seen, or was another. */
-    void advance();
+    /**
+     * Lets all go on by a sample.
+     * @param arrival the record that was this sample, or should have been; without it the pass does
+     *        not count it
+     */
+    void advance(const std::optional<Arrival>& arrival = std::nullopt);
 
     /** keep() and advance(). */
     bool take(const SampleContent& content, std::optional<qint64> stepNs);
 
-    /** The case that the last sample ended, for the likeliest of those where it did. */
-    const std::optional<PlayedCase>& ended() const { return mEnded; }
+    /**
+     * Takes out the passes that have ended, oldest first: those of which all answers agree or which
+     * are too many to wait longer.
+     * @param anyway what the likeliest says now shall hold
+     */
+    std::vector<PlayedPass> takeEnded(bool anyway);
 
-    /** The case that is being played. Requires: not empty(). */
-    PlayedCase current() const;
+    /** Takes out all passes, the one that is being played as it is so far. */
+    std::vector<PlayedPass> breakOff(qint64 lastStampNs);
+
+    /** What arrives next begins a pass, wherever in its file it stands. */
+    void forgetPasses();
 
     /**
      * Goes on by the samples that were lost when the next one has a stamp that long after the
@@ -126,8 +170,9 @@ private:
     bool fits(const Hypothesis& it, const SampleContent& content,
               std::optional<qint64> stepNs) const;
     bool hasEnded(const Hypothesis& it) const;
-    PlayedCase caseOf(const Hypothesis& it) const;
-    void noteEnd();
+    PlayedPass passOf(const Hypothesis& it, qint64 lastStampNs) const;
+    PlayedPass current(qint64 lastStampNs) const;
+    void noteEnds(qint64 stampNs);
     void replaceEnded();
     void addUnknownCommands();
     void addCommanded(Hypothesis it, const ControlCommand& command);
@@ -142,5 +187,4 @@ private:
 
     const PlayPlan* mPlan;
     std::vector<Hypothesis> mAll;
-    std::optional<PlayedCase> mEnded;
 };

@@ -2,25 +2,14 @@
 
 #include <algorithm>
 
-void Stretches::flushOthers(size_t file)
+void Stretches::flushOthers(const PlayedFile& file)
 {
-    if (mStretch && mStretch->mFile != mPlan.files()[file].mName) {
+    if (mStretch && mStretch->mFile != file.mName) {
         flush();
     }
 }
 
-void Stretches::addSample(size_t sample, qint64 stampNs)
-{
-    if (mPass.mSamples == 0) {
-        mPass.mFirstSample = sample;
-        mPass.mFirstStampNs = stampNs;
-    }
-    mPass.mLastSample = sample;
-    mPass.mLastStampNs = stampNs;
-    ++mPass.mSamples;
-}
-
-std::vector<int> Stretches::configurationsOf(const PlayedCase& played) const
+std::vector<int> Stretches::configurationsOf(const PlayedPass& played) const
 {
     std::set<int> all = played.mConfigurations;
     if (mNamesEqual) {
@@ -32,31 +21,30 @@ std::vector<int> Stretches::configurationsOf(const PlayedCase& played) const
     return {all.begin(), all.end()};
 }
 
-void Stretches::endPass(const PlayedCase& played)
+void Stretches::add(const PlayedPass& played)
 {
     const PlayedFile& file = mPlan.files()[played.mFile];
+    const PassStart& start = played.mStart;
     std::vector<int> configurations = configurationsOf(played);
-    const bool goesOn = mStretch && mPass.mFirstSample == 0 &&
-                        mStretch->mLastSample + 1 == mStretch->mFileSamples &&
-                        mStretch->mFile == file.mName &&
-                        mStretch->mConfigurations == configurations;
+    const bool goesOn =
+        mStretch && start.mSample == 0 && mStretch->mLastSample + 1 == mStretch->mFileSamples &&
+        mStretch->mFile == file.mName && mStretch->mConfigurations == configurations;
     if (!goesOn) {
         flush();
         mStretch = PlayedStretch{std::move(configurations),
                                  file.mName,
                                  file.mSamples.size(),
                                  0,
-                                 mPass.mFirstSample,
+                                 start.mSample,
                                  0,
-                                 mPass.mFirstStampNs,
+                                 start.mFirst.mStampNs,
                                  0,
                                  0};
     }
     ++mStretch->mPasses;
-    mStretch->mLastSample = mPass.mLastSample;
-    mStretch->mLastStampNs = mPass.mLastStampNs;
-    mStretch->mSamples += mPass.mSamples;
-    mPass = Pass();
+    mStretch->mLastSample = played.mLastSample;
+    mStretch->mLastStampNs = played.mLastStampNs;
+    mStretch->mSamples += played.mLastSample + 1 - start.mSample;
 }
 
 void Stretches::flush()

@@ -22,34 +22,18 @@ public:
     }
 
     /** Puts out a stretch of another file: what is said next comes behind it. */
-    void flushOthers(size_t file);
+    void flushOthers(const PlayedFile& file);
 
-    /** A sample of the current pass arrived; @param sample its place in the file */
-    void addSample(size_t sample, qint64 stampNs);
-
-    bool isInPass() const { return mPass.mSamples > 0; }
-
-    /** The current pass ends here. Requires: isInPass(). */
-    void endPass(const PlayedCase& played);
+    void add(const PlayedPass& played);
 
     /** Puts out what there is; what follows begins a new stretch. */
     void flush();
 
 private:
-    struct Pass
-    {
-        size_t mSamples = 0;
-        size_t mFirstSample = 0;
-        size_t mLastSample = 0;
-        qint64 mFirstStampNs = 0;
-        qint64 mLastStampNs = 0;
-    };
-
-    std::vector<int> configurationsOf(const PlayedCase& played) const;
+    std::vector<int> configurationsOf(const PlayedPass& played) const;
 
     const PlayPlan& mPlan;
     bool mNamesEqual;
     ExplanationOutput& mOutput;
-    Pass mPass;
     std::optional<PlayedStretch> mStretch;
 };
