@@ -185,6 +185,7 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
          },
          "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; !elsewhere 1 @3001; "
          "2: c720.csv x1 [101-200]; !elsewhere 1 @3101; 0: a400.csv x1; bad"},
+        {[&] { erase(1, 800); }, "1: b900.csv x2; 0: a400.csv x1; good"},
         {[&] { mCutBytes = 40; },
          "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1 [1-399]; !incomplete 8 @3000; bad"},
         {[&] {
@@ -258,6 +259,8 @@ TEST_F(ExplanationTest, WhatBeginsAsAnotherIsToldAsItWas)
     play("a400.csv");
     EXPECT_EQ(explain("0,1,a400.csv\n1,1,a300.csv\n1,1,like-a.csv\n"),
               "0: a400.csv x1; 1: a300.csv x1; 1: like-a.csv x1; 0: a400.csv x1; good");
+    EXPECT_EQ(explain("0,1,a400.csv\n1,1,a300.csv\n2,1,like-a.csv\n"), // two commands
+              "0: a400.csv x1; 1: a300.csv x1; 2: like-a.csv x1; 0: a400.csv x1; good");
 }
 
 /** What a command brings may begin as that which it ends, or be that very thing. */

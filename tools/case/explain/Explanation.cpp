@@ -49,6 +49,7 @@ bool Explanation::run()
     if (mWindow.ahead() == 0) {
         throw CaseError(mWindow.name() + ": holds no sample");
     }
+    mHypotheses.addPlaces(mPlan.firstPlacesOf(contentOf(mWindow[0])));
     while (mWindow.ahead() > 0) {
         if (mEvents && mHypotheses.isBetweenCases()) {
             offerCommands();
@@ -194,7 +195,6 @@ void Explanation::repair()
             return;
         case Repair::Kind::Missing:
         case Repair::Kind::Elsewhere:
-        case Repair::Kind::BeginsWithin:
             goOnElsewhere(found);
             return;
     }

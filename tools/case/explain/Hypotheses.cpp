@@ -6,6 +6,12 @@ namespace {
 constexpr int kWaitingCommand = 1;
 constexpr int kUnknownCommand = 2;
 
+/** That a recording begins elsewhere than the simulator does: more than one command. */
+constexpr int kBeginsWithin = 3;
+
+/** What costs so much more than the likeliest is not followed: three commands in its place. */
+constexpr int kMostAbove = 3 * kUnknownCommand;
+
 /** More are not followed; of those, the likeliest are kept. */
 constexpr size_t kMostHypotheses = 256;
 
@@ -26,6 +32,14 @@ void Hypothesis::beginAs(const Hypothesis& other)
     }
 }
 
+bool Hypothesis::covers(const Hypothesis& other) const
+{
+    return mCost <= other.mCost && mUnknownCommands <= other.mUnknownCommands &&
+           mLeastRepetition <= other.mLeastRepetition && mMostRepetition >= other.mMostRepetition &&
+           std::includes(mContinuous.begin(), mContinuous.end(), other.mContinuous.begin(),
+                         other.mContinuous.end());
+}
+
 Hypotheses Hypotheses::atStart(const PlayPlan& plan)
 {
     Hypotheses result(plan);
@@ -40,9 +54,18 @@ Hypotheses Hypotheses::atStart(const PlayPlan& plan)
     return result;
 }
 
+void Hypotheses::addPlaces(const std::vector<Place>& places)
+{
+    for (Hypothesis& it : movedTo(places).mAll) {
+        it.mCost += kBeginsWithin;
+        add(std::move(it));
+    }
+}
+
 Hypotheses Hypotheses::movedTo(const std::vector<Place>& places) const
 {
     Hypotheses result(*mPlan);
+    const std::set<int> continuousBefore = likeliest().mContinuous;
     Hypothesis moved = likeliest();
     for (const Place& place : places) {
         for (moved.mEntry = 0; moved.mEntry < mPlan->entryCount(); ++moved.mEntry) {
@@ -51,6 +74,8 @@ Hypotheses Hypotheses::movedTo(const std::vector<Place>& places) const
                 moved.mSample = place.mSample;
                 moved.mLeastRepetition = 1;
                 moved.mMostRepetition = entry.mRepetitions;
+                moved.mContinuous = continuousBefore;
+                moved.mContinuous.insert(entry.mConfiguration);
                 result.add(moved);
             }
         }
@@ -287,7 +312,7 @@ void Hypotheses::addUnknownCommands()
             cheapest = &it;
         }
     }
-    if (cheapest->mCost > leastCost()) {
+    if (cheapest->mCost + kUnknownCommand > leastCost() + kMostAbove) {
         return; // what follows would be dropped at once
     }
     Hypothesis commanded = *cheapest;
@@ -354,13 +379,23 @@ void Hypotheses::addStart(Hypothesis it, int entry, std::set<int> continuous)
     add(std::move(it));
 }
 
-/** Those at the same place become one that allows for all that either allows. */
+/** Those at the same place become one that allows for all that either allows, if it costs no more.
+ */
 void Hypotheses::add(Hypothesis added)
 {
     for (Hypothesis& it : mAll) {
-        if (it.mEntry == added.mEntry && it.mSample == added.mSample && it.mCost == added.mCost &&
-            it.mKnownCommands == added.mKnownCommands &&
-            it.mUnknownCommands == added.mUnknownCommands) {
+        if (it.mEntry != added.mEntry || it.mSample != added.mSample ||
+            it.mKnownCommands != added.mKnownCommands) {
+            continue;
+        }
+        if (it.covers(added)) {
+            return;
+        }
+        if (added.covers(it)) {
+            it = std::move(added);
+            return;
+        }
+        if (it.mCost == added.mCost && it.mUnknownCommands == added.mUnknownCommands) {
             it.mLeastRepetition = std::min(it.mLeastRepetition, added.mLeastRepetition);
             it.mMostRepetition = std::max(it.mMostRepetition, added.mMostRepetition);
             it.mContinuous.insert(added.mContinuous.begin(), added.mContinuous.end());
@@ -372,7 +407,7 @@ void Hypotheses::add(Hypothesis added)
 
 void Hypotheses::keepLikeliest()
 {
-    const int most = leastCost() + kUnknownCommand;
+    const int most = leastCost() + kMostAbove;
     mAll.erase(std::remove_if(mAll.begin(), mAll.end(),
                               [most](const Hypothesis& it) { return it.mCost > most; }),
                mAll.end());

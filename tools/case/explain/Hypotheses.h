@@ -71,6 +71,9 @@ struct Hypothesis
     std::optional<PassStart> mStart;         ///< of its pass, once a sample of that arrived
     std::shared_ptr<const EndedPass> mEnded; ///< what was not taken yet; null when nothing
 
+    /** Whether it allows for all that the other, at the same place, does, and is as likely. */
+    bool covers(const Hypothesis& other) const;
+
     /** Lets its pass begin where the other's does: so it was told. */
     void beginAs(const Hypothesis& other);
 };
@@ -87,6 +90,9 @@ class Hypotheses
 public:
     /** Where the simulator begins: at the first entry of the continuous configuration. */
     static Hypotheses atStart(const PlayPlan& plan);
+
+    /** Allows for any of the places, too, as for less likely ones. */
+    void addPlaces(const std::vector<Place>& places);
 
     /** At any of the places, in every configuration that plays them. */
     Hypotheses movedTo(const std::vector<Place>& places) const;

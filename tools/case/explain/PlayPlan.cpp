@@ -182,6 +182,22 @@ void PlayPlan::makeIndex() const
                      [](const auto& left, const auto& right) { return left.mHash < right.mHash; });
 }
 
+std::vector<Place> PlayPlan::firstPlacesOf(const SampleContent& content) const
+{
+    std::vector<Place> places;
+    for (size_t file = 0; file < mFiles.size(); ++file) {
+        const auto& samples = mFiles[file].mSamples;
+        size_t found = 0;
+        for (size_t sample = 0; sample < samples.size() && found < kMostPlacesOfFile; ++sample) {
+            if (samples[sample] == content) {
+                places.push_back({file, sample});
+                ++found;
+            }
+        }
+    }
+    return places;
+}
+
 std::vector<Place> PlayPlan::placesOf(const SampleContent& content) const
 {
     if (mIndex.empty()) {

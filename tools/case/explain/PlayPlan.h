@@ -85,11 +85,15 @@ public:
     /** All configurations that play the very same as this one, itself included, in order. */
     std::vector<int> equalConfigurations(int configuration) const;
 
+    /** Some places with this content, the first in each file, by a look at every sample. */
+    std::vector<Place> firstPlacesOf(const SampleContent& content) const;
+
     /** Some places with this content, at most kMostPlaces. Indexes the files when first called. */
     std::vector<Place> placesOf(const SampleContent& content) const;
 
 private:
     static constexpr size_t kMostPlaces = 256;
+    static constexpr size_t kMostPlacesOfFile = 32;
 
     struct IndexedPlace
     {

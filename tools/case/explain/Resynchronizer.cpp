@@ -180,11 +180,8 @@ Hypotheses Resynchronizer::elsewhere(RecordWindow& window, const Hypotheses& exp
 Repair Resynchronizer::movedTo(const Hypotheses& found, const Hypotheses& expected,
                                std::optional<qint64> gapNs) const
 {
-    if (!gapNs) {
-        return {Repair::Kind::BeginsWithin, 0, 0, found};
-    }
     const qint64 stepNs = expected.nextStep();
-    if (stepNs > 0 && *gapNs > stepNs) {
+    if (gapNs && stepNs > 0 && *gapNs > stepNs) {
         return {Repair::Kind::Missing, 0, static_cast<size_t>(*gapNs / stepNs) - 1, found};
     }
     return {Repair::Kind::Elsewhere, 0, 0, found};

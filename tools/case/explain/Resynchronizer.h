@@ -10,13 +10,12 @@ struct Repair
 {
     enum class Kind
     {
-        Differs,      ///< the next mRecords are others than they should be
-        Missing,      ///< mSamples are missing before the next record
-        Twice,        ///< the next mRecords were there before
-        Foreign,      ///< the next mRecords are in no file
-        TimeJump,     ///< the samples go on, their time stamps do not
-        Elsewhere,    ///< another place of the files is played than should be
-        BeginsWithin, ///< the beginning of the recording is not that of what was played
+        Differs,   ///< the next mRecords are others than they should be
+        Missing,   ///< mSamples are missing before the next record
+        Twice,     ///< the next mRecords were there before
+        Foreign,   ///< the next mRecords are in no file
+        TimeJump,  ///< the samples go on, their time stamps do not
+        Elsewhere, ///< another place of the files is played than should be
     };
 
     Kind mKind;
