@@ -51,9 +51,7 @@ bool Explanation::run()
     }
     mHypotheses.addPlaces(mPlan.firstPlacesOf(contentOf(mWindow[0])));
     while (mWindow.ahead() > 0) {
-        if (mEvents && mHypotheses.isBetweenCases()) {
-            offerCommands();
-        }
+        offerDueCommands();
         if (!takeNext()) {
             repair();
         }
@@ -67,7 +65,7 @@ bool Explanation::takeNext()
     const SampleRecord& record = mWindow[0];
     const qint64 stampNs = stampNsOf(record);
     std::optional<qint64> stepNs;
-    if (mLastStampNs && !mAnyStep) {
+    if (mLastStampNs && mNextStep == NextStep::Known) {
         stepNs = stampNs - *mLastStampNs;
     }
     if (!mHypotheses.keep(contentOf(record), stepNs)) {
@@ -83,8 +81,15 @@ void Explanation::played(qint64 stampNs)
     tell(mHypotheses.takeEnded(false));
     mHypotheses.advance(Arrival{mWindow.position(), stampNs});
     mLastStampNs = stampNs;
-    mAnyStep = false;
+    mNextStep = NextStep::Known;
     mWindow.advance();
+}
+
+void Explanation::offerDueCommands()
+{
+    if (mEvents && mHypotheses.isBetweenCases()) {
+        offerCommands();
+    }
 }
 
 void Explanation::offerCommands()
@@ -173,11 +178,10 @@ void Explanation::breakOff()
 
 void Explanation::repair()
 {
-    const Repair found = mResynchronizer.repair(mWindow, mHypotheses, mLastStampNs);
-    mOfferedAt.reset();
+    const Repair found = mResynchronizer.repair(mWindow, mHypotheses, mLastStampNs, mNextStep);
     switch (found.mKind) {
         case Repair::Kind::Differs:
-            passDifferent(found.mRecords);
+            passDifferent(found);
             return;
         case Repair::Kind::Twice:
             addFinding(FindingKind::Twice, found.mSamples,
@@ -188,10 +192,8 @@ void Explanation::repair()
             passForeign(found);
             return;
         case Repair::Kind::TimeJump:
-            addFinding(FindingKind::TimeJump, 1,
-                       fmt::format("the time stamp is {} ns after the one before, expected {} ns",
-                                   stampNsOf(mWindow[0]) - *mLastStampNs, mHypotheses.nextStep()));
-            mAnyStep = true;
+            addTimeJump();
+            mNextStep = NextStep::Judged;
             return;
         case Repair::Kind::Missing:
         case Repair::Kind::Elsewhere:
@@ -204,41 +206,80 @@ void Explanation::goOnElsewhere(const Repair& found)
 {
     breakOff();
     const std::string expected = nextPlaceText();
+    const bool goesBack =
+        mLastStampNs && mNextStep == NextStep::Known && stampNsOf(mWindow[0]) <= *mLastStampNs;
+    if (goesBack) {
+        addTimeJump();
+    }
     mHypotheses = found.mAfter;
     mHypotheses.forgetPasses();
-    mAnyStep = true;
+    mNextStep = NextStep::Judged;
+    mOfferedAt.reset();
     if (found.mKind == Repair::Kind::Missing) {
         addFinding(
             FindingKind::Missing, found.mSamples,
             fmt::format("{} samples are missing before it, from {} on", found.mSamples, expected));
-    } else if (found.mKind == Repair::Kind::Elsewhere) {
+    } else if (mLastStampNs) {
         addFinding(FindingKind::Elsewhere, 1,
                    fmt::format("it is {} instead of {}", nextPlaceText(), expected));
     }
 }
 
-void Explanation::passDifferent(size_t records)
+void Explanation::passDifferent(const Repair& found)
 {
-    for (; records > 0; --records) {
-        const qint64 stampNs = stampNsOf(mWindow[0]);
-        if (!mHypotheses.allow(contentOf(mWindow[0]), std::nullopt)) {
+    mHypotheses = found.mAfter;
+    for (size_t i = 0; i < found.mRecords; ++i) {
+        offerDueCommands();
+        const bool fits = mHypotheses.keep(contentOf(mWindow[0]), std::nullopt);
+        const qint64 stampNs = judgedStampNs(fits);
+        if (!fits) {
             addFinding(FindingKind::Differs, 1, differenceText());
         }
         played(stampNs);
     }
 }
 
+/** When the next record was played; where its stamp is as wrong as the rest, as it should be. */
+qint64 Explanation::judgedStampNs(bool fits)
+{
+    const qint64 stampNs = stampNsOf(mWindow[0]);
+    if (!mLastStampNs || mNextStep != NextStep::Known ||
+        mHypotheses.allowStep(stampNs - *mLastStampNs)) {
+        return stampNs;
+    }
+    if (!fits) {
+        return *mLastStampNs + mHypotheses.nextStep();
+    }
+    addTimeJump();
+    return stampNs;
+}
+
+/** Goes over them as over those that should have come, so that time and commands are not lost. */
 void Explanation::passForeign(const Repair& found)
 {
     breakOff();
     addFinding(FindingKind::Foreign, found.mSamples,
                fmt::format("{} samples stand in no file; {} was expected", found.mSamples,
                            nextPlaceText()));
-    mLastStampNs = stampNsOf(mWindow[static_cast<std::ptrdiff_t>(found.mRecords) - 1]);
-    mWindow.advance(found.mRecords);
-    mHypotheses = found.mAfter;
+    for (size_t i = 0; i < found.mRecords; ++i) {
+        offerDueCommands();
+        if (mLastStampNs) {
+            *mLastStampNs += mHypotheses.nextStep();
+        }
+        mHypotheses.advance();
+        mWindow.advance();
+    }
     mHypotheses.forgetPasses();
-    mAnyStep = true;
+    const bool goesOn =
+        mWindow.ahead() > 0 && mHypotheses.allow(contentOf(mWindow[0]), std::nullopt);
+    mNextStep = goesOn ? NextStep::Known : NextStep::Doubtful;
+}
+
+void Explanation::addTimeJump()
+{
+    addFinding(FindingKind::TimeJump, 1,
+               fmt::format("the time stamp is {} ns after the one before, expected {} ns",
+                           stampNsOf(mWindow[0]) - *mLastStampNs, mHypotheses.nextStep()));
 }
 
 void Explanation::addFinding(FindingKind kind, size_t count, const std::string& text)

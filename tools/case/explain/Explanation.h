@@ -39,14 +39,17 @@ private:
     bool takeNext();
     void played(qint64 stampNs);
     void offerCommands();
+    void offerDueCommands();
     void judgeNewCommands();
     void giveUpOverdueCommand(qint64 nowNs);
     void tell(const std::vector<PlayedPass>& passes);
     void reportCommands(const PlayedPass& played);
     void breakOff();
     void repair();
-    void passDifferent(size_t records);
+    void passDifferent(const Repair& found);
+    qint64 judgedStampNs(bool fits);
     void passForeign(const Repair& found);
+    void addTimeJump();
     void goOnElsewhere(const Repair& found);
     void addFinding(FindingKind kind, size_t count, const std::string& text);
     void report(const Finding& finding);
@@ -64,7 +67,7 @@ private:
     Stretches mStretches;
     FindingCounts mFindings;
     std::optional<qint64> mLastStampNs;
-    bool mAnyStep = false;              ///< the next time stamp has been judged
+    NextStep mNextStep = NextStep::Known;
     std::optional<size_t> mOfferedAt;   ///< place of the last record before which commands were due
     std::vector<ControlCommand> mValid; ///< commands, and below what else is known of each
     std::vector<GivenCommand> mGiven;

@@ -159,6 +159,29 @@ bool Hypotheses::keep(const SampleContent& content, std::optional<qint64> stepNs
     return true;
 }
 
+bool Hypotheses::allowStep(qint64 stepNs) const
+{
+    return std::any_of(mAll.begin(), mAll.end(), [&](const Hypothesis& it) {
+        const quint32 step = mPlan->fileOf(it.mEntry).stepAt(it.mSample);
+        return step == 0 || stepNs == step;
+    });
+}
+
+void Hypotheses::keepIf(const std::function<bool(const Hypotheses&)>& isRight)
+{
+    std::vector<Hypothesis> kept;
+    Hypotheses alone(*mPlan);
+    for (const Hypothesis& it : mAll) {
+        alone.mAll = {it};
+        if (isRight(alone)) {
+            kept.push_back(it);
+        }
+    }
+    if (!kept.empty()) {
+        mAll = std::move(kept);
+    }
+}
+
 bool Hypotheses::take(const SampleContent& content, std::optional<qint64> stepNs)
 {
     if (!keep(content, stepNs)) {

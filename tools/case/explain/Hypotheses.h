@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -123,6 +124,12 @@ public:
 
     /** Keeps those that allow() it; false when none does, and nothing is changed then. */
     bool keep(const SampleContent& content, std::optional<qint64> stepNs);
+
+    /** Whether one of them has its next sample so long after the one before. */
+    bool allowStep(qint64 stepNs) const;
+
+    /** Keeps those for which this is right when they are alone; all if it is for none. */
+    void keepIf(const std::function<bool(const Hypotheses&)>& isRight);
 
     /**
      * Lets all go on by a sample.

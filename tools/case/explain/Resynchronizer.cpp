@@ -6,6 +6,9 @@ namespace {
 /** So many records in a row must fit before play is taken to go on there. */
 constexpr size_t kProof = 16;
 
+/** Of them so many may differ, where the time stamps tell what happened. */
+constexpr size_t kMayDiffer = 4;
+
 /** So many that differ in a row are taken for errors before another place is looked for. */
 constexpr size_t kFewDifferent = 8;
 
@@ -35,9 +38,43 @@ bool goesOn(RecordWindow& window, const Hypotheses& from, size_t offset)
     return true;
 }
 
+/** Whether they mostly do: some may differ, but not the first and its successor's step. */
+bool mostlyGoesOn(RecordWindow& window, Hypotheses supposed)
+{
+    const size_t end = std::min(window.ahead(), kProof);
+    size_t different = 0;
+    std::optional<qint64> stepNs;
+    for (size_t at = 0; at < end; ++at) {
+        const auto place = static_cast<std::ptrdiff_t>(at);
+        if (at > 0) {
+            stepNs = gapBefore(window, place);
+        }
+        if (!supposed.keep(contentOf(window[place]), stepNs)) {
+            ++different;
+        }
+        if (different > kMayDiffer || (at == 1 && different > 1)) {
+            return false;
+        }
+        supposed.advance();
+    }
+    return 2 * different < end;
+}
+
 bool isSame(const SampleRecord& left, const SampleRecord& right)
 {
-    return std::memcmp(&left, &right, sizeof(left)) == 0;
+    return left.mNanoseconds == right.mNanoseconds && std::memcmp(&left, &right, sizeof(left)) == 0;
+}
+
+/** Those that may be at the next record when the records from the offset on fit. */
+Hypotheses leadingTo(RecordWindow& window, Hypotheses expected, size_t offset)
+{
+    expected.keepIf([&](Hypotheses alone) {
+        for (size_t i = 0; i < offset; ++i) {
+            alone.advance();
+        }
+        return goesOn(window, alone, offset);
+    });
+    return expected;
 }
 
 /** How many records from the next on are those that arrived before, in the same order. */
@@ -58,14 +95,14 @@ size_t countTwice(RecordWindow& window)
 } // namespace
 
 Repair Resynchronizer::repair(RecordWindow& window, const Hypotheses& expected,
-                              std::optional<qint64> lastStampNs) const
+                              std::optional<qint64> lastStampNs, NextStep step) const
 {
-    if (lastStampNs) {
+    if (lastStampNs && step != NextStep::Judged) {
         if (std::optional<Repair> found = repairByStamp(window, expected, *lastStampNs)) {
             return *std::move(found);
         }
     }
-    return repairByContent(window, expected, lastStampNs);
+    return repairByContent(window, expected, lastStampNs, step);
 }
 
 std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
@@ -73,7 +110,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
                                                     qint64 lastStampNs) const
 {
     const qint64 gapNs = stampNsOf(window[0]) - lastStampNs;
-    if (gapNs == expected.nextStep()) {
+    if (expected.allowStep(gapNs)) {
         return std::nullopt;
     }
     if (gapNs <= 0) {
@@ -89,8 +126,11 @@ std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
         if (std::optional<Repair> found = missingWithinCase(window, expected, gapNs)) {
             return found;
         }
+        if (!after.empty() && lost > 0 && mostlyGoesOn(window, after)) {
+            return Repair{Repair::Kind::Missing, 0, lost, after};
+        }
     }
-    if (goesOn(window, expected, 0)) {
+    if (goesOn(window, expected, 0) || mostlyGoesOn(window, expected)) {
         return Repair{Repair::Kind::TimeJump, 0, 0, expected};
     }
     return std::nullopt;
@@ -120,11 +160,11 @@ std::optional<Repair> Resynchronizer::missingWithinCase(RecordWindow& window,
 }
 
 Repair Resynchronizer::repairByContent(RecordWindow& window, const Hypotheses& expected,
-                                       std::optional<qint64> lastStampNs) const
+                                       std::optional<qint64> lastStampNs, NextStep step) const
 {
     const size_t ahead = window.ahead();
     std::optional<qint64> gapNs;
-    if (lastStampNs) {
+    if (lastStampNs && step == NextStep::Known) {
         gapNs = stampNsOf(window[0]) - *lastStampNs;
     }
     const Hypotheses found = elsewhere(window, expected, 0);
@@ -135,20 +175,21 @@ Repair Resynchronizer::repairByContent(RecordWindow& window, const Hypotheses& e
         if (fits && goesOn(window, blind, different)) {
             const bool isLikelier = found.empty() || (different <= kFewDifferent && lastStampNs);
             if (isLikelier) {
-                return {Repair::Kind::Differs, different, different, blind};
+                return {Repair::Kind::Differs, different, different,
+                        leadingTo(window, expected, different)};
             }
         }
         if (!found.empty() && different > kFewDifferent) {
             break;
         }
         if (found.empty() && different < ahead && !elsewhere(window, expected, different).empty()) {
-            return {Repair::Kind::Foreign, different, different, blind};
+            return {Repair::Kind::Foreign, different, different, expected};
         }
     }
     if (!found.empty()) {
         return movedTo(found, expected, gapNs);
     }
-    return {Repair::Kind::Foreign, ahead, ahead, blind};
+    return {Repair::Kind::Foreign, ahead, ahead, expected};
 }
 
 /** Every place where the records from the offset on stand in the files; may be empty. */

@@ -5,6 +5,14 @@
 #include "explain/Hypotheses.h"
 #include "explain/RecordWindow.h"
 
+/** What the time from the last record to the next one tells. */
+enum class NextStep
+{
+    Known,    ///< it is that of the next sample, or something is wrong
+    Doubtful, ///< nothing, unless it shows how many samples are missing
+    Judged,   ///< nothing more: what is wrong with it has been said
+};
+
 /** Why a recording does not go on as it should, and how it goes on instead. */
 struct Repair
 {
@@ -21,7 +29,7 @@ struct Repair
     Kind mKind;
     size_t mRecords;   ///< that are done with by this; 0 where what arrived is good again
     size_t mSamples;   ///< concerned
-    Hypotheses mAfter; ///< for the record behind them
+    Hypotheses mAfter; ///< for the next record
 };
 
 /**
@@ -40,7 +48,7 @@ public:
      * Requires: there is a next record.
      */
     Repair repair(RecordWindow& window, const Hypotheses& expected,
-                  std::optional<qint64> lastStampNs) const;
+                  std::optional<qint64> lastStampNs, NextStep step) const;
 
 private:
     std::optional<Repair> repairByStamp(RecordWindow& window, const Hypotheses& expected,
@@ -48,7 +56,7 @@ private:
     std::optional<Repair> missingWithinCase(RecordWindow& window, const Hypotheses& expected,
                                             qint64 gapNs) const;
     Repair repairByContent(RecordWindow& window, const Hypotheses& expected,
-                           std::optional<qint64> lastStampNs) const;
+                           std::optional<qint64> lastStampNs, NextStep step) const;
     Hypotheses elsewhere(RecordWindow& window, const Hypotheses& expected, size_t offset) const;
     Repair movedTo(const Hypotheses& found, const Hypotheses& expected,
                    std::optional<qint64> gapNs) const;
