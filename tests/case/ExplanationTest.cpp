@@ -2,11 +2,13 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "Files.h"
+#include "SeededRandom.h"
 #include "base/CaseError.h"
 
 namespace {
@@ -185,6 +187,28 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
          },
          "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1; !elsewhere 1 @3001; "
          "2: c720.csv x1 [101-200]; !elsewhere 1 @3101; 0: a400.csv x1; bad"},
+        {[&] {
+             mRecords[2000].mFlags = 9;
+             for (auto it = mRecords.begin() + 2000; it != mRecords.end(); ++it)
+                 it->mSeconds += 70;
+         },
+         "0: a400.csv x2; !timeJump 1 @2001; !differs 1 @2001; 1: b900.csv x2; 0: a400.csv x1; "
+         "bad"},
+        {[&] {
+             mRecords[367].mFlags = 9;
+             erase(321, 40);
+         },
+         "0: a400.csv x1 [1-320]; !missing 40 @321; !differs 1 @328; 0: a400.csv x2 [361-400]; "
+         "1: b900.csv x2; 0: a400.csv x1; bad"},
+        {[&] { mRecords[2000].mNanoseconds ^= 1; },
+         "0: a400.csv x2; !timeJump 1 @2001; !timeJump 1 @2002; 1: b900.csv x2; 0: a400.csv x1; "
+         "bad"},
+        {[&] { mRecords[1700].mFlags = 9; },
+         "0: a400.csv x2; !differs 1 @1701; 1: b900.csv x2; 0: a400.csv x1; bad"},
+        {[&] { std::swap_ranges(&mRecords[2000], &mRecords[2050], &mRecords[2050]); },
+         "0: a400.csv x2; 1: b900.csv x2 [1-300]; !missing 50 @2001; 1: b900.csv x1 [351-400]; "
+         "!timeJump 1 @2051; !elsewhere 1 @2051; 1: b900.csv x1 [301-350]; !missing 50 @2101; "
+         "1: b900.csv x1 [401-900]; 0: a400.csv x1; bad"},
         {[&] { erase(1, 800); }, "1: b900.csv x2; 0: a400.csv x1; good"},
         {[&] { mCutBytes = 40; },
          "0: a400.csv x2; 1: b900.csv x2; 0: a400.csv x1 [1-399]; !incomplete 8 @3000; bad"},
@@ -216,6 +240,35 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
         }
         row.mDamage();
         EXPECT_EQ(explain("0,1,a400.csv\n1,2,b900.csv\n2,1,c720.csv\n"), row.mExplanation);
+    }
+}
+
+/** Whatever is played from any of its samples on is good, and one that differs is counted. */
+TEST_F(ExplanationTest, AnyPlayIsGoodFromAnywhere)
+{
+    std::mt19937 random = seededRandom();
+    const auto upTo = [&](int most) { return std::uniform_int_distribution<>(1, most)(random); };
+    for (int run = 0; run < 30; ++run) {
+        std::string configuration;
+        std::vector<std::vector<std::string>> passes;
+        for (int number = 0; number < 4; ++number) {
+            const std::string file = fmt::format("{}-{}.csv", run, number);
+            makeFile(file, 1 + 2 * (upTo(3) / 2), 20 + upTo(500), upTo(2) * 150 - 150);
+            const int repetitions = upTo(3);
+            configuration += fmt::format("{},{},{}\n", number, repetitions, file);
+            passes.emplace_back(size_t(repetitions), file);
+        }
+        mRecords.clear();
+        for (int i = 0; i < 10; ++i) {
+            for (const std::string& file : passes[size_t(i % 2) * size_t(upTo(4) - 1)]) {
+                play(file);
+            }
+        }
+        mRecords.erase(mRecords.begin(), mRecords.begin() + upTo(int(mRecords.size() / 2)));
+        EXPECT_THAT(explain(configuration), testing::EndsWith("; good")) << configuration;
+        EXPECT_EQ(mExplained, mRecords.size());
+        mRecords[size_t(upTo(int(mRecords.size()) - 1))].mValues[3] ^= 1 << 20;
+        EXPECT_THAT(explain(configuration), testing::ContainsRegex("^[^!]*!differs 1 [^!]*bad$"));
     }
 }
 
@@ -282,6 +335,11 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
               "3x Could not convert 3x to unsigned; 0: a400.csv x1; s1 after 22223000; "
               "1: b900.csv x1; s2 after 52221700; 2: a400.csv x1; s1 after 72221500; "
               "1: b900.csv x1; 0: a400.csv x1; good");
+    mRecords[399].mFlags = mRecords[400].mFlags = 9; // across a switch
+    EXPECT_EQ(explain(configuration, true),
+              "!differs 1 @400; 3x Could not convert 3x to unsigned; 0: a400.csv x1; "
+              "!differs 1 @401; s1 after 22223000; 1: b900.csv x1; s2 after 52221700; "
+              "2: a400.csv x1; s1 after 72221500; 1: b900.csv x1; 0: a400.csv x1; bad");
 
     mRecords.clear();
     mEvents.clear();
