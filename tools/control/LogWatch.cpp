@@ -11,7 +11,7 @@ namespace {
 QByteArray withoutHole(const QByteArray& line)
 {
     const auto isZero = [](char byte) { return byte == '\0'; };
-    const auto text = std::find_if_not(line.begin(), line.end(), isZero);
+    const auto* const text = std::find_if_not(line.begin(), line.end(), isZero);
     return line.mid(int(text - line.begin()));
 }
 } // namespace

@@ -144,9 +144,9 @@ void Explanation::giveUpOverdueCommand(qint64 nowNs)
 
 void Explanation::tell(const std::vector<PlayedPass>& passes)
 {
-    for (const PlayedPass& played : passes) {
-        reportCommands(played);
-        mStretches.add(played);
+    for (const PlayedPass& pass : passes) {
+        reportCommands(pass);
+        mStretches.add(pass);
     }
 }
 

@@ -127,14 +127,13 @@ double Moments::differenceOf(const Period& last, const Period& period, size_t ch
 /** When the channel of mDifference has begun to change. */
 double Moments::onsetIn(const Period& period)
 {
-    double largest = 0.0;
+    double peak = 0.0;
     for (double& difference : mDifference) {
         difference = std::abs(difference);
-        largest = std::max(largest, difference);
+        peak = std::max(peak, difference);
     }
-    const auto onset = std::find_if(mDifference.begin(), mDifference.end(), [&](double difference) {
-        return difference >= kOnset * largest;
-    });
+    const auto onset = std::find_if(mDifference.begin(), mDifference.end(),
+                                    [&](double difference) { return difference >= kOnset * peak; });
     return period.mSeconds[static_cast<size_t>(onset - mDifference.begin())];
 }
 

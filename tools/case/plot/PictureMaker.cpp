@@ -74,10 +74,10 @@ ImportMark partOf(const SignalDescription& description)
 /** The two files of a recording have the same name but for its suffix. */
 bool isSameRecording(const ImportMark& left, const ImportMark& right)
 {
-    const auto nameOf = [](const ImportMark& mark) {
+    const auto stemOf = [](const ImportMark& mark) {
         return QFileInfo(QString::fromStdString(mark.mFile)).completeBaseName();
     };
-    return nameOf(left) == nameOf(right) && left.mStart == right.mStart;
+    return stemOf(left) == stemOf(right) && left.mStart == right.mStart;
 }
 
 void refuseUndrawable(const DrawnSignal& signal)
