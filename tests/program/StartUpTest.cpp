@@ -113,8 +113,12 @@ TEST_F(StartUpTest, LoggingConfigurationThatCannotBeUsedIsToldAndReplaced)
         "<?xml version='1.0'?><!DOCTYPE log4j:configuration SYSTEM 'log4j.dtd'>"
         "<log4j:configuration xmlns:log4j='x'><root><level value='off'/></root>"
         "</log4j:configuration>");
-    EXPECT_EQ(silent.mErrors, noFile);
-    EXPECT_EQ(programOutput(silent), "");
+    const CommandResult piped = sandbox({}, {"bash", "-c", "exec \"$@\" --track <(cat größe.xml)",
+                                             "", VX_SIMULATOR, "--config", "no.conf"});
+    for (const CommandResult& result : {silent, piped}) {
+        EXPECT_EQ(result.mErrors, noFile);
+        EXPECT_EQ(programOutput(result), "");
+    }
 }
 
 /** It ends with status 0 behind the reason in the log. */
