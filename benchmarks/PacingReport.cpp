@@ -28,7 +28,7 @@ constexpr qint64 kBurstNanoseconds = kBurstSamples * kStepNanoseconds;
 constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
 constexpr qint64 kMinutes = 10;
 constexpr qint64 kBursts = kMinutes * 60 * kNanosecondsPerSecond / kBurstNanoseconds;
-constexpr qint64 kMostLateness = 100'000;
+constexpr qint64 kMaxLateness = 100'000;
 constexpr unsigned kSeed = 20240229;
 
 /** Lateness of sleeps in ns, the same sequence for both loops. */
@@ -43,7 +43,7 @@ public:
 private:
     VirtualSystem* mSystem;
     std::mt19937 mRandom{kSeed};
-    std::uniform_int_distribution<qint64> mLateness{50'000, kMostLateness};
+    std::uniform_int_distribution<qint64> mLateness{50'000, kMaxLateness};
 };
 
 InputValues oneBurst()

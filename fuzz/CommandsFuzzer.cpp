@@ -16,7 +16,7 @@
 
 namespace {
 constexpr int kConfigurations = 3;
-constexpr size_t kMostBytes = 4096;
+constexpr size_t kMaxBytes = 4096;
 
 /** What is current after a command and one selection; -1 when the line is rejected. */
 int expectedOf(const QByteArray& line)
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    if (size == 0 || size > kMostBytes) {
+    if (size == 0 || size > kMaxBytes) {
         return 0;
     }
     Configuration configuration;

@@ -25,7 +25,7 @@ constexpr int kMaxCommandBytes = 64 * 1024;
  * What one call reads at most: a line of the greatest length and as much again. A writer who
  * never stops must not hold the loop.
  */
-constexpr int kMostReads = 2 * kMaxCommandBytes / static_cast<int>(FifoPeek::kMostBytes);
+constexpr int kMaxReads = 2 * kMaxCommandBytes / static_cast<int>(FifoPeek::kMaxBytes);
 
 constexpr qint64 kNanosecondsPerMillisecond = 1'000'000;
 constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
@@ -34,7 +34,7 @@ constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
 constexpr qint64 kLookInterval = 50 * kNanosecondsPerMillisecond;
 
 /** In a wait, so many looks that bring something follow each other at once: nobody must flood. */
-constexpr int kMostLooksAtOnce = 100;
+constexpr int kMaxLooksAtOnce = 100;
 
 /** ns on the clock that nobody sets. */
 qint64 monotonicNow()
@@ -180,7 +180,7 @@ bool Configuration::waitForUserInput(int msecs)
         if (isReady && readUserInput()) {
             return true;
         }
-        const bool lookAtOnce = isReady && mTookBytes && ++looks < kMostLooksAtOnce;
+        const bool lookAtOnce = isReady && mTookBytes && ++looks < kMaxLooksAtOnce;
         left = end - monotonicNow();
         if (left > 0 && !lookAtOnce) {
             TimeUtils::nanoSleep(static_cast<quint32>(std::min(left, kLookInterval)));
@@ -197,8 +197,8 @@ bool Configuration::waitForUserInput(int msecs)
 bool Configuration::takeCommandLine(QByteArray* line, const log4cxx::spi::LocationInfo& location)
 {
     mTookBytes = false;
-    std::array<char, FifoPeek::kMostBytes> bytes{};
-    for (int reads = 0; reads < kMostReads && mControlDevice.waitForReadyRead(0); ++reads) {
+    std::array<char, FifoPeek::kMaxBytes> bytes{};
+    for (int reads = 0; reads < kMaxReads && mControlDevice.waitForReadyRead(0); ++reads) {
         const size_t share = mControlPeek.bytesOfFirstLine(mControlDevice.handle());
         const int count = mControlDevice.readRaw(bytes.data(), share);
         if (count < 0) {

@@ -6,7 +6,7 @@
 
 namespace {
 /** How often in a row a write that was interrupted is tried again. */
-constexpr int kMostInterruptions = 100;
+constexpr int kMaxInterruptions = 100;
 
 /** As ::write(), again and again while it is interrupted. */
 ssize_t writeOnce(int descriptor, const char* data, size_t size)
@@ -15,7 +15,7 @@ ssize_t writeOnce(int descriptor, const char* data, size_t size)
     int attempts = 0;
     do {
         count = ::write(descriptor, data, size);
-    } while (count < 0 && errno == EINTR && ++attempts <= kMostInterruptions);
+    } while (count < 0 && errno == EINTR && ++attempts <= kMaxInterruptions);
     return count;
 }
 } // namespace

@@ -49,7 +49,7 @@ FifoPeek::~FifoPeek()
 
 size_t FifoPeek::bytesOfFirstLine(int descriptor) const
 {
-    std::array<char, kMostBytes> bytes{};
+    std::array<char, kMaxBytes> bytes{};
     ssize_t count = copyOfFifo(descriptor, mPipe, bytes.data(), bytes.size());
     if (count < 0) {
         count = copyOfFile(descriptor, bytes.data(), bytes.size());

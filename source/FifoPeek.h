@@ -12,7 +12,7 @@ class FifoPeek
 {
 public:
     /** The most that is looked at in one call, in bytes. */
-    static constexpr size_t kMostBytes = 4096;
+    static constexpr size_t kMaxBytes = 4096;
 
     FifoPeek();
     FifoPeek(const FifoPeek&) = delete;
@@ -21,7 +21,7 @@ public:
 
     /**
      * How many of the waiting bytes belong to the first line, its line end included; never more
-     * than kMostBytes. 1 when nothing waits, and for what cannot be looked at.
+     * than kMaxBytes. 1 when nothing waits, and for what cannot be looked at.
      */
     size_t bytesOfFirstLine(int descriptor) const;
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 
 namespace {
-constexpr size_t kLeastChunkItems = 16;
+constexpr size_t kMinChunkItems = 16;
 
 /** Up to this many, a chunk doubles what is there. */
 constexpr size_t kFewItems = 256;
 
 /** With the allocator's own bytes just short of 256 KiB, a whole number of pages. */
-constexpr size_t kMostChunkItems = 4095;
+constexpr size_t kMaxChunkItems = 4095;
 
 /** Fills a huge page: the kernel then finds memory once for all of them. */
 constexpr size_t kHugeChunkItems = kHugePageBytes / sizeof(InputValueItem);
@@ -38,7 +38,7 @@ void ItemStore::addChunk()
     mChunks.emplace_back();
     mChunks.back().reserve(wanted >= kHugeChunkItems
                                ? kHugeChunkItems
-                               : std::clamp(wanted, kLeastChunkItems, kMostChunkItems));
+                               : std::clamp(wanted, kMinChunkItems, kMaxChunkItems));
 }
 
 void ItemStore::rewind()

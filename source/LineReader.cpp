@@ -11,7 +11,7 @@ namespace {
 constexpr int kBlockBytes = 256 * 1024;
 
 /** A line beyond it would not fit into a text. */
-constexpr size_t kMostLineBytes = 512 * 1024 * 1024;
+constexpr size_t kMaxLineBytes = 512 * 1024 * 1024;
 } // namespace
 
 void LineReader::start(int descriptor)
@@ -70,7 +70,7 @@ bool LineReader::fill()
     do {
         count = ::read(mDescriptor, news, room);
     } while (count < 0 && errno == EINTR);
-    if (mEnd > kMostLineBytes) {
+    if (mEnd > kMaxLineBytes) {
         count = -1;
         errno = EFBIG;
     }

@@ -119,15 +119,15 @@ private:
     static constexpr quint64 kCommentMark = '#';
     static constexpr int kByteBits = 8;
     static constexpr int kWordBytes = 8;
-    static constexpr int kMostDigits = 16;
+    static constexpr int kMaxDigits = 16;
     static constexpr int kExactDigits = std::numeric_limits<double>::digits10;
     static constexpr quint64 kEachByte = 0x0101010101010101;
     static constexpr quint64 kTopBits = 0x80 * kEachByte;
     static constexpr quint64 kLowByte = 0xFF;
     static constexpr quint64 kMinusDigit = '-' ^ '0';
 
-    static constexpr std::array<quint64, kMostDigits + 1> kPowersOfTen = [] {
-        std::array<quint64, kMostDigits + 1> powers{1};
+    static constexpr std::array<quint64, kMaxDigits + 1> kPowersOfTen = [] {
+        std::array<quint64, kMaxDigits + 1> powers{1};
         for (size_t exponent = 1; exponent < powers.size(); ++exponent) {
             powers[exponent] = 10 * powers[exponent - 1];
         }
@@ -143,12 +143,12 @@ private:
     static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
     /**
-     * Takes digits one by one, behind `count` that are in the number, up to kMostDigits in all;
+     * Takes digits one by one, behind `count` that are in the number, up to kMaxDigits in all;
      * returns how many are in it then. A longer number then fails at its separator.
      */
     int readDigits(quint64* number, int count = 0)
     {
-        for (; count < kMostDigits && isDigit(*mNext); ++count) {
+        for (; count < kMaxDigits && isDigit(*mNext); ++count) {
             *number = 10 * *number + static_cast<quint64>(*mNext++ - '0');
         }
         return count;

@@ -77,8 +77,8 @@ std::vector<std::string> splitAtColons(const std::string& text)
 /** The errno of that name, 0 if there is none. */
 int errnoOf(const std::string& name)
 {
-    constexpr int kMostErrno = 511; // what the kernel lets a file system answer
-    for (int error = 1; error <= kMostErrno; ++error) {
+    constexpr int kMaxErrno = 511; // what the kernel lets a file system answer
+    for (int error = 1; error <= kMaxErrno; ++error) {
         const char* const known = strerrorname_np(error);
         if (known != nullptr && name == known) {
             return error;

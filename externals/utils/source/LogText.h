@@ -17,6 +17,6 @@ inline std::string local8Bit(const QString& text)
  */
 inline std::string excerpt(const QString& text)
 {
-    constexpr int kMostCharacters = 64 * 1024 + 1;
-    return local8Bit(text.left(kMostCharacters)) + (text.size() > kMostCharacters ? "..." : "");
+    constexpr int kMaxCharacters = 64 * 1024 + 1;
+    return local8Bit(text.left(kMaxCharacters)) + (text.size() > kMaxCharacters ? "..." : "");
 }

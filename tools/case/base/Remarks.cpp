@@ -6,15 +6,15 @@
 #include <utility>
 
 namespace {
-constexpr size_t kMostRemarks = 100;
-constexpr size_t kMostChannels = 8;
+constexpr size_t kMaxRemarks = 100;
+constexpr size_t kMaxChannels = 8;
 } // namespace
 
 void Remarks::add(const std::string& text)
 {
-    if (mTexts.size() < kMostRemarks) {
+    if (mTexts.size() < kMaxRemarks) {
         mTexts.push_back(text);
-    } else if (mTexts.size() == kMostRemarks) {
+    } else if (mTexts.size() == kMaxRemarks) {
         mTexts.emplace_back("and more of that");
     }
 }
@@ -23,9 +23,9 @@ std::vector<std::string> Remarks::take()
 {
     for (auto& [text, channels] : mChannels) {
         const size_t all = channels.size();
-        channels.resize(std::min(all, kMostChannels));
+        channels.resize(std::min(all, kMaxChannels));
         add(fmt::format("{} {}{}: {}", all == 1 ? "channel" : "channels", fmt::join(channels, ", "),
-                        all > kMostChannels ? fmt::format(" and {} more", all - kMostChannels) : "",
+                        all > kMaxChannels ? fmt::format(" and {} more", all - kMaxChannels) : "",
                         text));
     }
     mChannels.clear();

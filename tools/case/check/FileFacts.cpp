@@ -17,7 +17,7 @@ void takeMessages(const ProgramMessages& messages, FileFacts* facts)
 {
     for (const std::string& message : messages.errors()) {
         ++facts->mErrorCount;
-        if (facts->mErrors.size() < FileFacts::kMostErrors) {
+        if (facts->mErrors.size() < FileFacts::kMaxErrors) {
             facts->mErrors.push_back(message);
         }
     }

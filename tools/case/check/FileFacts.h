@@ -21,7 +21,7 @@ struct FileFacts
         float mFrequency = 0; ///< Hz, of the first
     };
 
-    std::vector<std::string> mErrors; ///< the program's words, at most kMostErrors of them
+    std::vector<std::string> mErrors; ///< the program's words, at most kMaxErrors of them
     qint64 mErrorCount = 0;
     bool mIsThere = true; ///< false when it could not be opened
 
@@ -36,7 +36,7 @@ struct FileFacts
     Values mLast{};
     Values mLargestStep{}; ///< between neighbours in the file, each channel by itself
 
-    static constexpr int kMostErrors = 20;
+    static constexpr int kMaxErrors = 20;
 };
 
 /**

@@ -20,7 +20,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 /** Periods of the steady signal; more of them are a matter of repetitions. */
-constexpr size_t kMostSteadyPeriods = 100'000;
+constexpr size_t kMaxSteadyPeriods = 100'000;
 
 constexpr char kImportFooter[] =
     R"(Voltages go to channels 0 to 3 and currents to 4 to 7, in mV and mA, in the order
@@ -171,10 +171,10 @@ void addTiming(CLI::App& command, ImportOptions& options)
     command.add_option("--to", options.mTo, "Ends there")->type_name("S");
     command.add_option("--before", options.mBefore, "Periods of the steady signal in front")
         ->type_name("N")
-        ->check(CLI::Range(size_t{0}, kMostSteadyPeriods));
+        ->check(CLI::Range(size_t{0}, kMaxSteadyPeriods));
     command.add_option("--after", options.mAfter, "And behind")
         ->type_name("N")
-        ->check(CLI::Range(size_t{0}, kMostSteadyPeriods));
+        ->check(CLI::Range(size_t{0}, kMaxSteadyPeriods));
 }
 } // namespace
 

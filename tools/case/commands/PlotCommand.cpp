@@ -106,7 +106,7 @@ void plot(PlotOptions options)
     if (!options.mOutput.empty()) {
         canvas.mKind = kindOf(options.mOutput);
     } else {
-        options.mRequest.mMostMoments = 1;
+        options.mRequest.mMaxMoments = 1;
         options.mRequest.mColumns = static_cast<size_t>(canvas.mColumns);
     }
     ResultFile result(options.mOutput);

@@ -39,13 +39,13 @@ private:
     /** The fast road: what nearly all fields are, up to nine digits. */
     bool takeInteger(double* number)
     {
-        constexpr int kMostDigits = 9;
+        constexpr int kMaxDigits = 9;
         const char* next = mNext;
         const bool isNegative = next != mEnd && *next == '-';
         next += isNegative ? 1 : 0;
         const char* const begin = next;
         int value = 0;
-        while (next != mEnd && *next >= '0' && *next <= '9' && next - begin < kMostDigits) {
+        while (next != mEnd && *next >= '0' && *next <= '9' && next - begin < kMaxDigits) {
             value = value * 10 + (*next - '0');
             ++next;
         }

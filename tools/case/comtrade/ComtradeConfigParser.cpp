@@ -15,8 +15,8 @@ namespace {
 // Fields of the line of an analog channel.
 constexpr size_t kFactorField = 5;
 constexpr size_t kPrimaryField = 10;
-constexpr size_t kLeastAnalogFields = 7;
-constexpr size_t kMostAnalogFields = 13;
+constexpr size_t kMinAnalogFields = 7;
+constexpr size_t kMaxAnalogFields = 13;
 
 constexpr double kSlowestHz = 1e-6;
 constexpr double kFastestHz = 1e12;
@@ -227,17 +227,17 @@ ComtradeAnalog ComtradeConfigParser::parseAnalog(size_t place, size_t count)
 {
     const std::string what = fmt::format("analog channel {} of {}", place + 1, count);
     Fields fields = takeLine(what.c_str());
-    while (fields.size() > kMostAnalogFields && fields.back().empty()) {
+    while (fields.size() > kMaxAnalogFields && fields.back().empty()) {
         fields.pop_back();
     }
-    if (fields.size() < kLeastAnalogFields) {
-        fail(fmt::format("{} with at least {} fields, found {}", what, kLeastAnalogFields,
+    if (fields.size() < kMinAnalogFields) {
+        fail(fmt::format("{} with at least {} fields, found {}", what, kMinAnalogFields,
                          fields.size()));
     }
     ComtradeAnalog analog;
     analog.mNumber = channelNumber(fields[0], place);
     // More fields than there are: the name holds commas.
-    const size_t excess = std::max(fields.size(), kMostAnalogFields) - kMostAnalogFields;
+    const size_t excess = std::max(fields.size(), kMaxAnalogFields) - kMaxAnalogFields;
     analog.mName = upTo(fields, 1, excess + 2);
     fields.erase(fields.begin() + 1, fields.begin() + 1 + static_cast<std::ptrdiff_t>(excess));
     analog.mPhase = fields[2];

@@ -10,7 +10,7 @@
 
 namespace {
 constexpr size_t kBlockValues = 32768; ///< about the values of a block, to stay in the cache
-constexpr size_t kMostBlockSamples = 4096;
+constexpr size_t kMaxBlockSamples = 4096;
 
 ChannelDescription describeChannel(const ComtradeAnalog& analog)
 {
@@ -33,9 +33,8 @@ ComtradeSource::ComtradeSource(ComtradeParts parts)
       mRecords(makeComtradeRecords(*mParts.mData, mParts.mHeader, mParts.mFirstDataLine)),
       mClock(mParts.mHeader),
       mStates(&mDescription.mStatusChannels),
-      mBlockSamples(
-          std::clamp<size_t>(kBlockValues / std::max<size_t>(mParts.mHeader.mAnalogs.size(), 1), 1,
-                             kMostBlockSamples)),
+      mBlockSamples(std::clamp<size_t>(
+          kBlockValues / std::max<size_t>(mParts.mHeader.mAnalogs.size(), 1), 1, kMaxBlockSamples)),
       mLastValues(mParts.mHeader.mAnalogs.size())
 {
     describe();

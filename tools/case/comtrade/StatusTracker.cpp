@@ -1,7 +1,7 @@
 #include "comtrade/StatusTracker.h"
 
 namespace {
-constexpr size_t kMostChanges = 100'000; ///< kept of all channels
+constexpr size_t kMaxChanges = 100'000; ///< kept of all channels
 constexpr size_t kStatesInWord = 16;
 } // namespace
 
@@ -35,7 +35,7 @@ void StatusTracker::change(size_t word, unsigned bits, double seconds, bool isFi
             continue;
         }
         ++status.mChangeCount;
-        if (mKept < kMostChanges) {
+        if (mKept < kMaxChanges) {
             ++mKept;
             status.mChanges.push_back({seconds, (mLast[word] >> bit & 1U) != 0});
         }

@@ -27,7 +27,7 @@ bool FindingCounts::add(const Finding& finding)
 {
     const auto kind = static_cast<size_t>(finding.mKind);
     mCounts[kind] += finding.mCount;
-    return ++mListed[kind] <= kMostListed;
+    return ++mListed[kind] <= kMaxListed;
 }
 
 bool FindingCounts::isClean() const

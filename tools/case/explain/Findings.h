@@ -44,7 +44,7 @@ class FindingCounts
 {
 public:
     /** Of each kind so many are listed; all are counted. */
-    static constexpr size_t kMostListed = 20;
+    static constexpr size_t kMaxListed = 20;
 
     /** Counts the finding; true when it is one of those to be listed. */
     bool add(const Finding& finding);

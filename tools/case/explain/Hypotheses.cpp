@@ -10,17 +10,17 @@ constexpr int kUnknownCommand = 2;
 constexpr int kBeginsWithin = 3;
 
 /** What costs so much more than the likeliest is not followed: three commands in its place. */
-constexpr int kMostAbove = 3 * kUnknownCommand;
+constexpr int kMaxAbove = 3 * kUnknownCommand;
 
 /** More are not followed; of those, the likeliest are kept. */
-constexpr size_t kMostHypotheses = 256;
+constexpr size_t kMaxHypotheses = 256;
 
 /** How far a search for lost samples goes; behind that, what arrives must tell. */
 constexpr qint64 kLongestGapNs = 600'000'000'000;
-constexpr size_t kMostBlocks = 100'000;
+constexpr size_t kMaxBlocks = 100'000;
 
 /** So many passes may have ended while it is open which they were. */
-constexpr size_t kMostWaiting = 256;
+constexpr size_t kMaxWaiting = 256;
 } // namespace
 
 void Hypothesis::beginAs(const Hypothesis& other)
@@ -35,7 +35,7 @@ void Hypothesis::beginAs(const Hypothesis& other)
 bool Hypothesis::covers(const Hypothesis& other) const
 {
     return mCost <= other.mCost && mUnknownCommands <= other.mUnknownCommands &&
-           mLeastRepetition <= other.mLeastRepetition && mMostRepetition >= other.mMostRepetition &&
+           mMinRepetition <= other.mMinRepetition && mMaxRepetition >= other.mMaxRepetition &&
            std::includes(mContinuous.begin(), mContinuous.end(), other.mContinuous.begin(),
                          other.mContinuous.end());
 }
@@ -72,8 +72,8 @@ Hypotheses Hypotheses::movedTo(const std::vector<Place>& places) const
             const PlayedEntry& entry = mPlan->entry(moved.mEntry);
             if (entry.mFile == place.mFile) {
                 moved.mSample = place.mSample;
-                moved.mLeastRepetition = 1;
-                moved.mMostRepetition = entry.mRepetitions;
+                moved.mMinRepetition = 1;
+                moved.mMaxRepetition = entry.mRepetitions;
                 moved.mContinuous = continuousBefore;
                 moved.mContinuous.insert(entry.mConfiguration);
                 result.add(moved);
@@ -275,7 +275,7 @@ std::vector<PlayedPass> Hypotheses::takeEnded(bool anyway)
     bool tooMany = false;
     for (const Hypothesis& it : mAll) {
         allAgree = allAgree && it.mEnded == first.mEnded;
-        tooMany = tooMany || (it.mEnded && it.mEnded->mCount > kMostWaiting);
+        tooMany = tooMany || (it.mEnded && it.mEnded->mCount > kMaxWaiting);
     }
     if (!tooMany && (!first.mEnded || !(allAgree || anyway))) {
         return {};
@@ -335,7 +335,7 @@ void Hypotheses::addUnknownCommands()
             cheapest = &it;
         }
     }
-    if (cheapest->mCost + kUnknownCommand > leastCost() + kMostAbove) {
+    if (cheapest->mCost + kUnknownCommand > leastCost() + kMaxAbove) {
         return; // what follows would be dropped at once
     }
     Hypothesis commanded = *cheapest;
@@ -358,15 +358,15 @@ void Hypotheses::addStarts(const Hypothesis& before)
 void Hypotheses::addFollowing(const Hypothesis& ended)
 {
     const PlayedEntry& entry = mPlan->entry(ended.mEntry);
-    if (ended.mLeastRepetition < entry.mRepetitions) {
+    if (ended.mMinRepetition < entry.mRepetitions) {
         Hypothesis again = ended;
         again.mSample = 0;
         again.mStart.reset();
-        ++again.mLeastRepetition;
-        again.mMostRepetition = std::min(ended.mMostRepetition, entry.mRepetitions - 1) + 1;
+        ++again.mMinRepetition;
+        again.mMaxRepetition = std::min(ended.mMaxRepetition, entry.mRepetitions - 1) + 1;
         add(std::move(again));
     }
-    if (ended.mMostRepetition < entry.mRepetitions) {
+    if (ended.mMaxRepetition < entry.mRepetitions) {
         return;
     }
     if (entry.mNext != PlayPlan::kNone) {
@@ -396,8 +396,8 @@ void Hypotheses::addStart(Hypothesis it, int entry, std::set<int> continuous)
     it.mEntry = entry;
     it.mSample = 0;
     it.mStart.reset();
-    it.mLeastRepetition = 1;
-    it.mMostRepetition = 1;
+    it.mMinRepetition = 1;
+    it.mMaxRepetition = 1;
     it.mContinuous = std::move(continuous);
     add(std::move(it));
 }
@@ -419,8 +419,8 @@ void Hypotheses::add(Hypothesis added)
             return;
         }
         if (it.mCost == added.mCost && it.mUnknownCommands == added.mUnknownCommands) {
-            it.mLeastRepetition = std::min(it.mLeastRepetition, added.mLeastRepetition);
-            it.mMostRepetition = std::max(it.mMostRepetition, added.mMostRepetition);
+            it.mMinRepetition = std::min(it.mMinRepetition, added.mMinRepetition);
+            it.mMaxRepetition = std::max(it.mMaxRepetition, added.mMaxRepetition);
             it.mContinuous.insert(added.mContinuous.begin(), added.mContinuous.end());
             return;
         }
@@ -430,15 +430,15 @@ void Hypotheses::add(Hypothesis added)
 
 void Hypotheses::keepLikeliest()
 {
-    const int most = leastCost() + kMostAbove;
+    const int most = leastCost() + kMaxAbove;
     mAll.erase(std::remove_if(mAll.begin(), mAll.end(),
                               [most](const Hypothesis& it) { return it.mCost > most; }),
                mAll.end());
-    if (mAll.size() > kMostHypotheses) {
+    if (mAll.size() > kMaxHypotheses) {
         std::stable_sort(mAll.begin(), mAll.end(), [](const auto& left, const auto& right) {
             return left.mCost < right.mCost;
         });
-        mAll.erase(mAll.begin() + kMostHypotheses, mAll.end());
+        mAll.erase(mAll.begin() + kMaxHypotheses, mAll.end());
     }
 }
 
@@ -464,7 +464,7 @@ size_t Hypotheses::skipTime(qint64 gapNs)
     }
     mAll.clear();
     std::optional<size_t> lost;
-    for (size_t blocks = 0; !open.empty() && blocks < kMostBlocks; ++blocks) {
+    for (size_t blocks = 0; !open.empty() && blocks < kMaxBlocks; ++blocks) {
         const Path path = std::move(open.back());
         open.pop_back();
         if (path.mLeftNs > 0) {

@@ -61,8 +61,8 @@ struct Hypothesis
     int mEntry;
     size_t mSample; ///< next to be played, in the entry's file
     /** Which of the repetitions this is, from 1: at least and at most. */
-    quint32 mLeastRepetition;
-    quint32 mMostRepetition;
+    quint32 mMinRepetition;
+    quint32 mMaxRepetition;
     std::set<int> mContinuous;   ///< what may follow when the configuration is played through
     int mCost = 0;               ///< how unlikely it is: see Hypotheses
     size_t mKnownCommands = 0;   ///< of those that were given, how many were taken

@@ -188,7 +188,7 @@ std::vector<Place> PlayPlan::firstPlacesOf(const SampleContent& content) const
     for (size_t file = 0; file < mFiles.size(); ++file) {
         const auto& samples = mFiles[file].mSamples;
         size_t found = 0;
-        for (size_t sample = 0; sample < samples.size() && found < kMostPlacesOfFile; ++sample) {
+        for (size_t sample = 0; sample < samples.size() && found < kMaxPlacesOfFile; ++sample) {
             if (samples[sample] == content) {
                 places.push_back({file, sample});
                 ++found;
@@ -208,7 +208,7 @@ std::vector<Place> PlayPlan::placesOf(const SampleContent& content) const
         std::lower_bound(mIndex.begin(), mIndex.end(), hash,
                          [](const IndexedPlace& it, size_t value) { return it.mHash < value; });
     std::vector<Place> places;
-    for (; found != mIndex.end() && found->mHash == hash && places.size() < kMostPlaces; ++found) {
+    for (; found != mIndex.end() && found->mHash == hash && places.size() < kMaxPlaces; ++found) {
         const Place place = found->mPlace;
         if (mFiles[place.mFile].mSamples[place.mSample] == content) {
             places.push_back(place);

@@ -88,12 +88,12 @@ public:
     /** Some places with this content, the first in each file, by a look at every sample. */
     std::vector<Place> firstPlacesOf(const SampleContent& content) const;
 
-    /** Some places with this content, at most kMostPlaces. Indexes the files when first called. */
+    /** Some places with this content, at most kMaxPlaces. Indexes the files when first called. */
     std::vector<Place> placesOf(const SampleContent& content) const;
 
 private:
-    static constexpr size_t kMostPlaces = 256;
-    static constexpr size_t kMostPlacesOfFile = 32;
+    static constexpr size_t kMaxPlaces = 256;
+    static constexpr size_t kMaxPlacesOfFile = 32;
 
     struct IndexedPlace
     {

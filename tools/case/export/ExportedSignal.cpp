@@ -15,7 +15,7 @@ namespace {
 constexpr double kToNanoseconds = 1e9;
 
 /** So many rates are told; time stamps tell what changes more often. */
-constexpr size_t kMostRates = 999;
+constexpr size_t kMaxRates = 999;
 
 /** Keeps the places from begin up to end of every column. */
 void cut(SignalBlock* block, size_t begin, size_t end)
@@ -45,7 +45,7 @@ public:
 
     std::vector<ComtradeRate> take()
     {
-        if (mRates.empty() || mRates.size() > kMostRates || mHasRepeated) {
+        if (mRates.empty() || mRates.size() > kMaxRates || mHasRepeated) {
             return {};
         }
         mRates.back().mLastSample = mSamples;
@@ -58,7 +58,7 @@ private:
     {
         mFirstStepNs = mSamples == 1 ? stepNs : mFirstStepNs;
         mHasRepeated = mHasRepeated || stepNs == 0;
-        if (mHasRepeated || stepNs == mStepNs || mRates.size() > kMostRates) {
+        if (mHasRepeated || stepNs == mStepNs || mRates.size() > kMaxRates) {
             return;
         }
         mStepNs = stepNs;

@@ -11,8 +11,8 @@
 
 namespace {
 /** A course is followed period by period, which takes memory for each. */
-constexpr double kLeastCourseHz = 1.0;
-constexpr double kMostCourseHz = 1000.0;
+constexpr double kMinCourseHz = 1.0;
+constexpr double kMaxCourseHz = 1000.0;
 
 constexpr double kMaximumSamples = std::numeric_limits<qint32>::max();
 constexpr double kMaximumValue = std::numeric_limits<qint32>::max();
@@ -82,9 +82,9 @@ std::string problemOfCourse(const WaveParameters& parameters)
         return "modulation or tone with a changing frequency: expected a constant one";
     }
     for (const FrequencyPoint& point : parameters.mCourse) {
-        if (!(point.mHertz >= kLeastCourseHz && point.mHertz <= kMostCourseHz)) {
+        if (!(point.mHertz >= kMinCourseHz && point.mHertz <= kMaxCourseHz)) {
             return fmt::format("frequency {:g} Hz: expected {} to {} Hz where it changes",
-                               point.mHertz, kLeastCourseHz, kMostCourseHz);
+                               point.mHertz, kMinCourseHz, kMaxCourseHz);
         }
     }
     return {};

@@ -209,8 +209,8 @@ std::string Mapper::leftOutFor(size_t place) const
             names.push_back(trimmed(channel.mName));
         }
     }
-    constexpr size_t kMostNames = 6;
-    const size_t more = names.size() - std::min(names.size(), kMostNames);
+    constexpr size_t kMaxNames = 6;
+    const size_t more = names.size() - std::min(names.size(), kMaxNames);
     names.resize(names.size() - more);
     return fmt::format("{}{}", fmt::join(names, ", "),
                        more > 0 ? fmt::format(" and {} more", more) : "");

@@ -8,7 +8,7 @@
 #include "resampling/PhaseFollower.h"
 
 namespace {
-constexpr double kLeastPeriods = 6.0;
+constexpr double kMinPeriods = 6.0;
 
 /** A nominal frequency outside is taken for a slip of the recorder, in Hz. */
 constexpr double kLowestNominal = 10.0;
@@ -75,7 +75,7 @@ std::optional<PhaseTrack> follow(std::vector<std::vector<double>> phases, const 
         std::swap(phases[1], phases[2]);
         meter = PhaseMeter(times, sequenceOf(phases));
     }
-    if ((times.end() - times.begin()) * hz < kLeastPeriods) {
+    if ((times.end() - times.begin()) * hz < kMinPeriods) {
         fundamental.mWhyNoTrack = "the recording has fewer than six periods";
         return {};
     }

@@ -12,7 +12,7 @@
 
 namespace {
 /** More than anybody plays: stamps or a rate that lie. 55 h at 50 Hz. */
-constexpr double kMostPeriods = 1e7;
+constexpr double kMaxPeriods = 1e7;
 
 /** A recorder of waves takes more samples of a period. */
 constexpr double kFewSamples = 20.0;
@@ -58,7 +58,7 @@ void remarkRate(ImportPlan& plan, const SignalDescription& description, const Sa
 /** Distances of samples, by their places, that are wider than the steps before (or behind). */
 std::vector<size_t> gapsIn(const std::vector<double>& seconds, const SampleTimes& times)
 {
-    constexpr double kLeastSteps = 1.75;
+    constexpr double kMinSteps = 1.75;
     const auto isLong = [](const SampleTimes::Stretch& stretch) {
         return stretch.sampleCount() >= kShortestStretch;
     };
@@ -72,7 +72,7 @@ std::vector<size_t> gapsIn(const std::vector<double>& seconds, const SampleTimes
             continue;
         }
         for (size_t i = stretch.mFirst; i < stretch.mLast; ++i) {
-            if (seconds[i + 1] - seconds[i] > kLeastSteps * step) {
+            if (seconds[i + 1] - seconds[i] > kMinSteps * step) {
                 gaps.push_back(i);
             }
         }
@@ -83,19 +83,19 @@ std::vector<size_t> gapsIn(const std::vector<double>& seconds, const SampleTimes
 /** Where time stamps alone tell the time, some may be missing. */
 void remarkGaps(ImportPlan& plan, const std::vector<double>& seconds, const SampleTimes& times)
 {
-    constexpr size_t kMostGaps = 5;
+    constexpr size_t kMaxGaps = 5;
     std::vector<size_t> gaps = gapsIn(seconds, times);
     gaps.erase(std::remove_if(gaps.begin(), gaps.end(),
                               [&](size_t gap) {
                                   return seconds[gap + 1] <= plan.mFrom || seconds[gap] >= plan.mTo;
                               }),
                gaps.end());
-    for (size_t i = 0; i < std::min(gaps.size(), kMostGaps); ++i) {
+    for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
         plan.mRemarks.push_back(fmt::format("no samples from {:.6f} to {:.6f} s: bridged",
                                             seconds[gaps[i]], seconds[gaps[i] + 1]));
     }
-    if (gaps.size() > kMostGaps) {
-        plan.mRemarks.push_back(fmt::format("and {} more such gaps", gaps.size() - kMostGaps));
+    if (gaps.size() > kMaxGaps) {
+        plan.mRemarks.push_back(fmt::format("and {} more such gaps", gaps.size() - kMaxGaps));
     }
 }
 
@@ -106,15 +106,15 @@ void remarkTrack(ImportPlan& plan)
                             [](const auto& a, const auto& b) { return a.mHz < b.mHz; });
     plan.mRemarks.push_back(
         fmt::format("the frequency is followed: {:.3f} to {:.3f} Hz", least->mHz, most->mHz));
-    constexpr size_t kMostGaps = 10;
+    constexpr size_t kMaxGaps = 10;
     const std::vector<PhaseTrack::Gap>& gaps = plan.mTrack->gaps();
-    for (size_t i = 0; i < std::min(gaps.size(), kMostGaps); ++i) {
+    for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
         plan.mRemarks.push_back(
             fmt::format("it cannot be measured through {:.3f} to {:.3f} s and goes on evenly",
                         gaps[i].first, gaps[i].second));
     }
-    if (gaps.size() > kMostGaps) {
-        plan.mRemarks.push_back(fmt::format("and through {} more", gaps.size() - kMostGaps));
+    if (gaps.size() > kMaxGaps) {
+        plan.mRemarks.push_back(fmt::format("and through {} more", gaps.size() - kMaxGaps));
     }
 }
 
@@ -172,10 +172,10 @@ ImportPlan planImport(const SignalDescription& description, const RecordedSignal
     limitRange(plan, description, times, options);
     const double nominal = isNominalKnown(description) ? description.mNominalHz : 0.0;
     const double highest = std::max({100.0, nominal, double(options.mHz)});
-    if ((times.end() - times.begin()) * highest > kMostPeriods) {
+    if ((times.end() - times.begin()) * highest > kMaxPeriods) {
         throw CaseError(fmt::format("{}: lasts {:g} s: expected {:g} s at most",
                                     description.mFileName, times.end() - times.begin(),
-                                    kMostPeriods / highest));
+                                    kMaxPeriods / highest));
     }
     Fundamental fundamental = findFundamental(description, recorded, times, map);
     plan.mNominalHz = fundamental.mNominalHz;

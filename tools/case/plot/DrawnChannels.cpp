@@ -109,10 +109,10 @@ void DrawnChannels::drawDevice()
     const char* const conductors[] = {"L1", "L2", "L3", "N"};
     mGroups = {{"voltage", "V", {}}, {"current", "A", {}}};
     for (size_t i = 0; i < kChannelCount; ++i) {
-        const bool isVoltage = i < kMostOfEach;
-        const std::string conductor = conductors[i % kMostOfEach];
+        const bool isVoltage = i < kMaxOfEach;
+        const std::string conductor = conductors[i % kMaxOfEach];
         mGroups[isVoltage ? 0 : 1].mChannels.push_back(
-            {i % kMostOfEach, i, (isVoltage ? "U_{" : "I_{") + conductor + "}", kMilli});
+            {i % kMaxOfEach, i, (isVoltage ? "U_{" : "I_{") + conductor + "}", kMilli});
     }
 }
 
@@ -125,12 +125,12 @@ void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
         DrawnGroup group = groupOf(quantity);
         const std::vector<size_t> others = withoutPhase(channels, quantity);
         auto other = sources.empty() ? others.begin() : others.end();
-        for (size_t place = 0; place < kMostOfEach; ++place) {
+        for (size_t place = 0; place < kMaxOfEach; ++place) {
             const std::optional<size_t>& phase = order[next++];
             const bool isVacant = !phase && other != others.end();
             const std::optional<size_t> index = isVacant ? std::optional(*other++) : phase;
             if (index && unitOf(channels[*index]).mQuantity == quantity) {
-                group.mChannels.push_back({isVacant ? kMostOfEach + place : place, *index,
+                group.mChannels.push_back({isVacant ? kMaxOfEach + place : place, *index,
                                            labelOf(channels[*index]),
                                            unitOf(channels[*index]).mFactor});
             }
@@ -161,7 +161,7 @@ void DrawnChannels::drawFirst(const std::vector<ChannelDescription>& channels)
         return;
     }
     DrawnGroup group{"", channels[0].mUnit, {}};
-    for (size_t i = 0; i < std::min(channels.size(), kMostOfEach); ++i) {
+    for (size_t i = 0; i < std::min(channels.size(), kMaxOfEach); ++i) {
         group.mChannels.push_back({i, i, labelOf(channels[i]), 1.0});
     }
     mGroups.push_back(group);

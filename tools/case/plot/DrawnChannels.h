@@ -32,7 +32,7 @@ struct DrawnGroup
 class DrawnChannels
 {
 public:
-    static constexpr size_t kMostOfEach = 4;
+    static constexpr size_t kMaxOfEach = 4;
 
     /** @param sources what an import of the signal took for each channel; empty for no import */
     explicit DrawnChannels(const SignalDescription& description,

@@ -12,7 +12,7 @@ void Envelope::add(double x, const std::vector<double>& values)
         isNew ? mCurves[i].push_back(column) : join(&mCurves[i].back(), column);
     }
     mInLast = (mInLast + 1) % mInColumn;
-    if (mInLast == 0 && !mCurves.empty() && mCurves[0].size() == mMostColumns) {
+    if (mInLast == 0 && !mCurves.empty() && mCurves[0].size() == mMaxColumns) {
         halve();
     }
 }

@@ -17,7 +17,7 @@ class Envelope
 {
 public:
     /** Keeps between columns and twice as many once there are so many. Requires: columns > 0. */
-    Envelope(size_t curves, size_t columns) : mMostColumns(2 * columns), mCurves(curves) {}
+    Envelope(size_t curves, size_t columns) : mMaxColumns(2 * columns), mCurves(curves) {}
 
     /** A value that is not a number is left out. Requires: a value a curve. */
     void add(double x, const std::vector<double>& values);
@@ -36,7 +36,7 @@ private:
     static void join(Column* column, const Column& other);
     void halve();
 
-    size_t mMostColumns;
+    size_t mMaxColumns;
     size_t mInColumn = 1; ///< values that a full column stands for
     size_t mInLast = 0;   ///< values in the last column
     std::vector<std::vector<Column>> mCurves;

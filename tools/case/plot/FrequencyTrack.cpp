@@ -15,7 +15,7 @@ constexpr size_t kMedianOf = 7;
 constexpr size_t kFewestSamples = 4;
 
 /** With less of the power in the fundamental there is none. */
-constexpr double kLeastShare = 0.1;
+constexpr double kMinShare = 0.1;
 
 std::complex<double> product(const std::vector<double>& values,
                              const std::vector<std::complex<double>>& weights)
@@ -93,6 +93,6 @@ double FrequencyTrack::turnInto(const Period& last, const Period& period)
         mLast[i] = product(values, mRising);
     }
     // A sine of amplitude 1 has a power of 1/2 and is 1/2 in a window.
-    return std::abs(sum) < kLeastShare * power / 2.0 || power == 0.0 ? kNone
-                                                                     : std::arg(sum) / 2.0 / kPi;
+    return std::abs(sum) < kMinShare * power / 2.0 || power == 0.0 ? kNone
+                                                                   : std::arg(sum) / 2.0 / kPi;
 }

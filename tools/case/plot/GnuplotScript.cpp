@@ -42,7 +42,7 @@ constexpr double kAxisHeight = 62.0; ///< below the lowest panel
 constexpr double kColumnTitleHeight = 44.0;
 constexpr double kColumnGap = 48.0;
 constexpr double kWaveHeight = 250.0;
-constexpr size_t kMostCommandLines = 6;
+constexpr size_t kMaxCommandLines = 6;
 
 /** Fewer may leave a range around 0 with 0 alone. */
 constexpr double kWaveSteps = 5.0;
@@ -112,10 +112,10 @@ double roundStep(double width, double steps)
 /** A round step between times whose labels, as kTimeFormat writes them, do not touch. */
 double timeStep(double from, double to, double letters)
 {
-    constexpr double kMostSteps = 15.0;
+    constexpr double kMaxSteps = 15.0;
     constexpr double kApart = 3.0;
     const auto widthAt = [](double time) { return fmt::format("{:.9g}", time).size(); };
-    for (double steps = kMostSteps;; --steps) {
+    for (double steps = kMaxSteps;; --steps) {
         const double step = roundStep(to - from, steps);
         const double last = std::floor(to / step);
         const auto widest = std::max(widthAt(last * step), widthAt((last - 1.0) * step));
@@ -352,7 +352,7 @@ void Script::placeCommands()
         const bool isLate = command.mSeconds + width > mPicture.mEnd;
         const double begin = command.mSeconds - (isLate ? width : 0.0);
         auto line = std::find_if(ends.begin(), ends.end(), [&](double it) { return it <= begin; });
-        if (line == ends.end() && ends.size() < kMostCommandLines) {
+        if (line == ends.end() && ends.size() < kMaxCommandLines) {
             line = ends.insert(line, begin);
         }
         const bool isPlaced = line != ends.end();

@@ -9,7 +9,7 @@
 
 namespace {
 /** Less than this is noise. */
-constexpr double kLeastWeight = 0.05;
+constexpr double kMinWeight = 0.05;
 
 /** A tenth more or less of the frequency is as much as half of the voltage. */
 constexpr double kFrequencyWeight = 5.0;
@@ -21,7 +21,7 @@ constexpr double kOnset = 0.2;
 constexpr size_t kSettled = 2;
 
 /** Beyond this many the lighter half is forgotten. */
-constexpr size_t kMostCandidates = 256;
+constexpr size_t kMaxCandidates = 256;
 
 double rmsOf(const std::vector<double>& values)
 {
@@ -74,7 +74,7 @@ void Moments::add(const Period& last, const Period& period, const std::vector<do
         mLastDifferences.assign(rms.size(), std::numeric_limits<double>::infinity());
     } else {
         const Candidate candidate = jumpIn(last, period);
-        if (candidate.mWeight > kLeastWeight) {
+        if (candidate.mWeight > kMinWeight) {
             keep(candidate);
         }
     }
@@ -93,7 +93,7 @@ Moments::Candidate Moments::jumpIn(const Period& last, const Period& period)
         const double rise = scale > 0.0 ? (difference - mLastDifferences[i]) / scale : 0.0;
         mLastDifferences[i] = difference;
         // The largest may begin late, where the jump of its phase is at a zero.
-        onset = rise > kLeastWeight ? std::min(onset, onsetIn(period)) : onset;
+        onset = rise > kMinWeight ? std::min(onset, onsetIn(period)) : onset;
         if (rise > best.mWeight) {
             best = {0.0, rise, mPeriods, i, mLastRms[i], mLastRms[i]};
         }
@@ -157,7 +157,7 @@ void Moments::keep(const Candidate& candidate)
         return;
     }
     mCandidates.push_back(candidate);
-    if (mCandidates.size() > kMostCandidates) {
+    if (mCandidates.size() > kMaxCandidates) {
         forgetLighterHalf();
     }
 }
@@ -165,7 +165,7 @@ void Moments::keep(const Candidate& candidate)
 /** Of those that weigh as much as the last one kept, the first stay. */
 void Moments::forgetLighterHalf()
 {
-    constexpr size_t kKept = kMostCandidates / 2;
+    constexpr size_t kKept = kMaxCandidates / 2;
     std::vector<double> weights;
     for (const Candidate& it : mCandidates) {
         weights.push_back(it.mWeight);

@@ -9,7 +9,7 @@ Overview::Overview(const SignalDescription& description, const DrawnChannels& ch
                    size_t columns)
     : mRms(channels.count(), columns),
       mHertz(1, columns),
-      mTrack(std::min(channels.count(), DrawnChannels::kMostOfEach)),
+      mTrack(std::min(channels.count(), DrawnChannels::kMaxOfEach)),
       mMoments(channels),
       mPeriods(description, channels,
                [this](const Period& last, const Period& period) { take(last, period); }),

@@ -40,7 +40,7 @@ void Periods::add(const SignalBlock& block)
     size_t begin = 0;
     while (begin < block.size()) {
         const double number = std::floor(turnsAt(block.mFirst + begin, block.mSeconds[begin]));
-        if (number != mNumber || mPeriod.size() >= kMostSamples) {
+        if (number != mNumber || mPeriod.size() >= kMaxSamples) {
             close(block.mSeconds[begin], number == mNumber + 1.0);
             mNumber = number;
         }

@@ -38,7 +38,7 @@ public:
 
 private:
     /** A file may say that all its samples belong to one period. */
-    static constexpr size_t kMostSamples = size_t{1} << 20U;
+    static constexpr size_t kMaxSamples = size_t{1} << 20U;
 
     double turnsAt(size_t sample, double seconds) const;
     void append(const SignalBlock& block, size_t begin, size_t end);

@@ -361,8 +361,7 @@ std::vector<Moment> Maker::moments() const
                            fmt::format("{:.4g} s: {}", command.mSeconds, command.mText)});
     }
     const double period = mSignals[0]->mOverview.period();
-    return chooseMoments(moments, mRequest.mMostMoments,
-                         period * (kPeriodsBefore + kPeriodsBehind));
+    return chooseMoments(moments, mRequest.mMaxMoments, period * (kPeriodsBefore + kPeriodsBehind));
 }
 
 std::vector<WaveColumn> Maker::chooseColumns() const

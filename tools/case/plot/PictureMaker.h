@@ -16,7 +16,7 @@ struct PictureRequest
     std::optional<double> mAt;  ///< s, the moment to show
     std::optional<double> mFrom;
     std::optional<double> mTo;
-    size_t mMostMoments = 3;
+    size_t mMaxMoments = 3;
     size_t mColumns = 1000; ///< points side by side that can be told apart
 };
 

@@ -8,8 +8,8 @@
 namespace {
 
 /** More cannot be told apart in a picture; what comes behind belongs to the last. */
-constexpr size_t kMostParts = 1000;
-constexpr size_t kMostCommands = 100;
+constexpr size_t kMaxParts = 1000;
+constexpr size_t kMaxCommands = 100;
 
 std::string effectOf(const std::string& text)
 {
@@ -31,7 +31,7 @@ void PlayedBar::add(const PlayedStretch& stretch)
     const PlayedPart part{secondsOf(stretch.mFirstStampNs), secondsOf(stretch.mLastStampNs),
                           configuration, fmt::format("{}: {}", configuration, name.toStdString())};
     // Where nothing is missing, a part ends where the next one begins.
-    if (!mParts.empty() && (mParts.back().mText == part.mText || mParts.size() == kMostParts)) {
+    if (!mParts.empty() && (mParts.back().mText == part.mText || mParts.size() == kMaxParts)) {
         mParts.back().mTo = part.mTo;
         return;
     }
@@ -51,7 +51,7 @@ void PlayedBar::addCommand(const SentCommand& command)
 
 void PlayedBar::addCommand(qint64 arrivalNs, const std::string& text, const std::string& effect)
 {
-    if (mCommands.size() < kMostCommands) {
+    if (mCommands.size() < kMaxCommands) {
         mCommands.push_back({secondsOf(arrivalNs), fmt::format("command “{}”{}", text, effect)});
     }
 }

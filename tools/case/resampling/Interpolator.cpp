@@ -10,7 +10,7 @@ constexpr size_t kShortestStretch = 16;
 constexpr size_t kCubicPoints = 4;
 
 /** Rates of which a kernel is kept, 1 % apart: each takes some 1.5 MB. */
-constexpr size_t kMostKernels = 16;
+constexpr size_t kMaxKernels = 16;
 constexpr double kKernelsAnOctave = 64.0;
 
 /** Rates are the same, although a frequency drifts and a step is truncated, in 1/64 octave. */
@@ -82,7 +82,7 @@ const SincKernel* Interpolator::kernelFor(const Stretch& stretch)
     if (found != mKernels.end()) {
         return &found->second;
     }
-    if (mKernels.size() == kMostKernels) {
+    if (mKernels.size() == kMaxKernels) {
         return nullptr;
     }
     return &mKernels.emplace(key, SincKernel(std::exp2(-key / kKernelsAnOctave))).first->second;

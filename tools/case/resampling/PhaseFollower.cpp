@@ -26,7 +26,7 @@ constexpr double kSilence = 0.02; ///< of the signal's rms
 constexpr double kFrequencyRange = 0.25;
 
 /** How far the frequency may drift unseen, in parts of itself. */
-constexpr double kMostDrift = 0.1;
+constexpr double kMaxDrift = 0.1;
 
 /** To the nearest whole number of periods: -0.5 to 0.5. */
 double wrapped(double cycles)
@@ -238,7 +238,7 @@ PhaseFollower::Model PhaseFollower::fittedTo(const Points& points, size_t anchor
 double PhaseFollower::Model::cyclesAt(size_t hop) const
 {
     const double x = static_cast<double>(hop) - static_cast<double>(mHop);
-    const double most = mBend == 0.0 ? std::abs(x) : std::abs(kMostDrift * mSlope / mBend);
+    const double most = mBend == 0.0 ? std::abs(x) : std::abs(kMaxDrift * mSlope / mBend);
     const double bent = std::clamp(x, -most, most);
     return mCycles + (mSlope + mBend / 2.0 * bent) * bent + (mSlope + mBend * bent) * (x - bent);
 }

@@ -8,7 +8,7 @@ namespace {
 constexpr double kTwoPi = 6.28318530717958647692;
 
 /** Fewer tell nothing about a phase. */
-constexpr long kLeastSamples = 4L * PhaseMeter::kWindowPeriods;
+constexpr long kMinSamples = 4L * PhaseMeter::kWindowPeriods;
 
 /** Rounding of times at the ends of the signal, in s. */
 constexpr double kRoundingOfTimes = 1e-9;
@@ -53,7 +53,7 @@ std::optional<PhaseMeter::Phasor> PhaseMeter::measure(double seconds, double hz)
     }
     const auto first = std::lower_bound(mSeconds.begin(), mSeconds.end(), seconds - half);
     const auto last = std::upper_bound(first, mSeconds.end(), seconds + half);
-    if (last - first < kLeastSamples) {
+    if (last - first < kMinSamples) {
         return {};
     }
     std::complex<double> sum;

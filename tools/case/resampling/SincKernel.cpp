@@ -19,7 +19,7 @@ constexpr double kHalfEdge = 0.0435;
 constexpr double kRows = 2048.0;
 
 /** Below it, aliases are let through instead of summing ever more samples. */
-constexpr double kLeastRatio = 1e-3;
+constexpr double kMinRatio = 1e-3;
 
 double sinc(double x)
 {
@@ -48,7 +48,7 @@ void normalise(double* row, size_t width)
 
 SincKernel::SincKernel(double ratio)
 {
-    ratio = std::max(ratio, kLeastRatio);
+    ratio = std::max(ratio, kMinRatio);
     const double cut = ratio < 1.0 ? ratio * (1.0 - 2.0 * kHalfEdge) : 1.0;
     const double reach = kHalfWidth / ratio;
     mHalfWidth = static_cast<size_t>(std::ceil(reach));

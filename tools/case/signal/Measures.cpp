@@ -11,10 +11,10 @@ namespace {
 constexpr double kUsualHertz[] = {50.0, 50.0 / 3.0};
 
 /** With less of it in the fundamental, a channel shows none. */
-constexpr double kLeastShare = 0.1;
+constexpr double kMinShare = 0.1;
 
 /** The frequency is looked for in so many channels. */
-constexpr size_t kMostMeteredChannels = 16;
+constexpr size_t kMaxMeteredChannels = 16;
 
 constexpr size_t kLanes = 4;
 } // namespace
@@ -45,7 +45,7 @@ void Measures::add(const SignalBlock& block)
 /** Not before the first block, with which a value file tells its frequency. */
 void Measures::beginMeters()
 {
-    const size_t channels = std::min(mChannels.size(), kMostMeteredChannels);
+    const size_t channels = std::min(mChannels.size(), kMaxMeteredChannels);
     if (mDescription.mNominalHz > 0.0) {
         mMeters.emplace_back(mDescription.mNominalHz, channels);
         return;
@@ -97,7 +97,7 @@ double Measures::frequency() const
         const FrequencyMeter::Result result = meter.result();
         best = result.mShare > best.mShare ? result : best;
     }
-    return best.mShare < kLeastShare ? 0.0 : best.mHertz;
+    return best.mShare < kMinShare ? 0.0 : best.mHertz;
 }
 
 void measure(SignalSource& source, Measures* measures)

@@ -13,7 +13,7 @@
 namespace {
 constexpr size_t kProbedLines = 50;
 constexpr size_t kBlockValues = 32768;
-constexpr size_t kMostBlockSamples = 4096;
+constexpr size_t kMaxBlockSamples = 4096;
 constexpr double kLargestTime = 1e15; ///< in any unit
 
 /** The first lines that are not empty, as they stand. */
@@ -79,7 +79,7 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
 
 bool TextFileSource::read(SignalBlock& block)
 {
-    const size_t most = std::clamp<size_t>(kBlockValues / mLastValues.size(), 1, kMostBlockSamples);
+    const size_t most = std::clamp<size_t>(kBlockValues / mLastValues.size(), 1, kMaxBlockSamples);
     block.mFirst = mSamples;
     block.mFrequency.clear();
     block.resize(mLastValues.size(), most);

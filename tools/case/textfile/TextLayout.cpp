@@ -69,14 +69,14 @@ bool isRow(std::string_view line, char separator, char decimalSign, size_t count
 std::optional<size_t> findHeading(const std::vector<std::string>& lines, char separator,
                                   char decimalSign)
 {
-    constexpr size_t kLeastColumns = 2;
+    constexpr size_t kMinColumns = 2;
     for (size_t heading = 0; heading + 1 < lines.size(); ++heading) {
         const auto names = textFields(lines[heading], separator);
         const auto isRowOfIt = [&](const std::string& line) {
             return isRow(line, separator, decimalSign, names.size());
         };
         double number = 0.0;
-        if (names.size() >= kLeastColumns && !parseTextNumber(names[0], decimalSign, &number) &&
+        if (names.size() >= kMinColumns && !parseTextNumber(names[0], decimalSign, &number) &&
             std::all_of(lines.begin() + static_cast<std::ptrdiff_t>(heading) + 1, lines.end(),
                         isRowOfIt)) {
             return heading;
