@@ -34,7 +34,7 @@ echo "demo: playing for $seconds s; the commands s1 and 2 follow after 3 s and 6
 examples=$PWD/examples
 (
     cd "$results" # the value files are named relative to where the simulator starts
-    "$programs/standin/vx-sandbox" --record recording.bin --events events.jsonl \
+    "$programs/tools/sandbox/vx-sandbox" --record recording.bin --events events.jsonl \
         --for "$seconds" --send 3:s1 --send 6:2 -- \
         "$programs/source/vx-simulator" --track "$examples/demo.trackconfig.xml" \
         --config "$examples/vx-simulator.conf"

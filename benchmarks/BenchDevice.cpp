@@ -8,7 +8,7 @@
 
 void makeBenchDevice()
 {
-    PrivateMounts mounts;
+    sandbox::PrivateMounts mounts;
     mounts.enter();
     mounts.makePrivateDev();
     mounts.makeEtcVx();

@@ -4,9 +4,9 @@
 #include <cmath>
 
 #include "base/ResultFile.h"
-#include "import/Importer.h"
+#include "importing/Importer.h"
 #include "input/OpenInput.h"
-#include "signal/Measures.h"
+#include "waveform/Measures.h"
 
 /**
  * What an import costs, from the recording to the value file on disk: eight channels at 4,800
@@ -70,7 +70,7 @@ std::string dataOf(int samples)
 
 void write(const std::string& name, const std::string& bytes)
 {
-    ResultFile file(name);
+    base::ResultFile file(name);
     file.write(bytes);
     file.commit();
 }
@@ -84,9 +84,9 @@ void importRecording(benchmark::State& state)
     write(name + ".dat", dataOf(samples));
     size_t lines = 0;
     for (auto _ : state) {
-        const auto source = openInput(name + ".cfg", {});
-        ResultFile output(name + ".csv");
-        lines = importSignal(*source, {}, output).mLines;
+        const auto source = input::openInput(name + ".cfg", {});
+        base::ResultFile output(name + ".csv");
+        lines = importing::importSignal(*source, {}, output).mLines;
         output.commit();
     }
     state.counters["lines"] = static_cast<double>(lines);
@@ -101,9 +101,9 @@ void lookAt(benchmark::State& state, const char* kind, const std::string& data, 
     write(name + ".cfg", configurationOf(samples, kind));
     write(name + ".dat", data);
     for (auto _ : state) {
-        const auto source = openInput(name + ".cfg", {});
-        Measures measures(source->description());
-        SignalBlock block;
+        const auto source = input::openInput(name + ".cfg", {});
+        waveform::Measures measures(source->description());
+        waveform::SignalBlock block;
         while (source->read(block)) {
             measures.add(block);
         }

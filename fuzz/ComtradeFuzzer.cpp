@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const MemoryFile config(text.substr(0, end));
     const MemoryFile values(end == std::string::npos ? "" : text.substr(end + 3));
     readRecording([&] {
-        return std::make_unique<ComtradeSource>(openComtradePair(
+        return std::make_unique<comtrade::ComtradeSource>(comtrade::openComtradePair(
             config.path().toStdString(), values.path().toStdString(), std::string()));
     });
     return 0;

@@ -21,7 +21,7 @@ inline void require(bool holds, const std::string& what)
 inline void enterFuzzProcess()
 {
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
-    PrivateMounts mounts;
+    sandbox::PrivateMounts mounts;
     mounts.enter();
     mounts.makeEtcVx();
 }

@@ -7,8 +7,8 @@
 
 #include "FuzzProcess.h"
 #include "base/CaseError.h"
-#include "signal/Measures.h"
-#include "signal/SignalSource.h"
+#include "waveform/Measures.h"
+#include "waveform/SignalSource.h"
 
 /**
  * Opens and reads a signal to its end. It may be refused; else its blocks are whole, follow one
@@ -18,9 +18,9 @@ template <typename Open>
 void readRecording(Open open)
 {
     try {
-        const std::unique_ptr<SignalSource> source = open();
-        Measures measures(source->description());
-        SignalBlock block;
+        const std::unique_ptr<waveform::SignalSource> source = open();
+        waveform::Measures measures(source->description());
+        waveform::SignalBlock block;
         size_t samples = 0;
         double last = 0.0;
         while (source->read(block)) {
@@ -36,7 +36,7 @@ void readRecording(Open open)
             measures.add(block);
         }
         require(measures.frequency() >= 0.0, "a frequency is no less than 0");
-    } catch (const CaseError&) {
+    } catch (const base::CaseError&) {
         return;
     }
 }

@@ -6,6 +6,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const MemoryFile file(textOf(data, size));
-    readRecording([&] { return openInput(file.path().toStdString(), {}); });
+    readRecording([&] { return input::openInput(file.path().toStdString(), {}); });
     return 0;
 }

@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 database=build/lint
 cmake --preset release -B "$database" -D CMAKE_UNITY_BUILD=OFF >/dev/null
 jobs=$(nproc)
-programs=(source externals standin tools)
+programs=(source externals tools)
 status=0
 
 echo "lint: clang-format"

@@ -35,7 +35,7 @@ done
 
 # Each option that a program explains is completed.
 case=tools/case/vx-case
-commands=(source/vx-simulator standin/vx-sandbox tools/control/vx-control "$case")
+commands=(source/vx-simulator tools/sandbox/vx-sandbox tools/control/vx-control "$case")
 while read -r subcommand; do
     commands+=("$case $subcommand")
 done < <("build/package/$case" --help | sed '1,/^Subcommands:/d' | sed -n 's/^  \([a-z]*\).*/\1/p')
@@ -75,7 +75,7 @@ mmdebstrap --quiet --variant=apt --hook-dir=/usr/share/mmdebstrap/hooks/file-mir
 # These mounts are made in the sandbox's own namespace and are gone with it.
 play="for path in /dev /proc /sys /etc/vx; do mount --rbind \$path $root\$path; done"
 play+="; exec chroot $root vx-simulator"
-build/package/standin/vx-sandbox --record build/package/recording.bin --send 1:s1 --for 3 -- \
+build/package/tools/sandbox/vx-sandbox --record build/package/recording.bin --send 1:s1 --for 3 -- \
     sh -c "$play" | tee build/package/played.log
 grep -q 'Execute Config 1 once' build/package/played.log || fail "the command was not taken"
 grep -q 'refused writes *0$' build/package/played.log || fail "writes were refused"

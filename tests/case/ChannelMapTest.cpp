@@ -1,4 +1,4 @@
-#include "import/ChannelMap.h"
+#include "importing/ChannelMap.h"
 
 #include <gmock/gmock.h>
 
@@ -7,10 +7,10 @@
 using testing::HasSubstr;
 
 namespace {
-ChannelDescription channel(const char* name, const char* phase, const char* unit,
-                           const char* component = "")
+waveform::ChannelDescription channel(const char* name, const char* phase, const char* unit,
+                                     const char* component = "")
 {
-    ChannelDescription result;
+    waveform::ChannelDescription result;
     result.mName = name;
     result.mPhase = phase;
     result.mUnit = unit;
@@ -18,9 +18,9 @@ ChannelDescription channel(const char* name, const char* phase, const char* unit
     return result;
 }
 
-SignalDescription recordingOf(std::vector<ChannelDescription> channels)
+waveform::SignalDescription recordingOf(std::vector<waveform::ChannelDescription> channels)
 {
-    SignalDescription description;
+    waveform::SignalDescription description;
     description.mFileName = "fault.cfg";
     for (size_t i = 0; i < channels.size(); ++i) {
         channels[i].mNumber = static_cast<int>(i) + 1;
@@ -30,20 +30,21 @@ SignalDescription recordingOf(std::vector<ChannelDescription> channels)
 }
 
 /** "UA UB - ..." */
-std::string sourcesOf(const ChannelMap& map)
+std::string sourcesOf(const importing::ChannelMap& map)
 {
     std::string text;
-    for (const MappedChannel& mapped : map.mChannels) {
+    for (const importing::MappedChannel& mapped : map.mChannels) {
         text += (text.empty() ? "" : " ") + mapped.mText;
     }
     return text;
 }
 
-std::string errorOf(const SignalDescription& description, const MappingOptions& options)
+std::string errorOf(const waveform::SignalDescription& description,
+                    const importing::MappingOptions& options)
 {
     try {
-        mapChannels(description, options);
-    } catch (const CaseError& error) {
+        importing::mapChannels(description, options);
+    } catch (const base::CaseError& error) {
         return error.what();
     }
     return "";
@@ -53,41 +54,46 @@ std::string errorOf(const SignalDescription& description, const MappingOptions& 
 /** What stands in the phase fields and at the ends of the names of real recordings. */
 TEST(ChannelMapTest, KnowsPhases)
 {
-    const std::pair<ChannelPhase, std::vector<const char*>> rows[] = {
-        {ChannelPhase::A,
+    const std::pair<importing::ChannelPhase, std::vector<const char*>> rows[] = {
+        {importing::ChannelPhase::A,
          {"A", "a", "R", "L1", "1", "V1", "IA ", "I_A", "UL1", "VAN", "L1-N", "Bus 1 Ua", "А"}},
-        {ChannelPhase::B, {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE"}},
-        {ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
-        {ChannelPhase::Neutral, {"N", "4", "3I0", "3U0", "I0", "IN", "U4", "VG", "neutral"}},
-        {ChannelPhase::BetweenPhases, {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},
-        {ChannelPhase::Unknown, {"", "VDC_G1", "TRIP", "PHASE ABC", "I12", "DELTA", "LINE"}},
+        {importing::ChannelPhase::B,
+         {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE"}},
+        {importing::ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
+        {importing::ChannelPhase::Neutral,
+         {"N", "4", "3I0", "3U0", "I0", "IN", "U4", "VG", "neutral"}},
+        {importing::ChannelPhase::BetweenPhases,
+         {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},
+        {importing::ChannelPhase::Unknown,
+         {"", "VDC_G1", "TRIP", "PHASE ABC", "I12", "DELTA", "LINE"}},
     };
     for (const auto& [phase, texts] : rows) {
         for (const char* const text : texts) {
-            EXPECT_EQ(phaseAtEndOf(text).mPhase, phase) << text;
+            EXPECT_EQ(importing::phaseAtEndOf(text).mPhase, phase) << text;
         }
     }
 }
 
 TEST(ChannelMapTest, KnowsUnits)
 {
-    const std::tuple<const char*, ChannelUnit::Quantity, double> rows[] = {
-        {"kV", ChannelUnit::Quantity::Voltage, 1e3},
-        {"KV", ChannelUnit::Quantity::Voltage, 1e3},
-        {"volt", ChannelUnit::Quantity::Voltage, 1},
-        {" mV ", ChannelUnit::Quantity::Voltage, 1e-3},
-        {"кВ", ChannelUnit::Quantity::Voltage, 1e3},
-        {"A", ChannelUnit::Quantity::Current, 1},
-        {"kA", ChannelUnit::Quantity::Current, 1e3},
-        {"ampere", ChannelUnit::Quantity::Current, 1},
-        {"µA", ChannelUnit::Quantity::Current, 1e-6},
-        {"VA", ChannelUnit::Quantity::Unknown, 1},
-        {"Hz", ChannelUnit::Quantity::Unknown, 1},
-        {"", ChannelUnit::Quantity::Unknown, 1},
+    const std::tuple<const char*, importing::ChannelUnit::Quantity, double> rows[] = {
+        {"kV", importing::ChannelUnit::Quantity::Voltage, 1e3},
+        {"KV", importing::ChannelUnit::Quantity::Voltage, 1e3},
+        {"volt", importing::ChannelUnit::Quantity::Voltage, 1},
+        {" mV ", importing::ChannelUnit::Quantity::Voltage, 1e-3},
+        {"кВ", importing::ChannelUnit::Quantity::Voltage, 1e3},
+        {"A", importing::ChannelUnit::Quantity::Current, 1},
+        {"kA", importing::ChannelUnit::Quantity::Current, 1e3},
+        {"ampere", importing::ChannelUnit::Quantity::Current, 1},
+        {"µA", importing::ChannelUnit::Quantity::Current, 1e-6},
+        {"VA", importing::ChannelUnit::Quantity::Unknown, 1},
+        {"Hz", importing::ChannelUnit::Quantity::Unknown, 1},
+        {"", importing::ChannelUnit::Quantity::Unknown, 1},
     };
     for (const auto& [text, quantity, factor] : rows) {
-        EXPECT_EQ(unitOf(text).mQuantity, quantity) << text;
-        EXPECT_TRUE(quantity == ChannelUnit::Quantity::Unknown || unitOf(text).mFactor == factor)
+        EXPECT_EQ(importing::unitOf(text).mQuantity, quantity) << text;
+        EXPECT_TRUE(quantity == importing::ChannelUnit::Quantity::Unknown ||
+                    importing::unitOf(text).mFactor == factor)
             << text;
     }
 }
@@ -95,7 +101,7 @@ TEST(ChannelMapTest, KnowsUnits)
 /** The first complete set of each quantity; the neutral of another object is not taken. */
 TEST(ChannelMapTest, TakesTheFirstCompleteSet)
 {
-    const std::pair<std::vector<ChannelDescription>, const char*> rows[] = {
+    const std::pair<std::vector<waveform::ChannelDescription>, const char*> rows[] = {
         {{channel("I1", "I1", "A"), channel("I4", "I4", "A"), channel("U1", "V1", "volt"),
           channel("U2", "V2", "volt"), channel("U3", "V3", "volt")},
          "U1 U2 U3 - I1 - - I4"},
@@ -121,19 +127,19 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
          "U-L1 U L2 UL3 - - - - -"},
     };
     for (const auto& [channels, sources] : rows) {
-        EXPECT_EQ(sourcesOf(mapChannels(recordingOf(channels), {})), sources);
+        EXPECT_EQ(sourcesOf(importing::mapChannels(recordingOf(channels), {})), sources);
     }
-    EXPECT_THAT(mapChannels(recordingOf(rows[4].first), {}).mRemarks,
+    EXPECT_THAT(importing::mapChannels(recordingOf(rows[4].first), {}).mRemarks,
                 testing::Contains(HasSubstr("UA, UB, UC are taken for one object, although")));
-    EXPECT_THAT(mapChannels(recordingOf(rows[1].first), {}).mRemarks,
+    EXPECT_THAT(importing::mapChannels(recordingOf(rows[1].first), {}).mRemarks,
                 testing::Contains("channel 7 (neutral current) is 0; not taken for it: IN_T; see "
                                   "--channels"));
-    const SignalDescription unclear =
+    const waveform::SignalDescription unclear =
         recordingOf({channel("IA1", "", "A"), channel("IB1", "", "A"), channel("IN", "", "A")});
-    EXPECT_THAT(mapChannels(unclear, {}).mRemarks,
+    EXPECT_THAT(importing::mapChannels(unclear, {}).mRemarks,
                 testing::Contains("channel 4 (current A) is 0; not taken for it: IA1, IB1; see "
                                   "--channels"));
-    const ChannelMap map = mapChannels(recordingOf(rows[0].first), {});
+    const importing::ChannelMap map = importing::mapChannels(recordingOf(rows[0].first), {});
     EXPECT_THAT(map.mRemarks,
                 testing::ElementsAre("channel 3 (neutral voltage) is 0: the recording has none",
                                      "channel 5 (current B) is 0: the recording has none",
@@ -142,17 +148,18 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
 
 TEST(ChannelMapTest, DoesWhatIsAsked)
 {
-    SignalDescription recording =
+    waveform::SignalDescription recording =
         recordingOf({channel("IA", "A", "A"), channel("IB", "B", "mA"), channel("UA", "A", "kV"),
                      channel("UA", "A", "V"), channel("a,b", "", "%")});
     recording.mChannels[2].mSide = 'S';
     recording.mChannels[2].mPrimary = 20'000;
     recording.mChannels[2].mSecondary = 100;
-    MappingOptions options;
+    importing::MappingOptions options;
     options.mCountsPerVolt = 10;
-    options.mSide = TransformerSide::Primary;
-    ASSERT_EQ(readAssignments("0 = 3 , 1=5*-2,4=IA*0.5+ IB,5=0", options.mAssignments), "");
-    const ChannelMap map = mapChannels(recording, options);
+    options.mSide = importing::TransformerSide::Primary;
+    ASSERT_EQ(importing::readAssignments("0 = 3 , 1=5*-2,4=IA*0.5+ IB,5=0", options.mAssignments),
+              "");
+    const importing::ChannelMap map = importing::mapChannels(recording, options);
     EXPECT_EQ(sourcesOf(map), "3 5*-2 - - IA*0.5+ IB 0 - -");
     EXPECT_DOUBLE_EQ(map.mChannels[0].mCounts, 10 * 1000 * 200.0);
     EXPECT_EQ(map.mChannels[1].mTerms[0].mFactor, -2);
@@ -170,12 +177,12 @@ TEST(ChannelMapTest, DoesWhatIsAsked)
         {"0=0,1=0,2=0,3=0,4=0,5=0,6=0,7=0", "--channels makes all channels 0"}};
     for (const auto& [text, message] : errors) {
         options.mAssignments = {};
-        ASSERT_EQ(readAssignments(text, options.mAssignments), "");
+        ASSERT_EQ(importing::readAssignments(text, options.mAssignments), "");
         EXPECT_THAT(errorOf(recording, options), HasSubstr(message));
     }
     for (const char* const text : {"", "8=IA", "0", "0=IA,0=IB", "0=", "0=IA+", "0=IA*x", "0=1*2*3",
                                    "0=IA,", "x=IA", "0=IA*nan"}) {
-        Assignments assignments;
-        EXPECT_THAT(readAssignments(text, assignments), HasSubstr("expected")) << text;
+        importing::Assignments assignments;
+        EXPECT_THAT(importing::readAssignments(text, assignments), HasSubstr("expected")) << text;
     }
 }

@@ -15,7 +15,7 @@ namespace {
 class CheckTest : public testing::Test
 {
 protected:
-    CheckTest() { CaseConfiguration::keepLogSilent(); }
+    CheckTest() { configuration::CaseConfiguration::keepLogSilent(); }
 
     /** A sine of amplitude 1000 in all channels, its first sample at 0 degrees, in line 2. */
     void makeWave(
@@ -32,9 +32,9 @@ protected:
     }
 
     /** In the configuration "@" stands for the directory, in the findings for its file, too. */
-    CaseCheck check(const std::string& configuration)
+    check::CaseCheck check(const std::string& configuration)
     {
-        return CaseCheck(mFiles.make("conf", replaced(configuration, "@", mFiles.path(""))));
+        return check::CaseCheck(mFiles.make("conf", replaced(configuration, "@", mFiles.path(""))));
     }
 
     std::vector<std::string> shortened(const std::vector<std::string>& findings) const
@@ -65,7 +65,7 @@ TEST_F(CheckTest, FindsAllErrorsInOneRun)
     makeWave("still", 720, [](int sample) { return sample < 360 ? 50 : 5e6; });
     mFiles.make("bad", "\n;;0;0;50,1;1;2;3;4;5;6;7;8\n;;0;0;50;1;2;3;4;5;6;7;8\n1;2\n");
     mFiles.make("worse", repeated("x\n", 2500));
-    const CaseCheck result = check(
+    const check::CaseCheck result = check(
         "0,1,@good\n1,1,@gone\nx,1,@good\n1,1,@bad\n2,1,@still\n4,1\n4,1,@bad\n-3,9,\n5,1,@"
         "worse\n");
     const std::vector<std::string> errors = shortened(result.errors());
@@ -118,10 +118,10 @@ TEST_F(CheckTest, TellsWhatIsPlayed)
 {
     makeWave("a", 720, [](int sample) { return sample < 360 ? 50 : 60; });
     makeWave("b", 360);
-    const CaseCheck result = check("0,2,@a\n0,1,@b\n0,0,@b\n1,1,@b\n-1,1,\n");
+    const check::CaseCheck result = check("0,2,@a\n0,1,@b\n0,0,@b\n1,1,@b\n-1,1,\n");
     EXPECT_THAT(result.errors(), IsEmpty());
     ASSERT_EQ(result.configurations().size(), 2U);
-    const CheckedConfiguration& first = result.configurations().front();
+    const check::CheckedConfiguration& first = result.configurations().front();
     EXPECT_EQ(first.mEntries, 3);
     EXPECT_EQ(first.mSamples, 2 * 720 + 360);
     EXPECT_NEAR(first.mSeconds, 360e-9 * (3 * 55'555 + 2 * 46'296), 1e-12);
@@ -130,5 +130,6 @@ TEST_F(CheckTest, TellsWhatIsPlayed)
     EXPECT_FALSE(first.mIsContinuous);
     EXPECT_TRUE(result.configurations().back().mIsContinuous);
     EXPECT_EQ(result.bytesOn32Bits(), (720 + 3 * 360) * 56);
-    EXPECT_THAT(CaseCheck("/no/such").errors(), ElementsAre("/no/such: No such file or directory"));
+    EXPECT_THAT(check::CaseCheck("/no/such").errors(),
+                ElementsAre("/no/such: No such file or directory"));
 }

@@ -61,15 +61,15 @@ std::string threeRecords(Value value)
 std::string summaryOf(const std::string& path)
 {
     try {
-        const auto source = openInput(path, {});
-        const SignalBlock all = readAll(*source);
+        const auto source = input::openInput(path, {});
+        const waveform::SignalBlock all = readAll(*source);
         std::vector<double> times;
         for (const double seconds : all.mSeconds) {
             times.push_back(seconds * 1e3);
         }
         return fmt::format("{:.6g} @ {:.6g} | {}", fmt::join(all.mValues.at(0), " "),
                            fmt::join(times, " "), fmt::join(source->description().mRemarks, " | "));
-    } catch (const CaseError& error) {
+    } catch (const base::CaseError& error) {
         return std::string(error.what()).substr(path.rfind('/') + 1);
     }
 }
@@ -307,9 +307,9 @@ TEST(ComtradeTest, DescribesChannelsAndStates)
     files.make("c.dat", bytes(1, 0, qint16{0}, quint16{1}, quint16{0}, 2, 0, qint16{0}, quint16{0},
                               quint16{1}, 3, 0, qint16{0}, quint16{0}, quint16{0}));
     const std::string path = files.make("c.cfg", edited(config, kindOf("BINARY"))).toStdString();
-    const auto source = openInput(path, {});
+    const auto source = input::openInput(path, {});
     readAll(*source);
-    const SignalDescription& signal = source->description();
+    const waveform::SignalDescription& signal = source->description();
     EXPECT_EQ(signal.mFormat, "COMTRADE 1999, BINARY");
     EXPECT_EQ(signal.mStartTime, "2020-02-01 03:04:05.000006");
     EXPECT_EQ(signal.mChannels[0].mUnit, "kV");
@@ -317,7 +317,7 @@ TEST(ComtradeTest, DescribesChannelsAndStates)
     EXPECT_EQ(signal.mChannels[0].mSide, 'P');
     EXPECT_TRUE(signal.mStatusChannels[0].mFirstState);
     EXPECT_EQ(signal.mStatusChannels[0].mChangeCount, 1);
-    const StatusChannel& last = signal.mStatusChannels[16];
+    const waveform::StatusChannel& last = signal.mStatusChannels[16];
     EXPECT_EQ(last.mName, "L\u00E4rm");
     EXPECT_FALSE(last.mFirstState);
     ASSERT_EQ(last.mChanges.size(), 2);
@@ -325,7 +325,7 @@ TEST(ComtradeTest, DescribesChannelsAndStates)
     EXPECT_FALSE(last.mChanges[1].mState);
     EXPECT_THAT(signal.mRemarks,
                 testing::ElementsAre(testing::StartsWith("texts are not UTF-8: read as Latin-1")));
-    const auto russian = openInput(path, {"windows-1251"});
+    const auto russian = input::openInput(path, {"windows-1251"});
     EXPECT_EQ(russian->description().mStatusChannels[16].mName, "L\u0434rm");
     EXPECT_TRUE(russian->description().mRemarks.empty());
 }

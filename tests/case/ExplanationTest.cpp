@@ -16,10 +16,10 @@ constexpr qint64 kStepNs = 55'555; // 50 Hz
 
 /** Everything in short: "0,1: a.csv x2" is a stretch of two passes, "!missing 360 @801" a finding.
  */
-class ShortOutput : public ExplanationOutput
+class ShortOutput : public explain::ExplanationOutput
 {
 public:
-    void add(const PlayedStretch& it) override
+    void add(const explain::PlayedStretch& it) override
     {
         mText +=
             fmt::format("{}: {} x{}", fmt::join(it.mConfigurations, ","), it.mFile, it.mPasses);
@@ -30,7 +30,7 @@ public:
         mSamples += it.mSamples;
         EXPECT_LE(it.mFirstStampNs, it.mLastStampNs);
     }
-    void add(const CommandOutcome& it) override
+    void add(const explain::CommandOutcome& it) override
     {
         mText += it.mText + " ";
         if (it.mFirstSampleArrivalNs) {
@@ -38,11 +38,14 @@ public:
         }
         mText += it.mProblem + "; ";
     }
-    void add(const Finding& it) override
+    void add(const explain::Finding& it) override
     {
         mText += fmt::format("!{} {} @{}; ", nameOf(it.mKind).mKey, it.mCount, it.mRecord + 1);
     }
-    void add(const Verdict& it) override { mText += it.mFindings.isClean() ? "good" : "bad"; }
+    void add(const explain::Verdict& it) override
+    {
+        mText += it.mFindings.isClean() ? "good" : "bad";
+    }
 
     std::string mText;
     size_t mSamples = 0; ///< of all stretches
@@ -84,8 +87,8 @@ protected:
             text += valueLine(std::to_string(number), "50");
         }
         mFiles.make(name, text);
-        const PlayPlan plan(mFiles.make("x.conf", "0,1," + name + "\n").toStdString(),
-                            mFiles.path(""));
+        const explain::PlayPlan plan(mFiles.make("x.conf", "0,1," + name + "\n").toStdString(),
+                                     mFiles.path(""));
         mContents[name] = plan.files()[0].mSamples;
     }
 
@@ -118,21 +121,23 @@ protected:
 
     std::string explain(const std::string& configuration, bool withEvents = false)
     {
-        const PlayPlan plan(mFiles.make("c.conf", configuration).toStdString(), mFiles.path(""));
+        const explain::PlayPlan plan(mFiles.make("c.conf", configuration).toStdString(),
+                                     mFiles.path(""));
         writeFile(mFiles.path("r.bin"), {reinterpret_cast<const char*>(mRecords.data()),
                                          mRecords.size() * sizeof(SampleRecord) - mCutBytes});
         writeFile(mFiles.path("e.jsonl"), mEvents);
         ShortOutput output;
-        Explanation(plan, mFiles.path("r.bin"),
-                    withEvents ? std::make_unique<EventTimeline>(mFiles.path("e.jsonl")) : nullptr,
-                    output)
+        explain::Explanation(
+            plan, mFiles.path("r.bin"),
+            withEvents ? std::make_unique<explain::EventTimeline>(mFiles.path("e.jsonl")) : nullptr,
+            output)
             .run();
         mExplained = output.mSamples;
         return output.mText;
     }
 
     TestFiles mFiles;
-    std::map<std::string, std::vector<SampleContent>> mContents;
+    std::map<std::string, std::vector<explain::SampleContent>> mContents;
     std::vector<SampleRecord> mRecords;
     std::string mEvents;
     qint64 mNowNs = 1'700'000'000'000'000'000;

@@ -19,12 +19,12 @@ std::string valueFile(int lines)
     return text;
 }
 
-SignalBlock readAll(const std::string& path)
+waveform::SignalBlock readAll(const std::string& path)
 {
-    const auto source = openInput(path, {});
-    SignalBlock all;
+    const auto source = input::openInput(path, {});
+    waveform::SignalBlock all;
     source->read(all);
-    SignalBlock rest;
+    waveform::SignalBlock rest;
     EXPECT_FALSE(source->read(rest)) << "more than a block";
     return all;
 }
@@ -46,12 +46,12 @@ TEST_F(ExportTest, ReadsBackAsTheSame)
 {
     constexpr size_t kLines = 800;
     mRunner.writeFile("in.csv", valueFile(kLines));
-    const SignalBlock in = readAll(mRunner.path("in.csv"));
+    const waveform::SignalBlock in = readAll(mRunner.path("in.csv"));
     for (const char* const name : {"out.cfg", "out.cff", "OUT.CFG"}) {
         const CommandResult result = exported(std::string("in.csv --scale 500,0.25 -o ") + name);
         ASSERT_EQ(result.mExitCode, 0) << result;
         EXPECT_EQ(result.mErrors, "");
-        const SignalBlock out = readAll(mRunner.path(name));
+        const waveform::SignalBlock out = readAll(mRunner.path(name));
         ASSERT_EQ(out.size(), kLines) << name;
         for (size_t i = 0; i < kLines; ++i) {
             ASSERT_NEAR(out.mSeconds[i], in.mSeconds[i], 1e-9) << name << ' ' << i;

@@ -9,19 +9,19 @@
 #include "generate/SignalTable.h"
 #include "generate/ToneSum.h"
 #include "generate/Wave.h"
-#include "signal/ValueFileSource.h"
+#include "waveform/ValueFileSource.h"
 
 /** Computed by hand. */
 TEST(WaveTest, HarmonicsAndDisturbancesChangeTheirChannels)
 {
-    WaveParameters parameters;
-    EXPECT_EQ(Wave(parameters).valuesOf(10),
-              (Wave::Values{56482, -305653, 249171, 0, -2418, -4545, 6964, 0}));
+    generate::WaveParameters parameters;
+    EXPECT_EQ(generate::Wave(parameters).valuesOf(10),
+              (generate::Wave::Values{56482, -305653, 249171, 0, -2418, -4545, 6964, 0}));
     parameters.mDuration = 0.04;
     parameters.mChannels.fill({1000, 0});
     parameters.mHarmonics = {{3, 0.2, 90, 0x01}};
     parameters.mDisturbances = {{0.02, 0.01, 0.4, -30, 0x03}, {0.025, 0.01, 0.5, 30, 0x02}};
-    ASSERT_EQ(problemOf(parameters), "");
+    ASSERT_EQ(generate::problemOf(parameters), "");
     struct Case
     {
         qint64 mSample;
@@ -32,29 +32,29 @@ TEST(WaveTest, HarmonicsAndDisturbancesChangeTheirChannels)
           Case{360, {-200, -200, 0}}, Case{390, {80, 0, 500}}, Case{449, {263, 343, 1000}},
           Case{450, {266, 200, 1000}}, Case{539, {210, 3, 17}}, Case{540, {-200, -250, 0}},
           Case{629, {-989, -437, -1000}}, Case{630, {-1000, -1000, -1000}}}) {
-        const Wave::Values values = Wave(parameters).valuesOf(it.mSample);
+        const generate::Wave::Values values = generate::Wave(parameters).valuesOf(it.mSample);
         for (std::size_t channel = 0; channel < 3; ++channel) {
             EXPECT_EQ(values[channel], it.mValues[channel]) << it.mSample << ' ' << channel;
         }
     }
     parameters.mHarmonics[0].mOrder = 179;
-    EXPECT_EQ(problemOf(parameters), "");
+    EXPECT_EQ(generate::problemOf(parameters), "");
 }
 
 /** Closed form and samples come from one description; here they meet, for every signal. */
 TEST(SignalTableTest, ClosedFormIsThatOfTheSamples)
 {
     std::set<std::string> names;
-    for (const Signal& signal : signalTable()) {
+    for (const generate::Signal& signal : generate::signalTable()) {
         SCOPED_TRACE(signal.mName);
         EXPECT_TRUE(names.insert(signal.mName).second);
-        WaveParameters parameters;
+        generate::WaveParameters parameters;
         signal.applyTo(parameters);
-        ASSERT_EQ(problemOf(parameters), "");
-        const Wave wave(parameters);
+        ASSERT_EQ(generate::problemOf(parameters), "");
+        const generate::Wave wave(parameters);
         const qint64 lineCount = wave.timeline().lineCount();
         for (const size_t channel : {0U, 2U, 4U}) {
-            const ToneSum tones(parameters, wave.timeline(), channel);
+            const generate::ToneSum tones(parameters, wave.timeline(), channel);
             for (qint64 begin = 0; begin + 500 <= lineCount; begin += lineCount / 5) {
                 double squares = 0.0;
                 for (qint64 line = begin; line < begin + 500; ++line) {
@@ -70,11 +70,11 @@ TEST(SignalTableTest, ClosedFormIsThatOfTheSamples)
 /** An angle between two lines, and an oscillation that is fast enough to show it. */
 TEST(SignalTableTest, ToneBeginsOnALine)
 {
-    Signal signal = *findSignal("oscillating-transient");
+    generate::Signal signal = *generate::findSignal("oscillating-transient");
     signal.mSettings = {{"angle", 90.4}, {"hertz", 2500}};
-    WaveParameters parameters;
+    generate::WaveParameters parameters;
     signal.applyTo(parameters);
-    const Wave wave(parameters);
+    const generate::Wave wave(parameters);
     EXPECT_EQ(wave.timeline().lineAt(parameters.mTones[0].mStart), 3690);
     EXPECT_NEAR(wave.valueOf(3690, 0), parameters.mChannels[0].mAmplitude, 1e-3);
 }
@@ -85,12 +85,12 @@ TEST(SignalTableTest, CatalogueStaysWithinItsLimits)
     constexpr qint64 kBytesOfLine = 85; // a longer one is not seen: nine digits and a sign at most
     int files = 0;
     qint64 lines = 0;
-    for (const Signal& signal : signalTable()) {
-        WaveParameters parameters;
+    for (const generate::Signal& signal : generate::signalTable()) {
+        generate::WaveParameters parameters;
         signal.applyTo(parameters);
         if (signal.mIsInCatalogue) {
             EXPECT_LE(parameters.mDuration, 20.0) << signal.mName;
-            lines += Timeline(parameters).lineCount();
+            lines += generate::Timeline(parameters).lineCount();
             ++files;
         }
     }
@@ -139,9 +139,9 @@ TEST(PerfectInstrumentTest, MeasuresWhatTheSignalIsMadeOf)
         {"decaying-offset", "/tones/0/begin/line", 3600},
     };
     for (const Case& it : cases) {
-        WaveParameters parameters;
-        findSignal(it.mSignal)->applyTo(parameters);
-        const auto measured = measuredByPerfectInstrument(parameters);
+        generate::WaveParameters parameters;
+        generate::findSignal(it.mSignal)->applyTo(parameters);
+        const auto measured = generate::measuredByPerfectInstrument(parameters);
         const double value = measured.at(nlohmann::json_pointer<std::string>(it.mPlace));
         EXPECT_NEAR(value, it.mValue, 2e-5 * std::abs(it.mValue)) << it.mSignal << it.mPlace;
     }
@@ -276,16 +276,16 @@ TEST_F(GenerateTest, CatalogueIsWhatTheProgramLoads)
     const std::string directory = mRunner.path("some signals");
     const Words command{VX_CASE, "catalogue", directory, "frequency-step-up", "flicker-1620"};
     ASSERT_EQ(mRunner.run(command).mExitCode, 0);
-    CaseConfiguration configuration;
+    configuration::CaseConfiguration configuration;
     const QString name = QString::fromStdString(directory + "/vx-simulator.conf");
-    ASSERT_TRUE(configuration.read(name, CaseConfiguration::Rejected::Stop));
+    ASSERT_TRUE(configuration.read(name, configuration::CaseConfiguration::Rejected::Stop));
     EXPECT_EQ(configuration.lineErrors(), std::vector<std::string>{});
     EXPECT_EQ(configuration.configurations().keys(), (QList<qint32>{0, 1}));
     const QString file = configuration.configurations()[0][0].mFileName;
     EXPECT_EQ(file.toStdString(), directory + "/frequency-step-up.csv");
 
-    ValueFileSource source(file.toStdString());
-    SignalBlock block;
+    waveform::ValueFileSource source(file.toStdString());
+    waveform::SignalBlock block;
     std::vector<double> stamps;
     while (source.read(block)) {
         stamps.insert(stamps.end(), block.mSeconds.begin(), block.mSeconds.end());

@@ -5,14 +5,14 @@
 #include "CommandRunner.h"
 #include "Files.h"
 #include "base/CaseError.h"
-#include "import/Importer.h"
+#include "importing/Importer.h"
 
 using testing::Contains;
 using testing::HasSubstr;
 
 namespace {
 /** Three voltages in kV and three currents in A, in closed form. */
-class ClosedFormSource : public SignalSource
+class ClosedFormSource : public waveform::SignalSource
 {
 public:
     ClosedFormSource(const ClosedForm& signal, double rate, double seconds)
@@ -22,7 +22,7 @@ public:
         mDescription.mNominalHz = 50.0;
         mDescription.mRates = {{rate, mSamples}};
         for (const char* const name : {"UA", "UB", "UC", "IA", "IB", "IC"}) {
-            ChannelDescription channel;
+            waveform::ChannelDescription channel;
             channel.mNumber = static_cast<int>(mDescription.mChannels.size()) + 1;
             channel.mName = name;
             channel.mUnit = name[0] == 'U' ? "kV" : "A";
@@ -30,10 +30,10 @@ public:
         }
     }
 
-    const SignalDescription& description() const override { return mDescription; }
+    const waveform::SignalDescription& description() const override { return mDescription; }
     double progress() const override { return 1.0; }
 
-    bool read(SignalBlock& block) override
+    bool read(waveform::SignalBlock& block) override
     {
         const size_t count = std::min<size_t>(1000, mSamples - mPlace);
         block.resize(6, count);
@@ -49,7 +49,7 @@ public:
         return count > 0;
     }
 
-    SignalDescription mDescription;
+    waveform::SignalDescription mDescription;
     double mGapSeconds = 0.0; ///< behind the first 1000 samples
 
 private:
@@ -61,16 +61,16 @@ private:
 
 struct Imported
 {
-    ImportReport mReport;
+    importing::ImportReport mReport;
     std::vector<std::vector<double>> mLines; ///< field by field
 };
 
-Imported import(const ClosedForm& signal, double seconds, const ImportOptions& options)
+Imported import(const ClosedForm& signal, double seconds, const importing::ImportOptions& options)
 {
     const TestFiles files;
     ClosedFormSource source(signal, 4800.0, seconds);
-    ResultFile output(files.path("case.csv"));
-    Imported imported{importSignal(source, options, output), {}};
+    base::ResultFile output(files.path("case.csv"));
+    Imported imported{importing::importSignal(source, options, output), {}};
     output.commit();
     for (const std::string& text : split(readFile(files.path("case.csv")), '\n')) {
         if (text.front() != '#') {
@@ -83,11 +83,11 @@ Imported import(const ClosedForm& signal, double seconds, const ImportOptions& o
     return imported;
 }
 
-std::string errorOf(const ImportOptions& options)
+std::string errorOf(const importing::ImportOptions& options)
 {
     try {
         import({}, 0.5, options);
-    } catch (const CaseError& error) {
+    } catch (const base::CaseError& error) {
         return error.what();
     }
     return "";
@@ -98,18 +98,19 @@ std::string errorOf(const ImportOptions& options)
 TEST(ImportTest, LinesCanBeFoundAgain)
 {
     const ClosedForm signal;
-    for (const LineTiming timing : {LineTiming::Phase, LineTiming::Nominal}) {
-        ImportOptions options;
+    for (const importing::LineTiming timing :
+         {importing::LineTiming::Phase, importing::LineTiming::Nominal}) {
+        importing::ImportOptions options;
         options.mTiming = timing;
         options.mFrom = 0.1;
         options.mTo = 0.3;
         const Imported imported = import(signal, 0.5, options);
-        EXPECT_EQ(imported.mLines.size(), timing == LineTiming::Phase ? 3602U : 3601U);
+        EXPECT_EQ(imported.mLines.size(), timing == importing::LineTiming::Phase ? 3602U : 3601U);
         for (size_t i = 0; i < imported.mLines.size(); ++i) {
             const std::vector<double>& line = imported.mLines[i];
             ASSERT_NEAR(line[0], line[1] * 4800.0 + 1.0, 0.5001);
             ASSERT_EQ(line[2], i);
-            ASSERT_NEAR(line[4], timing == LineTiming::Phase ? 50.02 : 50.0, 1e-4);
+            ASSERT_NEAR(line[4], timing == importing::LineTiming::Phase ? 50.02 : 50.0, 1e-4);
             for (int channel = 0; channel < 3; ++channel) {
                 ASSERT_NEAR(line[5 + channel], signal.valueAt(line[1], channel), 2.0);
                 ASSERT_NEAR(line[9 + channel], signal.valueAt(line[1], channel), 2.0);
@@ -126,14 +127,15 @@ TEST(ImportTest, ReplayHasNoSeam)
     ClosedForm signal;
     signal.mSagBegin = 0.3;
     signal.mSagEnd = 1.0;
-    for (const LineTiming timing : {LineTiming::Phase, LineTiming::Nominal}) {
-        ImportOptions options;
+    for (const importing::LineTiming timing :
+         {importing::LineTiming::Phase, importing::LineTiming::Nominal}) {
+        importing::ImportOptions options;
         options.mTiming = timing;
         options.mBefore = 3;
         options.mAfter = 2;
         const Imported imported = import(signal, 0.5, options);
         const auto& lines = imported.mLines;
-        if (timing == LineTiming::Phase) {
+        if (timing == importing::LineTiming::Phase) {
             EXPECT_EQ(lines.size() % 360, 0U);
         }
         double steepest = 0.0;
@@ -154,7 +156,7 @@ TEST(ImportTest, ReplayHasNoSeam)
 
 TEST(ImportTest, NothingWraps)
 {
-    ImportOptions options;
+    importing::ImportOptions options;
     options.mMapping.mCountsPerVolt = 2e6;
     const std::string error = errorOf(options);
     EXPECT_THAT(error, HasSubstr("closed.cfg: channel 0 (UA) at 0.000000000 s: "));
@@ -180,9 +182,9 @@ TEST(ImportTest, NothingWraps)
 
 TEST(ImportTest, TellsWhatItDid)
 {
-    ImportOptions options;
+    importing::ImportOptions options;
     const Imported imported = import({}, 0.1, options);
-    const ChannelReport& row = imported.mReport.mChannels[0];
+    const importing::ChannelReport& row = imported.mReport.mChannels[0];
     EXPECT_EQ(row.mSource, "UA");
     EXPECT_EQ(row.mFactor, 1e6);
     EXPECT_NEAR(row.mPeak, 1.18, 0.001); // the sum of all harmonics at the first sample
@@ -211,8 +213,8 @@ TEST(ImportTest, NominalFrequencyIsFound)
         signal.mHz = actual;
         ClosedFormSource source(signal, 4800.0, 1.0);
         source.mDescription.mNominalHz = nominal;
-        ResultFile output(files.path("case.csv"));
-        EXPECT_THAT(importSignal(source, {}, output).mRemarks, Contains(remark));
+        base::ResultFile output(files.path("case.csv"));
+        EXPECT_THAT(importing::importSignal(source, {}, output).mRemarks, Contains(remark));
     }
 }
 
@@ -222,8 +224,8 @@ TEST(ImportTest, GapsAreTold)
     ClosedFormSource source({}, 4800.0, 0.5);
     source.mDescription.mRates.clear();
     source.mGapSeconds = 0.0123;
-    ResultFile output(files.path("case.csv"));
-    EXPECT_THAT(importSignal(source, {}, output).mRemarks,
+    base::ResultFile output(files.path("case.csv"));
+    EXPECT_THAT(importing::importSignal(source, {}, output).mRemarks,
                 Contains("no samples from 0.208125 to 0.220633 s: bridged"));
 }
 

@@ -7,7 +7,7 @@
 #include "Files.h"
 #include "ReadSignal.h"
 #include "input/OpenInput.h"
-#include "signal/Measures.h"
+#include "waveform/Measures.h"
 
 using testing::HasSubstr;
 
@@ -33,15 +33,15 @@ TEST(InputTest, TextFilesWithAHeading)
              Row{"Time MS,a\n0,1\n2,-3\n", "", 0.002, -3},
              Row{"  t/\xB5s   u \n 1  7\n 3  8", "", 2e-6, 8},
          }) {
-        const auto source = openInput(files.make("scope", row.mText).toStdString(), {});
-        const SignalBlock all = readAll(*source);
+        const auto source = input::openInput(files.make("scope", row.mText).toStdString(), {});
+        const waveform::SignalBlock all = readAll(*source);
         ASSERT_EQ(all.size(), 2) << row.mText;
         EXPECT_EQ(source->description().mChannels[0].mUnit, row.mUnit) << row.mText;
         EXPECT_NEAR(all.mSeconds[1], row.mLastSeconds, 1e-12) << row.mText;
         EXPECT_EQ(all.mValues[0][1], row.mLastValue) << row.mText;
     }
-    const auto late =
-        openInput(files.make("scope", "t;u\n" + repeated("0;1\n", 60) + "1;x\n").toStdString(), {});
+    const auto late = input::openInput(
+        files.make("scope", "t;u\n" + repeated("0;1\n", 60) + "1;x\n").toStdString(), {});
     EXPECT_THAT(late->description().mRemarks,
                 testing::ElementsAre("the time column \"t\" has no unit: s is taken"));
     EXPECT_THAT(errorOf([&] { readAll(*late); }),
@@ -53,7 +53,7 @@ TEST(InputTest, WhatAFileIsIsFoundByItsContent)
 {
     const TestFiles files;
     const auto formatOf = [&](const std::string& name, const std::string& bytes) {
-        return openInput(files.make(name, bytes).toStdString(), {})->description().mFormat;
+        return input::openInput(files.make(name, bytes).toStdString(), {})->description().mFormat;
     };
     EXPECT_EQ(formatOf("a.txt", "# comment\n" + valueLine("1", "50")), "value file");
     const std::string heading = "t (s);a;b" + repeated(";c", 10) + "\n";
@@ -72,7 +72,7 @@ TEST(InputTest, WhatAFileIsIsFoundByItsContent)
                   "behind it");
     EXPECT_THAT(errorOf([&] { formatOf("a.csv", std::string(3'000'000, 'x')); }),
                 HasSubstr("expected a line end within 1 MiB"));
-    EXPECT_THAT(errorOf([] { openInput("/dev/zero", {}); }), HasSubstr("a regular file"));
+    EXPECT_THAT(errorOf([] { input::openInput("/dev/zero", {}); }), HasSubstr("a regular file"));
 }
 
 /** A fault, harmonics, noise and a constant do not mislead the frequency. */
@@ -80,11 +80,11 @@ TEST(MeasuresTest, RmsPeaksAndFrequency)
 {
     for (const auto& [nominal, actual] :
          {std::pair{50.0, 50.02}, {60.0, 59.1}, {0.0, 60.0}, {0.0, 16.7}}) {
-        SignalDescription signal;
+        waveform::SignalDescription signal;
         signal.mNominalHz = nominal;
         signal.mChannels.resize(2);
-        Measures measures(signal);
-        SignalBlock block;
+        waveform::Measures measures(signal);
+        waveform::SignalBlock block;
         for (size_t first = 0; first < 9600; first += 100) {
             block.resize(2, 100);
             for (size_t i = 0; i < 100; ++i) {
@@ -107,10 +107,10 @@ TEST(MeasuresTest, RmsPeaksAndFrequency)
 
 TEST(MeasuresTest, ChangeOfTheRateDoesNotMislead)
 {
-    SignalDescription signal;
+    waveform::SignalDescription signal;
     signal.mChannels.resize(1);
-    Measures measures(signal);
-    SignalBlock block;
+    waveform::Measures measures(signal);
+    waveform::SignalBlock block;
     block.resize(1, 3000);
     for (int i = 0; i < 3000; ++i) {
         block.mSeconds[i] = i < 600 ? i / 1200.0 : 0.5 + (i - 600.0) / 4800.0;

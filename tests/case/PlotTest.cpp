@@ -17,7 +17,7 @@ using testing::HasSubstr;
 namespace {
 
 /** Of 1 V; from the sample `jump` on of 0.4 V; a voltage and a current that stays. */
-class Sag : public SignalSource
+class Sag : public waveform::SignalSource
 {
 public:
     Sag(double hertz, double rate, size_t jump) : mHertz(hertz), mRate(rate), mJump(jump)
@@ -28,16 +28,16 @@ public:
         mDescription.mChannels[1].mUnit = "A";
     }
 
-    const SignalDescription& description() const override { return mDescription; }
+    const waveform::SignalDescription& description() const override { return mDescription; }
     double progress() const override { return 0.0; }
 
-    bool read(SignalBlock& block) override
+    bool read(waveform::SignalBlock& block) override
     {
         block.resize(2, mNext < 2000 ? 100 : 0);
         block.mFirst = mNext;
         for (size_t i = 0; i < block.size(); ++i, ++mNext) {
             block.mSeconds[i] = static_cast<double>(mNext) / mRate;
-            const double sine = std::sin(2.0 * kPi * mHertz * block.mSeconds[i] + 1.0);
+            const double sine = std::sin(2.0 * base::kPi * mHertz * block.mSeconds[i] + 1.0);
             block.mValues[0][i] = sine * (mNext < mJump ? 1.0 : 0.4);
             block.mValues[1][i] = sine;
         }
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    SignalDescription mDescription;
+    waveform::SignalDescription mDescription;
     double mHertz;
     double mRate;
     size_t mJump;
@@ -78,15 +78,15 @@ protected:
 TEST(EnvelopeTest, KeepsTheExtremesWithinItsColumns)
 {
     for (const int count : {1, 199, 200, 201, 100'000}) {
-        Envelope envelope(1, 100);
+        plot::Envelope envelope(1, 100);
         for (int i = 0; i < count; ++i) {
             envelope.add(i, {i == count / 3 ? 9.0 : i == count / 2 ? -9.0 : std::sin(i)});
         }
-        const std::vector<Point> points = envelope.curve(0);
+        const std::vector<plot::Point> points = envelope.curve(0);
         EXPECT_LE(points.size(), 400) << count;
-        const auto isExtreme = [](const Point& it) { return std::abs(it.mY) == 9.0; };
+        const auto isExtreme = [](const plot::Point& it) { return std::abs(it.mY) == 9.0; };
         EXPECT_EQ(std::count_if(points.begin(), points.end(), isExtreme), count == 1 ? 1 : 2);
-        const auto rises = [](const Point& a, const Point& b) { return a.mX < b.mX; };
+        const auto rises = [](const plot::Point& a, const plot::Point& b) { return a.mX < b.mX; };
         EXPECT_TRUE(std::is_sorted(points.begin(), points.end(), rises)) << count;
     }
 }
@@ -97,15 +97,15 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
     for (const auto& [hertz, rate, jump] :
          {std::tuple{60.0, 3600.0, 1010}, {59.0, 3600.0, 1000}, {60.0, 1000.0, 1000}}) {
         Sag sag(hertz, rate, static_cast<size_t>(jump));
-        const DrawnChannels channels(sag.description());
-        Overview overview(sag.description(), channels, 500);
+        const plot::DrawnChannels channels(sag.description());
+        plot::Overview overview(sag.description(), channels, 500);
         overview.read(sag);
-        const std::vector<Moment> moments = chooseMoments(overview.moments(), 3, 0.1);
+        const std::vector<plot::Moment> moments = plot::chooseMoments(overview.moments(), 3, 0.1);
         ASSERT_EQ(moments.size(), 1) << hertz << ' ' << rate;
         EXPECT_NEAR(moments[0].mSeconds, jump / rate, 3.0 / rate) << hertz << ' ' << rate;
         EXPECT_THAT(moments[0].mText, HasSubstr(" V"));
         EXPECT_NEAR(overview.rms(0).back().mY, 400 * std::sqrt(0.5), 20);
-        for (const Point& point : overview.hertz()) {
+        for (const plot::Point& point : overview.hertz()) {
             EXPECT_NEAR(point.mY, hertz, 0.1) << point.mX;
         }
     }
@@ -113,25 +113,25 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
 
 TEST(ShortTextTest, KeepsTheEndToo)
 {
-    EXPECT_EQ(shortened("Größe 12 phase A", 9), "Größ…se A");
-    EXPECT_EQ(shortened("Größe", 5), "Größe");
+    EXPECT_EQ(plot::shortened("Größe 12 phase A", 9), "Größ…se A");
+    EXPECT_EQ(plot::shortened("Größe", 5), "Größe");
 }
 
 /** As an import takes them by itself, or as its --channels said. */
 TEST(DrawnChannelsTest, StandsInTheOrderOfThePhases)
 {
-    SignalDescription description;
+    waveform::SignalDescription description;
     for (const char* const name : {"UN", "1UB", "2UA", "1UA", "1UC", "2UB", "2UC"}) {
-        ChannelDescription& channel = description.mChannels.emplace_back();
+        waveform::ChannelDescription& channel = description.mChannels.emplace_back();
         channel.mNumber = static_cast<int>(description.mChannels.size());
         channel.mName = name;
         channel.mUnit = "V";
     }
     for (const auto& [sources, indexes] : std::vector<std::pair<Words, std::vector<size_t>>>{
              {{}, {3, 1, 4, 0}}, {{"2UC", "6", "1UC*0.5", "2UA+2UB"}, {6, 5, 4}}}) {
-        const DrawnChannels channels(description, sources);
+        const plot::DrawnChannels channels(description, sources);
         std::vector<size_t> drawn;
-        for (const DrawnChannel& it : channels.groups().front().mChannels) {
+        for (const plot::DrawnChannel& it : channels.groups().front().mChannels) {
             EXPECT_EQ(it.mPlace, drawn.size());
             drawn.push_back(it.mIndex);
         }
@@ -143,26 +143,26 @@ TEST(DrawnChannelsTest, StandsInTheOrderOfThePhases)
  */
 TEST(MomentsTest, KeepsTheWeightiestOfMany)
 {
-    Moments moments{DrawnChannels(Sag(50.0, 1000.0, 0).description())};
-    Period last;
+    plot::Moments moments{plot::DrawnChannels(Sag(50.0, 1000.0, 0).description())};
+    plot::Period last;
     for (int i = 0; i < 1800; ++i) {
         const double level = i % 3 == 0 && i != 600 ? 200.0 : 100.0;
         const double current = i == 600 ? 80.0 : 0.0;
         const double late = i == 600 ? 200.0 : -level;
-        const Period period{
+        const plot::Period period{
             i * 1.0, i + 1.0, {i * 1.0, i + 0.5}, {0.0, 0.5}, {{level, late}, {current, current}}};
         moments.add(last, period, {200.0, current});
         last = period;
     }
-    EXPECT_EQ(chooseMoments(moments.found(), 1, 1.0)[0].mSeconds, 600.0);
+    EXPECT_EQ(plot::chooseMoments(moments.found(), 1, 1.0)[0].mSeconds, 600.0);
 }
 
 /** Names come from files: none of them may reach gnuplot as anything but a text. */
 TEST_F(PlotTest, WritesNamesAndDifferencesIntoTheScript)
 {
-    const std::string script = gnuplotScript(
+    const std::string script = plot::gnuplotScript(
         {"it's\n`a`", "", 0.0, 1.0, {}, {}, {{"V", 0, 2, {{"U'_1", 0, false, {{0, 1}}}}}}, {}},
-        {Canvas::Kind::Svg});
+        {plot::Canvas::Kind::Svg});
     EXPECT_THAT(script, AllOf(HasSubstr("'it''s `a`'"), HasSubstr("title 'U''\\_1'"),
                               HasSubstr("$whole0_0 << EOD\n0 1\nEOD\n")));
     plot("a.csv b.csv -o both.PNG");

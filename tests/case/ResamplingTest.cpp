@@ -35,22 +35,23 @@ struct Recorded
         }
     }
 
-    std::optional<PhaseTrack> track() const
+    std::optional<resampling::PhaseTrack> track() const
     {
-        const PhaseMeter meter(mTimes, positiveSequence({&mColumns[0].mValues, &mColumns[1].mValues,
-                                                         &mColumns[2].mValues}));
-        return PhaseFollower(meter, 50.0).follow();
+        const resampling::PhaseMeter meter(
+            mTimes, resampling::positiveSequence(
+                        {&mColumns[0].mValues, &mColumns[1].mValues, &mColumns[2].mValues}));
+        return resampling::PhaseFollower(meter, 50.0).follow();
     }
 
-    SampleTimes mTimes;
-    std::vector<SourceColumn> mColumns;
+    resampling::SampleTimes mTimes;
+    std::vector<resampling::SourceColumn> mColumns;
 };
 
 /** The largest error of the lines that are so many seconds from jumps and ends. */
-double errorOf(const ClosedForm& signal, Recorded& recorded, const Schedule& schedule,
+double errorOf(const ClosedForm& signal, Recorded& recorded, const resampling::Schedule& schedule,
                double distance)
 {
-    Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
+    resampling::Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
     std::vector<double> values;
     double largest = 0.0;
     for (size_t line = 0; line < schedule.mLineCount; ++line) {
@@ -67,7 +68,7 @@ double errorOf(const ClosedForm& signal, Recorded& recorded, const Schedule& sch
 }
 
 /** How far the phase at the beginnings of the periods strays, in degrees. */
-double phaseErrorOf(const ClosedForm& signal, const Schedule& schedule)
+double phaseErrorOf(const ClosedForm& signal, const resampling::Schedule& schedule)
 {
     double least = 1e9;
     double most = -1e9;
@@ -113,13 +114,13 @@ TEST_P(ResamplingTest, IsExact)
     const auto& [testCase, rate] = GetParam();
     const ClosedForm& signal = testCase.mSignal;
     Recorded recorded(signal, uniformTimes(rate, kSeconds));
-    const auto steady = scheduleKeepingTime(50.0F, 0.0, kSeconds);
+    const auto steady = resampling::scheduleKeepingTime(50.0F, 0.0, kSeconds);
     EXPECT_DOUBLE_EQ(steady.secondsOf(1000), 1000 * 55'555e-9);
     EXPECT_LE(errorOf(signal, recorded, steady, 50.0 / rate), kLargestError);
 
     const auto track = recorded.track();
     ASSERT_TRUE(track);
-    const auto schedule = scheduleKeepingPhase(*track, 0.0, kSeconds);
+    const auto schedule = resampling::scheduleKeepingPhase(*track, 0.0, kSeconds);
     EXPECT_LE(errorOf(signal, recorded, schedule, 3 * kPeriod), kLargestError);
     EXPECT_LE(phaseErrorOf(signal, schedule), testCase.mPhaseDegrees);
 }
@@ -136,7 +137,7 @@ namespace {
 /** Largest error between two instants, by a step that meets no sample. */
 double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, double to)
 {
-    Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
+    resampling::Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
     std::vector<double> values;
     double largest = 0.0;
     for (double seconds = from; seconds < to; seconds += 0.0000371) {
@@ -159,7 +160,7 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
             time = std::floor(time * ticks) / ticks;
         }
         Recorded rounded(signal, uniformTimes(4800.0, 1.0));
-        rounded.mTimes = SampleTimes(seconds, false);
+        rounded.mTimes = resampling::SampleTimes(seconds, false);
         EXPECT_EQ(rounded.mTimes.stretches().size(), 1U);
         EXPECT_LE(errorBetween(signal, rounded, 0.1, 0.9), ClosedForm::kPeak * 1e-3);
     }
@@ -191,7 +192,7 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
 TEST(RecorderTest, GapsAtTheEndsAreTold)
 {
     Recorded recorded({}, uniformTimes(4800.0, kSeconds));
-    for (SourceColumn& column : recorded.mColumns) {
+    for (resampling::SourceColumn& column : recorded.mColumns) {
         std::fill(column.mValues.begin(), column.mValues.begin() + 2400, 0.0);
         std::fill(column.mValues.begin() + 7200, column.mValues.end(), 0.0);
     }
@@ -207,12 +208,12 @@ TEST(RecorderTest, GapsAtTheEndsAreTold)
 TEST(RecorderTest, FastSourcesAreFiltered)
 {
     const std::vector<double> seconds = uniformTimes(36'000.0, 0.1);
-    std::vector<SourceColumn> columns(1);
+    std::vector<resampling::SourceColumn> columns(1);
     for (const double time : seconds) {
         columns[0].mValues.push_back(std::cos(6.28318530717958647692 * 9'300.0 * time));
     }
-    const SampleTimes times(seconds, true);
-    Interpolator interpolator(times, columns, 18'000.0);
+    const resampling::SampleTimes times(seconds, true);
+    resampling::Interpolator interpolator(times, columns, 18'000.0);
     std::vector<double> values;
     for (size_t i = 200; i < 3'000; ++i) {
         interpolator.valuesAt(seconds[i], values);

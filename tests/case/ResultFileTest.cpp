@@ -13,11 +13,11 @@ TEST(ResultFileTest, AppearsWholeOrNotAtAll)
     const TestFiles files;
     const std::string name = files.make("result.csv", "old").toStdString();
     {
-        ResultFile abandoned(name);
+        base::ResultFile abandoned(name);
         abandoned.write(std::string(200'000, 'x'));
     }
     EXPECT_EQ(readFile(name), "old");
-    ResultFile result(name);
+    base::ResultFile result(name);
     result.write("ne");
     result.write("w");
     EXPECT_EQ(readFile(name), "old");
@@ -29,6 +29,6 @@ TEST(ResultFileTest, AppearsWholeOrNotAtAll)
 TEST(ResultFileTest, RefusesWhatIsNoFile)
 {
     for (const char* const name : {"/dev/null", "/tmp", "/no/such/directory/file"}) {
-        EXPECT_THROW(ResultFile{name}, CaseError) << name;
+        EXPECT_THROW(base::ResultFile{name}, base::CaseError) << name;
     }
 }

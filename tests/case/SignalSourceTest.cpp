@@ -3,8 +3,8 @@
 #include "Files.h"
 #include "ReadSignal.h"
 #include "SampleRecord.h"
-#include "signal/DriverRecordingSource.h"
-#include "signal/ValueFileSource.h"
+#include "waveform/DriverRecordingSource.h"
+#include "waveform/ValueFileSource.h"
 
 using testing::ElementsAre;
 
@@ -22,8 +22,8 @@ TEST(SignalSourceTest, ValueFileHasTheTimesOfTheSimulator)
     const std::string text = "# comment\n" + repeated(valueLine("7", "50"), 300) + "\n" +
                              repeated(valueLine("7", "60"), 2 * 360 - 300) +
                              repeated(valueLine("7", "0"), 9000);
-    ValueFileSource source(files.make("case.csv", text).toStdString());
-    const SignalBlock all = readAll(source);
+    waveform::ValueFileSource source(files.make("case.csv", text).toStdString());
+    const waveform::SignalBlock all = readAll(source);
     ASSERT_EQ(all.size(), 9720);
     EXPECT_DOUBLE_EQ(all.mSeconds[0], 0);
     EXPECT_DOUBLE_EQ(all.mSeconds[359], 359 * 55555e-9);
@@ -41,12 +41,13 @@ TEST(SignalSourceTest, ValueFileIsRefusedInTheProgramsWords)
     const std::string name =
         files.make("bad.csv", repeated(valueLine("7", "50"), 5000) + ";;1;2;50;1;2;3;4;5;6;7;x")
             .toStdString();
-    ValueFileSource source(name);
+    waveform::ValueFileSource source(name);
     EXPECT_EQ(errorOf([&] { readAll(source); }),
               name + ":5001: Parameter (x) is not of type qint32");
-    EXPECT_THROW(ValueFileSource("/no/such"), CaseError);
-    ValueFileSource removed(files.make("gone", repeated(valueLine("7", "50"), 9000)).toStdString());
-    SignalBlock block;
+    EXPECT_THROW(waveform::ValueFileSource("/no/such"), base::CaseError);
+    waveform::ValueFileSource removed(
+        files.make("gone", repeated(valueLine("7", "50"), 9000)).toStdString());
+    waveform::SignalBlock block;
     EXPECT_TRUE(removed.read(block));
     QFile::remove(files.path("gone").c_str());
     EXPECT_EQ(errorOf([&] { removed.read(block); }),
@@ -64,8 +65,9 @@ TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
     }
     records[4998].mSeconds = 5; // a step back: the last step goes on
     records[4999].mSeconds = 5;
-    DriverRecordingSource source(files.make("record", bytesOf(records) + "rest").toStdString());
-    const SignalBlock all = readAll(source);
+    waveform::DriverRecordingSource source(
+        files.make("record", bytesOf(records) + "rest").toStdString());
+    const waveform::SignalBlock all = readAll(source);
     ASSERT_EQ(all.size(), 5000);
     EXPECT_EQ(source.description().mStartTime, "2023-11-14 22:13:20.499999998 UTC");
     EXPECT_NEAR(all.mSeconds[1], 0.500000001, 1e-15);

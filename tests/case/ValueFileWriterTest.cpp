@@ -1,4 +1,4 @@
-#include "signal/ValueFileWriter.h"
+#include "waveform/ValueFileWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,8 @@ TEST(ValueFileWriterTest, WritesWhatReadsBackAsTheSame)
 {
     using Limits = std::numeric_limits<qint32>;
     const TestFiles files;
-    ResultFile result(files.path("case.csv"));
-    ValueFileWriter writer(result);
+    base::ResultFile result(files.path("case.csv"));
+    waveform::ValueFileWriter writer(result);
     writer.writeComments({"two\nlines", "#"});
     writer.write(
         {-7, 0.1 + 0.2, 0xFFFFFFFF, 2, 49.95F, {Limits::min(), -1, 0, 1, 2, 3, 4, Limits::max()}});

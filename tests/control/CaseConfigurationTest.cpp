@@ -6,11 +6,11 @@
 #include "PlayList.h"
 
 /** Entries as text, so that one comparison shows them all. */
-static std::string contentOf(const CaseConfiguration& cases)
+static std::string contentOf(const configuration::CaseConfiguration& cases)
 {
     std::string text;
     for (auto it = cases.configurations().begin(); it != cases.configurations().end(); ++it) {
-        for (const CaseEntry& entry : it.value()) {
+        for (const configuration::CaseEntry& entry : it.value()) {
             text += std::to_string(it.key()) + ":" + std::to_string(entry.mRepetitions) + "x" +
                     entry.mFileName.toStdString() + "@" + std::to_string(entry.mLineNumber) + " ";
         }
@@ -21,18 +21,18 @@ static std::string contentOf(const CaseConfiguration& cases)
 
 TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
 {
-    CaseConfiguration::keepLogSilent();
+    configuration::CaseConfiguration::keepLogSilent();
     const TestFiles files;
     const QString name = files.make("cases.conf",
                                     "# cases\n1, 2 ,b.csv\n0,1,a.csv\n-1,1,\nx,1,c.csv\n"
                                     "1,1,d.csv\n2,1\n-3,0,\n");
-    CaseConfiguration program;
-    ASSERT_TRUE(program.read(name, CaseConfiguration::Rejected::Stop));
+    configuration::CaseConfiguration program;
+    ASSERT_TRUE(program.read(name, configuration::CaseConfiguration::Rejected::Stop));
     EXPECT_EQ(contentOf(program), "0:1xa.csv@3 1:2xb.csv@2 1@4");
     EXPECT_EQ(program.lineErrors().size(), 1U);
 
-    CaseConfiguration all;
-    ASSERT_TRUE(all.read(name, CaseConfiguration::Rejected::GoOn));
+    configuration::CaseConfiguration all;
+    ASSERT_TRUE(all.read(name, configuration::CaseConfiguration::Rejected::GoOn));
     EXPECT_EQ(contentOf(all), "0:1xa.csv@3 1:2xb.csv@2 1:1xd.csv@6 0@8");
     const std::string prefix = name.toStdString() + ":";
     EXPECT_EQ(all.lineErrors(),
@@ -44,22 +44,22 @@ TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
          {std::pair("/no/such.conf", ": No such file or directory"),
           {"/proc/self/mem", ":1: Reading failed: Input/output error"},
           {"/dev/null", ": expected a regular file"}}) {
-        CaseConfiguration none;
-        EXPECT_FALSE(none.read(unreadable, CaseConfiguration::Rejected::Stop));
+        configuration::CaseConfiguration none;
+        EXPECT_FALSE(none.read(unreadable, configuration::CaseConfiguration::Rejected::Stop));
         EXPECT_EQ(none.fileError(), std::string(unreadable) + reason);
     }
 }
 
 TEST(PlayListTest, FindsWhatIsMeantByNameOrNumber)
 {
-    CaseConfiguration::keepLogSilent();
+    configuration::CaseConfiguration::keepLogSilent();
     const TestFiles files;
-    CaseConfiguration cases;
+    configuration::CaseConfiguration cases;
     ASSERT_TRUE(cases.read(files.make("cases.conf",
                                       "0,1,dir/idle.csv\n1,2,a.b.csv\n1,1,a.b.csv\n2,0, sag.csv\n"
                                       "3,1,sag.csv\n-1,1,\n"),
-                           CaseConfiguration::Rejected::Stop));
-    const PlayList list(cases);
+                           configuration::CaseConfiguration::Rejected::Stop));
+    const control::PlayList list(cases);
     EXPECT_EQ(list.lines().join('\n').toStdString(),
               "0  1 x dir/idle.csv\n1  2 x a.b.csv, 1 x a.b.csv  (continuous from the start)\n"
               "2  0 x  sag.csv\n3  1 x sag.csv");

@@ -13,7 +13,7 @@
 
 namespace {
 /** All lines that a watch has to give now. */
-std::string newLines(LogWatch* watch)
+std::string newLines(control::LogWatch* watch)
 {
     std::string lines;
     for (QByteArray line = watch->nextLine(); !line.isEmpty(); line = watch->nextLine()) {
@@ -44,7 +44,7 @@ TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
 {
     const TestFiles files;
     const auto problemOf = [&](const std::string& name) {
-        return sendCommand(QString::fromStdString(files.path(name)), "s1\n").toStdString();
+        return control::sendCommand(QString::fromStdString(files.path(name)), "s1\n").toStdString();
     };
     files.make("file", "kept");
     QDir(files.path("").c_str()).mkdir("directory");
@@ -80,11 +80,11 @@ TEST(LogWatchTest, GivesWhatComesAfterItsStartThroughRotationAndCut)
 {
     const TestFiles files;
     const std::string log = files.path("log");
-    LogWatch early(QString::fromStdString(log));
+    control::LogWatch early(QString::fromStdString(log));
     EXPECT_EQ(newLines(&early), "");
     writeFile(log, "old\nhalf of ");
     EXPECT_EQ(newLines(&early), "old\n");
-    LogWatch watch(QString::fromStdString(log));
+    control::LogWatch watch(QString::fromStdString(log));
     append(log, "a line\nnext");
     EXPECT_EQ(newLines(&watch), "a line\n");
     EXPECT_EQ(newLines(&early), "half of a line\n");
@@ -106,7 +106,7 @@ TEST(LogWatchTest, GivesWhatComesAfterItsStartThroughRotationAndCut)
 
 TEST(LogWatchTest, RefusesWhatIsNoFile)
 {
-    EXPECT_EQ(LogWatch("/dev/null").problem(), "/dev/null: expected a regular file");
+    EXPECT_EQ(control::LogWatch("/dev/null").problem(), "/dev/null: expected a regular file");
 }
 
 TEST(PlayRequestTest, FindsItsOwnVerdictInTheLog)
@@ -114,22 +114,26 @@ TEST(PlayRequestTest, FindsItsOwnVerdictInTheLog)
     const struct
     {
         const char* mLine;
-        PlayRequest mRequest;
-        RequestVerdict mVerdict;
+        control::PlayRequest mRequest;
+        control::RequestVerdict mVerdict;
     } rows[] = {
-        {"INFO Configuration Execute Config 2 once\n", {true, 2}, RequestVerdict::Executed},
-        {"Execute Config 2 once (Configuration.cpp:200)\n", {true, 2}, RequestVerdict::Executed},
-        {"Execute Config 2 once\n", {false, 2}, RequestVerdict::Unknown},
-        {"Execute Config 2 continuous\n", {false, 2}, RequestVerdict::Executed},
-        {"Execute Config 12 continuous\n", {false, 2}, RequestVerdict::Unknown},
-        {"ERROR Wrong Config: 2\n", {false, 2}, RequestVerdict::Rejected},
-        {"ERROR Wrong Config: 20\n", {false, 2}, RequestVerdict::Unknown},
-        {"ERROR Could not convert abcs2\n", {true, 2}, RequestVerdict::Rejected},
-        {"ERROR Could not convert abc\n", {true, 2}, RequestVerdict::Unknown},
+        {"INFO Configuration Execute Config 2 once\n",
+         {true, 2},
+         control::RequestVerdict::Executed},
+        {"Execute Config 2 once (Configuration.cpp:200)\n",
+         {true, 2},
+         control::RequestVerdict::Executed},
+        {"Execute Config 2 once\n", {false, 2}, control::RequestVerdict::Unknown},
+        {"Execute Config 2 continuous\n", {false, 2}, control::RequestVerdict::Executed},
+        {"Execute Config 12 continuous\n", {false, 2}, control::RequestVerdict::Unknown},
+        {"ERROR Wrong Config: 2\n", {false, 2}, control::RequestVerdict::Rejected},
+        {"ERROR Wrong Config: 20\n", {false, 2}, control::RequestVerdict::Unknown},
+        {"ERROR Could not convert abcs2\n", {true, 2}, control::RequestVerdict::Rejected},
+        {"ERROR Could not convert abc\n", {true, 2}, control::RequestVerdict::Unknown},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(verdictOf(row.mLine, row.mRequest), row.mVerdict) << row.mLine;
+        EXPECT_EQ(control::verdictOf(row.mLine, row.mRequest), row.mVerdict) << row.mLine;
     }
-    EXPECT_EQ(PlayRequest({true, 12}).line(), "s12\n");
-    EXPECT_EQ(PlayRequest({false, 0}).line(), "0\n");
+    EXPECT_EQ(control::PlayRequest({true, 12}).line(), "s12\n");
+    EXPECT_EQ(control::PlayRequest({false, 0}).line(), "0\n");
 }

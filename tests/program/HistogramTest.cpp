@@ -6,7 +6,7 @@
 
 TEST(HistogramTest, PercentilesOfSmallValuesAreExact)
 {
-    Histogram histogram;
+    sandbox::Histogram histogram;
     EXPECT_EQ(histogram.percentile(99), 0U);
     for (std::uint64_t value = 1; value <= 99; ++value) {
         histogram.add(value);
@@ -26,7 +26,7 @@ TEST(HistogramTest, EveryMagnitudeIsWithinItsResolution)
     for (unsigned bit = 0; bit < 64; ++bit) {
         for (const std::uint64_t value : {(std::uint64_t{1} << bit) - 1, std::uint64_t{1} << bit,
                                           (std::uint64_t{3} << bit) / 2}) {
-            Histogram histogram;
+            sandbox::Histogram histogram;
             histogram.add(value);
             histogram.add(std::numeric_limits<std::uint64_t>::max());
             EXPECT_GE(histogram.percentile(50), value);

@@ -21,13 +21,13 @@ constexpr std::int64_t kBurstNs = kBlocksOfABurst * kBlockNs;
 /** A stream whose samples follow each other, with arrivals as the test wants them. */
 struct Stream
 {
-    void add(std::size_t count, std::int64_t stepNs, const Arrival& arrival)
+    void add(std::size_t count, std::int64_t stepNs, const sandbox::Arrival& arrival)
     {
         std::vector<SampleRecord> records(count);
         for (SampleRecord& record : records) {
             mStampNs += stepNs;
-            record.mSeconds = static_cast<quint32>(mStampNs / kNanosecondsPerSecond);
-            record.mNanoseconds = static_cast<quint32>(mStampNs % kNanosecondsPerSecond);
+            record.mSeconds = static_cast<quint32>(mStampNs / sandbox::kNanosecondsPerSecond);
+            record.mNanoseconds = static_cast<quint32>(mStampNs % sandbox::kNanosecondsPerSecond);
         }
         mStatistics.addBlock(records.data(), records.size(), arrival);
     }
@@ -45,7 +45,7 @@ struct Stream
     }
 
     std::int64_t mStampNs = kStartNs;
-    StreamStatistics mStatistics;
+    sandbox::StreamStatistics mStatistics;
 };
 } // namespace
 
@@ -59,7 +59,7 @@ TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
         std::int64_t mLargestNs;
     };
     Stream stream;
-    const StreamStatistics& statistics = stream.mStatistics;
+    const sandbox::StreamStatistics& statistics = stream.mStatistics;
     EXPECT_EQ(statistics.stepRate(), 0);
     stream.add(1, kStepNs, {kStartNs + 7, 1234});
     EXPECT_EQ(statistics.stepRate(), 0);
@@ -106,7 +106,7 @@ TEST(StreamStatisticsTest, SettingTheWallClockDoesNotChangeTheSpeed)
 {
     Stream stream;
     for (int block = 0; block < 10; ++block) {
-        const std::int64_t setNs = block < 5 ? 0 : 3600 * kNanosecondsPerSecond;
+        const std::int64_t setNs = block < 5 ? 0 : 3600 * sandbox::kNanosecondsPerSecond;
         stream.add(kBlockSamples, kStepNs,
                    {kStartNs + block * kBlockNs + setNs, 77 + block * kBlockNs});
     }
@@ -119,8 +119,8 @@ TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
     for (const std::int64_t leadNs : {30, 20, 10, 0, -5, -100}) {
         stream.add(kBlockSamples, kStepNs, {stream.mStampNs + kBlockNs - leadNs, 0});
     }
-    const Histogram& lead = stream.mStatistics.leadNs();
-    const Histogram& lag = stream.mStatistics.lagNs();
+    const sandbox::Histogram& lead = stream.mStatistics.leadNs();
+    const sandbox::Histogram& lag = stream.mStatistics.lagNs();
     EXPECT_EQ(lead.count(), 6U);
     EXPECT_EQ(lead.largest(), 30U);
     EXPECT_EQ(lead.percentile(66), 10U);
@@ -129,6 +129,8 @@ TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
     EXPECT_EQ(lag.percentile(50), 0U);
     EXPECT_EQ(lag.percentile(83), 5U);
     const std::int64_t lastNs = stream.mStampNs;
-    EXPECT_THAT(statusText(stream.mStatistics, {lastNs - 2'000'000, 0}), EndsWith("  lead 2.0 ms"));
-    EXPECT_THAT(statusText(stream.mStatistics, {lastNs + 3'000'000, 0}), EndsWith("  lag 3.0 ms"));
+    EXPECT_THAT(sandbox::statusText(stream.mStatistics, {lastNs - 2'000'000, 0}),
+                EndsWith("  lead 2.0 ms"));
+    EXPECT_THAT(sandbox::statusText(stream.mStatistics, {lastNs + 3'000'000, 0}),
+                EndsWith("  lag 3.0 ms"));
 }

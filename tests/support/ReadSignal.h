@@ -5,13 +5,13 @@
 #include <string>
 
 #include "base/CaseError.h"
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
 
 /** The whole signal as one block. */
-inline SignalBlock readAll(SignalSource& source)
+inline waveform::SignalBlock readAll(waveform::SignalSource& source)
 {
-    SignalBlock all;
-    SignalBlock block;
+    waveform::SignalBlock all;
+    waveform::SignalBlock block;
     all.resize(source.description().mChannels.size(), 0);
     const auto append = [](auto* to, const auto& from) {
         to->insert(to->end(), from.begin(), from.end());
@@ -34,7 +34,7 @@ std::string errorOf(Operation operation)
 {
     try {
         operation();
-    } catch (const CaseError& error) {
+    } catch (const base::CaseError& error) {
         return error.what();
     }
     ADD_FAILURE() << "no error";

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 bool enterPrivateMounts()
 {
-    PrivateMounts mounts;
+    sandbox::PrivateMounts mounts;
     mounts.enter();
     mounts.makePrivateDev();
     mounts.makeEtcVx();

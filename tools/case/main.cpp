@@ -29,14 +29,14 @@ void declare(CLI::App& app)
     app.set_version_flag("--version", VX_VERSION);
     app.require_subcommand(1);
     app.failure_message(failureMessage);
-    addGenerateCommand(app);
-    addCheckCommand(app);
-    addExplainCommand(app);
-    addExportCommand(app);
-    addInfoCommand(app);
-    addCatalogueCommand(app);
-    addImportCommand(app);
-    addPlotCommand(app);
+    commands::addGenerateCommand(app);
+    commands::addCheckCommand(app);
+    commands::addExplainCommand(app);
+    commands::addExportCommand(app);
+    commands::addInfoCommand(app);
+    commands::addCatalogueCommand(app);
+    commands::addImportCommand(app);
+    commands::addPlotCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */
@@ -55,14 +55,14 @@ int main(int argc, char** argv)
 {
     // The program's messages go through log4cxx, which goes by the locale and else loses umlauts.
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    CaseConfiguration::keepLogSilent();
+    configuration::CaseConfiguration::keepLogSilent();
     CLI::App app;
     declare(app);
     try {
         return parseAndRun(app, argc, argv);
-    } catch (const CaseError& error) {
+    } catch (const base::CaseError& error) {
         std::cerr << "vx-case: " << error.what() << std::endl;
-    } catch (const BadVerdict&) {
+    } catch (const base::BadVerdict&) {
         return kInputAtFault;
     } catch (const std::bad_alloc&) {
         std::cerr << "vx-case: out of memory" << std::endl;

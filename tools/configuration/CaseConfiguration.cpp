@@ -7,6 +7,8 @@
 #include "LogText.h"
 #include "PipeOrDevice.h"
 
+namespace configuration {
+
 void CaseConfiguration::keepLogSilent()
 {
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
@@ -50,3 +52,5 @@ bool CaseConfiguration::parseLine(QString line)
     }
     return true;
 }
+
+} // namespace configuration

@@ -8,6 +8,8 @@
 
 #include "CsvParser.h"
 
+namespace configuration {
+
 /** One entry of a case configuration, as its line gives it. */
 struct CaseEntry
 {
@@ -67,3 +69,5 @@ private:
     std::vector<std::string> mLineErrors;
     std::string mFileError;
 };
+
+} // namespace configuration

@@ -3,6 +3,8 @@
 #include <QFileInfo>
 #include <QString>
 
+namespace configuration {
+
 inline const char* const kExpectedRegularFile = "expected a regular file";
 
 /** Whether opening the file could wait for a writer for ever, or reading it never end. */
@@ -11,3 +13,5 @@ inline bool isPipeOrDevice(const QString& fileName)
     const QFileInfo info(fileName);
     return info.exists() && !info.isFile() && !info.isDir();
 }
+
+} // namespace configuration

@@ -10,6 +10,8 @@
 #include <csignal>
 #include <cstring>
 
+namespace control {
+
 namespace {
 QString notAFifo()
 {
@@ -67,3 +69,5 @@ QString sendCommand(const QString& path, const QByteArray& line)
     }
     return problem.isEmpty() ? problem : path + QStringLiteral(": ") + problem;
 }
+
+} // namespace control

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace control {
+
 /**
  * Writes one command line into the control FIFO, in one piece, so that lines of several writers
  * never mix. Never waits: a FIFO that nobody reads is told at once. Ignores SIGPIPE from then on.
@@ -12,3 +14,5 @@
  * @return what is wrong, in one line that begins with the path; empty when it was written
  */
 QString sendCommand(const QString& path, const QByteArray& line);
+
+} // namespace control

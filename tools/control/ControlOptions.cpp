@@ -2,6 +2,8 @@
 
 #include "FixedPaths.h"
 
+namespace control {
+
 namespace {
 constexpr char kHelpText[] =
     R"(Usage: vx-control [OPTION]... list
@@ -91,3 +93,5 @@ QString ControlOptions::problemOfArguments() const
     }
     return {};
 }
+
+} // namespace control

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace control {
+
 /** The command line of vx-control. */
 class ControlOptions
 {
@@ -49,3 +51,5 @@ private:
     QCommandLineParser mParser;
     double mWaitSeconds = 0.0;
 };
+
+} // namespace control

@@ -6,6 +6,8 @@
 
 #include "PipeOrDevice.h"
 
+namespace control {
+
 namespace {
 /** A writer that does not append leaves zeros where the log was cut. */
 QByteArray withoutHole(const QByteArray& line)
@@ -21,8 +23,8 @@ LogWatch::LogWatch(const QString& path) : mFile(path)
     if (!QFile::exists(path)) {
         return;
     }
-    if (isPipeOrDevice(path)) {
-        mProblem = path + QStringLiteral(": ") + kExpectedRegularFile;
+    if (configuration::isPipeOrDevice(path)) {
+        mProblem = path + QStringLiteral(": ") + configuration::kExpectedRegularFile;
         return;
     }
     if (openFromBeginning()) {
@@ -79,3 +81,5 @@ void LogWatch::readMore()
         mUnread += mFile.readAll();
     }
 }
+
+} // namespace control

@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QString>
 
+namespace control {
+
 /**
  * Follows a log file from the end that it has when the watch is made. Goes on in the new file when
  * the log is renamed away and made again, and from the beginning when it is cut.
@@ -34,3 +36,5 @@ private:
     QString mProblem;
     QByteArray mUnread; ///< what was read and is not yet a line
 };
+
+} // namespace control

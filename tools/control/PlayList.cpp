@@ -2,13 +2,15 @@
 
 #include <QFileInfo>
 
+namespace control {
+
 namespace {
-QString describe(const CaseEntry& entry)
+QString describe(const configuration::CaseEntry& entry)
 {
     return QStringLiteral("%1 x %2").arg(entry.mRepetitions).arg(entry.mFileName);
 }
 
-bool isNamed(const CaseEntry& entry, const QString& name)
+bool isNamed(const configuration::CaseEntry& entry, const QString& name)
 {
     return QFileInfo(entry.mFileName.trimmed()).completeBaseName() == name;
 }
@@ -20,7 +22,7 @@ QStringList PlayList::lines() const
     const auto& configurations = mCases.configurations();
     for (auto it = configurations.begin(); it != configurations.end(); ++it) {
         QStringList entries;
-        for (const CaseEntry& entry : it.value()) {
+        for (const configuration::CaseEntry& entry : it.value()) {
             entries += describe(entry);
         }
         const bool isContinuous = it.key() == mCases.continuousNumber();
@@ -67,7 +69,7 @@ QList<qint32> PlayList::numbersOf(const QString& name) const
     QList<qint32> numbers;
     const auto& configurations = mCases.configurations();
     for (auto it = configurations.begin(); it != configurations.end(); ++it) {
-        for (const CaseEntry& entry : it.value()) {
+        for (const configuration::CaseEntry& entry : it.value()) {
             if (isNamed(entry, name)) {
                 numbers += it.key();
                 break;
@@ -76,3 +78,5 @@ QList<qint32> PlayList::numbersOf(const QString& name) const
     }
     return numbers;
 }
+
+} // namespace control

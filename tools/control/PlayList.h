@@ -5,6 +5,8 @@
 
 #include "CaseConfiguration.h"
 
+namespace control {
+
 /**
  * What can be played, by number and by name. A name is that of a value file without its path and
  * suffix. Borrows the case configuration.
@@ -12,7 +14,7 @@
 class PlayList
 {
 public:
-    explicit PlayList(const CaseConfiguration& cases) : mCases(cases) {}
+    explicit PlayList(const configuration::CaseConfiguration& cases) : mCases(cases) {}
 
     /** One line a configuration: number, entries with their repetitions, which is continuous. */
     QStringList lines() const;
@@ -26,5 +28,7 @@ public:
 private:
     QList<qint32> numbersOf(const QString& name) const;
 
-    const CaseConfiguration& mCases;
+    const configuration::CaseConfiguration& mCases;
 };
+
+} // namespace control

@@ -2,6 +2,8 @@
 
 #include <cctype>
 
+namespace control {
+
 namespace {
 /** True when the text holds the words and no further digit follows them. */
 bool says(const QByteArray& text, const QByteArray& words)
@@ -35,3 +37,5 @@ RequestVerdict verdictOf(const QByteArray& logLine, const PlayRequest& request)
         logLine.contains("Could not convert ") && logLine.trimmed().endsWith(number);
     return isGarbled ? RequestVerdict::Rejected : RequestVerdict::Unknown;
 }
+
+} // namespace control

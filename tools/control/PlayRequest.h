@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QtGlobal>
 
+namespace control {
+
 /** What is asked of the simulator. */
 struct PlayRequest
 {
@@ -25,3 +27,5 @@ enum class RequestVerdict
  * behind the message does not matter.
  */
 RequestVerdict verdictOf(const QByteArray& logLine, const PlayRequest& request);
+
+} // namespace control

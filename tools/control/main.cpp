@@ -34,7 +34,7 @@ int print(const QString& text)
 }
 
 /** Reads what the simulator can play; false after a message. */
-bool readCases(const ControlOptions& options, CaseConfiguration* cases)
+bool readCases(const control::ControlOptions& options, configuration::CaseConfiguration* cases)
 {
     QString name = options.caseConfig();
     if (name.isEmpty()) {
@@ -44,7 +44,7 @@ bool readCases(const ControlOptions& options, CaseConfiguration* cases)
             return false;
         }
     }
-    if (!cases->read(name, CaseConfiguration::Rejected::Stop)) {
+    if (!cases->read(name, configuration::CaseConfiguration::Rejected::Stop)) {
         fail(QString::fromLocal8Bit(cases->fileError().c_str()));
         return false;
     }
@@ -56,16 +56,16 @@ bool readCases(const ControlOptions& options, CaseConfiguration* cases)
 }
 
 /** Stays until the log tells what became of the request. */
-int awaitVerdict(LogWatch* log, const PlayRequest& request, double seconds)
+int awaitVerdict(control::LogWatch* log, const control::PlayRequest& request, double seconds)
 {
     const QDeadlineTimer deadline(std::llround(seconds * kMillisecondsPerSecond));
     for (;;) {
         const bool isLastLook = deadline.hasExpired();
         for (QByteArray line = log->nextLine(); !line.isEmpty(); line = log->nextLine()) {
-            const RequestVerdict verdict = verdictOf(line, request);
-            if (verdict != RequestVerdict::Unknown) {
+            const control::RequestVerdict verdict = control::verdictOf(line, request);
+            if (verdict != control::RequestVerdict::Unknown) {
                 print(QString::fromLocal8Bit(line));
-                return verdict == RequestVerdict::Executed ? EXIT_SUCCESS : kNotDone;
+                return verdict == control::RequestVerdict::Executed ? EXIT_SUCCESS : kNotDone;
             }
         }
         if (isLastLook) {
@@ -77,32 +77,32 @@ int awaitVerdict(LogWatch* log, const PlayRequest& request, double seconds)
     }
 }
 
-int play(const ControlOptions& options, const PlayRequest& request)
+int play(const control::ControlOptions& options, const control::PlayRequest& request)
 {
     const bool waits = options.waitSeconds() > 0.0;
-    LogWatch log(waits ? options.log() : QString());
+    control::LogWatch log(waits ? options.log() : QString());
     if (!log.problem().isEmpty()) {
         return fail(log.problem());
     }
-    const QString problem = sendCommand(options.fifo(), request.line());
+    const QString problem = control::sendCommand(options.fifo(), request.line());
     if (!problem.isEmpty()) {
         return fail(problem);
     }
     return waits ? awaitVerdict(&log, request, options.waitSeconds()) : EXIT_SUCCESS;
 }
 
-int run(const ControlOptions& options)
+int run(const control::ControlOptions& options)
 {
-    CaseConfiguration cases;
+    configuration::CaseConfiguration cases;
     if (!readCases(options, &cases)) {
         return kNotDone;
     }
-    const PlayList list(cases);
+    const control::PlayList list(cases);
     if (options.verb() == QLatin1String("list")) {
         const QStringList lines = list.lines();
         return print(lines.isEmpty() ? QString() : lines.join('\n') + '\n');
     }
-    PlayRequest request;
+    control::PlayRequest request;
     request.mOnce = options.verb() == QLatin1String("once");
     const QString problem = list.find(options.target(), &request.mNumber);
     return problem.isEmpty() ? play(options, request) : fail(problem);
@@ -112,14 +112,14 @@ int run(const ControlOptions& options)
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    CaseConfiguration::keepLogSilent();
-    ControlOptions options;
+    configuration::CaseConfiguration::keepLogSilent();
+    control::ControlOptions options;
     const QString problem = options.read(QCoreApplication::arguments());
     if (!problem.isEmpty()) {
         return fail(problem, kCommandLineAtFault);
     }
     if (options.isHelpRequested()) {
-        return print(ControlOptions::helpText());
+        return print(control::ControlOptions::helpText());
     }
     if (options.isVersionRequested()) {
         return print(QStringLiteral("vx-control " VX_VERSION "\n"));

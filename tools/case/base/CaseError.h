@@ -3,6 +3,8 @@
 #include <exception>
 #include <stdexcept>
 
+namespace base {
+
 /**
  * The input is at fault, or a result cannot be written: ends the command with status 1.
  *
@@ -19,3 +21,5 @@ public:
 class BadVerdict : public std::exception
 {
 };
+
+} // namespace base

@@ -6,6 +6,8 @@
 
 #include "base/CaseError.h"
 
+namespace base {
+
 namespace {
 constexpr size_t kBlockBytes = size_t{256} << 10U;
 } // namespace
@@ -93,3 +95,5 @@ bool InputFile::readMore(size_t wanted)
     mBlockEnd += static_cast<size_t>(count);
     return count > 0;
 }
+
+} // namespace base

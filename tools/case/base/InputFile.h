@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace base {
+
 /**
  * The bytes of a regular file, or of a part of it, from the beginning to the end, read ahead in
  * blocks: memory does not depend on the file's size. Knows bytes and line ends only.
@@ -67,3 +69,5 @@ private:
     size_t mNext = 0;          ///< first byte in mBlock not yet taken
     size_t mBlockEnd = 0;      ///< end of the bytes read into mBlock
 };
+
+} // namespace base

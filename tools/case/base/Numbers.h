@@ -4,6 +4,8 @@
 #include <cmath>
 #include <string_view>
 
+namespace base {
+
 inline constexpr double kPi = 3.14159265358979323846;
 inline constexpr double kRadiansPerDegree = kPi / 180.0;
 
@@ -40,3 +42,5 @@ bool parseNumber(std::string_view text, Number* value)
     *value = number;
     return true;
 }
+
+} // namespace base

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+namespace base {
+
 namespace {
 constexpr std::chrono::seconds kSilence{1};
 constexpr std::chrono::milliseconds kBetweenDraws{100};
@@ -35,3 +37,5 @@ void ProgressLine::show(double share)
     fmt::print(stderr, "\r{} {:3.0f} %\033[K", mWhat, share * 100.0);
     std::fflush(stderr);
 }
+
+} // namespace base

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <string>
 
+namespace base {
+
 /**
  * A line on standard error that tells how far a command is: "reading 42 %". Only on a terminal
  * and only once the command has taken longer than a second; it is cleared at the end.
@@ -28,3 +30,5 @@ private:
     bool mIsShown = false;
     Clock::time_point mNextDraw;
 };
+
+} // namespace base

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace base {
+
 namespace {
 constexpr size_t kMaxRemarks = 100;
 constexpr size_t kMaxChannels = 8;
@@ -31,3 +33,5 @@ std::vector<std::string> Remarks::take()
     mChannels.clear();
     return std::exchange(mTexts, {});
 }
+
+} // namespace base

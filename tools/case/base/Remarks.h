@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace base {
+
 /**
  * Collects what is odd in a file, for the user: the same remark on many channels is one, and an
  * endless row of them ends.
@@ -23,3 +25,5 @@ private:
     std::vector<std::string> mTexts;
     std::map<std::string, std::vector<int>> mChannels; ///< by text
 };
+
+} // namespace base

@@ -6,6 +6,8 @@
 
 #include "base/CaseError.h"
 
+namespace base {
+
 namespace {
 constexpr size_t kPendingBytes = size_t{1} << 16U;
 } // namespace
@@ -62,3 +64,5 @@ void ResultFile::fail(const std::string& reason) const
 {
     throw CaseError(mName + ": " + reason);
 }
+
+} // namespace base

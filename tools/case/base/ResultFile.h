@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace base {
+
 /**
  * Where a command's result goes: a file, which is written beside its place and renamed at the
  * end, so that a failure leaves no half file and keeps the old one; or standard output.
@@ -40,3 +42,5 @@ private:
     QFileDevice* mDevice = nullptr; ///< one of the two
     std::string mPending;           ///< collected, so that a line costs no call
 };
+
+} // namespace base

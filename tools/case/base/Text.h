@@ -3,6 +3,8 @@
 #include <string_view>
 #include <vector>
 
+namespace base {
+
 /** So much of a file's text is quoted in a message, in bytes. */
 inline constexpr size_t kLongestExcerpt = 60;
 
@@ -18,3 +20,5 @@ inline std::vector<std::string_view> splitText(std::string_view text, char separ
     parts.push_back(text);
     return parts;
 }
+
+} // namespace base

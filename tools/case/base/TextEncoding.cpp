@@ -2,6 +2,8 @@
 
 #include <QTextCodec>
 
+namespace base {
+
 bool isEncoding(const std::string& name)
 {
     return QTextCodec::codecForName(name.c_str()) != nullptr;
@@ -19,3 +21,5 @@ DecodedText decodeText(std::string_view bytes, const std::string& encoding)
     }
     return {QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size())).toStdString(), true};
 }
+
+} // namespace base

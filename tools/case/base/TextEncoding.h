@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace base {
+
 /** True when the name is that of an encoding, such as "windows-1251" or "GB18030". */
 bool isEncoding(const std::string& name);
 
@@ -24,3 +26,5 @@ DecodedText decodeText(std::string_view bytes, const std::string& encoding);
 /** What a user is told when a text was guessed. */
 inline constexpr const char* kGuessedEncoding =
     "texts are not UTF-8: read as Latin-1 (--encoding says it better)";
+
+} // namespace base

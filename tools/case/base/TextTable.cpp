@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace base {
+
 namespace {
 constexpr char kRightMark = '>';
 constexpr size_t kGap = 2; ///< blanks between columns
@@ -46,3 +48,5 @@ std::string TextTable::text() const
     }
     return all;
 }
+
+} // namespace base

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace base {
+
 /** Lays texts out in columns for a reader. Texts are UTF-8. */
 class TextTable
 {
@@ -20,3 +22,5 @@ private:
     std::vector<bool> mIsRight; ///< for each column
     std::vector<std::vector<std::string>> mRows;
 };
+
+} // namespace base

@@ -8,6 +8,8 @@
 #include "LogText.h"
 #include "base/ProgressLine.h"
 
+namespace check {
+
 namespace {
 /** A command is taken when the case in progress has ended. */
 constexpr double kLongestPatienceSeconds = 5.0;
@@ -18,7 +20,7 @@ constexpr qint64 kRoundingOfValues = 1;
 /** An item on the 32-bit device: a pointer to its virtual operations, the record, the frequency. */
 constexpr qint64 kItemBytesOn32Bits = 4 + qint64{sizeof(SampleRecord)} + 4;
 
-bool isPlayed(const CaseEntry& entry, const FileFacts& facts)
+bool isPlayed(const configuration::CaseEntry& entry, const FileFacts& facts)
 {
     return entry.mRepetitions > 0 && facts.mSamples > 0;
 }
@@ -26,7 +28,8 @@ bool isPlayed(const CaseEntry& entry, const FileFacts& facts)
 
 CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configuration))
 {
-    const bool isRead = mCases.read(configuration, CaseConfiguration::Rejected::GoOn);
+    const bool isRead =
+        mCases.read(configuration, configuration::CaseConfiguration::Rejected::GoOn);
     mErrors = mCases.lineErrors();
     if (!isRead) {
         mErrors.push_back(mCases.fileError());
@@ -34,10 +37,10 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
     }
     checkNumbers();
     const auto& numbers = mCases.configurations();
-    ProgressLine progress("checking");
+    base::ProgressLine progress("checking");
     int checked = 0;
     for (auto it = numbers.begin(); it != numbers.end(); ++it) {
-        for (const CaseEntry& entry : it.value()) {
+        for (const configuration::CaseEntry& entry : it.value()) {
             checkEntry(entry);
         }
         checkSeams(it.value());
@@ -69,7 +72,7 @@ void CaseCheck::checkNumbers()
     }
 }
 
-void CaseCheck::checkEntry(const CaseEntry& entry)
+void CaseCheck::checkEntry(const configuration::CaseEntry& entry)
 {
     const bool isNew = mFacts.find(entry.mFileName) == mFacts.end();
     const FileFacts& facts = factsFor(entry);
@@ -85,7 +88,7 @@ void CaseCheck::checkEntry(const CaseEntry& entry)
     mLoadedSamples += facts.mSamples;
 }
 
-void CaseCheck::checkFile(const CaseEntry& entry, const FileFacts& facts)
+void CaseCheck::checkFile(const configuration::CaseEntry& entry, const FileFacts& facts)
 {
     const std::string file = local8Bit(entry.mFileName);
     if (!facts.mIsThere) {
@@ -108,7 +111,7 @@ void CaseCheck::checkFile(const CaseEntry& entry, const FileFacts& facts)
     }
 }
 
-void CaseCheck::checkPlay(const CaseEntry& entry, const FileFacts& facts)
+void CaseCheck::checkPlay(const configuration::CaseEntry& entry, const FileFacts& facts)
 {
     const std::string file = local8Bit(entry.mFileName);
     if (facts.mInsideBlocks.mCount > 0) {
@@ -125,16 +128,16 @@ void CaseCheck::checkPlay(const CaseEntry& entry, const FileFacts& facts)
 }
 
 /** What follows the last entry is the first one; what follows one that is repeated is itself. */
-void CaseCheck::checkSeams(const QList<CaseEntry>& entries)
+void CaseCheck::checkSeams(const QList<configuration::CaseEntry>& entries)
 {
-    std::vector<const CaseEntry*> played;
-    for (const CaseEntry& entry : entries) {
+    std::vector<const configuration::CaseEntry*> played;
+    for (const configuration::CaseEntry& entry : entries) {
         if (isPlayed(entry, factsFor(entry))) {
             played.push_back(&entry);
         }
     }
     for (size_t i = 0; i < played.size(); ++i) {
-        const CaseEntry& next = *played[(i + 1) % played.size()];
+        const configuration::CaseEntry& next = *played[(i + 1) % played.size()];
         if (played[i]->mRepetitions > 1 && &next != played[i]) {
             checkSeam(*played[i], *played[i]);
         }
@@ -142,7 +145,7 @@ void CaseCheck::checkSeams(const QList<CaseEntry>& entries)
     }
 }
 
-void CaseCheck::checkSeam(const CaseEntry& from, const CaseEntry& to)
+void CaseCheck::checkSeam(const configuration::CaseEntry& from, const configuration::CaseEntry& to)
 {
     const FileFacts& before = factsFor(from);
     const FileFacts& after = factsFor(to);
@@ -160,14 +163,14 @@ void CaseCheck::checkSeam(const CaseEntry& from, const CaseEntry& to)
     }
 }
 
-void CaseCheck::describe(qint32 number, const QList<CaseEntry>& entries)
+void CaseCheck::describe(qint32 number, const QList<configuration::CaseEntry>& entries)
 {
     CheckedConfiguration result;
     result.mNumber = number;
     result.mEntries = entries.size();
     result.mIsContinuous = number == mCases.continuousNumber();
     bool allAreThere = true;
-    for (const CaseEntry& entry : entries) {
+    for (const configuration::CaseEntry& entry : entries) {
         const FileFacts& facts = factsFor(entry);
         result.mFiles.push_back(local8Bit(entry.mFileName));
         allAreThere = allAreThere && facts.mIsThere;
@@ -187,7 +190,7 @@ void CaseCheck::describe(qint32 number, const QList<CaseEntry>& entries)
     mConfigurations.push_back(result);
 }
 
-const FileFacts& CaseCheck::factsFor(const CaseEntry& entry)
+const FileFacts& CaseCheck::factsFor(const configuration::CaseEntry& entry)
 {
     const auto known = mFacts.find(entry.mFileName);
     if (known != mFacts.end()) {
@@ -196,7 +199,7 @@ const FileFacts& CaseCheck::factsFor(const CaseEntry& entry)
     return mFacts.emplace(entry.mFileName, factsOf(entry.mFileName)).first->second;
 }
 
-std::string CaseCheck::lineOf(const CaseEntry& entry) const
+std::string CaseCheck::lineOf(const configuration::CaseEntry& entry) const
 {
     return fmt::format("{}:{}", mName, entry.mLineNumber);
 }
@@ -215,3 +218,5 @@ qint64 CaseCheck::bytesOn32Bits() const
 {
     return mLoadedSamples * kItemBytesOn32Bits;
 }
+
+} // namespace check

@@ -8,6 +8,8 @@
 #include "CaseConfiguration.h"
 #include "check/FileFacts.h"
 
+namespace check {
+
 /** What one configuration is, for the table. */
 struct CheckedConfiguration
 {
@@ -49,18 +51,18 @@ public:
 
 private:
     void checkNumbers();
-    void checkEntry(const CaseEntry& entry);
-    void checkFile(const CaseEntry& entry, const FileFacts& facts);
-    void checkPlay(const CaseEntry& entry, const FileFacts& facts);
-    void checkSeams(const QList<CaseEntry>& entries);
-    void checkSeam(const CaseEntry& from, const CaseEntry& to);
-    void describe(qint32 number, const QList<CaseEntry>& entries);
+    void checkEntry(const configuration::CaseEntry& entry);
+    void checkFile(const configuration::CaseEntry& entry, const FileFacts& facts);
+    void checkPlay(const configuration::CaseEntry& entry, const FileFacts& facts);
+    void checkSeams(const QList<configuration::CaseEntry>& entries);
+    void checkSeam(const configuration::CaseEntry& from, const configuration::CaseEntry& to);
+    void describe(qint32 number, const QList<configuration::CaseEntry>& entries);
 
-    const FileFacts& factsFor(const CaseEntry& entry);
-    std::string lineOf(const CaseEntry& entry) const;
+    const FileFacts& factsFor(const configuration::CaseEntry& entry);
+    std::string lineOf(const configuration::CaseEntry& entry) const;
 
     std::string mName;
-    CaseConfiguration mCases;
+    configuration::CaseConfiguration mCases;
     std::map<QString, FileFacts> mFacts; ///< each file is read once
     std::vector<std::string> mErrors;
     qint64 mUntoldErrors = 0; ///< that have no line of their own in mErrors
@@ -68,3 +70,5 @@ private:
     std::vector<CheckedConfiguration> mConfigurations;
     qint64 mLoadedSamples = 0; ///< each entry has samples of its own in the program
 };
+
+} // namespace check

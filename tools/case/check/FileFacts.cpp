@@ -7,13 +7,15 @@
 #include "PipeOrDevice.h"
 #include "SampleStep.h"
 #include "base/Numbers.h"
-#include "signal/ProgramMessages.h"
+#include "waveform/ProgramMessages.h"
+
+namespace check {
 
 namespace {
 /** Read between two looks at the messages, so that a file of errors alone costs no memory. */
 constexpr int kLinesAtOnce = 1000;
 
-void takeMessages(const ProgramMessages& messages, FileFacts* facts)
+void takeMessages(const waveform::ProgramMessages& messages, FileFacts* facts)
 {
     for (const std::string& message : messages.errors()) {
         ++facts->mErrorCount;
@@ -50,7 +52,7 @@ public:
         } else if (!isSame(item.mFrequency, mBlockFrequency)) {
             add(&mFacts.mInsideBlocks, mFacts.mSamples, item.mFrequency);
         }
-        mFacts.mSeconds += static_cast<double>(mStep) * kSecondsPerNanosecond;
+        mFacts.mSeconds += static_cast<double>(mStep) * base::kSecondsPerNanosecond;
         takeValues(item);
         ++mFacts.mSamples;
     }
@@ -96,13 +98,13 @@ public:
 
     void open(const QString& name)
     {
-        if (isPipeOrDevice(name)) {
+        if (configuration::isPipeOrDevice(name)) {
             mFacts.mIsThere = false;
             mFacts.mErrorCount = 1;
-            mFacts.mErrors = {kExpectedRegularFile};
+            mFacts.mErrors = {configuration::kExpectedRegularFile};
             return;
         }
-        const ProgramMessages messages;
+        const waveform::ProgramMessages messages;
         mFacts.mIsThere = openFile(name);
         takeMessages(messages, &mFacts);
     }
@@ -111,7 +113,7 @@ public:
     bool readSome(SampleWalk* walk)
     {
         releaseItems();
-        const ProgramMessages messages;
+        const waveform::ProgramMessages messages;
         const bool isAtEnd = parseLines(kLinesAtOnce) < 0;
         takeMessages(messages, &mFacts);
         resetIterator();
@@ -161,10 +163,12 @@ FileFacts factsOf(const QString& fileName)
 
 quint32 lineOfSample(const QString& fileName, qint64 sample)
 {
-    const ProgramMessages unheard;
+    const waveform::ProgramMessages unheard;
     LineFinder finder(sample);
     if (finder.openFile(fileName)) {
         finder.parseLines(-1);
     }
     return finder.line();
 }
+
+} // namespace check

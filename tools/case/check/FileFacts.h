@@ -8,6 +8,8 @@
 
 #include "InputValues.h"
 
+namespace check {
+
 /** What the check must know of one value file; the samples themselves are not kept. */
 struct FileFacts
 {
@@ -47,3 +49,5 @@ FileFacts factsOf(const QString& fileName);
 
 /** The line of the file, counted from 1, that holds the sample. Reads the file again. */
 quint32 lineOfSample(const QString& fileName, qint64 sample);
+
+} // namespace check

@@ -4,6 +4,8 @@
 #include "commands/Commands.h"
 #include "generate/Catalogue.h"
 
+namespace commands {
+
 void addCatalogueCommand(CLI::App& app)
 {
     struct Options
@@ -25,5 +27,7 @@ void addCatalogueCommand(CLI::App& app)
         .add_option("NAME", options->mNames,
                     "Signals, as vx-case generate --list shows them (default: the catalogue)")
         ->type_name("");
-    command.callback([options] { writeCatalogue(options->mDirectory, options->mNames); });
+    command.callback([options] { generate::writeCatalogue(options->mDirectory, options->mNames); });
 }
+
+} // namespace commands

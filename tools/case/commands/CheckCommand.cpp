@@ -11,6 +11,8 @@
 #include "check/CaseCheck.h"
 #include "commands/Commands.h"
 
+namespace commands {
+
 namespace {
 using Json = nlohmann::ordered_json;
 
@@ -33,22 +35,22 @@ QString configurationName(const Options& options)
     }
     const QString found = searchConfigFile(QString::fromLatin1(kCaseConfigName), std::cerr);
     if (found.isNull()) {
-        throw CaseError("expected the name of a case configuration");
+        throw base::CaseError("expected the name of a case configuration");
     }
     return found;
 }
 
-std::string frequencies(const CheckedConfiguration& row)
+std::string frequencies(const check::CheckedConfiguration& row)
 {
     return row.mLowestHz == row.mHighestHz ? fmt::format("{}", row.mHighestHz)
                                            : fmt::format("{} to {}", row.mLowestHz, row.mHighestHz);
 }
 
-void printTable(const CaseCheck& check)
+void printTable(const check::CaseCheck& check)
 {
     fmt::print("{:>6}  {:>7}  {:>10}  {:>11}  {:>12}  {}\n", "number", "entries", "samples",
                "duration/s", "frequency/Hz", "files");
-    for (const CheckedConfiguration& row : check.configurations()) {
+    for (const check::CheckedConfiguration& row : check.configurations()) {
         fmt::print("{:>6}  {:>7}  {:>10}  {:>11.3f}  {:>12}  {}{}\n", row.mNumber, row.mEntries,
                    row.mSamples, row.mSeconds, frequencies(row), fmt::join(row.mFiles, ", "),
                    row.mIsContinuous ? " (continuous from the start)" : "");
@@ -58,10 +60,10 @@ void printTable(const CaseCheck& check)
                static_cast<double>(check.bytesHere()) / kBytesPerMebibyte);
 }
 
-void printJson(const CaseCheck& check)
+void printJson(const check::CaseCheck& check)
 {
     Json rows = Json::array();
-    for (const CheckedConfiguration& row : check.configurations()) {
+    for (const check::CheckedConfiguration& row : check.configurations()) {
         rows.push_back({{"number", row.mNumber},
                         {"continuous", row.mIsContinuous},
                         {"entries", row.mEntries},
@@ -84,9 +86,9 @@ void run(const Options& options)
     const QString name = configurationName(options);
     if (!options.mDirectory.empty() &&
         !QDir::setCurrent(QString::fromStdString(options.mDirectory))) {
-        throw CaseError(options.mDirectory + ": no such directory");
+        throw base::CaseError(options.mDirectory + ": no such directory");
     }
-    const CaseCheck check(name);
+    const check::CaseCheck check(name);
     for (const std::string& error : check.errors()) {
         fmt::print(stderr, "error: {}\n", error);
     }
@@ -95,8 +97,8 @@ void run(const Options& options)
     }
     options.mJson ? printJson(check) : printTable(check);
     if (!check.errors().empty() || (options.mStrict && !check.warnings().empty())) {
-        throw CaseError(fmt::format("{}: {} errors, {} warnings", name.toStdString(),
-                                    check.errorCount(), check.warnings().size()));
+        throw base::CaseError(fmt::format("{}: {} errors, {} warnings", name.toStdString(),
+                                          check.errorCount(), check.warnings().size()));
     }
 }
 } // namespace
@@ -119,3 +121,5 @@ void addCheckCommand(CLI::App& app)
     command->footer("Example:\n  vx-case check --strict vx-simulator.conf");
     command->callback([options] { run(*options); });
 }
+
+} // namespace commands

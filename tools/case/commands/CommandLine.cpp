@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
+namespace commands {
+
 std::string commandLineOf(const CLI::App& command)
 {
     std::string text = "vx-case " + command.get_name();
@@ -16,3 +18,5 @@ std::string commandLineOf(const CLI::App& command)
     }
     return text;
 }
+
+} // namespace commands

@@ -6,8 +6,12 @@ namespace CLI {
 class App;
 }
 
+namespace commands {
+
 /**
  * The command line that a subcommand was given, for a comment in its result: "vx-case", its name,
  * and its options in their order.
  */
 std::string commandLineOf(const CLI::App& command);
+
+} // namespace commands

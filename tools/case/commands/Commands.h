@@ -4,6 +4,8 @@ namespace CLI {
 class App;
 }
 
+namespace commands {
+
 /**
  * The subcommands, one file each. Each function declares its options and what is done when the
  * subcommand was given; the work itself is done in the other rooms. A command throws CaseError
@@ -18,3 +20,5 @@ void addExportCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
 void addImportCommand(CLI::App& app);
 void addPlotCommand(CLI::App& app);
+
+} // namespace commands

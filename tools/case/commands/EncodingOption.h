@@ -5,6 +5,8 @@
 
 #include "base/TextEncoding.h"
 
+namespace commands {
+
 /** "--encoding NAME", the same for every subcommand that reads recordings. */
 inline void addEncodingOption(CLI::App& command, std::string* encoding)
 {
@@ -14,6 +16,8 @@ inline void addEncodingOption(CLI::App& command, std::string* encoding)
                     "Latin-1 where they are not)")
         ->type_name("NAME")
         ->check([](const std::string& name) {
-            return isEncoding(name) ? std::string() : "no encoding '" + name + "' is known";
+            return base::isEncoding(name) ? std::string() : "no encoding '" + name + "' is known";
         });
 }
+
+} // namespace commands

@@ -7,6 +7,8 @@
 #include "explain/Explanation.h"
 #include "explain/ExplanationOutputs.h"
 
+namespace commands {
+
 namespace {
 constexpr char kExplainFooter[] =
     R"(RECORDING is what vx-sandbox --record wrote. The last line says whether all is
@@ -25,32 +27,34 @@ struct ExplainOptions
     bool mJson = false;
 };
 
-std::unique_ptr<ExplanationOutput> makeOutput(const ExplainOptions& options, const PlayPlan& plan,
-                                              ResultFile& file)
+std::unique_ptr<explain::ExplanationOutput> makeOutput(const ExplainOptions& options,
+                                                       const explain::PlayPlan& plan,
+                                                       base::ResultFile& file)
 {
     if (options.mJson) {
-        return explanationJson(file);
+        return explain::explanationJson(file);
     }
     size_t width = 0;
-    for (const PlayedFile& it : plan.files()) {
+    for (const explain::PlayedFile& it : plan.files()) {
         width = std::max(width, it.mName.size());
     }
-    return explanationText(file, width);
+    return explain::explanationText(file, width);
 }
 
 void explain(const ExplainOptions& options)
 {
-    const PlayPlan plan(options.mConfiguration, options.mDirectory);
-    std::unique_ptr<EventTimeline> events;
+    const explain::PlayPlan plan(options.mConfiguration, options.mDirectory);
+    std::unique_ptr<explain::EventTimeline> events;
     if (!options.mEvents.empty()) {
-        events = std::make_unique<EventTimeline>(options.mEvents);
+        events = std::make_unique<explain::EventTimeline>(options.mEvents);
     }
-    ResultFile result(options.mOutput);
+    base::ResultFile result(options.mOutput);
     const auto output = makeOutput(options, plan, result);
-    const bool isGood = Explanation(plan, options.mRecording, std::move(events), *output).run();
+    const bool isGood =
+        explain::Explanation(plan, options.mRecording, std::move(events), *output).run();
     result.commit();
     if (!isGood) {
-        throw BadVerdict();
+        throw base::BadVerdict();
     }
 }
 } // namespace
@@ -80,3 +84,5 @@ void addExplainCommand(CLI::App& app)
         ->type_name("FILE");
     command.callback([options] { explain(*options); });
 }
+
+} // namespace commands

@@ -6,7 +6,9 @@
 
 #include "commands/Commands.h"
 #include "commands/ScaleOption.h"
-#include "export/Exporter.h"
+#include "exporting/Exporter.h"
+
+namespace commands {
 
 namespace {
 constexpr char kExportFooter[] =
@@ -17,13 +19,13 @@ beside it, NAME.cff the same in one file, NAME.csv text with a heading.
 Example, the second half of a second as it arrived:
   vx-case export recording.bin --from 0.5 --to 1 -o half.cff)";
 
-void run(const ExportOptions& options)
+void run(const exporting::ExportOptions& options)
 {
-    if (!isExportName(options.mOutput)) {
+    if (!exporting::isExportName(options.mOutput)) {
         throw CLI::ValidationError(
             "-o", fmt::format("'{}': expected a name in .cfg, .cff or .csv", options.mOutput));
     }
-    const std::string remark = exportSignal(options);
+    const std::string remark = exporting::exportSignal(options);
     if (!remark.empty()) {
         std::cerr << "vx-case: " << options.mInput << ": " << remark << std::endl;
     }
@@ -35,7 +37,7 @@ void addExportCommand(CLI::App& app)
     CLI::App& command = *app.add_subcommand(
         "export", "Writes a value file or a recording of the driver as COMTRADE or text");
     command.footer(kExportFooter);
-    const auto options = std::make_shared<ExportOptions>();
+    const auto options = std::make_shared<exporting::ExportOptions>();
     command.add_option("INPUT", options->mInput, "Value file or recording of the driver")
         ->required()
         ->type_name("");
@@ -49,3 +51,5 @@ void addExportCommand(CLI::App& app)
         ->type_name("SECONDS");
     command.callback([options] { run(*options); });
 }
+
+} // namespace commands

@@ -14,6 +14,8 @@
 #include "generate/TruthFile.h"
 #include "generate/WaveFile.h"
 
+namespace commands {
+
 namespace {
 constexpr char kGenerateFooter[] =
     R"(Channels 0 to 2 are the phase voltages and 3 the neutral voltage in mV, 4 to 6
@@ -25,14 +27,15 @@ a signal of the catalogue in a single phase:
   vx-case generate --signal dip-70-25-50hz --set phases=1 -o dip.csv)";
 
 /** Reads a number per channel, comma-separated, into the given member of the channels. */
-bool readChannels(const std::string& text, double WaveChannel::*member, WaveParameters& parameters)
+bool readChannels(const std::string& text, double generate::WaveChannel::*member,
+                  generate::WaveParameters& parameters)
 {
-    const auto fields = splitText(text, ',');
+    const auto fields = base::splitText(text, ',');
     if (fields.size() != parameters.mChannels.size()) {
         return false;
     }
     for (size_t channel = 0; channel < fields.size(); ++channel) {
-        if (!parseNumber(fields[channel], &(parameters.mChannels[channel].*member))) {
+        if (!base::parseNumber(fields[channel], &(parameters.mChannels[channel].*member))) {
             return false;
         }
     }
@@ -40,12 +43,12 @@ bool readChannels(const std::string& text, double WaveChannel::*member, WavePara
 }
 
 /** Reads channel numbers, comma-separated. */
-bool readChannelSet(std::string_view text, ChannelSet& channels)
+bool readChannelSet(std::string_view text, generate::ChannelSet& channels)
 {
     channels.reset();
-    for (const std::string_view field : splitText(text, ',')) {
+    for (const std::string_view field : base::splitText(text, ',')) {
         size_t channel = 0;
-        if (!parseNumber(field, &channel) || channel >= channels.size()) {
+        if (!base::parseNumber(field, &channel) || channel >= channels.size()) {
             return false;
         }
         channels.set(channel);
@@ -53,26 +56,26 @@ bool readChannelSet(std::string_view text, ChannelSet& channels)
     return true;
 }
 
-bool readHarmonic(const std::string& text, WaveParameters& parameters)
+bool readHarmonic(const std::string& text, generate::WaveParameters& parameters)
 {
-    const auto fields = splitText(text, ':');
-    Harmonic harmonic{};
-    const bool isGood = fields.size() == 4 && parseNumber(fields[0], &harmonic.mOrder) &&
-                        parseNumber(fields[1], &harmonic.mRatio) &&
-                        parseNumber(fields[2], &harmonic.mPhase) &&
+    const auto fields = base::splitText(text, ':');
+    generate::Harmonic harmonic{};
+    const bool isGood = fields.size() == 4 && base::parseNumber(fields[0], &harmonic.mOrder) &&
+                        base::parseNumber(fields[1], &harmonic.mRatio) &&
+                        base::parseNumber(fields[2], &harmonic.mPhase) &&
                         readChannelSet(fields[3], harmonic.mChannels);
     parameters.mHarmonics.push_back(harmonic);
     return isGood;
 }
 
-bool readDisturbance(const std::string& text, WaveParameters& parameters)
+bool readDisturbance(const std::string& text, generate::WaveParameters& parameters)
 {
-    const auto fields = splitText(text, ':');
-    Disturbance disturbance{};
-    const bool isGood = fields.size() == 5 && parseNumber(fields[0], &disturbance.mStart) &&
-                        parseNumber(fields[1], &disturbance.mDuration) &&
-                        parseNumber(fields[2], &disturbance.mFactor) &&
-                        parseNumber(fields[3], &disturbance.mPhaseJump) &&
+    const auto fields = base::splitText(text, ':');
+    generate::Disturbance disturbance{};
+    const bool isGood = fields.size() == 5 && base::parseNumber(fields[0], &disturbance.mStart) &&
+                        base::parseNumber(fields[1], &disturbance.mDuration) &&
+                        base::parseNumber(fields[2], &disturbance.mFactor) &&
+                        base::parseNumber(fields[3], &disturbance.mPhaseJump) &&
                         readChannelSet(fields[4], disturbance.mChannels);
     parameters.mDisturbances.push_back(disturbance);
     return isGood;
@@ -86,23 +89,23 @@ struct Reader
     const char* mExample;
     const char* mHelp;
     bool mIsRepeatable;
-    bool (*mRead)(const std::string& text, WaveParameters& parameters);
+    bool (*mRead)(const std::string& text, generate::WaveParameters& parameters);
 };
 
 const Reader kReaders[] = {
     {"--frequency", "HZ", "49.95", "Signal frequency (default 50)", false,
-     [](auto& text, auto& parameters) { return parseNumber(text, &parameters.mFrequency); }},
+     [](auto& text, auto& parameters) { return base::parseNumber(text, &parameters.mFrequency); }},
     {"--duration", "SECONDS", "0.5", "Rounded to whole periods of the signal (default 1)", false,
-     [](auto& text, auto& parameters) { return parseNumber(text, &parameters.mDuration); }},
+     [](auto& text, auto& parameters) { return base::parseNumber(text, &parameters.mDuration); }},
     {"--amplitudes", "A0,...,A7", "325269,325269,325269,0,7071,7071,7071,0",
      "Peak values of the channels (default 230 V and 5 A rms)", false,
      [](auto& text, auto& parameters) {
-         return readChannels(text, &WaveChannel::mAmplitude, parameters);
+         return readChannels(text, &generate::WaveChannel::mAmplitude, parameters);
      }},
     {"--phases", "P0,...,P7", "0,-120,120,0,-30,-150,90,0",
      "Degrees at the start (default 0,-120,120,0,-30,-150,90,0)", false,
      [](auto& text, auto& parameters) {
-         return readChannels(text, &WaveChannel::mPhase, parameters);
+         return readChannels(text, &generate::WaveChannel::mPhase, parameters);
      }},
     {"--harmonic", "ORDER:RATIO:DEGREES:CHANNELS", "5:0.06:0:0,1,2",
      "Adds a harmonic, relative to the fundamental; repeatable", true, readHarmonic},
@@ -113,7 +116,7 @@ const Reader kReaders[] = {
 /** What the command was told to do. */
 struct GenerateOptions
 {
-    WaveParameters mWave;
+    generate::WaveParameters mWave;
     bool mIsWaveChanged = false; ///< by an option of its own
     std::string mSignal;         ///< empty for none
     std::vector<std::string> mSettings;
@@ -146,20 +149,20 @@ void addReader(CLI::App& command, const Reader& reader, GenerateOptions& options
 
 void list()
 {
-    for (const Signal& signal : signalTable()) {
+    for (const generate::Signal& signal : generate::signalTable()) {
         fmt::print("{:<28} {}\n", signal.mName, signal.mText);
     }
 }
 
 /** Changes one parameter of the signal, by a text such as "percent=40". */
-void set(const std::string& text, Signal& signal)
+void set(const std::string& text, generate::Signal& signal)
 {
-    const SignalFamily& family = familyNamed(signal.mFamily);
-    const auto fields = splitText(text, '=');
-    const FamilyParameter* const parameter = family.find(fields[0]);
+    const generate::SignalFamily& family = generate::familyNamed(signal.mFamily);
+    const auto fields = base::splitText(text, '=');
+    const generate::FamilyParameter* const parameter = family.find(fields[0]);
     if (parameter == nullptr) {
         std::vector<std::string> names;
-        for (const FamilyParameter& candidate : family.mParameters) {
+        for (const generate::FamilyParameter& candidate : family.mParameters) {
             names.push_back(candidate.mName);
         }
         throw CLI::ValidationError(
@@ -167,7 +170,7 @@ void set(const std::string& text, Signal& signal)
                                  signal.mName, fmt::join(names, ", ")));
     }
     double value = 0.0;
-    if (fields.size() != 2 || !parseNumber(fields[1], &value) || !parameter->accepts(value)) {
+    if (fields.size() != 2 || !base::parseNumber(fields[1], &value) || !parameter->accepts(value)) {
         throw CLI::ValidationError(
             "--set",
             fmt::format("'{}': expected {}=NUMBER, {:g} to {:g} ({})", text, parameter->mName,
@@ -176,14 +179,14 @@ void set(const std::string& text, Signal& signal)
     signal.mSettings[parameter->mName] = value;
 }
 
-Signal signalOf(const GenerateOptions& options)
+generate::Signal signalOf(const GenerateOptions& options)
 {
-    const Signal* const row = findSignal(options.mSignal);
+    const generate::Signal* const row = generate::findSignal(options.mSignal);
     if (row == nullptr) {
         throw CLI::ValidationError(
             "--signal", fmt::format("'{}': expected a name that --list shows", options.mSignal));
     }
-    Signal signal = *row;
+    generate::Signal signal = *row;
     for (const std::string& text : options.mSettings) {
         set(text, signal);
     }
@@ -205,18 +208,18 @@ bool isOneFile(const std::string& first, const std::string& second)
 
 void generate(const GenerateOptions& options, const std::string& commandLine)
 {
-    WaveParameters parameters = options.mWave;
-    Signal signal;
+    generate::WaveParameters parameters = options.mWave;
+    generate::Signal signal;
     if (!options.mSignal.empty()) {
         signal = signalOf(options);
         signal.applyTo(parameters);
     }
-    const std::string problem = problemOf(parameters);
+    const std::string problem = generate::problemOf(parameters);
     if (!problem.empty()) {
         throw CLI::ValidationError(problem);
     }
-    ResultFile output(options.mOutput);
-    std::optional<ResultFile> truth;
+    base::ResultFile output(options.mOutput);
+    std::optional<base::ResultFile> truth;
     if (!options.mTruth.empty()) {
         truth.emplace(options.mTruth);
         if (isOneFile(options.mTruth, options.mOutput)) {
@@ -224,9 +227,9 @@ void generate(const GenerateOptions& options, const std::string& commandLine)
                 "--truth",
                 fmt::format("'{}': expected another file than that of -o", options.mTruth));
         }
-        writeTruth(signal, parameters, *truth);
+        generate::writeTruth(signal, parameters, *truth);
     }
-    writeWave(Wave(parameters), {"made by " + commandLine}, output);
+    generate::writeWave(generate::Wave(parameters), {"made by " + commandLine}, output);
     output.commit();
     if (truth) {
         truth->commit();
@@ -266,3 +269,5 @@ void addGenerateCommand(CLI::App& app)
         options->mIsList ? list() : generate(*options, commandLineOf(command));
     });
 }
+
+} // namespace commands

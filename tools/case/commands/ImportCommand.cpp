@@ -13,8 +13,10 @@
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "commands/ScaleOption.h"
-#include "import/Importer.h"
+#include "importing/Importer.h"
 #include "input/OpenInput.h"
+
+namespace commands {
 
 namespace {
 using Json = nlohmann::ordered_json;
@@ -33,45 +35,46 @@ Example, with five steady periods in front and behind, and what plays it:
 struct ImportCommandOptions
 {
     std::string mRecording;
-    InputOptions mInput;
-    ImportOptions mImport;
+    input::InputOptions mInput;
+    importing::ImportOptions mImport;
     std::string mOutput;        ///< empty for standard output
     std::string mConfiguration; ///< empty for none
     bool mJson = false;
 };
 
 /** Each reads an option's text; what it returns is empty or says why it cannot. */
-std::string readChannels(const std::string& text, ImportOptions& options)
+std::string readChannels(const std::string& text, importing::ImportOptions& options)
 {
-    return readAssignments(text, options.mMapping.mAssignments);
+    return importing::readAssignments(text, options.mMapping.mAssignments);
 }
 
-std::string readSide(const std::string& text, ImportOptions& options)
+std::string readSide(const std::string& text, importing::ImportOptions& options)
 {
-    options.mMapping.mSide =
-        text == "primary" ? TransformerSide::Primary : TransformerSide::Secondary;
+    options.mMapping.mSide = text == "primary" ? importing::TransformerSide::Primary
+                                               : importing::TransformerSide::Secondary;
     return text == "primary" || text == "secondary"
                ? ""
                : "'" + text + "': expected primary or secondary";
 }
 
-std::string readFrequency(const std::string& text, ImportOptions& options)
+std::string readFrequency(const std::string& text, importing::ImportOptions& options)
 {
     if (text == "track" || text == "nominal") {
-        options.mTiming = text == "track" ? LineTiming::Phase : LineTiming::Nominal;
+        options.mTiming =
+            text == "track" ? importing::LineTiming::Phase : importing::LineTiming::Nominal;
         return "";
     }
-    options.mTiming = LineTiming::Fixed;
+    options.mTiming = importing::LineTiming::Fixed;
     const bool isGood =
-        parseNumber(text, &options.mHz) && isPlayableStep(sampleStepOf(options.mHz));
+        base::parseNumber(text, &options.mHz) && isPlayableStep(sampleStepOf(options.mHz));
     return isGood ? "" : "'" + text + "': expected track, nominal or a frequency in Hz";
 }
 
-std::string tableOf(const ImportReport& report)
+std::string tableOf(const importing::ImportReport& report)
 {
-    TextTable table({">channel", "source", "unit", ">factor", ">rms", ">peak"});
+    base::TextTable table({">channel", "source", "unit", ">factor", ">rms", ">peak"});
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
-        const ChannelReport& channel = report.mChannels[i];
+        const importing::ChannelReport& channel = report.mChannels[i];
         table.add({std::to_string(i), channel.mSource, channel.mUnit,
                    fmt::format("{:.10g}", channel.mFactor), fmt::format("{:.6g}", channel.mRms),
                    fmt::format("{:.6g}", channel.mPeak)});
@@ -83,12 +86,12 @@ std::string tableOf(const ImportReport& report)
     return text + fmt::format("{} lines\n", report.mLines);
 }
 
-std::string jsonOf(const ImportReport& report)
+std::string jsonOf(const importing::ImportReport& report)
 {
     Json json = {
         {"channels", Json::array()}, {"remarks", report.mRemarks}, {"lines", report.mLines}};
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
-        const ChannelReport& channel = report.mChannels[i];
+        const importing::ChannelReport& channel = report.mChannels[i];
         json["channels"].push_back({{"channel", i},
                                     {"source", channel.mSource},
                                     {"unit", channel.mUnit},
@@ -105,28 +108,29 @@ std::string configurationLineFor(const std::string& valueFile)
     const std::string path =
         QFileInfo(QString::fromStdString(valueFile)).absoluteFilePath().toStdString();
     if (path.find_first_of(",#") != std::string::npos) {
-        throw CaseError(path +
-                        ": expected a name without ',' and '#', which a case "
-                        "configuration cannot hold");
+        throw base::CaseError(path +
+                              ": expected a name without ',' and '#', which a case "
+                              "configuration cannot hold");
     }
     return "0,1," + path + "\n";
 }
 
 void runImport(const ImportCommandOptions& options)
 {
-    const auto source = openInput(options.mRecording, options.mInput);
+    const auto source = input::openInput(options.mRecording, options.mInput);
     if (source->description().mFormat == "value file") {
-        throw CaseError(options.mRecording +
-                        ": is a value file already: it can be played as it is");
+        throw base::CaseError(options.mRecording +
+                              ": is a value file already: it can be played as it is");
     }
-    ResultFile output(options.mOutput);
+    base::ResultFile output(options.mOutput);
     std::string line;
-    std::unique_ptr<ResultFile> configuration;
+    std::unique_ptr<base::ResultFile> configuration;
     if (!options.mConfiguration.empty()) {
         line = configurationLineFor(options.mOutput);
-        configuration = std::make_unique<ResultFile>(options.mConfiguration);
+        configuration = std::make_unique<base::ResultFile>(options.mConfiguration);
     }
-    const ImportReport report = importSignal(*source, options.mImport, output);
+    const importing::ImportReport report =
+        importing::importSignal(*source, options.mImport, output);
     output.commit();
     if (configuration) {
         configuration->write("# made by " + options.mImport.mMadeBy + "\n" + line);
@@ -135,10 +139,10 @@ void runImport(const ImportCommandOptions& options)
     fmt::print(stderr, "{}", options.mJson ? jsonOf(report) : tableOf(report));
 }
 
-using OptionReader = std::string (*)(const std::string& text, ImportOptions& options);
+using OptionReader = std::string (*)(const std::string& text, importing::ImportOptions& options);
 
 CLI::Option& addReader(CLI::App& command, const char* name, OptionReader read,
-                       ImportOptions& options, const char* help)
+                       importing::ImportOptions& options, const char* help)
 {
     const auto readOrThrow = [name, read, &options](const std::string& text) {
         const std::string problem = read(text, options);
@@ -149,7 +153,7 @@ CLI::Option& addReader(CLI::App& command, const char* name, OptionReader read,
     return *command.add_option_function<std::string>(name, readOrThrow, help);
 }
 
-void addMapping(CLI::App& command, ImportOptions& options)
+void addMapping(CLI::App& command, importing::ImportOptions& options)
 {
     addReader(command, "--channels", readChannels, options,
               "What goes where: 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
@@ -161,7 +165,7 @@ void addMapping(CLI::App& command, ImportOptions& options)
     command.add_flag("--clip", options.mClip, "Limits what does not fit 32 bits");
 }
 
-void addTiming(CLI::App& command, ImportOptions& options)
+void addTiming(CLI::App& command, importing::ImportOptions& options)
 {
     addReader(command, "--frequency", readFrequency, options,
               "track: 360 lines are a period of the signal (default); nominal or HZ: they keep "
@@ -206,3 +210,5 @@ void addImportCommand(CLI::App& app)
         runImport(*options);
     });
 }
+
+} // namespace commands

@@ -9,7 +9,9 @@
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "input/OpenInput.h"
-#include "signal/Measures.h"
+#include "waveform/Measures.h"
+
+namespace commands {
 
 namespace {
 using Json = nlohmann::ordered_json;
@@ -28,7 +30,7 @@ constexpr size_t kShownChanges = 8;
 struct InfoOptions
 {
     std::string mFile;
-    InputOptions mInput;
+    input::InputOptions mInput;
     bool mJson = false;
 };
 
@@ -37,19 +39,20 @@ std::string number(double value)
     return fmt::format("{:.6g}", value);
 }
 
-std::string ratioOf(const ChannelDescription& channel)
+std::string ratioOf(const waveform::ChannelDescription& channel)
 {
     return channel.mPrimary == 0.0 || channel.mPrimary == channel.mSecondary
                ? ""
                : number(channel.mPrimary) + ":" + number(channel.mSecondary);
 }
 
-std::string sideOf(const ChannelDescription& channel)
+std::string sideOf(const waveform::ChannelDescription& channel)
 {
     return channel.mSide == ' ' ? "" : std::string(1, channel.mSide);
 }
 
-std::string generalText(const SignalDescription& signal, const Measures& measures)
+std::string generalText(const waveform::SignalDescription& signal,
+                        const waveform::Measures& measures)
 {
     std::string text;
     const auto add = [&text](const char* name, const std::string& value) {
@@ -63,7 +66,7 @@ std::string generalText(const SignalDescription& signal, const Measures& measure
     add("trigger", signal.mTriggerTime);
     add("samples", std::to_string(measures.samples()));
     add("duration", fmt::format("{:.9g} s", measures.seconds()));
-    for (const SampleRate& rate : signal.mRates) {
+    for (const waveform::SampleRate& rate : signal.mRates) {
         add("rate", fmt::format("{:.10g} Hz up to sample {}", rate.mHz, rate.mEnd));
     }
     add("nominal", signal.mNominalHz > 0.0 ? number(signal.mNominalHz) + " Hz" : "");
@@ -71,13 +74,14 @@ std::string generalText(const SignalDescription& signal, const Measures& measure
     return text;
 }
 
-std::string channelText(const SignalDescription& signal, const Measures& measures)
+std::string channelText(const waveform::SignalDescription& signal,
+                        const waveform::Measures& measures)
 {
-    TextTable table({">channel", "name", "phase", "unit", "side", "ratio", ">rms", ">smallest",
-                     ">largest", ">missing"});
+    base::TextTable table({">channel", "name", "phase", "unit", "side", "ratio", ">rms",
+                           ">smallest", ">largest", ">missing"});
     for (size_t i = 0; i < signal.mChannels.size(); ++i) {
-        const ChannelDescription& channel = signal.mChannels[i];
-        const Measures::Channel measured = measures.channel(i);
+        const waveform::ChannelDescription& channel = signal.mChannels[i];
+        const waveform::Measures::Channel measured = measures.channel(i);
         table.add({std::to_string(channel.mNumber), channel.mName, channel.mPhase, channel.mUnit,
                    sideOf(channel), ratioOf(channel), number(measured.mRms),
                    number(measured.mSmallest), number(measured.mLargest),
@@ -86,7 +90,7 @@ std::string channelText(const SignalDescription& signal, const Measures& measure
     return table.text();
 }
 
-std::string changesText(const StatusChannel& status)
+std::string changesText(const waveform::StatusChannel& status)
 {
     std::string text;
     for (size_t i = 0; i < std::min(kShownChanges, status.mChanges.size()); ++i) {
@@ -100,11 +104,11 @@ std::string changesText(const StatusChannel& status)
 }
 
 /** The status channels that change. */
-std::string statusText(const SignalDescription& signal)
+std::string statusText(const waveform::SignalDescription& signal)
 {
-    TextTable table({">status", "name", ">first", "then"});
+    base::TextTable table({">status", "name", ">first", "then"});
     size_t changing = 0;
-    for (const StatusChannel& status : signal.mStatusChannels) {
+    for (const waveform::StatusChannel& status : signal.mStatusChannels) {
         if (status.mChangeCount > 0) {
             ++changing;
             table.add({std::to_string(status.mNumber), status.mName, status.mFirstState ? "1" : "0",
@@ -119,7 +123,7 @@ std::string statusText(const SignalDescription& signal)
                        signal.mStatusChannels.size());
 }
 
-std::string infoText(const SignalDescription& signal, const Measures& measures)
+std::string infoText(const waveform::SignalDescription& signal, const waveform::Measures& measures)
 {
     std::string text =
         generalText(signal, measures) + "\n" + channelText(signal, measures) + statusText(signal);
@@ -130,7 +134,8 @@ std::string infoText(const SignalDescription& signal, const Measures& measures)
     return text;
 }
 
-Json channelJson(const ChannelDescription& channel, const Measures::Channel& measured)
+Json channelJson(const waveform::ChannelDescription& channel,
+                 const waveform::Measures::Channel& measured)
 {
     return {{"number", channel.mNumber},
             {"name", channel.mName},
@@ -146,10 +151,10 @@ Json channelJson(const ChannelDescription& channel, const Measures::Channel& mea
             {"missing", channel.mMissing}};
 }
 
-Json statusJson(const StatusChannel& status)
+Json statusJson(const waveform::StatusChannel& status)
 {
     Json changes = Json::array();
-    for (const StatusChannel::Change& change : status.mChanges) {
+    for (const waveform::StatusChannel::Change& change : status.mChanges) {
         changes.push_back({{"seconds", change.mSeconds}, {"state", change.mState ? 1 : 0}});
     }
     return {{"number", status.mNumber},
@@ -159,7 +164,7 @@ Json statusJson(const StatusChannel& status)
             {"changes", changes}};
 }
 
-std::string infoJson(const SignalDescription& signal, const Measures& measures)
+std::string infoJson(const waveform::SignalDescription& signal, const waveform::Measures& measures)
 {
     Json info = {{"file", signal.mFileName},        {"format", signal.mFormat},
                  {"station", signal.mStation},      {"device", signal.mDevice},
@@ -168,13 +173,13 @@ std::string infoJson(const SignalDescription& signal, const Measures& measures)
                  {"nominalHz", signal.mNominalHz},  {"measuredHz", measures.frequency()},
                  {"rates", Json::array()},          {"channels", Json::array()},
                  {"statusChannels", Json::array()}, {"remarks", signal.mRemarks}};
-    for (const SampleRate& rate : signal.mRates) {
+    for (const waveform::SampleRate& rate : signal.mRates) {
         info["rates"].push_back({{"hz", rate.mHz}, {"lastSample", rate.mEnd}});
     }
     for (size_t i = 0; i < signal.mChannels.size(); ++i) {
         info["channels"].push_back(channelJson(signal.mChannels[i], measures.channel(i)));
     }
-    for (const StatusChannel& status : signal.mStatusChannels) {
+    for (const waveform::StatusChannel& status : signal.mStatusChannels) {
         info["statusChannels"].push_back(statusJson(status));
     }
     // What is no UTF-8 after all, such as a file's name, is shown as well as may be.
@@ -183,10 +188,10 @@ std::string infoJson(const SignalDescription& signal, const Measures& measures)
 
 void runInfo(const InfoOptions& options)
 {
-    const auto source = openInput(options.mFile, options.mInput);
-    Measures measures(source->description());
-    measure(*source, &measures);
-    ResultFile output("");
+    const auto source = input::openInput(options.mFile, options.mInput);
+    waveform::Measures measures(source->description());
+    waveform::measure(*source, &measures);
+    base::ResultFile output("");
     output.write(options.mJson ? infoJson(source->description(), measures)
                                : infoText(source->description(), measures));
     output.commit();
@@ -205,3 +210,5 @@ void addInfoCommand(CLI::App& app)
     addEncodingOption(command, &options->mInput.mEncoding);
     command.callback([options] { runInfo(*options); });
 }
+
+} // namespace commands

@@ -18,6 +18,8 @@
 #include "plot/GnuplotScript.h"
 #include "plot/PictureMaker.h"
 
+namespace commands {
+
 namespace {
 constexpr char kPlotFooter[] =
     R"(INPUT is a value file, a recording of the driver or a COMTRADE recording. A second
@@ -32,25 +34,25 @@ constexpr int kUsualColumns = 80;
 
 struct PlotOptions
 {
-    PictureRequest mRequest;
+    plot::PictureRequest mRequest;
     std::string mOutput; ///< empty for the terminal
 };
 
-Canvas::Kind kindOf(const std::string& name)
+plot::Canvas::Kind kindOf(const std::string& name)
 {
     const QString suffix = QFileInfo(QString::fromStdString(name)).suffix().toLower();
     if (suffix == "svg") {
-        return Canvas::Kind::Svg;
+        return plot::Canvas::Kind::Svg;
     }
     if (suffix == "png") {
-        return Canvas::Kind::Png;
+        return plot::Canvas::Kind::Png;
     }
     throw CLI::ValidationError("-o", "'" + name + "': expected a name that ends in .svg or .png");
 }
 
-Canvas terminal()
+plot::Canvas terminal()
 {
-    Canvas canvas;
+    plot::Canvas canvas;
     winsize size{};
     canvas.mHasColours = isatty(STDOUT_FILENO) != 0;
     const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
@@ -59,13 +61,13 @@ Canvas terminal()
 }
 
 /** What the panels of the terminal do not tell. */
-std::string headOf(const Picture& picture)
+std::string headOf(const plot::Picture& picture)
 {
     std::string head = picture.mTitle + "\n" + picture.mCaption + "\n";
-    for (const PlayedPart& part : picture.mPlayed) {
+    for (const plot::PlayedPart& part : picture.mPlayed) {
         head += fmt::format("{:>10.3f} s  playing {}\n", part.mFrom, part.mText);
     }
-    for (const GivenCommand& command : picture.mCommands) {
+    for (const plot::GivenCommand& command : picture.mCommands) {
         head += fmt::format("{:>10.3f} s  {}\n", command.mSeconds, command.mText);
     }
     return head;
@@ -74,7 +76,7 @@ std::string headOf(const Picture& picture)
 std::string whyNoSeconds(const std::string& text)
 {
     double seconds = 0.0;
-    return parseNumber(text, &seconds) && seconds >= 0.0
+    return base::parseNumber(text, &seconds) && seconds >= 0.0
                ? ""
                : "'" + text + "': expected seconds, 0 or more";
 }
@@ -85,7 +87,7 @@ std::string whyNoSeconds(const std::string& text)
  */
 std::string withoutPages(const std::string& text)
 {
-    std::vector<std::string_view> lines = splitText(text, '\n');
+    std::vector<std::string_view> lines = base::splitText(text, '\n');
     const std::string_view end = lines.back();
     lines.pop_back();
     std::string result;
@@ -102,19 +104,19 @@ std::string withoutPages(const std::string& text)
 
 void plot(PlotOptions options)
 {
-    Canvas canvas = terminal();
+    plot::Canvas canvas = terminal();
     if (!options.mOutput.empty()) {
         canvas.mKind = kindOf(options.mOutput);
     } else {
         options.mRequest.mMaxMoments = 1;
         options.mRequest.mColumns = static_cast<size_t>(canvas.mColumns);
     }
-    ResultFile result(options.mOutput);
-    if (canvas.mKind == Canvas::Kind::Png) {
-        expectFont();
+    base::ResultFile result(options.mOutput);
+    if (canvas.mKind == plot::Canvas::Kind::Png) {
+        plot::expectFont();
     }
-    const Picture picture = makePicture(options.mRequest);
-    const std::string drawn = runGnuplot(gnuplotScript(picture, canvas));
+    const plot::Picture picture = plot::makePicture(options.mRequest);
+    const std::string drawn = plot::runGnuplot(plot::gnuplotScript(picture, canvas));
     result.write(options.mOutput.empty() ? headOf(picture) + withoutPages(drawn) : drawn);
     result.commit();
 }
@@ -127,7 +129,7 @@ void addPlotCommand(CLI::App& app)
                                             "something happens in it");
     command.footer(kPlotFooter);
     const auto options = std::make_shared<PlotOptions>();
-    PictureRequest& request = options->mRequest;
+    plot::PictureRequest& request = options->mRequest;
     command.add_option("INPUT", request.mInputs, "What is drawn; a second one over the first")
         ->required()
         ->type_name("")
@@ -158,3 +160,5 @@ void addPlotCommand(CLI::App& app)
     addEncodingOption(command, &request.mInputOptions.mEncoding);
     command.callback([options] { plot(*options); });
 }
+
+} // namespace commands

@@ -6,13 +6,15 @@
 #include "base/Numbers.h"
 #include "base/Text.h"
 
+namespace commands {
+
 /** "--scale V,A", the same in import and export. The numbers must outlive the command. */
 inline void addScaleOption(CLI::App& command, double* countsPerVolt, double* countsPerAmpere)
 {
     const auto read = [=](const std::string& text) {
-        const auto parts = splitText(text, ',');
-        const bool isGood = parts.size() == 2 && parseNumber(parts[0], countsPerVolt) &&
-                            parseNumber(parts[1], countsPerAmpere) && *countsPerVolt > 0.0 &&
+        const auto parts = base::splitText(text, ',');
+        const bool isGood = parts.size() == 2 && base::parseNumber(parts[0], countsPerVolt) &&
+                            base::parseNumber(parts[1], countsPerAmpere) && *countsPerVolt > 0.0 &&
                             *countsPerAmpere > 0.0;
         if (!isGood) {
             throw CLI::ValidationError(
@@ -25,3 +27,5 @@ inline void addScaleOption(CLI::App& command, double* countsPerVolt, double* cou
                                           "Counts for a volt and an ampere (default 1000,1000)")
         ->type_name("V,A");
 }
+
+} // namespace commands

@@ -9,6 +9,8 @@
 #include "base/Text.h"
 #include "comtrade/ComtradeHeader.h"
 
+namespace comtrade {
+
 namespace {
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMissingUntil2013 = 99999.0;
@@ -60,10 +62,10 @@ private:
     bool takeAny(double* number)
     {
         const char* const end = std::find(mNext, mEnd, ',');
-        mField = trimmed({mNext, static_cast<size_t>(end - mNext)});
+        mField = base::trimmed({mNext, static_cast<size_t>(end - mNext)});
         mNext = end == mEnd ? mEnd : end + 1;
         *number = kNoValue;
-        return mField.empty() || parseNumber(mField, number);
+        return mField.empty() || base::parseNumber(mField, number);
     }
 
     const char* mNext;
@@ -72,7 +74,7 @@ private:
     size_t mTaken = 0;
 };
 
-ComtradeAsciiRecords::ComtradeAsciiRecords(InputFile& file, const ComtradeHeader& header,
+ComtradeAsciiRecords::ComtradeAsciiRecords(base::InputFile& file, const ComtradeHeader& header,
                                            size_t firstLine)
     : mFile(file),
       mHeader(header),
@@ -104,7 +106,7 @@ bool ComtradeAsciiRecords::takeRecord(std::string_view* line)
 {
     while (!mHasEnded && mFile.takeLine(line)) {
         ++mLine;
-        *line = trimmed(line->substr(0, line->find('\x1a')));
+        *line = base::trimmed(line->substr(0, line->find('\x1a')));
         if (line->substr(0, kSectionMark.size()) == kSectionMark) {
             mHasEnded = true;
             return false;
@@ -135,7 +137,7 @@ void ComtradeAsciiRecords::readRecord(std::string_view line, size_t place, Comtr
     for (std::vector<double>& column : *columns) {
         if (!fields.take(&number)) {
             fail(fmt::format("a number in field {}, found \"{}\"", fields.taken(),
-                             fields.field().substr(0, kLongestExcerpt)));
+                             fields.field().substr(0, base::kLongestExcerpt)));
         }
         column[place] = number == mMissing ? kNoValue : number;
     }
@@ -148,7 +150,7 @@ void ComtradeAsciiRecords::readStates(Fields* fields, quint16* states) const
         double state = 0.0;
         if (!fields->take(&state)) {
             fail(fmt::format("0 or 1 in field {}, found \"{}\"", fields->taken(),
-                             fields->field().substr(0, kLongestExcerpt)));
+                             fields->field().substr(0, base::kLongestExcerpt)));
         }
         const unsigned bit = state == 1.0 ? 1U << (i % kStatesInWord) : 0U;
         states[i / kStatesInWord] = static_cast<quint16>(states[i / kStatesInWord] | bit);
@@ -157,12 +159,14 @@ void ComtradeAsciiRecords::readStates(Fields* fields, quint16* states) const
 
 void ComtradeAsciiRecords::fail(const std::string& expected) const
 {
-    throw CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
+    throw base::CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
 }
 
-void ComtradeAsciiRecords::remarkOn(Remarks* remarks) const
+void ComtradeAsciiRecords::remarkOn(base::Remarks* remarks) const
 {
     if (mCutOffLine > 0) {
         remarks->add(fmt::format("line {} of the data is cut off: left out", mCutOffLine));
     }
 }
+
+} // namespace comtrade

@@ -2,16 +2,18 @@
 
 #include "comtrade/ComtradeRecords.h"
 
+namespace comtrade {
+
 /** Records of ASCII: one line each, with commas. */
 class ComtradeAsciiRecords : public ComtradeRecords
 {
 public:
-    ComtradeAsciiRecords(InputFile& file, const ComtradeHeader& header, size_t firstLine);
+    ComtradeAsciiRecords(base::InputFile& file, const ComtradeHeader& header, size_t firstLine);
 
     void read(size_t most, ComtradeBlock* block,
               std::vector<std::vector<double>>* columns) override;
     size_t count() const override { return 0; }
-    void remarkOn(Remarks* remarks) const override;
+    void remarkOn(base::Remarks* remarks) const override;
 
 private:
     class Fields;
@@ -22,7 +24,7 @@ private:
     void readStates(Fields* fields, quint16* states) const;
     [[noreturn]] void fail(const std::string& expected) const;
 
-    InputFile& mFile;
+    base::InputFile& mFile;
     const ComtradeHeader& mHeader;
     size_t mFieldCount;
     double mMissing;        ///< the number that stands for none; NaN where none does
@@ -31,3 +33,5 @@ private:
     qint64 mLastNumber = 0; ///< of a sample
     bool mHasEnded = false; ///< another section of a single file has begun
 };
+
+} // namespace comtrade

@@ -7,6 +7,8 @@
 
 #include "base/CaseError.h"
 
+namespace comtrade {
+
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "numbers in a recording are little-endian");
 
 namespace {
@@ -77,7 +79,7 @@ void readColumnOf(const ComtradeHeader& header, size_t channel, const char* byte
 }
 } // namespace
 
-ComtradeBinaryRecords::ComtradeBinaryRecords(InputFile& file, const ComtradeHeader& header)
+ComtradeBinaryRecords::ComtradeBinaryRecords(base::InputFile& file, const ComtradeHeader& header)
     : mFile(file),
       mHeader(header),
       mValueBytes(header.mKind == ComtradeKind::kBinary ? sizeof(qint16) : sizeof(qint32)),
@@ -87,7 +89,7 @@ ComtradeBinaryRecords::ComtradeBinaryRecords(InputFile& file, const ComtradeHead
       mRest(file.left() % mRecordBytes)
 {
     if (mCount == 0) {
-        throw CaseError(
+        throw base::CaseError(
             fmt::format("{}: byte {}: expected records of {} bytes ({} analog, {} "
                         "status channels), found {} bytes",
                         file.name(), file.position(), mRecordBytes, header.mAnalogs.size(),
@@ -139,10 +141,12 @@ void ComtradeBinaryRecords::readStates(const char* bytes, ComtradeBlock* block) 
     }
 }
 
-void ComtradeBinaryRecords::remarkOn(Remarks* remarks) const
+void ComtradeBinaryRecords::remarkOn(base::Remarks* remarks) const
 {
     if (mRest > 0 && !mEndsInMark) {
         remarks->add(fmt::format("{} bytes behind the last whole record of {} bytes: left out",
                                  mRest, mRecordBytes));
     }
 }
+
+} // namespace comtrade

@@ -2,22 +2,24 @@
 
 #include "comtrade/ComtradeRecords.h"
 
+namespace comtrade {
+
 /** Records of BINARY, BINARY32 and FLOAT32: number, stamp, values, words of states. */
 class ComtradeBinaryRecords : public ComtradeRecords
 {
 public:
-    ComtradeBinaryRecords(InputFile& file, const ComtradeHeader& header);
+    ComtradeBinaryRecords(base::InputFile& file, const ComtradeHeader& header);
 
     void read(size_t most, ComtradeBlock* block,
               std::vector<std::vector<double>>* columns) override;
     size_t count() const override { return mCount; }
-    void remarkOn(Remarks* remarks) const override;
+    void remarkOn(base::Remarks* remarks) const override;
 
 private:
     void readStamps(const char* bytes, ComtradeBlock* block);
     void readStates(const char* bytes, ComtradeBlock* block) const;
 
-    InputFile& mFile;
+    base::InputFile& mFile;
     const ComtradeHeader& mHeader;
     size_t mValueBytes;
     size_t mRecordBytes;
@@ -26,3 +28,5 @@ private:
     bool mEndsInMark = false; ///< the rest is an end mark
     qint64 mStamp = 0;        ///< the last one, its overflows included
 };
+
+} // namespace comtrade

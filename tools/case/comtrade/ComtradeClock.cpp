@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace comtrade {
+
 namespace {
 /** Rates and stamps differ when the end is further off than this share of the whole. */
 constexpr double kLargestDifference = 0.01;
@@ -62,7 +64,7 @@ void ComtradeClock::compare(qint64 stamp, double seconds)
     mRatedSeconds = seconds;
 }
 
-void ComtradeClock::remarkOn(Remarks* remarks) const
+void ComtradeClock::remarkOn(base::Remarks* remarks) const
 {
     for (const std::string& remark : mStamped.remarks()) {
         remarks->add(remark);
@@ -87,3 +89,5 @@ void ComtradeClock::remarkOn(Remarks* remarks) const
             "{:.3g} samples in a period: the recording was filtered or thinned", inPeriod));
     }
 }
+
+} // namespace comtrade

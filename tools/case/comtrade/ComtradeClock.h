@@ -5,7 +5,9 @@
 #include "base/Remarks.h"
 #include "comtrade/ComtradeHeader.h"
 #include "comtrade/ComtradeRecords.h"
-#include "signal/RisingTime.h"
+#include "waveform/RisingTime.h"
+
+namespace comtrade {
 
 /**
  * When each sample of a recording was taken: by its rates, whose stretches follow one another,
@@ -30,7 +32,7 @@ public:
     size_t samples() const { return mSamples; }
 
     /** What was odd, once all has been read. */
-    void remarkOn(Remarks* remarks) const;
+    void remarkOn(base::Remarks* remarks) const;
 
 private:
     double nextByRate();
@@ -39,12 +41,14 @@ private:
 
     const ComtradeHeader& mHeader;
     size_t mSamples = 0;
-    size_t mRate = 0;            ///< index of the rate in force
-    size_t mRateBegin = 0;       ///< place of its first sample
-    double mRateSeconds = 0.0;   ///< time of its first sample
-    RisingTime<qint64> mStamped; ///< in the stamps' unit
-    double mLastSeconds = 0.0;   ///< by stamps
+    size_t mRate = 0;                      ///< index of the rate in force
+    size_t mRateBegin = 0;                 ///< place of its first sample
+    double mRateSeconds = 0.0;             ///< time of its first sample
+    waveform::RisingTime<qint64> mStamped; ///< in the stamps' unit
+    double mLastSeconds = 0.0;             ///< by stamps
     qint64 mFirstStamp = ComtradeBlock::kNoStamp;
     double mStampedSeconds = 0.0; ///< time of the last stamp
     double mRatedSeconds = 0.0;   ///< the same sample's time by the rates
 };
+
+} // namespace comtrade

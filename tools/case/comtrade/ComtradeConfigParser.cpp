@@ -11,6 +11,8 @@
 #include "base/Text.h"
 #include "comtrade/ComtradeTime.h"
 
+namespace comtrade {
+
 namespace {
 // Fields of the line of an analog channel.
 constexpr size_t kFactorField = 5;
@@ -38,7 +40,7 @@ std::vector<std::string_view> linesOf(std::string_view text)
 
 bool isBlank(std::string_view line)
 {
-    return trimmed(line).empty();
+    return base::trimmed(line).empty();
 }
 
 std::vector<std::string_view> fieldsOf(std::string_view line)
@@ -46,10 +48,10 @@ std::vector<std::string_view> fieldsOf(std::string_view line)
     std::vector<std::string_view> fields;
     size_t end = 0;
     while ((end = line.find(',')) != std::string_view::npos) {
-        fields.push_back(trimmed(line.substr(0, end)));
+        fields.push_back(base::trimmed(line.substr(0, end)));
         line.remove_prefix(end + 1);
     }
-    fields.push_back(trimmed(line));
+    fields.push_back(base::trimmed(line));
     return fields;
 }
 
@@ -57,7 +59,7 @@ std::vector<std::string_view> fieldsOf(std::string_view line)
 std::string_view withoutHz(std::string_view field)
 {
     const size_t digits = field.find_last_of("0123456789.") + 1;
-    const std::string_view unit = trimmed(field.substr(digits));
+    const std::string_view unit = base::trimmed(field.substr(digits));
     const bool isHz = unit.size() == 2 && std::toupper(static_cast<unsigned char>(unit[0])) == 'H';
     return isHz ? field.substr(0, digits) : field;
 }
@@ -134,14 +136,14 @@ std::string_view ComtradeConfigParser::peekLine() const
 /** About the line that was taken last. */
 void ComtradeConfigParser::fail(const std::string& expected) const
 {
-    throw CaseError(fmt::format("{}:{}: expected {}", mName, mFirstLine + mTaken, expected));
+    throw base::CaseError(fmt::format("{}:{}: expected {}", mName, mFirstLine + mTaken, expected));
 }
 
 /** An empty field, and one that is no number, is as if it were left out. */
 double ComtradeConfigParser::numberOr(std::string_view field, double otherwise) const
 {
     double number = otherwise;
-    parseNumber(field, &number);
+    base::parseNumber(field, &number);
     return number;
 }
 
@@ -149,7 +151,7 @@ void ComtradeConfigParser::parseStation()
 {
     Fields fields = takeLine("station, device and year of the revision");
     int year = 0;
-    if (fields.size() > 2 && (fields.back().empty() || parseNumber(fields.back(), &year))) {
+    if (fields.size() > 2 && (fields.back().empty() || base::parseNumber(fields.back(), &year))) {
         parseRevision(fields.back());
         fields.pop_back();
     }
@@ -163,7 +165,7 @@ void ComtradeConfigParser::parseRevision(std::string_view text)
 {
     constexpr int kLastYearLike1991 = 1996;
     int year = 0;
-    parseNumber(text, &year);
+    base::parseNumber(text, &year);
     mHasRevision = year >= static_cast<int>(ComtradeRevision::k1991);
     if (!mHasRevision) {
         return;
@@ -194,7 +196,7 @@ void ComtradeConfigParser::parseChannels()
     const size_t analogs = channelCount(at(fields, 1), 'A');
     const size_t statuses = fields.size() > 2 ? channelCount(fields[2], 'D') : 0;
     size_t total = 0;
-    if (!parseNumber(fields[0], &total) || total != analogs + statuses) {
+    if (!base::parseNumber(fields[0], &total) || total != analogs + statuses) {
         mRemarks.add(fmt::format("\"{}\" channels are {} analog and {} status channels", fields[0],
                                  analogs, statuses));
     }
@@ -216,9 +218,9 @@ size_t ComtradeConfigParser::channelCount(std::string_view field, char letter)
         digits.remove_suffix(1);
     }
     size_t count = 0;
-    if (!parseNumber(digits, &count)) {
+    if (!base::parseNumber(digits, &count)) {
         fail(fmt::format("numbers of channels such as \"8,8A,0D\", found \"{}\"",
-                         mLines[mTaken].substr(0, kLongestExcerpt)));
+                         mLines[mTaken].substr(0, base::kLongestExcerpt)));
     }
     return count;
 }
@@ -243,13 +245,13 @@ ComtradeAnalog ComtradeConfigParser::parseAnalog(size_t place, size_t count)
     analog.mPhase = fields[2];
     analog.mComponent = fields[3];
     analog.mUnit = fields[4];
-    const bool hasFactor = parseNumber(fields[kFactorField], &analog.mFactor);
+    const bool hasFactor = base::parseNumber(fields[kFactorField], &analog.mFactor);
     const std::string_view offset = fields[kFactorField + 1];
     if ((!hasFactor && !fields[kFactorField].empty()) ||
-        (!parseNumber(offset, &analog.mOffset) && !offset.empty())) {
+        (!base::parseNumber(offset, &analog.mOffset) && !offset.empty())) {
         fail(fmt::format("{} with a factor and an offset, found \"{}\" and \"{}\"", what,
-                         fields[kFactorField].substr(0, kLongestExcerpt),
-                         offset.substr(0, kLongestExcerpt)));
+                         fields[kFactorField].substr(0, base::kLongestExcerpt),
+                         offset.substr(0, base::kLongestExcerpt)));
     }
     if (!hasFactor) {
         mRemarks.addFor("no factor: 1", analog.mNumber);
@@ -293,14 +295,14 @@ ComtradeStatus ComtradeConfigParser::parseStatus(size_t place, size_t count)
         status.mPhase = fields[2];
         status.mComponent = fields[3];
     }
-    parseNumber(fields.back(), &status.mNormalState);
+    base::parseNumber(fields.back(), &status.mNormalState);
     return status;
 }
 
 int ComtradeConfigParser::channelNumber(std::string_view field, size_t place)
 {
     int number = static_cast<int>(place) + 1;
-    if (!parseNumber(field, &number)) {
+    if (!base::parseNumber(field, &number)) {
         mRemarks.addFor("no number: its place is taken", number);
     }
     return number;
@@ -310,9 +312,9 @@ void ComtradeConfigParser::parseRates()
 {
     const Fields fields = takeLine("the number of sampling rates");
     size_t count = 0;
-    if (!fields[0].empty() && !parseNumber(fields[0], &count)) {
+    if (!fields[0].empty() && !base::parseNumber(fields[0], &count)) {
         fail(fmt::format("the number of sampling rates, found \"{}\"",
-                         fields[0].substr(0, kLongestExcerpt)));
+                         fields[0].substr(0, base::kLongestExcerpt)));
     }
     // Without a rate one line still follows, for the number of samples; not all writers know.
     const bool isDateNext = peekLine().find('/') != std::string_view::npos;
@@ -332,12 +334,13 @@ void ComtradeConfigParser::parseRate(size_t place, size_t count)
     const Fields fields = takeLine(what.c_str());
     ComtradeRate rate;
     double last = 0.0;
-    const bool isRate = (fields[0].empty() || parseNumber(withoutHz(fields[0]), &rate.mHz)) &&
-                        fields.size() > 1 && parseNumber(fields[1], &last) && last >= 0.0 &&
+    const bool isRate = (fields[0].empty() || base::parseNumber(withoutHz(fields[0]), &rate.mHz)) &&
+                        fields.size() > 1 && base::parseNumber(fields[1], &last) && last >= 0.0 &&
                         last < 1e15;
     const bool isPossible = rate.mHz == 0.0 || (rate.mHz >= kSlowestHz && rate.mHz <= kFastestHz);
     if (!isRate || !isPossible) {
-        fail(fmt::format("{}, found \"{}\"", what, mLines[mTaken].substr(0, kLongestExcerpt)));
+        fail(
+            fmt::format("{}, found \"{}\"", what, mLines[mTaken].substr(0, base::kLongestExcerpt)));
     }
     rate.mLastSample = static_cast<size_t>(last);
     if (place > 0 && rate.mLastSample <= mHeader.mAnnouncedSamples) {
@@ -357,7 +360,7 @@ std::string ComtradeConfigParser::parseTime(const char* what)
         parseComtradeTime(fields[0], at(fields, 1), mHeader.mRevision == ComtradeRevision::k1991);
     if (!time) {
         mRemarks.add(fmt::format("the {} time \"{}\" is no date and time: not known", what,
-                                 mLines[mTaken].substr(0, kLongestExcerpt)));
+                                 mLines[mTaken].substr(0, base::kLongestExcerpt)));
         return {};
     }
     if (time->mIsOtherWayRound) {
@@ -376,9 +379,9 @@ void ComtradeConfigParser::parseKindLine()
     const Fields fields = takeLine("the kind of data");
     std::string_view kind = fields[0];
     kind = kind.substr(0, kind.find('\x1a'));
-    if (!parseKind(trimmed(kind), &mHeader.mKind)) {
+    if (!parseKind(base::trimmed(kind), &mHeader.mKind)) {
         fail(fmt::format("ASCII, BINARY, BINARY32 or FLOAT32, found \"{}\"",
-                         kind.substr(0, kLongestExcerpt)));
+                         kind.substr(0, base::kLongestExcerpt)));
     }
 }
 
@@ -426,6 +429,8 @@ bool looksLikeComtradeConfig(std::string_view text)
     }
     const auto fields = fieldsOf(lines[1]);
     size_t total = 0;
-    return fields.size() >= 2 && parseNumber(fields[0], &total) && !fields[1].empty() &&
+    return fields.size() >= 2 && base::parseNumber(fields[0], &total) && !fields[1].empty() &&
            std::toupper(static_cast<unsigned char>(fields[1].back())) == 'A';
 }
+
+} // namespace comtrade

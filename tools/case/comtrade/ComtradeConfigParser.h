@@ -7,6 +7,8 @@
 #include "base/Remarks.h"
 #include "comtrade/ComtradeHeader.h"
 
+namespace comtrade {
+
 /**
  * Reads the configuration part of a COMTRADE recording, of any revision. Real files leave out and
  * bend much: what can be understood is taken, and a remark says how. Throws CaseError with the
@@ -23,7 +25,7 @@ public:
     /** Requires: called once. */
     ComtradeHeader parse();
 
-    Remarks& remarks() { return mRemarks; }
+    base::Remarks& remarks() { return mRemarks; }
 
 private:
     using Fields = std::vector<std::string_view>;
@@ -58,8 +60,10 @@ private:
     bool mHasBlankLines = false; ///< behind every line, which hold nothing
     ComtradeHeader mHeader;
     bool mHasRevision = false;
-    Remarks mRemarks;
+    base::Remarks mRemarks;
 };
 
 /** True when the text begins as a configuration does: its second line counts channels. */
 bool looksLikeComtradeConfig(std::string_view text);
+
+} // namespace comtrade

@@ -14,6 +14,8 @@
 #include "comtrade/ComtradeConfigParser.h"
 #include "comtrade/ComtradeHeader.h"
 
+namespace comtrade {
+
 namespace {
 constexpr size_t kLargestConfig = size_t{16} << 20U;
 
@@ -21,9 +23,9 @@ constexpr size_t kLargestConfig = size_t{16} << 20U;
 void takeConfig(const std::string& name, std::string_view text, size_t firstLine,
                 const std::string& encoding, ComtradeParts* parts)
 {
-    const DecodedText decoded = decodeText(text, encoding);
+    const base::DecodedText decoded = base::decodeText(text, encoding);
     if (decoded.mIsGuessed) {
-        parts->mRemarks.add(kGuessedEncoding);
+        parts->mRemarks.add(base::kGuessedEncoding);
     }
     ComtradeConfigParser parser(name, decoded.mText, firstLine);
     parts->mHeader = parser.parse();
@@ -42,7 +44,7 @@ struct Heading
 
 std::optional<Heading> parseHeading(std::string_view line)
 {
-    line = trimmed(line);
+    line = base::trimmed(line);
     if (line.substr(0, kSectionMark.size()) != kSectionMark) {
         return std::nullopt;
     }
@@ -59,7 +61,7 @@ std::optional<Heading> parseHeading(std::string_view line)
     heading.mType = words.value(0).toStdString();
     heading.mKind = words.value(1).toStdString();
     size_t bytes = 0;
-    if (parts.size() > 2 && parseNumber(parts[2].toStdString(), &bytes)) {
+    if (parts.size() > 2 && base::parseNumber(parts[2].toStdString(), &bytes)) {
         heading.mBytes = bytes;
     }
     return heading;
@@ -69,7 +71,7 @@ std::optional<Heading> parseHeading(std::string_view line)
 class SectionReader
 {
 public:
-    explicit SectionReader(InputFile& file) : mFile(file) {}
+    explicit SectionReader(base::InputFile& file) : mFile(file) {}
 
     std::string mConfig;
     size_t mConfigLine = 1;
@@ -117,13 +119,13 @@ private:
     void addConfigLine(std::string_view line)
     {
         if (mConfig.size() + line.size() > kLargestConfig) {
-            throw CaseError(fmt::format("{}:{}: expected a configuration of at most 16 MiB",
-                                        mFile.name(), mLine));
+            throw base::CaseError(fmt::format("{}:{}: expected a configuration of at most 16 MiB",
+                                              mFile.name(), mLine));
         }
         mConfig.append(line).append("\n");
     }
 
-    InputFile& mFile;
+    base::InputFile& mFile;
     size_t mLine = 0;
 };
 
@@ -154,7 +156,7 @@ void adoptKindOfData(ComtradeParts* parts)
     const bool isText = bytes.find_first_not_of(kBytesOfText) == std::string_view::npos;
     ComtradeKind& kind = parts->mHeader.mKind;
     if (kind == ComtradeKind::kAscii && bytes.find('\0') != std::string_view::npos) {
-        throw CaseError(
+        throw base::CaseError(
             fmt::format("{}: byte {}: expected text, since the configuration tells of ASCII data",
                         parts->mData->name(), parts->mData->position() + bytes.find('\0')));
     }
@@ -185,13 +187,13 @@ ComtradeParts openComtradePair(const std::string& configPath, const std::string&
                                const std::string& encoding)
 {
     ComtradeParts parts;
-    InputFile config(configPath);
+    base::InputFile config(configPath);
     if (config.size() > kLargestConfig) {
-        throw CaseError(configPath + ": expected a configuration of at most 16 MiB");
+        throw base::CaseError(configPath + ": expected a configuration of at most 16 MiB");
     }
     takeConfig(configPath, config.peek(config.size()), 1, encoding, &parts);
     parts.mName = configPath;
-    parts.mData = std::make_unique<InputFile>(dataPath);
+    parts.mData = std::make_unique<base::InputFile>(dataPath);
     adoptKindOfData(&parts);
     return parts;
 }
@@ -200,12 +202,12 @@ ComtradeParts openComtradeSingle(const std::string& path, const std::string& enc
 {
     ComtradeParts parts;
     parts.mName = path;
-    parts.mData = std::make_unique<InputFile>(path);
+    parts.mData = std::make_unique<base::InputFile>(path);
     SectionReader sections(*parts.mData);
     sections.read();
     if (sections.mConfig.empty() || sections.mDataBegin == 0) {
-        throw CaseError(fmt::format("{}: expected a section \"--- file type: {} ---\"", path,
-                                    sections.mConfig.empty() ? "CFG" : "DAT"));
+        throw base::CaseError(fmt::format("{}: expected a section \"--- file type: {} ---\"", path,
+                                          sections.mConfig.empty() ? "CFG" : "DAT"));
     }
     takeConfig(path, sections.mConfig, sections.mConfigLine, encoding, &parts);
     adoptHeading(sections, &parts);
@@ -219,3 +221,5 @@ bool looksLikeComtradeSingle(std::string_view text)
 {
     return parseHeading(text.substr(0, text.find('\n'))).has_value();
 }
+
+} // namespace comtrade

@@ -4,6 +4,8 @@
 
 #include "comtrade/ComtradeSource.h"
 
+namespace comtrade {
+
 /** Finds the parts of a COMTRADE recording in its files. */
 
 /**
@@ -27,3 +29,5 @@ ComtradeParts openComtradeSingle(const std::string& path, const std::string& enc
 
 /** True when the text begins as a single file does. */
 bool looksLikeComtradeSingle(std::string_view text);
+
+} // namespace comtrade

@@ -5,6 +5,8 @@
 #include <cctype>
 #include <utility>
 
+namespace comtrade {
+
 namespace {
 constexpr std::array<std::pair<const char*, ComtradeKind>, 4> kKinds{{
     {"ASCII", ComtradeKind::kAscii},
@@ -32,3 +34,5 @@ bool parseKind(std::string_view name, ComtradeKind* kind)
     }
     return false;
 }
+
+} // namespace comtrade

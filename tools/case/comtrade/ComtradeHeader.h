@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace comtrade {
+
 /** Begins the heading of each section of a single file. */
 inline constexpr std::string_view kSectionMark = "---";
 
@@ -84,3 +86,5 @@ const char* nameOf(ComtradeKind kind);
 
 /** The kind of that name, whatever its case; false when there is none. */
 bool parseKind(std::string_view name, ComtradeKind* kind);
+
+} // namespace comtrade

@@ -9,6 +9,8 @@
 #include "base/Remarks.h"
 #include "comtrade/ComtradeHeader.h"
 
+namespace comtrade {
+
 /** Consecutive records of a data part, as they stand there. */
 struct ComtradeBlock
 {
@@ -46,7 +48,7 @@ public:
     virtual size_t count() const = 0;
 
     /** What was odd, once all has been read. */
-    virtual void remarkOn(Remarks* remarks) const = 0;
+    virtual void remarkOn(base::Remarks* remarks) const = 0;
 };
 
 /** Words of 16 states that one sample has. */
@@ -63,5 +65,8 @@ inline size_t stateWords(const ComtradeHeader& header)
  *        as is the header
  * @param firstLine number of the first line of the data part in the file
  */
-std::unique_ptr<ComtradeRecords> makeComtradeRecords(InputFile& file, const ComtradeHeader& header,
+std::unique_ptr<ComtradeRecords> makeComtradeRecords(base::InputFile& file,
+                                                     const ComtradeHeader& header,
                                                      size_t firstLine);
+
+} // namespace comtrade

@@ -8,13 +8,15 @@
 
 #include "base/CaseError.h"
 
+namespace comtrade {
+
 namespace {
 constexpr size_t kBlockValues = 32768; ///< about the values of a block, to stay in the cache
 constexpr size_t kMaxBlockSamples = 4096;
 
-ChannelDescription describeChannel(const ComtradeAnalog& analog)
+waveform::ChannelDescription describeChannel(const ComtradeAnalog& analog)
 {
-    ChannelDescription channel;
+    waveform::ChannelDescription channel;
     channel.mNumber = analog.mNumber;
     channel.mName = analog.mName;
     channel.mPhase = analog.mPhase;
@@ -59,7 +61,7 @@ void ComtradeSource::describe()
         mDescription.mChannels.push_back(describeChannel(analog));
     }
     for (const ComtradeStatus& status : header.mStatuses) {
-        StatusChannel channel;
+        waveform::StatusChannel channel;
         channel.mNumber = status.mNumber;
         channel.mName = status.mName;
         mDescription.mStatusChannels.push_back(channel);
@@ -67,7 +69,7 @@ void ComtradeSource::describe()
     mDescription.mRemarks = mParts.mRemarks.take();
 }
 
-bool ComtradeSource::read(SignalBlock& block)
+bool ComtradeSource::read(waveform::SignalBlock& block)
 {
     block.mFirst = mClock.samples();
     block.mFrequency.clear();
@@ -76,9 +78,9 @@ bool ComtradeSource::read(SignalBlock& block)
     block.resize(mLastValues.size(), mBlock.size());
     const bool isTold = mClock.stamp(mBlock, block.mSeconds.data());
     if (!isTold || (block.size() == 0 && mClock.hasStoodStill())) {
-        throw CaseError(mParts.mData->name() +
-                        ": expected time stamps that rise, from the first "
-                        "record on, since the configuration tells no rate");
+        throw base::CaseError(mParts.mData->name() +
+                              ": expected time stamps that rise, from the first "
+                              "record on, since the configuration tells no rate");
     }
     for (size_t i = 0; i < mLastValues.size(); ++i) {
         scale(i, &block.mValues[i]);
@@ -124,7 +126,7 @@ void ComtradeSource::checkNumbers()
 void ComtradeSource::finish()
 {
     mIsFinished = true;
-    Remarks remarks;
+    base::Remarks remarks;
     const size_t announced = mParts.mHeader.mAnnouncedSamples;
     if (announced > 0 && announced != mClock.samples()) {
         remarks.add(
@@ -138,7 +140,7 @@ void ComtradeSource::finish()
     }
     mRecords->remarkOn(&remarks);
     mClock.remarkOn(&remarks);
-    for (const ChannelDescription& channel : mDescription.mChannels) {
+    for (const waveform::ChannelDescription& channel : mDescription.mChannels) {
         if (channel.mMissing > 0) {
             remarks.addFor("missing values: held at the value before", channel.mNumber);
         }
@@ -147,3 +149,5 @@ void ComtradeSource::finish()
         mDescription.mRemarks.push_back(std::move(text));
     }
 }
+
+} // namespace comtrade

@@ -9,15 +9,17 @@
 #include "comtrade/ComtradeHeader.h"
 #include "comtrade/ComtradeRecords.h"
 #include "comtrade/StatusTracker.h"
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace comtrade {
 
 /** Where the parts of a recording lie. */
 struct ComtradeParts
 {
     std::string mName; ///< of the recording, for the user: the file that was named
     ComtradeHeader mHeader;
-    Remarks mRemarks;                 ///< so far
-    std::unique_ptr<InputFile> mData; ///< stands at the beginning of the data part
+    base::Remarks mRemarks;                 ///< so far
+    std::unique_ptr<base::InputFile> mData; ///< stands at the beginning of the data part
     size_t mFirstDataLine = 1;
 };
 
@@ -25,13 +27,13 @@ struct ComtradeParts
  * A COMTRADE recording: values in the units of its channels, missing ones held at the last (0
  * before there is one).
  */
-class ComtradeSource : public SignalSource
+class ComtradeSource : public waveform::SignalSource
 {
 public:
     explicit ComtradeSource(ComtradeParts parts);
 
-    const SignalDescription& description() const override { return mDescription; }
-    bool read(SignalBlock& block) override;
+    const waveform::SignalDescription& description() const override { return mDescription; }
+    bool read(waveform::SignalBlock& block) override;
     double progress() const override { return mParts.mData->progress(); }
 
 private:
@@ -41,7 +43,7 @@ private:
     void finish();
 
     ComtradeParts mParts;
-    SignalDescription mDescription;
+    waveform::SignalDescription mDescription;
     std::unique_ptr<ComtradeRecords> mRecords;
     ComtradeClock mClock;
     StatusTracker mStates;
@@ -52,3 +54,5 @@ private:
     size_t mJumps = 0;               ///< of the samples' numbers
     bool mIsFinished = false;
 };
+
+} // namespace comtrade

@@ -9,6 +9,8 @@
 
 #include "base/Numbers.h"
 
+namespace comtrade {
+
 namespace {
 constexpr int kMonths = 12;
 constexpr size_t kYearDigits = 4;
@@ -20,7 +22,8 @@ bool parseThree(std::string_view text, std::string_view separators, std::array<i
     for (size_t i = 0; i < numbers->size(); ++i) {
         const bool isLast = i + 1 == numbers->size();
         const size_t end = isLast ? text.size() : text.find_first_of(separators);
-        if (end == std::string_view::npos || !parseNumber(text.substr(0, end), &(*numbers)[i])) {
+        if (end == std::string_view::npos ||
+            !base::parseNumber(text.substr(0, end), &(*numbers)[i])) {
             return false;
         }
         text.remove_prefix(isLast ? end : end + 1);
@@ -62,8 +65,9 @@ std::optional<ComtradeTime> parseComtradeTime(std::string_view date, std::string
                                               bool monthFirst)
 {
     ComtradeTime result;
-    const std::optional<QDate> day = parseDate(trimmed(date), monthFirst, &result.mIsOtherWayRound);
-    time = trimmed(time);
+    const std::optional<QDate> day =
+        parseDate(base::trimmed(date), monthFirst, &result.mIsOtherWayRound);
+    time = base::trimmed(time);
     const size_t point = std::min(time.find('.'), time.size());
     const std::string_view fraction = time.substr(point);
     std::array<int, 3> parts{};
@@ -80,3 +84,5 @@ std::optional<ComtradeTime> parseComtradeTime(std::string_view date, std::string
                                parts[0], parts[1], parts[2], fraction);
     return result;
 }
+
+} // namespace comtrade

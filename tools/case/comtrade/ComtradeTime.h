@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace comtrade {
+
 /** A date and a time as a recording's configuration gives them. */
 struct ComtradeTime
 {
@@ -20,3 +22,5 @@ struct ComtradeTime
  */
 std::optional<ComtradeTime> parseComtradeTime(std::string_view date, std::string_view time,
                                               bool monthFirst);
+
+} // namespace comtrade

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 
+namespace comtrade {
+
 namespace {
 constexpr double kMicrosecond = 1e-6;
 constexpr char kLineEnd[] = "\r\n";
@@ -74,8 +76,8 @@ size_t comtradeRecordBytes(const ComtradeHeader& header)
     return (2 + header.mAnalogs.size()) * sizeof(quint32);
 }
 
-void writeComtradeRecords(const ComtradeHeader& header, const SignalBlock& block,
-                          ResultFile& output)
+void writeComtradeRecords(const ComtradeHeader& header, const waveform::SignalBlock& block,
+                          base::ResultFile& output)
 {
     std::string record(comtradeRecordBytes(header), '\0');
     for (size_t i = 0; i < block.size(); ++i) {
@@ -88,3 +90,5 @@ void writeComtradeRecords(const ComtradeHeader& header, const SignalBlock& block
         output.write(record);
     }
 }
+
+} // namespace comtrade

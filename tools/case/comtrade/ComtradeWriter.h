@@ -5,7 +5,9 @@
 
 #include "base/ResultFile.h"
 #include "comtrade/ComtradeHeader.h"
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace comtrade {
 
 /**
  * Writes COMTRADE of 2013 with BINARY32 data. Its numbers are those of the channels as they stand;
@@ -22,5 +24,7 @@ size_t comtradeRecordBytes(const ComtradeHeader& header);
  * Writes the records of a block, numbered from its first sample on.
  * Requires: the block's values are whole numbers of 32 bits, its channels those of the header.
  */
-void writeComtradeRecords(const ComtradeHeader& header, const SignalBlock& block,
-                          ResultFile& output);
+void writeComtradeRecords(const ComtradeHeader& header, const waveform::SignalBlock& block,
+                          base::ResultFile& output);
+
+} // namespace comtrade

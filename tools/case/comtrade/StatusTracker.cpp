@@ -1,5 +1,7 @@
 #include "comtrade/StatusTracker.h"
 
+namespace comtrade {
+
 namespace {
 constexpr size_t kMaxChanges = 100'000; ///< kept of all channels
 constexpr size_t kStatesInWord = 16;
@@ -29,7 +31,7 @@ void StatusTracker::change(size_t word, unsigned bits, double seconds, bool isFi
         if ((bits >> bit & 1U) == 0 || channel >= mChannels->size()) {
             continue;
         }
-        StatusChannel& status = (*mChannels)[channel];
+        waveform::StatusChannel& status = (*mChannels)[channel];
         if (isFirst) {
             status.mFirstState = true;
             continue;
@@ -41,3 +43,5 @@ void StatusTracker::change(size_t word, unsigned bits, double seconds, bool isFi
         }
     }
 }
+
+} // namespace comtrade

@@ -4,14 +4,16 @@
 #include <vector>
 
 #include "comtrade/ComtradeRecords.h"
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace comtrade {
 
 /** Finds where states change. Keeps the first changes only, so that memory is bounded. */
 class StatusTracker
 {
 public:
     /** @param channels get their states and changes; borrowed, one for each status channel */
-    explicit StatusTracker(std::vector<StatusChannel>* channels) : mChannels(channels) {}
+    explicit StatusTracker(std::vector<waveform::StatusChannel>* channels) : mChannels(channels) {}
 
     /** @param words of one sample; @param seconds its time */
     void add(const ComtradeBlock& block, const std::vector<double>& seconds);
@@ -19,7 +21,9 @@ public:
 private:
     void change(size_t word, unsigned bits, double seconds, bool isFirst);
 
-    std::vector<StatusChannel>* mChannels;
+    std::vector<waveform::StatusChannel>* mChannels;
     std::vector<quint16> mLast; ///< words of the last sample; empty before the first
     size_t mKept = 0;           ///< changes of all channels
 };
+
+} // namespace comtrade

@@ -7,6 +7,8 @@
 #include "SampleRecord.h"
 #include "base/CaseError.h"
 
+namespace explain {
+
 EventTimeline::EventTimeline(const std::string& path) : mFile(path) {}
 
 std::optional<qint64> EventTimeline::arrivalNs(size_t sample)
@@ -45,8 +47,10 @@ bool EventTimeline::readLine()
             mCommands.push_back({event["text"].get<std::string>(), timeNs});
         }
     } catch (const nlohmann::json::exception&) {
-        throw CaseError(fmt::format("{}:{}: no event as vx-sandbox --events writes it",
-                                    mFile.name(), mLineNumber));
+        throw base::CaseError(fmt::format("{}:{}: no event as vx-sandbox --events writes it",
+                                          mFile.name(), mLineNumber));
     }
     return true;
 }
+
+} // namespace explain

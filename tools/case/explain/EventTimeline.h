@@ -7,6 +7,8 @@
 
 #include "base/InputFile.h"
 
+namespace explain {
+
 /** A command that was written into the control FIFO. */
 struct SentCommand
 {
@@ -43,9 +45,11 @@ public:
 private:
     bool readLine();
 
-    InputFile mFile;
+    base::InputFile mFile;
     size_t mLineNumber = 0;
     size_t mSamples = 0;
     qint64 mArrivalNs = 0; ///< of the last block read
     std::deque<SentCommand> mCommands;
 };
+
+} // namespace explain

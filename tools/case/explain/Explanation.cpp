@@ -6,6 +6,8 @@
 
 #include "base/CaseError.h"
 
+namespace explain {
+
 namespace {
 /** A command that waits for more than two cases and longer than this is not going to be taken. */
 constexpr qint64 kLongestWaitNs = 1'000'000'000;
@@ -47,7 +49,7 @@ Explanation::Explanation(const PlayPlan& plan, const std::string& recording,
 bool Explanation::run()
 {
     if (mWindow.ahead() == 0) {
-        throw CaseError(mWindow.name() + ": holds no sample");
+        throw base::CaseError(mWindow.name() + ": holds no sample");
     }
     mHypotheses.addPlaces(mPlan.firstPlacesOf(contentOf(mWindow[0])));
     while (mWindow.ahead() > 0) {
@@ -63,7 +65,7 @@ bool Explanation::run()
 bool Explanation::takeNext()
 {
     const SampleRecord& record = mWindow[0];
-    const qint64 stampNs = stampNsOf(record);
+    const qint64 stampNs = waveform::stampNsOf(record);
     std::optional<qint64> stepNs;
     if (mLastStampNs && mNextStep == NextStep::Known) {
         stepNs = stampNs - *mLastStampNs;
@@ -98,7 +100,7 @@ void Explanation::offerCommands()
         return;
     }
     mOfferedAt = mWindow.position();
-    const qint64 stampNs = stampNsOf(mWindow[0]);
+    const qint64 stampNs = waveform::stampNsOf(mWindow[0]);
     const qint64 arrivalNs = mEvents->arrivalNs(mWindow.position()).value_or(stampNs);
     judgeNewCommands();
     giveUpOverdueCommand(arrivalNs);
@@ -206,8 +208,8 @@ void Explanation::goOnElsewhere(const Repair& found)
 {
     breakOff();
     const std::string expected = nextPlaceText();
-    const bool goesBack =
-        mLastStampNs && mNextStep == NextStep::Known && stampNsOf(mWindow[0]) <= *mLastStampNs;
+    const bool goesBack = mLastStampNs && mNextStep == NextStep::Known &&
+                          waveform::stampNsOf(mWindow[0]) <= *mLastStampNs;
     if (goesBack) {
         addTimeJump();
     }
@@ -242,7 +244,7 @@ void Explanation::passDifferent(const Repair& found)
 /** When the next record was played; where its stamp is as wrong as the rest, as it should be. */
 qint64 Explanation::judgedStampNs(bool fits)
 {
-    const qint64 stampNs = stampNsOf(mWindow[0]);
+    const qint64 stampNs = waveform::stampNsOf(mWindow[0]);
     if (!mLastStampNs || mNextStep != NextStep::Known ||
         mHypotheses.allowStep(stampNs - *mLastStampNs)) {
         return stampNs;
@@ -277,9 +279,10 @@ void Explanation::passForeign(const Repair& found)
 
 void Explanation::addTimeJump()
 {
-    addFinding(FindingKind::TimeJump, 1,
-               fmt::format("the time stamp is {} ns after the one before, expected {} ns",
-                           stampNsOf(mWindow[0]) - *mLastStampNs, mHypotheses.nextStep()));
+    addFinding(
+        FindingKind::TimeJump, 1,
+        fmt::format("the time stamp is {} ns after the one before, expected {} ns",
+                    waveform::stampNsOf(mWindow[0]) - *mLastStampNs, mHypotheses.nextStep()));
 }
 
 void Explanation::addFinding(FindingKind kind, size_t count, const std::string& text)
@@ -346,3 +349,5 @@ void Explanation::finishEvents()
                                mEvents->samples(), recorded));
     }
 }
+
+} // namespace explain

@@ -6,6 +6,8 @@
 #include "explain/Resynchronizer.h"
 #include "explain/Stretches.h"
 
+namespace explain {
+
 /**
  * Says of a recording of the driver what was played when, and what is wrong with it. Goes over the
  * recording once, in memory that does not depend on its length.
@@ -74,3 +76,5 @@ private:
     size_t mReportedCommands = 0;
     int mReportedChanges = 0;
 };
+
+} // namespace explain

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+namespace explain {
+
 namespace {
 
 constexpr char kRow[] = "{:<14}{:<{}}  {:>8}  {:>20}  {:>20}  {:>11}{}\n";
@@ -26,7 +28,7 @@ std::string cutText(const PlayedStretch& stretch)
 double secondsUntilFirstSample(const CommandOutcome& command)
 {
     return static_cast<double>(*command.mFirstSampleArrivalNs - command.mArrivalNs) *
-           kSecondsPerNanosecond;
+           base::kSecondsPerNanosecond;
 }
 
 std::string outcomeText(const CommandOutcome& command)
@@ -54,7 +56,7 @@ std::string findingsText(const FindingCounts& findings)
     return text;
 }
 
-void writeLine(ResultFile& output, const nlohmann::ordered_json& object)
+void writeLine(base::ResultFile& output, const nlohmann::ordered_json& object)
 {
     output.write(object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
                  "\n");
@@ -64,7 +66,7 @@ void writeLine(ResultFile& output, const nlohmann::ordered_json& object)
 class ExplanationText : public ExplanationOutput
 {
 public:
-    ExplanationText(ResultFile& output, size_t fileWidth)
+    ExplanationText(base::ResultFile& output, size_t fileWidth)
         : mOutput(output), mFileWidth(std::max(fileWidth, std::string("file").size()))
     {
         mOutput.write(fmt::format(kRow, "configuration", "file", mFileWidth, "passes",
@@ -101,7 +103,7 @@ public:
     }
 
 private:
-    ResultFile& mOutput;
+    base::ResultFile& mOutput;
     size_t mFileWidth;
 };
 
@@ -109,7 +111,7 @@ private:
 class ExplanationJson : public ExplanationOutput
 {
 public:
-    explicit ExplanationJson(ResultFile& output) : mOutput(output) {}
+    explicit ExplanationJson(base::ResultFile& output) : mOutput(output) {}
 
     void add(const PlayedStretch& stretch) override
     {
@@ -159,16 +161,18 @@ public:
     }
 
 private:
-    ResultFile& mOutput;
+    base::ResultFile& mOutput;
 };
 } // namespace
 
-std::unique_ptr<ExplanationOutput> explanationText(ResultFile& output, size_t fileWidth)
+std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth)
 {
     return std::make_unique<ExplanationText>(output, fileWidth);
 }
 
-std::unique_ptr<ExplanationOutput> explanationJson(ResultFile& output)
+std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output)
 {
     return std::make_unique<ExplanationJson>(output);
 }
+
+} // namespace explain

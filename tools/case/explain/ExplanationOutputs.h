@@ -5,13 +5,17 @@
 #include "base/ResultFile.h"
 #include "explain/Findings.h"
 
+namespace explain {
+
 /**
  * The explanation for people: a table with the commands and findings between its rows.
  *
  * @param output borrowed
  * @param fileWidth characters of the longest value file's name
  */
-std::unique_ptr<ExplanationOutput> explanationText(ResultFile& output, size_t fileWidth);
+std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth);
 
 /** The explanation for programs: one JSON object a line, which tells its "kind". */
-std::unique_ptr<ExplanationOutput> explanationJson(ResultFile& output);
+std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output);
+
+} // namespace explain

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 
-#include "signal/RecordStamp.h"
+#include "waveform/RecordStamp.h"
+
+namespace explain {
 
 const FindingName& nameOf(FindingKind kind)
 {
@@ -37,5 +39,8 @@ bool FindingCounts::isClean() const
 
 std::string stampText(qint64 stampNs)
 {
-    return fmt::format("{}.{:09}", stampNs / kSecondInNs, stampNs % kSecondInNs);
+    return fmt::format("{}.{:09}", stampNs / waveform::kSecondInNs,
+                       stampNs % waveform::kSecondInNs);
 }
+
+} // namespace explain

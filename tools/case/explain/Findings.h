@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace explain {
+
 /** What can be wrong with a recording. */
 enum class FindingKind
 {
@@ -107,3 +109,5 @@ public:
 
 /** A time stamp as seconds with nine decimals. */
 std::string stampText(qint64 stampNs);
+
+} // namespace explain

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace explain {
+
 namespace {
 constexpr int kWaitingCommand = 1;
 constexpr int kUnknownCommand = 2;
@@ -507,3 +509,5 @@ void Hypotheses::continuePath(Path path, std::vector<Path>* open) const
         }
     }
 }
+
+} // namespace explain

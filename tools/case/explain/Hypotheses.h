@@ -9,6 +9,8 @@
 #include "ControlCommand.h"
 #include "explain/PlayPlan.h"
 
+namespace explain {
+
 /** When the first sample that a command brought was met. */
 struct CommandEffect
 {
@@ -201,3 +203,5 @@ private:
     const PlayPlan* mPlan;
     std::vector<Hypothesis> mAll;
 };
+
+} // namespace explain

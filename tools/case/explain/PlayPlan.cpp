@@ -9,7 +9,9 @@
 #include "PipeOrDevice.h"
 #include "SampleStep.h"
 #include "base/CaseError.h"
-#include "signal/ProgramMessages.h"
+#include "waveform/ProgramMessages.h"
+
+namespace explain {
 
 namespace {
 constexpr int kLinesAtOnce = 4096;
@@ -20,8 +22,8 @@ class ValueLines : private InputValues
 public:
     explicit ValueLines(const QString& path)
     {
-        if (isPipeOrDevice(path)) {
-            throw CaseError(local8Bit(path) + ": " + kExpectedRegularFile);
+        if (configuration::isPipeOrDevice(path)) {
+            throw base::CaseError(local8Bit(path) + ": " + configuration::kExpectedRegularFile);
         }
         openFile(path);
         throwFirstError();
@@ -43,7 +45,7 @@ private:
     void throwFirstError() const
     {
         if (!mMessages.errors().empty()) {
-            throw CaseError(mMessages.errors().front());
+            throw base::CaseError(mMessages.errors().front());
         }
     }
 
@@ -56,7 +58,7 @@ private:
         file->mSamples.push_back(contentOf(item));
     }
 
-    ProgramMessages mMessages;
+    waveform::ProgramMessages mMessages;
 };
 
 size_t hashOf(const SampleContent& content)
@@ -65,15 +67,16 @@ size_t hashOf(const SampleContent& content)
         {reinterpret_cast<const char*>(content.data()), sizeof(content)});
 }
 
-CaseConfiguration readConfiguration(const std::string& fileName)
+configuration::CaseConfiguration readConfiguration(const std::string& fileName)
 {
-    CaseConfiguration::keepLogSilent();
-    CaseConfiguration cases;
-    if (!cases.read(QString::fromStdString(fileName), CaseConfiguration::Rejected::Stop)) {
-        throw CaseError(cases.fileError());
+    configuration::CaseConfiguration::keepLogSilent();
+    configuration::CaseConfiguration cases;
+    if (!cases.read(QString::fromStdString(fileName),
+                    configuration::CaseConfiguration::Rejected::Stop)) {
+        throw base::CaseError(cases.fileError());
     }
     if (!cases.lineErrors().empty()) {
-        throw CaseError(cases.lineErrors().front());
+        throw base::CaseError(cases.lineErrors().front());
     }
     return cases;
 }
@@ -81,26 +84,26 @@ CaseConfiguration readConfiguration(const std::string& fileName)
 
 PlayPlan::PlayPlan(const std::string& configurationFile, const std::string& directory)
 {
-    const CaseConfiguration cases = readConfiguration(configurationFile);
+    const configuration::CaseConfiguration cases = readConfiguration(configurationFile);
     mConfigurationCount = cases.configurations().size();
     mContinuous = cases.continuousNumber();
     for (int number = 0; number < mConfigurationCount; ++number) {
         if (!cases.configurations().contains(number)) {
-            throw CaseError(configurationFile + ": no entry for configuration " +
-                            std::to_string(number) + ": the simulator plays none of them");
+            throw base::CaseError(configurationFile + ": no entry for configuration " +
+                                  std::to_string(number) + ": the simulator plays none of them");
         }
         addConfiguration(number, cases.configurations()[number], directory);
     }
     if (mEntries.empty()) {
-        throw CaseError(configurationFile + ": nothing to play");
+        throw base::CaseError(configurationFile + ": nothing to play");
     }
 }
 
-void PlayPlan::addConfiguration(int number, const QList<CaseEntry>& entries,
+void PlayPlan::addConfiguration(int number, const QList<configuration::CaseEntry>& entries,
                                 const std::string& directory)
 {
     int first = kNone;
-    for (const CaseEntry& line : entries) {
+    for (const configuration::CaseEntry& line : entries) {
         const size_t file = fileIndex(line.mFileName, directory);
         if (line.mRepetitions == 0 || mFiles[file].mSamples.empty()) {
             continue;
@@ -216,3 +219,5 @@ std::vector<Place> PlayPlan::placesOf(const SampleContent& content) const
     }
     return places;
 }
+
+} // namespace explain

@@ -9,6 +9,8 @@
 #include "CaseConfiguration.h"
 #include "SampleRecord.h"
 
+namespace explain {
+
 /** What of a record comes from the value file: all but the time stamp. */
 using SampleContent = std::array<quint32, 2 + kChannelCount>;
 
@@ -102,7 +104,7 @@ private:
     };
 
     size_t fileIndex(const QString& name, const std::string& directory);
-    void addConfiguration(int number, const QList<CaseEntry>& entries,
+    void addConfiguration(int number, const QList<configuration::CaseEntry>& entries,
                           const std::string& directory);
     bool playsTheSame(int left, int right) const;
     void makeIndex() const;
@@ -116,3 +118,5 @@ private:
     int mContinuous = 0;
     mutable std::vector<IndexedPlace> mIndex; ///< by hash
 };
+
+} // namespace explain

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace explain {
+
 namespace {
 constexpr size_t kRecordsAtOnce = 16'384;
 }
@@ -34,3 +36,5 @@ void RecordWindow::refill()
         mFile.skip(mRestBytes);
     }
 }
+
+} // namespace explain

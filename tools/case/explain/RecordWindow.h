@@ -6,7 +6,9 @@
 #include "SampleRecord.h"
 #include "base/InputFile.h"
 #include "base/ProgressLine.h"
-#include "signal/RecordStamp.h"
+#include "waveform/RecordStamp.h"
+
+namespace explain {
 
 /**
  * A recording of the driver, seen through a window that moves over it once: the next record, some
@@ -51,10 +53,12 @@ public:
 private:
     void refill();
 
-    InputFile mFile;
-    ProgressLine mProgress{"reading"};
+    base::InputFile mFile;
+    base::ProgressLine mProgress{"reading"};
     std::vector<SampleRecord> mRecords;
     size_t mNext = 0;
     size_t mPosition = 0;
     size_t mRestBytes = 0;
 };
+
+} // namespace explain

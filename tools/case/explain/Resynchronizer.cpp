@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace explain {
+
 namespace {
 /** So many records in a row must fit before play is taken to go on there. */
 constexpr size_t kProof = 16;
@@ -14,7 +16,7 @@ constexpr size_t kFewDifferent = 8;
 
 qint64 gapBefore(const RecordWindow& window, std::ptrdiff_t offset)
 {
-    return stampNsOf(window[offset]) - stampNsOf(window[offset - 1]);
+    return waveform::stampNsOf(window[offset]) - waveform::stampNsOf(window[offset - 1]);
 }
 
 /** Whether the records from the offset on go on as is supposed, the first one's step aside. */
@@ -109,7 +111,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
                                                     const Hypotheses& expected,
                                                     qint64 lastStampNs) const
 {
-    const qint64 gapNs = stampNsOf(window[0]) - lastStampNs;
+    const qint64 gapNs = waveform::stampNsOf(window[0]) - lastStampNs;
     if (expected.allowStep(gapNs)) {
         return std::nullopt;
     }
@@ -165,7 +167,7 @@ Repair Resynchronizer::repairByContent(RecordWindow& window, const Hypotheses& e
     const size_t ahead = window.ahead();
     std::optional<qint64> gapNs;
     if (lastStampNs && step == NextStep::Known) {
-        gapNs = stampNsOf(window[0]) - *lastStampNs;
+        gapNs = waveform::stampNsOf(window[0]) - *lastStampNs;
     }
     const Hypotheses found = elsewhere(window, expected, 0);
     Hypotheses blind = expected;
@@ -227,3 +229,5 @@ Repair Resynchronizer::movedTo(const Hypotheses& found, const Hypotheses& expect
     }
     return {Repair::Kind::Elsewhere, 0, 0, found};
 }
+
+} // namespace explain

@@ -5,6 +5,8 @@
 #include "explain/Hypotheses.h"
 #include "explain/RecordWindow.h"
 
+namespace explain {
+
 /** What the time from the last record to the next one tells. */
 enum class NextStep
 {
@@ -63,3 +65,5 @@ private:
 
     const PlayPlan& mPlan;
 };
+
+} // namespace explain

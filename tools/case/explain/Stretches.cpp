@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace explain {
+
 void Stretches::flushOthers(const PlayedFile& file)
 {
     if (mStretch && mStretch->mFile != file.mName) {
@@ -54,3 +56,5 @@ void Stretches::flush()
     }
     mStretch.reset();
 }
+
+} // namespace explain

@@ -5,6 +5,8 @@
 #include "explain/Findings.h"
 #include "explain/Hypotheses.h"
 
+namespace explain {
+
 /**
  * Makes stretches of samples: passes of one file in a row, for the same configurations, become one.
  */
@@ -37,3 +39,5 @@ private:
     ExplanationOutput& mOutput;
     std::optional<PlayedStretch> mStretch;
 };
+
+} // namespace explain

@@ -10,6 +10,8 @@
 #include "generate/TruthFile.h"
 #include "generate/WaveFile.h"
 
+namespace generate {
+
 namespace {
 constexpr char kConfigurationName[] = "vx-simulator.conf";
 
@@ -24,7 +26,7 @@ std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
     for (const std::string& name : names) {
         rows.push_back(findSignal(name));
         if (rows.back() == nullptr) {
-            throw CaseError(name + ": expected a name that vx-case generate --list shows");
+            throw base::CaseError(name + ": expected a name that vx-case generate --list shows");
         }
     }
     return rows;
@@ -36,12 +38,13 @@ std::string pathOf(const std::string& directory)
     const QDir place(QString::fromStdString(directory));
     const std::string path = place.absolutePath().toStdString();
     if (path.find_first_of(",#\n") != std::string::npos || path.find("  ") != std::string::npos) {
-        throw CaseError(path +
-                        ": expected a path without ',', '#' and two blanks in a row, for the case "
-                        "configuration cannot hold them");
+        throw base::CaseError(
+            path +
+            ": expected a path without ',', '#' and two blanks in a row, for the case "
+            "configuration cannot hold them");
     }
     if (!place.mkpath(".")) {
-        throw CaseError(path + ": cannot be made as a directory");
+        throw base::CaseError(path + ": cannot be made as a directory");
     }
     return path;
 }
@@ -50,9 +53,9 @@ void writeSignal(const Signal& signal, const std::string& stem)
 {
     WaveParameters wave;
     signal.applyTo(wave);
-    ResultFile values(stem + ".csv");
+    base::ResultFile values(stem + ".csv");
     writeWave(Wave(wave), {signal.mName + ": " + signal.mText}, values);
-    ResultFile truth(stem + ".json");
+    base::ResultFile truth(stem + ".json");
     writeTruth(signal, wave, truth);
     values.commit();
     truth.commit();
@@ -63,9 +66,9 @@ void writeCatalogue(const std::string& directory, const std::vector<std::string>
 {
     const std::vector<const Signal*> rows = signalsOf(names);
     const std::string path = pathOf(directory);
-    ResultFile configuration(path + '/' + kConfigurationName);
+    base::ResultFile configuration(path + '/' + kConfigurationName);
     configuration.write("# number of the configuration, how often in a row, value file\n");
-    ProgressLine progress("writing");
+    base::ProgressLine progress("writing");
     for (size_t number = 0; number < rows.size(); ++number) {
         progress.show(double(number) / double(rows.size()));
         const Signal& signal = *rows[number];
@@ -76,3 +79,5 @@ void writeCatalogue(const std::string& directory, const std::vector<std::string>
     configuration.write("\n-1,0,\n");
     configuration.commit();
 }
+
+} // namespace generate

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace generate {
+
 /**
  * Writes signals for a test bench into a directory, which is made when it is missing: for each a
  * value file and the JSON of what a perfect instrument measures, and a case configuration that
@@ -12,3 +14,5 @@
  * Throws CaseError for an unknown name and for what cannot be written.
  */
 void writeCatalogue(const std::string& directory, const std::vector<std::string>& names);
+
+} // namespace generate

@@ -9,6 +9,8 @@
 #include "base/Numbers.h"
 #include "generate/ToneSum.h"
 
+namespace generate {
+
 namespace {
 using Json = nlohmann::ordered_json;
 using Complex = std::complex<double>;
@@ -125,7 +127,7 @@ Json PerfectInstrument::frequency() const
         if (modulation.mShape == ModulationShape::Sine) {
             const double hertz = modulation.mHertz * haste();
             deviation += std::abs(modulation.mPhaseDepth) * hertz;
-            slope += std::abs(modulation.mPhaseDepth) * hertz * hertz * 2.0 * kPi;
+            slope += std::abs(modulation.mPhaseDepth) * hertz * hertz * 2.0 * base::kPi;
         }
     }
     return {{"fileHertz", mParameters.mFrequency},
@@ -269,11 +271,11 @@ Json PerfectInstrument::harmonics(size_t channel) const
 /** Of the undisturbed voltages, in percent of their positive sequence. */
 Json PerfectInstrument::unbalance() const
 {
-    const Complex turn = std::polar(1.0, 2.0 * kPi / 3.0);
+    const Complex turn = std::polar(1.0, 2.0 * base::kPi / 3.0);
     std::array<Complex, 3> voltages;
     for (size_t i = 0; i < voltages.size(); ++i) {
         const WaveChannel& wave = mParameters.mChannels[i];
-        voltages[i] = std::polar(1.0, wave.mPhase * kRadiansPerDegree) * wave.mAmplitude;
+        voltages[i] = std::polar(1.0, wave.mPhase * base::kRadiansPerDegree) * wave.mAmplitude;
     }
     const auto& [a, b, c] = voltages;
     const double positive = std::abs(a + turn * b + turn * turn * c);
@@ -350,3 +352,5 @@ nlohmann::ordered_json measuredByPerfectInstrument(const WaveParameters& paramet
 {
     return PerfectInstrument(parameters).measure();
 }
+
+} // namespace generate

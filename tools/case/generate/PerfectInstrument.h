@@ -4,6 +4,8 @@
 
 #include "generate/WaveParameters.h"
 
+namespace generate {
+
 /**
  * What a perfect instrument measures while a wave is played once: frequency, rms, distortion,
  * unbalance and events, all from the description and in closed form, never from the samples.
@@ -15,3 +17,5 @@
  * Requires: problemOf(parameters) is empty.
  */
 nlohmann::ordered_json measuredByPerfectInstrument(const WaveParameters& parameters);
+
+} // namespace generate

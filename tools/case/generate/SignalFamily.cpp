@@ -4,6 +4,8 @@
 #include <cmath>
 #include <complex>
 
+namespace generate {
+
 namespace {
 constexpr double kPercent = 100.0;
 constexpr double kDegreesPerPeriod = 360.0;
@@ -260,3 +262,5 @@ const SignalFamily& familyNamed(std::string_view name)
     return *std::find_if(signalFamilies().begin(), signalFamilies().end(),
                          [name](const SignalFamily& family) { return family.mName == name; });
 }
+
+} // namespace generate

@@ -7,6 +7,8 @@
 
 #include "generate/WaveParameters.h"
 
+namespace generate {
+
 /** The harmonics that the family "harmonics" has a parameter for, h2 to h50. */
 inline constexpr int kHighestNamedOrder = 50;
 
@@ -48,3 +50,5 @@ const std::vector<SignalFamily>& signalFamilies();
 
 /** Requires: there is a family of that name. */
 const SignalFamily& familyNamed(std::string_view name);
+
+} // namespace generate

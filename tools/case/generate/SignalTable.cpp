@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace generate {
+
 namespace {
 constexpr bool kAlone = false; ///< not in the catalogue: too long, or one of many alike
 
@@ -289,3 +291,5 @@ const Signal* findSignal(std::string_view name)
                                     [name](const Signal& signal) { return signal.mName == name; });
     return found == signalTable().end() ? nullptr : &*found;
 }
+
+} // namespace generate

@@ -6,6 +6,8 @@
 
 #include "generate/SignalFamily.h"
 
+namespace generate {
+
 /** A signal with a name: a family with some of its parameters set. */
 struct Signal
 {
@@ -25,3 +27,5 @@ const std::vector<Signal>& signalTable();
 
 /** Null when there is none of that name. */
 const Signal* findSignal(std::string_view name);
+
+} // namespace generate

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace generate {
+
 namespace {
 constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
 
@@ -86,3 +88,5 @@ std::vector<qint64> StepCourse::stepsOf(size_t channel) const
     steps.erase(std::unique(steps.begin(), steps.end()), steps.end());
     return steps;
 }
+
+} // namespace generate

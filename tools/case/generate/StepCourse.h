@@ -5,6 +5,8 @@
 #include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
+namespace generate {
+
 /** A channel's fundamental between two changes. */
 struct Fundamental
 {
@@ -41,3 +43,5 @@ private:
     const Timeline& mTimeline;
     std::vector<Span> mSpans; ///< of the disturbances
 };
+
+} // namespace generate

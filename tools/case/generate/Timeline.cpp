@@ -5,6 +5,8 @@
 
 #include "SampleStep.h"
 
+namespace generate {
+
 namespace {
 constexpr double kNanosecond = 1e-9;
 
@@ -93,3 +95,5 @@ qint64 Timeline::lineAt(double seconds) const
            std::llround((seconds - period.mSeconds) * double(period.mFrequency) *
                         kSamplesPerPeriod);
 }
+
+} // namespace generate

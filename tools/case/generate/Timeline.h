@@ -5,6 +5,8 @@
 
 #include "generate/WaveParameters.h"
 
+namespace generate {
+
 /**
  * When each sample of a wave is. A sample is known by its line in the value file, from 0; 360 lines
  * are one period. There are two times: that of the description, by the frequency, and that of the
@@ -49,3 +51,5 @@ private:
     double mEndSeconds;
     std::vector<Period> mPeriods; ///< empty when the frequency is constant
 };
+
+} // namespace generate

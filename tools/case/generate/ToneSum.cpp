@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace generate {
+
 namespace {
 using Complex = std::complex<double>;
 
@@ -14,7 +16,7 @@ constexpr double kNegligible = 1e-9;
 /** What is sin(phase) as the real part of an exponential. */
 Complex sineOf(double degrees)
 {
-    return std::polar(1.0, (std::fmod(degrees, 360.0) - 90.0) * kRadiansPerDegree);
+    return std::polar(1.0, (std::fmod(degrees, 360.0) - 90.0) * base::kRadiansPerDegree);
 }
 
 /** Sum of exp(rate * n) for n from begin up to end. */
@@ -33,7 +35,7 @@ Complex geometricSum(Complex rate, qint64 begin, qint64 end)
 bool isPeriodic(Complex rate)
 {
     constexpr double kTolerance = 1e-9;
-    const double turns = rate.imag() * kSamplesPerPeriod / (2.0 * kPi);
+    const double turns = rate.imag() * kSamplesPerPeriod / (2.0 * base::kPi);
     return rate.real() == 0.0 && std::abs(turns - std::round(turns)) < kTolerance;
 }
 } // namespace
@@ -81,7 +83,7 @@ void ToneSum::addWave(const Fundamental& fundamental, int order, double ratio, d
 {
     const double start = double(piece.mBegin % kSamplesPerPeriod) + fundamental.mPhase;
     std::vector<Exponential> wave{{fundamental.mAmplitude * ratio * sineOf(order * start + phase),
-                                   Complex(0.0, order * kRadiansPerDegree)}};
+                                   Complex(0.0, order * base::kRadiansPerDegree)}};
     for (const Modulation& modulation : mParameters.mModulations) {
         if (modulation.mShape == ModulationShape::Sine && modulation.mChannels.test(mChannel)) {
             wave = modulated(wave, modulation, order, piece.mBegin);
@@ -95,7 +97,7 @@ std::vector<ToneSum::Exponential> ToneSum::modulated(const std::vector<Exponenti
                                                      const Modulation& modulation, int order,
                                                      qint64 begin) const
 {
-    const double rate = 2.0 * kPi * modulation.mHertz / mParameters.samplesPerSecond();
+    const double rate = 2.0 * base::kPi * modulation.mHertz / mParameters.samplesPerSecond();
     const double index = std::abs(order * modulation.mPhaseDepth);
     const Complex turn(0.0, modulation.mPhaseDepth < 0.0 ? 1.0 : -1.0);
     const int bands = index > 0.0 ? int(index) + kSideBandsBeyondIndex : 0;
@@ -123,7 +125,7 @@ void ToneSum::addTone(const Tone& tone, Piece& piece) const
     const double seconds = mTimeline.secondsOf(piece.mBegin) - tone.mStart;
     const double amplitude = mParameters.mChannels[mChannel].mAmplitude * tone.mRatio *
                              std::exp(-seconds / tone.mTimeConstant);
-    const Complex rate(-1.0 / tone.mTimeConstant, 2.0 * kPi * tone.mHertz);
+    const Complex rate(-1.0 / tone.mTimeConstant, 2.0 * base::kPi * tone.mHertz);
     piece.mExponentials.push_back({amplitude * sineOf(360.0 * tone.mHertz * seconds + tone.mPhase),
                                    rate / mParameters.samplesPerSecond()});
 }
@@ -162,3 +164,5 @@ size_t ToneSum::indexOf(qint64 line) const
                          [](qint64 wanted, const Piece& piece) { return wanted < piece.mBegin; });
     return size_t(behind - mPieces.begin()) - 1;
 }
+
+} // namespace generate

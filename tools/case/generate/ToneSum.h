@@ -7,6 +7,8 @@
 #include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
+namespace generate {
+
 /**
  * A channel in closed form: between two steps of its course it is a sum of exponentials, the real
  * part of amplitude * exp(rate * line). Every part of a description is one or several of them: a
@@ -54,3 +56,5 @@ private:
     size_t mChannel;
     std::vector<Piece> mPieces;
 };
+
+} // namespace generate

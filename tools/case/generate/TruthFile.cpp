@@ -2,7 +2,9 @@
 
 #include "generate/PerfectInstrument.h"
 
-void writeTruth(const Signal& signal, const WaveParameters& wave, ResultFile& output)
+namespace generate {
+
+void writeTruth(const Signal& signal, const WaveParameters& wave, base::ResultFile& output)
 {
     nlohmann::ordered_json truth;
     if (!signal.mName.empty()) {
@@ -18,3 +20,5 @@ void writeTruth(const Signal& signal, const WaveParameters& wave, ResultFile& ou
     constexpr int kIndent = 2;
     output.write(truth.dump(kIndent) + "\n");
 }
+
+} // namespace generate

@@ -4,11 +4,13 @@
 #include <cmath>
 #include <utility>
 
+namespace generate {
+
 namespace {
 
 double sineOfDegrees(double degrees)
 {
-    return std::sin(std::fmod(degrees, 360.0) * kRadiansPerDegree);
+    return std::sin(std::fmod(degrees, 360.0) * base::kRadiansPerDegree);
 }
 } // namespace
 
@@ -49,9 +51,9 @@ double Wave::modulate(qint64 sample, std::size_t channel, double& amplitude) con
     const double seconds = mTimeline.secondsOf(sample);
     for (const Modulation& modulation : mParameters.mModulations) {
         if (modulation.mShape == ModulationShape::Sine && modulation.mChannels.test(channel)) {
-            const double shape = std::cos(2.0 * kPi * modulation.mHertz * seconds);
+            const double shape = std::cos(2.0 * base::kPi * modulation.mHertz * seconds);
             amplitude *= 1.0 + modulation.mDepth * shape;
-            shift -= modulation.mPhaseDepth * shape / kRadiansPerDegree;
+            shift -= modulation.mPhaseDepth * shape / base::kRadiansPerDegree;
         }
     }
     return shift;
@@ -69,3 +71,5 @@ double Wave::tonesAt(qint64 sample, std::size_t channel) const
     }
     return mParameters.mChannels[channel].mAmplitude * sum;
 }
+
+} // namespace generate

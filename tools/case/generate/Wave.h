@@ -7,6 +7,8 @@
 #include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
+namespace generate {
+
 /** The samples of a wave: one per degree of phase, computed when asked for. */
 class Wave
 {
@@ -35,3 +37,5 @@ private:
     Timeline mTimeline;
     StepCourse mSteps;
 };
+
+} // namespace generate

@@ -1,14 +1,16 @@
 #include "generate/WaveFile.h"
 
 #include "base/ProgressLine.h"
-#include "signal/ValueFileWriter.h"
+#include "waveform/ValueFileWriter.h"
 
-void writeWave(const Wave& wave, std::vector<std::string> comments, ResultFile& output)
+namespace generate {
+
+void writeWave(const Wave& wave, std::vector<std::string> comments, base::ResultFile& output)
 {
     comments.emplace_back("sample;time in s;auxiliary word;flags;frequency in Hz;channels 0 to 7");
-    ValueFileWriter writer(output);
+    waveform::ValueFileWriter writer(output);
     writer.writeComments(comments);
-    ProgressLine progress("writing");
+    base::ProgressLine progress("writing");
     const Timeline& timeline = wave.timeline();
     const qint64 lineCount = timeline.lineCount();
     for (qint64 sample = 0; sample < lineCount; ++sample) {
@@ -19,3 +21,5 @@ void writeWave(const Wave& wave, std::vector<std::string> comments, ResultFile& 
                       timeline.frequencyOf(sample), wave.valuesOf(sample)});
     }
 }
+
+} // namespace generate

@@ -9,6 +9,8 @@
 #include "SampleStep.h"
 #include "generate/Timeline.h"
 
+namespace generate {
+
 namespace {
 /** A course is followed period by period, which takes memory for each. */
 constexpr double kMinCourseHz = 1.0;
@@ -206,3 +208,5 @@ std::string problemOf(const WaveParameters& parameters)
     }
     return problem.empty() ? problemOfValues(parameters) : problem;
 }
+
+} // namespace generate

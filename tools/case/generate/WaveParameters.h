@@ -9,6 +9,8 @@
 
 #include "SampleRecord.h"
 
+namespace generate {
+
 /** Channels that something applies to. */
 using ChannelSet = std::bitset<kChannelCount>;
 
@@ -134,3 +136,5 @@ struct WaveParameters
  * 32 bits.
  */
 std::string problemOf(const WaveParameters& parameters);
+
+} // namespace generate

@@ -8,9 +8,11 @@
 #include "base/InputFile.h"
 #include "comtrade/ComtradeConfigParser.h"
 #include "comtrade/ComtradeFiles.h"
-#include "signal/DriverRecordingSource.h"
-#include "signal/ValueFileSource.h"
 #include "textfile/TextFileSource.h"
+#include "waveform/DriverRecordingSource.h"
+#include "waveform/ValueFileSource.h"
+
+namespace input {
 
 namespace {
 constexpr size_t kBeginning = size_t{64} << 10U; ///< bytes that show the form of a file
@@ -21,34 +23,38 @@ bool hasSuffix(const std::string& path, const char* suffix)
            0;
 }
 
-std::string beginningOf(InputFile& file)
+std::string beginningOf(base::InputFile& file)
 {
     file.setPart(0, file.size());
     return std::string(file.peek(kBeginning));
 }
 
-std::unique_ptr<SignalSource> openPair(const std::string& named, const std::string& config,
-                                       const std::string& data, const InputOptions& options)
+std::unique_ptr<waveform::SignalSource> openPair(const std::string& named,
+                                                 const std::string& config, const std::string& data,
+                                                 const InputOptions& options)
 {
-    ComtradeParts parts = openComtradePair(config, data, options.mEncoding);
+    comtrade::ComtradeParts parts = comtrade::openComtradePair(config, data, options.mEncoding);
     parts.mName = named;
-    return std::make_unique<ComtradeSource>(std::move(parts));
+    return std::make_unique<comtrade::ComtradeSource>(std::move(parts));
 }
 
 /** A configuration whose data lie beside it. */
-std::unique_ptr<SignalSource> openConfig(const std::string& path, const InputOptions& options)
+std::unique_ptr<waveform::SignalSource> openConfig(const std::string& path,
+                                                   const InputOptions& options)
 {
-    const std::string data = findBeside(path, "dat");
+    const std::string data = comtrade::findBeside(path, "dat");
     if (data.empty()) {
-        throw CaseError(path + ": a COMTRADE configuration; expected its data (.dat) beside it");
+        throw base::CaseError(path +
+                              ": a COMTRADE configuration; expected its data (.dat) beside it");
     }
     return openPair(path, path, data, options);
 }
 
 /** The data of a recording, told by the configuration beside them; null when there is none. */
-std::unique_ptr<SignalSource> openData(const std::string& path, const InputOptions& options)
+std::unique_ptr<waveform::SignalSource> openData(const std::string& path,
+                                                 const InputOptions& options)
 {
-    const std::string config = hasSuffix(path, "dat") ? findBeside(path, "cfg") : "";
+    const std::string config = hasSuffix(path, "dat") ? comtrade::findBeside(path, "cfg") : "";
     return config.empty() ? nullptr : openPair(path, config, path, options);
 }
 
@@ -59,7 +65,7 @@ std::unique_ptr<SignalSource> openData(const std::string& path, const InputOptio
         hasSuffix(path, "dat")
             ? "it may be the data of one, but no configuration (.cfg) lies beside it"
             : "its second line does not count channels as \"8,8A,0D\" does";
-    throw CaseError(
+    throw base::CaseError(
         fmt::format("{}: cannot tell what it is\n"
                     "  no value file: {}\n"
                     "  no recording of the driver: {}\n"
@@ -68,38 +74,42 @@ std::unique_ptr<SignalSource> openData(const std::string& path, const InputOptio
                     path, noValues, noDriver, noComtrade, noText));
 }
 
-std::unique_ptr<SignalSource> openOther(const std::string& path, InputFile& file,
-                                        const InputOptions& options)
+std::unique_ptr<waveform::SignalSource> openOther(const std::string& path, base::InputFile& file,
+                                                  const InputOptions& options)
 {
-    const std::string noDriver = whyNoDriverRecording(file);
+    const std::string noDriver = waveform::whyNoDriverRecording(file);
     if (noDriver.empty()) {
-        return std::make_unique<DriverRecordingSource>(path);
+        return std::make_unique<waveform::DriverRecordingSource>(path);
     }
-    const std::string noValues = whyNoValueFile(file);
+    const std::string noValues = waveform::whyNoValueFile(file);
     if (noValues.empty()) {
-        return std::make_unique<ValueFileSource>(path);
+        return std::make_unique<waveform::ValueFileSource>(path);
     }
-    const std::string noText = whyNoTextFile(file);
+    const std::string noText = textfile::whyNoTextFile(file);
     if (noText.empty()) {
-        return std::make_unique<TextFileSource>(path, options.mEncoding);
+        return std::make_unique<textfile::TextFileSource>(path, options.mEncoding);
     }
     refuse(path, noValues, noDriver, noText);
 }
 } // namespace
 
-std::unique_ptr<SignalSource> openInput(const std::string& path, const InputOptions& options)
+std::unique_ptr<waveform::SignalSource> openInput(const std::string& path,
+                                                  const InputOptions& options)
 {
-    InputFile file(path);
+    base::InputFile file(path);
     // First, since records of 48 bytes may stand in a recording too.
     if (auto data = openData(path, options)) {
         return data;
     }
     const std::string beginning = beginningOf(file);
-    if (looksLikeComtradeSingle(beginning)) {
-        return std::make_unique<ComtradeSource>(openComtradeSingle(path, options.mEncoding));
+    if (comtrade::looksLikeComtradeSingle(beginning)) {
+        return std::make_unique<comtrade::ComtradeSource>(
+            comtrade::openComtradeSingle(path, options.mEncoding));
     }
-    if (looksLikeComtradeConfig(beginning)) {
+    if (comtrade::looksLikeComtradeConfig(beginning)) {
         return openConfig(path, options);
     }
     return openOther(path, file, options);
 }
+
+} // namespace input

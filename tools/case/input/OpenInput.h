@@ -3,7 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace input {
 
 struct InputOptions
 {
@@ -17,4 +19,7 @@ struct InputOptions
  * text file with a heading. Throws CaseError; for a file that is none of them the message says
  * for each kind why not.
  */
-std::unique_ptr<SignalSource> openInput(const std::string& path, const InputOptions& options);
+std::unique_ptr<waveform::SignalSource> openInput(const std::string& path,
+                                                  const InputOptions& options);
+
+} // namespace input

@@ -5,6 +5,8 @@
 
 #include "base/ProgressLine.h"
 
+namespace plot {
+
 namespace {
 constexpr double kSameInstant = 1e-6; ///< s
 } // namespace
@@ -48,9 +50,9 @@ void Difference::Reader::skipTo(double begin)
     }
 }
 
-bool Difference::read(SignalSource& left, SignalSource& right)
+bool Difference::read(waveform::SignalSource& left, waveform::SignalSource& right)
 {
-    ProgressLine line("comparing");
+    base::ProgressLine line("comparing");
     Reader a{left};
     Reader b{right};
     if (a.hasSample() && b.hasSample()) {
@@ -93,3 +95,5 @@ bool Difference::compare(const Reader& left, const Reader& right, size_t count)
     }
     return true;
 }
+
+} // namespace plot

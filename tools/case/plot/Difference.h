@@ -5,6 +5,8 @@
 #include "plot/DrawnChannels.h"
 #include "plot/Envelope.h"
 
+namespace plot {
+
 /** How two signals differ, sample by sample, where their instants are the same. */
 class Difference
 {
@@ -19,7 +21,7 @@ public:
      * Reads both signals from where the later one begins up to where the earlier one ends.
      * @return whether all instants in there are the same, to a µs; if not, nothing is known
      */
-    bool read(SignalSource& left, SignalSource& right);
+    bool read(waveform::SignalSource& left, waveform::SignalSource& right);
 
     struct Largest
     {
@@ -52,8 +54,8 @@ private:
 
     struct Reader
     {
-        SignalSource& mSource;
-        SignalBlock mBlock{};
+        waveform::SignalSource& mSource;
+        waveform::SignalBlock mBlock{};
         size_t mNext = 0;
 
         bool hasSample();
@@ -72,3 +74,5 @@ private:
     std::vector<double> mValues;
     size_t mSamples = 0;
 };
+
+} // namespace plot

@@ -4,23 +4,25 @@
 
 #include "SampleRecord.h"
 #include "base/Numbers.h"
-#include "import/ChannelGuess.h"
-#include "import/ChannelKind.h"
+#include "importing/ChannelGuess.h"
+#include "importing/ChannelKind.h"
 #include "plot/ShortText.h"
 
+namespace plot {
+
 namespace {
-using Quantity = ChannelUnit::Quantity;
+using Quantity = importing::ChannelUnit::Quantity;
 
 constexpr double kMilli = 1e-3;
 constexpr double kLongNumber = 1e4;
 constexpr size_t kLongestLabel = 20; ///< letters
 
-std::string nameOf(const ChannelDescription& channel)
+std::string nameOf(const waveform::ChannelDescription& channel)
 {
     return channel.mName.empty() ? std::to_string(channel.mNumber) : channel.mName;
 }
 
-std::string labelOf(const ChannelDescription& channel)
+std::string labelOf(const waveform::ChannelDescription& channel)
 {
     return shortened(nameOf(channel), kLongestLabel);
 }
@@ -33,14 +35,15 @@ DrawnGroup groupOf(Quantity quantity)
 }
 
 /** A channel as --channels of an import names it, by number or name; a sum is none. */
-std::optional<size_t> findSource(const std::vector<ChannelDescription>& channels,
+std::optional<size_t> findSource(const std::vector<waveform::ChannelDescription>& channels,
                                  const std::string& source)
 {
     int number = 0;
-    const std::string_view name = trimmed(std::string_view(source).substr(0, source.find('*')));
-    const bool isNumber = parseNumber(name, &number);
+    const std::string_view name =
+        base::trimmed(std::string_view(source).substr(0, source.find('*')));
+    const bool isNumber = base::parseNumber(name, &number);
     const auto found = std::find_if(channels.begin(), channels.end(), [&](const auto& channel) {
-        return isNumber ? channel.mNumber == number : trimmed(channel.mName) == name;
+        return isNumber ? channel.mNumber == number : base::trimmed(channel.mName) == name;
     });
     return name.empty() || found == channels.end()
                ? std::nullopt
@@ -50,28 +53,29 @@ std::optional<size_t> findSource(const std::vector<ChannelDescription>& channels
 /** Which channel of a source belongs to which of the device. */
 using Order = std::array<std::optional<size_t>, kChannelCount>;
 
-Order orderOf(const std::vector<ChannelDescription>& channels,
+Order orderOf(const std::vector<waveform::ChannelDescription>& channels,
               const std::vector<std::string>& sources)
 {
     Order order;
     auto place = order.begin();
-    for (const GuessedSet& set : guessChannels(channels)) {
+    for (const importing::GuessedSet& set : importing::guessChannels(channels)) {
         place = std::copy(set.mSources.begin(), set.mSources.end(), place);
     }
     for (size_t i = 0; i < std::min(order.size(), sources.size()); ++i) {
-        if (!order[i] || trimmed(channels[*order[i]].mName) != sources[i]) {
+        if (!order[i] || base::trimmed(channels[*order[i]].mName) != sources[i]) {
             order[i] = findSource(channels, sources[i]);
         }
     }
     return order;
 }
 
-std::vector<size_t> withoutPhase(const std::vector<ChannelDescription>& channels, Quantity quantity)
+std::vector<size_t> withoutPhase(const std::vector<waveform::ChannelDescription>& channels,
+                                 Quantity quantity)
 {
     std::vector<size_t> found;
     for (size_t i = 0; i < channels.size(); ++i) {
-        if (unitOf(channels[i]).mQuantity == quantity &&
-            phaseOf(channels[i]) > ChannelPhase::Neutral) {
+        if (importing::unitOf(channels[i]).mQuantity == quantity &&
+            importing::phaseOf(channels[i]) > importing::ChannelPhase::Neutral) {
             found.push_back(i);
         }
     }
@@ -79,12 +83,12 @@ std::vector<size_t> withoutPhase(const std::vector<ChannelDescription>& channels
 }
 } // namespace
 
-bool isOfDevice(const SignalDescription& description)
+bool isOfDevice(const waveform::SignalDescription& description)
 {
     return description.mChannels.size() == kChannelCount && description.mChannels[0].mNumber == 0;
 }
 
-DrawnChannels::DrawnChannels(const SignalDescription& description,
+DrawnChannels::DrawnChannels(const waveform::SignalDescription& description,
                              const std::vector<std::string>& sources)
 {
     if (isOfDevice(description)) {
@@ -116,7 +120,7 @@ void DrawnChannels::drawDevice()
     }
 }
 
-void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
+void DrawnChannels::drawByUnit(const std::vector<waveform::ChannelDescription>& channels,
                                const std::vector<std::string>& sources)
 {
     const Order order = orderOf(channels, sources);
@@ -129,10 +133,10 @@ void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
             const std::optional<size_t>& phase = order[next++];
             const bool isVacant = !phase && other != others.end();
             const std::optional<size_t> index = isVacant ? std::optional(*other++) : phase;
-            if (index && unitOf(channels[*index]).mQuantity == quantity) {
+            if (index && importing::unitOf(channels[*index]).mQuantity == quantity) {
                 group.mChannels.push_back({isVacant ? kMaxOfEach + place : place, *index,
                                            labelOf(channels[*index]),
-                                           unitOf(channels[*index]).mFactor});
+                                           importing::unitOf(channels[*index]).mFactor});
             }
         }
         if (!group.mChannels.empty()) {
@@ -142,7 +146,7 @@ void DrawnChannels::drawByUnit(const std::vector<ChannelDescription>& channels,
     leaveOutOthers(channels);
 }
 
-void DrawnChannels::leaveOutOthers(const std::vector<ChannelDescription>& channels)
+void DrawnChannels::leaveOutOthers(const std::vector<waveform::ChannelDescription>& channels)
 {
     for (size_t i = 0; i < channels.size(); ++i) {
         const auto holds = [i](const DrawnGroup& group) {
@@ -155,7 +159,7 @@ void DrawnChannels::leaveOutOthers(const std::vector<ChannelDescription>& channe
     }
 }
 
-void DrawnChannels::drawFirst(const std::vector<ChannelDescription>& channels)
+void DrawnChannels::drawFirst(const std::vector<waveform::ChannelDescription>& channels)
 {
     if (channels.empty()) {
         return;
@@ -191,3 +195,5 @@ size_t DrawnChannels::count() const
     }
     return count;
 }
+
+} // namespace plot

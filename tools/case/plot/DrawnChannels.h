@@ -3,7 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace plot {
 
 /** A channel in the picture. */
 struct DrawnChannel
@@ -35,7 +37,7 @@ public:
     static constexpr size_t kMaxOfEach = 4;
 
     /** @param sources what an import of the signal took for each channel; empty for no import */
-    explicit DrawnChannels(const SignalDescription& description,
+    explicit DrawnChannels(const waveform::SignalDescription& description,
                            const std::vector<std::string>& sources = {});
 
     /** One or two, none of them empty, as long as the signal has a channel. */
@@ -52,10 +54,10 @@ public:
 
 private:
     void drawDevice();
-    void drawByUnit(const std::vector<ChannelDescription>& channels,
+    void drawByUnit(const std::vector<waveform::ChannelDescription>& channels,
                     const std::vector<std::string>& sources);
-    void leaveOutOthers(const std::vector<ChannelDescription>& channels);
-    void drawFirst(const std::vector<ChannelDescription>& channels);
+    void leaveOutOthers(const std::vector<waveform::ChannelDescription>& channels);
+    void drawFirst(const std::vector<waveform::ChannelDescription>& channels);
 
     std::vector<DrawnGroup> mGroups;
     std::vector<std::string> mLeftOut;
@@ -72,4 +74,6 @@ struct ShownUnit
 ShownUnit shownUnit(const DrawnGroup& group, double largest);
 
 /** The channels of the device count from 0 and have 360 samples a period; no other signal does. */
-bool isOfDevice(const SignalDescription& description);
+bool isOfDevice(const waveform::SignalDescription& description);
+
+} // namespace plot

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace plot {
+
 void Envelope::add(double x, const std::vector<double>& values)
 {
     const bool isNew = mInLast == 0;
@@ -62,3 +64,5 @@ std::vector<Point> Envelope::curve(size_t curve) const
     }
     return points;
 }
+
+} // namespace plot

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace plot {
+
 struct Point
 {
     double mX;
@@ -41,3 +43,5 @@ private:
     size_t mInLast = 0;   ///< values in the last column
     std::vector<std::vector<Column>> mCurves;
 };
+
+} // namespace plot

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+namespace plot {
+
 namespace {
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
@@ -71,8 +73,8 @@ void FrequencyTrack::makeWeights(const std::vector<double>& phases)
     mRising.clear();
     mFalling.clear();
     for (const double phase : phases) {
-        const Phasor pointer = std::polar(1.0, -2.0 * kPi * phase);
-        const double rising = 0.5 - 0.5 * std::cos(kPi * phase);
+        const Phasor pointer = std::polar(1.0, -2.0 * base::kPi * phase);
+        const double rising = 0.5 - 0.5 * std::cos(base::kPi * phase);
         mRising.push_back(pointer * rising);
         mFalling.push_back(pointer * (1.0 - rising));
     }
@@ -93,6 +95,9 @@ double FrequencyTrack::turnInto(const Period& last, const Period& period)
         mLast[i] = product(values, mRising);
     }
     // A sine of amplitude 1 has a power of 1/2 and is 1/2 in a window.
-    return std::abs(sum) < kMinShare * power / 2.0 || power == 0.0 ? kNone
-                                                                   : std::arg(sum) / 2.0 / kPi;
+    return std::abs(sum) < kMinShare * power / 2.0 || power == 0.0
+               ? kNone
+               : std::arg(sum) / 2.0 / base::kPi;
 }
+
+} // namespace plot

@@ -6,6 +6,8 @@
 
 #include "plot/Periods.h"
 
+namespace plot {
+
 /**
  * The frequency of a signal over time: how far the phase of its fundamental turns from one window
  * of two periods to the next, which overlaps it by one. The windows are raised cosines. All
@@ -44,3 +46,5 @@ private:
     std::deque<Value> mValues;   ///< those that the median is of
     size_t mInRow = 0;           ///< periods without a gap
 };
+
+} // namespace plot

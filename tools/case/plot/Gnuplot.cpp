@@ -12,6 +12,8 @@
 
 #include "base/CaseError.h"
 
+namespace plot {
+
 namespace {
 /** What passes to and from the program: files without a name, so that neither waits for the other.
  */
@@ -21,7 +23,7 @@ public:
     PassedFile() : mFile(std::tmpfile(), &std::fclose)
     {
         if (!mFile) {
-            throw CaseError(fmt::format("a temporary file: {}", std::strerror(errno)));
+            throw base::CaseError(fmt::format("a temporary file: {}", std::strerror(errno)));
         }
     }
 
@@ -31,7 +33,7 @@ public:
     {
         if (std::fwrite(text.data(), 1, text.size(), mFile.get()) != text.size() ||
             std::fflush(mFile.get()) != 0) {
-            throw CaseError(fmt::format("a temporary file: {}", std::strerror(errno)));
+            throw base::CaseError(fmt::format("a temporary file: {}", std::strerror(errno)));
         }
         std::rewind(mFile.get());
     }
@@ -84,15 +86,15 @@ std::string runGnuplot(const std::string& script)
     pid_t child = 0;
     const int error = start("gnuplot", input, output, messages, &child);
     if (error == ENOENT) {
-        throw CaseError(
+        throw base::CaseError(
             "gnuplot draws the picture, and it is missing: install the package "
             "gnuplot-nox");
     }
     if (error != 0) {
-        throw CaseError(fmt::format("gnuplot: {}", std::strerror(error)));
+        throw base::CaseError(fmt::format("gnuplot: {}", std::strerror(error)));
     }
     if (!endsWell(child)) {
-        throw CaseError("gnuplot: " + messages.content());
+        throw base::CaseError("gnuplot: " + messages.content());
     }
     return output.content();
 }
@@ -106,8 +108,10 @@ void expectFont()
     // What cannot be asked may have one.
     if (start("fc-list", input, output, messages, &child) == 0 && endsWell(child) &&
         output.content().empty()) {
-        throw CaseError(
+        throw base::CaseError(
             "the texts of a PNG picture need a font, and there is none: install the package "
             "fonts-dejavu-core");
     }
 }
+
+} // namespace plot

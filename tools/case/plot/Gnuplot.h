@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace plot {
+
 /**
  * Runs gnuplot with the script on its standard input.
  *
@@ -13,3 +15,5 @@ std::string runGnuplot(const std::string& script);
 /** Throws CaseError when the system has no font, without which gnuplot leaves all texts out of PNG
  * without a word. */
 void expectFont();
+
+} // namespace plot

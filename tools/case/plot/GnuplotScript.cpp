@@ -12,6 +12,8 @@
 #include "base/Text.h"
 #include "plot/ShortText.h"
 
+namespace plot {
+
 namespace {
 constexpr std::array<const char*, 4> kColours = {"#0072b2", "#d55e00", "#009e73", "#808080"};
 // No plain grey: gnuplot gives terminals a colour for it that does not exist.
@@ -138,7 +140,7 @@ size_t widthOf(const std::string& text)
 std::vector<std::string> linesOf(const std::string& text, size_t letters)
 {
     std::vector<std::string> lines;
-    for (const std::string_view part : splitText(text, ';')) {
+    for (const std::string_view part : base::splitText(text, ';')) {
         const std::string more = lines.empty() ? "" : lines.back() + ";" + std::string(part);
         if (!lines.empty() && widthOf(more) <= letters) {
             lines.back() = more;
@@ -147,7 +149,7 @@ std::vector<std::string> linesOf(const std::string& text, size_t letters)
         if (!lines.empty()) {
             lines.back() += ";";
         }
-        lines.emplace_back(trimmed(part));
+        lines.emplace_back(base::trimmed(part));
     }
     return lines;
 }
@@ -553,3 +555,5 @@ std::string gnuplotScript(const Picture& picture, const Canvas& canvas)
     Script script(picture, canvas);
     return canvas.mKind == Canvas::Kind::Terminal ? script.drawOnTerminal() : script.draw();
 }
+
+} // namespace plot

@@ -4,6 +4,8 @@
 
 #include "plot/Picture.h"
 
+namespace plot {
+
 /** Where a picture is drawn. */
 struct Canvas
 {
@@ -21,3 +23,5 @@ struct Canvas
 
 /** What gnuplot draws the picture from, with its data; the result goes to standard output. */
 std::string gnuplotScript(const Picture& picture, const Canvas& canvas);
+
+} // namespace plot

@@ -7,6 +7,8 @@
 #include <functional>
 #include <limits>
 
+namespace plot {
+
 namespace {
 /** Less than this is noise. */
 constexpr double kMinWeight = 0.05;
@@ -229,3 +231,5 @@ std::vector<Moment> chooseMoments(std::vector<Moment> moments, size_t most, doub
     });
     return chosen;
 }
+
+} // namespace plot

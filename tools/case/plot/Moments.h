@@ -5,6 +5,8 @@
 
 #include "plot/Periods.h"
 
+namespace plot {
+
 /** When something happens. */
 struct Moment
 {
@@ -67,3 +69,5 @@ private:
  * equal ones the first.
  */
 std::vector<Moment> chooseMoments(std::vector<Moment> moments, size_t most, double apart);
+
+} // namespace plot

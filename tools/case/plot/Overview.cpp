@@ -5,7 +5,9 @@
 
 #include "base/ProgressLine.h"
 
-Overview::Overview(const SignalDescription& description, const DrawnChannels& channels,
+namespace plot {
+
+Overview::Overview(const waveform::SignalDescription& description, const DrawnChannels& channels,
                    size_t columns)
     : mRms(channels.count(), columns),
       mHertz(1, columns),
@@ -17,10 +19,10 @@ Overview::Overview(const SignalDescription& description, const DrawnChannels& ch
 {
 }
 
-void Overview::read(SignalSource& source)
+void Overview::read(waveform::SignalSource& source)
 {
-    ProgressLine line("reading");
-    SignalBlock block;
+    base::ProgressLine line("reading");
+    waveform::SignalBlock block;
     while (source.read(block)) {
         mPeriods.add(block);
         mBegin = block.mFirst == 0 ? block.mSeconds.front() : mBegin;
@@ -49,3 +51,5 @@ void Overview::take(const Period& last, const Period& period)
     }
     mMoments.add(last, period, mRmsOfPeriod);
 }
+
+} // namespace plot

@@ -6,6 +6,8 @@
 #include "plot/FrequencyTrack.h"
 #include "plot/Moments.h"
 
+namespace plot {
+
 /**
  * A signal as a whole: rms of each period and frequency over time, and when something happens.
  * Made while the signal is read once, in memory that does not depend on its length.
@@ -14,14 +16,15 @@ class Overview
 {
 public:
     /** @param columns that the picture is wide */
-    Overview(const SignalDescription& description, const DrawnChannels& channels, size_t columns);
+    Overview(const waveform::SignalDescription& description, const DrawnChannels& channels,
+             size_t columns);
 
     Overview(const Overview&) = delete;
     Overview& operator=(const Overview&) = delete;
     ~Overview() = default;
 
     /** Reads a signal, which must be the described one, to its end, with a progress line. */
-    void read(SignalSource& source);
+    void read(waveform::SignalSource& source);
 
     /** Of a drawn channel, in the unit of its group. */
     std::vector<Point> rms(size_t channel) const { return mRms.curve(channel); }
@@ -49,3 +52,5 @@ private:
     double mEnd = 0.0;
     double mFirstPeriod = 0.0;
 };
+
+} // namespace plot

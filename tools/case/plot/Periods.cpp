@@ -5,6 +5,8 @@
 
 #include "SampleRecord.h"
 
+namespace plot {
+
 namespace {
 constexpr double kUsualHertz = 50.0;
 
@@ -18,7 +20,8 @@ void clear(Period* period)
 }
 } // namespace
 
-Periods::Periods(const SignalDescription& description, const DrawnChannels& channels, Take take)
+Periods::Periods(const waveform::SignalDescription& description, const DrawnChannels& channels,
+                 Take take)
     : mIsOfDevice(isOfDevice(description)),
       mHertz(description.mNominalHz > 0.0 ? description.mNominalHz : kUsualHertz),
       mTake(std::move(take))
@@ -35,7 +38,7 @@ double Periods::turnsAt(size_t sample, double seconds) const
     return mIsOfDevice ? static_cast<double>(sample) / kSamplesPerPeriod : seconds * mHertz;
 }
 
-void Periods::add(const SignalBlock& block)
+void Periods::add(const waveform::SignalBlock& block)
 {
     size_t begin = 0;
     while (begin < block.size()) {
@@ -54,7 +57,7 @@ void Periods::add(const SignalBlock& block)
     }
 }
 
-void Periods::append(const SignalBlock& block, size_t begin, size_t end)
+void Periods::append(const waveform::SignalBlock& block, size_t begin, size_t end)
 {
     for (size_t i = begin; i < end; ++i) {
         mPeriod.mSeconds.push_back(block.mSeconds[i]);
@@ -98,3 +101,5 @@ void Periods::finish()
               false);
     }
 }
+
+} // namespace plot

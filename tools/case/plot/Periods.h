@@ -5,6 +5,8 @@
 
 #include "plot/DrawnChannels.h"
 
+namespace plot {
+
 /** The samples of one nominal period. */
 struct Period
 {
@@ -29,9 +31,10 @@ public:
     /** Gets each period and the one before it, which is empty for the first and after a gap. */
     using Take = std::function<void(const Period& last, const Period& period)>;
 
-    Periods(const SignalDescription& description, const DrawnChannels& channels, Take take);
+    Periods(const waveform::SignalDescription& description, const DrawnChannels& channels,
+            Take take);
 
-    void add(const SignalBlock& block);
+    void add(const waveform::SignalBlock& block);
 
     /** The signal ends: its last period is given if it is whole, to a sample, or the only one. */
     void finish();
@@ -41,7 +44,7 @@ private:
     static constexpr size_t kMaxSamples = size_t{1} << 20U;
 
     double turnsAt(size_t sample, double seconds) const;
-    void append(const SignalBlock& block, size_t begin, size_t end);
+    void append(const waveform::SignalBlock& block, size_t begin, size_t end);
     void close(double end, bool isNextAdjacent);
 
     bool mIsOfDevice;
@@ -53,3 +56,5 @@ private:
     double mNumber = 0.0; ///< of the period in progress
     bool mAnyTaken = false;
 };
+
+} // namespace plot

@@ -6,6 +6,8 @@
 
 #include "plot/Envelope.h"
 
+namespace plot {
+
 /** What a picture shows, without a word of how it is drawn. Times are in s. */
 struct Curve
 {
@@ -60,3 +62,5 @@ struct Picture
     std::vector<Panel> mWhole;        ///< over the whole, one above the other
     std::vector<WaveColumn> mColumns; ///< side by side
 };
+
+} // namespace plot

@@ -17,7 +17,9 @@
 #include "plot/ShiftedSource.h"
 #include "plot/ShortText.h"
 #include "plot/Waveforms.h"
-#include "signal/DriverRecordingSource.h"
+#include "waveform/DriverRecordingSource.h"
+
+namespace plot {
 
 namespace {
 /** Periods shown before and behind a moment. */
@@ -42,19 +44,19 @@ constexpr double kHertzStep = 5.0;
 struct DrawnSignal
 {
     std::string mPath;
-    SignalDescription mDescription;
+    waveform::SignalDescription mDescription;
     DrawnChannels mChannels;
     Overview mOverview;
     bool mIsRecording;
 
     /** @param sources of an import of the signal; empty for none */
-    DrawnSignal(const std::string& path, const SignalSource& source,
+    DrawnSignal(const std::string& path, const waveform::SignalSource& source,
                 const std::vector<std::string>& sources, size_t columns)
         : mPath(path),
           mDescription(source.description()),
           mChannels(mDescription, sources),
           mOverview(mDescription, mChannels, columns),
-          mIsRecording(dynamic_cast<const DriverRecordingSource*>(&source) != nullptr)
+          mIsRecording(dynamic_cast<const waveform::DriverRecordingSource*>(&source) != nullptr)
     {
     }
 };
@@ -65,16 +67,16 @@ std::string baseName(const std::string& path)
 }
 
 /** A signal as a part of its recording: itself, but for an import. */
-ImportMark partOf(const SignalDescription& description)
+waveform::ImportMark partOf(const waveform::SignalDescription& description)
 {
     return description.mImport.value_or(
-        ImportMark{description.mFileName, description.mStartTime, 0.0, {}});
+        waveform::ImportMark{description.mFileName, description.mStartTime, 0.0, {}});
 }
 
 /** The two files of a recording have the same name but for its suffix. */
-bool isSameRecording(const ImportMark& left, const ImportMark& right)
+bool isSameRecording(const waveform::ImportMark& left, const waveform::ImportMark& right)
 {
-    const auto stemOf = [](const ImportMark& mark) {
+    const auto stemOf = [](const waveform::ImportMark& mark) {
         return QFileInfo(QString::fromStdString(mark.mFile)).completeBaseName();
     };
     return stemOf(left) == stemOf(right) && left.mStart == right.mStart;
@@ -84,11 +86,12 @@ void refuseUndrawable(const DrawnSignal& signal)
 {
     const Overview& overview = signal.mOverview;
     if (overview.begin() >= overview.end()) {
-        throw CaseError(signal.mPath + ": expected two samples at least, one behind the other");
+        throw base::CaseError(signal.mPath +
+                              ": expected two samples at least, one behind the other");
     }
     for (size_t i = 0; i < signal.mChannels.groups().size(); ++i) {
         if (!std::isfinite(overview.largestRms(i))) {
-            throw CaseError(signal.mPath + ": has values that are too large to be drawn");
+            throw base::CaseError(signal.mPath + ": has values that are too large to be drawn");
         }
     }
 }
@@ -113,7 +116,7 @@ private:
     using CurveOf = std::function<std::vector<Point>(size_t curve)>;
 
     bool areImported() const;
-    std::unique_ptr<SignalSource> openSource(size_t input) const;
+    std::unique_ptr<waveform::SignalSource> openSource(size_t input) const;
     void readWhole(size_t input);
     void chooseUnits();
     void addTexts();
@@ -131,7 +134,7 @@ private:
     const std::vector<DrawnGroup>& groups() const { return mSignals[0]->mChannels.groups(); }
 
     const PictureRequest& mRequest;
-    std::vector<ImportMark> mParts; ///< of each input
+    std::vector<waveform::ImportMark> mParts; ///< of each input
     std::vector<std::unique_ptr<DrawnSignal>> mSignals;
     std::vector<ShownUnit> mUnits; ///< of each group
     Picture mPicture;
@@ -140,7 +143,7 @@ private:
 Picture Maker::make()
 {
     for (const std::string& path : mRequest.mInputs) {
-        mParts.push_back(partOf(openInput(path, mRequest.mInputOptions)->description()));
+        mParts.push_back(partOf(input::openInput(path, mRequest.mInputOptions)->description()));
     }
     for (size_t i = 0; i < mRequest.mInputs.size(); ++i) {
         readWhole(i);
@@ -161,15 +164,15 @@ Picture Maker::make()
 /** Whether both are parts of the same recording, one of them at least by an import. */
 bool Maker::areImported() const
 {
-    const auto isImport = [](const ImportMark& part) { return !part.mSources.empty(); };
+    const auto isImport = [](const waveform::ImportMark& part) { return !part.mSources.empty(); };
     return mParts.size() > 1 && isSameRecording(mParts[0], mParts[1]) &&
            std::any_of(mParts.begin(), mParts.end(), isImport);
 }
 
 /** An import and the recording that it was made from have the times of the first one. */
-std::unique_ptr<SignalSource> Maker::openSource(size_t input) const
+std::unique_ptr<waveform::SignalSource> Maker::openSource(size_t input) const
 {
-    auto source = openInput(mRequest.mInputs[input], mRequest.mInputOptions);
+    auto source = input::openInput(mRequest.mInputs[input], mRequest.mInputOptions);
     const double shift = areImported() ? mParts[input].mSeconds - mParts[0].mSeconds : 0.0;
     return shift == 0.0 ? std::move(source)
                         : std::make_unique<ShiftedSource>(std::move(source), shift);
@@ -206,7 +209,7 @@ void Maker::chooseUnits()
 void Maker::addTexts()
 {
     const DrawnSignal& signal = *mSignals[0];
-    const SignalDescription& about = signal.mDescription;
+    const waveform::SignalDescription& about = signal.mDescription;
     mPicture.mTitle = (signal.mIsRecording ? "What arrived at the driver: " : "") +
                       baseName(signal.mPath) +
                       (about.mStation.empty() ? "" : ", " + about.mStation);
@@ -230,18 +233,20 @@ void Maker::addPlayed()
     }
     const std::string& path = mSignals[0]->mPath;
     if (!mSignals[0]->mIsRecording) {
-        throw CaseError(path + ": expected a recording of the driver with --events or --config");
+        throw base::CaseError(path +
+                              ": expected a recording of the driver with --events or --config");
     }
-    RecordWindow window(path);
-    PlayedBar bar(window.ahead() > 0 ? stampNsOf(window[0]) : 0);
-    auto events =
-        mRequest.mEvents.empty() ? nullptr : std::make_unique<EventTimeline>(mRequest.mEvents);
+    explain::RecordWindow window(path);
+    PlayedBar bar(window.ahead() > 0 ? waveform::stampNsOf(window[0]) : 0);
+    auto events = mRequest.mEvents.empty()
+                      ? nullptr
+                      : std::make_unique<explain::EventTimeline>(mRequest.mEvents);
     if (!mRequest.mConfiguration.empty()) {
-        const PlayPlan plan(mRequest.mConfiguration, mRequest.mDirectory);
-        Explanation(plan, path, std::move(events), bar).run();
+        const explain::PlayPlan plan(mRequest.mConfiguration, mRequest.mDirectory);
+        explain::Explanation(plan, path, std::move(events), bar).run();
     } else {
         events->finish();
-        for (const SentCommand& command : events->commands()) {
+        for (const explain::SentCommand& command : events->commands()) {
             bar.addCommand(command);
         }
     }
@@ -373,13 +378,13 @@ std::vector<WaveColumn> Maker::chooseColumns() const
         const double from = mRequest.mFrom.value_or(begin);
         const double to = std::min(mRequest.mTo.value_or(end), end);
         if (from >= to) {
-            throw CaseError(fmt::format("nothing to show from {} s to {} s", from, to));
+            throw base::CaseError(fmt::format("nothing to show from {} s to {} s", from, to));
         }
         return {{fmt::format("{:.6g} s to {:.6g} s", from, to), from, to, std::nullopt, {}}};
     }
     if (mRequest.mAt) {
         if (*mRequest.mAt > end) {
-            throw CaseError(
+            throw base::CaseError(
                 fmt::format("nothing to show at {} s: the end is at {} s", *mRequest.mAt, end));
         }
         return {{fmt::format("around {:.6g} s", *mRequest.mAt),
@@ -450,3 +455,5 @@ Picture makePicture(const PictureRequest& request)
 {
     return Maker(request).make();
 }
+
+} // namespace plot

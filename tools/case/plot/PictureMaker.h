@@ -5,11 +5,13 @@
 #include "input/OpenInput.h"
 #include "plot/Picture.h"
 
+namespace plot {
+
 /** What is to be pictured. */
 struct PictureRequest
 {
     std::vector<std::string> mInputs; ///< one, or two to be drawn over each other
-    InputOptions mInputOptions;
+    input::InputOptions mInputOptions;
     std::string mEvents;        ///< of vx-sandbox; empty for none
     std::string mConfiguration; ///< that was played; empty for none
     std::string mDirectory;     ///< where its relative names begin
@@ -25,3 +27,5 @@ struct PictureRequest
  * shows. What finds no place in it is said on standard error.
  */
 Picture makePicture(const PictureRequest& request);
+
+} // namespace plot

@@ -5,6 +5,8 @@
 
 #include <QFileInfo>
 
+namespace plot {
+
 namespace {
 
 /** More cannot be told apart in a picture; what comes behind belongs to the last. */
@@ -21,10 +23,10 @@ std::string effectOf(const std::string& text)
 
 double PlayedBar::secondsOf(qint64 stampNs) const
 {
-    return static_cast<double>(stampNs - mFirstStampNs) * kSecondsPerNanosecond;
+    return static_cast<double>(stampNs - mFirstStampNs) * base::kSecondsPerNanosecond;
 }
 
-void PlayedBar::add(const PlayedStretch& stretch)
+void PlayedBar::add(const explain::PlayedStretch& stretch)
 {
     const int configuration = stretch.mConfigurations.empty() ? 0 : stretch.mConfigurations[0];
     const QString name = QFileInfo(QString::fromStdString(stretch.mFile)).completeBaseName();
@@ -38,13 +40,13 @@ void PlayedBar::add(const PlayedStretch& stretch)
     mParts.push_back(part);
 }
 
-void PlayedBar::add(const CommandOutcome& command)
+void PlayedBar::add(const explain::CommandOutcome& command)
 {
     addCommand(command.mArrivalNs, command.mText,
                ": " + (command.mProblem.empty() ? effectOf(command.mText) : "rejected"));
 }
 
-void PlayedBar::addCommand(const SentCommand& command)
+void PlayedBar::addCommand(const explain::SentCommand& command)
 {
     addCommand(command.mArrivalNs, command.mText, "");
 }
@@ -55,3 +57,5 @@ void PlayedBar::addCommand(qint64 arrivalNs, const std::string& text, const std:
         mCommands.push_back({secondsOf(arrivalNs), fmt::format("command “{}”{}", text, effect)});
     }
 }
+
+} // namespace plot

@@ -4,20 +4,22 @@
 #include "explain/Findings.h"
 #include "plot/Picture.h"
 
+namespace plot {
+
 /** Keeps what was played when, and which commands were given, as far as a picture can show it. */
-class PlayedBar : public ExplanationOutput
+class PlayedBar : public explain::ExplanationOutput
 {
 public:
     /** @param firstStampNs where the picture begins */
     explicit PlayedBar(qint64 firstStampNs) : mFirstStampNs(firstStampNs) {}
 
-    void add(const PlayedStretch& stretch) override;
-    void add(const CommandOutcome& command) override;
-    void add(const Finding& /*finding*/) override {}
-    void add(const Verdict& /*verdict*/) override {}
+    void add(const explain::PlayedStretch& stretch) override;
+    void add(const explain::CommandOutcome& command) override;
+    void add(const explain::Finding& /*finding*/) override {}
+    void add(const explain::Verdict& /*verdict*/) override {}
 
     /** One of which it is not known what became of it. */
-    void addCommand(const SentCommand& command);
+    void addCommand(const explain::SentCommand& command);
 
     const std::vector<PlayedPart>& parts() const { return mParts; }
     const std::vector<GivenCommand>& commands() const { return mCommands; }
@@ -30,3 +32,5 @@ private:
     std::vector<PlayedPart> mParts;
     std::vector<GivenCommand> mCommands;
 };
+
+} // namespace plot

@@ -3,21 +3,26 @@
 #include <memory>
 #include <utility>
 
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace plot {
 
 /** Another source, which it owns, with all its times moved on by some seconds. */
-class ShiftedSource : public SignalSource
+class ShiftedSource : public waveform::SignalSource
 {
 public:
-    ShiftedSource(std::unique_ptr<SignalSource> source, double seconds)
+    ShiftedSource(std::unique_ptr<waveform::SignalSource> source, double seconds)
         : mSource(std::move(source)), mShift(seconds)
     {
     }
 
-    const SignalDescription& description() const override { return mSource->description(); }
+    const waveform::SignalDescription& description() const override
+    {
+        return mSource->description();
+    }
     double progress() const override { return mSource->progress(); }
 
-    bool read(SignalBlock& block) override
+    bool read(waveform::SignalBlock& block) override
     {
         const bool isThere = mSource->read(block);
         for (double& seconds : block.mSeconds) {
@@ -27,6 +32,8 @@ public:
     }
 
 private:
-    std::unique_ptr<SignalSource> mSource;
+    std::unique_ptr<waveform::SignalSource> mSource;
     double mShift;
 };
+
+} // namespace plot

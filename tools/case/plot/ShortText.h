@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace plot {
+
 /** The text; of more letters than that its beginning, "…", and its end, which tells a phase. */
 inline std::string shortened(const std::string& text, size_t letters)
 {
@@ -19,3 +21,5 @@ inline std::string shortened(const std::string& text, size_t letters)
     const size_t head = letters - tail - 1;
     return text.substr(0, begins[head]) + "…" + text.substr(begins[begins.size() - tail]);
 }
+
+} // namespace plot

@@ -4,6 +4,8 @@
 
 #include "base/ProgressLine.h"
 
+namespace plot {
+
 Waveforms::Waveforms(const DrawnChannels& channels, const std::vector<Stretch>& stretches,
                      size_t columns)
     : mStretches(stretches),
@@ -15,14 +17,14 @@ Waveforms::Waveforms(const DrawnChannels& channels, const std::vector<Stretch>& 
     }
 }
 
-void Waveforms::read(SignalSource& source)
+void Waveforms::read(waveform::SignalSource& source)
 {
     double end = 0.0;
     for (const Stretch& stretch : mStretches) {
         end = std::max(end, stretch.mTo);
     }
-    ProgressLine line("drawing");
-    SignalBlock block;
+    base::ProgressLine line("drawing");
+    waveform::SignalBlock block;
     while (source.read(block) && block.mSeconds.front() <= end) {
         for (size_t i = 0; i < mStretches.size(); ++i) {
             addBlock(block, mStretches[i], &mCurves[i]);
@@ -31,7 +33,8 @@ void Waveforms::read(SignalSource& source)
     }
 }
 
-void Waveforms::addBlock(const SignalBlock& block, const Stretch& stretch, Envelope* curves)
+void Waveforms::addBlock(const waveform::SignalBlock& block, const Stretch& stretch,
+                         Envelope* curves)
 {
     const auto begin = block.mSeconds.begin();
     const auto first = std::lower_bound(begin, block.mSeconds.end(), stretch.mFrom);
@@ -44,3 +47,5 @@ void Waveforms::addBlock(const SignalBlock& block, const Stretch& stretch, Envel
         curves->add(*it, mValues);
     }
 }
+
+} // namespace plot

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace resampling {
+
 namespace {
 /** A shorter stretch, such as a gap, is bridged by polynomials. */
 constexpr size_t kShortestStretch = 16;
@@ -166,3 +168,5 @@ std::vector<std::pair<double, double>> Interpolator::pointsAround(const std::vec
     }
     return points;
 }
+
+} // namespace resampling

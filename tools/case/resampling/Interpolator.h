@@ -7,6 +7,8 @@
 #include "resampling/SampleTimes.h"
 #include "resampling/SincKernel.h"
 
+namespace resampling {
+
 /** One channel of a source, whole. */
 struct SourceColumn
 {
@@ -58,3 +60,5 @@ private:
     bool mIsOnSample = false;
     std::vector<double> mWeights;
 };
+
+} // namespace resampling

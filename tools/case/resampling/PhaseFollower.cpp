@@ -5,6 +5,8 @@
 #include <iterator>
 #include <utility>
 
+namespace resampling {
+
 namespace {
 constexpr size_t kHopsAPeriod = 2;
 constexpr size_t kWindowHops = PhaseMeter::kWindowPeriods * kHopsAPeriod;
@@ -242,3 +244,5 @@ double PhaseFollower::Model::cyclesAt(size_t hop) const
     const double bent = std::clamp(x, -most, most);
     return mCycles + (mSlope + mBend / 2.0 * bent) * bent + (mSlope + mBend * bent) * (x - bent);
 }
+
+} // namespace resampling

@@ -6,6 +6,8 @@
 #include "resampling/PhaseMeter.h"
 #include "resampling/PhaseTrack.h"
 
+namespace resampling {
+
 /**
  * Follows the phase of a fundamental from one end of a recording to the other.
  *
@@ -76,3 +78,5 @@ private:
     std::vector<double> mCycles; ///< the track, a hop each
     std::vector<PhaseTrack::Gap> mGaps;
 };
+
+} // namespace resampling

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+namespace resampling {
+
 namespace {
 constexpr double kTwoPi = 6.28318530717958647692;
 
@@ -75,3 +77,5 @@ double PhaseMeter::spanOf(size_t sample) const
     const size_t after = std::min(sample + 1, mSeconds.size() - 1);
     return (mSeconds[after] - mSeconds[before]) / static_cast<double>(after - before);
 }
+
+} // namespace resampling

@@ -6,6 +6,8 @@
 
 #include "resampling/SampleTimes.h"
 
+namespace resampling {
+
 using ComplexSignal = std::vector<std::complex<double>>;
 
 /**
@@ -48,3 +50,5 @@ private:
     ComplexSignal mSignal;
     double mRms = 0.0;
 };
+
+} // namespace resampling

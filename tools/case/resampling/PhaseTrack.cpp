@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace resampling {
+
 namespace {
 /** Of Newton's method, which begins near the solution of an almost straight curve. */
 constexpr int kIterations = 6;
@@ -69,3 +71,5 @@ double PhaseTrack::secondsAt(double cycles) const
     }
     return mBegin + (static_cast<double>(piece) + x) * mHop;
 }
+
+} // namespace resampling

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+namespace resampling {
+
 /**
  * The phase of a fundamental over time, in periods from the beginning, without its jumps: the
  * clock by which 360 samples are one period. It rises.
@@ -40,3 +42,5 @@ private:
     std::vector<double> mCycles;
     std::vector<Gap> mGaps;
 };
+
+} // namespace resampling

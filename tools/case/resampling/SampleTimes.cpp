@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+namespace resampling {
+
 namespace {
 /** How far a stamp may lie from the line of its stretch, in steps. */
 constexpr double kJitter = 0.3;
@@ -117,3 +119,5 @@ double SampleTimes::timeOf(size_t sample) const
         [](size_t value, const Stretch& stretch) { return value < stretch.mFirst; });
     return std::prev(next)->timeOf(sample);
 }
+
+} // namespace resampling

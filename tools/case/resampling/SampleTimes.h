@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace resampling {
+
 /**
  * When the samples of a source were taken: stretches of equal steps, found from their time
  * stamps. Stamps that jitter, since they are rounded or read from a clock, are replaced by the
@@ -51,3 +53,5 @@ public:
 private:
     std::vector<Stretch> mStretches; ///< never empty
 };
+
+} // namespace resampling

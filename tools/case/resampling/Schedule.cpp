@@ -5,6 +5,8 @@
 #include "SampleStep.h"
 #include "base/Numbers.h"
 
+namespace resampling {
+
 namespace {
 
 /** Instants that are the same but for rounding, in lines. */
@@ -27,12 +29,12 @@ Schedule scheduleKeepingTime(float hz, double from, double to)
 {
     const double step = sampleStepOf(hz);
     Schedule schedule;
-    const double lines = (to - from) / (step * kSecondsPerNanosecond) + kRoundingOfLines;
+    const double lines = (to - from) / (step * base::kSecondsPerNanosecond) + kRoundingOfLines;
     schedule.mLineCount = static_cast<size_t>(lines) + 1;
     for (size_t line = 0; line < schedule.mLineCount; line += kSamplesPerPeriod) {
         // Whole nanoseconds up to here: no error adds up.
-        const double start = from + static_cast<double>(line) * step * kSecondsPerNanosecond;
-        schedule.mPeriods.push_back({start, step * kSecondsPerNanosecond, hz});
+        const double start = from + static_cast<double>(line) * step * base::kSecondsPerNanosecond;
+        schedule.mPeriods.push_back({start, step * base::kSecondsPerNanosecond, hz});
     }
     return schedule;
 }
@@ -54,3 +56,5 @@ Schedule scheduleKeepingPhase(const PhaseTrack& track, double from, double to)
                           1;
     return schedule;
 }
+
+} // namespace resampling

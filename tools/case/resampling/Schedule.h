@@ -5,6 +5,8 @@
 
 #include "resampling/PhaseTrack.h"
 
+namespace resampling {
+
 /** 360 lines of a value file: one period of the signal, all with one frequency. */
 struct SchedulePeriod
 {
@@ -33,3 +35,5 @@ Schedule scheduleKeepingTime(float hz, double from, double to);
 
 /** Keeps the phase: 360 lines are one period of the track, whatever it lasts. */
 Schedule scheduleKeepingPhase(const PhaseTrack& track, double from, double to);
+
+} // namespace resampling

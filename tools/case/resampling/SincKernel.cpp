@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace resampling {
+
 namespace {
 
 /** Half the width, in samples of the slower of the two rates. */
@@ -23,7 +25,7 @@ constexpr double kMinRatio = 1e-3;
 
 double sinc(double x)
 {
-    return std::abs(x) < 1e-12 ? 1.0 : std::sin(kPi * x) / (kPi * x);
+    return std::abs(x) < 1e-12 ? 1.0 : std::sin(base::kPi * x) / (base::kPi * x);
 }
 
 /** @param x -1 to 1 over the window; 0 outside */
@@ -80,3 +82,5 @@ void SincKernel::weightsAt(double fraction, std::vector<double>& weights) const
         weights[i] = lower[i] + share * (upper[i] - lower[i]);
     }
 }
+
+} // namespace resampling

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace resampling {
+
 /**
  * The weights of a band-limited interpolation: a sinc under a Kaiser window, tabulated.
  *
@@ -31,3 +33,5 @@ private:
     size_t mRows; ///< steps between the fractions in the table
     std::vector<double> mTable;
 };
+
+} // namespace resampling

@@ -10,6 +10,8 @@
 #include "base/Text.h"
 #include "base/TextEncoding.h"
 
+namespace textfile {
+
 namespace {
 constexpr size_t kProbedLines = 50;
 constexpr size_t kBlockValues = 32768;
@@ -17,13 +19,13 @@ constexpr size_t kMaxBlockSamples = 4096;
 constexpr double kLargestTime = 1e15; ///< in any unit
 
 /** The first lines that are not empty, as they stand. */
-std::string firstLines(InputFile& file)
+std::string firstLines(base::InputFile& file)
 {
     file.setPart(0, file.size());
     std::string text;
     std::string_view line;
     for (size_t count = 0; count < kProbedLines && file.takeLine(&line);) {
-        if (!trimmed(line).empty()) {
+        if (!base::trimmed(line).empty()) {
             text.append(line).append("\n");
             ++count;
         }
@@ -45,18 +47,18 @@ std::vector<std::string> linesOf(const std::string& text)
 
 TextFileSource::TextFileSource(const std::string& path, const std::string& encoding) : mFile(path)
 {
-    const DecodedText text = decodeText(firstLines(mFile), encoding);
+    const base::DecodedText text = base::decodeText(firstLines(mFile), encoding);
     std::string reason;
     const auto layout = findTextLayout(linesOf(text.mText), &reason);
     if (!layout) {
-        throw CaseError(path + ": " + reason);
+        throw base::CaseError(path + ": " + reason);
     }
     mLayout = *layout;
     mLastValues.resize(mLayout.mColumns.size());
     mDescription.mFileName = path;
     mDescription.mFormat = fmt::format("text file, decimal sign '{}'", mLayout.mDecimalSign);
     for (const TextLayout::Column& column : mLayout.mColumns) {
-        ChannelDescription channel;
+        waveform::ChannelDescription channel;
         channel.mNumber = static_cast<int>(mDescription.mChannels.size()) + 1;
         channel.mName = column.mName;
         channel.mUnit = column.mUnit;
@@ -64,7 +66,7 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
         mDescription.mChannels.push_back(channel);
     }
     if (text.mIsGuessed) {
-        mDescription.mRemarks.emplace_back(kGuessedEncoding);
+        mDescription.mRemarks.emplace_back(base::kGuessedEncoding);
     }
     if (!mLayout.mHasTimeUnit) {
         mDescription.mRemarks.push_back(
@@ -77,7 +79,7 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
     }
 }
 
-bool TextFileSource::read(SignalBlock& block)
+bool TextFileSource::read(waveform::SignalBlock& block)
 {
     const size_t most = std::clamp<size_t>(kBlockValues / mLastValues.size(), 1, kMaxBlockSamples);
     block.mFirst = mSamples;
@@ -103,14 +105,14 @@ bool TextFileSource::takeRow(std::string_view* line)
     while (mFile.takeLine(line)) {
         ++mLine;
         *line = line->substr(0, line->find('\x1a'));
-        if (!trimmed(*line).empty()) {
+        if (!base::trimmed(*line).empty()) {
             return true;
         }
     }
     return false;
 }
 
-void TextFileSource::readRow(std::string_view line, size_t place, SignalBlock* block)
+void TextFileSource::readRow(std::string_view line, size_t place, waveform::SignalBlock* block)
 {
     const auto fields = textFields(line, mLayout.mSeparator);
     if (fields.size() != mLastValues.size() + 1) {
@@ -119,7 +121,7 @@ void TextFileSource::readRow(std::string_view line, size_t place, SignalBlock* b
     double number = 0.0;
     if (!parseTextNumber(fields[0], mLayout.mDecimalSign, &number) ||
         std::abs(number) > kLargestTime) {
-        fail(fmt::format("a time, found \"{}\"", fields[0].substr(0, kLongestExcerpt)));
+        fail(fmt::format("a time, found \"{}\"", fields[0].substr(0, base::kLongestExcerpt)));
     }
     block->mSeconds[place] = mTime.next(number) * mLayout.mTimeSeconds;
     for (size_t i = 0; i < mLastValues.size(); ++i) {
@@ -128,7 +130,7 @@ void TextFileSource::readRow(std::string_view line, size_t place, SignalBlock* b
             ++mDescription.mChannels[i].mMissing;
         } else if (!parseTextNumber(field, mLayout.mDecimalSign, &mLastValues[i])) {
             fail(fmt::format("a number in field {}, found \"{}\"", i + 2,
-                             field.substr(0, kLongestExcerpt)));
+                             field.substr(0, base::kLongestExcerpt)));
         }
         block->mValues[i][place] = mLastValues[i];
     }
@@ -144,12 +146,14 @@ void TextFileSource::finish()
 
 void TextFileSource::fail(const std::string& expected) const
 {
-    throw CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
+    throw base::CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
 }
 
-std::string whyNoTextFile(InputFile& file)
+std::string whyNoTextFile(base::InputFile& file)
 {
     std::string reason;
-    findTextLayout(linesOf(decodeText(firstLines(file), "").mText), &reason);
+    findTextLayout(linesOf(base::decodeText(firstLines(file), "").mText), &reason);
     return reason;
 }
+
+} // namespace textfile

@@ -1,34 +1,36 @@
 #pragma once
 
 #include "base/InputFile.h"
-#include "signal/RisingTime.h"
-#include "signal/SignalSource.h"
 #include "textfile/TextLayout.h"
+#include "waveform/RisingTime.h"
+#include "waveform/SignalSource.h"
+
+namespace textfile {
 
 /**
  * A text file of an oscilloscope or a spreadsheet: a heading line, then rows of a time and the
  * values at that time. A field that is empty is a missing value, held at the one before.
  */
-class TextFileSource : public SignalSource
+class TextFileSource : public waveform::SignalSource
 {
 public:
     /** @param encoding of the heading, as decodeText() takes it */
     TextFileSource(const std::string& path, const std::string& encoding);
 
-    const SignalDescription& description() const override { return mDescription; }
-    bool read(SignalBlock& block) override;
+    const waveform::SignalDescription& description() const override { return mDescription; }
+    bool read(waveform::SignalBlock& block) override;
     double progress() const override { return mFile.progress(); }
 
 private:
     bool takeRow(std::string_view* line);
-    void readRow(std::string_view line, size_t place, SignalBlock* block);
+    void readRow(std::string_view line, size_t place, waveform::SignalBlock* block);
     void finish();
     [[noreturn]] void fail(const std::string& expected) const;
 
-    InputFile mFile;
+    base::InputFile mFile;
     TextLayout mLayout;
-    SignalDescription mDescription;
-    RisingTime<double> mTime; ///< in the file's unit
+    waveform::SignalDescription mDescription;
+    waveform::RisingTime<double> mTime; ///< in the file's unit
     std::vector<double> mLastValues;
     size_t mLine = 0;
     size_t mSamples = 0;
@@ -36,4 +38,6 @@ private:
 };
 
 /** Why the file is no such text file; empty when it is one. */
-std::string whyNoTextFile(InputFile& file);
+std::string whyNoTextFile(base::InputFile& file);
+
+} // namespace textfile

@@ -11,6 +11,8 @@
 #include "base/Numbers.h"
 #include "base/Text.h"
 
+namespace textfile {
+
 namespace {
 constexpr size_t kLongestNumber = 64;
 
@@ -33,7 +35,7 @@ const std::array<std::pair<std::string_view, double>, 12> kTimeUnits{{{"", 1.0},
 std::string_view unquoted(std::string_view text)
 {
     const bool isQuoted = text.size() > 1 && text.front() == '"' && text.back() == '"';
-    return isQuoted ? trimmed(text.substr(1, text.size() - 2)) : text;
+    return isQuoted ? base::trimmed(text.substr(1, text.size() - 2)) : text;
 }
 
 /** "U1 (kV)", "U1 [kV]" and "U1/kV" have a unit. */
@@ -43,13 +45,14 @@ TextLayout::Column parseHeading(std::string_view text)
         const size_t open = text.rfind(brackets[0]);
         if (open != std::string_view::npos && text.back() == brackets[1]) {
             const std::string_view unit = text.substr(open + 1, text.size() - open - 2);
-            return {std::string(trimmed(text.substr(0, open))), std::string(trimmed(unit))};
+            return {std::string(base::trimmed(text.substr(0, open))),
+                    std::string(base::trimmed(unit))};
         }
     }
     const size_t slash = text.rfind('/');
     if (slash != std::string_view::npos) {
-        return {std::string(trimmed(text.substr(0, slash))),
-                std::string(trimmed(text.substr(slash + 1)))};
+        return {std::string(base::trimmed(text.substr(0, slash))),
+                std::string(base::trimmed(text.substr(slash + 1)))};
     }
     return {std::string(text), ""};
 }
@@ -177,12 +180,12 @@ std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines, 
 
 std::vector<std::string_view> textFields(std::string_view line, char separator)
 {
-    std::vector<std::string_view> fields = splitText(line, separator);
+    std::vector<std::string_view> fields = base::splitText(line, separator);
     if (separator == ' ') {
         fields.erase(std::remove(fields.begin(), fields.end(), std::string_view()), fields.end());
     }
     for (std::string_view& field : fields) {
-        field = unquoted(trimmed(field));
+        field = unquoted(base::trimmed(field));
     }
     return fields;
 }
@@ -190,12 +193,14 @@ std::vector<std::string_view> textFields(std::string_view line, char separator)
 bool parseTextNumber(std::string_view field, char decimalSign, double* number)
 {
     if (decimalSign == '.') {
-        return parseNumber(field, number);
+        return base::parseNumber(field, number);
     }
     std::array<char, kLongestNumber> text{};
     if (field.size() > text.size() || field.find('.') != std::string_view::npos) {
         return false;
     }
     std::replace_copy(field.begin(), field.end(), text.begin(), decimalSign, '.');
-    return parseNumber(std::string_view(text.data(), field.size()), number);
+    return base::parseNumber(std::string_view(text.data(), field.size()), number);
 }
+
+} // namespace textfile

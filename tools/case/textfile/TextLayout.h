@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace textfile {
+
 /** How a text file with a heading is written, as found out from its first lines. */
 struct TextLayout
 {
@@ -37,3 +39,5 @@ std::vector<std::string_view> textFields(std::string_view line, char separator);
 
 /** A number with that decimal sign; false for anything else. */
 bool parseTextNumber(std::string_view field, char decimalSign, double* number);
+
+} // namespace textfile

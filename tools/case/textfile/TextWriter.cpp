@@ -5,7 +5,9 @@
 #include <iterator>
 #include <utility>
 
-TextWriter::TextWriter(std::vector<Column> columns, ResultFile& output)
+namespace textfile {
+
+TextWriter::TextWriter(std::vector<Column> columns, base::ResultFile& output)
     : mColumns(std::move(columns)), mOutput(output)
 {
     std::string heading = "time (s)";
@@ -15,7 +17,7 @@ TextWriter::TextWriter(std::vector<Column> columns, ResultFile& output)
     mOutput.write(heading + "\n");
 }
 
-void TextWriter::write(const SignalBlock& block)
+void TextWriter::write(const waveform::SignalBlock& block)
 {
     fmt::memory_buffer line;
     for (size_t i = 0; i < block.size(); ++i) {
@@ -30,3 +32,5 @@ void TextWriter::write(const SignalBlock& block)
         mOutput.write({line.data(), line.size()});
     }
 }
+
+} // namespace textfile

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/ResultFile.h"
-#include "signal/SignalSource.h"
+#include "waveform/SignalSource.h"
+
+namespace textfile {
 
 /**
  * Writes a text file with a heading: a time column in seconds, then one a channel with its unit.
@@ -19,12 +21,14 @@ public:
     };
 
     /** Writes the heading. */
-    TextWriter(std::vector<Column> columns, ResultFile& output);
+    TextWriter(std::vector<Column> columns, base::ResultFile& output);
 
     /** Requires: the block's channels are the columns. */
-    void write(const SignalBlock& block);
+    void write(const waveform::SignalBlock& block);
 
 private:
     std::vector<Column> mColumns;
-    ResultFile& mOutput;
+    base::ResultFile& mOutput;
 };
+
+} // namespace textfile

@@ -1,0 +1,151 @@
+#include "exporting/ExportedSignal.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "SampleRecord.h"
+#include "SampleStep.h"
+#include "base/CaseError.h"
+#include "input/OpenInput.h"
+
+namespace exporting {
+
+namespace {
+
+constexpr double kToNanoseconds = 1e9;
+
+/** So many rates are told; time stamps tell what changes more often. */
+constexpr size_t kMaxRates = 999;
+
+/** Keeps the places from begin up to end of every column. */
+void cut(waveform::SignalBlock* block, size_t begin, size_t end)
+{
+    const auto cutColumn = [=](std::vector<double>& column) {
+        column.erase(column.begin() + static_cast<std::ptrdiff_t>(end), column.end());
+        column.erase(column.begin(), column.begin() + static_cast<std::ptrdiff_t>(begin));
+    };
+    cutColumn(block->mSeconds);
+    std::for_each(block->mValues.begin(), block->mValues.end(), cutColumn);
+}
+
+/** Makes rates of the steps between samples. */
+class RateFinder
+{
+public:
+    void add(double seconds)
+    {
+        if (mSamples > 0) {
+            addStep(std::llround((seconds - mLastSeconds) * kToNanoseconds));
+        }
+        mLastSeconds = seconds;
+        ++mSamples;
+    }
+
+    qint64 firstStepNs() const { return mFirstStepNs; }
+
+    std::vector<comtrade::ComtradeRate> take()
+    {
+        if (mRates.empty() || mRates.size() > kMaxRates || mHasRepeated) {
+            return {};
+        }
+        mRates.back().mLastSample = mSamples;
+        return std::move(mRates);
+    }
+
+private:
+    /** A rate holds for the distance from each of its samples to the next. */
+    void addStep(qint64 stepNs)
+    {
+        mFirstStepNs = mSamples == 1 ? stepNs : mFirstStepNs;
+        mHasRepeated = mHasRepeated || stepNs == 0;
+        if (mHasRepeated || stepNs == mStepNs || mRates.size() > kMaxRates) {
+            return;
+        }
+        mStepNs = stepNs;
+        if (!mRates.empty()) {
+            mRates.back().mLastSample = mSamples - 1;
+        }
+        mRates.push_back({kToNanoseconds / static_cast<double>(stepNs), 0});
+    }
+
+    size_t mSamples = 0;
+    double mLastSeconds = 0.0;
+    qint64 mFirstStepNs = 0;
+    qint64 mStepNs = 0;
+    bool mHasRepeated = false; ///< a time stamp: no rate does
+    std::vector<comtrade::ComtradeRate> mRates;
+};
+/** What the input tells, if it is what was played, with the few digits that it has. */
+double frequencyOf(const waveform::SignalDescription& description, qint64 stepNs)
+{
+    const auto told = static_cast<float>(description.mNominalHz);
+    if (told > 0.0F && sampleStepOf(told) == stepNs) {
+        return std::stod(fmt::format("{}", told));
+    }
+    const double hz =
+        stepNs > 0 ? kToNanoseconds / kSamplesPerPeriod / static_cast<double>(stepNs) : 0.0;
+    return std::round(hz * 100.0) / 100.0;
+}
+} // namespace
+
+ExportedSignal::ExportedSignal(const std::string& path, const ExportPart& part)
+    : mSource(input::openInput(path, {})), mPart(part)
+{
+    const std::string& format = mSource->description().mFormat;
+    if (format != "value file" && format != "recording of the driver") {
+        throw base::CaseError(fmt::format(
+            "{}: expected a value file or a recording of the driver, found {}", path, format));
+    }
+}
+
+bool ExportedSignal::read(waveform::SignalBlock& block)
+{
+    while (mSource->read(block)) {
+        mProgress.show(mSource->progress());
+        const auto begin =
+            std::lower_bound(block.mSeconds.begin(), block.mSeconds.end(), mPart.mFrom);
+        const auto end = std::lower_bound(begin, block.mSeconds.end(), mPart.mTo);
+        if (begin == end) {
+            continue;
+        }
+        cut(&block, static_cast<size_t>(begin - block.mSeconds.begin()),
+            static_cast<size_t>(end - block.mSeconds.begin()));
+        mFirstSeconds = mSamples == 0 ? block.mSeconds.front() : mFirstSeconds;
+        for (double& seconds : block.mSeconds) {
+            seconds -= mFirstSeconds;
+        }
+        block.mFirst = mSamples;
+        mSamples += block.size();
+        return true;
+    }
+    return false;
+}
+
+ExportFacts ExportedSignal::findOut()
+{
+    ExportFacts facts;
+    RateFinder rates;
+    waveform::SignalBlock block;
+    while (read(block)) {
+        for (const double seconds : block.mSeconds) {
+            rates.add(seconds);
+        }
+        for (const std::vector<double>& column : block.mValues) {
+            facts.mLeast += static_cast<size_t>(std::count(
+                column.begin(), column.end(), double{std::numeric_limits<qint32>::min()}));
+        }
+        facts.mSeconds = block.mSeconds.back();
+    }
+    if (mSamples == 0) {
+        throw base::CaseError(description().mFileName + ": no sample to export");
+    }
+    facts.mSamples = mSamples;
+    facts.mSkippedSeconds = mFirstSeconds;
+    facts.mFrequency = frequencyOf(description(), rates.firstStepNs());
+    facts.mRates = rates.take();
+    return facts;
+}
+
+} // namespace exporting

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/ProgressLine.h"
+#include "comtrade/ComtradeHeader.h"
+#include "waveform/SignalSource.h"
+
+namespace exporting {
+
+/** The part of the input that is exported, in s from its first sample. */
+struct ExportPart
+{
+    double mFrom = 0.0;
+    double mTo = std::numeric_limits<double>::infinity();
+};
+
+/** What must be known of a signal before it can be written. */
+struct ExportFacts
+{
+    size_t mSamples = 0;
+    double mSeconds = 0.0;        ///< from the first to the last
+    double mSkippedSeconds = 0.0; ///< from the first of the input to the first exported
+    double mFrequency = 0.0; ///< Hz, at the beginning; where only the step tells, to two decimals
+    size_t mLeast = 0;       ///< values of -2147483648
+    std::vector<comtrade::ComtradeRate> mRates; ///< empty where the time does not go on evenly
+};
+
+/**
+ * The samples of a value file or a recording of the driver that lie in a part of it, in counts,
+ * with times from the first of them on. To be read once.
+ */
+class ExportedSignal
+{
+public:
+    /** @throws CaseError when the file is neither. */
+    ExportedSignal(const std::string& path, const ExportPart& part);
+
+    const waveform::SignalDescription& description() const { return mSource->description(); }
+
+    /** As SignalSource::read(). */
+    bool read(waveform::SignalBlock& block);
+
+    /** Reads all of it. @throws CaseError when the part has no sample */
+    ExportFacts findOut();
+
+private:
+    std::unique_ptr<waveform::SignalSource> mSource;
+    base::ProgressLine mProgress{"exporting"};
+    ExportPart mPart;
+    size_t mSamples = 0;        ///< so far
+    double mFirstSeconds = 0.0; ///< time in the input of the first
+};
+
+} // namespace exporting

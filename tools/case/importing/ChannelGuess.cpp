@@ -1,0 +1,98 @@
+#include "importing/ChannelGuess.h"
+
+#include <algorithm>
+#include <string>
+
+#include "importing/ChannelKind.h"
+
+namespace importing {
+
+namespace {
+using Quantity = ChannelUnit::Quantity;
+constexpr size_t kNeutral = static_cast<size_t>(ChannelPhase::Neutral);
+
+/** The channels of one object that measure the same quantity. */
+struct PhaseSet
+{
+    std::string mComponent;
+    std::string mStem; ///< of the names, without their phase
+    std::array<std::optional<size_t>, kPhaseCount + 1> mChannels;
+
+    size_t phases() const
+    {
+        return static_cast<size_t>(
+            std::count_if(mChannels.begin(), mChannels.begin() + kPhaseCount,
+                          [](const auto& channel) { return channel.has_value(); }));
+    }
+};
+
+/** What tells the objects of a recording apart. */
+struct Grouping
+{
+    bool mByComponent;
+    bool mByStem;
+};
+
+/** From the strictest on: each phase may have a component or a numbered name of its own. */
+constexpr Grouping kGroupings[] = {{true, true}, {true, false}, {false, true}, {false, false}};
+
+/** Of a name that ends with its phase; an ending that the phase field contradicts is none. */
+std::string stemOf(const waveform::ChannelDescription& channel, ChannelPhase phase)
+{
+    const PhaseEnding ending = phaseAtEndOf(channel.mName);
+    return phase < ChannelPhase::Neutral && ending.mPhase == phase ? ending.mStem : std::string();
+}
+
+std::vector<PhaseSet> setsOf(const std::vector<waveform::ChannelDescription>& channels,
+                             Quantity quantity, const Grouping& grouping)
+{
+    std::vector<PhaseSet> sets;
+    for (size_t i = 0; i < channels.size(); ++i) {
+        const ChannelPhase phase = phaseOf(channels[i]);
+        const auto place = static_cast<size_t>(phase);
+        if (unitOf(channels[i]).mQuantity != quantity || place > kNeutral) {
+            continue;
+        }
+        const std::string component = grouping.mByComponent ? channels[i].mComponent : "";
+        const std::string stem = grouping.mByStem ? stemOf(channels[i], phase) : "";
+        const auto found = std::find_if(sets.rbegin(), sets.rend(), [&](const PhaseSet& set) {
+            return set.mComponent == component && !set.mChannels[place] &&
+                   (stem.empty() || set.mStem.empty() || set.mStem == stem);
+        });
+        PhaseSet& set = found != sets.rend() ? *found : sets.emplace_back();
+        set.mComponent = component;
+        set.mStem = set.mStem.empty() ? stem : set.mStem;
+        set.mChannels[place] = i;
+    }
+    return sets;
+}
+
+/** The first of the fullest; an empty one where there is none. */
+PhaseSet fullestOf(const std::vector<PhaseSet>& sets)
+{
+    const auto best = std::max_element(
+        sets.begin(), sets.end(),
+        [](const PhaseSet& a, const PhaseSet& b) { return a.phases() < b.phases(); });
+    return best != sets.end() ? *best : PhaseSet();
+}
+} // namespace
+
+GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& channels)
+{
+    GuessedSets guess;
+    GuessedSet* guessed = guess.data();
+    for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
+        PhaseSet best = fullestOf(setsOf(channels, quantity, kGroupings[0]));
+        for (const Grouping& grouping : kGroupings) {
+            const PhaseSet set = fullestOf(setsOf(channels, quantity, grouping));
+            if (best.phases() < kPhaseCount && set.phases() == kPhaseCount) {
+                best = set;
+                guessed->mIsMixed = true;
+            }
+        }
+        guessed++->mSources = best.mChannels;
+    }
+    return guess;
+}
+
+} // namespace importing

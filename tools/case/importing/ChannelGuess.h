@@ -1,0 +1,29 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "importing/ChannelKind.h"
+#include "waveform/SignalSource.h"
+
+namespace importing {
+
+/** Of one quantity: which channel of a source, counted from 0, is A, B, C, neutral. */
+struct GuessedSet
+{
+    std::array<std::optional<size_t>, kPhaseCount + 1> mSources;
+    bool mIsMixed = false; ///< names or components speak of several objects
+};
+
+/** The voltages and the currents. */
+using GuessedSets = std::array<GuessedSet, 2>;
+
+/**
+ * Maps by unit and phase. Where a recording has several objects (lines, transformers, ...) it takes
+ * the first complete set of three phases, else the first that is complete whatever its names and
+ * components say, else the fullest.
+ */
+GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& channels);
+
+} // namespace importing

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "importing/ChannelMap.h"
+#include "importing/RecordedSignal.h"
+#include "resampling/PhaseTrack.h"
+
+namespace importing {
+
+/** The fundamental of a recording. */
+struct Fundamental
+{
+    double mNominalHz = 50.0;
+    std::optional<resampling::PhaseTrack> mTrack; ///< nothing where it cannot be followed
+    std::string mWhyNoTrack;
+    std::vector<std::string> mRemarks;
+};
+
+/** Whether the recording tells a nominal frequency, and one that is no slip. */
+bool isNominalKnown(const waveform::SignalDescription& description);
+
+/**
+ * Follows the positive sequence of the voltages that are mapped, else that of the currents. A
+ * recording of fewer than six periods is not followed. The nominal frequency is the recording's;
+ * where it tells none, 50, 60 or 16.7 Hz, whichever there is most of.
+ */
+Fundamental findFundamental(const waveform::SignalDescription& description,
+                            const RecordedSignal& recorded, const resampling::SampleTimes& times,
+                            const ChannelMap& map);
+
+} // namespace importing

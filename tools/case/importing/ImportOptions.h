@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "importing/ChannelMap.h"
+
+namespace importing {
+
+/** What the lines of the value file keep. */
+enum class LineTiming
+{
+    Phase,   ///< 360 lines are a period of the recording, whatever it lasts
+    Nominal, ///< time, played at the nominal frequency
+    Fixed    ///< time, played at a frequency that is given
+};
+
+struct ImportOptions
+{
+    MappingOptions mMapping;
+    LineTiming mTiming = LineTiming::Phase;
+    float mHz = 0.0F;            ///< for Fixed; one that can be played
+    std::optional<double> mFrom; ///< s in the recording; its beginning if it is not given
+    std::optional<double> mTo;   ///< likewise its end
+    size_t mBefore = 0;          ///< periods of the steady signal
+    size_t mAfter = 0;
+    bool mClip = false;
+    std::string mMadeBy; ///< program and command line, for the comments
+};
+
+} // namespace importing

@@ -1,0 +1,200 @@
+#include "importing/ImportPlan.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "SampleStep.h"
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "importing/Fundamental.h"
+
+namespace importing {
+
+namespace {
+/** More than anybody plays: stamps or a rate that lie. 55 h at 50 Hz. */
+constexpr double kMaxPeriods = 1e7;
+
+/** A recorder of waves takes more samples of a period. */
+constexpr double kFewSamples = 20.0;
+
+/** A shorter stretch of samples is a gap. */
+constexpr size_t kShortestStretch = 16;
+
+/** Times that are the same but for rounding, in s. */
+constexpr double kBehindTheEnd = 1e-9;
+
+void limitRange(ImportPlan& plan, const waveform::SignalDescription& description,
+                const resampling::SampleTimes& times, const ImportOptions& options)
+{
+    plan.mFrom = options.mFrom.value_or(times.begin());
+    plan.mTo = options.mTo.value_or(times.end());
+    const bool isInside = plan.mFrom >= times.begin() && plan.mFrom < plan.mTo &&
+                          plan.mTo <= times.end() + kBehindTheEnd;
+    if (!isInside) {
+        throw base::CaseError(
+            fmt::format("{}: from {:g} s to {:g} s: expected a part of {:g} to {:g} s",
+                        description.mFileName, plan.mFrom, plan.mTo, times.begin(), times.end()));
+    }
+}
+
+void remarkRate(ImportPlan& plan, const waveform::SignalDescription& description,
+                const resampling::SampleTimes& times)
+{
+    if (description.mNominalHz > 0.0) {
+        return; // who reads it has seen that
+    }
+    double slowest = 0.0;
+    for (const resampling::SampleTimes::Stretch& stretch : times.stretches()) {
+        if (stretch.sampleCount() >= kShortestStretch) {
+            slowest = std::max(slowest, stretch.mStep);
+        }
+    }
+    const double samples = slowest > 0.0 ? 1.0 / (slowest * plan.mNominalHz) : kFewSamples;
+    if (samples < kFewSamples) {
+        plan.mRemarks.push_back(fmt::format(
+            "{:.3g} samples a period only: the recording has been filtered or thinned", samples));
+    }
+}
+
+/** Distances of samples, by their places, that are wider than the steps before (or behind). */
+std::vector<size_t> gapsIn(const std::vector<double>& seconds, const resampling::SampleTimes& times)
+{
+    constexpr double kMinSteps = 1.75;
+    const auto isLong = [](const resampling::SampleTimes::Stretch& stretch) {
+        return stretch.sampleCount() >= kShortestStretch;
+    };
+    const auto& stretches = times.stretches();
+    const auto steady = std::find_if(stretches.begin(), stretches.end(), isLong);
+    std::vector<size_t> gaps;
+    double step = steady != stretches.end() ? steady->mStep : HUGE_VAL;
+    for (const resampling::SampleTimes::Stretch& stretch : stretches) {
+        if (isLong(stretch)) {
+            step = stretch.mStep;
+            continue;
+        }
+        for (size_t i = stretch.mFirst; i < stretch.mLast; ++i) {
+            if (seconds[i + 1] - seconds[i] > kMinSteps * step) {
+                gaps.push_back(i);
+            }
+        }
+    }
+    return gaps;
+}
+
+/** Where time stamps alone tell the time, some may be missing. */
+void remarkGaps(ImportPlan& plan, const std::vector<double>& seconds,
+                const resampling::SampleTimes& times)
+{
+    constexpr size_t kMaxGaps = 5;
+    std::vector<size_t> gaps = gapsIn(seconds, times);
+    gaps.erase(std::remove_if(gaps.begin(), gaps.end(),
+                              [&](size_t gap) {
+                                  return seconds[gap + 1] <= plan.mFrom || seconds[gap] >= plan.mTo;
+                              }),
+               gaps.end());
+    for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
+        plan.mRemarks.push_back(fmt::format("no samples from {:.6f} to {:.6f} s: bridged",
+                                            seconds[gaps[i]], seconds[gaps[i] + 1]));
+    }
+    if (gaps.size() > kMaxGaps) {
+        plan.mRemarks.push_back(fmt::format("and {} more such gaps", gaps.size() - kMaxGaps));
+    }
+}
+
+void remarkTrack(ImportPlan& plan)
+{
+    const auto [least, most] =
+        std::minmax_element(plan.mSchedule.mPeriods.begin(), plan.mSchedule.mPeriods.end(),
+                            [](const auto& a, const auto& b) { return a.mHz < b.mHz; });
+    plan.mRemarks.push_back(
+        fmt::format("the frequency is followed: {:.3f} to {:.3f} Hz", least->mHz, most->mHz));
+    constexpr size_t kMaxGaps = 10;
+    const std::vector<resampling::PhaseTrack::Gap>& gaps = plan.mTrack->gaps();
+    for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
+        plan.mRemarks.push_back(
+            fmt::format("it cannot be measured through {:.3f} to {:.3f} s and goes on evenly",
+                        gaps[i].first, gaps[i].second));
+    }
+    if (gaps.size() > kMaxGaps) {
+        plan.mRemarks.push_back(fmt::format("and through {} more", gaps.size() - kMaxGaps));
+    }
+}
+
+void schedule(ImportPlan& plan, const std::string& whyNoTrack, const ImportOptions& options)
+{
+    if (options.mTiming == LineTiming::Phase && plan.mTrack) {
+        plan.mSchedule = resampling::scheduleKeepingPhase(*plan.mTrack, plan.mFrom, plan.mTo);
+        remarkTrack(plan);
+        return;
+    }
+    const auto nominal = static_cast<float>(plan.mNominalHz);
+    const float hz = options.mTiming == LineTiming::Fixed ? options.mHz : nominal;
+    plan.mSchedule = resampling::scheduleKeepingTime(hz, plan.mFrom, plan.mTo);
+    if (options.mTiming == LineTiming::Phase) {
+        plan.mRemarks.push_back(fmt::format("{}: {:g} Hz is played", whyNoTrack, hz));
+    }
+}
+} // namespace
+
+double ImportPlan::cyclesAt(double seconds) const
+{
+    return mTrack ? mTrack->cyclesAt(seconds) - mTrack->cyclesAt(mFrom)
+                  : (seconds - mFrom) * mNominalHz;
+}
+
+double ImportPlan::periodFrom(double seconds) const
+{
+    return mTrack ? mTrack->secondsAt(mTrack->cyclesAt(seconds) + 1.0) - seconds : 1.0 / mNominalHz;
+}
+
+double ImportPlan::linesPerSecond() const
+{
+    const auto slowest =
+        std::max_element(mSchedule.mPeriods.begin(), mSchedule.mPeriods.end(),
+                         [](const auto& a, const auto& b) { return a.mStep < b.mStep; });
+    return 1.0 / slowest->mStep;
+}
+
+size_t ImportPlan::linesOf(size_t periods) const
+{
+    return static_cast<size_t>(std::llround(static_cast<double>(periods) * mLinesPerPeriod));
+}
+
+double ImportPlan::beginBefore(size_t periods) const
+{
+    const quint32 stepNs = sampleStepOf(mSchedule.mPeriods.front().mHz);
+    return mSchedule.secondsOf(0) -
+           static_cast<double>(linesOf(periods)) * stepNs * base::kSecondsPerNanosecond;
+}
+
+ImportPlan planImport(const waveform::SignalDescription& description,
+                      const RecordedSignal& recorded, const resampling::SampleTimes& times,
+                      const ChannelMap& map, const ImportOptions& options)
+{
+    ImportPlan plan;
+    limitRange(plan, description, times, options);
+    const double nominal = isNominalKnown(description) ? description.mNominalHz : 0.0;
+    const double highest = std::max({100.0, nominal, double(options.mHz)});
+    if ((times.end() - times.begin()) * highest > kMaxPeriods) {
+        throw base::CaseError(fmt::format("{}: lasts {:g} s: expected {:g} s at most",
+                                          description.mFileName, times.end() - times.begin(),
+                                          kMaxPeriods / highest));
+    }
+    Fundamental fundamental = findFundamental(description, recorded, times, map);
+    plan.mNominalHz = fundamental.mNominalHz;
+    plan.mTrack = std::move(fundamental.mTrack);
+    plan.mRemarks = std::move(fundamental.mRemarks);
+    remarkRate(plan, description, times);
+    if (description.mRates.empty()) {
+        remarkGaps(plan, recorded.mSeconds, times);
+    }
+    schedule(plan, fundamental.mWhyNoTrack, options);
+    plan.mFirstPeriod = plan.periodFrom(plan.mFrom);
+    plan.mLastPeriod = plan.periodFrom(plan.mTo - 1.0 / plan.mNominalHz);
+    plan.mLinesPerPeriod = plan.mFirstPeriod / plan.mSchedule.mPeriods.front().mStep;
+    return plan;
+}
+
+} // namespace importing

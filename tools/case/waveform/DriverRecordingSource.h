@@ -1,0 +1,37 @@
+#pragma once
+
+#include "base/InputFile.h"
+#include "waveform/RisingTime.h"
+#include "waveform/SignalSource.h"
+
+namespace waveform {
+
+/**
+ * What the driver was given, as recorded behind it: sample records of 48 bytes. Times are those
+ * of the stamps.
+ */
+class DriverRecordingSource : public SignalSource
+{
+public:
+    explicit DriverRecordingSource(const std::string& path);
+
+    const SignalDescription& description() const override { return mDescription; }
+    bool read(SignalBlock& block) override;
+    double progress() const override { return mFile.progress(); }
+
+private:
+    void finish();
+
+    base::InputFile mFile;
+    SignalDescription mDescription;
+    RisingTime<qint64> mTime; ///< in ns
+    size_t mSamples = 0;
+};
+
+/**
+ * Why the file is no recording of the driver, which is a whole number of records with rising
+ * stamps (looked at from its beginning); empty when it is one.
+ */
+std::string whyNoDriverRecording(base::InputFile& file);
+
+} // namespace waveform

@@ -1,0 +1,115 @@
+#include "waveform/Measures.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "base/ProgressLine.h"
+
+namespace waveform {
+
+namespace {
+/** The frequencies of power systems, where nothing tells the nominal one; 50 serves for 60. */
+constexpr double kUsualHertz[] = {50.0, 50.0 / 3.0};
+
+/** With less of it in the fundamental, a channel shows none. */
+constexpr double kMinShare = 0.1;
+
+/** The frequency is looked for in so many channels. */
+constexpr size_t kMaxMeteredChannels = 16;
+
+constexpr size_t kLanes = 4;
+} // namespace
+
+Measures::Measures(const SignalDescription& description)
+    : mDescription(description), mChannels(description.mChannels.size())
+{
+}
+
+void Measures::add(const SignalBlock& block)
+{
+    if (block.size() == 0) {
+        return;
+    }
+    if (mSamples == 0) {
+        beginMeters();
+    }
+    for (size_t i = 0; i < mChannels.size(); ++i) {
+        addColumn(block.mValues[i], &mChannels[i]);
+    }
+    for (FrequencyMeter& meter : mMeters) {
+        meter.add(block);
+    }
+    mSamples += block.size();
+    mSeconds = block.mSeconds.back();
+}
+
+/** Not before the first block, with which a value file tells its frequency. */
+void Measures::beginMeters()
+{
+    const size_t channels = std::min(mChannels.size(), kMaxMeteredChannels);
+    if (mDescription.mNominalHz > 0.0) {
+        mMeters.emplace_back(mDescription.mNominalHz, channels);
+        return;
+    }
+    for (const double hertz : kUsualHertz) {
+        mMeters.emplace_back(hertz, channels);
+    }
+}
+
+/** Several sums beside one another, so that no sample waits for the one before it. */
+void Measures::addColumn(const std::vector<double>& column, Sums* sums) const
+{
+    const double first = column[0];
+    std::array<double, kLanes> squares{};
+    std::array<double, kLanes> smallest{first, first, first, first};
+    std::array<double, kLanes> largest = smallest;
+    const auto take = [&](size_t lane, double value) {
+        squares[lane] += value * value;
+        smallest[lane] = value < smallest[lane] ? value : smallest[lane];
+        largest[lane] = value > largest[lane] ? value : largest[lane];
+    };
+    size_t i = 0;
+    for (; i + kLanes <= column.size(); i += kLanes) {
+        for (size_t lane = 0; lane < kLanes; ++lane) {
+            take(lane, column[i + lane]);
+        }
+    }
+    for (; i < column.size(); ++i) {
+        take(0, column[i]);
+    }
+    sums->mSquares += squares[0] + squares[1] + squares[2] + squares[3];
+    const double least = *std::min_element(smallest.begin(), smallest.end());
+    const double most = *std::max_element(largest.begin(), largest.end());
+    sums->mSmallest = mSamples == 0 ? least : std::min(sums->mSmallest, least);
+    sums->mLargest = mSamples == 0 ? most : std::max(sums->mLargest, most);
+}
+
+Measures::Channel Measures::channel(size_t channel) const
+{
+    const Sums& sums = mChannels.at(channel);
+    const double mean = mSamples == 0 ? 0.0 : sums.mSquares / static_cast<double>(mSamples);
+    return {std::sqrt(mean), sums.mSmallest, sums.mLargest};
+}
+
+double Measures::frequency() const
+{
+    FrequencyMeter::Result best;
+    for (const FrequencyMeter& meter : mMeters) {
+        const FrequencyMeter::Result result = meter.result();
+        best = result.mShare > best.mShare ? result : best;
+    }
+    return best.mShare < kMinShare ? 0.0 : best.mHertz;
+}
+
+void measure(SignalSource& source, Measures* measures)
+{
+    base::ProgressLine line("reading");
+    SignalBlock block;
+    while (source.read(block)) {
+        measures->add(block);
+        line.show(source.progress());
+    }
+}
+
+} // namespace waveform

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <vector>
+
+#include "waveform/FrequencyMeter.h"
+#include "waveform/SignalSource.h"
+
+namespace waveform {
+
+/**
+ * What a signal is like as a whole: of each channel rms, smallest and largest value, and the
+ * frequency of the fundamental. Made while the signal is read, block by block, in memory that
+ * does not depend on its length.
+ */
+class Measures
+{
+public:
+    struct Channel
+    {
+        double mRms = 0.0; ///< over all samples, each counting the same; constants included
+        double mSmallest = 0.0;
+        double mLargest = 0.0;
+    };
+
+    /** Borrows the description, which must outlive it. */
+    explicit Measures(const SignalDescription& description);
+
+    void add(const SignalBlock& block);
+
+    /** All 0 before the first sample. Requires: a channel of the description. */
+    Channel channel(size_t channel) const;
+
+    size_t samples() const { return mSamples; }
+
+    /** From the first sample to the last, in s. */
+    double seconds() const { return mSeconds; }
+
+    /** Hz; 0 where no channel shows a fundamental for some periods. */
+    double frequency() const;
+
+private:
+    struct Sums
+    {
+        double mSquares = 0.0;
+        double mSmallest = 0.0;
+        double mLargest = 0.0;
+    };
+
+    void addColumn(const std::vector<double>& column, Sums* sums) const;
+    void beginMeters();
+
+    const SignalDescription& mDescription;
+    std::vector<Sums> mChannels;
+    std::vector<FrequencyMeter> mMeters; ///< for what the frequency may be near to
+    size_t mSamples = 0;
+    double mSeconds = 0.0;
+};
+
+/** Reads a signal to its end, with a progress line. */
+void measure(SignalSource& source, Measures* measures);
+
+} // namespace waveform

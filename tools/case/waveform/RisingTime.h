@@ -1,0 +1,76 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace waveform {
+
+/**
+ * Makes times of time stamps: they begin at 0 and never fall. Where a stamp falls, the time goes
+ * on by the last step. A stamp that repeats, as those of a coarse clock do, keeps the time.
+ *
+ * Number: what stamps are; a whole one keeps every digit of a large stamp. Times are exact up to
+ * 2^53 units.
+ */
+template <typename Number>
+class RisingTime
+{
+public:
+    /**
+     * @return the time of the sample with this stamp, in the stamps' unit from the first.
+     * Requires: the difference of two stamps fits a Number.
+     */
+    double next(Number stamp)
+    {
+        const double time = mStampTime + static_cast<double>(stamp - mStamp);
+        if (mIsFirst) {
+            mIsFirst = false;
+        } else if (time > mTime) {
+            mStep = time - mTime;
+            mTime = time;
+        } else if (time < mTime) {
+            ++mFalling;
+            mTime += mStep;
+        } else {
+            ++mRepeated;
+        }
+        mStamp = stamp;
+        mStampTime = mTime;
+        return mTime;
+    }
+
+    /** The time of a sample without a stamp. */
+    double nextWithoutStamp()
+    {
+        mTime += mStep;
+        return mTime;
+    }
+
+    /** What was odd, for the user. */
+    std::vector<std::string> remarks() const
+    {
+        std::vector<std::string> texts;
+        if (mFalling > 0) {
+            texts.push_back(
+                fmt::format("{} time stamps fall: the step before them goes on there", mFalling));
+        }
+        if (mRepeated > 0) {
+            texts.push_back(fmt::format("{} time stamps repeat the one before them", mRepeated));
+        }
+        return texts;
+    }
+
+private:
+    bool mIsFirst = true;
+    Number mStamp = 0;       ///< the last one
+    double mStampTime = 0.0; ///< time of the sample with it
+    double mTime = 0.0;
+    double mStep = 0.0;
+    size_t mFalling = 0;
+    size_t mRepeated = 0;
+};
+
+} // namespace waveform

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "waveform/ImportMark.h"
+
+namespace waveform {
+
+/** What is known of one analog channel before its samples are read. */
+struct ChannelDescription
+{
+    int mNumber = 0;        ///< as the file counts; from 1 in recordings, 0 to 7 in value files
+    std::string mName;      ///< UTF-8
+    std::string mPhase;     ///< as the file gives it; may be empty
+    std::string mComponent; ///< the circuit component that is watched; may be empty
+    std::string mUnit;      ///< as the file gives it; "" where it has none
+    double mPrimary = 1.0;  ///< ratio of the transformer, primary part; 0 where it is not known
+    double mSecondary = 1.0;
+    char mSide = ' '; ///< 'P' or 'S': which side the values belong to; ' ' where it is not told
+    /** How much later than the time of its sample each value was taken, in µs. */
+    double mSkewMicroseconds = 0.0;
+    /** Values without a number, each held at the one before (0 at the beginning). Counted while
+     * the samples are read. */
+    size_t mMissing = 0;
+};
+
+/** A status channel that changed while the samples were read. */
+struct StatusChannel
+{
+    struct Change
+    {
+        double mSeconds; ///< as in the block
+        bool mState;     ///< from then on
+    };
+
+    int mNumber = 0;
+    std::string mName;            ///< UTF-8
+    bool mFirstState = false;     ///< at the first sample
+    size_t mChangeCount = 0;      ///< all of them
+    std::vector<Change> mChanges; ///< the first of them: as many as are kept
+};
+
+/** A stretch of samples taken at one rate. */
+struct SampleRate
+{
+    double mHz = 0.0;
+    size_t mEnd = 0; ///< place behind its last sample, as the file announces it
+};
+
+/** What is known of a signal as a whole before its samples are read. */
+struct SignalDescription
+{
+    std::string mFileName;
+    std::string mFormat;  ///< "COMTRADE 1999, BINARY", "value file", ...
+    std::string mStation; ///< UTF-8; may be empty, as the two below
+    std::string mDevice;
+    std::string mStartTime; ///< of the first sample, as text for the reader
+    std::string mTriggerTime;
+    std::optional<ImportMark> mImport; ///< of a value file that was made from a recording
+    double mNominalHz = 0.0;           ///< 0 where the file does not tell
+    size_t mSampleCount = 0;           ///< 0 where it is known only at the end
+    std::vector<SampleRate> mRates; ///< empty where only time stamps tell when samples were taken
+    std::vector<ChannelDescription> mChannels;
+    std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end
+    /** What was odd in the file and what was done about it, for the user; grows while the samples
+     * are read. */
+    std::vector<std::string> mRemarks;
+};
+
+/**
+ * Consecutive samples of all channels, column by column: mValues[channel][i] was taken
+ * mSeconds[i] after the first sample of the signal. All columns have the same length.
+ */
+struct SignalBlock
+{
+    size_t mFirst = 0;                        ///< place of the block's first sample, from 0
+    std::vector<double> mSeconds;             ///< rises; the same within a recording's precision
+    std::vector<std::vector<double>> mValues; ///< in the unit of the channel
+    std::vector<double>
+        mFrequency; ///< Hz a sample, where the file has it (value files); else empty
+
+    size_t size() const { return mSeconds.size(); }
+
+    /** Gives every column that many places, whose content is not defined. */
+    void resize(size_t channels, size_t samples)
+    {
+        mSeconds.resize(samples);
+        mValues.resize(channels);
+        for (std::vector<double>& column : mValues) {
+            column.resize(samples);
+        }
+    }
+};
+
+/**
+ * A signal that is read once from its beginning to its end, block by block, in memory that does
+ * not depend on its length: a value file, a recording of the driver, a COMTRADE recording or a
+ * text file. The kinds differ in what they are made from; whoever measures, draws, exports or
+ * resamples sees only this.
+ *
+ * Readers throw CaseError for what cannot be read.
+ */
+class SignalSource
+{
+public:
+    SignalSource() = default;
+    SignalSource(const SignalSource&) = delete;
+    SignalSource& operator=(const SignalSource&) = delete;
+    virtual ~SignalSource() = default;
+
+    /** The reference stays; what it says about missing values, states and remarks grows. */
+    virtual const SignalDescription& description() const = 0;
+
+    /**
+     * Replaces the block by the next samples; its memory is used again.
+     * @return false at the end, with an empty block.
+     */
+    virtual bool read(SignalBlock& block) = 0;
+
+    /** How much has been read, 0 to 1, for a progress line. */
+    virtual double progress() const = 0;
+};
+
+} // namespace waveform

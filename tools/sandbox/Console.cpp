@@ -1,0 +1,43 @@
+#include "Console.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace sandbox {
+
+namespace {
+
+/** Nobody is told of a failure: there is no other place to tell it. */
+void print(const std::string& text)
+{
+    std::fputs(text.c_str(), stderr);
+}
+
+} // namespace
+
+Console::Console() : mIsTerminal(isatty(STDERR_FILENO) == 1) {}
+
+void Console::message(const std::string& text)
+{
+    clearStatus();
+    print(fmt::format("vx-sandbox: {}\n", text));
+}
+
+/** The cursor goes back to the line's start, so that what the program prints does not follow. */
+void Console::status(const std::string& text)
+{
+    print(fmt::format("\r\033[K{}\r", text));
+    mHasStatus = true;
+}
+
+void Console::clearStatus()
+{
+    if (mHasStatus) {
+        print("\r\033[K");
+        mHasStatus = false;
+    }
+}
+
+} // namespace sandbox

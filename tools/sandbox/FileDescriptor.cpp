@@ -1,0 +1,44 @@
+#include "FileDescriptor.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace sandbox {
+
+FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept : mDescriptor(other.release()) {}
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept
+{
+    if (this != &other) {
+        close();
+        mDescriptor = other.release();
+    }
+    return *this;
+}
+
+FileDescriptor::~FileDescriptor()
+{
+    close();
+}
+
+void FileDescriptor::close()
+{
+    if (isOpen()) {
+        ::close(release());
+    }
+}
+
+int FileDescriptor::release()
+{
+    return std::exchange(mDescriptor, -1);
+}
+
+void throwErrno(const std::string& what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+} // namespace sandbox

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+namespace sandbox {
+
+/**
+ * Owns one open file descriptor and closes it exactly once. Movable, so that functions can hand
+ * one out.
+ */
+class FileDescriptor
+{
+public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int descriptor) : mDescriptor(descriptor) {}
+    FileDescriptor(FileDescriptor&& other) noexcept;
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    ~FileDescriptor();
+
+    /** The descriptor, or -1; it stays owned by this object. */
+    int get() const { return mDescriptor; }
+    bool isOpen() const { return mDescriptor >= 0; }
+    void close();
+
+    /** Gives the descriptor away: the caller closes it. */
+    int release();
+
+private:
+    int mDescriptor = -1;
+};
+
+/** Throws a std::system_error of errno; its text is WHAT, ": " and the system's text. */
+[[noreturn]] void throwErrno(const std::string& what);
+
+} // namespace sandbox

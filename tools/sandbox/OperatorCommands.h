@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Options.h"
+
+namespace sandbox {
+
+class Console;
+class EventLog;
+
+/**
+ * Plays the operator: writes commands into the control FIFO when they are due. Never waits for a
+ * reader; a command nobody reads is reported and dropped.
+ */
+class OperatorCommands
+{
+public:
+    /** `commands` in the order of their times; the others are borrowed for the object's life. */
+    OperatorCommands(std::vector<TimedCommand> commands, EventLog& events, Console& console);
+
+    /** Sends all that are due `elapsedNs` after the first block. */
+    void sendDue(std::int64_t elapsedNs);
+
+    /** When the next one is due, in nanoseconds after the first block. */
+    std::optional<std::int64_t> nextDueNs() const;
+
+    /** How many have not been due yet. */
+    std::size_t remaining() const { return mCommands.size() - mNext; }
+
+private:
+    void send(const std::string& text);
+
+    std::vector<TimedCommand> mCommands;
+    EventLog& mEvents;
+    Console& mConsole;
+    std::size_t mNext = 0;
+};
+
+} // namespace sandbox

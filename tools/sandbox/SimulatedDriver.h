@@ -1,0 +1,97 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Clocks.h"
+#include "DriverFiles.h"
+#include "EventLog.h"
+#include "Faults.h"
+#include "OutputFile.h"
+#include "RateLimit.h"
+#include "StreamStatistics.h"
+
+namespace sandbox {
+
+class Console;
+
+/** Where the driver writes what it gets; an empty path means not at all. */
+struct DriverOutputs
+{
+    std::string mRecordPath;
+    std::string mEventsPath;
+    std::string mPmePath;
+};
+
+/** What the writer is told: an errno value, or, when that is 0, how many bytes were taken. */
+struct WriteAnswer
+{
+    int mError;
+    std::size_t mBytes;
+    std::int64_t mDelayNs = 0; ///< how long the answer is to be held back
+};
+
+/**
+ * The driver's behaviour behind its files: takes what its rules allow, refuses the rest with
+ * EINVAL, lets go wrong what is planned to, and records, counts and measures all of that. Knows
+ * nothing of how the files come about.
+ */
+class SimulatedDriver
+{
+public:
+    /**
+     * Opens the output files; throws a std::system_error when one cannot be. `console` takes the
+     * reports and is borrowed for the object's life.
+     */
+    SimulatedDriver(const DriverOutputs& outputs, std::vector<Fault> faults, Console& console);
+
+    /** Every write to a file of the driver goes through here. `data` has `size` bytes. */
+    WriteAnswer write(DriverFile file, off_t offset, const char* data, std::size_t size);
+
+    /** Whether the file cannot be found just now. */
+    bool isVanished(DriverFile file) const;
+
+    /** What the readable file holds. */
+    static const char* h2pText() { return "0\n"; }
+
+    /** Hands what is buffered to the output files, and tells of reports that were held back. */
+    void flush();
+
+    bool hasFailedOutput() const;
+
+    EventLog& events() { return mEvents; }
+    const StreamStatistics& statistics() const { return mStatistics; }
+    std::uint64_t acceptedWrites(DriverFile file) const;
+    std::uint64_t refusedWrites() const { return mRefusedWrites; }
+
+    /** Writes that met a planned fault, whatever became of them otherwise. */
+    std::uint64_t faultedWrites() const { return mFaultedWrites; }
+    const FaultPlan& faults() const { return mFaults; }
+
+private:
+    std::optional<std::int64_t> sinceFirstBlock(const Arrival& now) const;
+    void accept(DriverFile file, const char* data, std::size_t size, const Arrival& arrival,
+                const std::string& fault);
+    void acceptBlock(const char* data, std::size_t size, const Arrival& arrival);
+    void refuse(DriverFile file, off_t offset, std::size_t size, const char* objection,
+                const Arrival& arrival);
+
+    Console& mConsole;
+    OutputFile mRecord;
+    EventLog mEvents;
+    OutputFile mPme;
+    FaultPlan mFaults;
+    StreamStatistics mStatistics;
+    std::array<std::uint64_t, kDriverFileCount> mAcceptedWrites{};
+    std::uint64_t mRefusedWrites = 0;
+    std::uint64_t mFaultedWrites = 0;
+    RateLimit mRefusalReports;
+};
+
+} // namespace sandbox

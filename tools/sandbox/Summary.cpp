@@ -1,0 +1,120 @@
+#include "Summary.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "Clocks.h"
+#include "SimulatedDriver.h"
+
+namespace sandbox {
+
+namespace {
+
+constexpr double kNanosecondsPerMillisecond = 1e6;
+
+template <typename Value>
+std::string row(const char* name, const Value& value)
+{
+    return fmt::format("  {:<19}{}\n", name, value);
+}
+
+template <typename Integer>
+double inMilliseconds(Integer nanoseconds)
+{
+    return static_cast<double>(nanoseconds) / kNanosecondsPerMillisecond;
+}
+
+/** All digits: a time stamp does not fit into a double. */
+std::string stamp(std::int64_t nanoseconds)
+{
+    return fmt::format("{}.{:09}", nanoseconds / kNanosecondsPerSecond,
+                       nanoseconds % kNanosecondsPerSecond);
+}
+
+std::string stepRows(const StreamStatistics& statistics)
+{
+    if (statistics.samples() < 2) {
+        return row("step", "- (needs two samples)");
+    }
+    return row("smallest step", fmt::format("{} ns", statistics.smallestStepNs())) +
+           row("largest step", fmt::format("{} ns", statistics.largestStepNs()));
+}
+
+std::string rateRows(const StreamStatistics& statistics)
+{
+    if (statistics.stepRate() == 0) {
+        return row("rate of the steps", "- (needs time stamps that go forward)");
+    }
+    const std::string steps =
+        row("rate of the steps", fmt::format("{:.3f} samples/s", statistics.stepRate()));
+    if (statistics.signalSpeed() == 0) {
+        return steps + row("rate on arrival", "- (needs two blocks)");
+    }
+    return steps + row("rate on arrival",
+                       fmt::format("{:.3f} samples/s, {:+.4f} % off the steps",
+                                   statistics.arrivalRate(), (statistics.signalSpeed() - 1) * 100));
+}
+
+std::string distanceRow(const char* name, const Histogram& histogram)
+{
+    return row(name, fmt::format("{:10.3f} {:10.3f} {:10.3f} {:10.3f} ms",
+                                 inMilliseconds(histogram.percentile(50)),
+                                 inMilliseconds(histogram.percentile(95)),
+                                 inMilliseconds(histogram.percentile(99)),
+                                 inMilliseconds(histogram.largest())));
+}
+
+std::string distanceRows(const StreamStatistics& statistics)
+{
+    return row("of all blocks", fmt::format("{:>10} {:>10} {:>10} {:>10}", "50 % up to",
+                                            "95 % up to", "99 % up to", "largest")) +
+           distanceRow("lead on arrival", statistics.leadNs()) +
+           distanceRow("lag on arrival", statistics.lagNs());
+}
+
+std::string streamRows(const StreamStatistics& statistics)
+{
+    if (statistics.blocks() == 0) {
+        return "";
+    }
+    return row("signal", fmt::format("{:.3f} s", inSeconds(statistics.signalNs()))) +
+           row("first time stamp", stamp(statistics.firstStampNs())) +
+           row("last time stamp", stamp(statistics.lastStampNs())) + stepRows(statistics) +
+           rateRows(statistics) + distanceRows(statistics);
+}
+
+} // namespace
+
+std::string statusText(const StreamStatistics& statistics, const Arrival& now)
+{
+    if (statistics.blocks() == 0) {
+        return "waiting for the first block";
+    }
+    const std::int64_t elapsedNs = now.mMonotonicNs - statistics.firstArrival().mMonotonicNs;
+    const double leadMs = inMilliseconds(statistics.lastStampNs() - now.mRealtimeNs);
+    return fmt::format("{:.0f} s  {} samples  {:.1f} samples/s  {} {:.1f} ms", inSeconds(elapsedNs),
+                       statistics.samples(), statistics.arrivalRate(), leadMs < 0 ? "lag" : "lead",
+                       std::abs(leadMs));
+}
+
+std::string summaryText(const SimulatedDriver& driver, bool withPmeDevice)
+{
+    const StreamStatistics& statistics = driver.statistics();
+    std::string text = "What arrived at the driver:\n";
+    text += row("blocks", statistics.blocks());
+    text += row("samples", statistics.samples());
+    text += streamRows(statistics);
+    text += row("f2h writes", driver.acceptedWrites(DriverFile::F2h));
+    text += row("r2h writes", driver.acceptedWrites(DriverFile::R2h));
+    if (withPmeDevice) {
+        text += row("PME frames", driver.acceptedWrites(DriverFile::PmeSim));
+    }
+    text += row("refused writes", driver.refusedWrites());
+    if (!driver.faults().isEmpty()) {
+        text += row("faulted writes", driver.faultedWrites());
+    }
+    return text;
+}
+
+} // namespace sandbox

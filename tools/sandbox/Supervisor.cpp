@@ -1,0 +1,294 @@
+#include "Supervisor.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <string>
+
+#include "Console.h"
+#include "FixedPaths.h"
+#include "FuseServer.h"
+#include "PrivateMounts.h"
+#include "SimulatedDriver.h"
+#include "Summary.h"
+
+namespace sandbox {
+
+namespace {
+
+/** How long the program may take to end after SIGTERM before it is killed. */
+constexpr std::int64_t kGraceNs = 5 * kNanosecondsPerSecond;
+
+timespec toTimespec(std::int64_t nanoseconds)
+{
+    return {static_cast<time_t>(nanoseconds / kNanosecondsPerSecond),
+            static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
+}
+
+/** Enters the working directory again by its name: it may have been covered. */
+void reenterWorkingDirectory()
+{
+    std::filesystem::current_path(std::filesystem::current_path());
+}
+
+} // namespace
+
+Supervisor::Supervisor(const Options& options, SimulatedDriver& driver, FuseServer& server,
+                       PrivateMounts& mounts, Console& console)
+    : mOptions(options),
+      mDriver(driver),
+      mServer(server),
+      mMounts(mounts),
+      mConsole(console),
+      mCommands(options.mCommands, driver.events(), console)
+{
+}
+
+int Supervisor::run()
+{
+    takeOverSignals();
+    const auto prepare = [this] {
+        mServer.bindFiles(mMounts);
+        reenterWorkingDirectory();
+    };
+    mProgram.start(mOptions.mProgram, prepare, [this] { restoreSignals(); });
+    mStartNs = monotonicNs();
+    mNextSecondNs = mStartNs + kNanosecondsPerSecond;
+    while (!isOver()) {
+        waitForWork();
+        runTimers();
+    }
+    mDriver.flush();
+    reportEnd();
+    return exitStatus();
+}
+
+/** Files are served to the end of what is left behind: it may have to be woken from a write. */
+bool Supervisor::isOver() const
+{
+    return mProgram.hasEnded() && mProgram.startReport() < 0 && !mProgram.killLeftBehind();
+}
+
+void Supervisor::takeOverSignals()
+{
+    // An inherited SIG_IGN for SIGCHLD would make the kernel throw the exit status away.
+    std::signal(SIGCHLD, SIG_DFL);
+    struct sigaction ignore
+    {
+    };
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &ignore, &mOldPipeAction);
+
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGCHLD, SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&signals, number);
+    }
+    sigprocmask(SIG_BLOCK, &signals, &mOldMask);
+    mSignals = FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!mSignals.isOpen()) {
+        throwErrno("cannot wait for signals");
+    }
+}
+
+void Supervisor::restoreSignals() const
+{
+    sigaction(SIGPIPE, &mOldPipeAction, nullptr);
+    sigprocmask(SIG_SETMASK, &mOldMask, nullptr);
+}
+
+void Supervisor::waitForWork()
+{
+    std::array<pollfd, 3> files = {{{mServer.descriptor(), POLLIN, 0},
+                                    {mSignals.get(), POLLIN, 0},
+                                    {mProgram.startReport(), POLLIN, 0}}};
+    const timespec wait = toTimespec(std::max<std::int64_t>(nextDeadlineNs() - monotonicNs(), 0));
+    if (ppoll(files.data(), files.size(), &wait, nullptr) < 0) {
+        if (errno == EINTR) {
+            return;
+        }
+        throwErrno("cannot wait for the program");
+    }
+    if (files[0].revents != 0) {
+        mServer.serveOne();
+    }
+    mServer.giveAnswersDue(monotonicNs());
+    if (files[1].revents != 0) {
+        handleSignal();
+    }
+    if (files[2].revents != 0) {
+        readStartReport();
+    }
+}
+
+void Supervisor::readStartReport()
+{
+    mProgram.readStartReport();
+    if (mProgram.startReport() < 0 && !mProgram.startFailure()) {
+        mConsole.message(fmt::format("from another terminal the control FIFO is /proc/{}/root{}",
+                                     mProgram.pid(), kControlFifoPath));
+    }
+}
+
+void Supervisor::handleSignal()
+{
+    signalfd_siginfo info{};
+    if (read(mSignals.get(), &info, sizeof info) != static_cast<ssize_t>(sizeof info)) {
+        return;
+    }
+    if (info.ssi_signo == SIGCHLD) {
+        mProgram.reap();
+        return;
+    }
+    forwardSignal(static_cast<int>(info.ssi_signo), info.ssi_code == SI_KERNEL);
+}
+
+/** The terminal has sent its signal to the program too; a second one would mean something else. */
+void Supervisor::forwardSignal(int number, bool isFromTerminal)
+{
+    if (!isFromTerminal) {
+        mProgram.signal(number);
+    }
+}
+
+void Supervisor::runTimers()
+{
+    const std::int64_t nowNs = monotonicNs();
+    if (!mProgram.hasEnded()) {
+        if (mDriver.statistics().blocks() > 0) {
+            mCommands.sendDue(nowNs - beganNs());
+        }
+        endWhenDue(nowNs);
+    }
+    if (nowNs >= mNextSecondNs) {
+        runEachSecond(nowNs);
+    }
+}
+
+void Supervisor::runEachSecond(std::int64_t nowNs)
+{
+    mDriver.flush();
+    if (mConsole.showsStatus()) {
+        mConsole.status(statusText(mDriver.statistics(), {realtimeNs(), nowNs}));
+    }
+    // After a pause (a suspended process) the seconds that were missed are not made up for.
+    mNextSecondNs = std::max(mNextSecondNs + kNanosecondsPerSecond, nowNs);
+}
+
+void Supervisor::endWhenDue(std::int64_t nowNs)
+{
+    if (nowNs < nextEndingNs().value_or(std::numeric_limits<std::int64_t>::max())) {
+        return;
+    }
+    if (mTermNs) {
+        mConsole.message("the program is still there 5 s after SIGTERM; killing it");
+        mProgram.signal(SIGKILL);
+        mIsKilled = true;
+        return;
+    }
+    if (mDriver.statistics().blocks() == 0) {
+        mConsole.message(fmt::format("no block came within {} s; ending the program",
+                                     inSeconds(mOptions.mPatienceNs)));
+        mEndStatus = kExitNoBlock;
+    }
+    mProgram.signal(SIGTERM);
+    mTermNs = nowNs;
+}
+
+std::optional<std::int64_t> Supervisor::nextEndingNs() const
+{
+    if (!mOptions.mRunNs || mIsKilled) {
+        return std::nullopt;
+    }
+    if (mTermNs) {
+        return *mTermNs + kGraceNs;
+    }
+    return mDriver.statistics().blocks() == 0 ? mStartNs + mOptions.mPatienceNs
+                                              : beganNs() + *mOptions.mRunNs;
+}
+
+std::int64_t Supervisor::beganNs() const
+{
+    return mDriver.statistics().firstArrival().mMonotonicNs;
+}
+
+std::int64_t Supervisor::nextDeadlineNs() const
+{
+    std::int64_t deadlineNs =
+        std::min(mNextSecondNs, mServer.nextAnswerNs().value_or(mNextSecondNs));
+    if (mProgram.hasEnded()) {
+        return deadlineNs;
+    }
+    deadlineNs = std::min(deadlineNs, nextEndingNs().value_or(deadlineNs));
+    const std::optional<std::int64_t> commandNs = mCommands.nextDueNs();
+    const bool hasBegun = mDriver.statistics().blocks() > 0;
+    return hasBegun && commandNs ? std::min(deadlineNs, beganNs() + *commandNs) : deadlineNs;
+}
+
+void Supervisor::reportEnd()
+{
+    mConsole.clearStatus();
+    if (mProgram.startFailure()) {
+        mConsole.message(mProgram.startFailure()->mText);
+        return;
+    }
+    const int status = mProgram.waitStatus();
+    if (WIFSIGNALED(status) && !isEndedByUs()) {
+        mConsole.message(fmt::format("the program ended by signal {} ({})", WTERMSIG(status),
+                                     strsignal(WTERMSIG(status))));
+    }
+    const std::size_t unsent = mCommands.remaining();
+    if (mDriver.statistics().blocks() == 0 && !mTermNs && (mOptions.mRunNs || unsent > 0)) {
+        mConsole.message(
+            "the program ended before its first block; --for and --send count from it");
+    } else if (unsent > 0) {
+        mConsole.message(
+            fmt::format("the program ended before {} of the --send commands were due", unsent));
+    }
+    for (const std::string& fault : mDriver.faults().unmet()) {
+        mConsole.message("the program ended before a write met the fault " + fault);
+    }
+    std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
+}
+
+/** True when --for or its patience ended the program; one that crashes on its way out ended by
+ * itself. */
+bool Supervisor::isEndedByUs() const
+{
+    const int status = mProgram.waitStatus();
+    const bool isOurSignal = !WIFSIGNALED(status) || WTERMSIG(status) == SIGTERM ||
+                             (mIsKilled && WTERMSIG(status) == SIGKILL);
+    return mTermNs && isOurSignal;
+}
+
+int Supervisor::exitStatus() const
+{
+    if (mProgram.startFailure()) {
+        return mProgram.startFailure()->mExitStatus;
+    }
+    if (mDriver.hasFailedOutput()) {
+        return kExitSandboxFailed;
+    }
+    if (isEndedByUs()) {
+        return mEndStatus;
+    }
+    const int status = mProgram.waitStatus();
+    if (WIFSIGNALED(status)) {
+        return kExitSignalBase + WTERMSIG(status);
+    }
+    const bool hasPlayed = !mOptions.mRunNs || mDriver.statistics().blocks() > 0;
+    return WEXITSTATUS(status) == EXIT_SUCCESS && !hasPlayed ? kExitNoBlock : WEXITSTATUS(status);
+}
+
+} // namespace sandbox

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+#include <optional>
+
+#include "FileDescriptor.h"
+#include "OperatorCommands.h"
+#include "Options.h"
+#include "ProgramProcess.h"
+
+namespace sandbox {
+
+class Console;
+class FuseServer;
+class PrivateMounts;
+class SimulatedDriver;
+
+/**
+ * Runs the program from its start to its end: one loop answers the driver's files, forwards
+ * signals, and does what is due at its time. Everything it is given is borrowed for its life.
+ */
+class Supervisor
+{
+public:
+    Supervisor(const Options& options, SimulatedDriver& driver, FuseServer& server,
+               PrivateMounts& mounts, Console& console);
+
+    /**
+     * Returns the exit status of the sandbox. Throws a std::system_error when the program cannot
+     * be forked or waited for.
+     */
+    int run();
+
+private:
+    void takeOverSignals();
+    void restoreSignals() const;
+    bool isOver() const;
+    void waitForWork();
+    void readStartReport();
+    void handleSignal();
+    void forwardSignal(int number, bool isFromTerminal);
+
+    void runTimers();
+    void runEachSecond(std::int64_t nowNs);
+    void endWhenDue(std::int64_t nowNs);
+
+    /** When the program is to get its SIGTERM, or after that its SIGKILL, if ever. */
+    std::optional<std::int64_t> nextEndingNs() const;
+    std::int64_t nextDeadlineNs() const;
+
+    /** When the first block arrived. Requires: it has. */
+    std::int64_t beganNs() const;
+
+    void reportEnd();
+    bool isEndedByUs() const;
+    int exitStatus() const;
+
+    const Options& mOptions;
+    SimulatedDriver& mDriver;
+    FuseServer& mServer;
+    PrivateMounts& mMounts;
+    Console& mConsole;
+    OperatorCommands mCommands;
+    ProgramProcess mProgram;
+    FileDescriptor mSignals;
+    sigset_t mOldMask{};
+    struct sigaction mOldPipeAction = {};
+    std::int64_t mStartNs = 0;           ///< on the monotonic clock, as the next ones
+    std::int64_t mNextSecondNs = 0;      ///< when the next once-a-second work is due
+    std::optional<std::int64_t> mTermNs; ///< when the program got its SIGTERM from --for
+    bool mIsKilled = false;
+    int mEndStatus = 0; ///< the exit status when --for ended the program
+};
+
+} // namespace sandbox
