@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 
 #include "Files.h"
 #include "FixedPaths.h"
@@ -41,6 +42,14 @@ std::string commandOf(const Write& write)
     return "dd if=/dev/zero of=" + write.mPath + " bs=" + std::to_string(write.mBytes) +
            " count=1 seek=" + std::to_string(write.mOffset) +
            " oflag=seek_bytes conv=notrunc status=none; echo $?\n";
+}
+
+/** What --events wrote behind the driver's lines, without the times. */
+std::string endOf(const std::string& events)
+{
+    static const std::regex kWriteOfTheDriver(R"(\{"t":\d+,"file":"adc-in".*\n)");
+    static const std::regex kTime(R"("t":\d+,)");
+    return std::regex_replace(std::regex_replace(events, kWriteOfTheDriver, ""), kTime, "");
 }
 } // namespace
 
@@ -160,6 +169,54 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         const std::string message = std::string("vx-sandbox: ") + it.mErrors + "\n";
         EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
     }
+}
+
+/** Whoever judges the run later has nothing but these lines. */
+TEST_F(SandboxTest, EventsTellHowTheRunEnded)
+{
+    const std::string block = "head -c 48 /dev/zero >/dev/adc-in; ";
+    const auto unsent = [](const std::string& text, const std::string& reason) {
+        return R"({"file":"simulator_control","bytes":3,"accepted":false,"text":")" + text +
+               R"(","reason":")" + reason + "\"}\n";
+    };
+    const auto ended = [](const std::string& program, const std::string& reason) {
+        return (program.empty() ? "" : "{\"program\":" + program + "}\n") +
+               R"({"run":"ended","reason":")" + reason + "\"}\n";
+    };
+    const struct
+    {
+        Words mOptions;
+        std::string mScript;
+        std::string mEnd; ///< the lines behind those of the blocks, without their times
+    } rows[] = {
+        {{}, "exit 3", ended(R"("exited","status":3)", "program")},
+        {{"--send", "0:s1", "--send", "9:s2"},
+         block + "sleep 1; kill -USR1 $$",
+         unsent("s1", "No such file or directory") + unsent("s2", "the run ended before") +
+             ended(R"("killed","signal":10)", "program")},
+        {{"--for", "0"}, block + "exec sleep 60", ended(R"("stopped")", "time")},
+        {{"--for", "0"},
+         "trap 'kill -SEGV $$' TERM; " + block + "sleep 60 & wait",
+         ended(R"("killed","signal":11)", "program")},
+        {{"--for", "1", "--patience", "0.1"}, "exec sleep 60", ended(R"("stopped")", "no block")},
+        {{},
+         "trap 'exit 5' INT; kill -INT $PPID; sleep 60 & wait",
+         ended(R"("stopped")", "interrupted")},
+        {{"--send", "0:s1"},
+         "exec sleep 60 & kill -HUP $PPID; wait",
+         unsent("s1", "the run ended before") + ended(R"("stopped")", "interrupted")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.mScript);
+        const CommandResult result = shell(row.mScript, joined({"--events", "e"}, row.mOptions));
+        EXPECT_EQ(endOf(mRunner.readFile("e")), row.mEnd) << result;
+    }
+    sandbox({"--events", "e", "./no-such-program"});
+    EXPECT_EQ(endOf(mRunner.readFile("e")), ended("", "not started"));
+    // Without a descriptor for what it needs next, the sandbox itself fails.
+    mRunner.run({"sh", "-c", "ulimit -n 6; exec " VX_SANDBOX " --events e --send 1:s1 true"});
+    EXPECT_EQ(endOf(mRunner.readFile("e")),
+              unsent("s1", "the run ended before") + ended("", "error"));
 }
 
 /** Neither may root do what an attribute of the driver refuses. */

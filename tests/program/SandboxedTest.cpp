@@ -12,6 +12,9 @@ std::vector<Event> eventsOf(const std::string& text)
     std::vector<Event> events;
     for (const std::string& line : split(text, '\n')) {
         const auto json = nlohmann::json::parse(line);
+        if (!json.contains("file")) {
+            continue;
+        }
         events.push_back({json.at("t"), json.at("file"), json.at("bytes"), json.at("accepted"),
                           json.value("words", std::vector<quint32>{})});
     }

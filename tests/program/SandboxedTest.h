@@ -17,6 +17,7 @@ struct Event
     std::vector<quint32> mWords;
 };
 
+/** The writes among the events. */
 std::vector<Event> eventsOf(const std::string& text);
 
 /** Runs programs in the sandbox, and the simulator in particular, in a directory of its own. */

@@ -8,10 +8,19 @@ namespace sandbox {
 
 namespace {
 
-nlohmann::ordered_json eventOf(std::int64_t realtimeNs, const std::string& file, std::size_t size,
-                               bool accepted)
+using Json = nlohmann::ordered_json;
+
+Json writeEvent(std::int64_t realtimeNs, const std::string& file, std::size_t size, bool accepted)
 {
     return {{"t", realtimeNs}, {"file", file}, {"bytes", size}, {"accepted", accepted}};
+}
+
+Json withFault(Json event, const std::string& fault)
+{
+    if (!fault.empty()) {
+        event["fault"] = fault;
+    }
+    return event;
 }
 
 } // namespace
@@ -19,7 +28,7 @@ nlohmann::ordered_json eventOf(std::int64_t realtimeNs, const std::string& file,
 void EventLog::addWrite(std::int64_t realtimeNs, const std::string& file, std::size_t size,
                         bool accepted, const std::string& fault)
 {
-    addLine(eventOf(realtimeNs, file, size, accepted), fault);
+    addLine(withFault(writeEvent(realtimeNs, file, size, accepted), fault));
 }
 
 void EventLog::addWords(std::int64_t realtimeNs, const std::string& file, const void* data,
@@ -29,28 +38,53 @@ void EventLog::addWords(std::int64_t realtimeNs, const std::string& file, const 
     if (!words.empty()) {
         std::memcpy(words.data(), data, words.size() * sizeof(std::uint32_t));
     }
-    nlohmann::ordered_json event = eventOf(realtimeNs, file, size, true);
+    Json event = writeEvent(realtimeNs, file, size, true);
     event["words"] = words;
-    addLine(std::move(event), fault);
+    addLine(withFault(std::move(event), fault));
 }
 
 void EventLog::addCommand(std::int64_t realtimeNs, const std::string& file, const std::string& text,
-                          bool accepted)
+                          const std::string& problem)
 {
-    nlohmann::ordered_json event = eventOf(realtimeNs, file, text.size() + 1, accepted);
+    Json event = writeEvent(realtimeNs, file, text.size() + 1, problem.empty());
     event["text"] = text;
-    addLine(std::move(event), "");
+    if (!problem.empty()) {
+        event["reason"] = problem;
+    }
+    addLine(event);
 }
 
-void EventLog::addLine(nlohmann::ordered_json event, const std::string& fault)
+void EventLog::addProgramEnd(std::int64_t realtimeNs, const ProgramEnd& end)
 {
-    if (!fault.empty()) {
-        event["fault"] = fault;
+    Json event = {{"t", realtimeNs}};
+    switch (end.mKind) {
+        case ProgramEnd::Kind::Exited:
+            event["program"] = "exited";
+            event["status"] = end.mValue;
+            break;
+        case ProgramEnd::Kind::Killed:
+            event["program"] = "killed";
+            event["signal"] = end.mValue;
+            break;
+        case ProgramEnd::Kind::Stopped:
+            event["program"] = "stopped";
+            break;
     }
+    addLine(event);
+}
+
+void EventLog::addRunEnd(std::int64_t realtimeNs, const std::string& reason)
+{
+    addLine({{"t", realtimeNs}, {"run", "ended"}, {"reason", reason}});
+    mFile.close();
+}
+
+void EventLog::addLine(const Json& event)
+{
     // A command is what its user typed, not always UTF-8.
-    constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
-    const std::string line = event.dump(-1, ' ', false, kReplace) + '\n';
+    const std::string line = event.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
     mFile.write(line.data(), line.size());
+    mFile.flush();
 }
 
 } // namespace sandbox

@@ -9,7 +9,25 @@
 
 namespace sandbox {
 
-/** Writes what happened to the driver's files and the control FIFO, one JSON object a line. */
+/** How the program that the sandbox ran has ended. */
+struct ProgramEnd
+{
+    enum class Kind
+    {
+        Exited,
+        Killed,  ///< by a signal that was not the sandbox's
+        Stopped, ///< by the sandbox, because the run was over
+    };
+
+    Kind mKind;
+    int mValue; ///< of Exited the status, of Killed the signal
+};
+
+/**
+ * Writes what happened to the driver's files and the control FIFO, and how the run ended, one JSON
+ * object a line. Each line is in the file as soon as it is added, in one piece: others may append
+ * lines of their own.
+ */
 class EventLog
 {
 public:
@@ -27,15 +45,22 @@ public:
     void addWords(std::int64_t realtimeNs, const std::string& file, const void* data,
                   std::size_t size, const std::string& fault);
 
-    /** A command of the sandbox's own for the control FIFO; `text` without its line end. */
+    /**
+     * A command of the sandbox's own for the control FIFO; `text` without its line end. `problem`
+     * says why it was not written; empty when it was.
+     */
     void addCommand(std::int64_t realtimeNs, const std::string& file, const std::string& text,
-                    bool accepted);
+                    const std::string& problem);
 
-    void flush() { mFile.flush(); }
+    void addProgramEnd(std::int64_t realtimeNs, const ProgramEnd& end);
+
+    /** The last line; closes the file. */
+    void addRunEnd(std::int64_t realtimeNs, const std::string& reason);
+
     bool hasFailed() const { return mFile.hasFailed(); }
 
 private:
-    void addLine(nlohmann::ordered_json event, const std::string& fault);
+    void addLine(const nlohmann::ordered_json& event);
 
     OutputFile mFile;
 };

@@ -50,6 +50,14 @@ void OperatorCommands::sendDue(std::int64_t elapsedNs)
     }
 }
 
+void OperatorCommands::recordUnsent() const
+{
+    for (std::size_t index = mNext; index < mCommands.size(); ++index) {
+        mEvents.addCommand(realtimeNs(), kEventName, mCommands[index].mText,
+                           "the run ended before");
+    }
+}
+
 std::optional<std::int64_t> OperatorCommands::nextDueNs() const
 {
     if (remaining() == 0) {
@@ -62,7 +70,7 @@ void OperatorCommands::send(const std::string& text)
 {
     const std::int64_t sentNs = realtimeNs();
     const std::string problem = writeToFifo(text + "\n");
-    mEvents.addCommand(sentNs, kEventName, text, problem.empty());
+    mEvents.addCommand(sentNs, kEventName, text, problem);
     if (!problem.empty()) {
         mConsole.message(
             fmt::format("cannot send \"{}\" to {}: {}", text, kControlFifoPath, problem));

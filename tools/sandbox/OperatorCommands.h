@@ -32,6 +32,9 @@ public:
     /** How many have not been due yet. */
     std::size_t remaining() const { return mCommands.size() - mNext; }
 
+    /** Records in the events that the remaining ones were not sent. */
+    void recordUnsent() const;
+
 private:
     void send(const std::string& text);
 

@@ -1,41 +1,70 @@
 #include "OutputFile.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
 #include "Console.h"
-#include "FileDescriptor.h"
 
 namespace sandbox {
+
+namespace {
+
+constexpr mode_t kNewFileMode = 0666;
+constexpr std::size_t kBufferBytes = 64 * 1024;
+
+} // namespace
 
 OutputFile::OutputFile(const std::string& path, Console& console) : mPath(path), mConsole(console)
 {
     if (path.empty()) {
         return;
     }
-    mFile.reset(std::fopen(path.c_str(), "we"));
-    if (!isOpen()) {
+    mFile = FileDescriptor(
+        open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kNewFileMode));
+    if (!mFile.isOpen()) {
         throwErrno("cannot write " + path);
     }
 }
 
 OutputFile::~OutputFile()
 {
-    flush();
+    close();
 }
 
 void OutputFile::write(const void* data, std::size_t size)
 {
-    if (isOpen() && std::fwrite(data, 1, size, mFile.get()) != size) {
-        endWithError();
+    if (!mFile.isOpen()) {
+        return;
+    }
+    mBuffer.append(static_cast<const char*>(data), size);
+    if (mBuffer.size() >= kBufferBytes) {
+        flush();
     }
 }
 
 void OutputFile::flush()
 {
-    if (isOpen() && std::fflush(mFile.get()) != 0) {
+    std::size_t done = 0;
+    while (done < mBuffer.size()) {
+        const ssize_t written = ::write(mFile.get(), mBuffer.data() + done, mBuffer.size() - done);
+        if (written >= 0) {
+            done += static_cast<std::size_t>(written);
+        } else if (errno != EINTR) {
+            endWithError();
+            return;
+        }
+    }
+    mBuffer.clear();
+}
+
+void OutputFile::close()
+{
+    flush();
+    if (mFile.isOpen() && ::close(mFile.release()) != 0) {
         endWithError();
     }
 }
@@ -44,7 +73,8 @@ void OutputFile::endWithError()
 {
     mConsole.message(fmt::format("cannot write {}: {}; it ends here", mPath, std::strerror(errno)));
     mHasFailed = true;
-    mFile.reset();
+    mBuffer.clear();
+    mFile.close();
 }
 
 } // namespace sandbox

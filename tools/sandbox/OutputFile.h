@@ -1,16 +1,17 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
-#include <memory>
 #include <string>
+
+#include "FileDescriptor.h"
 
 namespace sandbox {
 
 class Console;
 
 /**
- * A file that is only appended to, buffered. One that nobody asked for (no path) swallows
+ * A file that is only appended to, so that others may append to it as well. Buffered: it reaches
+ * the file in whole writes, never with a part of one. One that nobody asked for (no path) swallows
  * everything. A write that fails is reported once and ends the output, because a file with a hole
  * in it would be worse than a short one.
  */
@@ -27,26 +28,22 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
 
-    /** Whether what is written goes anywhere. */
-    bool isOpen() const { return mFile != nullptr; }
-
     void write(const void* data, std::size_t size);
     void flush();
+
+    /** Flushes and closes; what is written from then on is swallowed. */
+    void close();
 
     /** Whether a write failed; what came after it is lost. */
     bool hasFailed() const { return mHasFailed; }
 
 private:
-    struct Closer
-    {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
     void endWithError();
 
     std::string mPath;
     Console& mConsole;
-    std::unique_ptr<std::FILE, Closer> mFile;
+    FileDescriptor mFile;
+    std::string mBuffer;
     bool mHasFailed = false;
 };
 

@@ -95,11 +95,17 @@ void SimulatedDriver::refuse(DriverFile file, off_t offset, std::size_t size, co
 void SimulatedDriver::flush()
 {
     mRecord.flush();
-    mEvents.flush();
     mPme.flush();
     if (const std::uint64_t suppressed = mRefusalReports.takeSuppressed()) {
         mConsole.message(fmt::format("refused {} more writes, not shown one by one", suppressed));
     }
+}
+
+void SimulatedDriver::closeOutputs()
+{
+    flush();
+    mRecord.close();
+    mPme.close();
 }
 
 bool SimulatedDriver::hasFailedOutput() const

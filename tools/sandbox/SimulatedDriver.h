@@ -63,6 +63,9 @@ public:
     /** Hands what is buffered to the output files, and tells of reports that were held back. */
     void flush();
 
+    /** As flush(), and closes the output files, all but the events. */
+    void closeOutputs();
+
     bool hasFailedOutput() const;
 
     EventLog& events() { return mEvents; }

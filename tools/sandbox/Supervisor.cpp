@@ -45,13 +45,13 @@ void reenterWorkingDirectory()
 } // namespace
 
 Supervisor::Supervisor(const Options& options, SimulatedDriver& driver, FuseServer& server,
-                       PrivateMounts& mounts, Console& console)
+                       PrivateMounts& mounts, OperatorCommands& commands, Console& console)
     : mOptions(options),
       mDriver(driver),
       mServer(server),
       mMounts(mounts),
       mConsole(console),
-      mCommands(options.mCommands, driver.events(), console)
+      mCommands(commands)
 {
 }
 
@@ -69,8 +69,9 @@ int Supervisor::run()
         waitForWork();
         runTimers();
     }
-    mDriver.flush();
+    mDriver.closeOutputs();
     reportEnd();
+    recordEnd();
     return exitStatus();
 }
 
@@ -151,7 +152,8 @@ void Supervisor::handleSignal()
         mProgram.reap();
         return;
     }
-    forwardSignal(static_cast<int>(info.ssi_signo), info.ssi_code == SI_KERNEL);
+    mInterrupt = static_cast<int>(info.ssi_signo);
+    forwardSignal(mInterrupt, info.ssi_code == SI_KERNEL);
 }
 
 /** The terminal has sent its signal to the program too; a second one would mean something else. */
@@ -262,6 +264,38 @@ void Supervisor::reportEnd()
     std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
 }
 
+void Supervisor::recordEnd()
+{
+    mCommands.recordUnsent();
+    if (!mProgram.startFailure()) {
+        mDriver.events().addProgramEnd(realtimeNs(), programEnd());
+    }
+    mDriver.events().addRunEnd(realtimeNs(), endReason());
+}
+
+ProgramEnd Supervisor::programEnd() const
+{
+    const int status = mProgram.waitStatus();
+    if (isEndedByUs() || isEndedByInterrupt()) {
+        return {ProgramEnd::Kind::Stopped, 0};
+    }
+    if (WIFSIGNALED(status)) {
+        return {ProgramEnd::Kind::Killed, WTERMSIG(status)};
+    }
+    return {ProgramEnd::Kind::Exited, WEXITSTATUS(status)};
+}
+
+const char* Supervisor::endReason() const
+{
+    if (const std::optional<StartFailure>& failure = mProgram.startFailure()) {
+        return failure->mExitStatus == kExitSandboxFailed ? "error" : "not started";
+    }
+    if (isEndedByUs()) {
+        return mEndStatus == kExitNoBlock ? "no block" : "time";
+    }
+    return isEndedByInterrupt() ? "interrupted" : "program";
+}
+
 /** True when --for or its patience ended the program; one that crashes on its way out ended by
  * itself. */
 bool Supervisor::isEndedByUs() const
@@ -270,6 +304,13 @@ bool Supervisor::isEndedByUs() const
     const bool isOurSignal = !WIFSIGNALED(status) || WTERMSIG(status) == SIGTERM ||
                              (mIsKilled && WTERMSIG(status) == SIGKILL);
     return mTermNs && isOurSignal;
+}
+
+/** True when the program ended upon a signal that was meant to end the sandbox. */
+bool Supervisor::isEndedByInterrupt() const
+{
+    const int status = mProgram.waitStatus();
+    return mInterrupt != 0 && (!WIFSIGNALED(status) || WTERMSIG(status) == mInterrupt);
 }
 
 int Supervisor::exitStatus() const

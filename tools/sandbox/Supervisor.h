@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "EventLog.h"
 #include "FileDescriptor.h"
 #include "OperatorCommands.h"
 #include "Options.h"
@@ -24,7 +25,7 @@ class Supervisor
 {
 public:
     Supervisor(const Options& options, SimulatedDriver& driver, FuseServer& server,
-               PrivateMounts& mounts, Console& console);
+               PrivateMounts& mounts, OperatorCommands& commands, Console& console);
 
     /**
      * Returns the exit status of the sandbox. Throws a std::system_error when the program cannot
@@ -53,7 +54,11 @@ private:
     std::int64_t beganNs() const;
 
     void reportEnd();
+    void recordEnd();
     bool isEndedByUs() const;
+    bool isEndedByInterrupt() const;
+    ProgramEnd programEnd() const;
+    const char* endReason() const;
     int exitStatus() const;
 
     const Options& mOptions;
@@ -61,7 +66,7 @@ private:
     FuseServer& mServer;
     PrivateMounts& mMounts;
     Console& mConsole;
-    OperatorCommands mCommands;
+    OperatorCommands& mCommands;
     ProgramProcess mProgram;
     FileDescriptor mSignals;
     sigset_t mOldMask{};
@@ -71,6 +76,7 @@ private:
     std::optional<std::int64_t> mTermNs; ///< when the program got its SIGTERM from --for
     bool mIsKilled = false;
     int mEndStatus = 0; ///< the exit status when --for ended the program
+    int mInterrupt = 0; ///< the last signal that was to end the sandbox
 };
 
 } // namespace sandbox

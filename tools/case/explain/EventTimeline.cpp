@@ -36,7 +36,8 @@ bool EventTimeline::readLine()
     ++mLineNumber;
     try {
         const auto event = nlohmann::json::parse(line);
-        if (!event.at("accepted").get<bool>()) {
+        const bool isAboutTheEnd = event.contains("program") || event.contains("run");
+        if (isAboutTheEnd || !event.at("accepted").get<bool>()) {
             return true;
         }
         const auto timeNs = event.at("t").get<qint64>();
