@@ -1,0 +1,120 @@
+#include "OutputCheck.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+namespace files {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/** As many links as the kernel follows for one name. */
+constexpr int kMaxLinks = 40;
+
+/** Equal for two names of one file, and only then. */
+struct Identity
+{
+    dev_t mDevice = 0;
+    ino_t mInode = 0; ///< of the file; where it does not exist, of its directory ...
+    fs::path mName;   ///< ... with its name there; the whole path where that does not exist either
+
+    bool operator==(const Identity& other) const
+    {
+        return std::tie(mDevice, mInode, mName) ==
+               std::tie(other.mDevice, other.mInode, other.mName);
+    }
+};
+
+std::optional<struct stat> statusOf(const fs::path& path)
+{
+    struct stat status
+    {
+    };
+    return stat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
+}
+
+/** What a link to a file that does not exist yet leads to, which is what writing would make. */
+fs::path behindLinks(fs::path path)
+{
+    std::error_code error;
+    for (int links = 0; links < kMaxLinks && fs::is_symlink(path, error); ++links) {
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path;
+}
+
+Identity identityOfMissing(const fs::path& path)
+{
+    const fs::path target = behindLinks(path);
+    const fs::path directory = target.has_parent_path() ? target.parent_path() : ".";
+    if (const std::optional<struct stat> status = statusOf(directory)) {
+        return {status->st_dev, status->st_ino, target.filename()};
+    }
+    std::error_code error;
+    return {0, 0, fs::weakly_canonical(fs::absolute(target, error), error)};
+}
+
+/** Nothing for what cannot be overwritten. */
+std::optional<Identity> identityOf(const fs::path& path)
+{
+    const std::optional<struct stat> status = statusOf(path);
+    if (!status) {
+        return identityOfMissing(path);
+    }
+    if (S_ISCHR(status->st_mode)) {
+        return std::nullopt;
+    }
+    return Identity{status->st_dev, status->st_ino, {}};
+}
+
+bool areSameFile(const std::string& left, const std::string& right)
+{
+    const std::optional<Identity> identity = identityOf(left);
+    return identity && identity == identityOf(right);
+}
+
+} // namespace
+
+void OutputCheck::addInput(std::string role, std::string path)
+{
+    if (!path.empty()) {
+        mInputs.push_back({std::move(role), std::move(path)});
+    }
+}
+
+void OutputCheck::addOutput(std::string role, std::string path)
+{
+    if (!path.empty()) {
+        mOutputs.push_back({std::move(role), std::move(path)});
+    }
+}
+
+std::string OutputCheck::conflict() const
+{
+    for (auto output = mOutputs.begin(); output != mOutputs.end(); ++output) {
+        const auto isOutput = [output](const NamedFile& other) {
+            return areSameFile(output->mPath, other.mPath);
+        };
+        const std::string begin = output->mPath + ": " + output->mRole;
+        const auto input = std::find_if(mInputs.begin(), mInputs.end(), isOutput);
+        if (input != mInputs.end()) {
+            return begin + " would overwrite " + input->mRole + " " + input->mPath +
+                   "; name another file";
+        }
+        const auto earlier = std::find_if(mOutputs.begin(), output, isOutput);
+        if (earlier != output) {
+            return begin + " is the same file as " + earlier->mRole + " " + earlier->mPath +
+                   "; name another file";
+        }
+    }
+    return {};
+}
+
+} // namespace files
