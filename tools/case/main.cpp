@@ -2,11 +2,13 @@
 #include <clocale>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "CaseConfiguration.h"
 #include "base/CaseError.h"
+#include "base/StandardOutput.h"
 #include "commands/Commands.h"
 
 namespace {
@@ -46,7 +48,10 @@ int parseAndRun(CLI::App& app, int argc, char** argv)
         app.parse(argc, argv);
         return EXIT_SUCCESS;
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : kCommandLineAtFault;
+        std::ostringstream result;
+        const int status = app.exit(error, result, std::cerr);
+        base::writeToStandardOutput(result.str());
+        return status == EXIT_SUCCESS ? EXIT_SUCCESS : kCommandLineAtFault;
     }
 }
 } // namespace

@@ -1,10 +1,9 @@
 #include "base/ResultFile.h"
 
-#include <unistd.h>
-
 #include <QFileInfo>
 
 #include "base/CaseError.h"
+#include "base/StandardOutput.h"
 
 namespace base {
 
@@ -12,24 +11,19 @@ namespace {
 constexpr size_t kPendingBytes = size_t{1} << 16U;
 } // namespace
 
-ResultFile::ResultFile(const std::string& name) : mName(name.empty() ? "standard output" : name)
+ResultFile::ResultFile(const std::string& name) : mName(name)
 {
-    if (name.empty()) {
-        mDevice = &mStandardOutput;
-        if (!mStandardOutput.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-            fail(mStandardOutput.errorString().toStdString());
-        }
+    if (mName.empty()) {
         return;
     }
-    const QString path = QString::fromStdString(name);
+    const QString path = QString::fromStdString(mName);
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
         fail("expected a regular file or a new name");
     }
-    mDevice = &mSaved;
-    mSaved.setFileName(path);
-    if (!mSaved.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        fail(mSaved.errorString().toStdString());
+    mFile.setFileName(path);
+    if (!mFile.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        fail(mFile.errorString().toStdString());
     }
 }
 
@@ -46,18 +40,31 @@ void ResultFile::write(std::string_view bytes)
 void ResultFile::commit()
 {
     flush();
-    if (mDevice == &mSaved && !mSaved.commit()) {
-        fail(mSaved.errorString().toStdString());
+    if (!mName.empty() && !mFile.commit()) {
+        fail(mFile.errorString().toStdString());
     }
 }
 
 void ResultFile::flush()
 {
-    const auto size = static_cast<qint64>(mPending.size());
-    if (mDevice->write(mPending.data(), size) != size) {
-        fail(mDevice->errorString().toStdString());
+    if (mName.empty()) {
+        writeToStandardOutput(mPending);
+    } else {
+        writeToFile(mPending);
     }
     mPending.clear();
+}
+
+/** A disk that fills up takes a part first; only the write after it has the reason. */
+void ResultFile::writeToFile(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const qint64 written = mFile.write(bytes.data(), static_cast<qint64>(bytes.size()));
+        if (written <= 0) {
+            fail(mFile.errorString().toStdString());
+        }
+        bytes.remove_prefix(static_cast<size_t>(written));
+    }
 }
 
 void ResultFile::fail(const std::string& reason) const

@@ -1,18 +1,17 @@
 #pragma once
 
-#include <QFile>
 #include <QSaveFile>
-#include <memory>
 #include <string>
 #include <string_view>
 
 namespace base {
 
 /**
- * Where a command's result goes: a file, which is written beside its place and renamed at the
+ * Where a command's result goes: a file, which is written under another name and renamed at the
  * end, so that a failure leaves no half file and keeps the old one; or standard output.
  *
- * Owns the open file. Throws CaseError with the file's name for whatever fails.
+ * Owns the open file. Throws CaseError with the file's name and the system's reason for whatever
+ * fails.
  */
 class ResultFile
 {
@@ -35,12 +34,11 @@ public:
 private:
     [[noreturn]] void fail(const std::string& reason) const;
     void flush();
+    void writeToFile(std::string_view bytes);
 
-    std::string mName; ///< as messages give it
-    QSaveFile mSaved;
-    QFile mStandardOutput;
-    QFileDevice* mDevice = nullptr; ///< one of the two
-    std::string mPending;           ///< collected, so that a line costs no call
+    std::string mName;    ///< empty for standard output
+    QSaveFile mFile;      ///< not used for standard output
+    std::string mPending; ///< collected, so that a line costs no call
 };
 
 } // namespace base

@@ -8,6 +8,7 @@
 
 #include "ConfigFileLookup.h"
 #include "base/CaseError.h"
+#include "base/StandardOutput.h"
 #include "check/CaseCheck.h"
 #include "commands/Commands.h"
 
@@ -46,21 +47,24 @@ std::string frequencies(const check::CheckedConfiguration& row)
                                            : fmt::format("{} to {}", row.mLowestHz, row.mHighestHz);
 }
 
-void printTable(const check::CaseCheck& check)
+std::string tableOf(const check::CaseCheck& check)
 {
-    fmt::print("{:>6}  {:>7}  {:>10}  {:>11}  {:>12}  {}\n", "number", "entries", "samples",
-               "duration/s", "frequency/Hz", "files");
+    std::string text = fmt::format("{:>6}  {:>7}  {:>10}  {:>11}  {:>12}  {}\n", "number",
+                                   "entries", "samples", "duration/s", "frequency/Hz", "files");
     for (const check::CheckedConfiguration& row : check.configurations()) {
-        fmt::print("{:>6}  {:>7}  {:>10}  {:>11.3f}  {:>12}  {}{}\n", row.mNumber, row.mEntries,
-                   row.mSamples, row.mSeconds, frequencies(row), fmt::join(row.mFiles, ", "),
-                   row.mIsContinuous ? " (continuous from the start)" : "");
+        text += fmt::format("{:>6}  {:>7}  {:>10}  {:>11.3f}  {:>12}  {}{}\n", row.mNumber,
+                            row.mEntries, row.mSamples, row.mSeconds, frequencies(row),
+                            fmt::join(row.mFiles, ", "),
+                            row.mIsContinuous ? " (continuous from the start)" : "");
     }
-    fmt::print("memory for the samples: {:.1f} MiB on the 32-bit device, {:.1f} MiB here\n",
-               static_cast<double>(check.bytesOn32Bits()) / kBytesPerMebibyte,
-               static_cast<double>(check.bytesHere()) / kBytesPerMebibyte);
+    return text + fmt::format(
+                      "memory for the samples: {:.1f} MiB on the 32-bit device, {:.1f} MiB "
+                      "here\n",
+                      static_cast<double>(check.bytesOn32Bits()) / kBytesPerMebibyte,
+                      static_cast<double>(check.bytesHere()) / kBytesPerMebibyte);
 }
 
-void printJson(const check::CaseCheck& check)
+std::string jsonOf(const check::CaseCheck& check)
 {
     Json rows = Json::array();
     for (const check::CheckedConfiguration& row : check.configurations()) {
@@ -78,7 +82,7 @@ void printJson(const check::CaseCheck& check)
                          {"configurations", rows},
                          {"bytesOnDevice", check.bytesOn32Bits()},
                          {"bytesHere", check.bytesHere()}};
-    std::cout << result.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    return result.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 void run(const Options& options)
@@ -95,7 +99,7 @@ void run(const Options& options)
     for (const std::string& warning : check.warnings()) {
         fmt::print(stderr, "warning: {}\n", warning);
     }
-    options.mJson ? printJson(check) : printTable(check);
+    base::writeToStandardOutput(options.mJson ? jsonOf(check) : tableOf(check));
     if (!check.errors().empty() || (options.mStrict && !check.warnings().empty())) {
         throw base::CaseError(fmt::format("{}: {} errors, {} warnings", name.toStdString(),
                                           check.errorCount(), check.warnings().size()));

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "base/Numbers.h"
+#include "base/StandardOutput.h"
 #include "base/Text.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
@@ -149,9 +150,11 @@ void addReader(CLI::App& command, const Reader& reader, GenerateOptions& options
 
 void list()
 {
+    std::string text;
     for (const generate::Signal& signal : generate::signalTable()) {
-        fmt::print("{:<28} {}\n", signal.mName, signal.mText);
+        text += fmt::format("{:<28} {}\n", signal.mName, signal.mText);
     }
+    base::writeToStandardOutput(text);
 }
 
 /** Changes one parameter of the signal, by a text such as "percent=40". */

@@ -4,7 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "base/ResultFile.h"
+#include "base/StandardOutput.h"
 #include "base/TextTable.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
@@ -191,10 +191,8 @@ void runInfo(const InfoOptions& options)
     const auto source = input::openInput(options.mFile, options.mInput);
     waveform::Measures measures(source->description());
     waveform::measure(*source, &measures);
-    base::ResultFile output("");
-    output.write(options.mJson ? infoJson(source->description(), measures)
-                               : infoText(source->description(), measures));
-    output.commit();
+    base::writeToStandardOutput(options.mJson ? infoJson(source->description(), measures)
+                                              : infoText(source->description(), measures));
 }
 } // namespace
 
