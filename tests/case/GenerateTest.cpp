@@ -257,7 +257,7 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         {"--signal interharmonic-75hz --set hertz=9000", 2,
          "tone of 9000 Hz: expected 0 Hz or more and less than 9000 Hz, half of the samples in a "
          "second"},
-        {"--truth one -o ./one", 2, "--truth: 'one': expected another file than that of -o"},
+        {"--truth one -o ./one", 2, "one: --truth is the same file as -o ./one; name another file"},
         {"-o no/such.csv", 1, "no/such.csv: No such file or directory"},
     };
     for (const Case& it : cases) {

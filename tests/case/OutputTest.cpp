@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <map>
+
 #include "CommandRunner.h"
 #include "SampleRecord.h"
 
 using testing::EndsWith;
-using testing::HasSubstr;
 
 namespace {
 /** A period of 50 Hz whose values differ. */
@@ -56,6 +58,18 @@ protected:
         return mRunner.run({"sh", "-c", "PATH=.:$(dirname " VX_CASE "):$PATH; " + line});
     }
 
+    /** The content of every file, by its path; without those that the runner makes. */
+    std::map<std::string, std::string> allFiles() const
+    {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(mRunner.path(""))) {
+            if (entry.is_regular_file() && entry.path().filename().string()[0] != '.') {
+                files[entry.path()] = readFile(entry.path());
+            }
+        }
+        return files;
+    }
+
     CommandRunner mRunner;
 };
 
@@ -87,4 +101,78 @@ TEST_F(OutputTest, AClosedPipeEndsQuietly)
         EXPECT_EQ(result.mErrors, "") << before;
         EXPECT_EQ(result.mOutput, "# made by vx-case generate --duration 5\n") << before;
     }
+}
+
+TEST_F(OutputTest, NoCommandOverwritesWhatItReads)
+{
+    mRunner.writeFile("e.jsonl", "");
+    mRunner.writeFile("there.csv", "an older result\n");
+    ASSERT_EQ(shell("cp r.bin run.dat && cp v.csv v.svg && cp v.csv c.svg && touch e.svg && "
+                    "echo 0,1,c.svg >> c.conf && mkdir dir && ln v.csv dir/hard.csv && ln -s "
+                    "../v.csv dir/soft.csv && "
+                    "ln -s dir linked && ln -s there.csv link && cp v.csv dir/sub.csv && "
+                    "echo 0,1,sub.csv > sub.conf && vx-case export v.csv -o rec.cfg")
+                  .mExitCode,
+              0);
+    const auto before = allFiles();
+    const std::string events = "explain r.bin --config c.conf --events e.jsonl -o ";
+    const std::string sub = "explain r.bin --config sub.conf --directory dir -o ";
+    const struct
+    {
+        std::string mArguments;
+        std::string mError;
+    } rows[] = {
+        {"import rec.cfg -o rec.cfg", "rec.cfg: -o would overwrite the recording rec.cfg"},
+        {"import rec.cfg -o ./rec.dat", "./rec.dat: -o would overwrite the recording rec.dat"},
+        {"import rec.dat -o rec.cfg", "rec.cfg: -o would overwrite the recording rec.cfg"},
+        {"import rec.cfg -o n.csv --configuration n.csv",
+         "n.csv: --configuration is the same file as -o n.csv"},
+        {"import rec.cfg -o n.csv --configuration rec.dat",
+         "rec.dat: --configuration would overwrite the recording rec.dat"},
+        {"import rec.cfg -o dir/n.csv --configuration linked/n.csv",
+         "linked/n.csv: --configuration is the same file as -o dir/n.csv"},
+        {"import rec.cfg -o there.csv --configuration link",
+         "link: --configuration is the same file as -o there.csv"},
+        {"export v.csv -o v.csv", "v.csv: -o would overwrite the input v.csv"},
+        {"export v.csv -o dir/hard.csv", "dir/hard.csv: -o would overwrite the input v.csv"},
+        {"export v.csv -o linked/soft.csv", "linked/soft.csv: -o would overwrite the input v.csv"},
+        {"export dir/../v.csv -o v.csv", "v.csv: -o would overwrite the input dir/../v.csv"},
+        {"export run.dat -o run.cfg", "run.dat: the data of -o would overwrite the input run.dat"},
+        {events + "r.bin", "r.bin: -o would overwrite the recording r.bin"},
+        {events + "c.conf", "c.conf: -o would overwrite the configuration c.conf"},
+        {events + "v.csv", "v.csv: -o would overwrite the value file v.csv"},
+        {events + "e.jsonl", "e.jsonl: -o would overwrite --events e.jsonl"},
+        {sub + "linked/sub.csv", "linked/sub.csv: -o would overwrite the value file dir/sub.csv"},
+        {"plot run.dat v.svg -o v.svg", "v.svg: -o would overwrite the input v.svg"},
+        {"plot run.dat --events e.svg -o e.svg", "e.svg: -o would overwrite --events e.svg"},
+        {"plot run.dat --config c.conf -o c.svg", "c.svg: -o would overwrite the value file c.svg"},
+        {"generate -o dir/n.csv --truth dir/../dir/n.csv",
+         "dir/../dir/n.csv: --truth is the same file as -o dir/n.csv"},
+    };
+    for (const auto& row : rows) {
+        const CommandResult result = mRunner.run(split(VX_CASE + (" " + row.mArguments)));
+        EXPECT_EQ(result.mExitCode, 2) << row.mArguments;
+        EXPECT_EQ(result.mErrors, "vx-case: " + row.mError + "; name another file; see --help\n");
+        EXPECT_TRUE(allFiles() == before) << row.mArguments;
+    }
+}
+
+/** What cannot stand in a line of a case configuration is refused; what breaks a comment, too. */
+TEST_F(OutputTest, ConfigurationsOfImportsHoldTheirNames)
+{
+    ASSERT_EQ(shell("vx-case export v.csv -o 'a\nb.cfg'").mExitCode, 0);
+    for (const char* const name : {"n,1.csv", "n#1.csv", "n\n1.csv", "n\t1.csv", "n  1.csv"}) {
+        const CommandResult result =
+            mRunner.run({VX_CASE, "import", "a\nb.cfg", "-o", name, "--configuration", "n.conf"});
+        EXPECT_EQ(result.mExitCode, 1) << name;
+        EXPECT_THAT(result.mErrors, EndsWith("csv: expected a path without ',', '#', line ends "
+                                             "and blanks in a row, which a case configuration "
+                                             "cannot hold\n"));
+        EXPECT_EQ(mRunner.readFile(name) + mRunner.readFile("n.conf"), "") << name;
+    }
+    EXPECT_EQ(
+        mRunner.run({VX_CASE, "import", "a\nb.cfg", "-o", "n 1.csv", "--configuration", "n.conf"})
+            .mExitCode,
+        0);
+    EXPECT_EQ(shell("vx-case check n.conf").mExitCode, 0);
 }

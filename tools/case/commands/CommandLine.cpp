@@ -1,6 +1,7 @@
 #include "commands/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 
 namespace commands {
@@ -16,6 +17,8 @@ std::string commandLineOf(const CLI::App& command)
             text += ' ' + option->results()[index];
         }
     }
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     return text;
 }
 

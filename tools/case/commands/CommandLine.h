@@ -10,7 +10,7 @@ namespace commands {
 
 /**
  * The command line that a subcommand was given, for a comment in its result: "vx-case", its name,
- * and its options in their order.
+ * and its options in their order, in one line whatever they hold.
  */
 std::string commandLineOf(const CLI::App& command);
 

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "base/CaseError.h"
+#include "commands/CommandFiles.h"
 #include "commands/Commands.h"
 #include "explain/Explanation.h"
 #include "explain/ExplanationOutputs.h"
@@ -41,8 +42,19 @@ std::unique_ptr<explain::ExplanationOutput> makeOutput(const ExplainOptions& opt
     return explain::explanationText(file, width);
 }
 
+void expectNoConflict(const ExplainOptions& options)
+{
+    CommandFiles files;
+    files.addInput("the recording", options.mRecording);
+    files.addCases(options.mConfiguration, options.mDirectory);
+    files.addInput("--events", options.mEvents);
+    files.addOutput("-o", options.mOutput);
+    files.expectNoConflict();
+}
+
 void explain(const ExplainOptions& options)
 {
+    expectNoConflict(options);
     const explain::PlayPlan plan(options.mConfiguration, options.mDirectory);
     std::unique_ptr<explain::EventTimeline> events;
     if (!options.mEvents.empty()) {

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 
+#include "commands/CommandFiles.h"
 #include "commands/Commands.h"
 #include "commands/ScaleOption.h"
 #include "exporting/Exporter.h"
@@ -25,6 +26,11 @@ void run(const exporting::ExportOptions& options)
         throw CLI::ValidationError(
             "-o", fmt::format("'{}': expected a name in .cfg, .cff or .csv", options.mOutput));
     }
+    CommandFiles files;
+    files.addSignal("the input", options.mInput);
+    files.addOutput("-o", options.mOutput);
+    files.addOutput("the data of -o", exporting::dataNameFor(options.mOutput));
+    files.expectNoConflict();
     const std::string remark = exporting::exportSignal(options);
     if (!remark.empty()) {
         std::cerr << "vx-case: " << options.mInput << ": " << remark << std::endl;

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -9,6 +8,7 @@
 #include "base/Numbers.h"
 #include "base/StandardOutput.h"
 #include "base/Text.h"
+#include "commands/CommandFiles.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "generate/SignalTable.h"
@@ -201,14 +201,6 @@ generate::Signal signalOf(const GenerateOptions& options)
     return signal;
 }
 
-/** The second that is written would replace the first. Requires: both can be opened. */
-bool isOneFile(const std::string& first, const std::string& second)
-{
-    namespace fs = std::filesystem;
-    return !first.empty() && !second.empty() &&
-           fs::weakly_canonical(fs::absolute(first)) == fs::weakly_canonical(fs::absolute(second));
-}
-
 void generate(const GenerateOptions& options, const std::string& commandLine)
 {
     generate::WaveParameters parameters = options.mWave;
@@ -221,15 +213,14 @@ void generate(const GenerateOptions& options, const std::string& commandLine)
     if (!problem.empty()) {
         throw CLI::ValidationError(problem);
     }
+    CommandFiles files;
+    files.addOutput("-o", options.mOutput);
+    files.addOutput("--truth", options.mTruth);
+    files.expectNoConflict();
     base::ResultFile output(options.mOutput);
     std::optional<base::ResultFile> truth;
     if (!options.mTruth.empty()) {
         truth.emplace(options.mTruth);
-        if (isOneFile(options.mTruth, options.mOutput)) {
-            throw CLI::ValidationError(
-                "--truth",
-                fmt::format("'{}': expected another file than that of -o", options.mTruth));
-        }
         generate::writeTruth(signal, parameters, *truth);
     }
     generate::writeWave(generate::Wave(parameters), {"made by " + commandLine}, output);

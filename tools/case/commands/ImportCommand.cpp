@@ -1,14 +1,15 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <QFileInfo>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "SampleStep.h"
 #include "base/CaseError.h"
+#include "base/ConfigurationPath.h"
 #include "base/Numbers.h"
 #include "base/TextTable.h"
+#include "commands/CommandFiles.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
@@ -102,21 +103,13 @@ std::string jsonOf(const importing::ImportReport& report)
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-/** The value file by its full path: a configuration is played from anywhere. */
-std::string configurationLineFor(const std::string& valueFile)
-{
-    const std::string path =
-        QFileInfo(QString::fromStdString(valueFile)).absoluteFilePath().toStdString();
-    if (path.find_first_of(",#") != std::string::npos) {
-        throw base::CaseError(path +
-                              ": expected a name without ',' and '#', which a case "
-                              "configuration cannot hold");
-    }
-    return "0,1," + path + "\n";
-}
-
 void runImport(const ImportCommandOptions& options)
 {
+    CommandFiles files;
+    files.addSignal("the recording", options.mRecording);
+    files.addOutput("-o", options.mOutput);
+    files.addOutput("--configuration", options.mConfiguration);
+    files.expectNoConflict();
     const auto source = input::openInput(options.mRecording, options.mInput);
     if (source->description().mFormat == "value file") {
         throw base::CaseError(options.mRecording +
@@ -126,7 +119,7 @@ void runImport(const ImportCommandOptions& options)
     std::string line;
     std::unique_ptr<base::ResultFile> configuration;
     if (!options.mConfiguration.empty()) {
-        line = configurationLineFor(options.mOutput);
+        line = "0,1," + base::configurationPath(options.mOutput) + "\n";
         configuration = std::make_unique<base::ResultFile>(options.mConfiguration);
     }
     const importing::ImportReport report =

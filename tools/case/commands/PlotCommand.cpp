@@ -12,6 +12,7 @@
 #include "base/Numbers.h"
 #include "base/ResultFile.h"
 #include "base/Text.h"
+#include "commands/CommandFiles.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "plot/Gnuplot.h"
@@ -102,6 +103,19 @@ std::string withoutPages(const std::string& text)
     return result;
 }
 
+void expectNoConflict(const PlotOptions& options)
+{
+    const plot::PictureRequest& request = options.mRequest;
+    CommandFiles files;
+    for (const std::string& input : request.mInputs) {
+        files.addSignal("the input", input);
+    }
+    files.addInput("--events", request.mEvents);
+    files.addCases(request.mConfiguration, request.mDirectory);
+    files.addOutput("-o", options.mOutput);
+    files.expectNoConflict();
+}
+
 void plot(PlotOptions options)
 {
     plot::Canvas canvas = terminal();
@@ -111,6 +125,7 @@ void plot(PlotOptions options)
         options.mRequest.mMaxMoments = 1;
         options.mRequest.mColumns = static_cast<size_t>(canvas.mColumns);
     }
+    expectNoConflict(options);
     base::ResultFile result(options.mOutput);
     if (canvas.mKind == plot::Canvas::Kind::Png) {
         plot::expectFont();

@@ -177,7 +177,7 @@ std::string findBeside(const std::string& path, const std::string& suffix)
         // Where several differ in case only, the one that is written alike.
         if (name.compare(wanted, Qt::CaseInsensitive) == 0 &&
             (found.empty() || name.startsWith(info.completeBaseName()))) {
-            found = info.dir().filePath(name).toStdString();
+            found = path.substr(0, path.rfind('/') + 1) + name.toStdString();
         }
     }
     return found;

@@ -108,10 +108,7 @@ void writeRecords(const ExportOptions& options, const comtrade::ComtradeHeader& 
 
 void writePair(const ExportOptions& options, const comtrade::ComtradeHeader& header)
 {
-    const QFileInfo config(QString::fromStdString(options.mOutput));
-    const QString suffix = config.suffix() == "CFG" ? "DAT" : "dat";
-    base::ResultFile data(
-        (config.path() + '/' + config.completeBaseName() + '.' + suffix).toStdString());
+    base::ResultFile data(dataNameFor(options.mOutput));
     base::ResultFile output(options.mOutput);
     output.write(comtrade::comtradeConfigText(header));
     writeRecords(options, header, data);
@@ -152,6 +149,16 @@ bool isExportName(const std::string& output)
 {
     const QString suffix = suffixOf(output);
     return suffix == "cfg" || suffix == "cff" || suffix == "csv";
+}
+
+std::string dataNameFor(const std::string& output)
+{
+    const QFileInfo config(QString::fromStdString(output));
+    if (config.suffix().toLower() != "cfg") {
+        return {};
+    }
+    const std::string suffix = config.suffix() == "CFG" ? "DAT" : "dat";
+    return output.substr(0, output.size() - suffix.size()) + suffix;
 }
 
 std::string exportSignal(const ExportOptions& options)

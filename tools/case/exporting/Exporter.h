@@ -19,6 +19,9 @@ struct ExportOptions
 /** Whether the name of the output has a suffix that says what to write. */
 bool isExportName(const std::string& output);
 
+/** The file that is written beside the output: the data of NAME.cfg; else empty. */
+std::string dataNameFor(const std::string& output);
+
 /**
  * Writes the input as COMTRADE in two files (.cfg) or one (.cff), or as text (.csv). The input is
  * read twice; memory does not depend on its length.

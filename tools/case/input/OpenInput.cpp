@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <QFileInfo>
+#include <optional>
 
 #include "base/CaseError.h"
 #include "base/InputFile.h"
@@ -29,33 +30,38 @@ std::string beginningOf(base::InputFile& file)
     return std::string(file.peek(kBeginning));
 }
 
-std::unique_ptr<waveform::SignalSource> openPair(const std::string& named,
-                                                 const std::string& config, const std::string& data,
-                                                 const InputOptions& options)
+/** The two files of a COMTRADE recording. */
+struct ComtradePair
 {
-    comtrade::ComtradeParts parts = comtrade::openComtradePair(config, data, options.mEncoding);
-    parts.mName = named;
-    return std::make_unique<comtrade::ComtradeSource>(std::move(parts));
+    std::string mConfig;
+    std::string mData;
+};
+
+/** The configuration beside a file that is named as data; first, since it tells what they are. */
+std::optional<ComtradePair> pairOfData(const std::string& path)
+{
+    const std::string config = hasSuffix(path, "dat") ? comtrade::findBeside(path, "cfg") : "";
+    return config.empty() ? std::nullopt : std::optional(ComtradePair{config, path});
 }
 
 /** A configuration whose data lie beside it. */
-std::unique_ptr<waveform::SignalSource> openConfig(const std::string& path,
-                                                   const InputOptions& options)
+ComtradePair pairOfConfig(const std::string& path)
 {
     const std::string data = comtrade::findBeside(path, "dat");
     if (data.empty()) {
         throw base::CaseError(path +
                               ": a COMTRADE configuration; expected its data (.dat) beside it");
     }
-    return openPair(path, path, data, options);
+    return {path, data};
 }
 
-/** The data of a recording, told by the configuration beside them; null when there is none. */
-std::unique_ptr<waveform::SignalSource> openData(const std::string& path,
+std::unique_ptr<waveform::SignalSource> openPair(const std::string& named, const ComtradePair& pair,
                                                  const InputOptions& options)
 {
-    const std::string config = hasSuffix(path, "dat") ? comtrade::findBeside(path, "cfg") : "";
-    return config.empty() ? nullptr : openPair(path, config, path, options);
+    comtrade::ComtradeParts parts =
+        comtrade::openComtradePair(pair.mConfig, pair.mData, options.mEncoding);
+    parts.mName = named;
+    return std::make_unique<comtrade::ComtradeSource>(std::move(parts));
 }
 
 [[noreturn]] void refuse(const std::string& path, const std::string& noValues,
@@ -98,8 +104,8 @@ std::unique_ptr<waveform::SignalSource> openInput(const std::string& path,
 {
     base::InputFile file(path);
     // First, since records of 48 bytes may stand in a recording too.
-    if (auto data = openData(path, options)) {
-        return data;
+    if (const auto pair = pairOfData(path)) {
+        return openPair(path, *pair, options);
     }
     const std::string beginning = beginningOf(file);
     if (comtrade::looksLikeComtradeSingle(beginning)) {
@@ -107,9 +113,18 @@ std::unique_ptr<waveform::SignalSource> openInput(const std::string& path,
             comtrade::openComtradeSingle(path, options.mEncoding));
     }
     if (comtrade::looksLikeComtradeConfig(beginning)) {
-        return openConfig(path, options);
+        return openPair(path, pairOfConfig(path), options);
     }
     return openOther(path, file, options);
+}
+
+std::string otherFileOf(const std::string& path)
+{
+    if (const auto pair = pairOfData(path)) {
+        return pair->mConfig;
+    }
+    base::InputFile file(path);
+    return comtrade::looksLikeComtradeConfig(beginningOf(file)) ? pairOfConfig(path).mData : "";
 }
 
 } // namespace input

@@ -22,4 +22,11 @@ struct InputOptions
 std::unique_ptr<waveform::SignalSource> openInput(const std::string& path,
                                                   const InputOptions& options);
 
+/**
+ * The other file that openInput() reads with this one: the data of a COMTRADE configuration, or
+ * the configuration of data; empty for a signal in a single file. Throws CaseError where that is
+ * missing.
+ */
+std::string otherFileOf(const std::string& path);
+
 } // namespace input

@@ -1,0 +1,55 @@
+#include "commands/CommandFiles.h"
+
+#include <CLI/CLI.hpp>
+#include <QDir>
+
+#include "CaseConfiguration.h"
+#include "input/OpenInput.h"
+
+namespace commands {
+
+void CommandFiles::addInput(const std::string& role, const std::string& path)
+{
+    mCheck.addInput(role, path);
+}
+
+void CommandFiles::addSignal(const std::string& role, const std::string& path)
+{
+    addInput(role, path);
+    addInput(role, input::otherFileOf(path));
+}
+
+/** What is wrong with the configuration is for the command to say. */
+void CommandFiles::addCases(const std::string& path, const std::string& directory)
+{
+    using configuration::CaseConfiguration;
+    if (path.empty()) {
+        return;
+    }
+    addInput("the configuration", path);
+    CaseConfiguration cases;
+    cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::GoOn);
+    for (const auto& entries : cases.configurations()) {
+        for (const configuration::CaseEntry& entry : entries) {
+            addInput("the value file", directory.empty() ? entry.mFileName.toStdString()
+                                                         : QDir(QString::fromStdString(directory))
+                                                               .filePath(entry.mFileName)
+                                                               .toStdString());
+        }
+    }
+}
+
+void CommandFiles::addOutput(const std::string& role, const std::string& path)
+{
+    mCheck.addOutput(role, path);
+}
+
+void CommandFiles::expectNoConflict() const
+{
+    const std::string conflict = mCheck.conflict();
+    if (!conflict.empty()) {
+        throw CLI::ValidationError(conflict);
+    }
+}
+
+} // namespace commands
