@@ -16,13 +16,14 @@ TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
     mRunner.writeFile("vx-simulator.conf",
                       "0,1,idle.csv\n1,1,sag.csv\n2,1,sag.csv\n2,1,idle.csv\n");
     const std::string control = VX_CONTROL " --config vx-simulator.conf ";
-    const std::string waiting = control + "--log simulator.log --wait 60 ";
+    const std::string waiting = control + "--events e.jsonl --log simulator.log --wait 60 ";
     const CommandResult result = sandbox(
-        {}, after("(until " + waiting + "once 1 2>early >answers; do sleep 0.1; done; " + waiting +
-                      "play 2 >>answers; echo $? >>answers; " + waiting +
-                      "once sag 2>>answers; echo $? >>answers; " + control +
-                      "--wait 0.1 --log no.log play 0 2>>answers; echo $? >>answers; kill $$) &",
-                  kSimulator));
+        {"--events", "e.jsonl"},
+        after("(until " + waiting + "once 1 2>early >answers; do sleep 0.1; done; " + waiting +
+                  "play 2 >>answers; echo $? >>answers; " + waiting +
+                  "once sag 2>>answers; echo $? >>answers; " + control +
+                  "--wait 0.1 --log no.log play 0 2>>answers; echo $? >>answers; kill $$) &",
+              kSimulator));
     EXPECT_THAT(
         mRunner.readFile("answers"),
         MatchesRegex("INFO Configuration Execute Config 1 once\n"
@@ -31,6 +32,14 @@ TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
                      "1\nvx-control: written, but the log said nothing of it in 0.1 s.*\n1\n"))
         << result;
     EXPECT_THAT(log(), HasSubstr("Execute Config 1 once\nINFO Configuration Execute Config 2"));
+    // Its lines stand among those of the sandbox, each whole; the first tries had no FIFO.
+    std::string commands;
+    for (const Event& event : eventsOf(mRunner.readFile("e.jsonl"))) {
+        if (event.mFile == "simulator_control" && event.mIsAccepted) {
+            commands += std::to_string(event.mBytes) + " bytes ";
+        }
+    }
+    EXPECT_EQ(commands, "3 bytes 2 bytes ");
 }
 
 TEST_F(ControlTest, TellsWhatIsWrongWithTheCommandLine)
@@ -41,9 +50,25 @@ TEST_F(ControlTest, TellsWhatIsWrongWithTheCommandLine)
                                {"stop", "1"},
                                {"--wait", "x", "once", "1"},
                                {"--log", "x", "once", "1"},
+                               {"--events", "x", "list"},
+                               {"--events=", "once", "1"},
+                               {"--config", "x", "--events", "./x", "once", "1"},
+                               {"--config", "c", "--fifo", "x", "--events", "x", "once", "1"},
                                {"--no"}}) {
         const CommandResult result = mRunner.run(joined({VX_CONTROL}, words));
         EXPECT_EQ(result.mExitCode, 2) << result;
         EXPECT_THAT(result.mErrors, MatchesRegex("vx-control: .*\n"));
+    }
+}
+
+TEST_F(ControlTest, TellsThatItsResultIsLost)
+{
+    mRunner.writeFile("c", "0,1,a.csv\n");
+    for (const std::string arguments : {"--config c list", "--help"}) {
+        const CommandResult result =
+            mRunner.run({"sh", "-c", VX_CONTROL " " + arguments + " >/dev/full"});
+        EXPECT_EQ(result.mExitCode, 1);
+        EXPECT_EQ(result.mErrors,
+                  "vx-control: cannot write to standard output: No space left on device\n");
     }
 }

@@ -1,6 +1,8 @@
 #include "ControlFifo.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +15,8 @@
 namespace control {
 
 namespace {
+constexpr mode_t kRightsOfOthers = S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+
 QString notAFifo()
 {
     return QStringLiteral("expected a FIFO, and it is none; nothing was written");
@@ -42,32 +46,69 @@ QString problemOfOpening(const QByteArray& path, int error)
         error == ENXIO && stat(path.constData(), &status) == 0 && !S_ISFIFO(status.st_mode);
     return isSocket ? notAFifo() : textOf(error);
 }
+} // namespace
 
-QString problemOfWriting(int descriptor, const QByteArray& line)
+ControlFifo::~ControlFifo()
+{
+    if (mDescriptor >= 0) {
+        close(mDescriptor);
+    }
+}
+
+QString ControlFifo::open()
+{
+    const QByteArray name = QFile::encodeName(mPath);
+    // Without O_NONBLOCK the open would wait for a reader.
+    mDescriptor = ::open(name.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (mDescriptor < 0) {
+        return problem(problemOfOpening(name, errno));
+    }
+    struct stat status
+    {
+    };
+    const bool isFifo = fstat(mDescriptor, &status) == 0 && S_ISFIFO(status.st_mode);
+    return isFifo ? QString() : problem(notAFifo());
+}
+
+QStringList ControlFifo::warnings() const
 {
     struct stat status
     {
     };
-    if (fstat(descriptor, &status) != 0 || !S_ISFIFO(status.st_mode)) {
-        return notAFifo();
+    QStringList warnings;
+    if (fstat(mDescriptor, &status) != 0) {
+        return warnings;
     }
-    std::signal(SIGPIPE, SIG_IGN);
-    const ssize_t written = write(descriptor, line.constData(), static_cast<size_t>(line.size()));
-    return written == line.size() ? QString() : textOf(errno);
+    if (status.st_uid != 0 && status.st_uid != geteuid()) {
+        warnings += problem(QStringLiteral("it belongs to user %1, neither to you nor to root; is "
+                                           "its reader the simulator?")
+                                .arg(status.st_uid));
+    }
+    if ((status.st_mode & kRightsOfOthers) != 0) {
+        warnings += problem(QStringLiteral("others can send commands or take yours away (mode "
+                                           "%1); chmod 0600 ends that")
+                                .arg(status.st_mode & ALLPERMS, 4, 8, QLatin1Char('0')));
+    }
+    return warnings;
 }
-} // namespace
 
-QString sendCommand(const QString& path, const QByteArray& line)
+bool ControlFifo::tryLock() const
 {
-    const QByteArray name = QFile::encodeName(path);
-    // Without O_NONBLOCK the open would wait for a reader.
-    const int descriptor = open(name.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    const QString problem =
-        descriptor < 0 ? problemOfOpening(name, errno) : problemOfWriting(descriptor, line);
-    if (descriptor >= 0) {
-        close(descriptor);
-    }
-    return problem.isEmpty() ? problem : path + QStringLiteral(": ") + problem;
+    return flock(mDescriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+bool ControlFifo::hasWaitingCommands() const
+{
+    int bytes = 0;
+    return ioctl(mDescriptor, FIONREAD, &bytes) == 0 && bytes > 0;
+}
+
+QString ControlFifo::write(const QByteArray& line) const
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    const ssize_t written =
+        ::write(mDescriptor, line.constData(), static_cast<size_t>(line.size()));
+    return written == line.size() ? QString() : problem(textOf(errno));
 }
 
 } // namespace control

@@ -18,6 +18,7 @@ only one configuration plays it.
   --fifo PATH      control FIFO, for example of a simulator in a sandbox
   --wait SECONDS   stays until the log tells what became of the command
   --log FILE       the log for --wait (default: the service's)
+  --events FILE    appends the command to the events of vx-sandbox --events
   -h, --help       shows this text
   -v, --version    shows the version
 
@@ -41,9 +42,10 @@ ControlOptions::ControlOptions()
       mFifo(QStringLiteral("fifo"), {}, QStringLiteral("PATH"),
             QString::fromLatin1(kControlFifoPath)),
       mWait(QStringLiteral("wait"), {}, QStringLiteral("SECONDS")),
-      mLog(QStringLiteral("log"), {}, QStringLiteral("FILE"), QString::fromLatin1(kServiceLog))
+      mLog(QStringLiteral("log"), {}, QStringLiteral("FILE"), QString::fromLatin1(kServiceLog)),
+      mEvents(QStringLiteral("events"), {}, QStringLiteral("FILE"))
 {
-    mParser.addOptions({mHelp, mVersion, mConfig, mFifo, mWait, mLog});
+    mParser.addOptions({mHelp, mVersion, mConfig, mFifo, mWait, mLog, mEvents});
 }
 
 QString ControlOptions::helpText()
@@ -88,8 +90,14 @@ QString ControlOptions::problemOfArguments() const
     if (!isList && words.size() != 2) {
         return QStringLiteral("%1: expected one name or number").arg(verb());
     }
-    if (isList && mWaitSeconds > 0.0) {
-        return QStringLiteral("--wait is of use with play and once only");
+    for (const QCommandLineOption& option : {mWait, mEvents}) {
+        if (isList && mParser.isSet(option)) {
+            return QStringLiteral("--%1 is of use with play and once only")
+                .arg(option.names().first());
+        }
+    }
+    if (mParser.isSet(mEvents) && events().isEmpty()) {
+        return QStringLiteral("--events: expected the name of a file");
     }
     return {};
 }

@@ -36,6 +36,9 @@ public:
     QString fifo() const { return mParser.value(mFifo); }
     QString log() const { return mParser.value(mLog); }
 
+    /** The file to which the command is appended; empty means none. */
+    QString events() const { return mParser.value(mEvents); }
+
     /** Seconds to wait for what the log says; 0 means not at all. */
     double waitSeconds() const { return mWaitSeconds; }
 
@@ -48,6 +51,7 @@ private:
     QCommandLineOption mFifo;
     QCommandLineOption mWait;
     QCommandLineOption mLog;
+    QCommandLineOption mEvents;
     QCommandLineParser mParser;
     double mWaitSeconds = 0.0;
 };

@@ -1,0 +1,144 @@
+#include "Delivery.h"
+
+#include <QThread>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+
+#include "ControlOptions.h"
+#include "Messages.h"
+
+namespace control {
+
+namespace {
+constexpr unsigned long kBetweenLooksMilliseconds = 50;
+constexpr double kMillisecondsPerSecond = 1000.0;
+
+/** A command has left the FIFO a moment before it is in the log, hence more than one. */
+constexpr int kLooksAtEmptyFifo = 2;
+
+qint64 realtimeNs()
+{
+    using std::chrono::system_clock;
+    return std::chrono::nanoseconds(system_clock::now().time_since_epoch()).count();
+}
+} // namespace
+
+Delivery::Delivery(const ControlOptions& options, const PlayRequest& request)
+    : mOptions(options),
+      mRequest(request),
+      mDeadline(std::llround(options.waitSeconds() * kMillisecondsPerSecond)),
+      mFifo(options.fifo())
+{
+}
+
+bool Delivery::isToWait() const
+{
+    return mOptions.waitSeconds() > 0.0;
+}
+
+int Delivery::run()
+{
+    const QString unusable = openFiles();
+    if (!unusable.isEmpty()) {
+        return fail(unusable);
+    }
+    const QString problem = deliver();
+    const QString unrecorded = record(problem);
+    int status = EXIT_SUCCESS;
+    if (!unrecorded.isEmpty()) {
+        status = fail(unrecorded + QStringLiteral("; the events lack this command"));
+    }
+    if (!problem.isEmpty()) {
+        return fail(problem);
+    }
+    return isToWait() ? std::max(status, awaitVerdict()) : status;
+}
+
+/** Opens all but the FIFO. */
+QString Delivery::openFiles()
+{
+    if (isToWait()) {
+        const QString problem = LogWatch(mOptions.log()).problem();
+        if (!problem.isEmpty()) {
+            return problem;
+        }
+    }
+    if (mOptions.events().isEmpty()) {
+        return {};
+    }
+    mEvents.emplace(mOptions.events());
+    return mEvents->open();
+}
+
+/** Writes the command when its turn has come. */
+QString Delivery::deliver()
+{
+    mSentNs = realtimeNs();
+    QString problem = mFifo.open();
+    if (!problem.isEmpty()) {
+        return problem;
+    }
+    for (const QString& warning : mFifo.warnings()) {
+        warn(warning);
+    }
+    if (isToWait()) {
+        problem = awaitTurn();
+        if (!problem.isEmpty()) {
+            return problem;
+        }
+        mLog.emplace(mOptions.log());
+    }
+    mSentNs = realtimeNs();
+    return mFifo.write(mRequest.line());
+}
+
+/** Until nobody else waits for an answer and no earlier command waits to be taken. */
+QString Delivery::awaitTurn()
+{
+    for (int looks = 0;;) {
+        const bool isAlone = mFifo.tryLock();
+        looks = isAlone && !mFifo.hasWaitingCommands() ? looks + 1 : 0;
+        if (looks == kLooksAtEmptyFifo) {
+            return {};
+        }
+        if (looks == 0 && mDeadline.hasExpired()) {
+            return QStringLiteral("%1: %2 after %3 s; nothing was written")
+                .arg(mOptions.fifo(),
+                     isAlone ? QStringLiteral("earlier commands still wait in it")
+                             : QStringLiteral("another vx-control still waits for its answer"))
+                .arg(mOptions.waitSeconds());
+        }
+        QThread::msleep(kBetweenLooksMilliseconds);
+    }
+}
+
+QString Delivery::record(const QString& problem)
+{
+    return mEvents ? mEvents->append(mSentNs, mRequest.line(), problem) : QString();
+}
+
+/** Until the log tells what became of the request. */
+int Delivery::awaitVerdict()
+{
+    for (;;) {
+        const bool isLastLook = mDeadline.hasExpired();
+        for (QByteArray line = mLog->nextLine(); !line.isEmpty(); line = mLog->nextLine()) {
+            const RequestVerdict verdict = verdictOf(line, mRequest);
+            if (verdict != RequestVerdict::Unknown) {
+                const int printed = print(QString::fromLocal8Bit(line));
+                return verdict == RequestVerdict::Executed ? printed : kNotDone;
+            }
+        }
+        if (isLastLook) {
+            return fail(QStringLiteral("written, but the log said nothing of it in %1 s (a "
+                                       "command is taken when the case in progress has ended)")
+                            .arg(mOptions.waitSeconds()));
+        }
+        QThread::msleep(kBetweenLooksMilliseconds);
+    }
+}
+
+} // namespace control

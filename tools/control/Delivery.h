@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QDeadlineTimer>
+#include <QString>
+
+#include <optional>
+
+#include "ControlFifo.h"
+#include "EventFile.h"
+#include "LogWatch.h"
+#include "PlayRequest.h"
+
+namespace control {
+
+class ControlOptions;
+
+/**
+ * Hands one request to the simulator and, if the options say so, waits for the answer.
+ *
+ * The log says what became of a command, not whose it was. Who waits for an answer therefore holds
+ * the lock of the FIFO meanwhile, and writes when no other command waits there: the next answer
+ * that fits is then the answer to this request.
+ */
+class Delivery
+{
+public:
+    /** `options` is borrowed for the object's life. */
+    Delivery(const ControlOptions& options, const PlayRequest& request);
+
+    /** Does all of it, and says on standard error what goes wrong. @return the exit status */
+    int run();
+
+private:
+    QString openFiles();
+    QString deliver();
+    QString awaitTurn();
+    QString record(const QString& problem);
+    int awaitVerdict();
+
+    bool isToWait() const;
+
+    const ControlOptions& mOptions;
+    PlayRequest mRequest;
+    QDeadlineTimer mDeadline; ///< of the waiting
+    ControlFifo mFifo;
+    std::optional<EventFile> mEvents;
+    std::optional<LogWatch> mLog;
+    qint64 mSentNs = 0; ///< since the epoch
+};
+
+} // namespace control

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace control {
+
+/**
+ * Appends commands to the events of a run, in the format of vx-sandbox --events, which may write
+ * into the same file meanwhile. Owns the open file.
+ *
+ * Problems are one line that begins with the file's name; empty when there is none.
+ */
+class EventFile
+{
+public:
+    explicit EventFile(const QString& path) : mPath(path) {}
+    EventFile(const EventFile&) = delete;
+    EventFile& operator=(const EventFile&) = delete;
+    ~EventFile();
+
+    /**
+     * Opens the file, or makes it. Refuses what cannot be a file of events, so that no other file
+     * gets lines that are not its own. @return what is wrong
+     */
+    QString open();
+
+    /**
+     * Appends one line in one piece. Requires: open.
+     * @param realtimeNs when the command was written, in nanoseconds since the epoch
+     * @param command as it was written, with its line end; digits and letters
+     * @param problem why it was not written; empty when it was
+     * @return what is wrong
+     */
+    QString append(qint64 realtimeNs, const QByteArray& command, const QString& problem);
+
+private:
+    QString mPath;
+    int mDescriptor = -1;
+};
+
+} // namespace control
