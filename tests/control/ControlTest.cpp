@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -149,7 +150,10 @@ TEST(DeliveryTest, EachOfTwoWaitsForItsOwnAnswer)
     const QStringList options = {"--fifo", path.c_str(), "--log", log.c_str(), "--wait"};
     ASSERT_EQ(::problemOf(path), "") << "a command that waits already";
     std::future<int> early = delivery(options + QStringList{"0.01"}, {true, 1});
-    EXPECT_EQ(early.get(), 1) << "nothing is written behind it";
+    EXPECT_EQ(early.get(), 1);
+    int waitingBytes = 0;
+    ioctl(reader, FIONREAD, &waitingBytes);
+    EXPECT_EQ(waitingBytes, 3) << "nothing is written behind it";
     std::future<int> first = delivery(options + QStringList{"60"}, {true, 1});
     std::future<int> second = delivery(options + QStringList{"60"}, {true, 1});
     EXPECT_EQ(lineFrom(reader), "s1\n");
