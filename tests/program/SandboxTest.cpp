@@ -157,6 +157,10 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         {"--for", 125, "--for: 1 required SECONDS missing"},
         {"--patience|1|true", 125, "--patience requires --for"},
         {"--record||true", 125, "--record: takes the name of a file"},
+        {"--record|new|--events|./new|true", 125,
+         "./new: --events is the same file as --record new; name another file"},
+        {"--pme|track.xml|cat|--config=./track.xml", 125,
+         "track.xml: --pme would overwrite the program's argument ./track.xml; name another file"},
         {"-h", 0, ""},
         {"--version", 0, ""},
         {"--for|1x|true", 125, "--for takes seconds, 0 to 1000000000, not \"1x\""},
@@ -168,6 +172,15 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         EXPECT_EQ(result.mExitCode, it.mExitCode);
         const std::string message = std::string("vx-sandbox: ") + it.mErrors + "\n";
         EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
+    }
+    EXPECT_THAT(mRunner.readFile("track.xml"), HasSubstr("</log4j:configuration>"));
+    for (const std::string arguments : {"true", "--help"}) {
+        const CommandResult result =
+            mRunner.run({"sh", "-c", "exec " VX_SANDBOX " " + arguments + " >/dev/full"});
+        EXPECT_EQ(result.mExitCode, 125);
+        EXPECT_THAT(result.mErrors,
+                    testing::EndsWith(
+                        "vx-sandbox: cannot write to standard output: No space left on device\n"));
     }
 }
 

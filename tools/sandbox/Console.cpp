@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+#include "FileDescriptor.h"
+
 namespace sandbox {
 
 namespace {
@@ -37,6 +39,13 @@ void Console::clearStatus()
     if (mHasStatus) {
         print("\r\033[K");
         mHasStatus = false;
+    }
+}
+
+void Console::result(const std::string& text)
+{
+    if (!writeAll(STDOUT_FILENO, text)) {
+        throwErrno("cannot write to standard output");
     }
 }
 

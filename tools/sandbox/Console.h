@@ -5,8 +5,8 @@
 namespace sandbox {
 
 /**
- * What the sandbox itself says on standard error: messages, and where that is a terminal a status
- * line that is written over itself and makes way for messages.
+ * What the sandbox itself says: messages on standard error, and where that is a terminal a status
+ * line that is written over itself and makes way for messages; results on standard output.
  */
 class Console
 {
@@ -24,6 +24,9 @@ public:
 
     /** Removes the status line, so that others may print. */
     void clearStatus();
+
+    /** Writes to standard output. Throws a std::system_error when not all of it can be written. */
+    static void result(const std::string& text);
 
 private:
     bool mIsTerminal;

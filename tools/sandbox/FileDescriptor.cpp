@@ -36,6 +36,19 @@ int FileDescriptor::release()
     return std::exchange(mDescriptor, -1);
 }
 
+bool writeAll(int descriptor, const std::string& bytes)
+{
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t written = write(descriptor, bytes.data() + done, bytes.size() - done);
+        if (written >= 0) {
+            done += static_cast<std::size_t>(written);
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void throwErrno(const std::string& what)
 {
     throw std::system_error(errno, std::generic_category(), what);

@@ -31,6 +31,9 @@ private:
     int mDescriptor = -1;
 };
 
+/** Writes all of it, in more than one call if need be; false, with errno, when that fails. */
+bool writeAll(int descriptor, const std::string& bytes);
+
 /** Throws a std::system_error of errno; its text is WHAT, ": " and the system's text. */
 [[noreturn]] void throwErrno(const std::string& what);
 

@@ -13,6 +13,8 @@
 #include <stdexcept>
 
 #include "Clocks.h"
+#include "Console.h"
+#include "OutputCheck.h"
 #include "SampleRecord.h"
 
 namespace sandbox {
@@ -214,6 +216,42 @@ std::vector<std::string> programOf(std::vector<std::string> words)
     return words;
 }
 
+/**
+ * What a word of the program's command line may name: "--config=FILE" is two candidates. The
+ * program's own name is looked up in PATH unless it has a slash.
+ */
+std::vector<std::string> filesNamedBy(const std::vector<std::string>& program)
+{
+    std::vector<std::string> names;
+    for (const std::string& word : program) {
+        names.push_back(word);
+        const std::size_t equals = word.find('=');
+        if (equals != std::string::npos) {
+            names.push_back(word.substr(equals + 1));
+        }
+    }
+    if (program.front().find('/') == std::string::npos) {
+        names.erase(names.begin());
+    }
+    return names;
+}
+
+/** Opening the outputs empties them, before the program can read what it is given. */
+void checkOutputs(const Options& options)
+{
+    files::OutputCheck check;
+    for (const std::string& name : filesNamedBy(options.mProgram)) {
+        check.addInput("the program's argument", name);
+    }
+    check.addOutput("--record", options.mOutputs.mRecordPath);
+    check.addOutput("--events", options.mOutputs.mEventsPath);
+    check.addOutput("--pme", options.mOutputs.mPmePath);
+    const std::string conflict = check.conflict();
+    if (!conflict.empty()) {
+        throw std::runtime_error(conflict);
+    }
+}
+
 } // namespace
 
 std::optional<Options> parseOptions(int argc, char** argv)
@@ -230,10 +268,13 @@ std::optional<Options> parseOptions(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& wish) {
-        app.exit(wish);
+        std::ostringstream text;
+        app.exit(wish, text);
+        Console::result(text.str());
         return std::nullopt;
     }
     options.mProgram = programOf(app.remaining());
+    checkOutputs(options);
     std::stable_sort(options.mCommands.begin(), options.mCommands.end(),
                      [](const TimedCommand& left, const TimedCommand& right) {
                          return left.mDelayNs < right.mDelayNs;

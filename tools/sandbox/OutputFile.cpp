@@ -48,15 +48,8 @@ void OutputFile::write(const void* data, std::size_t size)
 
 void OutputFile::flush()
 {
-    std::size_t done = 0;
-    while (done < mBuffer.size()) {
-        const ssize_t written = ::write(mFile.get(), mBuffer.data() + done, mBuffer.size() - done);
-        if (written >= 0) {
-            done += static_cast<std::size_t>(written);
-        } else if (errno != EINTR) {
-            endWithError();
-            return;
-        }
+    if (!mBuffer.empty() && !writeAll(mFile.get(), mBuffer)) {
+        endWithError();
     }
     mBuffer.clear();
 }
@@ -73,7 +66,6 @@ void OutputFile::endWithError()
 {
     mConsole.message(fmt::format("cannot write {}: {}; it ends here", mPath, std::strerror(errno)));
     mHasFailed = true;
-    mBuffer.clear();
     mFile.close();
 }
 

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -72,6 +71,9 @@ int Supervisor::run()
     mDriver.closeOutputs();
     reportEnd();
     recordEnd();
+    if (!mProgram.startFailure()) {
+        Console::result(summaryText(mDriver, mOptions.wantsPmeDevice()));
+    }
     return exitStatus();
 }
 
@@ -261,7 +263,6 @@ void Supervisor::reportEnd()
     for (const std::string& fault : mDriver.faults().unmet()) {
         mConsole.message("the program ended before a write met the fault " + fault);
     }
-    std::fputs(summaryText(mDriver, mOptions.wantsPmeDevice()).c_str(), stdout);
 }
 
 void Supervisor::recordEnd()
