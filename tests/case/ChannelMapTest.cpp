@@ -54,46 +54,38 @@ std::string errorOf(const waveform::SignalDescription& description,
 /** What stands in the phase fields and at the ends of the names of real recordings. */
 TEST(ChannelMapTest, KnowsPhases)
 {
-    const std::pair<importing::ChannelPhase, std::vector<const char*>> rows[] = {
-        {importing::ChannelPhase::A,
+    const std::pair<channels::ChannelPhase, std::vector<const char*>> rows[] = {
+        {channels::ChannelPhase::A,
          {"A", "a", "R", "L1", "1", "V1", "IA ", "I_A", "UL1", "VAN", "L1-N", "Bus 1 Ua", "А"}},
-        {importing::ChannelPhase::B,
-         {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE"}},
-        {importing::ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
-        {importing::ChannelPhase::Neutral,
+        {channels::ChannelPhase::B, {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE"}},
+        {channels::ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
+        {channels::ChannelPhase::Neutral,
          {"N", "4", "3I0", "3U0", "I0", "IN", "U4", "VG", "neutral"}},
-        {importing::ChannelPhase::BetweenPhases,
-         {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},
-        {importing::ChannelPhase::Unknown,
+        {channels::ChannelPhase::BetweenPhases, {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},
+        {channels::ChannelPhase::Unknown,
          {"", "VDC_G1", "TRIP", "PHASE ABC", "I12", "DELTA", "LINE"}},
     };
     for (const auto& [phase, texts] : rows) {
         for (const char* const text : texts) {
-            EXPECT_EQ(importing::phaseAtEndOf(text).mPhase, phase) << text;
+            EXPECT_EQ(channels::phaseAtEndOf(text).mPhase, phase) << text;
         }
     }
 }
 
 TEST(ChannelMapTest, KnowsUnits)
 {
-    const std::tuple<const char*, importing::ChannelUnit::Quantity, double> rows[] = {
-        {"kV", importing::ChannelUnit::Quantity::Voltage, 1e3},
-        {"KV", importing::ChannelUnit::Quantity::Voltage, 1e3},
-        {"volt", importing::ChannelUnit::Quantity::Voltage, 1},
-        {" mV ", importing::ChannelUnit::Quantity::Voltage, 1e-3},
-        {"кВ", importing::ChannelUnit::Quantity::Voltage, 1e3},
-        {"A", importing::ChannelUnit::Quantity::Current, 1},
-        {"kA", importing::ChannelUnit::Quantity::Current, 1e3},
-        {"ampere", importing::ChannelUnit::Quantity::Current, 1},
-        {"µA", importing::ChannelUnit::Quantity::Current, 1e-6},
-        {"VA", importing::ChannelUnit::Quantity::Unknown, 1},
-        {"Hz", importing::ChannelUnit::Quantity::Unknown, 1},
-        {"", importing::ChannelUnit::Quantity::Unknown, 1},
+    const std::tuple<const char*, channels::Quantity, double> rows[] = {
+        {"kV", channels::Quantity::Voltage, 1e3},  {"KV", channels::Quantity::Voltage, 1e3},
+        {"volt", channels::Quantity::Voltage, 1},  {" mV ", channels::Quantity::Voltage, 1e-3},
+        {"кВ", channels::Quantity::Voltage, 1e3},  {"A", channels::Quantity::Current, 1},
+        {"kA", channels::Quantity::Current, 1e3},  {"ampere", channels::Quantity::Current, 1},
+        {"µA", channels::Quantity::Current, 1e-6}, {"VA", channels::Quantity::Unknown, 1},
+        {"Hz", channels::Quantity::Unknown, 1},    {"", channels::Quantity::Unknown, 1},
     };
     for (const auto& [text, quantity, factor] : rows) {
-        EXPECT_EQ(importing::unitOf(text).mQuantity, quantity) << text;
-        EXPECT_TRUE(quantity == importing::ChannelUnit::Quantity::Unknown ||
-                    importing::unitOf(text).mFactor == factor)
+        EXPECT_EQ(channels::unitOf(text).mQuantity, quantity) << text;
+        EXPECT_TRUE(quantity == channels::Quantity::Unknown ||
+                    channels::unitOf(text).mFactor == factor)
             << text;
     }
 }

@@ -7,12 +7,12 @@
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
-#include "importing/ChannelGuess.h"
+#include "channels/ChannelGuess.h"
 
 namespace importing {
 
 namespace {
-using Quantity = ChannelUnit::Quantity;
+using channels::Quantity;
 using Channels = std::vector<waveform::ChannelDescription>;
 constexpr size_t kFirstCurrent = kChannelCount / 2;
 
@@ -54,7 +54,7 @@ public:
     Mapper(const waveform::SignalDescription& description, const MappingOptions& options)
         : mDescription(description),
           mOptions(options),
-          mGuessed(guessChannels(description.mChannels))
+          mGuessed(channels::guessChannels(description.mChannels))
     {
     }
 
@@ -73,7 +73,7 @@ private:
 
     const waveform::SignalDescription& mDescription;
     const MappingOptions& mOptions;
-    const GuessedSets mGuessed;
+    const channels::GuessedSets mGuessed;
     ChannelMap mMap;
 };
 
@@ -153,7 +153,7 @@ void Mapper::add(size_t place, size_t source, double factor)
 {
     const waveform::ChannelDescription& channel = mDescription.mChannels[source];
     MappedChannel& mapped = mMap.mChannels[place];
-    ChannelUnit unit = unitOf(channel);
+    channels::ChannelUnit unit = channels::unitOf(channel);
     if (unit.mQuantity == Quantity::Unknown) {
         unit.mQuantity = place < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
     }
@@ -199,16 +199,17 @@ bool Mapper::isUsed(size_t source) const
 /** The names of channels that might have been meant: not every one tells its phase. */
 std::string Mapper::leftOutFor(size_t place) const
 {
-    const auto wanted = static_cast<ChannelPhase>(place % kFirstCurrent);
+    const auto wanted = static_cast<channels::ChannelPhase>(place % kFirstCurrent);
     const Quantity quantity = place < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
     std::vector<std::string_view> names;
     for (size_t source = 0; source < mDescription.mChannels.size(); ++source) {
         const waveform::ChannelDescription& channel = mDescription.mChannels[source];
-        const ChannelPhase phase = phaseOf(channel);
-        const bool fits = wanted == ChannelPhase::Neutral
-                              ? phase == ChannelPhase::Neutral
-                              : phase < ChannelPhase::Neutral || phase == ChannelPhase::Unknown;
-        if (fits && unitOf(channel).mQuantity == quantity && !isUsed(source)) {
+        const channels::ChannelPhase phase = channels::phaseOf(channel);
+        const bool fits = wanted == channels::ChannelPhase::Neutral
+                              ? phase == channels::ChannelPhase::Neutral
+                              : phase < channels::ChannelPhase::Neutral ||
+                                    phase == channels::ChannelPhase::Unknown;
+        if (fits && channels::unitOf(channel).mQuantity == quantity && !isUsed(source)) {
             names.push_back(base::trimmed(channel.mName));
         }
     }

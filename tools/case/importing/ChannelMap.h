@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "SampleRecord.h"
+#include "channels/ChannelKind.h"
 #include "importing/ChannelAssignments.h"
-#include "importing/ChannelKind.h"
 #include "waveform/SignalSource.h"
 
 namespace importing {
@@ -40,7 +40,7 @@ struct MappedChannel
     std::string mText = "-";  ///< for the user: the sum as it is asked for
     std::string mUnit;        ///< of the sum
     double mCounts = 0.0;     ///< for 1 of that unit
-    ChannelUnit::Quantity mQuantity = ChannelUnit::Quantity::Unknown;
+    channels::Quantity mQuantity = channels::Quantity::Unknown;
 };
 
 struct ChannelMap

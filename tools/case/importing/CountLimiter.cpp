@@ -56,9 +56,8 @@ std::string CountLimiter::complaint(const ChannelMap& map, const MappingOptions&
             return a.mCount > 0 && (b.mCount == 0 || a.mFirstSeconds < b.mFirstSeconds);
         });
     const auto channel = static_cast<size_t>(first - mOverflows.begin());
-    const double volt = fittingScale(map, ChannelUnit::Quantity::Voltage, options.mCountsPerVolt);
-    const double ampere =
-        fittingScale(map, ChannelUnit::Quantity::Current, options.mCountsPerAmpere);
+    const double volt = fittingScale(map, channels::Quantity::Voltage, options.mCountsPerVolt);
+    const double ampere = fittingScale(map, channels::Quantity::Current, options.mCountsPerAmpere);
     const bool isKnown = std::isfinite(volt) && std::isfinite(ampere);
     return fmt::format(
         "channel {} ({}) at {:.9f} s: {:.6g} counts do not fit 32 bits; {}--clip limits such "
@@ -67,7 +66,7 @@ std::string CountLimiter::complaint(const ChannelMap& map, const MappingOptions&
         isKnown ? fmt::format("--scale {:.10g},{:.10g} would fit, ", volt, ampere) : "");
 }
 
-double CountLimiter::fittingScale(const ChannelMap& map, ChannelUnit::Quantity quantity,
+double CountLimiter::fittingScale(const ChannelMap& map, channels::Quantity quantity,
                                   double scale) const
 {
     double largest = 0.0;

@@ -34,7 +34,7 @@ private:
         double mLargest = 0.0; ///< magnitude in counts
     };
 
-    double fittingScale(const ChannelMap& map, ChannelUnit::Quantity quantity, double scale) const;
+    double fittingScale(const ChannelMap& map, channels::Quantity quantity, double scale) const;
 
     std::array<Overflow, kChannelCount> mOverflows;
 };

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "importing/ChannelKind.h"
+#include "channels/ChannelKind.h"
 #include "resampling/PhaseFollower.h"
 
 namespace importing {
@@ -20,8 +20,8 @@ constexpr double kHighestNominal = 500.0;
 std::vector<std::vector<double>> phasesOf(const RecordedSignal& recorded, const ChannelMap& map,
                                           size_t first)
 {
-    std::vector<std::vector<double>> phases(kPhaseCount);
-    for (size_t phase = 0; phase < kPhaseCount; ++phase) {
+    std::vector<std::vector<double>> phases(channels::kPhaseCount);
+    for (size_t phase = 0; phase < channels::kPhaseCount; ++phase) {
         const MappedChannel& channel = map.mChannels[first + phase];
         if (!channel.mTerms.empty()) {
             phases[phase] = recorded.sumOf(channel);

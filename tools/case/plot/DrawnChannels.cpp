@@ -4,14 +4,14 @@
 
 #include "SampleRecord.h"
 #include "base/Numbers.h"
-#include "importing/ChannelGuess.h"
-#include "importing/ChannelKind.h"
+#include "channels/ChannelGuess.h"
+#include "channels/ChannelKind.h"
 #include "plot/ShortText.h"
 
 namespace plot {
 
 namespace {
-using Quantity = importing::ChannelUnit::Quantity;
+using channels::Quantity;
 
 constexpr double kMilli = 1e-3;
 constexpr double kLongNumber = 1e4;
@@ -58,7 +58,7 @@ Order orderOf(const std::vector<waveform::ChannelDescription>& channels,
 {
     Order order;
     auto place = order.begin();
-    for (const importing::GuessedSet& set : importing::guessChannels(channels)) {
+    for (const channels::GuessedSet& set : channels::guessChannels(channels)) {
         place = std::copy(set.mSources.begin(), set.mSources.end(), place);
     }
     for (size_t i = 0; i < std::min(order.size(), sources.size()); ++i) {
@@ -74,8 +74,8 @@ std::vector<size_t> withoutPhase(const std::vector<waveform::ChannelDescription>
 {
     std::vector<size_t> found;
     for (size_t i = 0; i < channels.size(); ++i) {
-        if (importing::unitOf(channels[i]).mQuantity == quantity &&
-            importing::phaseOf(channels[i]) > importing::ChannelPhase::Neutral) {
+        if (channels::unitOf(channels[i]).mQuantity == quantity &&
+            channels::phaseOf(channels[i]) > channels::ChannelPhase::Neutral) {
             found.push_back(i);
         }
     }
@@ -133,10 +133,10 @@ void DrawnChannels::drawByUnit(const std::vector<waveform::ChannelDescription>& 
             const std::optional<size_t>& phase = order[next++];
             const bool isVacant = !phase && other != others.end();
             const std::optional<size_t> index = isVacant ? std::optional(*other++) : phase;
-            if (index && importing::unitOf(channels[*index]).mQuantity == quantity) {
+            if (index && channels::unitOf(channels[*index]).mQuantity == quantity) {
                 group.mChannels.push_back({isVacant ? kMaxOfEach + place : place, *index,
                                            labelOf(channels[*index]),
-                                           importing::unitOf(channels[*index]).mFactor});
+                                           channels::unitOf(channels[*index]).mFactor});
             }
         }
         if (!group.mChannels.empty()) {

@@ -1,4 +1,4 @@
-#include "importing/ChannelKind.h"
+#include "channels/ChannelKind.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,10 +8,9 @@
 
 #include "base/Numbers.h"
 
-namespace importing {
+namespace channels {
 
 namespace {
-using Quantity = ChannelUnit::Quantity;
 using Phase = ChannelPhase;
 
 struct Replacement
@@ -156,4 +155,4 @@ ChannelPhase phaseOf(const waveform::ChannelDescription& channel)
     return phase != Phase::Unknown ? phase : phaseAtEndOf(channel.mName).mPhase;
 }
 
-} // namespace importing
+} // namespace channels

@@ -1,14 +1,13 @@
-#include "importing/ChannelGuess.h"
+#include "channels/ChannelGuess.h"
 
 #include <algorithm>
 #include <string>
 
-#include "importing/ChannelKind.h"
+#include "channels/ChannelKind.h"
 
-namespace importing {
+namespace channels {
 
 namespace {
-using Quantity = ChannelUnit::Quantity;
 constexpr size_t kNeutral = static_cast<size_t>(ChannelPhase::Neutral);
 
 /** The channels of one object that measure the same quantity. */
@@ -95,4 +94,4 @@ GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& chann
     return guess;
 }
 
-} // namespace importing
+} // namespace channels

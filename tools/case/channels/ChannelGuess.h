@@ -4,10 +4,10 @@
 #include <optional>
 #include <vector>
 
-#include "importing/ChannelKind.h"
+#include "channels/ChannelKind.h"
 #include "waveform/SignalSource.h"
 
-namespace importing {
+namespace channels {
 
 /** Of one quantity: which channel of a source, counted from 0, is A, B, C, neutral. */
 struct GuessedSet
@@ -26,4 +26,4 @@ using GuessedSets = std::array<GuessedSet, 2>;
  */
 GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& channels);
 
-} // namespace importing
+} // namespace channels

@@ -5,18 +5,19 @@
 
 #include "waveform/SignalSource.h"
 
-namespace importing {
+namespace channels {
 
-/** What a channel measures, and the factor from its unit to V or A. */
+/** What a channel measures. */
+enum class Quantity
+{
+    Unknown,
+    Voltage,
+    Current
+};
+
+/** The quantity of a channel, and the factor from its unit to V or A. */
 struct ChannelUnit
 {
-    enum class Quantity
-    {
-        Unknown,
-        Voltage,
-        Current
-    };
-
     Quantity mQuantity = Quantity::Unknown;
     double mFactor = 1.0;
 };
@@ -57,4 +58,4 @@ PhaseEnding phaseAtEndOf(std::string_view text);
 /** By the phase field, else by the end of the name. */
 ChannelPhase phaseOf(const waveform::ChannelDescription& channel);
 
-} // namespace importing
+} // namespace channels
