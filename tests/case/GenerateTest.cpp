@@ -1,13 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "CaseConfiguration.h"
 #include "CommandRunner.h"
-#include "generate/PerfectInstrument.h"
+#include "generate/ExponentialSum.h"
+#include "generate/ReferenceValues.h"
 #include "generate/SignalTable.h"
-#include "generate/ToneSum.h"
 #include "generate/Wave.h"
 #include "waveform/ValueFileSource.h"
 
@@ -54,7 +55,7 @@ TEST(SignalTableTest, ClosedFormIsThatOfTheSamples)
         const generate::Wave wave(parameters);
         const qint64 lineCount = wave.timeline().lineCount();
         for (const size_t channel : {0U, 2U, 4U}) {
-            const generate::ToneSum tones(parameters, wave.timeline(), channel);
+            const generate::ExponentialSum tones(parameters, wave.timeline(), channel);
             for (qint64 begin = 0; begin + 500 <= lineCount; begin += lineCount / 5) {
                 double squares = 0.0;
                 for (qint64 line = begin; line < begin + 500; ++line) {
@@ -99,51 +100,57 @@ TEST(SignalTableTest, CatalogueStaysWithinItsLimits)
 }
 
 /** Computed by hand from the table's row. */
-TEST(PerfectInstrumentTest, MeasuresWhatTheSignalIsMadeOf)
+TEST(ReferenceValuesTest, AreThoseOfTheDescription)
 {
+    using Values = generate::ReferenceValues;
     struct Case
     {
         const char* mSignal;
-        const char* mPlace;
-        double mValue;
+        double (*mRead)(const Values& values);
+        double mExpected;
     };
     constexpr double kRms = 230'000.0;
     constexpr double kLine = 55555e-9;
     const Case cases[] = {
-        {"steady-60hz", "/frequency/hertz", 1e9 / (46296 * 360)},
-        {"steady-60hz", "/channels/4/fundamentalDegrees", -30},
-        {"dip-0-half-50hz", "/channels/0/rms/minimum/value", kRms * std::sqrt(0.5)},
-        {"dip-0-half-50hz", "/channels/0/rms/minimum/line", 3420},
-        {"dip-0-half-50hz", "/channels/0/rms/maximum/line", 0},
-        {"dip-0-one-60hz", "/channels/1/rms/minimum/line", 3540},
-        {"dip-40-10-50hz-jump", "/channels/1/rms/minimum/value", kRms * 0.4},
-        {"dip-40-10-50hz-jump", "/events/0/depthPercent", 60},
-        {"dip-40-10-50hz-at90", "/events/0/begin/line", 3690},
-        {"dip-40-10-50hz-at90", "/events/0/end/seconds", 7290 * kLine},
-        {"dip-40-10-50hz-at90", "/events/0/durationSeconds", 3600 * kLine},
-        {"step-phase-down", "/events/0/phaseJumpDegrees", -10},
-        {"step-phase-down", "/events/0/end/seconds", 18000 * kLine},
-        {"frequency-ramp-up-2hz", "/frequency/largestHertzPerSecond", 1},
-        {"frequency-ramp-up-2hz", "/frequency/points/1/seconds", 48 * 360 * 57870e-9},
-        {"frequency-ramp-up-2hz", "/frequency/maximumHertz", 1e9 / (53418 * 360)},
-        {"amplitude-modulation-0.1hz", "/channels/0/rms/maximum/value", kRms * 1.1},
-        {"phase-modulation-5hz", "/frequency/maximumHertz", 50.5005},
-        {"phase-modulation-5hz", "/frequency/largestHertzPerSecond", 15.708},
-        {"flicker-4000", "/modulations/0/hertz", 100.001 / 3},
-        {"harmonics-mix", "/channels/2/thdPercent", std::sqrt(115.5)},
-        {"harmonics-mix", "/channels/2/harmonics/3/percent", 6},
-        {"interharmonic-75hz", "/tones/0/hertz", 75.00075},
-        {"unbalance-negative", "/unbalance/negativePercent", 2},
-        {"unbalance-zero", "/unbalance/zeroPercent", 2},
-        {"decaying-offset", "/tones/0/timeConstantSeconds", 0.05},
-        {"decaying-offset", "/tones/0/begin/line", 3600},
+        {"steady-60hz", [](auto& v) { return v.mFrequency.mHertz; }, 1e9 / (46296 * 360)},
+        {"steady-60hz", [](auto& v) { return v.mChannels[4].mFundamentalDegrees; }, -30},
+        {"dip-0-half-50hz", [](auto& v) { return v.mChannels[0].mMinRms->mRms; },
+         kRms * std::sqrt(0.5)},
+        {"dip-0-half-50hz", [](auto& v) { return double(v.mChannels[0].mMinRms->mPosition.mLine); },
+         3420},
+        {"dip-0-half-50hz", [](auto& v) { return double(v.mChannels[0].mMaxRms->mPosition.mLine); },
+         0},
+        {"dip-0-one-60hz", [](auto& v) { return double(v.mChannels[1].mMinRms->mPosition.mLine); },
+         3540},
+        {"dip-40-10-50hz-jump", [](auto& v) { return v.mChannels[1].mMinRms->mRms; }, kRms * 0.4},
+        {"dip-40-10-50hz-jump", [](auto& v) { return v.mEvents[0].mFactor; }, 0.4},
+        {"dip-40-10-50hz-at90", [](auto& v) { return double(v.mEvents[0].mBegin.mLine); }, 3690},
+        {"dip-40-10-50hz-at90", [](auto& v) { return v.mEvents[0].mEnd.mSeconds; }, 7290 * kLine},
+        {"step-phase-down", [](auto& v) { return v.mEvents[0].mPhaseJumpDegrees; }, -10},
+        {"step-phase-down", [](auto& v) { return v.mEvents[0].mEnd.mSeconds; }, 18000 * kLine},
+        {"frequency-ramp-up-2hz", [](auto& v) { return *v.mFrequency.mMaxHertzPerSecond; }, 1},
+        {"frequency-ramp-up-2hz", [](auto& v) { return v.mFrequency.mSteps[1].mPosition.mSeconds; },
+         48 * 360 * 57870e-9},
+        {"frequency-ramp-up-2hz", [](auto& v) { return v.mFrequency.mMaxHertz; },
+         1e9 / (53418 * 360)},
+        {"amplitude-modulation-0.1hz", [](auto& v) { return v.mChannels[0].mMaxRms->mRms; },
+         kRms * 1.1},
+        {"phase-modulation-5hz", [](auto& v) { return v.mFrequency.mMaxHertz; }, 50.5005},
+        {"phase-modulation-5hz", [](auto& v) { return *v.mFrequency.mMaxHertzPerSecond; }, 15.708},
+        {"flicker-4000", [](auto& v) { return v.mModulations[0].mHertz; }, 100.001 / 3},
+        {"harmonics-mix", [](auto& v) { return v.mChannels[2].mThdPercent; }, std::sqrt(115.5)},
+        {"harmonics-mix", [](auto& v) { return v.mChannels[2].mHarmonics[3].mPercent; }, 6},
+        {"interharmonic-75hz", [](auto& v) { return v.mTones[0].mHertz; }, 75.00075},
+        {"unbalance-negative", [](auto& v) { return v.mUnbalance->mNegativePercent; }, 2},
+        {"unbalance-zero", [](auto& v) { return v.mUnbalance->mZeroPercent; }, 2},
+        {"decaying-offset", [](auto& v) { return *v.mTones[0].mTimeConstantSeconds; }, 0.05},
+        {"decaying-offset", [](auto& v) { return double(v.mTones[0].mBegin.mLine); }, 3600},
     };
     for (const Case& it : cases) {
         generate::WaveParameters parameters;
         generate::findSignal(it.mSignal)->applyTo(parameters);
-        const auto measured = generate::measuredByPerfectInstrument(parameters);
-        const double value = measured.at(nlohmann::json_pointer<std::string>(it.mPlace));
-        EXPECT_NEAR(value, it.mValue, 2e-5 * std::abs(it.mValue)) << it.mSignal << it.mPlace;
+        const double value = it.mRead(generate::referenceValuesOf(parameters));
+        EXPECT_NEAR(value, it.mExpected, 2e-5 * std::abs(it.mExpected)) << it.mSignal;
     }
 }
 

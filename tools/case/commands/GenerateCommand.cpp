@@ -160,7 +160,7 @@ void list()
 /** Changes one parameter of the signal, by a text such as "percent=40". */
 void set(const std::string& text, generate::Signal& signal)
 {
-    const generate::SignalFamily& family = generate::familyNamed(signal.mFamily);
+    const generate::SignalFamily& family = generate::familyOf(signal.mFamily);
     const auto fields = base::splitText(text, '=');
     const generate::FamilyParameter* const parameter = family.find(fields[0]);
     if (parameter == nullptr) {
@@ -177,7 +177,7 @@ void set(const std::string& text, generate::Signal& signal)
         throw CLI::ValidationError(
             "--set",
             fmt::format("'{}': expected {}=NUMBER, {:g} to {:g} ({})", text, parameter->mName,
-                        parameter->mLeast, parameter->mMost, parameter->mMeaning));
+                        parameter->mMin, parameter->mMax, parameter->mMeaning));
     }
     signal.mSettings[parameter->mName] = value;
 }

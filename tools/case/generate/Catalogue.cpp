@@ -35,15 +35,15 @@ std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
 /** The whole path, since the simulator takes a relative one from where it was started. */
 std::string pathOf(const std::string& directory)
 {
-    const QDir place(QString::fromStdString(directory));
-    const std::string path = place.absolutePath().toStdString();
+    const QDir folder(QString::fromStdString(directory));
+    const std::string path = folder.absolutePath().toStdString();
     if (path.find_first_of(",#\n") != std::string::npos || path.find("  ") != std::string::npos) {
         throw base::CaseError(
             path +
             ": expected a path without ',', '#' and two blanks in a row, for the case "
             "configuration cannot hold them");
     }
-    if (!place.mkpath(".")) {
+    if (!folder.mkpath(".")) {
         throw base::CaseError(path + ": cannot be made as a directory");
     }
     return path;

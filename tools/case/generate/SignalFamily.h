@@ -9,19 +9,35 @@
 
 namespace generate {
 
-/** The harmonics that the family "harmonics" has a parameter for, h2 to h50. */
+/** The family Harmonics has a parameter for each order up to this one: h2 to h50. */
 inline constexpr int kHighestNamedOrder = 50;
 
 /** Values of a family's parameters, by their names. */
 using Settings = std::map<std::string, double, std::less<>>;
+
+/** What the signals of a family are. */
+enum class FamilyKind
+{
+    Steady,
+    Event,
+    Step,
+    Frequency,
+    Modulation,
+    Flicker,
+    Harmonics,
+    Interharmonic,
+    Unbalance,
+    Offset,
+    Transient
+};
 
 /** One parameter of a family of signals. */
 struct FamilyParameter
 {
     std::string mName;
     double mDefault;
-    double mLeast;
-    double mMost;
+    double mMin;
+    double mMax;
     std::string mMeaning; ///< with its unit
     bool mIsWhole = false;
 
@@ -32,7 +48,7 @@ struct FamilyParameter
 /** Signals that differ in numbers only. */
 struct SignalFamily
 {
-    std::string_view mName;
+    FamilyKind mKind;
     std::vector<FamilyParameter> mParameters;
 
     /**
@@ -45,10 +61,6 @@ struct SignalFamily
     const FamilyParameter* find(std::string_view parameter) const;
 };
 
-/** All families, in the order in which people read about them. */
-const std::vector<SignalFamily>& signalFamilies();
-
-/** Requires: there is a family of that name. */
-const SignalFamily& familyNamed(std::string_view name);
+const SignalFamily& familyOf(FamilyKind kind);
 
 } // namespace generate

@@ -12,7 +12,7 @@ namespace generate {
 struct Signal
 {
     std::string mName;
-    std::string_view mFamily;
+    FamilyKind mFamily = FamilyKind::Steady;
     std::string mText;  ///< one line for its user
     Settings mSettings; ///< what differs from the family's defaults
     bool mIsInCatalogue = true;

@@ -3,7 +3,7 @@
 #include <QtGlobal>
 #include <array>
 
-#include "generate/StepCourse.h"
+#include "generate/StepEnvelope.h"
 #include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
@@ -35,7 +35,7 @@ private:
 
     WaveParameters mParameters;
     Timeline mTimeline;
-    StepCourse mSteps;
+    StepEnvelope mSteps;
 };
 
 } // namespace generate

@@ -94,10 +94,10 @@ std::string problemOfCourse(const WaveParameters& parameters)
 
 std::string problemOfModulation(const Modulation& modulation, const WaveParameters& parameters)
 {
-    const double most = parameters.samplesPerSecond() / 4.0;
-    if (!(modulation.mHertz > 0.0 && modulation.mHertz <= most)) {
+    const double max = parameters.samplesPerSecond() / 4.0;
+    if (!(modulation.mHertz > 0.0 && modulation.mHertz <= max)) {
         return fmt::format("modulation with {:g} Hz: expected more than 0 Hz and at most {:g} Hz",
-                           modulation.mHertz, most);
+                           modulation.mHertz, max);
     }
     if (!(std::abs(modulation.mDepth) <= 1.0 && std::abs(modulation.mPhaseDepth) <= 1.0)) {
         return fmt::format("modulation by {:g} and {:g} rad: expected at most 1 each",
@@ -108,12 +108,12 @@ std::string problemOfModulation(const Modulation& modulation, const WaveParamete
 
 std::string problemOfTone(const Tone& tone, const WaveParameters& parameters)
 {
-    const double most = parameters.samplesPerSecond() / 2.0;
-    if (!(tone.mHertz >= 0.0 && tone.mHertz < most)) {
+    const double max = parameters.samplesPerSecond() / 2.0;
+    if (!(tone.mHertz >= 0.0 && tone.mHertz < max)) {
         return fmt::format(
             "tone of {:g} Hz: expected 0 Hz or more and less than {:g} Hz, half of "
             "the samples in a second",
-            tone.mHertz, most);
+            tone.mHertz, max);
     }
     if (!(tone.mStart >= 0.0 && tone.mStart < parameters.mDuration && tone.mTimeConstant > 0.0)) {
         return fmt::format(

@@ -11,6 +11,9 @@
 
 namespace generate {
 
+/** Percent of a ratio of 1. */
+inline constexpr double kPercent = 100.0;
+
 /** Channels that something applies to. */
 using ChannelSet = std::bitset<kChannelCount>;
 
@@ -26,7 +29,7 @@ struct WaveChannel
 
 /**
  * A multiple of the fundamental, added to it. With x for the phase of the channel's fundamental
- * it is amplitude * mRatio * sin(mOrder * x + mPhase); so it keeps its place in the channel's
+ * it is amplitude * mRatio * sin(mOrder * x + mPhase); so it moves with the channel's
  * wave when the wave is shifted, and forms the sequence that belongs to its order in a
  * three-phase system.
  */
@@ -131,7 +134,7 @@ struct WaveParameters
  * was expected, or an empty string when all is well.
  *
  * Checked are the frequency (the simulator's step between samples must be at least 1 ns and less
- * than 1 s), the duration, the order of the harmonics, the place of the disturbances in the
+ * than 1 s), the duration, the order of the harmonics, that the disturbances lie within the
  * duration, what a modulation or a tone can be, and that no channel value can leave the range of
  * 32 bits.
  */

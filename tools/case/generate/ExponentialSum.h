@@ -3,7 +3,7 @@
 #include <complex>
 #include <vector>
 
-#include "generate/StepCourse.h"
+#include "generate/StepEnvelope.h"
 #include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
@@ -15,11 +15,11 @@ namespace generate {
  * sine, a decaying oscillation, the side bands of a modulation. Sums of squares over any lines
  * follow exactly, without the samples.
  */
-class ToneSum
+class ExponentialSum
 {
 public:
     /** Requires: problemOf(parameters) is empty. */
-    ToneSum(const WaveParameters& parameters, const Timeline& timeline, size_t channel);
+    ExponentialSum(const WaveParameters& parameters, const Timeline& timeline, size_t channel);
 
     /** Sum of the squares of the unrounded samples of the lines from begin up to end. */
     double sumOfSquares(qint64 begin, qint64 end) const;

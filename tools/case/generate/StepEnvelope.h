@@ -18,11 +18,11 @@ struct Fundamental
  * What changes in steps: amplitude and phase of the channels' fundamentals, by disturbances and by
  * rectangular modulations. The samples and what an instrument measures both come from here.
  */
-class StepCourse
+class StepEnvelope
 {
 public:
     /** Requires: problemOf(parameters) is empty. Borrows the parameters. */
-    StepCourse(const WaveParameters& parameters, const Timeline& timeline);
+    StepEnvelope(const WaveParameters& parameters, const Timeline& timeline);
 
     Fundamental fundamentalAt(qint64 line, size_t channel) const;
 

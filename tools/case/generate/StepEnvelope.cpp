@@ -1,13 +1,13 @@
-#include "generate/StepCourse.h"
+#include "generate/StepEnvelope.h"
 
 #include <algorithm>
 #include <cmath>
 
+#include "base/Numbers.h"
+
 namespace generate {
 
 namespace {
-constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
-
 double linesPerChange(const WaveParameters& parameters, const Modulation& modulation)
 {
     return parameters.samplesPerSecond() / (2.0 * modulation.mHertz);
@@ -26,7 +26,7 @@ double rectangleAt(qint64 line, double lines)
 }
 } // namespace
 
-StepCourse::StepCourse(const WaveParameters& parameters, const Timeline& timeline)
+StepEnvelope::StepEnvelope(const WaveParameters& parameters, const Timeline& timeline)
     : mParameters(parameters), mTimeline(timeline)
 {
     for (const Disturbance& disturbance : parameters.mDisturbances) {
@@ -34,17 +34,17 @@ StepCourse::StepCourse(const WaveParameters& parameters, const Timeline& timelin
     }
 }
 
-qint64 StepCourse::beginOf(const Disturbance& disturbance) const
+qint64 StepEnvelope::beginOf(const Disturbance& disturbance) const
 {
     return mTimeline.lineAt(disturbance.mStart);
 }
 
-qint64 StepCourse::endOf(const Disturbance& disturbance) const
+qint64 StepEnvelope::endOf(const Disturbance& disturbance) const
 {
     return mTimeline.lineAt(disturbance.mStart + disturbance.mDuration);
 }
 
-Fundamental StepCourse::fundamentalAt(qint64 line, size_t channel) const
+Fundamental StepEnvelope::fundamentalAt(qint64 line, size_t channel) const
 {
     Fundamental fundamental{mParameters.mChannels[channel].mAmplitude,
                             mParameters.mChannels[channel].mPhase};
@@ -60,13 +60,13 @@ Fundamental StepCourse::fundamentalAt(qint64 line, size_t channel) const
         if (modulation.mShape == ModulationShape::Rectangle && modulation.mChannels.test(channel)) {
             const double shape = rectangleAt(line, linesPerChange(mParameters, modulation));
             fundamental.mAmplitude *= 1.0 + modulation.mDepth * shape;
-            fundamental.mPhase -= modulation.mPhaseDepth * shape * kDegreesPerRadian;
+            fundamental.mPhase -= modulation.mPhaseDepth * shape / base::kRadiansPerDegree;
         }
     }
     return fundamental;
 }
 
-std::vector<qint64> StepCourse::stepsOf(size_t channel) const
+std::vector<qint64> StepEnvelope::stepsOf(size_t channel) const
 {
     const qint64 end = mTimeline.lineCount();
     std::vector<qint64> steps{0, end};

@@ -1,4 +1,4 @@
-#include "generate/ToneSum.h"
+#include "generate/ExponentialSum.h"
 #include "base/Numbers.h"
 
 #include <algorithm>
@@ -40,10 +40,11 @@ bool isPeriodic(Complex rate)
 }
 } // namespace
 
-ToneSum::ToneSum(const WaveParameters& parameters, const Timeline& timeline, size_t channel)
+ExponentialSum::ExponentialSum(const WaveParameters& parameters, const Timeline& timeline,
+                               size_t channel)
     : mParameters(parameters), mTimeline(timeline), mChannel(channel)
 {
-    std::vector<qint64> steps = StepCourse(parameters, timeline).stepsOf(channel);
+    std::vector<qint64> steps = StepEnvelope(parameters, timeline).stepsOf(channel);
     for (const Tone& tone : parameters.mTones) {
         if (tone.mChannels.test(channel)) {
             steps.push_back(timeline.lineAt(tone.mStart));
@@ -56,11 +57,11 @@ ToneSum::ToneSum(const WaveParameters& parameters, const Timeline& timeline, siz
     }
 }
 
-ToneSum::Piece ToneSum::pieceOf(qint64 begin, qint64 end) const
+ExponentialSum::Piece ExponentialSum::pieceOf(qint64 begin, qint64 end) const
 {
     Piece piece{begin, end, {}, true};
     const Fundamental fundamental =
-        StepCourse(mParameters, mTimeline).fundamentalAt(begin, mChannel);
+        StepEnvelope(mParameters, mTimeline).fundamentalAt(begin, mChannel);
     addWave(fundamental, 1, 1.0, 0.0, piece);
     for (const Harmonic& harmonic : mParameters.mHarmonics) {
         if (harmonic.mChannels.test(mChannel)) {
@@ -78,8 +79,8 @@ ToneSum::Piece ToneSum::pieceOf(qint64 begin, qint64 end) const
     return piece;
 }
 
-void ToneSum::addWave(const Fundamental& fundamental, int order, double ratio, double phase,
-                      Piece& piece) const
+void ExponentialSum::addWave(const Fundamental& fundamental, int order, double ratio, double phase,
+                             Piece& piece) const
 {
     const double start = double(piece.mBegin % kSamplesPerPeriod) + fundamental.mPhase;
     std::vector<Exponential> wave{{fundamental.mAmplitude * ratio * sineOf(order * start + phase),
@@ -93,9 +94,9 @@ void ToneSum::addWave(const Fundamental& fundamental, int order, double ratio, d
 }
 
 /** exp(-i x cos a) is the sum of (-i)^|m| J_|m|(x) exp(i m a) over all m. */
-std::vector<ToneSum::Exponential> ToneSum::modulated(const std::vector<Exponential>& exponentials,
-                                                     const Modulation& modulation, int order,
-                                                     qint64 begin) const
+std::vector<ExponentialSum::Exponential> ExponentialSum::modulated(
+    const std::vector<Exponential>& exponentials, const Modulation& modulation, int order,
+    qint64 begin) const
 {
     const double rate = 2.0 * base::kPi * modulation.mHertz / mParameters.samplesPerSecond();
     const double index = std::abs(order * modulation.mPhaseDepth);
@@ -120,7 +121,7 @@ std::vector<ToneSum::Exponential> ToneSum::modulated(const std::vector<Exponenti
     return result;
 }
 
-void ToneSum::addTone(const Tone& tone, Piece& piece) const
+void ExponentialSum::addTone(const Tone& tone, Piece& piece) const
 {
     const double seconds = mTimeline.secondsOf(piece.mBegin) - tone.mStart;
     const double amplitude = mParameters.mChannels[mChannel].mAmplitude * tone.mRatio *
@@ -130,7 +131,7 @@ void ToneSum::addTone(const Tone& tone, Piece& piece) const
                                    rate / mParameters.samplesPerSecond()});
 }
 
-double ToneSum::sumOfSquares(qint64 begin, qint64 end) const
+double ExponentialSum::sumOfSquares(qint64 begin, qint64 end) const
 {
     double sum = 0.0;
     for (size_t i = indexOf(begin); i < mPieces.size() && mPieces[i].mBegin < end; ++i) {
@@ -151,13 +152,13 @@ double ToneSum::sumOfSquares(qint64 begin, qint64 end) const
     return sum;
 }
 
-bool ToneSum::isSteady(qint64 begin, qint64 end) const
+bool ExponentialSum::isSteady(qint64 begin, qint64 end) const
 {
     const Piece& piece = mPieces[indexOf(begin)];
     return piece.mIsSteady && end <= piece.mEnd;
 }
 
-size_t ToneSum::indexOf(qint64 line) const
+size_t ExponentialSum::indexOf(qint64 line) const
 {
     const auto behind =
         std::upper_bound(mPieces.begin(), mPieces.end(), line,
