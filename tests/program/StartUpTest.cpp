@@ -156,7 +156,7 @@ TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
                      "FATAL PrussSimulation openFile : Das Device '/dev/adc-in' existiert nicht.\n"
                      "FATAL Simulator Could not initialze Prus-Simulation\n",
                  {"--fault", "adc-in:1:vanish"},
-                 "vx-sandbox: the program ended before a write met the fault adc-in:1:vanish\n");
+                 "vx-sandbox: the program ended before any write met the fault adc-in:1:vanish\n");
     const Words onDirectory = {VX_SIMULATOR, "--track", "track.xml", "--config", "/usr"};
     expectEnd(onDirectory, 0, "", "",
               kStartLine + (kStartTime + ("FATAL Configuration" + kIsDirectory)) +

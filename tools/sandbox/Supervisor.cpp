@@ -3,13 +3,11 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/signalfd.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <limits>
@@ -68,13 +66,13 @@ int Supervisor::run()
         waitForWork();
         runTimers();
     }
-    mDriver.closeOutputs();
-    reportEnd();
-    recordEnd();
-    if (!mProgram.startFailure()) {
+    finish();
+    if (!mOutcome.startFailure()) {
         Console::result(summaryText(mDriver, mOptions.wantsPmeDevice()));
     }
-    return exitStatus();
+    const bool lacksBlock = mOptions.mRunNs && !hasBlock();
+    return mDriver.hasFailedOutput() && !mOutcome.startFailure() ? kExitSandboxFailed
+                                                                 : mOutcome.exitStatus(lacksBlock);
 }
 
 /** Files are served to the end of what is left behind: it may have to be woken from a write. */
@@ -154,8 +152,9 @@ void Supervisor::handleSignal()
         mProgram.reap();
         return;
     }
-    mInterrupt = static_cast<int>(info.ssi_signo);
-    forwardSignal(mInterrupt, info.ssi_code == SI_KERNEL);
+    const int number = static_cast<int>(info.ssi_signo);
+    mOutcome.interrupted(number);
+    forwardSignal(number, info.ssi_code == SI_KERNEL);
 }
 
 /** The terminal has sent its signal to the program too; a second one would mean something else. */
@@ -170,8 +169,8 @@ void Supervisor::runTimers()
 {
     const std::int64_t nowNs = monotonicNs();
     if (!mProgram.hasEnded()) {
-        if (mDriver.statistics().blocks() > 0) {
-            mCommands.sendDue(nowNs - beganNs());
+        if (hasBlock()) {
+            mCommands.sendDue(nowNs - firstBlockNs());
         }
         endWhenDue(nowNs);
     }
@@ -196,33 +195,38 @@ void Supervisor::endWhenDue(std::int64_t nowNs)
         return;
     }
     if (mTermNs) {
-        mConsole.message("the program is still there 5 s after SIGTERM; killing it");
+        mConsole.message("the program is still running 5 s after SIGTERM; killing it");
         mProgram.signal(SIGKILL);
-        mIsKilled = true;
+        mOutcome.killed();
+        mTermNs.reset();
         return;
     }
-    if (mDriver.statistics().blocks() == 0) {
+    if (!hasBlock()) {
         mConsole.message(fmt::format("no block came within {} s; ending the program",
                                      inSeconds(mOptions.mPatienceNs)));
-        mEndStatus = kExitNoBlock;
     }
+    mOutcome.stopped(hasBlock() ? StopReason::TimeIsOver : StopReason::NoBlock);
     mProgram.signal(SIGTERM);
     mTermNs = nowNs;
 }
 
 std::optional<std::int64_t> Supervisor::nextEndingNs() const
 {
-    if (!mOptions.mRunNs || mIsKilled) {
-        return std::nullopt;
-    }
     if (mTermNs) {
         return *mTermNs + kGraceNs;
     }
-    return mDriver.statistics().blocks() == 0 ? mStartNs + mOptions.mPatienceNs
-                                              : beganNs() + *mOptions.mRunNs;
+    if (!mOptions.mRunNs || mOutcome.isStopped()) {
+        return std::nullopt;
+    }
+    return hasBlock() ? firstBlockNs() + *mOptions.mRunNs : mStartNs + mOptions.mPatienceNs;
 }
 
-std::int64_t Supervisor::beganNs() const
+bool Supervisor::hasBlock() const
+{
+    return mDriver.statistics().blocks() > 0;
+}
+
+std::int64_t Supervisor::firstBlockNs() const
 {
     return mDriver.statistics().firstArrival().mMonotonicNs;
 }
@@ -236,24 +240,33 @@ std::int64_t Supervisor::nextDeadlineNs() const
     }
     deadlineNs = std::min(deadlineNs, nextEndingNs().value_or(deadlineNs));
     const std::optional<std::int64_t> commandNs = mCommands.nextDueNs();
-    const bool hasBegun = mDriver.statistics().blocks() > 0;
-    return hasBegun && commandNs ? std::min(deadlineNs, beganNs() + *commandNs) : deadlineNs;
+    return hasBlock() && commandNs ? std::min(deadlineNs, firstBlockNs() + *commandNs) : deadlineNs;
+}
+
+void Supervisor::finish()
+{
+    mOutcome.ended(mProgram.waitStatus());
+    if (mProgram.startFailure()) {
+        mOutcome.failedToStart(*mProgram.startFailure());
+    }
+    mDriver.closeOutputs();
+    mConsole.clearStatus();
+    if (mProgram.startFailure()) {
+        mConsole.message(mProgram.startFailure()->mText);
+    } else {
+        reportEnd();
+    }
+    recordEnd();
 }
 
 void Supervisor::reportEnd()
 {
-    mConsole.clearStatus();
-    if (mProgram.startFailure()) {
-        mConsole.message(mProgram.startFailure()->mText);
-        return;
-    }
-    const int status = mProgram.waitStatus();
-    if (WIFSIGNALED(status) && !isEndedByUs()) {
-        mConsole.message(fmt::format("the program ended by signal {} ({})", WTERMSIG(status),
-                                     strsignal(WTERMSIG(status))));
+    if (const std::optional<int> signal = mOutcome.crashSignal()) {
+        mConsole.message(
+            fmt::format("the program ended by signal {} ({})", *signal, strsignal(*signal)));
     }
     const std::size_t unsent = mCommands.remaining();
-    if (mDriver.statistics().blocks() == 0 && !mTermNs && (mOptions.mRunNs || unsent > 0)) {
+    if (!hasBlock() && !mOutcome.isStopped() && (mOptions.mRunNs || unsent > 0)) {
         mConsole.message(
             "the program ended before its first block; --for and --send count from it");
     } else if (unsent > 0) {
@@ -261,76 +274,17 @@ void Supervisor::reportEnd()
             fmt::format("the program ended before {} of the --send commands were due", unsent));
     }
     for (const std::string& fault : mDriver.faults().unmet()) {
-        mConsole.message("the program ended before a write met the fault " + fault);
+        mConsole.message("the program ended before any write met the fault " + fault);
     }
 }
 
 void Supervisor::recordEnd()
 {
     mCommands.recordUnsent();
-    if (!mProgram.startFailure()) {
-        mDriver.events().addProgramEnd(realtimeNs(), programEnd());
+    if (!mOutcome.startFailure()) {
+        mDriver.events().addProgramEnd(realtimeNs(), mOutcome.programEnd());
     }
-    mDriver.events().addRunEnd(realtimeNs(), endReason());
-}
-
-ProgramEnd Supervisor::programEnd() const
-{
-    const int status = mProgram.waitStatus();
-    if (isEndedByUs() || isEndedByInterrupt()) {
-        return {ProgramEnd::Kind::Stopped, 0};
-    }
-    if (WIFSIGNALED(status)) {
-        return {ProgramEnd::Kind::Killed, WTERMSIG(status)};
-    }
-    return {ProgramEnd::Kind::Exited, WEXITSTATUS(status)};
-}
-
-const char* Supervisor::endReason() const
-{
-    if (const std::optional<StartFailure>& failure = mProgram.startFailure()) {
-        return failure->mExitStatus == kExitSandboxFailed ? "error" : "not started";
-    }
-    if (isEndedByUs()) {
-        return mEndStatus == kExitNoBlock ? "no block" : "time";
-    }
-    return isEndedByInterrupt() ? "interrupted" : "program";
-}
-
-/** True when --for or its patience ended the program; one that crashes on its way out ended by
- * itself. */
-bool Supervisor::isEndedByUs() const
-{
-    const int status = mProgram.waitStatus();
-    const bool isOurSignal = !WIFSIGNALED(status) || WTERMSIG(status) == SIGTERM ||
-                             (mIsKilled && WTERMSIG(status) == SIGKILL);
-    return mTermNs && isOurSignal;
-}
-
-/** True when the program ended upon a signal that was meant to end the sandbox. */
-bool Supervisor::isEndedByInterrupt() const
-{
-    const int status = mProgram.waitStatus();
-    return mInterrupt != 0 && (!WIFSIGNALED(status) || WTERMSIG(status) == mInterrupt);
-}
-
-int Supervisor::exitStatus() const
-{
-    if (mProgram.startFailure()) {
-        return mProgram.startFailure()->mExitStatus;
-    }
-    if (mDriver.hasFailedOutput()) {
-        return kExitSandboxFailed;
-    }
-    if (isEndedByUs()) {
-        return mEndStatus;
-    }
-    const int status = mProgram.waitStatus();
-    if (WIFSIGNALED(status)) {
-        return kExitSignalBase + WTERMSIG(status);
-    }
-    const bool hasPlayed = !mOptions.mRunNs || mDriver.statistics().blocks() > 0;
-    return WEXITSTATUS(status) == EXIT_SUCCESS && !hasPlayed ? kExitNoBlock : WEXITSTATUS(status);
+    mDriver.events().addRunEnd(realtimeNs(), mOutcome.reason());
 }
 
 } // namespace sandbox

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <optional>
 
-#include "EventLog.h"
 #include "FileDescriptor.h"
 #include "OperatorCommands.h"
 #include "Options.h"
 #include "ProgramProcess.h"
+#include "RunOutcome.h"
 
 namespace sandbox {
 
@@ -50,16 +50,14 @@ private:
     std::optional<std::int64_t> nextEndingNs() const;
     std::int64_t nextDeadlineNs() const;
 
-    /** When the first block arrived. Requires: it has. */
-    std::int64_t beganNs() const;
+    bool hasBlock() const;
 
+    /** When the first block arrived. Requires: hasBlock(). */
+    std::int64_t firstBlockNs() const;
+
+    void finish();
     void reportEnd();
     void recordEnd();
-    bool isEndedByUs() const;
-    bool isEndedByInterrupt() const;
-    ProgramEnd programEnd() const;
-    const char* endReason() const;
-    int exitStatus() const;
 
     const Options& mOptions;
     SimulatedDriver& mDriver;
@@ -73,10 +71,8 @@ private:
     struct sigaction mOldPipeAction = {};
     std::int64_t mStartNs = 0;           ///< on the monotonic clock, as the next ones
     std::int64_t mNextSecondNs = 0;      ///< when the next once-a-second work is due
-    std::optional<std::int64_t> mTermNs; ///< when the program got its SIGTERM from --for
-    bool mIsKilled = false;
-    int mEndStatus = 0; ///< the exit status when --for ended the program
-    int mInterrupt = 0; ///< the last signal that was to end the sandbox
+    std::optional<std::int64_t> mTermNs; ///< when it got a SIGTERM that may need a SIGKILL
+    RunOutcome mOutcome;
 };
 
 } // namespace sandbox
