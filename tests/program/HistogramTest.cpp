@@ -13,14 +13,14 @@ TEST(HistogramTest, PercentilesOfSmallValuesAreExact)
     }
     histogram.add(1'000'000);
     EXPECT_EQ(histogram.count(), 100U);
-    EXPECT_EQ(histogram.largest(), 1'000'000U);
+    EXPECT_EQ(histogram.max(), 1'000'000U);
     for (const auto& [percent, value] : {std::pair(0.0, 1U), std::pair(49.5, 50U),
                                          std::pair(99.0, 99U), std::pair(99.5, 1'000'000U)}) {
         EXPECT_EQ(histogram.percentile(percent), value) << percent;
     }
 }
 
-/** Each value beside one that is larger than all, so that it is seen through its class only. */
+/** Beside a larger value, so that the value is seen through its bin and not as the maximum. */
 TEST(HistogramTest, EveryMagnitudeIsWithinItsResolution)
 {
     for (unsigned bit = 0; bit < 64; ++bit) {

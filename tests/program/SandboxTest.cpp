@@ -130,7 +130,7 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         {"--for|0.1|sh|-c|sleep 0.5; head -c 48 /dev/zero >/dev/adc-in; exec sleep 60", 0, ""},
         {"--record|no/such/file|true", 125, "cannot write no/such/file: No such file or directory"},
         {"--record|/dev/full|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 125,
-         "cannot write /dev/full: No space left on device; it ends here"},
+         "cannot write /dev/full: No space left on device; nothing more is written to it"},
         {"--for|9|--|sh|-c|head -c 48 /dev/zero >/dev/adc-in; kill -TERM $$", 143,
          "the program ended by signal 15 (Terminated)"},
         {"--for|0.1|sh|-c|trap 'kill -SEGV $$' TERM; head -c 48 /dev/zero >/dev/adc-in; sleep 3 & "

@@ -55,27 +55,27 @@ TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
     {
         std::size_t mCount;
         std::int64_t mStepNs;
-        std::int64_t mSmallestNs; ///< of all steps so far
-        std::int64_t mLargestNs;
+        std::int64_t mMinNs; ///< of all steps so far
+        std::int64_t mMaxNs;
     };
     Stream stream;
     const sandbox::StreamStatistics& statistics = stream.mStatistics;
-    EXPECT_EQ(statistics.stepRate(), 0);
+    EXPECT_EQ(statistics.samplingRate(), 0);
     stream.add(1, kStepNs, {kStartNs + 7, 1234});
-    EXPECT_EQ(statistics.stepRate(), 0);
+    EXPECT_EQ(statistics.samplingRate(), 0);
     EXPECT_EQ(statistics.arrivalRate(), 0);
     for (const Block& it : {Block{2, 1000, 1000, 1000}, Block{1, 5000, 1000, 5000},
                             Block{1, 0, 0, 5000}, Block{2, -3500, -3500, 5000}}) {
         stream.add(it.mCount, it.mStepNs, {kStartNs + 100, 1334});
-        EXPECT_EQ(statistics.smallestStepNs(), it.mSmallestNs);
-        EXPECT_EQ(statistics.largestStepNs(), it.mLargestNs);
+        EXPECT_EQ(statistics.minStepNs(), it.mMinNs);
+        EXPECT_EQ(statistics.maxStepNs(), it.mMaxNs);
     }
     EXPECT_EQ(statistics.blocks(), 5U);
     EXPECT_EQ(statistics.samples(), 7U);
     EXPECT_EQ(statistics.firstStampNs(), kStartNs + kStepNs);
     EXPECT_EQ(statistics.signalNs(), 0);
     EXPECT_EQ(statistics.firstArrival().mRealtimeNs, kStartNs + 7);
-    EXPECT_EQ(statistics.stepRate(), 0);
+    EXPECT_EQ(statistics.samplingRate(), 0);
 }
 
 /** Every burst has the same shape, so the line through them has exactly the pace of the bursts. */
@@ -86,8 +86,8 @@ TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
         Stream stream;
         const std::int64_t burstNs = kBurstNs + lateNs;
         stream.addBursts(bursts, kStepNs, [&](int burst) { return burst * burstNs; });
-        EXPECT_NEAR(stream.mStatistics.stepRate(), 1e9 / kStepNs, 1e-6);
-        EXPECT_NEAR(stream.mStatistics.signalSpeed(),
+        EXPECT_NEAR(stream.mStatistics.samplingRate(), 1e9 / kStepNs, 1e-6);
+        EXPECT_NEAR(stream.mStatistics.playbackSpeed(),
                     static_cast<double>(kBurstNs) / static_cast<double>(burstNs), 1e-9);
     }
 }
@@ -99,7 +99,7 @@ TEST(StreamStatisticsTest, ShorterBurstsDoNotChangeTheSpeed)
     const auto inStep = [&stream](int) { return stream.mStampNs - kStartNs; };
     stream.addBursts(20, kStepNs, inStep);
     stream.addBursts(20, 46'296, inStep);
-    EXPECT_NEAR(stream.mStatistics.signalSpeed(), 1, 1e-12);
+    EXPECT_NEAR(stream.mStatistics.playbackSpeed(), 1, 1e-12);
 }
 
 TEST(StreamStatisticsTest, SettingTheWallClockDoesNotChangeTheSpeed)
@@ -110,7 +110,7 @@ TEST(StreamStatisticsTest, SettingTheWallClockDoesNotChangeTheSpeed)
         stream.add(kBlockSamples, kStepNs,
                    {kStartNs + block * kBlockNs + setNs, 77 + block * kBlockNs});
     }
-    EXPECT_NEAR(stream.mStatistics.signalSpeed(), 1, 1e-12);
+    EXPECT_NEAR(stream.mStatistics.playbackSpeed(), 1, 1e-12);
 }
 
 TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
@@ -122,10 +122,10 @@ TEST(StreamStatisticsTest, EveryBlockHasALeadOrALag)
     const sandbox::Histogram& lead = stream.mStatistics.leadNs();
     const sandbox::Histogram& lag = stream.mStatistics.lagNs();
     EXPECT_EQ(lead.count(), 6U);
-    EXPECT_EQ(lead.largest(), 30U);
+    EXPECT_EQ(lead.max(), 30U);
     EXPECT_EQ(lead.percentile(66), 10U);
     EXPECT_EQ(lag.count(), 6U);
-    EXPECT_EQ(lag.largest(), 100U);
+    EXPECT_EQ(lag.max(), 100U);
     EXPECT_EQ(lag.percentile(50), 0U);
     EXPECT_EQ(lag.percentile(83), 5U);
     const std::int64_t lastNs = stream.mStampNs;

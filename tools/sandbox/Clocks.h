@@ -6,10 +6,10 @@ namespace sandbox {
 
 inline constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
-/** The wall clock, in nanoseconds since the epoch; what time stamps are compared with. */
+/** The wall clock in nanoseconds since the epoch, with which time stamps are compared. */
 std::int64_t realtimeNs();
 
-/** A clock nobody sets, in nanoseconds; what intervals are measured with. */
+/** A clock that nobody sets, in nanoseconds, for intervals. */
 std::int64_t monotonicNs();
 
 inline double inSeconds(std::int64_t nanoseconds)

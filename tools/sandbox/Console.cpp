@@ -11,7 +11,7 @@ namespace sandbox {
 
 namespace {
 
-/** Nobody is told of a failure: there is no other place to tell it. */
+/** A failure is ignored: there is nowhere to report it. */
 void print(const std::string& text)
 {
     std::fputs(text.c_str(), stderr);
@@ -27,7 +27,7 @@ void Console::message(const std::string& text)
     print(fmt::format("vx-sandbox: {}\n", text));
 }
 
-/** The cursor goes back to the line's start, so that what the program prints does not follow. */
+/** The cursor returns to the start, so that output of the program overwrites the line. */
 void Console::status(const std::string& text)
 {
     print(fmt::format("\r\033[K{}\r", text));

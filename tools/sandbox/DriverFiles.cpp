@@ -16,7 +16,7 @@ constexpr std::size_t kR2hRecordBytes = 48;
 constexpr mode_t kReadOnlyMode = 0444;
 constexpr mode_t kWriteOnlyMode = 0222;
 
-/** Attributes of a device claim one page whatever they hold; devices have no size. */
+/** In sysfs, an attribute has the size of a page whatever it holds; a device has size 0. */
 constexpr off_t kAttributeBytes = 4096;
 constexpr off_t kDeviceBytes = 0;
 
@@ -29,7 +29,7 @@ constexpr DriverFileTraits kTraits[kDriverFileCount] = {
     {kPmeDevicePath, kWriteOnlyMode, kDeviceBytes},
 };
 
-const char* objectionToBlock(std::size_t size)
+const char* expectedBlock(std::size_t size)
 {
     const std::size_t records = size / kRecordBytes;
     const bool fits = size % kRecordBytes == 0 && records >= 1 && records <= kSamplesPerPeriod;
@@ -68,11 +68,11 @@ std::vector<DriverFile> driverFiles(bool withPmeDevice)
     return files;
 }
 
-const char* objectionToWrite(DriverFile file, off_t offset, std::size_t size)
+const char* expectedWrite(DriverFile file, off_t offset, std::size_t size)
 {
     switch (file) {
         case DriverFile::AdcIn:
-            return objectionToBlock(size);
+            return expectedBlock(size);
         case DriverFile::H2p:
             return "no writes";
         case DriverFile::F2h:

@@ -25,7 +25,7 @@ inline constexpr std::size_t kDriverFileCount = 6;
 /** The PME device takes frames of this many bytes. */
 inline constexpr std::size_t kPmeFrameBytes = 56'876;
 
-/** What the file system shows of a driver's file, and where it belongs. */
+/** A driver's file as the file system shows it. */
 struct DriverFileTraits
 {
     const char* mPath;
@@ -45,9 +45,9 @@ std::optional<DriverFile> driverFileNamed(const std::string& name);
 std::vector<DriverFile> driverFiles(bool withPmeDevice);
 
 /**
- * The driver's rules: null when it takes a write of `size` bytes at `offset`, else what the file
- * takes instead, as a text that follows "the file takes".
+ * The driver's rules: null when the file takes a write of `size` bytes at `offset`, else what it
+ * takes, as the rest of a sentence that begins with "the file takes".
  */
-const char* objectionToWrite(DriverFile file, off_t offset, std::size_t size);
+const char* expectedWrite(DriverFile file, off_t offset, std::size_t size);
 
 } // namespace sandbox

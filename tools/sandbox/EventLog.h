@@ -35,19 +35,19 @@ public:
     EventLog(const std::string& path, Console& console) : mFile(path, console) {}
 
     /**
-     * A write of `size` bytes whose content is of no interest. `fault` says what went wrong on
-     * purpose, if anything.
+     * A write of `size` bytes, without its content. `fault` names the planned fault that it met;
+     * empty when it met none.
      */
     void addWrite(std::int64_t realtimeNs, const std::string& file, std::size_t size, bool accepted,
                   const std::string& fault);
 
-    /** A write that was accepted; `data` is shown as unsigned 32-bit words. */
+    /** An accepted write with its content, as unsigned 32-bit words. */
     void addWords(std::int64_t realtimeNs, const std::string& file, const void* data,
                   std::size_t size, const std::string& fault);
 
     /**
-     * A command of the sandbox's own for the control FIFO; `text` without its line end. `problem`
-     * says why it was not written; empty when it was.
+     * A command of --send; `text` without its line end. `problem` says why it was not written;
+     * empty when it was.
      */
     void addCommand(std::int64_t realtimeNs, const std::string& file, const std::string& text,
                     const std::string& problem);

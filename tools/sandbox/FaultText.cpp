@@ -26,7 +26,7 @@ std::optional<std::uint64_t> parseCount(const std::string& text)
     return error == std::errc{} && rest == end ? std::optional(count) : std::nullopt;
 }
 
-/** One part at least. */
+/** Returns one part at least. */
 std::vector<std::string> splitAtColons(const std::string& text)
 {
     std::vector<std::string> parts;
@@ -50,7 +50,7 @@ int errnoOf(const std::string& name)
     return 0;
 }
 
-bool parseFaultMoment(const std::string& text, Fault& fault)
+bool parseWhen(const std::string& text, Fault& fault)
 {
     if (!text.empty() && text.back() == 's') {
         fault.mDelayNs = parseSeconds("--fault", text.substr(0, text.size() - 1));
@@ -60,7 +60,7 @@ bool parseFaultMoment(const std::string& text, Fault& fault)
     return fault.mWrite > 0;
 }
 
-bool parseFaultKind(const std::string& text, Fault& fault)
+bool parseWhat(const std::string& text, Fault& fault)
 {
     constexpr char kShort[] = "short=";
     constexpr char kStall[] = "stall=";
@@ -82,7 +82,7 @@ bool parseFaultKind(const std::string& text, Fault& fault)
     return fault.mError != 0;
 }
 
-bool parseFaultCount(const std::string& text, Fault& fault)
+bool parseHowMany(const std::string& text, Fault& fault)
 {
     fault.mLeft =
         text == "on" ? std::numeric_limits<std::uint64_t>::max() : parseCount(text).value_or(0);
@@ -98,13 +98,13 @@ Fault parseFault(const std::string& text)
     Fault fault;
     fault.mText = text;
     fault.mFile = file.value_or(DriverFile::AdcIn);
-    const bool isRight = file && (parts.size() == 3 || parts.size() == 4) &&
-                         parseFaultMoment(parts[1], fault) && parseFaultKind(parts[2], fault) &&
-                         (parts.size() == 3 || parseFaultCount(parts[3], fault));
-    if (!isRight) {
+    const bool isValid = file && (parts.size() == 3 || parts.size() == 4) &&
+                         parseWhen(parts[1], fault) && parseWhat(parts[2], fault) &&
+                         (parts.size() == 3 || parseHowMany(parts[3], fault));
+    if (!isValid) {
         throw std::runtime_error(
             "--fault takes FILE:WHEN:WHAT[:COUNT], such as adc-in:100:EIO:3, r2h:2.5s:vanish:on or "
-            "adc-in:1:short=4800 (of adc-in whole records of 48 bytes), not \"" +
+            "adc-in:1:short=4800 (for adc-in a multiple of 48 bytes), not \"" +
             text + "\"");
     }
     return fault;

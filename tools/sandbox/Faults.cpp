@@ -4,7 +4,7 @@
 
 namespace sandbox {
 
-const Fault* FaultPlan::meet(DriverFile file, std::optional<std::int64_t> elapsedNs)
+const Fault* FaultPlan::countWrite(DriverFile file, std::optional<std::int64_t> elapsedNs)
 {
     const auto met = std::find_if(mFaults.begin(), mFaults.end(), [&](const Fault& fault) {
         return fault.mFile == file && isDue(fault, elapsedNs);

@@ -4,10 +4,7 @@
 
 namespace sandbox {
 
-/**
- * Owns one open file descriptor and closes it exactly once. Movable, so that functions can hand
- * one out.
- */
+/** Owns one open file descriptor and closes it exactly once. Movable. */
 class FileDescriptor
 {
 public:
@@ -34,7 +31,7 @@ private:
 /** Writes all of it, in more than one call if need be; false, with errno, when that fails. */
 bool writeAll(int descriptor, const std::string& bytes);
 
-/** Throws a std::system_error of errno; its text is WHAT, ": " and the system's text. */
+/** Throws a std::system_error of errno; its text is `what`, ": " and the system's text. */
 [[noreturn]] void throwErrno(const std::string& what);
 
 } // namespace sandbox

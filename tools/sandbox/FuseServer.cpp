@@ -26,10 +26,10 @@ namespace {
 constexpr char kStagingDirectory[] = "/dev/.vx-sandbox";
 constexpr mode_t kStagingMode = 0755;
 
-/** How long the kernel may remember that a name exists; the files do not come and go. */
+/** How long the kernel may remember that a name exists: the names never change. */
 constexpr double kEntrySeconds = 3600;
 
-/** Attributes are asked for each time, because a write at an offset makes the kernel guess. */
+/** Never cached: after a write at an offset the kernel would guess a size. */
 constexpr double kAttributeSeconds = 0;
 
 FuseServer& serverOf(fuse_req_t request)
@@ -74,14 +74,14 @@ bool isVanished(fuse_req_t request, fuse_ino_t inode)
     return file && serverOf(request).driver().isVanished(*file);
 }
 
-/** What an open with these flags needs of the file's mode, for its owner. */
+/** The permissions of the owner that an open with these flags needs. */
 mode_t wantedPermissions(int flags)
 {
     const int access = flags & O_ACCMODE;
     return (access != O_WRONLY ? S_IRUSR : 0U) | (access != O_RDONLY ? S_IWUSR : 0U);
 }
 
-/** Splicing would only cost a copy more: every write is looked at in memory. */
+/** Splicing would cost one more copy: every write is read in memory. */
 void init(void* /*server*/, fuse_conn_info* connection)
 {
     connection->want &=
@@ -126,7 +126,7 @@ void openFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info* file)
         fuse_reply_err(request, ENOENT);
         return;
     }
-    // As the real attributes do: root, whom the file system lets do anything, is refused as well.
+    // The kernel lets root open anything; the real attributes refuse root as well.
     if ((wantedPermissions(file->flags) & ~attributesOf(inode).st_mode) != 0) {
         fuse_reply_err(request, EACCES);
         return;
@@ -181,12 +181,12 @@ FileDescriptor openFuseDevice()
     const bool isForbidden = errno == EACCES || errno == EPERM;
     throwErrno(
         isForbidden
-            ? "no right to open /dev/fuse (its usual mode is 0666), which serves the driver's files"
-            : "the kernel or the container has no usable /dev/fuse, which serves "
-              "the driver's files");
+            ? "no permission to open /dev/fuse, which the driver's files need (its usual mode is "
+              "0666)"
+            : "the kernel or the container has no usable /dev/fuse, which the driver's files need");
 }
 
-/** Done here and not by the library, which would go on to a set-uid helper without saying why. */
+/** The library would fall back to a set-uid helper and hide the reason, so it is done here. */
 void mountFuse(const FileDescriptor& device)
 {
     if (mkdir(kStagingDirectory, kStagingMode) != 0) {
@@ -273,7 +273,7 @@ void FuseServer::giveAnswersDue(std::int64_t monotonicNs)
         std::partition(mHeldAnswers.begin(), mHeldAnswers.end(), [&](const HeldAnswer& it) {
             return it.mDueNs > monotonicNs && fuse_req_interrupted(it.mRequest) == 0;
         });
-    // One whose writer has ended meanwhile goes nowhere.
+    // If its writer has ended meanwhile, the kernel discards the answer.
     std::for_each(due, mHeldAnswers.end(),
                   [](const HeldAnswer& it) { fuse_reply_write(it.mRequest, it.mBytes); });
     mHeldAnswers.erase(due, mHeldAnswers.end());
@@ -286,7 +286,7 @@ void FuseServer::bindFiles(PrivateMounts& mounts) const
                         driverFileTraits(file).mPath);
     }
     if (umount2(kStagingDirectory, MNT_DETACH) != 0 || rmdir(kStagingDirectory) != 0) {
-        throwErrno(std::string("cannot take away ") + kStagingDirectory);
+        throwErrno(std::string("cannot remove ") + kStagingDirectory);
     }
 }
 

@@ -20,9 +20,8 @@ class PrivateMounts;
 class SimulatedDriver;
 
 /**
- * Shows the driver's files in a file system of its own, on a staging directory in the private
- * /dev, and hands every write on them to the driver. Direct I/O: one write of the program is one
- * request.
+ * Serves the driver's files from a FUSE file system, mounted on a staging directory in the private
+ * /dev, and passes every write to the driver. Direct I/O: one write of the program is one request.
  *
  * The process that serves must never touch the files itself: it would wait for its own answer.
  */
@@ -38,26 +37,26 @@ public:
     FuseServer& operator=(const FuseServer&) = delete;
     ~FuseServer();
 
-    /** Becomes readable when a request waits; -1 when the file system is gone. */
+    /** A descriptor, readable when a request waits; -1 when the file system is gone. */
     int descriptor() const;
 
-    /** Answers one request, if one waits; a write that is to stall is answered later. */
+    /** Answers one request, if one waits; a write that stalls is answered later. */
     void serveOne();
 
-    /** When the next answer that is held back is due, on the monotonic clock. */
+    /** When the next held answer is due, on the monotonic clock. */
     std::optional<std::int64_t> nextAnswerNs() const;
 
-    /** Gives the answers that were held back and are due; a signal to the writer makes one due. */
+    /** Gives the held answers that are due; a signal to the writer makes its answer due. */
     void giveAnswersDue(std::int64_t monotonicNs);
 
-    /** Hands a write to the driver. For the file system's own operations. */
+    /** Passes a write to the driver. Only for the operations of the file system. */
     void write(fuse_req* request, DriverFile file, off_t offset, const char* data,
                std::size_t size);
 
     SimulatedDriver& driver() { return mDriver; }
 
     /**
-     * Puts the files where they belong and takes the staging directory away. Requires: runs in
+     * Binds the files to their fixed paths and removes the staging directory. Requires: runs in
      * another process of the same namespace, while this one serves.
      */
     void bindFiles(PrivateMounts& mounts) const;

@@ -5,8 +5,8 @@
 namespace sandbox {
 
 /**
- * The straight line through points that come one by one, by least squares, in constant memory and
- * without the cancellation that plain sums suffer from in a long run.
+ * The straight line through points that come one by one, by least squares, in constant memory.
+ * Updates means instead of plain sums, which would cancel in a long run.
  */
 class LineFit
 {

@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kEventName[] = "simulator_control";
 
-/** Writes the line in one call; returns what went wrong, or an empty text. */
+/** Writes the line in one call. Returns what went wrong, or an empty text. */
 std::string writeToFifo(const std::string& line)
 {
     const FileDescriptor fifo(open(kControlFifoPath, O_WRONLY | O_NONBLOCK | O_CLOEXEC));
@@ -31,7 +31,7 @@ std::string writeToFifo(const std::string& line)
     if (written < 0) {
         return errno == EAGAIN ? "it is full" : std::strerror(errno);
     }
-    return static_cast<std::size_t>(written) == line.size() ? "" : "it took only a part";
+    return static_cast<std::size_t>(written) == line.size() ? "" : "it took only part of the line";
 }
 
 } // namespace

@@ -14,22 +14,22 @@ class Console;
 class EventLog;
 
 /**
- * Plays the operator: writes commands into the control FIFO when they are due. Never waits for a
- * reader; a command nobody reads is reported and dropped.
+ * Stands in for the operator: writes commands into the control FIFO when they are due. Never waits
+ * for a reader; a command that nobody reads is reported and dropped.
  */
 class OperatorCommands
 {
 public:
-    /** `commands` in the order of their times; the others are borrowed for the object's life. */
+    /** `commands` are sorted by time; the others are borrowed for the object's life. */
     OperatorCommands(std::vector<TimedCommand> commands, EventLog& events, Console& console);
 
     /** Sends all that are due `elapsedNs` after the first block. */
     void sendDue(std::int64_t elapsedNs);
 
-    /** When the next one is due, in nanoseconds after the first block. */
+    /** When the next one is due, in nanoseconds after the first block; nothing if none is left. */
     std::optional<std::int64_t> nextDueNs() const;
 
-    /** How many have not been due yet. */
+    /** How many are not due yet. */
     std::size_t remaining() const { return mCommands.size() - mNext; }
 
     /** Records in the events that the remaining ones were not sent. */

@@ -21,9 +21,9 @@ constexpr char kDescription[] =
     "driver's directory under /sys are private to it; nothing changes on the host.\n";
 
 constexpr char kFooter[] =
-    "Exit status: PROGRAM's; 0 if --for ended it; 124 if --for found no block to count from;\n"
-    "128 and the signal's number if a signal of its own ended it; 125 if the sandbox itself\n"
-    "fails, 126 if PROGRAM cannot be executed, 127 if it is not found.\n"
+    "Exit status: that of PROGRAM; 0 if --for ended it; 124 if --for found no block to count\n"
+    "from; 128 + N if another signal N ended it; 125 if the sandbox itself fails, 126 if PROGRAM\n"
+    "cannot be executed, 127 if it is not found.\n"
     "\n"
     "Example: play for 10 s, switch to configuration 2 after 3 s, keep what arrived:\n"
     "  vx-sandbox --record samples.bin --for 10 --send 3:2 -- vx-simulator --config my.conf";
@@ -64,7 +64,7 @@ void addList(CLI::App& app, const std::string& name, std::vector<Item>& items,
     const auto parseAll = [&items, parse](const std::vector<std::string>& texts) {
         std::transform(texts.begin(), texts.end(), std::back_inserter(items), parse);
     };
-    // Without the limit it would take PROGRAM for a further value.
+    // Without the limit, PROGRAM would be taken as one more value.
     app.add_option_function<std::vector<std::string>>(name, parseAll, help)
         ->type_name(type)
         ->allow_extra_args(false);
@@ -75,7 +75,7 @@ void addOptions(CLI::App& app, Options& options)
     addOutput(app, "--record", options.mOutputs.mRecordPath,
               "write the sample stream as it arrives, 48-byte records only");
     addOutput(app, "--events", options.mOutputs.mEventsPath,
-              "write one JSON object a line for every write");
+              "write one JSON object per line for every write and\ncommand, and for the end");
     addOutput(app, "--pme", options.mOutputs.mPmePath,
               "add /dev/pme-sim and write the frames it gets");
     addList(app, "--send", options.mCommands, parseCommand, "SECONDS:COMMAND",
@@ -83,16 +83,17 @@ void addOptions(CLI::App& app, Options& options)
     CLI::Option* const run = addSeconds(app, "--for", options.mRunNs,
                                         "end PROGRAM with SIGTERM, SECONDS after the first block");
     addSeconds(app, "--patience", options.mPatienceNs,
-               "end PROGRAM when no block comes for so long, 60 if not\ngiven")
+               "with --for: end PROGRAM when no block has come after\nSECONDS (default 60)")
         ->needs(run);
     addList(app, "--fault", options.mFaults, parseFault, "FILE:WHEN:WHAT[:COUNT]",
-            "let writes to FILE (adc-in, ...) go wrong from the\n"
-            "WHEN-th on, or from WHEN (such as 2.5s) after the first\n"
-            "block: an errno by name, short=BYTES, stall=SECONDS or\n"
-            "vanish; COUNT writes, 1 if not given, or \"on\" for ever");
+            "make COUNT writes to FILE (adc-in, ...) fail; WHEN is\n"
+            "the number of the first one or, for example 2.5s, a\n"
+            "time after the first block; WHAT is an errno by name,\n"
+            "short=BYTES, stall=SECONDS or vanish; COUNT is 1 if\n"
+            "not given, or \"on\" for all that follow");
 }
 
-/** What the parser left over, word by word as it was given. */
+/** The program and its arguments, from what the parser left over. */
 std::vector<std::string> programOf(std::vector<std::string> words)
 {
     if (!words.empty() && words.front() == "--") {
@@ -107,8 +108,8 @@ std::vector<std::string> programOf(std::vector<std::string> words)
 }
 
 /**
- * What a word of the program's command line may name: "--config=FILE" is two candidates. The
- * program's own name is looked up in PATH unless it has a slash.
+ * All names of files that the program's command line may contain: "--config=FILE" gives two. The
+ * program itself is one only if its name has a slash; else it is looked up in PATH.
  */
 std::vector<std::string> filesNamedBy(const std::vector<std::string>& program)
 {
@@ -152,7 +153,7 @@ std::optional<Options> parseOptions(int argc, char** argv)
     app.get_formatter()->label("OPTIONS", "OPTION]... [--] PROGRAM [ARGUMENT...");
     app.get_formatter()->column_width(kHelpColumn);
     app.set_help_flag("-h,--help", "print this");
-    app.set_version_flag("--version", "vx-sandbox " VX_VERSION, "print the version");
+    app.set_version_flag("-v,--version", "vx-sandbox " VX_VERSION, "print the version");
     app.prefix_command();
     addOptions(app, options);
     try {

@@ -21,18 +21,19 @@ struct TimedCommand
 struct Options
 {
     DriverOutputs mOutputs;
-    std::optional<std::int64_t> mRunNs; ///< how long the program runs after its first block ...
-    std::int64_t mPatienceNs = 60 * kNanosecondsPerSecond; ///< ... which comes within this time
-    std::vector<TimedCommand> mCommands;                   ///< in the order of their times
-    std::vector<Fault> mFaults;                            ///< as they were given
+    std::optional<std::int64_t> mRunNs; ///< how long the program runs after its first block
+    std::int64_t mPatienceNs = 60 * kNanosecondsPerSecond; ///< how long --for waits for that block
+    std::vector<TimedCommand> mCommands;                   ///< sorted by time
+    std::vector<Fault> mFaults;                            ///< in the order given
     std::vector<std::string> mProgram;                     ///< the program's name and its arguments
 
     bool wantsPmeDevice() const { return !mOutputs.mPmePath.empty(); }
 };
 
 /**
- * Nothing when all that is asked for is the help or the version; they are printed. Throws a
- * std::runtime_error with one line on what is wrong.
+ * Returns nothing when only the help or the version was asked for; it is printed then. Throws a
+ * std::runtime_error, one line that says what is wrong, also when an output would overwrite
+ * another one or an argument of the program.
  */
 std::optional<Options> parseOptions(int argc, char** argv);
 

@@ -64,7 +64,8 @@ void OutputFile::close()
 
 void OutputFile::endWithError()
 {
-    mConsole.message(fmt::format("cannot write {}: {}; it ends here", mPath, std::strerror(errno)));
+    mConsole.message(fmt::format("cannot write {}: {}; nothing more is written to it", mPath,
+                                 std::strerror(errno)));
     mHasFailed = true;
     mFile.close();
 }

@@ -10,18 +10,17 @@ namespace sandbox {
 class Console;
 
 /**
- * A file that is only appended to, so that others may append to it as well. Buffered: it reaches
- * the file in whole writes, never with a part of one. One that nobody asked for (no path) swallows
- * everything. A write that fails is reported once and ends the output, because a file with a hole
- * in it would be worse than a short one.
+ * A buffered output file that is only appended to, so that others may append to it as well: a flush
+ * writes everything in one call. Without a path, it discards everything. A write that fails is
+ * reported once and ends the output, because a file with a gap is worse than a short one.
  */
 class OutputFile
 {
 public:
     /**
-     * Creates or empties the file; an empty path gives one that swallows everything. `console`
-     * takes the report of a failure and is borrowed for the object's life. Throws a
-     * std::system_error when the file cannot be opened.
+     * Creates or empties the file; with an empty path, everything is discarded. `console` is for
+     * the report of a failure and is borrowed for the object's life. Throws a std::system_error
+     * when the file cannot be opened.
      */
     OutputFile(const std::string& path, Console& console);
     OutputFile(const OutputFile&) = delete;
@@ -31,10 +30,10 @@ public:
     void write(const void* data, std::size_t size);
     void flush();
 
-    /** Flushes and closes; what is written from then on is swallowed. */
+    /** Flushes and closes; what is written later is discarded. */
     void close();
 
-    /** Whether a write failed; what came after it is lost. */
+    /** Whether a write failed; everything after it is lost. */
     bool hasFailed() const { return mHasFailed; }
 
 private:

@@ -22,7 +22,7 @@ namespace {
 constexpr mode_t kDirectoryMode = 0755;
 constexpr mode_t kMountPointMode = 0644;
 
-/** What the private /dev takes over from the host's, where it is there. */
+/** What the private /dev takes over from the host, as far as it exists. */
 constexpr const char* kUsualNodes[] = {
     "null", "zero",   "full", "random", "urandom", "tty",   "console", "ptmx",   "pts",
     "shm",  "mqueue", "log",  "fuse",   "fd",      "stdin", "stdout",  "stderr",
@@ -48,16 +48,16 @@ void writeProcFile(const char* path, const std::string& text)
     }
 }
 
-/** Maps the caller onto itself: what it owns outside is its own inside, under the same number. */
+/** Maps the caller onto itself: its files belong to the same user inside and outside. */
 void enterUserNamespace()
 {
     const std::string user = std::to_string(geteuid());
     const std::string group = std::to_string(getegid());
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
-        throwErrno(errno == ENOSPC ? "no right to mount, and user.max_user_namespaces leaves no "
-                                     "user namespace, which would give it"
-                                   : "no right to mount, and the kernel or the container forbids "
-                                     "user namespaces, which would give it");
+        throwErrno(errno == ENOSPC ? "no permission to mount, and user.max_user_namespaces allows "
+                                     "no user namespace to mount in"
+                                   : "no permission to mount, and the kernel or the container "
+                                     "forbids user namespaces to mount in");
     }
     writeProcFile("/proc/self/setgroups", "deny");
     writeProcFile("/proc/self/uid_map", user + " " + user + " 1");
@@ -72,7 +72,7 @@ void mountTmpfs(const std::string& path, mode_t mode)
     }
 }
 
-/** A mount that came with the namespace can only be bound with all that is mounted in it. */
+/** MS_REC, because in a user namespace an inherited mount can only be bound with its submounts. */
 void bind(const std::string& source, const std::string& target)
 {
     if (mount(source.c_str(), target.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0) {
@@ -95,7 +95,7 @@ void makeMountPointFile(const std::string& path)
     }
 }
 
-/** A handle on the directory itself, which still reaches it after something is mounted over it. */
+/** A descriptor of the directory, which still leads to it when it is covered by a mount. */
 FileDescriptor openBeneath(const std::string& path)
 {
     FileDescriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -122,7 +122,7 @@ std::vector<std::string> entryNames(const std::string& path)
     return names;
 }
 
-/** Makes `name` of the old directory appear in the new one; one that is not there is skipped. */
+/** Makes the entry `name` of the old directory appear in the new one; skips a missing one. */
 void carryOver(const FileDescriptor& oldDirectory, const std::string& name,
                const std::string& newDirectory)
 {
@@ -219,11 +219,11 @@ void PrivateMounts::bindFile(const std::string& source, const std::string& targe
     bind(source, target);
 }
 
-/** Without the namespace, and as root, everything here would happen to the host. */
+/** Outside the namespace, root would change the mounts of the host. */
 void PrivateMounts::checkEntered() const
 {
     if (!mEntered) {
-        throw std::logic_error("private mounts are made before the namespace is entered");
+        throw std::logic_error("enter() was not called before the first private mount");
     }
 }
 

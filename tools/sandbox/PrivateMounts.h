@@ -5,13 +5,12 @@
 namespace sandbox {
 
 /**
- * Gives the calling process mounts of its own, so that the fixed paths of the simulator can be
- * made without changing anything on the host. What is mounted lives as long as a process in the
- * namespace does; nothing has to be taken down.
+ * Gives the calling process private mounts, so that the fixed paths of the simulator can be made
+ * without changing anything on the host. The mounts go away with the last process of the namespace;
+ * nothing has to be unmounted.
  *
- * Works with the right to mount (root) and without it, in a user namespace that maps the caller's
- * own user and group onto themselves. There the caller has the right to mount until it executes a
- * program.
+ * Works as root, and for other users in a user namespace that maps the caller's user and group
+ * onto themselves. There the caller may mount until it executes a program.
  *
  * Every failure is a std::system_error or std::runtime_error whose text is one line that says
  * what is missing.
@@ -20,17 +19,16 @@ class PrivateMounts
 {
 public:
     /**
-     * Enters a mount namespace of its own, with every mount private.
-     * Requires: the process has one thread. After a failure it is still where it was, or in a
-     * namespace without any change to its mounts.
+     * Enters a new mount namespace, in which every mount is private.
+     * Requires: the process has one thread. After a failure, no mount has changed.
      */
     void enter();
 
-    /** Requires of everything below: enter() has succeeded; else a std::logic_error. */
+    /** Everything below requires that enter() has succeeded; else it throws a std::logic_error. */
 
     /**
-     * Replaces the existing directory `path` by a writable tmpfs that holds all the directory
-     * held: links are made again, everything else is bound in.
+     * Covers the existing directory `path` with a writable tmpfs that has the same entries: links
+     * are copied, everything else is bound.
      */
     void coverDirectory(const std::string& path);
 
@@ -40,7 +38,7 @@ public:
      */
     void makePrivateDirectory(const std::string& path);
 
-    /** Replaces /dev by a writable directory with only the nodes every program expects. */
+    /** Covers /dev with a writable directory that has only the nodes that every program expects. */
     void makePrivateDev();
 
     /** Makes the control FIFO's directory empty and writable; the FIFO is not made. */

@@ -24,7 +24,7 @@ std::vector<pid_t> children()
     return {std::istream_iterator<pid_t>(list), std::istream_iterator<pid_t>()};
 }
 
-/** The report is the exit status as one byte, then the text. Nothing at all means success. */
+/** The report is one byte, the exit status, and then the text. An empty one means success. */
 [[noreturn]] void reportAndExit(const FileDescriptor& report, const StartFailure& failure)
 {
     const std::string bytes = static_cast<char>(failure.mExitStatus) + failure.mText;

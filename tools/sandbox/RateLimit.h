@@ -4,14 +4,14 @@
 
 namespace sandbox {
 
-/** Lets a few messages of a kind through each second and counts the ones it holds back. */
+/** Lets a few messages per second through and counts those that it holds back. */
 class RateLimit
 {
 public:
-    /** Whether the message that comes up at `monotonicNs` may be printed. */
+    /** Whether a message may be printed at `monotonicNs`. */
     bool allows(std::int64_t monotonicNs);
 
-    /** How many were held back since this was last asked. */
+    /** How many were held back since the last call. */
     std::uint64_t takeSuppressed();
 
 private:

@@ -26,7 +26,7 @@ WriteAnswer SimulatedDriver::write(DriverFile file, off_t offset, const char* da
                                    std::size_t size)
 {
     const Arrival arrival = Arrival::now();
-    const Fault* const fault = mFaults.meet(file, sinceFirstBlock(arrival));
+    const Fault* const fault = mFaults.countWrite(file, sinceFirstBlock(arrival));
     static const Fault sNone{};
     const Fault& effect = fault != nullptr ? *fault : sNone;
     mFaultedWrites += fault != nullptr ? 1 : 0;
@@ -34,8 +34,8 @@ WriteAnswer SimulatedDriver::write(DriverFile file, off_t offset, const char* da
         mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false, effect.mWhat);
         return {effect.mError, 0};
     }
-    if (const char* objection = objectionToWrite(file, offset, size)) {
-        refuse(file, offset, size, objection, arrival);
+    if (const char* expected = expectedWrite(file, offset, size)) {
+        refuse(file, offset, size, expected, arrival);
         return {EINVAL, 0};
     }
     const std::size_t taken =
@@ -81,14 +81,14 @@ void SimulatedDriver::acceptBlock(const char* data, std::size_t size, const Arri
     mStatistics.addBlock(records.data(), size / sizeof(SampleRecord), arrival);
 }
 
-void SimulatedDriver::refuse(DriverFile file, off_t offset, std::size_t size, const char* objection,
+void SimulatedDriver::refuse(DriverFile file, off_t offset, std::size_t size, const char* expected,
                              const Arrival& arrival)
 {
     ++mRefusedWrites;
     mEvents.addWrite(arrival.mRealtimeNs, driverFileName(file), size, false, "");
     if (mRefusalReports.allows(arrival.mMonotonicNs)) {
         mConsole.message(fmt::format("refused a write of {} bytes at offset {}: {} takes {}", size,
-                                     offset, driverFileTraits(file).mPath, objection));
+                                     offset, driverFileTraits(file).mPath, expected));
     }
 }
 

@@ -29,7 +29,7 @@ struct DriverOutputs
     std::string mPmePath;
 };
 
-/** What the writer is told: an errno value, or, when that is 0, how many bytes were taken. */
+/** The answer to a write: an errno value, or, when that is 0, how many bytes were taken. */
 struct WriteAnswer
 {
     int mError;
@@ -38,9 +38,9 @@ struct WriteAnswer
 };
 
 /**
- * The driver's behaviour behind its files: takes what its rules allow, refuses the rest with
- * EINVAL, lets go wrong what is planned to, and records, counts and measures all of that. Knows
- * nothing of how the files come about.
+ * The simulated driver behind its files: takes what its rules allow, refuses the rest with EINVAL,
+ * lets planned faults happen, and records, counts and measures all of it. How the files are made
+ * is not its business.
  */
 class SimulatedDriver
 {
@@ -51,19 +51,19 @@ public:
      */
     SimulatedDriver(const DriverOutputs& outputs, std::vector<Fault> faults, Console& console);
 
-    /** Every write to a file of the driver goes through here. `data` has `size` bytes. */
+    /** Handles a write to a file of the driver. `data` has `size` bytes. */
     WriteAnswer write(DriverFile file, off_t offset, const char* data, std::size_t size);
 
-    /** Whether the file cannot be found just now. */
+    /** Whether a fault hides the file at present. */
     bool isVanished(DriverFile file) const;
 
-    /** What the readable file holds. */
+    /** The content of h2p, the only file that can be read. */
     static const char* h2pText() { return "0\n"; }
 
-    /** Hands what is buffered to the output files, and tells of reports that were held back. */
+    /** Writes buffered output to the files, and reports how many messages were held back. */
     void flush();
 
-    /** As flush(), and closes the output files, all but the events. */
+    /** As flush(), and closes the output files except for the events. */
     void closeOutputs();
 
     bool hasFailedOutput() const;
@@ -73,7 +73,7 @@ public:
     std::uint64_t acceptedWrites(DriverFile file) const;
     std::uint64_t refusedWrites() const { return mRefusedWrites; }
 
-    /** Writes that met a planned fault, whatever became of them otherwise. */
+    /** Writes that met a planned fault, whether they were taken or not. */
     std::uint64_t faultedWrites() const { return mFaultedWrites; }
     const FaultPlan& faults() const { return mFaults; }
 
@@ -82,7 +82,7 @@ private:
     void accept(DriverFile file, const char* data, std::size_t size, const Arrival& arrival,
                 const std::string& fault);
     void acceptBlock(const char* data, std::size_t size, const Arrival& arrival);
-    void refuse(DriverFile file, off_t offset, std::size_t size, const char* objection,
+    void refuse(DriverFile file, off_t offset, std::size_t size, const char* expected,
                 const Arrival& arrival);
 
     Console& mConsole;

@@ -28,8 +28,8 @@ void StreamStatistics::addBlock(const SampleRecord* records, std::size_t count,
     ++mBlocks;
     std::for_each_n(records, count,
                     [this](const SampleRecord& record) { addSample(stampOf(record)); });
-    addDistance(mLastStampNs - arrival.mRealtimeNs);
-    mSignalAtAllBlocks.add(arrivedAt, inSeconds(signalNs()));
+    addLead(mLastStampNs - arrival.mRealtimeNs);
+    mSignalAtAnyBlock.add(arrivedAt, inSeconds(signalNs()));
 }
 
 void StreamStatistics::addSample(std::int64_t stampNs)
@@ -37,20 +37,20 @@ void StreamStatistics::addSample(std::int64_t stampNs)
     if (mSamples == 0) {
         mFirstStampNs = stampNs;
     } else {
-        mSmallestStepNs = std::min(mSmallestStepNs, stampNs - mLastStampNs);
-        mLargestStepNs = std::max(mLargestStepNs, stampNs - mLastStampNs);
+        mMinStepNs = std::min(mMinStepNs, stampNs - mLastStampNs);
+        mMaxStepNs = std::max(mMaxStepNs, stampNs - mLastStampNs);
     }
     mLastStampNs = stampNs;
     ++mSamples;
 }
 
-void StreamStatistics::addDistance(std::int64_t leadNs)
+void StreamStatistics::addLead(std::int64_t leadNs)
 {
     mLeadNs.add(static_cast<std::uint64_t>(std::max<std::int64_t>(leadNs, 0)));
     mLagNs.add(static_cast<std::uint64_t>(std::max<std::int64_t>(-leadNs, 0)));
 }
 
-double StreamStatistics::stepRate() const
+double StreamStatistics::samplingRate() const
 {
     if (mSamples < 2 || signalNs() <= 0) {
         return 0;
@@ -58,9 +58,9 @@ double StreamStatistics::stepRate() const
     return static_cast<double>(mSamples - 1) / inSeconds(signalNs());
 }
 
-double StreamStatistics::signalSpeed() const
+double StreamStatistics::playbackSpeed() const
 {
-    const LineFit& line = mSignalWhenNotAhead.hasSlope() ? mSignalWhenNotAhead : mSignalAtAllBlocks;
+    const LineFit& line = mSignalWhenNotAhead.hasSlope() ? mSignalWhenNotAhead : mSignalAtAnyBlock;
     return line.hasSlope() ? line.slope() : 0;
 }
 

@@ -13,9 +13,9 @@ struct SampleRecord;
 namespace sandbox {
 
 /**
- * What a stream of sample blocks was like: how much, how evenly stamped, how fast and how far
- * from the wall clock it arrived. Knows nothing of where the blocks come from; memory does not
- * grow with the stream.
+ * Statistics of a stream of sample blocks: how much arrived, how even the time stamps are, how
+ * fast the blocks came and how far from the wall clock. Does not care where the blocks come from;
+ * its memory does not grow with the stream.
  */
 class StreamStatistics
 {
@@ -37,42 +37,42 @@ public:
     std::int64_t signalNs() const { return mLastStampNs - mFirstStampNs; }
 
     /** Between consecutive samples, across blocks too. Requires: two samples. */
-    std::int64_t smallestStepNs() const { return mSmallestStepNs; }
-    std::int64_t largestStepNs() const { return mLargestStepNs; }
+    std::int64_t minStepNs() const { return mMinStepNs; }
+    std::int64_t maxStepNs() const { return mMaxStepNs; }
 
-    /** Samples per second as the time stamps have it; 0 if they do not say. */
-    double stepRate() const;
+    /** Samples per second by the time stamps; 0 if they do not increase. */
+    double samplingRate() const;
 
     /**
-     * How fast the signal's time went by on arrival, as seconds of signal a second; 0 if unknown.
-     * Blocks come in bursts, and where in a burst one looks would show. So it is the slope of a
-     * line through the moments at which the stream was not ahead: where the writer has just slept
-     * its lead away. A stream that never was there has the line through all its blocks.
+     * Seconds of signal per second of real time; 0 if unknown. Blocks come in bursts, which must
+     * not show in the result. So it is the slope of a line through the arrivals at which the
+     * stream was not ahead of the wall clock: the writer had just slept until it lost its lead.
+     * For a stream that was always ahead, the line goes through all arrivals.
      */
-    double signalSpeed() const;
+    double playbackSpeed() const;
 
     /** Samples per second on arrival; 0 if unknown. */
-    double arrivalRate() const { return stepRate() * signalSpeed(); }
+    double arrivalRate() const { return samplingRate() * playbackSpeed(); }
 
     /**
-     * How far a block's last time stamp is after (lead) and before (lag) its arrival, in
-     * nanoseconds. Both have every block: one that leads has a lag of 0.
+     * How far a block's last time stamp is after its arrival (lead) and before it (lag), in
+     * nanoseconds. Each block counts in both: one that leads has a lag of 0.
      */
     const Histogram& leadNs() const { return mLeadNs; }
     const Histogram& lagNs() const { return mLagNs; }
 
 private:
     void addSample(std::int64_t stampNs);
-    void addDistance(std::int64_t leadNs);
+    void addLead(std::int64_t leadNs);
 
     std::uint64_t mBlocks = 0;
     std::uint64_t mSamples = 0;
     std::int64_t mFirstStampNs = 0;
     std::int64_t mLastStampNs = 0;
     Arrival mFirstArrival{};
-    std::int64_t mSmallestStepNs = std::numeric_limits<std::int64_t>::max();
-    std::int64_t mLargestStepNs = std::numeric_limits<std::int64_t>::min();
-    LineFit mSignalAtAllBlocks;
+    std::int64_t mMinStepNs = std::numeric_limits<std::int64_t>::max();
+    std::int64_t mMaxStepNs = std::numeric_limits<std::int64_t>::min();
+    LineFit mSignalAtAnyBlock;
     LineFit mSignalWhenNotAhead;
     Histogram mLeadNs;
     Histogram mLagNs;

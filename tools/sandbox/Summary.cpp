@@ -37,40 +37,41 @@ std::string stepRows(const StreamStatistics& statistics)
     if (statistics.samples() < 2) {
         return row("step", "- (needs two samples)");
     }
-    return row("smallest step", fmt::format("{} ns", statistics.smallestStepNs())) +
-           row("largest step", fmt::format("{} ns", statistics.largestStepNs()));
+    return row("smallest step", fmt::format("{} ns", statistics.minStepNs())) +
+           row("largest step", fmt::format("{} ns", statistics.maxStepNs()));
 }
 
 std::string rateRows(const StreamStatistics& statistics)
 {
-    if (statistics.stepRate() == 0) {
-        return row("rate of the steps", "- (needs time stamps that go forward)");
+    if (statistics.samplingRate() == 0) {
+        return row("sampling rate", "- (needs increasing time stamps)");
     }
-    const std::string steps =
-        row("rate of the steps", fmt::format("{:.3f} samples/s", statistics.stepRate()));
-    if (statistics.signalSpeed() == 0) {
-        return steps + row("rate on arrival", "- (needs two blocks)");
+    const std::string sampling =
+        row("sampling rate", fmt::format("{:.3f} samples/s", statistics.samplingRate()));
+    if (statistics.playbackSpeed() == 0) {
+        return sampling + row("arrival rate", "- (needs two blocks)");
     }
-    return steps + row("rate on arrival",
-                       fmt::format("{:.3f} samples/s, {:+.4f} % off the steps",
-                                   statistics.arrivalRate(), (statistics.signalSpeed() - 1) * 100));
+    return sampling +
+           row("arrival rate",
+               fmt::format("{:.3f} samples/s, {:+.4f} % off the sampling rate",
+                           statistics.arrivalRate(), (statistics.playbackSpeed() - 1) * 100));
 }
 
-std::string distanceRow(const char* name, const Histogram& histogram)
+std::string percentileRow(const char* name, const Histogram& histogram)
 {
     return row(name, fmt::format("{:10.3f} {:10.3f} {:10.3f} {:10.3f} ms",
                                  inMilliseconds(histogram.percentile(50)),
                                  inMilliseconds(histogram.percentile(95)),
                                  inMilliseconds(histogram.percentile(99)),
-                                 inMilliseconds(histogram.largest())));
+                                 inMilliseconds(histogram.max())));
 }
 
-std::string distanceRows(const StreamStatistics& statistics)
+std::string leadAndLagRows(const StreamStatistics& statistics)
 {
-    return row("of all blocks", fmt::format("{:>10} {:>10} {:>10} {:>10}", "50 % up to",
-                                            "95 % up to", "99 % up to", "largest")) +
-           distanceRow("lead on arrival", statistics.leadNs()) +
-           distanceRow("lag on arrival", statistics.lagNs());
+    return row("per block",
+               fmt::format("{:>10} {:>10} {:>10} {:>10}", "median", "95 %", "99 %", "max")) +
+           percentileRow("lead on arrival", statistics.leadNs()) +
+           percentileRow("lag on arrival", statistics.lagNs());
 }
 
 std::string streamRows(const StreamStatistics& statistics)
@@ -81,7 +82,7 @@ std::string streamRows(const StreamStatistics& statistics)
     return row("signal", fmt::format("{:.3f} s", inSeconds(statistics.signalNs()))) +
            row("first time stamp", stamp(statistics.firstStampNs())) +
            row("last time stamp", stamp(statistics.lastStampNs())) + stepRows(statistics) +
-           rateRows(statistics) + distanceRows(statistics);
+           rateRows(statistics) + leadAndLagRows(statistics);
 }
 
 } // namespace

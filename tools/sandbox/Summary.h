@@ -9,8 +9,8 @@ struct Arrival;
 class StreamStatistics;
 
 /**
- * One line on how the stream stands now: seconds since the first block, samples, their rate, and
- * how far the last one is before (+) or after (-) the wall clock.
+ * The status line: seconds since the first block, samples, their rate, and how far the last one
+ * leads or lags the wall clock.
  */
 std::string statusText(const StreamStatistics& statistics, const Arrival& now);
 

@@ -33,7 +33,7 @@ timespec toTimespec(std::int64_t nanoseconds)
             static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
 }
 
-/** Enters the working directory again by its name: it may have been covered. */
+/** A mount may have covered the working directory; its name leads to the new one. */
 void reenterWorkingDirectory()
 {
     std::filesystem::current_path(std::filesystem::current_path());
@@ -75,7 +75,7 @@ int Supervisor::run()
                                                                  : mOutcome.exitStatus(lacksBlock);
 }
 
-/** Files are served to the end of what is left behind: it may have to be woken from a write. */
+/** Serves until the processes left behind are gone: a kill may have to end their writes. */
 bool Supervisor::isOver() const
 {
     return mProgram.hasEnded() && mProgram.startReport() < 0 && !mProgram.killLeftBehind();
@@ -83,7 +83,7 @@ bool Supervisor::isOver() const
 
 void Supervisor::takeOverSignals()
 {
-    // An inherited SIG_IGN for SIGCHLD would make the kernel throw the exit status away.
+    // With an inherited SIG_IGN for SIGCHLD, the kernel would discard the exit status.
     std::signal(SIGCHLD, SIG_DFL);
     struct sigaction ignore
     {
@@ -157,7 +157,7 @@ void Supervisor::handleSignal()
     forwardSignal(number, info.ssi_code == SI_KERNEL);
 }
 
-/** The terminal has sent its signal to the program too; a second one would mean something else. */
+/** The terminal has already sent its signal to the program; a second one could mean more. */
 void Supervisor::forwardSignal(int number, bool isFromTerminal)
 {
     if (!isFromTerminal) {
@@ -185,7 +185,7 @@ void Supervisor::runEachSecond(std::int64_t nowNs)
     if (mConsole.showsStatus()) {
         mConsole.status(statusText(mDriver.statistics(), {realtimeNs(), nowNs}));
     }
-    // After a pause (a suspended process) the seconds that were missed are not made up for.
+    // After a pause (a suspended process), missed seconds are not caught up.
     mNextSecondNs = std::max(mNextSecondNs + kNanosecondsPerSecond, nowNs);
 }
 

@@ -18,8 +18,9 @@ class PrivateMounts;
 class SimulatedDriver;
 
 /**
- * Runs the program from its start to its end: one loop answers the driver's files, forwards
- * signals, and does what is due at its time. Everything it is given is borrowed for its life.
+ * Runs the program from start to end, in one loop: serves the driver's files, forwards signals,
+ * sends the commands that are due, and ends the program when its time is over. Borrows everything
+ * it is given for its life.
  */
 class Supervisor
 {
@@ -28,8 +29,8 @@ public:
                PrivateMounts& mounts, OperatorCommands& commands, Console& console);
 
     /**
-     * Returns the exit status of the sandbox. Throws a std::system_error when the program cannot
-     * be forked or waited for.
+     * Returns the exit status of the sandbox. Throws a std::system_error when the sandbox itself
+     * fails: it cannot fork, wait, or print the summary.
      */
     int run();
 
@@ -46,7 +47,7 @@ private:
     void runEachSecond(std::int64_t nowNs);
     void endWhenDue(std::int64_t nowNs);
 
-    /** When the program is to get its SIGTERM, or after that its SIGKILL, if ever. */
+    /** When the program gets its SIGTERM or, after that, its SIGKILL; nothing if it does not. */
     std::optional<std::int64_t> nextEndingNs() const;
     std::int64_t nextDeadlineNs() const;
 
