@@ -72,10 +72,10 @@ TEST(PlayListTest, FindsWhatIsMeantByNameOrNumber)
         {"3", 3, ""},
         {"idle", 0, ""},
         {"a.b", 1, ""},
-        {"4", -1, "4: there is no such configuration; 4 of them, from 0 on"},
-        {"a", -1, "'a': no value file of that name is played"},
+        {"4", -1, "4: no such configuration; there are 4, numbered from 0"},
+        {"a", -1, "'a': no configuration plays a value file of that name"},
         {"sag", -1, "'sag' is played by several configurations; give a number: 2, 3"},
-        {"-1", -1, "'-1': no value file of that name is played"},
+        {"-1", -1, "'-1': no configuration plays a value file of that name"},
     };
     for (const auto& row : rows) {
         qint32 number = -1;

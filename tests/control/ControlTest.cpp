@@ -92,12 +92,10 @@ TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
     ASSERT_EQ(mkfifo(files.path("fifo").c_str(), 0600), 0);
     EXPECT_EQ(problemOf("missing"),
               files.path("missing") + ": there is no such FIFO; is the simulator running?");
-    EXPECT_EQ(problemOf("file"),
-              files.path("file") + ": expected a FIFO, and it is none; nothing was written");
+    EXPECT_EQ(problemOf("file"), files.path("file") + ": not a FIFO; nothing was written");
     EXPECT_EQ(readFile(files.path("file")), "kept");
     ASSERT_EQ(mknod(files.path("socket").c_str(), S_IFSOCK | 0600, 0), 0);
-    EXPECT_EQ(problemOf("socket"),
-              files.path("socket") + ": expected a FIFO, and it is none; nothing was written");
+    EXPECT_EQ(problemOf("socket"), files.path("socket") + ": not a FIFO; nothing was written");
     EXPECT_EQ(problemOf("directory"), files.path("directory") + ": Is a directory");
     EXPECT_EQ(problemOf("fifo"),
               files.path("fifo") + ": nobody reads it; is the simulator running?");
@@ -111,7 +109,7 @@ TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
     for (int writes = 0; problem.empty() && writes < 1'000'000; ++writes) {
         problem = problemOf("fifo");
     }
-    EXPECT_EQ(problem, files.path("fifo") + ": it is full; its reader takes no commands");
+    EXPECT_EQ(problem, files.path("fifo") + ": it is full: its reader takes no commands");
     departingReader = reader;
     EXPECT_EQ(problemOf("fifo"),
               files.path("fifo") + ": nobody reads it; is the simulator running?");

@@ -24,12 +24,12 @@ TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
                   "once sag 2>>answers; echo $? >>answers; " + control +
                   "--wait 0.1 --log no.log play 0 2>>answers; echo $? >>answers; kill $$) &",
               kSimulator));
-    EXPECT_THAT(
-        mRunner.readFile("answers"),
-        MatchesRegex("INFO Configuration Execute Config 1 once\n"
-                     "INFO Configuration Execute Config 2 continuous\n0\n"
-                     "vx-control: 'sag' is played by several configurations; give a number: 1, 2\n"
-                     "1\nvx-control: written, but the log said nothing of it in 0.1 s.*\n1\n"))
+    EXPECT_THAT(mRunner.readFile("answers"),
+                MatchesRegex(
+                    "INFO Configuration Execute Config 1 once\n"
+                    "INFO Configuration Execute Config 2 continuous\n0\n"
+                    "vx-control: 'sag' is played by several configurations; give a number: 1, 2\n"
+                    "1\nvx-control: written, but the log says nothing about it after 0.1 s.*\n1\n"))
         << result;
     EXPECT_THAT(log(), HasSubstr("Execute Config 1 once\nINFO Configuration Execute Config 2"));
     // Its lines stand among those of the sandbox, each whole; the first tries had no FIFO.

@@ -15,48 +15,48 @@ struct CaseEntry
 {
     quint32 mLineNumber = 0; ///< counted from 1
     quint32 mRepetitions = 0;
-    QString mFileName; ///< unchanged
+    QString mFileName; ///< as in the file
 };
 
 /**
- * The case configuration for the tools: reads the file with the program's own classes, so that no
- * verdict can differ, and touches neither the control FIFO nor the value files.
+ * The case configuration for the tools. Reads the file with the program's own classes, so that the
+ * tools accept what the program accepts; touches neither the control FIFO nor the value files.
  *
- * Its base logs through log4cxx, as in the program; a tool that has nowhere to log to calls
+ * Its base class logs through log4cxx, as in the program; a tool without a log calls
  * keepLogSilent() first.
  */
 class CaseConfiguration : private CsvParser
 {
 public:
-    /** What to do behind a rejected line: the program stops there and plays what stood before. */
+    /** What to do after a rejected line: the program stops there and plays what it has read. */
     enum class Rejected
     {
         Stop,
         GoOn
     };
 
-    /** Turns all logging of the process off. */
+    /** Turns off all logging of the process. */
     static void keepLogSilent();
 
     /**
      * Reads the file. Requires: nothing was read yet.
-     * @return false when it cannot be opened or not be read to its end; fileError() says why then.
+     * @return false when it cannot be opened or read to its end; fileError() then says why
      */
     bool read(const QString& fileName, Rejected rejected);
 
     /** Why the file could not be read, in one line that begins with its name; else empty. */
     const std::string& fileError() const { return mFileError; }
 
-    /** The program's words for each rejected line, "file:line: " before them. */
+    /** The program's message for each rejected line, after "file:line: ". */
     const std::vector<std::string>& lineErrors() const { return mLineErrors; }
 
     /** The entries of each number, in the order of the file. */
     const QMap<qint32, QList<CaseEntry>>& configurations() const { return mConfigurations; }
 
-    /** The number that is played continuously from the start. */
+    /** The configuration that is played continuously from the start. */
     qint32 continuousNumber() const { return mContinuousNumber; }
 
-    /** Line that chose the continuous number; 0 when none did. */
+    /** The line that chose the continuous configuration; 0 when none did. */
     quint32 continuousLine() const { return mContinuousLine; }
 
 private:

@@ -17,34 +17,34 @@ namespace control {
 namespace {
 constexpr mode_t kRightsOfOthers = S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 
-QString notAFifo()
+QString notFifoText()
 {
-    return QStringLiteral("expected a FIFO, and it is none; nothing was written");
+    return QStringLiteral("not a FIFO; nothing was written");
 }
 
-QString textOf(int error)
+QString errorText(int error)
 {
     switch (error) {
         case ENOENT:
             return QStringLiteral("there is no such FIFO; is the simulator running?");
         case ENXIO:
-        case EPIPE: // gone since the FIFO was opened
+        case EPIPE: // the reader has gone since the FIFO was opened
             return QStringLiteral("nobody reads it; is the simulator running?");
         case EAGAIN:
-            return QStringLiteral("it is full; its reader takes no commands");
+            return QStringLiteral("it is full: its reader takes no commands");
         default:
             return QString::fromLocal8Bit(std::strerror(error));
     }
 }
 
-QString problemOfOpening(const QByteArray& path, int error)
+QString openErrorText(const QByteArray& path, int error)
 {
     struct stat status
     {
     };
     const bool isSocket =
         error == ENXIO && stat(path.constData(), &status) == 0 && !S_ISFIFO(status.st_mode);
-    return isSocket ? notAFifo() : textOf(error);
+    return isSocket ? notFifoText() : errorText(error);
 }
 } // namespace
 
@@ -61,13 +61,13 @@ QString ControlFifo::open()
     // Without O_NONBLOCK the open would wait for a reader.
     mDescriptor = ::open(name.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (mDescriptor < 0) {
-        return problem(problemOfOpening(name, errno));
+        return problem(openErrorText(name, errno));
     }
     struct stat status
     {
     };
     const bool isFifo = fstat(mDescriptor, &status) == 0 && S_ISFIFO(status.st_mode);
-    return isFifo ? QString() : problem(notAFifo());
+    return isFifo ? QString() : problem(notFifoText());
 }
 
 QStringList ControlFifo::warnings() const
@@ -108,7 +108,7 @@ QString ControlFifo::write(const QByteArray& line) const
     std::signal(SIGPIPE, SIG_IGN);
     const ssize_t written =
         ::write(mDescriptor, line.constData(), static_cast<size_t>(line.size()));
-    return written == line.size() ? QString() : problem(textOf(errno));
+    return written == line.size() ? QString() : problem(errorText(errno));
 }
 
 } // namespace control

@@ -7,10 +7,10 @@
 namespace control {
 
 /**
- * The control FIFO, for a writer. Nothing here ever waits: a FIFO that nobody reads is a problem
- * at once. Makes no FIFO where there is none. Owns the open descriptor.
+ * The writing side of the control FIFO. Nothing here ever waits: a FIFO without a reader is a
+ * problem at once. Never makes a FIFO. Owns the open descriptor.
  *
- * Problems are one line that begins with the path; empty when there is none.
+ * A problem is one line that begins with the path; empty when there is none.
  */
 class ControlFifo
 {
@@ -23,16 +23,16 @@ public:
     /** @return what is wrong */
     QString open();
 
-    /** What makes commands unsafe, one line each. Requires: open, as all that follows. */
+    /** What makes the FIFO unsafe, one line each. Requires: open, as does all that follows. */
     QStringList warnings() const;
 
     /**
-     * Becomes the only one who holds the FIFO's lock, until this object goes away; false while
-     * somebody else holds it. The lock keeps nobody from writing.
+     * Takes the FIFO's advisory lock, until this object goes away; false while another process
+     * holds it. The lock keeps nobody from writing.
      */
     bool tryLock() const;
 
-    /** True when commands wait in it, or part of one. */
+    /** True when bytes wait in it that the simulator has not taken. */
     bool hasWaitingCommands() const;
 
     /**

@@ -9,21 +9,21 @@ constexpr char kHelpText[] =
     R"(Usage: vx-control [OPTION]... list
        vx-control [OPTION]... play NAME|NUMBER
        vx-control [OPTION]... once NAME|NUMBER
-Tells a running vx-simulator what to play: "play" from now on, "once" through
-once and then on as before. "list" shows what there is. NUMBER is that of a
-configuration; NAME is that of a value file without its path and suffix, if
-only one configuration plays it.
+Tells a running vx-simulator what to play: "play" switches to it for good,
+"once" plays it once and then goes back. "list" shows what can be played.
+NUMBER is a configuration; NAME is a value file, without its path and suffix,
+that only one configuration plays.
 
   --config FILE    case configuration (default: where the simulator looks)
   --fifo PATH      control FIFO, for example of a simulator in a sandbox
-  --wait SECONDS   stays until the log tells what became of the command
-  --log FILE       the log for --wait (default: the service's)
-  --events FILE    appends the command to the events of vx-sandbox --events
-  -h, --help       shows this text
-  -v, --version    shows the version
+  --wait SECONDS   wait until the log says what became of the command
+  --log FILE       the log for --wait (default: that of the service)
+  --events FILE    append the command to the events of vx-sandbox --events
+  -h, --help       show this text
+  -v, --version    show the version
 
-Exit status: 0 written, with --wait executed; 1 not written, rejected, or
-nothing said in time; 2 wrong command line.
+Exit status: 0 the command was written (with --wait: executed); 1 it was not
+written, was rejected, or had no answer in time; 2 wrong command line.
 
 Example:
   vx-control --wait 5 once sag-50hz
@@ -32,7 +32,7 @@ Example:
 /** Where the service's logging configuration puts the log. */
 constexpr char kServiceLog[] = "/var/log/vx-simulator/vx-simulator.log";
 
-constexpr double kLongestWaitSeconds = 1e6;
+constexpr double kMaxWaitSeconds = 1e6;
 } // namespace
 
 ControlOptions::ControlOptions()
@@ -64,12 +64,12 @@ QString ControlOptions::read(const QStringList& arguments)
     if (mParser.isSet(mWait)) {
         bool isNumber = false;
         mWaitSeconds = mParser.value(mWait).toDouble(&isNumber);
-        if (!isNumber || !(mWaitSeconds > 0.0 && mWaitSeconds <= kLongestWaitSeconds)) {
-            return QStringLiteral("--wait '%1': expected seconds above 0, for example 5")
+        if (!isNumber || !(mWaitSeconds > 0.0 && mWaitSeconds <= kMaxWaitSeconds)) {
+            return QStringLiteral("--wait '%1': expected seconds, above 0, for example 5")
                 .arg(mParser.value(mWait));
         }
     } else if (mParser.isSet(mLog)) {
-        return QStringLiteral("--log is of use with --wait only");
+        return QStringLiteral("--log needs --wait");
     }
     return problemOfArguments();
 }
@@ -85,15 +85,14 @@ QString ControlOptions::problemOfArguments() const
         return QStringLiteral("'%1': expected list, play or once").arg(verb());
     }
     if (isList && words.size() > 1) {
-        return QStringLiteral("'%1': list takes no name").arg(target());
+        return QStringLiteral("'%1': list takes no argument").arg(target());
     }
     if (!isList && words.size() != 2) {
         return QStringLiteral("%1: expected one name or number").arg(verb());
     }
     for (const QCommandLineOption& option : {mWait, mEvents}) {
         if (isList && mParser.isSet(option)) {
-            return QStringLiteral("--%1 is of use with play and once only")
-                .arg(option.names().first());
+            return QStringLiteral("--%1 needs play or once").arg(option.names().first());
         }
     }
     if (mParser.isSet(mEvents) && events().isEmpty()) {

@@ -14,9 +14,9 @@ public:
     ControlOptions();
 
     /**
-     * Reads the command line, the program's name first.
-     * @return what is wrong with it, in one line; empty when the rest can be used or when only
-     *         help or the version was asked for
+     * Reads the command line, which begins with the program's name.
+     * @return what is wrong with it, in one line; empty when it is valid or when only the help or
+     *         the version is asked for
      */
     QString read(const QStringList& arguments);
 
@@ -24,13 +24,13 @@ public:
     bool isVersionRequested() const { return mParser.isSet(mVersion); }
     static QString helpText();
 
-    /** "list", "play" or "once". */
+    /** What to do: "list", "play" or "once". */
     QString verb() const { return mParser.positionalArguments().value(0); }
 
     /** The name or number to play; empty for "list". */
     QString target() const { return mParser.positionalArguments().value(1); }
 
-    /** The case configuration; empty means where the simulator looks. */
+    /** The case configuration; empty means the one that the simulator finds. */
     QString caseConfig() const { return mParser.value(mConfig); }
 
     QString fifo() const { return mParser.value(mFifo); }
@@ -39,7 +39,7 @@ public:
     /** The file to which the command is appended; empty means none. */
     QString events() const { return mParser.value(mEvents); }
 
-    /** Seconds to wait for what the log says; 0 means not at all. */
+    /** Seconds to wait for an answer in the log; 0 means not at all. */
     double waitSeconds() const { return mWaitSeconds; }
 
 private:

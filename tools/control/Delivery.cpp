@@ -16,7 +16,7 @@ namespace {
 constexpr unsigned long kBetweenLooksMilliseconds = 50;
 constexpr double kMillisecondsPerSecond = 1000.0;
 
-/** A command has left the FIFO a moment before it is in the log, hence more than one. */
+/** More than one, because a command leaves the FIFO a moment before it is in the log. */
 constexpr int kLooksAtEmptyFifo = 2;
 
 qint64 realtimeNs()
@@ -49,7 +49,7 @@ int Delivery::run()
     const QString unrecorded = record(problem);
     int status = EXIT_SUCCESS;
     if (!unrecorded.isEmpty()) {
-        status = fail(unrecorded + QStringLiteral("; the events lack this command"));
+        status = fail(unrecorded + QStringLiteral("; the command is missing in the events"));
     }
     if (!problem.isEmpty()) {
         return fail(problem);
@@ -57,7 +57,7 @@ int Delivery::run()
     return isToWait() ? std::max(status, awaitVerdict()) : status;
 }
 
-/** Opens all but the FIFO. */
+/** Opens all files but the FIFO. */
 QString Delivery::openFiles()
 {
     if (isToWait()) {
@@ -95,7 +95,7 @@ QString Delivery::deliver()
     return mFifo.write(mRequest.line());
 }
 
-/** Until nobody else waits for an answer and no earlier command waits to be taken. */
+/** Waits until nobody else waits for an answer and no earlier command is left in the FIFO. */
 QString Delivery::awaitTurn()
 {
     for (int looks = 0;;) {
@@ -120,7 +120,7 @@ QString Delivery::record(const QString& problem)
     return mEvents ? mEvents->append(mSentNs, mRequest.line(), problem) : QString();
 }
 
-/** Until the log tells what became of the request. */
+/** Waits until the log says what became of the request. */
 int Delivery::awaitVerdict()
 {
     for (;;) {
@@ -133,8 +133,8 @@ int Delivery::awaitVerdict()
             }
         }
         if (isLastLook) {
-            return fail(QStringLiteral("written, but the log said nothing of it in %1 s (a "
-                                       "command is taken when the case in progress has ended)")
+            return fail(QStringLiteral("written, but the log says nothing about it after "
+                                       "%1 s (a command is taken at the end of a case)")
                             .arg(mOptions.waitSeconds()));
         }
         QThread::msleep(kBetweenLooksMilliseconds);

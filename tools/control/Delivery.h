@@ -17,8 +17,8 @@ class ControlOptions;
 /**
  * Hands one request to the simulator and, if the options say so, waits for the answer.
  *
- * The log says what became of a command, not whose it was. Who waits for an answer therefore holds
- * the lock of the FIFO meanwhile, and writes when no other command waits there: the next answer
+ * The log says what became of a command, not whose it was. So whoever waits for an answer
+ * holds the lock of the FIFO, and writes only when no other command is left there: the next answer
  * that fits is then the answer to this request.
  */
 class Delivery
@@ -27,7 +27,7 @@ public:
     /** `options` is borrowed for the object's life. */
     Delivery(const ControlOptions& options, const PlayRequest& request);
 
-    /** Does all of it, and says on standard error what goes wrong. @return the exit status */
+    /** Does all of it and reports what goes wrong. @return the exit status */
     int run();
 
 private:
@@ -41,7 +41,7 @@ private:
 
     const ControlOptions& mOptions;
     PlayRequest mRequest;
-    QDeadlineTimer mDeadline; ///< of the waiting
+    QDeadlineTimer mDeadline; ///< of --wait
     ControlFifo mFifo;
     std::optional<EventFile> mEvents;
     std::optional<LogWatch> mLog;

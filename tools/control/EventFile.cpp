@@ -18,7 +18,7 @@ namespace control {
 namespace {
 constexpr mode_t kNewFileMode = 0666;
 
-/** A JSON text, with its quotes; QJsonDocument has no way to write it alone. */
+/** A JSON string with its quotes, which QJsonDocument can only write within an array. */
 QByteArray quoted(const QString& text)
 {
     const QByteArray array =
@@ -26,7 +26,7 @@ QByteArray quoted(const QString& text)
     return array.mid(1, array.size() - 2);
 }
 
-QString reasonOf(int error)
+QString errorText(int error)
 {
     return QString::fromLocal8Bit(std::strerror(error));
 }
@@ -37,7 +37,7 @@ QString problemOf(int descriptor)
     {
     };
     if (fstat(descriptor, &status) != 0) {
-        return reasonOf(errno);
+        return errorText(errno);
     }
     if (!S_ISREG(status.st_mode)) {
         return QString::fromLatin1(configuration::kExpectedRegularFile);
@@ -61,13 +61,13 @@ QString EventFile::open()
     // Without O_NONBLOCK the open of a FIFO would wait.
     constexpr int kFlags = O_RDWR | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
     mDescriptor = ::open(QFile::encodeName(mPath).constData(), kFlags, kNewFileMode);
-    const QString problem = mDescriptor < 0 ? reasonOf(errno) : problemOf(mDescriptor);
+    const QString problem = mDescriptor < 0 ? errorText(errno) : problemOf(mDescriptor);
     return problem.isEmpty() ? problem : mPath + QStringLiteral(": ") + problem;
 }
 
 QString EventFile::append(qint64 realtimeNs, const QByteArray& command, const QString& problem)
 {
-    // By hand: QJsonDocument keeps numbers as double, which has no room for the time.
+    // Not by QJsonDocument: it stores numbers as double, which cannot hold the time exactly.
     const QByteArray line =
         "{\"t\":" + QByteArray::number(realtimeNs) + R"(,"file":"simulator_control","bytes":)" +
         QByteArray::number(command.size()) + R"(,"accepted":)" +
@@ -79,7 +79,7 @@ QString EventFile::append(qint64 realtimeNs, const QByteArray& command, const QS
     if (written == line.size()) {
         return {};
     }
-    const QString reason = written < 0 ? reasonOf(errno) : reasonOf(ENOSPC);
+    const QString reason = errorText(written < 0 ? errno : ENOSPC);
     return mPath + QStringLiteral(": ") + reason;
 }
 

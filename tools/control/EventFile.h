@@ -7,9 +7,9 @@ namespace control {
 
 /**
  * Appends commands to the events of a run, in the format of vx-sandbox --events, which may write
- * into the same file meanwhile. Owns the open file.
+ * to the same file meanwhile. Owns the open file.
  *
- * Problems are one line that begins with the file's name; empty when there is none.
+ * A problem is one line that begins with the file's name; empty when there is none.
  */
 class EventFile
 {
@@ -20,15 +20,15 @@ public:
     ~EventFile();
 
     /**
-     * Opens the file, or makes it. Refuses what cannot be a file of events, so that no other file
-     * gets lines that are not its own. @return what is wrong
+     * Opens or creates the file. Refuses one that does not hold events, so that no other file is
+     * spoiled. @return what is wrong
      */
     QString open();
 
     /**
      * Appends one line in one piece. Requires: open.
      * @param realtimeNs when the command was written, in nanoseconds since the epoch
-     * @param command as it was written, with its line end; digits and letters
+     * @param command as it was written, with its line end; only digits and letters
      * @param problem why it was not written; empty when it was
      * @return what is wrong
      */

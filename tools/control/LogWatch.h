@@ -7,10 +7,10 @@
 namespace control {
 
 /**
- * Follows a log file from the end that it has when the watch is made. Goes on in the new file when
- * the log is renamed away and made again, and from the beginning when it is cut.
+ * Follows a log file from its present end on. When the log is rotated, goes on in the new file;
+ * when it is truncated, starts again at its beginning.
  *
- * Owns the open file, which may be the renamed one.
+ * Owns the open file, which may be the one that was renamed.
  */
 class LogWatch
 {
@@ -18,12 +18,11 @@ public:
     /** A file that is not there yet counts as empty. */
     explicit LogWatch(const QString& path);
 
-    /** What is wrong with a file that is there but cannot be read; else empty. */
+    /** Why an existing file cannot be read; else empty. */
     QString problem() const { return mProblem; }
 
     /**
-     * The next line that has come, with its line end; empty when there is none yet. A line is
-     * given once its end has arrived.
+     * The next complete line, with its line end; empty when there is none yet.
      */
     QByteArray nextLine();
 
@@ -34,7 +33,7 @@ private:
 
     QFile mFile;
     QString mProblem;
-    QByteArray mUnread; ///< what was read and is not yet a line
+    QByteArray mUnread; ///< read from the file, not yet returned
 };
 
 } // namespace control

@@ -5,7 +5,7 @@
 namespace control {
 
 namespace {
-QString describe(const configuration::CaseEntry& entry)
+QString entryText(const configuration::CaseEntry& entry)
 {
     return QStringLiteral("%1 x %2").arg(entry.mRepetitions).arg(entry.mFileName);
 }
@@ -23,7 +23,7 @@ QStringList PlayList::lines() const
     for (auto it = configurations.begin(); it != configurations.end(); ++it) {
         QStringList entries;
         for (const configuration::CaseEntry& entry : it.value()) {
-            entries += describe(entry);
+            entries += entryText(entry);
         }
         const bool isContinuous = it.key() == mCases.continuousNumber();
         lines += QString::number(it.key()) + QStringLiteral("  ") +
@@ -40,7 +40,7 @@ QString PlayList::find(const QString& nameOrNumber, qint32* number) const
     if (isNumber) {
         const auto count = static_cast<uint>(mCases.configurations().size());
         if (asNumber >= count) {
-            return QStringLiteral("%1: there is no such configuration; %2 of them, from 0 on")
+            return QStringLiteral("%1: no such configuration; there are %2, numbered from 0")
                 .arg(nameOrNumber)
                 .arg(count);
         }
@@ -49,7 +49,8 @@ QString PlayList::find(const QString& nameOrNumber, qint32* number) const
     }
     const QList<qint32> numbers = numbersOf(nameOrNumber);
     if (numbers.isEmpty()) {
-        return QStringLiteral("'%1': no value file of that name is played").arg(nameOrNumber);
+        return QStringLiteral("'%1': no configuration plays a value file of that name")
+            .arg(nameOrNumber);
     }
     if (numbers.size() > 1) {
         QStringList texts;

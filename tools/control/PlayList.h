@@ -8,7 +8,7 @@
 namespace control {
 
 /**
- * What can be played, by number and by name. A name is that of a value file without its path and
+ * What can be played, by number or by name. A name is that of a value file, without its path and
  * suffix. Borrows the case configuration.
  */
 class PlayList
@@ -16,11 +16,11 @@ class PlayList
 public:
     explicit PlayList(const configuration::CaseConfiguration& cases) : mCases(cases) {}
 
-    /** One line a configuration: number, entries with their repetitions, which is continuous. */
+    /** One line per configuration: number, entries with repetitions, whether it is continuous. */
     QStringList lines() const;
 
     /**
-     * Finds the number of the configuration that is meant.
+     * Finds the configuration that the user means.
      * @return what is wrong, in one line; empty when *number is set
      */
     QString find(const QString& nameOrNumber, qint32* number) const;

@@ -5,7 +5,7 @@
 namespace control {
 
 namespace {
-/** True when the text holds the words and no further digit follows them. */
+/** True when the text contains the words, and no digit follows them. */
 bool says(const QByteArray& text, const QByteArray& words)
 {
     const int begin = text.indexOf(words);
@@ -32,7 +32,7 @@ RequestVerdict verdictOf(const QByteArray& logLine, const PlayRequest& request)
     if (says(logLine, "Wrong Config: " + number)) {
         return RequestVerdict::Rejected;
     }
-    // Somebody else's unfinished line stood in the FIFO and now stands before ours.
+    // An unfinished line of another writer was in the FIFO and now precedes ours.
     const bool isGarbled =
         logLine.contains("Could not convert ") && logLine.trimmed().endsWith(number);
     return isGarbled ? RequestVerdict::Rejected : RequestVerdict::Unknown;

@@ -5,26 +5,26 @@
 
 namespace control {
 
-/** What is asked of the simulator. */
+/** A request to the simulator. */
 struct PlayRequest
 {
-    bool mOnce = false; ///< play through once, else from now on
+    bool mOnce = false; ///< play it once, else for good
     qint32 mNumber = 0; ///< of the configuration
 
-    /** The line that is written into the FIFO, with its line end. */
+    /** The line for the FIFO, with its line end. */
     QByteArray line() const;
 };
 
 enum class RequestVerdict
 {
-    Unknown, ///< the line tells nothing of it
+    Unknown, ///< the line says nothing about it
     Executed,
     Rejected
 };
 
 /**
- * What a line of the simulator's log says of a request. Whatever the log's layout puts before and
- * behind the message does not matter.
+ * What a line of the simulator's log says about a request. Whatever the layout of the log puts
+ * before and after the message is ignored.
  */
 RequestVerdict verdictOf(const QByteArray& logLine, const PlayRequest& request);
 

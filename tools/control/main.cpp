@@ -12,7 +12,7 @@
 #include "PlayRequest.h"
 
 namespace {
-/** The case configuration's name; null after a message when it is found nowhere. */
+/** The name of the case configuration; null, after a message, when there is none. */
 QString caseConfigName(const control::ControlOptions& options)
 {
     if (!options.caseConfig().isEmpty()) {
@@ -25,7 +25,7 @@ QString caseConfigName(const control::ControlOptions& options)
     return name;
 }
 
-/** Whether the events would go into a file that is something else. */
+/** Says whether --events names a file that is something else. */
 QString conflictOfFiles(const control::ControlOptions& options, const QString& caseConfig)
 {
     files::OutputCheck check;
@@ -45,7 +45,7 @@ bool readCases(const QString& name, configuration::CaseConfiguration* cases)
     }
     for (const std::string& error : cases->lineErrors()) {
         control::warn(QString::fromLocal8Bit(error.c_str()) +
-                      QStringLiteral("; the simulator reads no further"));
+                      QStringLiteral("; the simulator stops reading here"));
     }
     return true;
 }
