@@ -1,12 +1,40 @@
 #include "Simulator.h"
 
+#include <algorithm>
 #include <string>
+#include <utility>
 
 #include "TrackLog.h"
 
 namespace {
-/** After a pass without a sample, the time given to the operator before the next one. */
+/** Between two passes through a configuration that has nothing to play. */
 constexpr int kIdleWaitMilliseconds = 1000;
+
+/** Without a sample nothing paces the loop: after so many cases in a row it waits. */
+constexpr int kMaxCasesWithoutSamples = 1000;
+
+/** Where other entries of the configuration have samples, which must not wait for long. */
+constexpr int kShortWaitMilliseconds = 10;
+
+/**
+ * The waits between the attempts of a driver that refuses one block after the other: they keep
+ * the log from flooding. The second attempt comes at once.
+ */
+class RetryWait
+{
+public:
+    /** How long to wait after one more refusal, in ms. */
+    int next() { return std::exchange(mNext, std::clamp(2 * mNext, kFirst, kMax)); }
+
+    /** The driver has taken a block. */
+    void reset() { mNext = 0; }
+
+private:
+    static constexpr int kFirst = 10;
+    static constexpr int kMax = 1000;
+
+    int mNext = 0;
+};
 } // namespace
 
 Simulator::Simulator()
@@ -73,17 +101,29 @@ void Simulator::startEndless()
     logInfo(mLogger, LOG4CXX_LOCATION, [] { return "Starting endless simulation loop"; });
     mConfiguration.selectNextConfiguration();
     std::optional<qint32> reported;
+    RetryWait retryWait;
     for (;;) {
         const qint32 number = mConfiguration.currentConfiguration();
         reportNothingToPlay(&reported, LOG4CXX_LOCATION);
         mConfiguration.resetIterator();
-        const bool isIdle = isIdlePass();
+        const Pass pass = playCurrentConfiguration();
         mConfiguration.selectNextConfiguration();
         // The writer paces the loop only when there is something to write.
-        if (isIdle && mConfiguration.currentConfiguration() == number) {
-            mConfiguration.waitForUserInput(kIdleWaitMilliseconds);
-            mConfiguration.selectNextConfiguration();
+        if (pass == Pass::Played) {
+            retryWait.reset();
+        } else if (pass == Pass::Refused) {
+            waitForCommand(retryWait.next());
+        } else if (mConfiguration.currentConfiguration() == number) {
+            waitForCommand(kIdleWaitMilliseconds);
         }
+    }
+}
+
+/** Selects again, since a command may have come; 0 ms is no wait at all. */
+void Simulator::waitForCommand(int msecs)
+{
+    if (msecs > 0 && mConfiguration.waitForUserInput(msecs)) {
+        mConfiguration.selectNextConfiguration();
     }
 }
 
@@ -106,14 +146,16 @@ void Simulator::reportNothingToPlay(std::optional<qint32>* reported,
     }
 }
 
-/** Plays the current configuration; true when no sample was written and no command taken. */
-bool Simulator::isIdlePass()
+Simulator::Pass Simulator::playCurrentConfiguration()
 {
     const quint64 samplesBefore = mPrussSimulation.samplesWritten();
     const quint64 commandsBefore = mConfiguration.commandsTaken();
     simulateConfiguration();
-    return mPrussSimulation.samplesWritten() == samplesBefore &&
-           mConfiguration.commandsTaken() == commandsBefore;
+    if (mPrussSimulation.samplesWritten() != samplesBefore ||
+        mConfiguration.commandsTaken() != commandsBefore) {
+        return Pass::Played;
+    }
+    return mConfiguration.hasSamples() ? Pass::Refused : Pass::NothingToPlay;
 }
 
 bool Simulator::simulateOneCase(ConfigurationItem* item)
@@ -133,25 +175,33 @@ bool Simulator::simulateOneCase(ConfigurationItem* item)
 
 void Simulator::simulateConfiguration()
 {
+    int casesWithoutSamples = 0;
     ConfigurationItem* item = mConfiguration.nextItem();
-    while (item != nullptr && playRepetitions(item)) {
+    while (item != nullptr && playRepetitions(item, &casesWithoutSamples)) {
         item = mConfiguration.nextItem();
     }
 }
 
 /** False when the rest of the configuration is to be dropped. */
-bool Simulator::playRepetitions(ConfigurationItem* item)
+bool Simulator::playRepetitions(ConfigurationItem* item, int* casesWithoutSamples)
 {
     for (quint32 left = item->repetitions(); left > 0; --left) {
-        const quint64 samplesBefore = mPrussSimulation.samplesWritten();
         const bool ok = simulateOneCase(item);
-        if (mConfiguration.readUserInput() || !ok) {
+        *casesWithoutSamples = item->hasSamples() ? 0 : *casesWithoutSamples + 1;
+        if (takeCommand(casesWithoutSamples) || !ok) {
             return false;
-        }
-        // Repeating an input without samples would only spin.
-        if (mPrussSimulation.samplesWritten() == samplesBefore) {
-            return true;
         }
     }
     return true;
+}
+
+/** Looks for a command; waits for it after many cases without samples, which then count anew. */
+bool Simulator::takeCommand(int* casesWithoutSamples)
+{
+    if (*casesWithoutSamples < kMaxCasesWithoutSamples) {
+        return mConfiguration.readUserInput();
+    }
+    *casesWithoutSamples = 0;
+    return mConfiguration.waitForUserInput(mConfiguration.hasSamples() ? kShortWaitMilliseconds
+                                                                       : kIdleWaitMilliseconds);
 }

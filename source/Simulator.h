@@ -46,15 +46,25 @@ public:
 
     /**
      * Plays the entries of the current configuration from its read position, until they are used
-     * up, a command was taken or a case failed. An input without samples is played once, however
-     * many repetitions it has.
+     * up, a command was taken or a case failed. Looks for a command after every case; where many
+     * in a row have no samples, it waits for one now and then.
      */
     void simulateConfiguration();
 
 private:
+    /** What became of one pass through a configuration. */
+    enum class Pass
+    {
+        Played,        ///< a sample was written or a command taken
+        NothingToPlay, ///< the configuration has no samples
+        Refused        ///< the driver took none of its blocks
+    };
+
     bool loadDataFile(ConfigurationItem* item, const log4cxx::spi::LocationInfo& location);
-    bool playRepetitions(ConfigurationItem* item);
-    bool isIdlePass();
+    bool playRepetitions(ConfigurationItem* item, int* casesWithoutSamples);
+    bool takeCommand(int* casesWithoutSamples);
+    Pass playCurrentConfiguration();
+    void waitForCommand(int msecs);
     void reportNothingToPlay(std::optional<qint32>* reported,
                              const log4cxx::spi::LocationInfo& location) const;
 

@@ -86,7 +86,32 @@ TEST_F(SimulatorTest, FailedWriteDropsTheRestOfThePassAndCostsNoWait)
     mSystem.mWriteFault = ENOSPC;
     run(kThree, 3, {{0, "s2\n"}});
     EXPECT_EQ(played(), "bbb");
+
+    restart(); // and the only block of a pass
+    mSystem.mWriteFault = ENOSPC;
+    run("0,1,a\n", 2, {});
+    EXPECT_EQ(played(), "aa");
     EXPECT_TRUE(mSystem.mWaits.empty());
+}
+
+TEST_F(SimulatorTest, RefusalsThatGoOnAreRetriedAfterGrowingWaits)
+{
+    TestDevice::makeLink(kSampleBufferPath, "/dev/full");
+    const qint64 start = toNanoseconds(mSystem.mMonotonic);
+    mSystem.mOnWait = [this] {
+        if (mSystem.mWaits.size() == 3) {
+            TestDevice::send("s1\n");
+        } else if (mSystem.mWaits.size() == 10) {
+            throw EndOfTest();
+        }
+    };
+    runUntilEndOfTest(kThree);
+    EXPECT_EQ(mSystem.mWaits, (std::vector<qint64>{10'000, 20'000, 40'000, 80'000, 160'000, 320'000,
+                                                   640'000, 1'000'000, 1'000'000, 1'000'000}));
+    constexpr qint64 kWaited = 10 + 20 + 80 + 160 + 320 + 640 + 1000 + 1000; // ms, one is cut short
+    EXPECT_EQ(toNanoseconds(mSystem.mMonotonic) - start, kWaited * 1'000'000);
+    EXPECT_EQ(mLog.errors(), 2 * 11) << "the second attempt was made at once";
+    EXPECT_THAT(mLog.take(), testing::Contains("INFO Execute Config 1 once"));
 }
 
 TEST_F(SimulatorTest, PlaysInThisOrder)
@@ -101,7 +126,9 @@ TEST_F(SimulatorTest, PlaysInThisOrder)
         {kThree, {}, "aabaabaab"},
         {"0,1,a\n1,1,b\n1,2,c\n-1,1,\n", {}, "bccbcc"},
         {"0,0,c\n0,1,a\n0,0,c\n0,1,b\n", {}, "ababab"},
-        {"0,4000000000,e\n0,1,a\n0,2,e\n0,1,b\n", {}, "ababab"}, // e has no sample
+        {"0,3,e\n0,1,a\n0,2,e\n0,1,b\n", {}, "ababab"},        // e has no sample
+        {"0,3,e\n0,1,a\n1,1,c\n", {{0, "x\nx\ns1\n"}}, "caa"}, // but each play a look for a command
+        {"0,2,e\n0,1,a\n1,1,c\n", {{0, "x\nx\ns1\n"}}, "aca"},
         {kThree, {{1, "s1\n"}}, "acaaaab"},
         {kThree, {{3, "s2\n"}}, "aabbbbaab"},
         {kThree, {{1, "s0\n"}}, "aaabaab"},
@@ -127,40 +154,46 @@ TEST_F(SimulatorTest, WaitsForACommandInsteadOfSpinning)
     struct Idle
     {
         const char* mConfig;
-        const char* mCommand; ///< that wakes the loop in its third pass
-        const char* mPlayed;  ///< by the command; null: the sample buffer fails
-        size_t mMessages;
+        const char* mCommand; ///< that wakes the loop in its third wait
+        const char* mPlayed;  ///< by the command
+        int mPolls;           ///< at most
     };
-    for (const Idle& it : {Idle{"0,0,a\n1,2,b\n", "s1\n", "bb", 4},
-                           Idle{"0,1,a\n-1,7,\n", "s0\n", "a", 4}, // a number without entries
-                           Idle{"", "s0\n", "", 3}, Idle{"0,1,e\n0,3,e\n1,1,c\n", "s1\n", "c", 4},
-                           Idle{"0,4294967295,e\n1,1,c\n", "s1\n", "c", 4},
-                           Idle{"0,5,a\n0,1,b\n1,1,c\n", "s1\n", nullptr, 12}}) {
+    for (const Idle& it : {Idle{"0,0,a\n1,2,b\n", "s1\n", "bb", 40},
+                           Idle{"0,1,a\n-1,7,\n", "s0\n", "a", 40}, // a number without entries
+                           Idle{"", "s0\n", "", 40}, Idle{"0,1,e\n0,3,e\n1,1,c\n", "s1\n", "c", 40},
+                           Idle{"0,4294967295,e\n1,1,c\n", "s1\n", "c", 4100}}) {
         SCOPED_TRACE(it.mConfig);
         restart();
-        if (it.mPlayed == nullptr) {
-            TestDevice::makeLink(kSampleBufferPath, "/dev/full");
-        }
         const qint64 start = toNanoseconds(mSystem.mMonotonic);
-        int passes = 0;
+        int waits = 0;
         mSystem.mPolls = 0;
-        mSystem.mOnWait = [&passes, &it] {
-            if (++passes == 3) {
+        mSystem.mOnWait = [&waits, &it] {
+            if (++waits == 3) {
                 TestDevice::send(it.mCommand);
-            } else if (passes == 4) {
+            } else if (waits == 4) {
                 throw EndOfTest();
             }
         };
         runUntilEndOfTest(it.mConfig);
         EXPECT_EQ(std::exchange(mSystem.mWaits, {}), (std::vector<qint64>(4, 1'000'000)));
-        EXPECT_LE(mSystem.mPolls, 40);
+        EXPECT_LE(mSystem.mPolls, it.mPolls);
         EXPECT_EQ(toNanoseconds(mSystem.mMonotonic) - start, 2 * kSecond) << "woken at once";
         const Lines log = mLog.take();
-        EXPECT_EQ(log.size(), it.mMessages) << testing::PrintToString(log);
-        if (it.mPlayed != nullptr) {
-            EXPECT_THAT(log.at(1), testing::HasSubstr("has nothing to play"));
-            EXPECT_EQ(played(), it.mPlayed);
-        }
+        EXPECT_THAT(log.at(1), testing::HasSubstr("has nothing to play"));
+        EXPECT_THAT(log.at(2), testing::StartsWith("INFO Execute"));
+        EXPECT_EQ(log.size(), *it.mConfig == 0 ? 3U : 4U) << "told once for each change";
+        EXPECT_EQ(played(), it.mPlayed);
+    }
+}
+
+/** Two passes each: nothing spins, and the samples behind are not held up for long. */
+TEST_F(SimulatorTest, ManyPlaysWithoutASampleCostShortWaits)
+{
+    for (const auto& [config, waits] :
+         {std::pair("0,2500,e\n0,1,a\n", 4U), std::pair("0,999,e\n0,1,a\n0,999,e\n0,1,a\n", 0U)}) {
+        restart();
+        run(config, 2, {});
+        EXPECT_EQ(std::exchange(mSystem.mWaits, {}), std::vector<qint64>(waits, 10'000));
     }
 }
 } // namespace
