@@ -1,12 +1,11 @@
 #pragma once
 
-#include <QByteArray>
 #include <QList>
 #include <QMap>
 #include <QString>
 
+#include "CommandReader.h"
 #include "CsvParser.h"
-#include "FifoPeek.h"
 #include "InputValues.h"
 #include "VxDevice.h"
 
@@ -48,7 +47,10 @@ private:
 class Configuration : public CsvParser
 {
 public:
-    /** Never fails: a control FIFO that cannot be made is reported, and no command is taken. */
+    /**
+     * Never fails: a control FIFO that is missing is reported, and one that does not open is not;
+     * no command is taken then.
+     */
     Configuration();
     ~Configuration() override;
 
@@ -100,11 +102,6 @@ public:
     void selectNextConfiguration();
 
 private:
-    void openControlDevice(const log4cxx::spi::LocationInfo& location);
-    void reportOpenRights(const log4cxx::spi::LocationInfo& location) const;
-    bool takeCommandLine(QByteArray* line, const log4cxx::spi::LocationInfo& location);
-    bool appendToPendingLine(const char* bytes, int count,
-                             const log4cxx::spi::LocationInfo& location);
     bool executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location);
 
     qint32 mCurrentConfiguration = 0;
@@ -113,9 +110,6 @@ private:
     qint32 mOnceConfiguration;
     QList<ConfigurationItem>::iterator mItemIterator;
     VxDevice mControlDevice;
-    FifoPeek mControlPeek;
-    QByteArray mPendingLine;    ///< the part of a command line that has arrived
-    bool mTookBytes = false;    ///< the last look at the FIFO did
-    bool mDroppingLine = false; ///< skips the rest of a line that was too long
+    CommandReader mCommandReader;
     quint64 mCommandsTaken = 0;
 };
