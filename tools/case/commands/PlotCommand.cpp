@@ -31,7 +31,9 @@ Examples:
   vx-case plot fault.cfg
   vx-case plot recording.bin --events events.jsonl --config vx-simulator.conf -o run.svg)";
 
+// Of characters, on a terminal.
 constexpr int kUsualColumns = 80;
+constexpr int kMinColumns = 40;
 
 struct PlotOptions
 {
@@ -39,26 +41,23 @@ struct PlotOptions
     std::string mOutput; ///< empty for the terminal
 };
 
-plot::Canvas::Kind kindOf(const std::string& name)
+plot::PictureFormat formatOf(const std::string& name)
 {
     const QString suffix = QFileInfo(QString::fromStdString(name)).suffix().toLower();
     if (suffix == "svg") {
-        return plot::Canvas::Kind::Svg;
+        return plot::PictureFormat::Svg;
     }
     if (suffix == "png") {
-        return plot::Canvas::Kind::Png;
+        return plot::PictureFormat::Png;
     }
     throw CLI::ValidationError("-o", "'" + name + "': expected a name that ends in .svg or .png");
 }
 
-plot::Canvas terminal()
+int terminalColumns()
 {
-    plot::Canvas canvas;
     winsize size{};
-    canvas.mHasColours = isatty(STDOUT_FILENO) != 0;
     const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    canvas.mColumns = isKnown ? std::max<int>(size.ws_col, kUsualColumns / 2) : kUsualColumns;
-    return canvas;
+    return isKnown ? std::max<int>(size.ws_col, kMinColumns) : kUsualColumns;
 }
 
 /** What the panels of the terminal do not tell. */
@@ -116,23 +115,29 @@ void expectNoConflict(const PlotOptions& options)
     files.expectNoConflict();
 }
 
-void plot(PlotOptions options)
+void plotIntoFile(const PlotOptions& options)
 {
-    plot::Canvas canvas = terminal();
-    if (!options.mOutput.empty()) {
-        canvas.mKind = kindOf(options.mOutput);
-    } else {
-        options.mRequest.mMaxMoments = 1;
-        options.mRequest.mColumns = static_cast<size_t>(canvas.mColumns);
-    }
+    const plot::PictureFormat format = formatOf(options.mOutput);
     expectNoConflict(options);
     base::ResultFile result(options.mOutput);
-    if (canvas.mKind == plot::Canvas::Kind::Png) {
+    if (format == plot::PictureFormat::Png) {
         plot::expectFont();
     }
     const plot::Picture picture = plot::makePicture(options.mRequest);
-    const std::string drawn = plot::runGnuplot(plot::gnuplotScript(picture, canvas));
-    result.write(options.mOutput.empty() ? headOf(picture) + withoutPages(drawn) : drawn);
+    result.write(plot::runGnuplot(plot::gnuplotScript(plot::layOut(picture), format)));
+    result.commit();
+}
+
+void plotOnTerminal(PlotOptions options)
+{
+    const int columns = terminalColumns();
+    options.mRequest.mMaxMoments = 1;
+    options.mRequest.mColumns = static_cast<size_t>(columns);
+    base::ResultFile result("");
+    const plot::Picture picture = plot::makePicture(options.mRequest);
+    const std::string script = plot::gnuplotScript(plot::layOutOnTerminal(picture, columns),
+                                                   columns, isatty(STDOUT_FILENO) != 0);
+    result.write(headOf(picture) + withoutPages(plot::runGnuplot(script)));
     result.commit();
 }
 } // namespace
@@ -173,7 +178,9 @@ void addPlotCommand(CLI::App& app)
         ->check(whyNoSeconds)
         ->excludes(at);
     addEncodingOption(command, &request.mInputOptions.mEncoding);
-    command.callback([options] { plot(*options); });
+    command.callback([options] {
+        options->mOutput.empty() ? plotOnTerminal(*options) : plotIntoFile(*options);
+    });
 }
 
 } // namespace commands

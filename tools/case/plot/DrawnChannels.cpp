@@ -6,7 +6,7 @@
 #include "base/Numbers.h"
 #include "channels/ChannelGuess.h"
 #include "channels/ChannelKind.h"
-#include "plot/ShortText.h"
+#include "plot/LabelText.h"
 
 namespace plot {
 

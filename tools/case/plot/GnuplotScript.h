@@ -1,27 +1,28 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-#include "plot/Picture.h"
+#include "plot/Layout.h"
+#include "plot/TerminalLayout.h"
 
 namespace plot {
 
-/** Where a picture is drawn. */
-struct Canvas
+/** What a picture file is. */
+enum class PictureFormat
 {
-    enum class Kind
-    {
-        Svg,
-        Png,
-        Terminal
-    };
-
-    Kind mKind = Kind::Terminal;
-    int mColumns = 80;        ///< of characters, on a terminal
-    bool mHasColours = false; ///< on a terminal
+    Svg,
+    Png
 };
 
-/** What gnuplot draws the picture from, with its data; the result goes to standard output. */
-std::string gnuplotScript(const Picture& picture, const Canvas& canvas);
+/**
+ * What gnuplot draws a layout from, with the data: nothing is decided here but colours and lines.
+ * gnuplot writes the picture to its standard output. Texts of the layout are drawn as they are,
+ * whatever is in them.
+ */
+std::string gnuplotScript(const Layout& layout, PictureFormat format);
+
+/** The same on a terminal, as characters. */
+std::string gnuplotScript(const std::vector<TerminalPanel>& panels, int columns, bool hasColours);
 
 } // namespace plot

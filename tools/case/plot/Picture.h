@@ -9,10 +9,15 @@
 namespace plot {
 
 /** What a picture shows, without a word of how it is drawn. Times are in s. */
+
+/** Colours of curves: one for each conductor (L1, L2, L3, N), and that of the frequency. */
+inline constexpr size_t kConductorColours = 4;
+inline constexpr size_t kFrequencyColour = kConductorColours;
+
 struct Curve
 {
-    std::string mLabel; ///< may hold an index as "U_{L1}"
-    size_t mColour;     ///< from 0 on, again after 3; curves of the same conductor share it
+    std::string mLabel; ///< may have an index, as "U_{L1}"
+    size_t mColour;     ///< 0 to kFrequencyColour
     bool mIsSecond;     ///< of the second signal
     std::vector<Point> mPoints;
 };
@@ -24,9 +29,10 @@ struct Panel
     double mLow;
     double mHigh; ///< above mLow
     std::vector<Curve> mCurves;
+    bool mIsFrequency = false;
 };
 
-/** A stretch of the bar. */
+/** What was played for some time. */
 struct PlayedPart
 {
     double mFrom;
@@ -47,7 +53,7 @@ struct WaveColumn
     std::string mTitle;
     double mFrom;
     double mTo;
-    std::optional<double> mMark; ///< a line there
+    std::optional<double> mMark; ///< a line at this time
     std::vector<Panel> mPanels;  ///< one above the other
 };
 

@@ -12,10 +12,10 @@
 #include "explain/Explanation.h"
 #include "explain/RecordWindow.h"
 #include "plot/Difference.h"
+#include "plot/LabelText.h"
 #include "plot/Overview.h"
 #include "plot/PlayedBar.h"
 #include "plot/ShiftedSource.h"
-#include "plot/ShortText.h"
 #include "plot/Waveforms.h"
 #include "waveform/DriverRecordingSource.h"
 
@@ -291,16 +291,16 @@ void Maker::addCurves(size_t signal, size_t group, const CurveOf& curveOf, Panel
         return;
     }
     for (const DrawnChannel& channel : drawn->mChannels) {
-        panel->mCurves.push_back({channel.mLabel, channel.mPlace, signal > 0,
+        panel->mCurves.push_back({channel.mLabel, channel.mPlace % kConductorColours, signal > 0,
                                   scaled(curveOf(channel.mCurve), mUnits[group].mFactor)});
     }
 }
 
 void Maker::addHertz()
 {
-    Panel panel{"Hz", 1e9, 0.0, {}};
+    Panel panel{"Hz", 1e9, 0.0, {}, true};
     for (size_t i = 0; i < mSignals.size(); ++i) {
-        const Curve curve{"f", 0, i > 0, mSignals[i]->mOverview.hertz()};
+        const Curve curve{"f", kFrequencyColour, i > 0, mSignals[i]->mOverview.hertz()};
         for (const Point& point : curve.mPoints) {
             panel.mLow = std::min(panel.mLow, point.mY);
             panel.mHigh = std::max(panel.mHigh, point.mY);
@@ -345,7 +345,7 @@ void Maker::addDifference(const Difference& difference, size_t group)
     Panel panel{"Δ " + unit.mName, 0.0, 1.0, {}};
     for (size_t i = 0; i < difference.channels(group); ++i) {
         const DrawnChannel& channel = difference.channel(group, i);
-        panel.mCurves.push_back({channel.mLabel, channel.mPlace, false,
+        panel.mCurves.push_back({channel.mLabel, channel.mPlace % kConductorColours, false,
                                  scaled(difference.curve(group, i), unit.mFactor)});
     }
     fit(&panel, true);

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace plot {
+
+/** Texts of a picture are UTF-8; "_{...}" in one of them is an index, as in "U_{L1}". */
+
+/** Whether the text has an index. */
+bool hasIndex(const std::string& text);
+
+/** The text without the signs of an index. */
+std::string withoutIndex(std::string text);
+
+/** Letters that the reader sees. */
+size_t letterCount(const std::string& text);
+
+/**
+ * The text; of one with more letters than that its beginning, "…", and its end, which often tells
+ * the phase. Requires: letters >= 3, or a text that is short enough.
+ */
+std::string shortened(const std::string& text, size_t letters);
+
+/**
+ * The text in lines, broken behind semicolons. A part between semicolons that does not fit is
+ * shortened. Requires: letters >= 4.
+ */
+std::vector<std::string> brokenIntoLines(const std::string& text, size_t letters);
+
+} // namespace plot

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+
+namespace plot {
+
+/** Sizes that the parts of a layout share, in its units. */
+
+/** Mean of a letter, and of a line of text. */
+inline constexpr double kLetterWidth = 8.5;
+inline constexpr double kLineHeight = 18.0;
+
+/** Those of the title. */
+inline constexpr double kTitleLetterWidth = 12.75;
+inline constexpr double kTitleHeight = 27.0;
+
+/** Between an axis and the numbers at its left. */
+inline constexpr double kBesideAxis = 11.0;
+
+} // namespace plot
