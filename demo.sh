@@ -23,7 +23,7 @@ fi
 results=build/demo
 programs=$PWD/build/release
 
-scripts/setup.sh build demo
+scripts/setup.sh build demo sandbox
 cmake --preset release
 cmake --build --preset release --target vx-simulator vx-control vx-sandbox vx-case
 rm -rf "$results"

@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 export LC_ALL=C.UTF-8
 
 preset=${1:-release}
-groups=(build)
+groups=(build sandbox)
 [[ $preset != asan ]] || groups+=(asan)
 scripts/setup.sh "${groups[@]}"
 cmake --preset "$preset"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing on Debian 12 and makes sure that the stand-in driver can run.
+# Installs what is missing on Debian 12.
 #
 # Usage: scripts/setup.sh GROUP...
 #   armhf   what builds and emulates programs for 32-bit ARM
@@ -9,6 +9,7 @@
 #   demo    what draws pictures, and their font
 #   lint    what checks format and code
 #   package what makes and checks the Debian packages
+#   sandbox no package: makes sure that vx-sandbox, and the tests that run it, can use /dev/fuse
 set -euo pipefail
 
 packagesOf() {
@@ -22,7 +23,8 @@ packagesOf() {
         demo) echo gnuplot-nox fonts-dejavu-core ;;
         lint) echo clang-format clang-tidy cppcheck ;;
         package) echo dpkg-dev lintian man-db mmdebstrap systemd ;;
-        *) fail "unknown group '$1': expected armhf, asan, build, ci, demo, lint or package" ;;
+        sandbox) ;;
+        *) fail "unknown group '$1': expected armhf, asan, build, ci, demo, lint, package or sandbox" ;;
     esac
 }
 
@@ -61,11 +63,11 @@ installMissing() {
         apt-get -q install -y --no-install-recommends "${missing[@]}"
 }
 
-# The stand-in driver serves its files through /dev/fuse.
+# The simulated driver serves its files through /dev/fuse.
 prepareFuse() {
     if [[ ! -e /dev/fuse ]]; then
         asRoot "loading the module that makes /dev/fuse" modprobe fuse || true
-        [[ -e /dev/fuse ]] || fail "/dev/fuse is missing, and with it the stand-in driver." \
+        [[ -e /dev/fuse ]] || fail "/dev/fuse is missing; vx-sandbox and the tests that run it need it." \
             "In a container: start it with --device /dev/fuse"
     fi
     if [[ ! -r /dev/fuse || ! -w /dev/fuse ]]; then
@@ -81,4 +83,6 @@ for group in "$@"; do
     packages+=("${names[@]}")
 done
 installMissing "${packages[@]}"
-prepareFuse
+if [[ " $* " == *" sandbox "* ]]; then
+    prepareFuse
+fi

@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 export LC_ALL=C.UTF-8
 
-scripts/setup.sh build armhf
+scripts/setup.sh build sandbox armhf
 scripts/make-sysroot.sh
 # The tools with which the emulated program is tested are native ones.
 cmake --preset release

@@ -14,7 +14,7 @@ fail() {
 }
 
 [[ $EUID -eq 0 ]] || fail "this needs root"
-scripts/setup.sh build package
+scripts/setup.sh build sandbox package
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
 
 for page in man/*; do
