@@ -163,6 +163,7 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
          "track.xml: --pme would overwrite the program's argument ./track.xml; name another file"},
         {"-h", 0, ""},
         {"--version", 0, ""},
+        {"-v", 0, ""},
         {"--for|1x|true", 125, "--for takes seconds, 0 to 1000000000, not \"1x\""},
         {"--send|s1|true", 125, "--send takes SECONDS:COMMAND, not \"s1\""},
     };

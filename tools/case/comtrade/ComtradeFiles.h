@@ -4,9 +4,8 @@
 
 #include "comtrade/ComtradeSource.h"
 
-namespace comtrade {
-
 /** Finds the parts of a COMTRADE recording in its files. */
+namespace comtrade {
 
 /**
  * The file beside the given one that has the same name but another suffix, both in any case.
@@ -18,8 +17,9 @@ std::string findBeside(const std::string& path, const std::string& suffix);
 /**
  * A recording in two files.
  *
+ * @param configPath the .cfg file; it also names the recording
+ * @param dataPath the .dat file
  * @param encoding of the texts, as decodeText() takes it
- * @param mName the file that the user named
  */
 ComtradeParts openComtradePair(const std::string& configPath, const std::string& dataPath,
                                const std::string& encoding);

@@ -15,7 +15,11 @@ public:
     /** @param channels get their states and changes; borrowed, one for each status channel */
     explicit StatusTracker(std::vector<waveform::StatusChannel>* channels) : mChannels(channels) {}
 
-    /** @param words of one sample; @param seconds its time */
+    /**
+     * Goes through the status words of the next samples.
+     * @param block the samples, following those of the call before
+     * @param seconds the time of each sample of the block
+     */
     void add(const ComtradeBlock& block, const std::vector<double>& seconds);
 
 private:
