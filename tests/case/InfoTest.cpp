@@ -48,6 +48,50 @@ TEST(InputTest, TextFilesWithAHeading)
                 HasSubstr("scope:62: expected a number in field 2, found \"x\""));
 }
 
+/** The time is the column whose heading says so, and it rises; no counter or value serves as one.
+ */
+TEST(InputTest, TimeColumnIsFound)
+{
+    const TestFiles files;
+    const auto open = [&](const char* text) {
+        return input::openInput(files.make("scope", text).toStdString(), {});
+    };
+    const std::tuple<const char*, double, const char*> rows[] = {
+        {"No;Time (s);UA (V)\n1;0;5\n2;0.5;3\n", 0.5, "No UA "},
+        {"No;UA;Sample time_ms\n1;0;5\n2;0.5;7\n", 0.002, "No UA "},
+        {"n,time,UA\n,ms,V\n1,0,5\n2,3,4\n", 0.003, "n UA "},
+        {"R;S;T;t\n1;1;5;0\n2;2;6;0.25\n", 0.25, "R S T "},
+        {"x;UA [V]\n1;0\n2;5\n", 1, "UA "},
+        {"x_ms;UR/US\n0;0\n4;5\n", 0.004, "UR "},
+    };
+    for (const auto& [text, lastSeconds, names] : rows) {
+        const auto source = open(text);
+        EXPECT_NEAR(readAll(*source).mSeconds.back(), lastSeconds, 1e-12) << text;
+        std::string found;
+        for (const auto& channel : source->description().mChannels) {
+            found += channel.mName + " ";
+        }
+        EXPECT_EQ(found, names) << text;
+    }
+    const char* const kNone = "none of its columns is a time";
+    const std::pair<const char*, const char*> errors[] = {
+        {"UR/US;x_ms\n1;0\n0;5\n", kNone},
+        {"No;n\n2;0\n1;5\n", kNone},
+        {"UA (V);UB (V)\n1;0\n2;5\n", kNone},
+        {"No;t (V)\n1;0\n2;5\n", "\"t\" has the unit \"V\""},
+        {"Time (s);No\n1;0\n0.5;1\n0;2\n", "\"Time\" does not rise"},
+    };
+    for (const auto& [text, message] : errors) {
+        EXPECT_THAT(errorOf([&, bad = text] { open(bad); }), HasSubstr(message)) << text;
+    }
+    const auto falling = input::openInput(
+        files.make("scope", "t;u\n" + repeated("0;1\n", 60) + repeated("2;1\n1;1\n", 9))
+            .toStdString(),
+        {});
+    EXPECT_THAT(errorOf([&] { readAll(*falling); }),
+                HasSubstr("scope: its time column \"t\" falls"));
+}
+
 /** What is refused says for each kind why. */
 TEST(InputTest, WhatAFileIsIsFoundByItsContent)
 {

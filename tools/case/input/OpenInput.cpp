@@ -91,7 +91,7 @@ std::unique_ptr<waveform::SignalSource> openOther(const std::string& path, base:
     if (noValues.empty()) {
         return std::make_unique<waveform::ValueFileSource>(path);
     }
-    const std::string noText = textfile::whyNoTextFile(file);
+    const std::string noText = textfile::reasonNotTextFile(file);
     if (noText.empty()) {
         return std::make_unique<textfile::TextFileSource>(path, options.mEncoding);
     }

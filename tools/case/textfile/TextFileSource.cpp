@@ -16,7 +16,7 @@ namespace {
 constexpr size_t kProbedLines = 50;
 constexpr size_t kBlockValues = 32768;
 constexpr size_t kMaxBlockSamples = 4096;
-constexpr double kLargestTime = 1e15; ///< in any unit
+constexpr double kMaxTime = 1e15; ///< in any unit
 
 /** The first lines that are not empty, as they stand. */
 std::string firstLines(base::InputFile& file)
@@ -81,13 +81,14 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
 
 bool TextFileSource::read(waveform::SignalBlock& block)
 {
-    const size_t most = std::clamp<size_t>(kBlockValues / mLastValues.size(), 1, kMaxBlockSamples);
+    const size_t maxCount =
+        std::clamp<size_t>(kBlockValues / mLastValues.size(), 1, kMaxBlockSamples);
     block.mFirst = mSamples;
     block.mFrequency.clear();
-    block.resize(mLastValues.size(), most);
+    block.resize(mLastValues.size(), maxCount);
     size_t count = 0;
     std::string_view line;
-    while (count < most && takeRow(&line)) {
+    while (count < maxCount && takeRow(&line)) {
         readRow(line, count, &block);
         ++count;
     }
@@ -112,33 +113,41 @@ bool TextFileSource::takeRow(std::string_view* line)
     return false;
 }
 
-void TextFileSource::readRow(std::string_view line, size_t place, waveform::SignalBlock* block)
+void TextFileSource::readRow(std::string_view line, size_t index, waveform::SignalBlock* block)
 {
     const auto fields = textFields(line, mLayout.mSeparator);
     if (fields.size() != mLastValues.size() + 1) {
         fail(fmt::format("{} fields, found {}", mLastValues.size() + 1, fields.size()));
     }
+    const std::string_view time = fields[mLayout.mTimeColumn];
     double number = 0.0;
-    if (!parseTextNumber(fields[0], mLayout.mDecimalSign, &number) ||
-        std::abs(number) > kLargestTime) {
-        fail(fmt::format("a time, found \"{}\"", fields[0].substr(0, base::kLongestExcerpt)));
+    if (!parseTextNumber(time, mLayout.mDecimalSign, &number) || std::abs(number) > kMaxTime) {
+        fail(fmt::format("a time in field {}, found \"{}\"", mLayout.mTimeColumn + 1,
+                         time.substr(0, base::kLongestExcerpt)));
     }
-    block->mSeconds[place] = mTime.next(number) * mLayout.mTimeSeconds;
+    block->mSeconds[index] = mTime.next(number) * mLayout.mTimeSeconds;
     for (size_t i = 0; i < mLastValues.size(); ++i) {
-        const std::string_view field = fields[i + 1];
+        const size_t column = i < mLayout.mTimeColumn ? i : i + 1;
+        const std::string_view field = fields[column];
         if (field.empty()) {
             ++mDescription.mChannels[i].mMissing;
         } else if (!parseTextNumber(field, mLayout.mDecimalSign, &mLastValues[i])) {
-            fail(fmt::format("a number in field {}, found \"{}\"", i + 2,
+            fail(fmt::format("a number in field {}, found \"{}\"", column + 1,
                              field.substr(0, base::kLongestExcerpt)));
         }
-        block->mValues[i][place] = mLastValues[i];
+        block->mValues[i][index] = mLastValues[i];
     }
 }
 
 void TextFileSource::finish()
 {
     mIsFinished = true;
+    if (!mTime.isTime()) {
+        throw base::CaseError(
+            fmt::format("{}: its time column \"{}\" falls again and again: expected a time that "
+                        "rises",
+                        mFile.name(), mLayout.mTimeName));
+    }
     for (const std::string& remark : mTime.remarks()) {
         mDescription.mRemarks.push_back(remark);
     }
@@ -149,7 +158,7 @@ void TextFileSource::fail(const std::string& expected) const
     throw base::CaseError(fmt::format("{}:{}: expected {}", mFile.name(), mLine, expected));
 }
 
-std::string whyNoTextFile(base::InputFile& file)
+std::string reasonNotTextFile(base::InputFile& file)
 {
     std::string reason;
     findTextLayout(linesOf(base::decodeText(firstLines(file), "").mText), &reason);

@@ -23,7 +23,7 @@ public:
 
 private:
     bool takeRow(std::string_view* line);
-    void readRow(std::string_view line, size_t place, waveform::SignalBlock* block);
+    void readRow(std::string_view line, size_t index, waveform::SignalBlock* block);
     void finish();
     [[noreturn]] void fail(const std::string& expected) const;
 
@@ -38,6 +38,6 @@ private:
 };
 
 /** Why the file is no such text file; empty when it is one. */
-std::string whyNoTextFile(base::InputFile& file);
+std::string reasonNotTextFile(base::InputFile& file);
 
 } // namespace textfile

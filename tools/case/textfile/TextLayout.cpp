@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <iterator>
 #include <utility>
 
 #include "base/Numbers.h"
 #include "base/Text.h"
+#include "textfile/TimeColumn.h"
 
 namespace textfile {
 
@@ -18,19 +18,6 @@ constexpr size_t kLongestNumber = 64;
 
 constexpr std::array<std::pair<char, const char*>, 4> kSeparators{
     {{';', "\";\""}, {'\t', "tabs"}, {',', "\",\""}, {' ', "blanks"}}};
-
-const std::array<std::pair<std::string_view, double>, 12> kTimeUnits{{{"", 1.0},
-                                                                      {"s", 1.0},
-                                                                      {"sec", 1.0},
-                                                                      {"seconds", 1.0},
-                                                                      {"second", 1.0},
-                                                                      {"msec", 1e-3},
-                                                                      {"ms", 1e-3},
-                                                                      {"us", 1e-6},
-                                                                      {"\xC2\xB5s", 1e-6},
-                                                                      {"\xCE\xBCs", 1e-6},
-                                                                      {"ns", 1e-9},
-                                                                      {"min", 60.0}}};
 
 std::string_view unquoted(std::string_view text)
 {
@@ -57,15 +44,17 @@ TextLayout::Column parseHeading(std::string_view text)
     return {std::string(text), ""};
 }
 
-/** Every field is a number or empty, as many as in the heading, and the first is one. */
+/** Every field is a number or empty, as many as in the heading, and not all are empty. */
 bool isRow(std::string_view line, char separator, char decimalSign, size_t count)
 {
     const auto fields = textFields(line, separator);
     double number = 0.0;
-    return fields.size() == count && parseTextNumber(fields[0], decimalSign, &number) &&
-           std::all_of(fields.begin(), fields.end(), [&](std::string_view field) {
-               return field.empty() || parseTextNumber(field, decimalSign, &number);
-           });
+    const auto isNumber = [&](std::string_view field) {
+        return parseTextNumber(field, decimalSign, &number);
+    };
+    return fields.size() == count && std::any_of(fields.begin(), fields.end(), isNumber) &&
+           std::all_of(fields.begin(), fields.end(),
+                       [&](std::string_view field) { return field.empty() || isNumber(field); });
 }
 
 /** The line before rows of numbers, of which some others may stand in front; none without rows. */
@@ -88,23 +77,25 @@ std::optional<size_t> findHeading(const std::vector<std::string>& lines, char se
     return std::nullopt;
 }
 
-/** In seconds; nothing for what is no unit of time. Case means nothing. */
-std::optional<double> timeUnit(std::string_view name)
-{
-    std::string lower(name);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) {
-        return static_cast<char>(c < 0x80 ? std::tolower(c) : c);
-    });
-    const auto* const unit =
-        std::find_if(kTimeUnits.begin(), kTimeUnits.end(),
-                     [&lower](const auto& known) { return known.first == lower; });
-    return unit == kTimeUnits.end() ? std::nullopt : std::optional(unit->second);
-}
-
 std::string_view withoutBrackets(std::string_view text)
 {
     const bool has = text.size() > 1 && (text.front() == '(' || text.front() == '[');
     return has ? text.substr(1, text.size() - 2) : text;
+}
+
+/** Whether a line holds the units of the names in the line before it: that of the time tells. */
+bool areUnits(const std::vector<std::string_view>& names,
+              const std::vector<std::string_view>& fields)
+{
+    if (names.size() != fields.size()) {
+        return false;
+    }
+    for (size_t i = 0; i < fields.size(); ++i) {
+        if ((i == 0 || saysTime(names[i])) && secondsInUnit(withoutBrackets(fields[i]))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /** The columns by their heading, or by two lines of names and of units. */
@@ -114,25 +105,33 @@ std::vector<TextLayout::Column> columnsOf(const std::vector<std::string>& lines,
     std::vector<TextLayout::Column> columns;
     const auto fields = textFields(lines[heading], separator);
     const auto names = textFields(lines[heading > 0 ? heading - 1 : 0], separator);
-    const std::string_view unit = withoutBrackets(fields[0]);
-    if (heading > 0 && names.size() == fields.size() && !unit.empty() && timeUnit(unit)) {
+    if (heading > 0 && areUnits(names, fields)) {
         for (size_t i = 0; i < fields.size(); ++i) {
             columns.push_back({std::string(names[i]), std::string(withoutBrackets(fields[i]))});
         }
         return columns;
     }
     std::transform(fields.begin(), fields.end(), std::back_inserter(columns), parseHeading);
+    for (size_t i = 0; i < columns.size(); ++i) {
+        splitTimeName(&columns[i], i == 0);
+    }
     return columns;
 }
 
-/** "time_ms" and "Time ms" have a unit. */
-void splitTimeName(TextLayout::Column* time)
+/** The numbers of the lines from `first` on; nothing for empty fields. */
+std::vector<std::vector<std::optional<double>>> rowsOf(const std::vector<std::string>& lines,
+                                                       size_t first, const TextLayout& layout)
 {
-    const size_t end = time->mName.find_last_of("_ ");
-    if (time->mUnit.empty() && end != std::string::npos && end + 1 < time->mName.size() &&
-        timeUnit(time->mName.substr(end + 1))) {
-        *time = {time->mName.substr(0, end), time->mName.substr(end + 1)};
+    std::vector<std::vector<std::optional<double>>> rows;
+    for (size_t i = first; i < lines.size(); ++i) {
+        std::vector<std::optional<double>>& row = rows.emplace_back();
+        for (const std::string_view field : textFields(lines[i], layout.mSeparator)) {
+            double number = 0.0;
+            const bool isNumber = parseTextNumber(field, layout.mDecimalSign, &number);
+            row.push_back(isNumber ? std::optional(number) : std::nullopt);
+        }
     }
+    return rows;
 }
 
 std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t heading,
@@ -143,16 +142,15 @@ std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t
     layout.mSeparator = separator;
     layout.mDecimalSign = decimalSign;
     layout.mColumns = columnsOf(lines, heading, separator);
-    TextLayout::Column time = layout.mColumns.front();
-    splitTimeName(&time);
-    layout.mColumns.erase(layout.mColumns.begin());
-    layout.mTimeName = time.mName;
-    const auto unit = timeUnit(time.mUnit);
-    if (!unit) {
-        *reason = fmt::format("the unit \"{}\" of its first column is none of time", time.mUnit);
+    const auto column = findTimeColumn(layout.mColumns, rowsOf(lines, heading + 1, layout), reason);
+    if (!column) {
         return std::nullopt;
     }
-    layout.mTimeSeconds = *unit;
+    const TextLayout::Column time = layout.mColumns[*column];
+    layout.mColumns.erase(layout.mColumns.begin() + static_cast<std::ptrdiff_t>(*column));
+    layout.mTimeColumn = *column;
+    layout.mTimeName = time.mName;
+    layout.mTimeSeconds = secondsInUnit(time.mUnit).value_or(1.0);
     layout.mHasTimeUnit = !time.mUnit.empty();
     return layout;
 }

@@ -13,6 +13,7 @@ struct TextLayout
     size_t mHeadingLines = 1; ///< before the first row, without empty ones
     char mSeparator = ',';    ///< a blank stands for any number of them
     char mDecimalSign = '.';
+    size_t mTimeColumn = 0; ///< index of the field that holds the time
     std::string mTimeName;
     double mTimeSeconds = 1.0; ///< what 1 in the time column is worth
     bool mHasTimeUnit = true;  ///< else seconds are assumed
@@ -21,7 +22,7 @@ struct TextLayout
         std::string mName;
         std::string mUnit; ///< from "U1 (kV)", "U1 [kV]", "U1/kV"; may be empty
     };
-    std::vector<Column> mColumns; ///< those behind the time
+    std::vector<Column> mColumns; ///< without the time
 };
 
 /**

@@ -37,6 +37,7 @@ public:
         } else {
             ++mRepeated;
         }
+        ++mCount;
         mStamp = stamp;
         mStampTime = mTime;
         return mTime;
@@ -48,6 +49,10 @@ public:
         mTime += mStep;
         return mTime;
     }
+
+    /** Whether the stamps are a time: a clock is set back now and then, but does not fall in more
+     * than one of ten steps. */
+    bool isTime() const { return mFalling * 10 < mCount || mFalling == 0; }
 
     /** What was odd, for the user. */
     std::vector<std::string> remarks() const
@@ -65,6 +70,7 @@ public:
 
 private:
     bool mIsFirst = true;
+    size_t mCount = 0; ///< of stamps
     Number mStamp = 0;       ///< the last one
     double mStampTime = 0.0; ///< time of the sample with it
     double mTime = 0.0;
