@@ -154,7 +154,8 @@ double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, d
 TEST(RecorderTest, TimesAreTakenAsTheyAre)
 {
     const ClosedForm signal;
-    for (const double ticks : {1e6, 1e3}) { // of the latter several samples have the same one
+    // Several samples have the same tick of a millisecond; those of 1.5 and 2.1 a step never do.
+    for (const double ticks : {1e6, 1e3, 7e3, 1e4}) {
         std::vector<double> seconds = uniformTimes(4800.0, 1.0);
         for (double& time : seconds) {
             time = std::floor(time * ticks) / ticks;
@@ -164,6 +165,14 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
         EXPECT_EQ(rounded.mTimes.stretches().size(), 1U);
         EXPECT_LE(errorBetween(signal, rounded, 0.1, 0.9), ClosedForm::kPeak * 1e-3);
     }
+
+    std::vector<double> halved = uniformTimes(4000.0, 0.5);
+    for (int i = 1; i <= 1'000; ++i) {
+        halved.push_back(0.5 + i / 2'000.0);
+    }
+    const resampling::SampleTimes ofTwoRates(halved, false);
+    EXPECT_EQ(ofTwoRates.stretches().size(), 2U);
+    EXPECT_EQ(ofTwoRates.clockTick(), 0.0);
 
     std::vector<double> changing = uniformTimes(4800.0, 0.5);
     const double change = changing.back();

@@ -60,8 +60,70 @@ SampleTimes::Stretch fitted(const std::vector<double>& seconds, size_t first, si
     return {first, last, seconds[first] + mean - middle * step, step};
 }
 
-/** Stamps of a coarse clock repeat: then a line may miss them by one of its ticks, and a bit for
- * rounding. */
+/** How often steps of two lengths occur, alone and behind one of the same length. */
+struct StepCounts
+{
+    size_t mShort = 0;
+    size_t mLong = 0;
+    size_t mShortPairs = 0;
+    size_t mLongPairs = 0;
+};
+
+bool isSameStep(double a, double b)
+{
+    constexpr double kRoundingOfStamps = 1e-3; ///< of a step
+    return std::abs(a - b) < kRoundingOfStamps * b;
+}
+
+StepCounts countSteps(const std::vector<double>& seconds, double shortStep, double longStep)
+{
+    StepCounts counts;
+    double before = 0.0;
+    for (size_t i = 1; i < seconds.size(); ++i) {
+        const double step = seconds[i] - seconds[i - 1];
+        const bool isPair = isSameStep(step, before);
+        if (isSameStep(step, shortStep)) {
+            ++counts.mShort;
+            counts.mShortPairs += isPair ? 1 : 0;
+        } else if (isSameStep(step, longStep)) {
+            ++counts.mLong;
+            counts.mLongPairs += isPair ? 1 : 0;
+        }
+        before = step;
+    }
+    return counts;
+}
+
+/**
+ * The tick of a coarse clock whose stamps never repeat, 0 for other stamps: nearly all steps are k
+ * or k + 1 ticks, both often, and one of them never twice in a row, as 3 and 4 ms of 300 samples a
+ * second. From 4 ticks on, kJitter covers one.
+ */
+double tickOfSteps(const std::vector<double>& seconds, double shortStep)
+{
+    constexpr double kMaxTicks = 4.0;
+    constexpr double kOften = 0.05;  ///< share of all steps; fewer long ones may be gaps
+    constexpr double kSeldom = 0.01; ///< likewise; more are another rate
+    double longStep = std::numeric_limits<double>::infinity();
+    for (size_t i = 1; i < seconds.size(); ++i) {
+        const double step = seconds[i] - seconds[i - 1];
+        longStep = isSameStep(step, shortStep) ? longStep : std::min(longStep, step);
+    }
+    const double tick = longStep - shortStep;
+    const double ticks = std::round(shortStep / tick);
+    if (!(ticks >= 1.0 && ticks < kMaxTicks) || !isSameStep(ticks * tick, shortStep)) {
+        return 0.0;
+    }
+    const StepCounts counts = countSteps(seconds, shortStep, longStep);
+    const auto steps = static_cast<double>(seconds.size() - 1);
+    const auto share = [steps](size_t count) { return static_cast<double>(count) / steps; };
+    const bool isCoarse = share(counts.mShort) > kOften && share(counts.mLong) > kOften &&
+                          share(counts.mShort + counts.mLong) > 1.0 - kOften &&
+                          share(std::min(counts.mShortPairs, counts.mLongPairs)) < kSeldom;
+    return isCoarse ? tick : 0.0;
+}
+
+/** Then a line may miss the stamps by one of the clock's ticks, and a bit for rounding. */
 double tickOf(const std::vector<double>& seconds)
 {
     double tick = std::numeric_limits<double>::infinity();
@@ -74,16 +136,19 @@ double tickOf(const std::vector<double>& seconds)
             doRepeat = true;
         }
     }
-    return doRepeat && std::isfinite(tick) ? tick * (1.0 + kRoundingOfSteps) : 0.0;
+    if (!std::isfinite(tick)) {
+        return 0.0;
+    }
+    return (doRepeat ? tick : tickOfSteps(seconds, tick)) * (1.0 + kRoundingOfSteps);
 }
 } // namespace
 
 SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
+    : mTick(areExact ? 0.0 : tickOf(seconds))
 {
-    const double tick = tickOf(seconds);
     for (size_t first = 0; first + 1 < seconds.size();) {
         const double step = seconds[first + 1] - seconds[first];
-        const double tolerance = std::max(tick, step * (areExact ? kRoundingOfSteps : kJitter));
+        const double tolerance = std::max(mTick, step * (areExact ? kRoundingOfSteps : kJitter));
         const size_t last = std::max(endOfLine(seconds, first, tolerance), first + 1);
         mStretches.push_back(areExact ? spanned(seconds, first, last)
                                       : fitted(seconds, first, last));

@@ -45,12 +45,16 @@ public:
     /** Place of the sample that is nearest to the time. */
     size_t nearestSample(double seconds) const;
 
+    /** The tick of a coarse clock in s, whose stamps lines replace; 0 for other clocks. */
+    double clockTick() const { return mTick; }
+
     double timeOf(size_t sample) const;
     size_t sampleCount() const { return mStretches.back().mLast + 1; }
     double begin() const { return mStretches.front().mStart; }
     double end() const { return mStretches.back().timeOf(mStretches.back().mLast); }
 
 private:
+    double mTick;
     std::vector<Stretch> mStretches; ///< never empty
 };
 
