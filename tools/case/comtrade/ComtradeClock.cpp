@@ -49,9 +49,9 @@ bool ComtradeClock::nextByStamp(qint64 stamp, double* seconds)
     return mSamples > 0 || hasStamp;
 }
 
-bool ComtradeClock::hasStoodStill() const
+bool ComtradeClock::tellsNoTime() const
 {
-    return mHeader.mRates.empty() && mSamples > 1 && mLastSeconds == 0.0;
+    return mHeader.mRates.empty() && mSamples > 1 && (mLastSeconds == 0.0 || !mStamped.isTime());
 }
 
 void ComtradeClock::compare(qint64 stamp, double seconds)

@@ -25,8 +25,8 @@ public:
      */
     bool stamp(const ComtradeBlock& block, double* seconds);
 
-    /** Whether, without a rate, no stamp has risen over several samples. */
-    bool hasStoodStill() const;
+    /** Whether, without a rate, the stamps tell no time: none has risen, or too many fall. */
+    bool tellsNoTime() const;
 
     /** Samples so far. */
     size_t samples() const { return mSamples; }

@@ -77,7 +77,7 @@ bool ComtradeSource::read(waveform::SignalBlock& block)
     mRecords->read(mBlockSamples, &mBlock, &block.mValues);
     block.resize(mLastValues.size(), mBlock.size());
     const bool isTold = mClock.stamp(mBlock, block.mSeconds.data());
-    if (!isTold || (block.size() == 0 && mClock.hasStoodStill())) {
+    if (!isTold || (block.size() == 0 && mClock.tellsNoTime())) {
         throw base::CaseError(mParts.mData->name() +
                               ": expected time stamps that rise, from the first "
                               "record on, since the configuration tells no rate");

@@ -50,9 +50,11 @@ public:
         return mTime;
     }
 
-    /** Whether the stamps are a time: a clock is set back now and then, but does not fall in more
-     * than one of ten steps. */
-    bool isTime() const { return mFalling * 10 < mCount || mFalling == 0; }
+    /** Whether the stamps are a time: a clock may be set back once, or in one of ten steps. */
+    bool isTime() const
+    {
+        return mFalling == 0 || mFalling * 10 < mCount || (mFalling == 1 && mTime > 0.0);
+    }
 
     /** What was odd, for the user. */
     std::vector<std::string> remarks() const
@@ -70,7 +72,7 @@ public:
 
 private:
     bool mIsFirst = true;
-    size_t mCount = 0; ///< of stamps
+    size_t mCount = 0;       ///< of stamps
     Number mStamp = 0;       ///< the last one
     double mStampTime = 0.0; ///< time of the sample with it
     double mTime = 0.0;
