@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <functional>
+
 #include "ClosedForm.h"
 #include "CommandRunner.h"
 #include "Files.h"
@@ -83,14 +85,20 @@ Imported import(const ClosedForm& signal, double seconds, const importing::Impor
     return imported;
 }
 
-std::string errorOf(const importing::ImportOptions& options)
+/** The message of what is thrown; empty for none. */
+std::string errorOf(const std::function<void()>& act)
 {
     try {
-        import({}, 0.5, options);
+        act();
     } catch (const base::CaseError& error) {
         return error.what();
     }
     return "";
+}
+
+std::string errorOf(const importing::ImportOptions& options)
+{
+    return errorOf([&] { import({}, 0.5, options); });
 }
 } // namespace
 
@@ -215,6 +223,24 @@ TEST(ImportTest, NominalFrequencyIsFound)
         source.mDescription.mNominalHz = nominal;
         base::ResultFile output(files.path("case.csv"));
         EXPECT_THAT(importing::importSignal(source, {}, output).mRemarks, Contains(remark));
+    }
+}
+
+/** Where fewer than four samples are a period, whatever the format. */
+TEST(ImportTest, WhatShowsNoWaveformIsRefused)
+{
+    const TestFiles files;
+    for (const auto& [rate, isGood] : {std::pair{200.0, true}, {190.0, false}, {1.0, false}}) {
+        for (const bool isStamped : {false, true}) {
+            ClosedFormSource source({}, rate, 1.0);
+            if (isStamped) {
+                source.mDescription.mRates.clear();
+            }
+            base::ResultFile output(files.path("case.csv"));
+            const std::string error = errorOf([&] { importing::importSignal(source, {}, output); });
+            EXPECT_EQ(error.empty(), isGood) << rate << error;
+            EXPECT_THAT(error, HasSubstr(isGood ? "" : "samples a period of 50 Hz from 0 to"));
+        }
     }
 }
 

@@ -9,18 +9,13 @@
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "importing/Fundamental.h"
+#include "importing/TimeCheck.h"
 
 namespace importing {
 
 namespace {
 /** More than anybody plays: stamps or a rate that lie. 55 h at 50 Hz. */
 constexpr double kMaxPeriods = 1e7;
-
-/** A recorder of waves takes more samples of a period. */
-constexpr double kFewSamples = 20.0;
-
-/** A shorter stretch of samples is a gap. */
-constexpr size_t kShortestStretch = 16;
 
 /** Times that are the same but for rounding, in s. */
 constexpr double kBehindTheEnd = 1e-9;
@@ -36,70 +31,6 @@ void limitRange(ImportPlan& plan, const waveform::SignalDescription& description
         throw base::CaseError(
             fmt::format("{}: from {:g} s to {:g} s: expected a part of {:g} to {:g} s",
                         description.mFileName, plan.mFrom, plan.mTo, times.begin(), times.end()));
-    }
-}
-
-void remarkRate(ImportPlan& plan, const waveform::SignalDescription& description,
-                const resampling::SampleTimes& times)
-{
-    if (description.mNominalHz > 0.0) {
-        return; // who reads it has seen that
-    }
-    double slowest = 0.0;
-    for (const resampling::SampleTimes::Stretch& stretch : times.stretches()) {
-        if (stretch.sampleCount() >= kShortestStretch) {
-            slowest = std::max(slowest, stretch.mStep);
-        }
-    }
-    const double samples = slowest > 0.0 ? 1.0 / (slowest * plan.mNominalHz) : kFewSamples;
-    if (samples < kFewSamples) {
-        plan.mRemarks.push_back(fmt::format(
-            "{:.3g} samples a period only: the recording has been filtered or thinned", samples));
-    }
-}
-
-/** Distances of samples, by their places, that are wider than the steps before (or behind). */
-std::vector<size_t> gapsIn(const std::vector<double>& seconds, const resampling::SampleTimes& times)
-{
-    constexpr double kMinSteps = 1.75;
-    const auto isLong = [](const resampling::SampleTimes::Stretch& stretch) {
-        return stretch.sampleCount() >= kShortestStretch;
-    };
-    const auto& stretches = times.stretches();
-    const auto steady = std::find_if(stretches.begin(), stretches.end(), isLong);
-    std::vector<size_t> gaps;
-    double step = steady != stretches.end() ? steady->mStep : HUGE_VAL;
-    for (const resampling::SampleTimes::Stretch& stretch : stretches) {
-        if (isLong(stretch)) {
-            step = stretch.mStep;
-            continue;
-        }
-        for (size_t i = stretch.mFirst; i < stretch.mLast; ++i) {
-            if (seconds[i + 1] - seconds[i] > kMinSteps * step) {
-                gaps.push_back(i);
-            }
-        }
-    }
-    return gaps;
-}
-
-/** Where time stamps alone tell the time, some may be missing. */
-void remarkGaps(ImportPlan& plan, const std::vector<double>& seconds,
-                const resampling::SampleTimes& times)
-{
-    constexpr size_t kMaxGaps = 5;
-    std::vector<size_t> gaps = gapsIn(seconds, times);
-    gaps.erase(std::remove_if(gaps.begin(), gaps.end(),
-                              [&](size_t gap) {
-                                  return seconds[gap + 1] <= plan.mFrom || seconds[gap] >= plan.mTo;
-                              }),
-               gaps.end());
-    for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
-        plan.mRemarks.push_back(fmt::format("no samples from {:.6f} to {:.6f} s: bridged",
-                                            seconds[gaps[i]], seconds[gaps[i] + 1]));
-    }
-    if (gaps.size() > kMaxGaps) {
-        plan.mRemarks.push_back(fmt::format("and {} more such gaps", gaps.size() - kMaxGaps));
     }
 }
 
@@ -186,10 +117,9 @@ ImportPlan planImport(const waveform::SignalDescription& description,
     plan.mNominalHz = fundamental.mNominalHz;
     plan.mTrack = std::move(fundamental.mTrack);
     plan.mRemarks = std::move(fundamental.mRemarks);
-    remarkRate(plan, description, times);
-    if (description.mRates.empty()) {
-        remarkGaps(plan, recorded.mSeconds, times);
-    }
+    const auto remarks =
+        checkTimes(description, recorded.mSeconds, times, {plan.mFrom, plan.mTo}, plan.mNominalHz);
+    plan.mRemarks.insert(plan.mRemarks.end(), remarks.begin(), remarks.end());
     schedule(plan, fundamental.mWhyNoTrack, options);
     plan.mFirstPeriod = plan.periodFrom(plan.mFrom);
     plan.mLastPeriod = plan.periodFrom(plan.mTo - 1.0 / plan.mNominalHz);

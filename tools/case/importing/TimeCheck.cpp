@@ -1,0 +1,135 @@
+#include "importing/TimeCheck.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/CaseError.h"
+
+namespace importing {
+
+namespace {
+using Stretch = resampling::SampleTimes::Stretch;
+
+/** Fewer samples of a period do not show its shape, nor its harmonics. */
+constexpr double kMinSamples = 4.0;
+constexpr double kRoundingOfSamples = 1e-3;
+
+/** A recorder of waveforms takes more samples of a period. */
+constexpr double kFewSamples = 20.0;
+
+/** A shorter run of equal steps is a gap. */
+constexpr size_t kMinRunSamples = 16;
+
+bool isLong(const Stretch& run)
+{
+    return run.sampleCount() >= kMinRunSamples;
+}
+
+double endOf(const Stretch& run)
+{
+    return run.timeOf(run.mLast);
+}
+
+[[noreturn]] void refuse(const waveform::SignalDescription& description, double samples,
+                         const TimeRange& range, double nominalHz)
+{
+    throw base::CaseError(fmt::format(
+        "{}: {:.3g} samples a period of {:.4g} Hz from {:g} to {:g} s: that is no waveform; "
+        "expected at least {:g}, and the time in its unit",
+        description.mFileName, samples, nominalHz, range.mFrom, range.mTo, kMinSamples));
+}
+
+/** Samples a period where they are fewest; a gap is not looked at. */
+double expectWaveform(const waveform::SignalDescription& description,
+                      const resampling::SampleTimes& times, const TimeRange& range,
+                      double nominalHz)
+{
+    double fewest = HUGE_VAL;
+    for (const Stretch& run : times.stretches()) {
+        const TimeRange part{std::max(run.mStart, range.mFrom), std::min(endOf(run), range.mTo)};
+        const double samples = 1.0 / (run.mStep * nominalHz);
+        const bool isPeriod = (part.mTo - part.mFrom) * nominalHz > 1.0;
+        if (isLong(run) && isPeriod && samples < kMinSamples - kRoundingOfSamples) {
+            refuse(description, samples, part, nominalHz);
+        }
+        fewest = isLong(run) && part.mFrom < part.mTo ? std::min(fewest, samples) : fewest;
+    }
+    if (std::isfinite(fewest)) {
+        return fewest;
+    }
+    const size_t count = times.nearestSample(range.mTo) - times.nearestSample(range.mFrom);
+    const double samples = static_cast<double>(count) / ((range.mTo - range.mFrom) * nominalHz);
+    if (samples < kMinSamples - kRoundingOfSamples) {
+        refuse(description, samples, range, nominalHz);
+    }
+    return samples;
+}
+
+/** Distances of samples, by their index, that are wider than the steps before (or behind). */
+std::vector<size_t> gapsIn(const std::vector<double>& seconds, const resampling::SampleTimes& times)
+{
+    constexpr double kMinSteps = 1.75;
+    const auto& runs = times.stretches();
+    const auto steady = std::find_if(runs.begin(), runs.end(), isLong);
+    std::vector<size_t> gaps;
+    double step = steady != runs.end() ? steady->mStep : HUGE_VAL;
+    for (const Stretch& run : runs) {
+        if (isLong(run)) {
+            step = run.mStep;
+            continue;
+        }
+        for (size_t i = run.mFirst; i < run.mLast; ++i) {
+            if (seconds[i + 1] - seconds[i] > kMinSteps * step) {
+                gaps.push_back(i);
+            }
+        }
+    }
+    return gaps;
+}
+
+/** Where time stamps alone tell the time, some may be missing. */
+void remarkGaps(const std::vector<double>& seconds, const resampling::SampleTimes& times,
+                const TimeRange& range, std::vector<std::string>* remarks)
+{
+    constexpr size_t kMaxGaps = 5;
+    std::vector<size_t> gaps = gapsIn(seconds, times);
+    const auto isOutside = [&](size_t gap) {
+        return seconds[gap + 1] <= range.mFrom || seconds[gap] >= range.mTo;
+    };
+    gaps.erase(std::remove_if(gaps.begin(), gaps.end(), isOutside), gaps.end());
+    for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
+        remarks->push_back(fmt::format("no samples from {:.6f} to {:.6f} s: bridged",
+                                       seconds[gaps[i]], seconds[gaps[i] + 1]));
+    }
+    if (gaps.size() > kMaxGaps) {
+        remarks->push_back(fmt::format("and {} more such gaps", gaps.size() - kMaxGaps));
+    }
+}
+} // namespace
+
+std::vector<std::string> checkTimes(const waveform::SignalDescription& description,
+                                    const std::vector<double>& seconds,
+                                    const resampling::SampleTimes& times, const TimeRange& range,
+                                    double nominalHz)
+{
+    std::vector<std::string> remarks;
+    const double samples = expectWaveform(description, times, range, nominalHz);
+    // Where the recording tells its frequency, its reader has said so.
+    if (description.mNominalHz == 0.0 && samples < kFewSamples) {
+        remarks.push_back(fmt::format(
+            "{:.3g} samples a period only: the recording has been filtered or thinned", samples));
+    }
+    if (description.mRates.empty()) {
+        if (times.clockTick() > 0.0) {
+            remarks.push_back(fmt::format(
+                "time stamps of a coarse clock, {:.3g} ms: the straight line through them is taken",
+                times.clockTick() * 1e3));
+        }
+        remarkGaps(seconds, times, range, &remarks);
+    }
+    return remarks;
+}
+
+} // namespace importing
