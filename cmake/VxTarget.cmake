@@ -2,14 +2,18 @@
 #
 # vx_target(<target>): C++17 without extensions; warnings, which our presets make errors; source paths
 # in log locations relative to the project, so that a build does not depend on where it was made; file
-# sizes of 64 bits on every target.
+# sizes and times of 64 bits on every target, also for whoever uses its headers: a 32-bit build would
+# otherwise end in January 2038.
 #
 # Two warnings are off: a change of sign is no conversion to g++, so it is none to clang; and g++ takes
 # what a unity build joins for headers, where it warns of classes that are made of local ones.
 function(vx_target target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
-  target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
+  target_compile_definitions(${target} PUBLIC _FILE_OFFSET_BITS=64)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_definitions(${target} PUBLIC _TIME_BITS=64)
+  endif()
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wno-sign-conversion -Wshadow
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>

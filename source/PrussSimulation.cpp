@@ -3,7 +3,9 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -112,6 +114,7 @@ bool PrussSimulation::init()
         openFile(mR2hFile, QIODevice::WriteOnly);
     if (ok) {
         mSimTime = TimeUtils::currentTime();
+        mPacedTo = mSimTime;
     }
     return ok;
 }
@@ -160,7 +163,7 @@ qint32 PrussSimulation::writeSamples(InputValues& values)
     return exhausted ? 1 : 0;
 }
 
-/** Reports as its caller, whose location it gets; as do writeBlock() and pace(). */
+/** Reports as its caller, whose location it gets; as do the others that get one. */
 bool PrussSimulation::isReady(const log4cxx::spi::LocationInfo& location) const
 {
     const char* problem = nullptr;
@@ -281,16 +284,33 @@ bool PrussSimulation::writeBlock(qint64 samples, const log4cxx::spi::LocationInf
 /** Sleeps away the lead of the samples; gives up the simulated clock when it is far off. */
 void PrussSimulation::pace(const log4cxx::spi::LocationInfo& location)
 {
-    const timespec wallClock = TimeUtils::currentTime();
+    timespec wallClock = mPacedTo;
+    const bool isRead = readWallClock(&wallClock, location);
     const qint64 lead = microsecondsBetween(wallClock, mSimTime);
     const qint64 drift = static_cast<qint64>(mSimTime.tv_sec) - wallClock.tv_sec;
-    if (std::abs(drift) > kLargestDriftSeconds) {
+    if (isRead && std::abs(drift) > kLargestDriftSeconds) {
         mSimTime = wallClock;
         logInfo(mLogger, location, [] { return "Zeit angepasst"; });
     }
     if (lead > kShortestSleepMicroseconds) {
         sleepMicroseconds(lead);
     }
+    mPacedTo = mSimTime;
+}
+
+/** A failure leaves *wallClock as it is and is told once, until a reading succeeds again. */
+bool PrussSimulation::readWallClock(timespec* wallClock, const log4cxx::spi::LocationInfo& location)
+{
+    const bool isRead = clock_gettime(CLOCK_REALTIME, wallClock) == 0;
+    if (!isRead && !mIsClockBroken) {
+        const int error = errno;
+        logError(mLogger, location, [error] {
+            return std::string("wall clock cannot be read, paced by the samples alone: ") +
+                   std::strerror(error);
+        });
+    }
+    mIsClockBroken = !isRead;
+    return isRead;
 }
 
 void PrussSimulation::writeSideRecords()

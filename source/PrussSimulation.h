@@ -36,7 +36,8 @@ public:
     /**
      * Writes the next block of at most 360 items and, on every eleventh block, sleeps while the
      * samples are ahead of the wall clock and rewrites the f2h and r2h records. The items get
-     * their time stamps.
+     * their time stamps. While the wall clock cannot be read, which one ERROR tells, it sleeps for
+     * what it has played since the last time.
      *
      * Requires: init() was true; values.resetIterator() was called.
      * @return 1 when the input is exhausted, 0 when items may remain, -1 after an ERROR when the
@@ -71,6 +72,7 @@ private:
     void advanceClock();
     void passTenSecondMark();
     bool writeBlock(qint64 samples, const log4cxx::spi::LocationInfo& location);
+    bool readWallClock(timespec* wallClock, const log4cxx::spi::LocationInfo& location);
     void pace(const log4cxx::spi::LocationInfo& location);
     void writeSideRecords();
 
@@ -85,6 +87,8 @@ private:
     SampleRecord mR2hRecord;
     timespec mSimTime; ///< time stamp of the last sample written
 
+    timespec mPacedTo{};         ///< the simulated time at the last pacing, at first at init()
+    bool mIsClockBroken = false; ///< the last reading of the wall clock failed
     quint64 mSamplesWritten = 0;
     std::array<SampleRecord, kSamplesPerPeriod> mBlock;
 

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <tuple>
 
 #include "AllocationCounter.h"
@@ -126,6 +128,44 @@ TEST_F(PacingTest, StreamIsInStepAgainAfterTheClockHasJumped)
         }
         EXPECT_EQ(mLog.take(), Lines(it.mAdjusted, "INFO Zeit angepasst"));
         EXPECT_LE(std::abs(longest - it.mSilence - kRound), kRound) << longest;
+    }
+}
+
+/** The seconds of the records are unsigned, so the stream is in order up to 2106. */
+TEST_F(PacingTest, PlaysAcrossTheEndOf32BitTime)
+{
+    constexpr quint32 kEnd = 0x8000'0000; // 2038-01-19 03:14:08 UTC
+    mSystem.mRealtime = {qint64{kEnd} - 1, 0};
+    startWriter();
+    qint64 stamp = now();
+    playBlocks(11 * 20);
+    for (const SampleRecord& record : TestDevice::records()) {
+        ASSERT_EQ(stampOf(record), stamp += kStepOf50Hz);
+    }
+    EXPECT_GT(stamp, (qint64{kEnd} + 2) * kSecond);
+    EXPECT_LE(std::abs(now() - stamp), kRound);
+    EXPECT_EQ(mSystem.mSleeps.size(), 20U);
+    EXPECT_EQ(mLog.take(), Lines{}) << "the clock is not adjusted";
+    EXPECT_GE(TestDevice::words(kR2hPath).at(0), kEnd + 2);
+    EXPECT_EQ(TestDevice::words(kF2hPath).at(1), kEnd + 2) << "a multiple of ten seconds";
+}
+
+TEST_F(PacingTest, WallClockThatCannotBeReadIsToldOnceAndPacedWithout)
+{
+    playRound();
+    for (const int error : {EOVERFLOW, 0, EPERM}) {
+        mSystem.mClockError = error;
+        mSystem.mSleeps.clear();
+        for (int round = 0; round < 5; ++round) {
+            playRound();
+        }
+        for (const qint64 sleep : mSystem.mSleeps) {
+            EXPECT_LE(std::abs(sleep - kRound), 1'000'000) << error;
+        }
+        EXPECT_EQ(mSystem.mSleeps.size(), 5U);
+        const Lines told{"ERROR wall clock cannot be read, paced by the samples alone: " +
+                         std::string(std::strerror(error))};
+        EXPECT_EQ(mLog.take(), error == 0 ? Lines{} : told);
     }
 }
 

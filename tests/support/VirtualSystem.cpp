@@ -14,6 +14,13 @@ constexpr qint64 kNanosecondsASecond = 1'000'000'000;
 constexpr qint64 kMicrosecondsPerSecond = 1'000'000;
 constexpr qint64 kNanosecondsPerMicrosecond = 1000;
 
+/** The kernel's call for our timespec, whose seconds have 64 bits. */
+#ifdef SYS_clock_gettime64
+constexpr long kClockCall = SYS_clock_gettime64;
+#else
+constexpr long kClockCall = SYS_clock_gettime;
+#endif
+
 /** Constant-initialised: static constructors read the clock before any object can live. */
 VirtualSystem* gSystem = nullptr;
 
@@ -78,7 +85,10 @@ void VirtualSystem::advance(qint64 nanoseconds)
 extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept
 {
     if (gSystem == nullptr || (clock != CLOCK_REALTIME && clock != CLOCK_MONOTONIC)) {
-        return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+        return static_cast<int>(syscall(kClockCall, clock, now));
+    }
+    if (clock == CLOCK_REALTIME && gSystem->mClockError != 0) {
+        return fail(gSystem->mClockError);
     }
     *now = clock == CLOCK_REALTIME ? gSystem->mRealtime : gSystem->mMonotonic;
     if (clock == CLOCK_REALTIME) {
@@ -108,6 +118,47 @@ extern "C" int nanosleep(const timespec* request, timespec* remaining)
     gSystem->advance(wanted + gSystem->mOversleep);
     return 0;
 }
+
+#ifdef __USE_TIME_BITS64
+namespace {
+/** What a library hands over that was built with a time of 32 bits. */
+struct ShortTimespec
+{
+    qint32 mSeconds;
+    qint32 mNanoseconds;
+};
+
+ShortTimespec shortened(const timespec& time)
+{
+    return {static_cast<qint32>(time.tv_sec), static_cast<qint32>(time.tv_nsec)};
+}
+} // namespace
+
+extern "C" int shortClockGettime(clockid_t clock, ShortTimespec* now) noexcept
+    __asm__("clock_gettime");
+extern "C" int shortNanosleep(const ShortTimespec* request,
+                              ShortTimespec* remaining) __asm__("nanosleep");
+
+extern "C" int shortClockGettime(clockid_t clock, ShortTimespec* now) noexcept
+{
+    timespec time{};
+    const int result = clock_gettime(clock, &time);
+    *now = shortened(time);
+    const bool fits = now->mSeconds == time.tv_sec;
+    return result == 0 && !fits ? fail(EOVERFLOW) : result;
+}
+
+extern "C" int shortNanosleep(const ShortTimespec* request, ShortTimespec* remaining)
+{
+    const timespec wanted{request->mSeconds, request->mNanoseconds};
+    timespec left{};
+    const int result = nanosleep(&wanted, &left);
+    if (result != 0 && remaining != nullptr) {
+        *remaining = shortened(left);
+    }
+    return result;
+}
+#endif
 
 /** The program uses the read set only. */
 extern "C" int select(int count, fd_set* readSet, fd_set*, fd_set*, timeval* timeout)

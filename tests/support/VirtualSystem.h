@@ -14,7 +14,9 @@ timespec fromNanoseconds(qint64 nanoseconds);
 /**
  * The system calls that tell time, wait, read and write, as a test wants them. The test program
  * defines clock_gettime, nanosleep, select, read and write itself; while a VirtualSystem
- * lives, they do what its members say, and otherwise they go to the kernel unchanged.
+ * lives, they do what its members say, and otherwise they go to the kernel unchanged. On a 32-bit
+ * target they stand for the functions with a time of 64 bits, which our code calls, and for those
+ * with a time of 32 bits, which Qt calls.
  *
  * Virtual time passes only in advance(), in sleeps and in waits. The functions may throw in order
  * to leave an endless loop. At most one object at a time; all calls from one thread.
@@ -33,6 +35,7 @@ public:
     timespec mRealtime{1'700'000'005, 0};
     timespec mMonotonic{5000, 0};
     qint64 mTickPerReading = 0; ///< ns that pass after each reading of the wall clock
+    int mClockError = 0;        ///< the errno that every reading of the wall clock fails with
 
     std::vector<qint64> mSleeps;        ///< ns that each nanosleep() asked for
     std::deque<qint64> mInterruptSleep; ///< the next sleeps end with EINTR after so many ns
