@@ -48,24 +48,37 @@ protected:
     }
 };
 
-TEST_F(SimulatorTest, LoadsValueFilesInOrderUpToAGap)
+TEST_F(SimulatorTest, LoadsValueFilesInOrderUpToTheFirstFailureOrGap)
 {
-    const std::tuple<const char*, const char*, bool> kCases[] = {
-        {"1,1,b\n0,0,a\n2,1,c\n0,1,e\n", "aebc", true},
-        {"0,1,a\n2,1,a\n", "a", false},
-        {"1,1,a\n", "", false}};
-    for (const auto& [config, parsed, ok] : kCases) {
+    writeFile("bad", "1;2\n");
+    const std::string kOpened = "INFO Total 1 lines parsed.";
+    const std::string kGap = "ERROR no configuration found.";
+    const Lines kBad{"INFO Parsing bad'.",
+                     "ERROR bad:1: Wrong number of parameter. Expected: 13, found 2: 1;2",
+                     "ERROR Problem while handling line. abort.", kOpened};
+    const Lines kMissing{"INFO Parsing none'.",
+                         "FATAL openFileInternal() : Das I/O-Device 'none' existiert nicht.",
+                         "ERROR could not open file: none"};
+    const Lines kA{"INFO Parsing a'.", kOpened};
+    const std::pair<const char*, Lines> kCases[] = {
+        {"", {"INFO All data files parsed."}},
+        {"1,1,b\n0,0,a\n1,1,e\n",
+         {"INFO Parsing a'.", kOpened, "INFO Parsing b'.", kOpened, "INFO Parsing e'.", kOpened,
+          "INFO All data files parsed."}},
+        {"0,1,a\n2,1,a\n", joined(kA, {kGap})},
+        {"1,1,a\n", {kGap}},
+        // Nothing is read behind a failure, and gaps are still reported.
+        {"0,1,a\n0,1,bad\n0,1,a\n1,1,a\n", joined(kA, kBad)},
+        {"0,1,none\n0,1,a\n1,1,none\n", kMissing},
+        {"0,1,bad\n1,1,a\n3,1,a\n", joined(kBad, {kGap})},
+        {"0,1,none\n2,1,a\n", joined(kMissing, {kGap})}};
+    for (const auto& [config, messages] : kCases) {
         restart();
         ASSERT_TRUE(loadConfig(config));
         mLog.take();
-        EXPECT_EQ(mSimulator->loadDataFiles(), ok) << config;
-        Lines expected;
-        for (const char* file = parsed; *file != 0; ++file) {
-            expected.push_back(std::string("INFO Parsing ") + *file + "'.");
-            expected.emplace_back("INFO Total 1 lines parsed.");
-        }
-        expected.emplace_back(ok ? "INFO All data files parsed." : "ERROR no configuration found.");
-        EXPECT_EQ(mLog.take(), expected) << config;
+        const bool isGood = messages.back() == "INFO All data files parsed.";
+        EXPECT_EQ(mSimulator->loadDataFiles(), isGood) << config;
+        EXPECT_EQ(mLog.take(), messages) << config;
     }
 }
 

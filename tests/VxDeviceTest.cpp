@@ -153,9 +153,27 @@ TEST_F(VxDeviceTest, ClassifiesReadErrorsAndReportsEachOnce)
         system.mReadFault = readError;
         char byte = 0;
         EXPECT_EQ(mDevice.readContinuous(size, &byte, 10), code);
+        for (const LogEvent& event : mLog.mEvents) {
+            EXPECT_EQ(event.mOrigin,
+                      "VxDevice externals/utils/source/VxDevice.cpp VxDevice::readContinuous");
+        }
         EXPECT_EQ(mLog.take(), messages);
         system.mReadFault = 0;
         system.mNextSelectError = 0;
+    }
+}
+
+TEST_F(VxDeviceTest, EachReadErrorHasItsText)
+{
+    const char* const kTexts[] = {"no Error",
+                                  "unspecific Error",
+                                  "timeout Error",
+                                  "driver Ringbuffer Overflow Error",
+                                  "Linux Signal received",
+                                  "unknown Error"};
+    for (int code = 0; code < static_cast<int>(std::size(kTexts)); ++code) {
+        EXPECT_EQ(mDevice.readErrorString(static_cast<VxDevice::ReadError>(code)).toStdString(),
+                  kTexts[code]);
     }
 }
 
@@ -167,8 +185,7 @@ TEST_F(VxDeviceTest, EndOfFileIsUnspecificWhateverErrnoHeld)
         ASSERT_TRUE(device.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
         std::string buffer(20, '.');
         errno = stale;
-        const VxDevice::ReadError code = device.readContinuous(20, buffer.data(), 10);
-        EXPECT_EQ(device.readErrorString(code), QStringLiteral("unspecific Error"));
+        EXPECT_EQ(device.readContinuous(20, buffer.data(), 10), VxDevice::UnspecificError);
         EXPECT_EQ(buffer, "0123456789..........");
         EXPECT_THAT(mLog.take(), ElementsAre(EndsWith("short : End of file")));
     }
