@@ -7,9 +7,12 @@
 namespace base {
 
 inline constexpr double kPi = 3.14159265358979323846;
+inline constexpr double kTwoPi = 2.0 * kPi;
 inline constexpr double kRadiansPerDegree = kPi / 180.0;
 
 inline constexpr double kSecondsPerNanosecond = 1e-9;
+inline constexpr double kSecondsPerMicrosecond = 1e-6;
+inline constexpr double kNanosecondsPerSecond = 1e9;
 
 /** The text without blanks, tabs and carriage returns at its ends. */
 inline std::string_view trimmed(std::string_view text)

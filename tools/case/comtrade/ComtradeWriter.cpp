@@ -6,10 +6,11 @@
 #include <cmath>
 #include <cstring>
 
+#include "base/Numbers.h"
+
 namespace comtrade {
 
 namespace {
-constexpr double kMicrosecond = 1e-6;
 constexpr char kLineEnd[] = "\r\n";
 
 /** Commas and line ends would begin another field. */
@@ -66,7 +67,7 @@ std::string comtradeConfigText(const ComtradeHeader& header)
     text += fmt::format("{}{}", header.mNominalHz, kLineEnd) + rateLines(header);
     text += timeLine(header.mStartTime) + kLineEnd + timeLine(header.mTriggerTime) + kLineEnd;
     text += fmt::format("{}{}{}{}", nameOf(header.mKind), kLineEnd,
-                        header.mStampSeconds / kMicrosecond, kLineEnd);
+                        header.mStampSeconds / base::kSecondsPerMicrosecond, kLineEnd);
     // UTC; nothing is known of the clock, nor of leap seconds.
     return text + "0,0" + kLineEnd + "F,3" + kLineEnd;
 }

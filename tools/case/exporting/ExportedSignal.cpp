@@ -8,13 +8,12 @@
 #include "SampleRecord.h"
 #include "SampleStep.h"
 #include "base/CaseError.h"
+#include "base/Numbers.h"
 #include "input/OpenInput.h"
 
 namespace exporting {
 
 namespace {
-
-constexpr double kToNanoseconds = 1e9;
 
 /** So many rates are told; time stamps tell what changes more often. */
 constexpr size_t kMaxRates = 999;
@@ -37,7 +36,7 @@ public:
     void add(double seconds)
     {
         if (mSamples > 0) {
-            addStep(std::llround((seconds - mLastSeconds) * kToNanoseconds));
+            addStep(std::llround((seconds - mLastSeconds) * base::kNanosecondsPerSecond));
         }
         mLastSeconds = seconds;
         ++mSamples;
@@ -67,7 +66,7 @@ private:
         if (!mRates.empty()) {
             mRates.back().mLastSample = mSamples - 1;
         }
-        mRates.push_back({kToNanoseconds / static_cast<double>(stepNs), 0});
+        mRates.push_back({base::kNanosecondsPerSecond / static_cast<double>(stepNs), 0});
     }
 
     size_t mSamples = 0;
@@ -85,7 +84,8 @@ double frequencyOf(const waveform::SignalDescription& description, qint64 stepNs
         return std::stod(fmt::format("{}", told));
     }
     const double hz =
-        stepNs > 0 ? kToNanoseconds / kSamplesPerPeriod / static_cast<double>(stepNs) : 0.0;
+        stepNs > 0 ? base::kNanosecondsPerSecond / kSamplesPerPeriod / static_cast<double>(stepNs)
+                   : 0.0;
     return std::round(hz * 100.0) / 100.0;
 }
 } // namespace

@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "SampleRecord.h"
+#include "base/Numbers.h"
 #include "comtrade/ComtradeWriter.h"
 #include "textfile/TextWriter.h"
 
@@ -17,7 +18,6 @@ namespace {
 constexpr int kVoltages = 4; ///< the first channels; the others are currents
 constexpr std::array<const char*, kChannelCount> kNames{"UA", "UB", "UC", "UN",
                                                         "IA", "IB", "IC", "IN"};
-constexpr double kMicrosecond = 1e-6;
 
 QString suffixOf(const std::string& name)
 {
@@ -63,16 +63,16 @@ std::string startTime(const std::string& text, double skippedSeconds)
     }
     const double whole = std::floor(seconds);
     time = time.addSecs(static_cast<qint64>(whole));
-    const auto microseconds = static_cast<int>((seconds - whole) / kMicrosecond);
+    const auto microseconds = static_cast<int>((seconds - whole) / base::kSecondsPerMicrosecond);
     return fmt::format("{}.{:06}", time.toString("yyyy-MM-dd hh:mm:ss").toStdString(),
                        microseconds);
 }
 
-/** What one is worth in a time stamp, so that the last one fits 32 bits. */
+/** Seconds of one unit of the time stamps, so that the last stamp fits 32 bits. */
 double stampSeconds(double seconds)
 {
-    const double most = std::numeric_limits<quint32>::max() * kMicrosecond;
-    return std::max(1.0, std::ceil(seconds / most)) * kMicrosecond;
+    const double max = std::numeric_limits<quint32>::max() * base::kSecondsPerMicrosecond;
+    return std::max(1.0, std::ceil(seconds / max)) * base::kSecondsPerMicrosecond;
 }
 
 comtrade::ComtradeHeader headerOf(const ExportOptions& options,

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/Sums.h"
+
 namespace resampling {
 
 namespace {
@@ -20,23 +22,6 @@ constexpr double kKernelTolerance = 0.9;
 
 /** How near an instant is to a sample that coincides with it, in steps. */
 constexpr double kCoincidence = 1e-7;
-
-/** Four sums at a time: the processor need not wait for one to add to it. */
-double dot(const double* a, const double* b, size_t count)
-{
-    constexpr size_t kSums = 4;
-    double sums[kSums] = {0.0, 0.0, 0.0, 0.0};
-    size_t i = 0;
-    for (; i + kSums <= count; i += kSums) {
-        for (size_t sum = 0; sum < kSums; ++sum) {
-            sums[sum] += a[i + sum] * b[i + sum];
-        }
-    }
-    for (; i < count; ++i) {
-        sums[0] += a[i] * b[i];
-    }
-    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
-}
 
 /** The polynomial through points of any distance; of points at one place, all count. */
 double polynomial(const std::vector<std::pair<double, double>>& points, double at)
@@ -119,8 +104,8 @@ double Interpolator::valueNow(const std::vector<double>& column) const
     const long first = static_cast<long>(mBefore) + 1 - half;
     const bool isInside =
         first >= 0 && first + 2 * half <= static_cast<long>(mStretch->sampleCount());
-    return isInside ? dot(&column[mStretch->mFirst + static_cast<size_t>(first)], mWeights.data(),
-                          mWeights.size())
+    return isInside ? base::dotProduct(&column[mStretch->mFirst + static_cast<size_t>(first)],
+                                       mWeights.data(), mWeights.size())
                     : sumOverEdge(column, first);
 }
 

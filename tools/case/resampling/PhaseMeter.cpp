@@ -4,12 +4,13 @@
 #include <cmath>
 #include <utility>
 
+#include "base/Numbers.h"
+#include "base/RaisedCosine.h"
+
 namespace resampling {
 
 namespace {
-constexpr double kTwoPi = 6.28318530717958647692;
-
-/** Fewer tell nothing about a phase. */
+/** Four samples a period: with fewer the fundamental cannot be told from its aliases. */
 constexpr long kMinSamples = 4L * PhaseMeter::kWindowPeriods;
 
 /** Rounding of times at the ends of the signal, in s. */
@@ -24,7 +25,7 @@ ComplexSignal positiveSequence(const std::vector<const std::vector<double>*>& ph
             continue;
         }
         const std::vector<double>& column = *phases[phase];
-        const auto turn = std::polar(2.0 / 3.0, kTwoPi / 3.0 * static_cast<double>(phase));
+        const auto turn = std::polar(2.0 / 3.0, base::kTwoPi / 3.0 * static_cast<double>(phase));
         sum.resize(column.size());
         for (size_t i = 0; i < column.size(); ++i) {
             sum[i] += turn * column[i];
@@ -63,11 +64,11 @@ std::optional<PhaseMeter::Phasor> PhaseMeter::measure(double seconds, double hz)
     for (auto i = static_cast<size_t>(first - mSeconds.begin());
          i < static_cast<size_t>(last - mSeconds.begin()); ++i) {
         const double offset = mSeconds[i] - seconds;
-        const double weight = spanOf(i) * (1.0 + std::cos(kTwoPi / 2.0 * offset / half));
-        sum += mSignal[i] * std::polar(weight, -kTwoPi * hz * offset);
+        const double weight = spanOf(i) * base::raisedCosine(offset / half);
+        sum += mSignal[i] * std::polar(weight, -base::kTwoPi * hz * offset);
         weights += weight;
     }
-    return Phasor{std::abs(sum) / weights, std::arg(sum) / kTwoPi};
+    return Phasor{std::abs(sum) / weights, std::arg(sum) / base::kTwoPi};
 }
 
 /** The time that a sample stands for, in s. */

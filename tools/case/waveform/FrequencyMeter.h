@@ -12,10 +12,10 @@ namespace waveform {
  * Measures the frequency of the fundamental of one or several channels while a signal is read, in
  * memory that does not depend on its length.
  *
- * Each channel is compared with a pointer that turns at a frequency near its own, in windows of
- * two of that pointer's periods which overlap by one: how far the phase goes from window to
- * window is the difference of the frequencies. The median over time is taken, so that a fault,
- * with its jumps of phase, does not count.
+ * Each channel is compared with a phasor that rotates at a frequency near its own, in windows of
+ * two of the phasor's periods which overlap by one: how far the phase turns from window to window
+ * is the difference of the frequencies. The median over time is taken, so that a fault, with its
+ * jumps of the phase, does not count.
  */
 class FrequencyMeter
 {
@@ -39,7 +39,8 @@ public:
     Result result() const;
 
 private:
-    static constexpr size_t kTurns = 256; ///< steps in which the turn from window to window is kept
+    /** Steps of the angle in which the turns are counted for the median: 1.4 degrees each. */
+    static constexpr size_t kTurns = 256;
 
     using Phasor = std::complex<double>;
 
@@ -52,26 +53,27 @@ private:
         std::array<Phasor, kTurns> mTurns{}; ///< sums, by the angle
     };
 
-    /** For each sample of a stretch the pointer, weighted for both windows. */
+    /** The phasor at each sample of a block, weighted for the window that ends and the next. */
     struct Weights
     {
-        std::vector<double> mEndingCos;
-        std::vector<double> mEndingSin;
-        std::vector<double> mBeginningCos;
-        std::vector<double> mBeginningSin;
+        std::vector<double> mFallingCos;
+        std::vector<double> mFallingSin;
+        std::vector<double> mRisingCos;
+        std::vector<double> mRisingSin;
 
         void resize(size_t samples);
     };
 
-    static size_t placeOf(const Phasor& turn);
-    void turnPointer(const SignalBlock& block);
+    static size_t stepOf(const Phasor& turn);
+    static Phasor turnsAroundMedian(const Channel& channel);
+    void rotatePhasor(const SignalBlock& block);
     void enterPeriod(double period);
-    void addStretch(const SignalBlock& block, size_t begin, size_t end);
+    void addSpan(const SignalBlock& block, size_t begin, size_t end);
     Result resultOf(const Channel& channel) const;
 
     double mNearHertz;
     std::vector<Channel> mChannels;
-    Weights mWeights;             ///< of a block
+    Weights mWeights;
     std::vector<double> mPeriods; ///< of a block: number of the period of each sample
     double mPeriod = -1.0;        ///< that the samples are in
     size_t mInPeriod = 0;         ///< samples in it so far
