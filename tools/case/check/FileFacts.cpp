@@ -4,23 +4,20 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "PipeOrDevice.h"
 #include "SampleStep.h"
 #include "base/Numbers.h"
 #include "waveform/ProgramMessages.h"
+#include "waveform/ValueLines.h"
 
 namespace check {
 
 namespace {
-/** Read between two looks at the messages, so that a file of errors alone costs no memory. */
-constexpr int kLinesAtOnce = 1000;
-
-void takeMessages(const waveform::ProgramMessages& messages, FileFacts* facts)
+void addErrors(const std::vector<std::string>& errors, FileFacts* facts)
 {
-    for (const std::string& message : messages.errors()) {
+    for (const std::string& error : errors) {
         ++facts->mErrorCount;
         if (facts->mErrors.size() < FileFacts::kMaxErrors) {
-            facts->mErrors.push_back(message);
+            facts->mErrors.push_back(error);
         }
     }
 }
@@ -90,43 +87,6 @@ private:
     quint32 mStep = sampleStepOf(kDefaultFrequencyHz);
 };
 
-/** The program's reader, some lines at a time. */
-class Reading : public InputValues
-{
-public:
-    explicit Reading(FileFacts* facts) : InputValues(typeid(Reading)), mFacts(*facts) {}
-
-    void open(const QString& name)
-    {
-        if (configuration::isPipeOrDevice(name)) {
-            mFacts.mIsThere = false;
-            mFacts.mErrorCount = 1;
-            mFacts.mErrors = {configuration::kExpectedRegularFile};
-            return;
-        }
-        const waveform::ProgramMessages messages;
-        mFacts.mIsThere = openFile(name);
-        takeMessages(messages, &mFacts);
-    }
-
-    /** False at the end of the file. */
-    bool readSome(SampleWalk* walk)
-    {
-        releaseItems();
-        const waveform::ProgramMessages messages;
-        const bool isAtEnd = parseLines(kLinesAtOnce) < 0;
-        takeMessages(messages, &mFacts);
-        resetIterator();
-        while (const InputValueItem* const item = nextItem()) {
-            walk->take(*item);
-        }
-        return !isAtEnd;
-    }
-
-private:
-    FileFacts& mFacts;
-};
-
 /** Remembers the line of one sample; sees every line because it handles them itself. */
 class LineFinder : public InputValues
 {
@@ -153,10 +113,16 @@ private:
 FileFacts factsOf(const QString& fileName)
 {
     FileFacts facts;
-    Reading reading(&facts);
-    reading.open(fileName);
+    waveform::ValueLines lines;
+    facts.mIsThere = lines.open(fileName);
+    addErrors(lines.errors(), &facts);
     SampleWalk walk(&facts);
-    while (facts.mIsThere && reading.readSome(&walk)) {
+    for (bool isMore = facts.mIsThere; isMore;) {
+        isMore = lines.readSome();
+        addErrors(lines.errors(), &facts);
+        while (const InputValueItem* const item = lines.take()) {
+            walk.take(*item);
+        }
     }
     return facts;
 }

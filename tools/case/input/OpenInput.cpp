@@ -83,11 +83,11 @@ std::unique_ptr<waveform::SignalSource> openPair(const std::string& named, const
 std::unique_ptr<waveform::SignalSource> openOther(const std::string& path, base::InputFile& file,
                                                   const InputOptions& options)
 {
-    const std::string noDriver = waveform::whyNoDriverRecording(file);
+    const std::string noDriver = waveform::reasonNotDriverRecording(file);
     if (noDriver.empty()) {
         return std::make_unique<waveform::DriverRecordingSource>(path);
     }
-    const std::string noValues = waveform::whyNoValueFile(file);
+    const std::string noValues = waveform::reasonNotValueFile(file);
     if (noValues.empty()) {
         return std::make_unique<waveform::ValueFileSource>(path);
     }

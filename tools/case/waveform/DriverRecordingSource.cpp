@@ -16,10 +16,10 @@ namespace {
 constexpr size_t kBlockSamples = 4096;
 constexpr size_t kProbedSamples = 1000;
 
-SampleRecord recordAt(std::string_view bytes, size_t place)
+SampleRecord recordAt(std::string_view bytes, size_t index)
 {
     SampleRecord record{};
-    std::memcpy(&record, bytes.data() + place * sizeof(record), sizeof(record));
+    std::memcpy(&record, bytes.data() + index * sizeof(record), sizeof(record));
     return record;
 }
 
@@ -74,7 +74,7 @@ void DriverRecordingSource::finish()
     mFile.skip(mFile.left());
 }
 
-std::string whyNoDriverRecording(base::InputFile& file)
+std::string reasonNotDriverRecording(base::InputFile& file)
 {
     if (file.size() == 0 || file.size() % sizeof(SampleRecord) != 0) {
         return fmt::format("its {} bytes are not a multiple of {}", file.size(),

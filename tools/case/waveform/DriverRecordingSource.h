@@ -32,6 +32,6 @@ private:
  * Why the file is no recording of the driver, which is a whole number of records with rising
  * stamps (looked at from its beginning); empty when it is one.
  */
-std::string whyNoDriverRecording(base::InputFile& file);
+std::string reasonNotDriverRecording(base::InputFile& file);
 
 } // namespace waveform

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "base/InputFile.h"
 #include "waveform/SignalSource.h"
+#include "waveform/ValueLines.h"
 
 namespace waveform {
 
@@ -18,25 +17,22 @@ class ValueFileSource : public SignalSource
 {
 public:
     explicit ValueFileSource(const std::string& path);
-    ~ValueFileSource() override;
 
     const SignalDescription& description() const override { return mDescription; }
     bool read(SignalBlock& block) override;
-    double progress() const override;
+    double progress() const override { return mLines.progress(); }
 
 private:
-    class Lines;
-
-    double stamp(float frequency);
+    double nextTime(float frequency);
 
     SignalDescription mDescription;
-    std::unique_ptr<Lines> mLines;
+    ValueLines mLines;
     size_t mSamples = 0;
     quint32 mStep;            ///< ns, in force
     quint64 mNanoseconds = 0; ///< time of the last sample
 };
 
-/** Why the file is no value file, by its first line that holds data; empty when it is one. */
-std::string whyNoValueFile(base::InputFile& file);
+/** Why the file is no value file, from its first line of data; empty when it is one. */
+std::string reasonNotValueFile(base::InputFile& file);
 
 } // namespace waveform
