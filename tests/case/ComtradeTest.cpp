@@ -102,7 +102,7 @@ TEST(ComtradeTest, OddRecordings)
         {"empty fields",
          {{"0,-32767,32767", ",-99999.5,99999.5"}, {"A,Line", ","}, {",0\n50", ",\n"}},
          kData,
-         plain + "no nominal frequency is told"},
+         plain + "no nominal frequency"},
         {"comma in a name", {{"UA", "U,A"}}, kData, plain},
         {"numbers of channels",
          {{"2,1A,1D", "9,1a,1d"}},
@@ -118,7 +118,7 @@ TEST(ComtradeTest, OddRecordings)
         {"month first",
          {{"01/02", "02/13"}},
          kData,
-         plain + "the start time has day and month the other way round"},
+         plain + "the start time has day and month swapped"},
         {"no date",
          {{"01/02/2020,03", "1.2.x"}},
          kData,
@@ -126,8 +126,8 @@ TEST(ComtradeTest, OddRecordings)
         {"2013",
          {{"1999", "2013"}, {"ASCII\n1\n", "ASCII\n1\n+1,+1h30\n4,1\n"}},
          kData,
-         plain + "times are UTC +1, local time is UTC +1h30: told, not applied | "
-                 "leap second indicator 1: told, not applied"},
+         plain + "times are UTC +1, local time is UTC +1h30: reported, not applied | "
+                 "leap second indicator 1: reported, not applied"},
         {"thinned",
          {{"1000,3", "900,3"}},
          "1,0,2,0\n",
@@ -143,7 +143,7 @@ TEST(ComtradeTest, OddRecordings)
         {"stamps disagree",
          {},
          "1,0,2,0\n2,2000,4,0\n3,4000,-6,0\n",
-         plain + "time stamps end at 0.004 s, the rate at 0.002 s: the rate holds"},
+         plain + "time stamps end at 0.004 s, the rate at 0.002 s: the rate is taken"},
         {"stamps", kNoRate, "7,500,2,0\n8,1500,4,1\n9,4500,-6,1\n",
          stamped("0 1 4") + thinned("10")},
         {"stamps, no line", {{"1\n1000,3\n", "0\n"}}, kData, stamped("0 1 2")},
@@ -164,12 +164,12 @@ TEST(ComtradeTest, OddRecordings)
          "step before them goes on there"},
         {"no times", kNoRate, "1,,2,0\n2,,4,1\n",
          "c.dat: expected time stamps that rise, from the first record on, since the "
-         "configuration tells no rate"},
+         "configuration has no rate"},
         {"stamps repeat", kNoRate, "1,5,2,0\n2,5,4,1\n3,2005,-6,1\n",
          stamped("0 0 2") + "1 time stamps repeat the one before them"},
         {"stamps stand still", kNoRate, "1,5,2,0\n2,5,4,1\n",
          "c.dat: expected time stamps that rise, from the first record on, since the "
-         "configuration tells no rate"},
+         "configuration has no rate"},
         {"missing", {}, "1,0,2,0\n2,1000,,1\n3,2000,-6,1\n", held},
         {"missing 99999", {}, "1,0,2,0\n2,1000,99999,1\n3,2000,-6,1\n", held},
         {"99999 in 2013",
@@ -247,11 +247,11 @@ TEST(ComtradeTest, OddRecordings)
          "c.dat:2: expected a number in field 3, found \"x\""},
         {"too few fields", {}, "1,0,2\n2,1000,4,1\n", "c.dat:1: expected 4 fields, found 3"},
         {"text in place of binary", kindOf("BINARY"), kData,
-         plain + "the configuration tells of BINARY data, they are text: read as ASCII"},
+         plain + "the configuration says BINARY data, they are text: read as ASCII"},
         {"binary in place of text",
          {},
          threeRecords<qint16>(4),
-         "c.dat: byte 1: expected text, since the configuration tells of ASCII data"},
+         "c.dat: byte 1: expected text, since the configuration says ASCII data"},
         {"blank lines, units of rates",
          {{"\n50\n", "\n\n50 Hz\n"}, {"1000,3", "1000.0Hz,3"}, {"1999", "1999\n"}},
          kData,
@@ -285,8 +285,8 @@ TEST(ComtradeTest, FilesOfARecording)
               expected);
     const std::string binary = "--- file type: DAT BINARY: 36 ---\n" + threeRecords<qint16>(4);
     const std::string told =
-        "the configuration tells of ASCII data, their section of BINARY: the "
-        "section holds";
+        "the configuration says ASCII data, the heading of their section BINARY: the heading is "
+        "taken";
     EXPECT_EQ(single(config + binary + "\n"), expected + told);
     EXPECT_EQ(single(binary + config), expected + told);
     EXPECT_EQ(single(edited(config + binary, {{": 36", ": 99"}})),

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "base/Text.h"
+
 namespace base {
 
 inline constexpr double kPi = 3.14159265358979323846;
@@ -13,17 +15,6 @@ inline constexpr double kRadiansPerDegree = kPi / 180.0;
 inline constexpr double kSecondsPerNanosecond = 1e-9;
 inline constexpr double kSecondsPerMicrosecond = 1e-6;
 inline constexpr double kNanosecondsPerSecond = 1e9;
-
-/** The text without blanks, tabs and carriage returns at its ends. */
-inline std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view kBlanks = " \t\r";
-    const size_t begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
 
 /**
  * Reads the whole text, blanks around it aside, as a finite number with a decimal point.

@@ -6,7 +6,7 @@
 namespace base {
 
 /**
- * A line on standard error that tells how far a command is: "reading 42 %". Only on a terminal
+ * A line on standard error with how far a command is: "reading 42 %". Only on a terminal
  * and only once the command has taken longer than a second; it is cleared at the end.
  */
 class ProgressLine

@@ -15,7 +15,7 @@ class Remarks
 public:
     void add(const std::string& text);
 
-    /** A remark on one channel; channels with the same remark are told together. */
+    /** A remark on one channel; channels with the same remark share one. */
     void addFor(const std::string& text, int channel) { mChannels[text].push_back(channel); }
 
     /** All of them, in order; none is left. */

@@ -8,6 +8,17 @@ namespace base {
 /** So much of a file's text is quoted in a message, in bytes. */
 inline constexpr size_t kLongestExcerpt = 60;
 
+/** The text without blanks, tabs and carriage returns at its ends. */
+inline std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t\r";
+    const size_t begin = text.find_first_not_of(kBlanks);
+    if (begin == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
 /** The parts of a text between the separators: one more than there are separators. */
 inline std::vector<std::string_view> splitText(std::string_view text, char separator)
 {
@@ -19,6 +30,16 @@ inline std::vector<std::string_view> splitText(std::string_view text, char separ
     }
     parts.push_back(text);
     return parts;
+}
+
+/** The same, each part trimmed. */
+inline std::vector<std::string_view> splitFields(std::string_view line, char separator)
+{
+    std::vector<std::string_view> fields = splitText(line, separator);
+    for (std::string_view& field : fields) {
+        field = trimmed(field);
+    }
+    return fields;
 }
 
 } // namespace base

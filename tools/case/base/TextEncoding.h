@@ -23,7 +23,7 @@ struct DecodedText
  */
 DecodedText decodeText(std::string_view bytes, const std::string& encoding);
 
-/** What a user is told when a text was guessed. */
+/** The remark when the encoding of a text was guessed. */
 inline constexpr const char* kGuessedEncoding =
     "texts are not UTF-8: read as Latin-1 (--encoding says it better)";
 

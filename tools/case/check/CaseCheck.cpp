@@ -97,11 +97,11 @@ void CaseCheck::checkFile(const configuration::CaseEntry& entry, const FileFacts
         return;
     }
     mErrors.insert(mErrors.end(), facts.mErrors.begin(), facts.mErrors.end());
-    const qint64 untold = facts.mErrorCount - static_cast<qint64>(facts.mErrors.size());
-    if (untold > 0) {
-        mUntoldErrors += untold - 1;
-        mErrors.push_back(
-            fmt::format("{}: and {} more such lines, {} in all", file, untold, facts.mErrorCount));
+    const qint64 unlisted = facts.mErrorCount - static_cast<qint64>(facts.mErrors.size());
+    if (unlisted > 0) {
+        mUnlistedErrors += unlisted - 1;
+        mErrors.push_back(fmt::format("{}: and {} more such lines, {} in all", file, unlisted,
+                                      facts.mErrorCount));
     }
     if (facts.mUnplayable.mCount > 0) {
         mErrors.push_back(fmt::format(
@@ -206,7 +206,7 @@ std::string CaseCheck::lineOf(const configuration::CaseEntry& entry) const
 
 qint64 CaseCheck::errorCount() const
 {
-    return static_cast<qint64>(mErrors.size()) + mUntoldErrors;
+    return static_cast<qint64>(mErrors.size()) + mUnlistedErrors;
 }
 
 qint64 CaseCheck::bytesHere() const

@@ -65,7 +65,7 @@ private:
     configuration::CaseConfiguration mCases;
     std::map<QString, FileFacts> mFacts; ///< each file is read once
     std::vector<std::string> mErrors;
-    qint64 mUntoldErrors = 0; ///< that have no line of their own in mErrors
+    qint64 mUnlistedErrors = 0; ///< counted in mErrors, without a line of their own
     std::vector<std::string> mWarnings;
     std::vector<CheckedConfiguration> mConfigurations;
     qint64 mLoadedSamples = 0; ///< each entry has samples of its own in the program

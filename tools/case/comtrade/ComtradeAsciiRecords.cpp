@@ -13,7 +13,7 @@ namespace comtrade {
 
 namespace {
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
-constexpr double kMissingUntil2013 = 99999.0;
+constexpr double kMissingBefore2013 = 99999.0;
 constexpr double kLargestStamp = 1e17;
 constexpr size_t kLeadingFields = 2;
 constexpr unsigned kStatesInWord = 16;
@@ -38,7 +38,7 @@ public:
     std::string_view field() const { return mField; }
 
 private:
-    /** The fast road: what nearly all fields are, up to nine digits. */
+    /** The fast path: what nearly all fields are, up to nine digits. */
     bool takeInteger(double* number)
     {
         constexpr int kMaxDigits = 9;
@@ -79,20 +79,20 @@ ComtradeAsciiRecords::ComtradeAsciiRecords(base::InputFile& file, const Comtrade
     : mFile(file),
       mHeader(header),
       mFieldCount(kLeadingFields + header.mAnalogs.size() + header.mStatuses.size()),
-      mMissing(header.mRevision == ComtradeRevision::k2013 ? kNoValue : kMissingUntil2013),
+      mMissing(header.mRevision == ComtradeRevision::k2013 ? kNoValue : kMissingBefore2013),
       mLine(firstLine - 1)
 {
 }
 
-void ComtradeAsciiRecords::read(size_t most, ComtradeBlock* block,
+void ComtradeAsciiRecords::read(size_t maxRecords, ComtradeBlock* block,
                                 std::vector<std::vector<double>>* columns)
 {
-    block->mNumbers.resize(most);
-    block->mStamps.resize(most);
-    block->mStates.assign(most * stateWords(mHeader), 0);
+    block->mNumbers.resize(maxRecords);
+    block->mStamps.resize(maxRecords);
+    block->mStates.assign(maxRecords * stateWords(mHeader), 0);
     size_t records = 0;
     std::string_view line;
-    while (records < most && takeRecord(&line)) {
+    while (records < maxRecords && takeRecord(&line)) {
         readRecord(line, records, block, columns);
         ++records;
     }
@@ -123,7 +123,7 @@ bool ComtradeAsciiRecords::takeRecord(std::string_view* line)
     return false;
 }
 
-void ComtradeAsciiRecords::readRecord(std::string_view line, size_t place, ComtradeBlock* block,
+void ComtradeAsciiRecords::readRecord(std::string_view line, size_t sample, ComtradeBlock* block,
                                       std::vector<std::vector<double>>* columns)
 {
     Fields fields(line);
@@ -131,17 +131,17 @@ void ComtradeAsciiRecords::readRecord(std::string_view line, size_t place, Comtr
     double stamp = 0.0;
     const bool hasNumber = fields.take(&number) && std::abs(number) < kLargestStamp;
     mLastNumber = hasNumber ? static_cast<qint64>(number) : mLastNumber + 1;
-    block->mNumbers[place] = mLastNumber;
+    block->mNumbers[sample] = mLastNumber;
     const bool hasStamp = fields.take(&stamp) && std::abs(stamp) < kLargestStamp;
-    block->mStamps[place] = hasStamp ? static_cast<qint64>(stamp) : ComtradeBlock::kNoStamp;
+    block->mStamps[sample] = hasStamp ? static_cast<qint64>(stamp) : ComtradeBlock::kNoStamp;
     for (std::vector<double>& column : *columns) {
         if (!fields.take(&number)) {
             fail(fmt::format("a number in field {}, found \"{}\"", fields.taken(),
                              fields.field().substr(0, base::kLongestExcerpt)));
         }
-        column[place] = number == mMissing ? kNoValue : number;
+        column[sample] = number == mMissing ? kNoValue : number;
     }
-    readStates(&fields, block->mStates.data() + place * stateWords(mHeader));
+    readStates(&fields, block->mStates.data() + sample * stateWords(mHeader));
 }
 
 void ComtradeAsciiRecords::readStates(Fields* fields, quint16* states) const

@@ -10,7 +10,7 @@ class ComtradeAsciiRecords : public ComtradeRecords
 public:
     ComtradeAsciiRecords(base::InputFile& file, const ComtradeHeader& header, size_t firstLine);
 
-    void read(size_t most, ComtradeBlock* block,
+    void read(size_t maxRecords, ComtradeBlock* block,
               std::vector<std::vector<double>>* columns) override;
     size_t count() const override { return 0; }
     void remarkOn(base::Remarks* remarks) const override;
@@ -19,7 +19,7 @@ private:
     class Fields;
 
     bool takeRecord(std::string_view* line);
-    void readRecord(std::string_view line, size_t place, ComtradeBlock* block,
+    void readRecord(std::string_view line, size_t sample, ComtradeBlock* block,
                     std::vector<std::vector<double>>* columns);
     void readStates(Fields* fields, quint16* states) const;
     [[noreturn]] void fail(const std::string& expected) const;

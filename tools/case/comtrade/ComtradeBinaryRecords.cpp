@@ -97,10 +97,10 @@ ComtradeBinaryRecords::ComtradeBinaryRecords(base::InputFile& file, const Comtra
     }
 }
 
-void ComtradeBinaryRecords::read(size_t most, ComtradeBlock* block,
+void ComtradeBinaryRecords::read(size_t maxRecords, ComtradeBlock* block,
                                  std::vector<std::vector<double>>* columns)
 {
-    const std::string_view bytes = mFile.peek(most * mRecordBytes);
+    const std::string_view bytes = mFile.peek(maxRecords * mRecordBytes);
     const size_t records = bytes.size() / mRecordBytes;
     block->mNumbers.resize(records);
     block->mStamps.resize(records);

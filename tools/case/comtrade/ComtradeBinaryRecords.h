@@ -10,7 +10,7 @@ class ComtradeBinaryRecords : public ComtradeRecords
 public:
     ComtradeBinaryRecords(base::InputFile& file, const ComtradeHeader& header);
 
-    void read(size_t most, ComtradeBlock* block,
+    void read(size_t maxRecords, ComtradeBlock* block,
               std::vector<std::vector<double>>* columns) override;
     size_t count() const override { return mCount; }
     void remarkOn(base::Remarks* remarks) const override;

@@ -8,9 +8,10 @@ namespace comtrade {
 
 namespace {
 /** Rates and stamps differ when the end is further off than this share of the whole. */
-constexpr double kLargestDifference = 0.01;
+constexpr double kMaxDifference = 0.01;
 
-constexpr double kFewestSamplesInPeriod = 20.0;
+/** Recorders take 20 samples a period and more; with fewer, the 9th harmonic is lost. */
+constexpr double kMinSamplesInPeriod = 20.0;
 } // namespace
 
 bool ComtradeClock::stamp(const ComtradeBlock& block, double* seconds)
@@ -31,8 +32,8 @@ bool ComtradeClock::stamp(const ComtradeBlock& block, double* seconds)
 
 double ComtradeClock::nextByRate()
 {
-    const std::vector<ComtradeRate>& rates = mHeader.mRates;
-    while (mRate + 1 < rates.size() && mSamples >= rates[mRate].mLastSample) {
+    const std::vector<waveform::SampleRate>& rates = mHeader.mRates;
+    while (mRate + 1 < rates.size() && mSamples >= rates[mRate].mEnd) {
         mRateSeconds += static_cast<double>(mSamples - mRateBegin) / rates[mRate].mHz;
         mRateBegin = mSamples;
         ++mRate;
@@ -71,20 +72,20 @@ void ComtradeClock::remarkOn(base::Remarks* remarks) const
     }
     // Stamps of 0 throughout are none.
     const double difference = std::abs(mStampedSeconds - mRatedSeconds);
-    if (mStampedSeconds != 0.0 && difference > kLargestDifference * mRatedSeconds) {
+    if (mStampedSeconds != 0.0 && difference > kMaxDifference * mRatedSeconds) {
         remarks->add(
-            fmt::format("time stamps end at {:.6g} s, the rate at {:.6g} s: the rate holds",
+            fmt::format("time stamps end at {:.6g} s, the rate at {:.6g} s: the rate is taken",
                         mStampedSeconds, mRatedSeconds));
     }
     double slowest = mHeader.mRates.empty() ? 0.0 : mHeader.mRates[0].mHz;
-    for (const ComtradeRate& rate : mHeader.mRates) {
+    for (const waveform::SampleRate& rate : mHeader.mRates) {
         slowest = std::min(slowest, rate.mHz);
     }
     if (mHeader.mRates.empty() && mLastSeconds > 0.0) {
         slowest = static_cast<double>(mSamples - 1) / mLastSeconds;
     }
     const double inPeriod = mHeader.mNominalHz > 0.0 ? slowest / mHeader.mNominalHz : 0.0;
-    if (inPeriod > 0.0 && inPeriod < kFewestSamplesInPeriod) {
+    if (inPeriod > 0.0 && inPeriod < kMinSamplesInPeriod) {
         remarks->add(fmt::format(
             "{:.3g} samples in a period: the recording was filtered or thinned", inPeriod));
     }

@@ -10,8 +10,8 @@
 namespace comtrade {
 
 /**
- * When each sample of a recording was taken: by its rates, whose stretches follow one another,
- * else by its time stamps. A rate holds against stamps that say something else.
+ * When each sample of a recording was taken: by its rates, which hold one after another, else by
+ * its time stamps. Where a rate and the stamps differ, the rate is taken.
  */
 class ComtradeClock
 {
@@ -21,7 +21,7 @@ public:
 
     /**
      * Fills in the times of a block, in s from the first sample of the recording.
-     * @return false when neither a rate nor a stamp tells when the recording begins
+     * @return false when neither a rate nor a stamp says when the recording begins
      */
     bool stamp(const ComtradeBlock& block, double* seconds);
 
@@ -42,7 +42,7 @@ private:
     const ComtradeHeader& mHeader;
     size_t mSamples = 0;
     size_t mRate = 0;                      ///< index of the rate in force
-    size_t mRateBegin = 0;                 ///< place of its first sample
+    size_t mRateBegin = 0;                 ///< index of its first sample
     double mRateSeconds = 0.0;             ///< time of its first sample
     waveform::RisingTime<qint64> mStamped; ///< in the stamps' unit
     double mLastSeconds = 0.0;             ///< by stamps

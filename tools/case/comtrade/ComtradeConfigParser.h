@@ -2,9 +2,9 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "base/Remarks.h"
+#include "comtrade/ComtradeConfigLines.h"
 #include "comtrade/ComtradeHeader.h"
 
 namespace comtrade {
@@ -19,7 +19,7 @@ namespace comtrade {
 class ComtradeConfigParser
 {
 public:
-    /** @param name the file, as messages give it; `firstLine` is the text's place in it. */
+    /** @param name of the file, as messages give it; `firstLine` is the text's first line in it */
     ComtradeConfigParser(std::string name, std::string_view text, size_t firstLine = 1);
 
     /** Requires: called once. */
@@ -28,42 +28,30 @@ public:
     base::Remarks& remarks() { return mRemarks; }
 
 private:
-    using Fields = std::vector<std::string_view>;
-
-    Fields takeLine(const char* expected);
-    std::string_view peekLine() const;
-    void skipBlankLines();
-    [[noreturn]] void fail(const std::string& expected) const;
+    using Fields = ComtradeConfigLines::Fields;
 
     void parseStation();
     void parseRevision(std::string_view year);
     void guessRevision();
     void parseChannels();
-    size_t channelCount(std::string_view field, char letter);
-    ComtradeAnalog parseAnalog(size_t place, size_t count);
-    void parseRatio(const Fields& fields, ComtradeAnalog* analog);
-    ComtradeStatus parseStatus(size_t place, size_t count);
-    int channelNumber(std::string_view field, size_t place);
-    double numberOr(std::string_view field, double otherwise) const;
+    size_t channelCount(std::string_view field, char letter) const;
+    ComtradeAnalog parseAnalog(size_t index, size_t count);
+    void parseScaling(const Fields& fields, const std::string& what, ComtradeAnalog* analog);
+    void parseRatio(const Fields& fields, waveform::ChannelDescription* channel);
+    waveform::StatusChannel parseStatus(size_t index, size_t count);
+    int channelNumber(std::string_view field, size_t index);
+    void parseNominalFrequency();
     void parseRates();
-    void parseRate(size_t place, size_t count);
+    void parseRate(size_t index, size_t count);
     std::string parseTime(const char* what);
     void parseKindLine();
     void parseStampFactor();
     void parseClock();
 
-    std::string mName;
-    std::vector<std::string_view> mLines;
-    size_t mFirstLine;
-    size_t mNext = 0;            ///< index of the line that comes next
-    size_t mTaken = 0;           ///< index of the line that was taken last
-    bool mHasBlankLines = false; ///< behind every line, which hold nothing
+    ComtradeConfigLines mLines;
     ComtradeHeader mHeader;
     bool mHasRevision = false;
     base::Remarks mRemarks;
 };
-
-/** True when the text begins as a configuration does: its second line counts channels. */
-bool looksLikeComtradeConfig(std::string_view text);
 
 } // namespace comtrade

@@ -38,8 +38,8 @@ void takeConfig(const std::string& name, std::string_view text, size_t firstLine
 struct Heading
 {
     std::string mType;            ///< "CFG", "DAT", ... in upper case
-    std::string mKind;            ///< of data, where it is told
-    std::optional<size_t> mBytes; ///< of data, where they are told
+    std::string mKind;            ///< of data; may be empty
+    std::optional<size_t> mBytes; ///< of data, where the heading says them
 };
 
 std::optional<Heading> parseHeading(std::string_view line)
@@ -129,15 +129,15 @@ private:
     size_t mLine = 0;
 };
 
-/** The heading of the data section knows best what it heads. */
+/** Where the heading of the data section and the configuration differ, the heading is right. */
 void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
 {
     const Heading& heading = sections.mDataHeading;
     ComtradeKind kind = parts->mHeader.mKind;
     if (parseKind(heading.mKind, &kind) && kind != parts->mHeader.mKind) {
         parts->mRemarks.add(
-            fmt::format("the configuration tells of {} data, their section of {}: "
-                        "the section holds",
+            fmt::format("the configuration says {} data, the heading of their section {}: the "
+                        "heading is taken",
                         nameOf(parts->mHeader.mKind), nameOf(kind)));
         parts->mHeader.mKind = kind;
     }
@@ -147,7 +147,8 @@ void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
             fmt::format("{} bytes of data are announced, {} are there", *heading.mBytes, bytes));
     }
 }
-/** Files are told to be of another kind than they are; their first bytes show which it is. */
+
+/** Some configurations name another kind of data than there is; its first bytes show which. */
 void adoptKindOfData(ComtradeParts* parts)
 {
     constexpr size_t kProbedBytes = 256;
@@ -157,12 +158,12 @@ void adoptKindOfData(ComtradeParts* parts)
     ComtradeKind& kind = parts->mHeader.mKind;
     if (kind == ComtradeKind::kAscii && bytes.find('\0') != std::string_view::npos) {
         throw base::CaseError(
-            fmt::format("{}: byte {}: expected text, since the configuration tells of ASCII data",
+            fmt::format("{}: byte {}: expected text, since the configuration says ASCII data",
                         parts->mData->name(), parts->mData->position() + bytes.find('\0')));
     }
     if (kind != ComtradeKind::kAscii && isText && !bytes.empty()) {
         parts->mRemarks.add(fmt::format(
-            "the configuration tells of {} data, they are text: read as ASCII", nameOf(kind)));
+            "the configuration says {} data, they are text: read as ASCII", nameOf(kind)));
         kind = ComtradeKind::kAscii;
     }
 }

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "waveform/SignalSource.h"
+
 namespace comtrade {
 
 /** Begins the heading of each section of a single file. */
@@ -33,35 +35,11 @@ enum class ComtradeKind
 /** A channel of numbers: the value is mFactor times the number in the data part, plus mOffset. */
 struct ComtradeAnalog
 {
-    int mNumber = 0;
-    std::string mName;
-    std::string mPhase;
-    std::string mComponent; ///< the circuit component that is watched
-    std::string mUnit;
+    waveform::ChannelDescription mChannel;
     double mFactor = 1.0;
     double mOffset = 0.0;
-    double mSkewMicroseconds = 0.0; ///< the value was taken that much after its sample's time
-    double mSmallest = -32768.0;    ///< of the numbers in the data part, as announced
+    double mSmallest = -32768.0; ///< of the numbers in the data part, as announced
     double mLargest = 32767.0;
-    double mPrimary = 1.0; ///< of the transformer's ratio; 0 where it is not told
-    double mSecondary = 1.0;
-    char mSide = ' '; ///< 'P' or 'S' for what the values belong to; ' ' where it is not told
-};
-
-/** A channel of states. */
-struct ComtradeStatus
-{
-    int mNumber = 0;
-    std::string mName;
-    std::string mPhase;
-    std::string mComponent;
-    int mNormalState = 0;
-};
-
-struct ComtradeRate
-{
-    double mHz = 0.0;
-    size_t mLastSample = 0; ///< number of the last sample at this rate, counted from 1
 };
 
 struct ComtradeHeader
@@ -70,11 +48,11 @@ struct ComtradeHeader
     std::string mDevice;
     ComtradeRevision mRevision = ComtradeRevision::k1999;
     std::vector<ComtradeAnalog> mAnalogs;
-    std::vector<ComtradeStatus> mStatuses;
-    double mNominalHz = 0.0; ///< 0 where it is not told
+    std::vector<waveform::StatusChannel> mStatuses; ///< without states
+    double mNominalHz = 0.0;                        ///< 0 where the file has none
     /** Empty where there is no rate and time stamps say when a sample was taken. */
-    std::vector<ComtradeRate> mRates;
-    size_t mAnnouncedSamples = 0; ///< 0 where no number is told
+    std::vector<waveform::SampleRate> mRates;
+    size_t mAnnouncedSamples = 0; ///< 0 where no number is announced
     std::string mStartTime;       ///< of the first sample: "2015-11-18 05:33:03.765333"
     std::string mTriggerTime;     ///< likewise
     ComtradeKind mKind = ComtradeKind::kAscii;

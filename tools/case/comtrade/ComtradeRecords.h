@@ -37,14 +37,14 @@ public:
     virtual ~ComtradeRecords() = default;
 
     /**
-     * Reads the next records, `most` at the most, none at the end.
-     * @param columns one for each analog channel, with room for `most` numbers; gets them as
-     *        they stand, NaN where one is missing
+     * Reads the next records, at most `maxRecords`; none at the end.
+     * @param columns one for each analog channel, with room for so many numbers; gets them as they
+     *        stand, NaN where one is missing
      */
-    virtual void read(size_t most, ComtradeBlock* block,
+    virtual void read(size_t maxRecords, ComtradeBlock* block,
                       std::vector<std::vector<double>>* columns) = 0;
 
-    /** How many there are; 0 where only reading tells. */
+    /** How many there are; 0 where only reading shows it. */
     virtual size_t count() const = 0;
 
     /** What was odd, once all has been read. */

@@ -13,21 +13,6 @@ namespace comtrade {
 namespace {
 constexpr size_t kBlockValues = 32768; ///< about the values of a block, to stay in the cache
 constexpr size_t kMaxBlockSamples = 4096;
-
-waveform::ChannelDescription describeChannel(const ComtradeAnalog& analog)
-{
-    waveform::ChannelDescription channel;
-    channel.mNumber = analog.mNumber;
-    channel.mName = analog.mName;
-    channel.mPhase = analog.mPhase;
-    channel.mComponent = analog.mComponent;
-    channel.mUnit = analog.mUnit;
-    channel.mPrimary = analog.mPrimary;
-    channel.mSecondary = analog.mSecondary;
-    channel.mSide = analog.mSide;
-    channel.mSkewMicroseconds = analog.mSkewMicroseconds;
-    return channel;
-}
 } // namespace
 
 ComtradeSource::ComtradeSource(ComtradeParts parts)
@@ -54,18 +39,11 @@ void ComtradeSource::describe()
     mDescription.mTriggerTime = header.mTriggerTime;
     mDescription.mNominalHz = header.mNominalHz;
     mDescription.mSampleCount = mRecords->count();
-    for (const ComtradeRate& rate : header.mRates) {
-        mDescription.mRates.push_back({rate.mHz, rate.mLastSample});
-    }
+    mDescription.mRates = header.mRates;
     for (const ComtradeAnalog& analog : header.mAnalogs) {
-        mDescription.mChannels.push_back(describeChannel(analog));
+        mDescription.mChannels.push_back(analog.mChannel);
     }
-    for (const ComtradeStatus& status : header.mStatuses) {
-        waveform::StatusChannel channel;
-        channel.mNumber = status.mNumber;
-        channel.mName = status.mName;
-        mDescription.mStatusChannels.push_back(channel);
-    }
+    mDescription.mStatusChannels = header.mStatuses;
     mDescription.mRemarks = mParts.mRemarks.take();
 }
 
@@ -76,11 +54,11 @@ bool ComtradeSource::read(waveform::SignalBlock& block)
     block.resize(mLastValues.size(), mBlockSamples);
     mRecords->read(mBlockSamples, &mBlock, &block.mValues);
     block.resize(mLastValues.size(), mBlock.size());
-    const bool isTold = mClock.stamp(mBlock, block.mSeconds.data());
-    if (!isTold || (block.size() == 0 && mClock.tellsNoTime())) {
+    const bool hasBegin = mClock.stamp(mBlock, block.mSeconds.data());
+    if (!hasBegin || (block.size() == 0 && mClock.tellsNoTime())) {
         throw base::CaseError(mParts.mData->name() +
                               ": expected time stamps that rise, from the first "
-                              "record on, since the configuration tells no rate");
+                              "record on, since the configuration has no rate");
     }
     for (size_t i = 0; i < mLastValues.size(); ++i) {
         scale(i, &block.mValues[i]);
@@ -112,7 +90,7 @@ void ComtradeSource::scale(size_t channel, std::vector<double>* column)
     mDescription.mChannels[channel].mMissing += missing;
 }
 
-/** Numbers that fall have begun again; numbers that jump tell of samples that were lost. */
+/** Numbers that fall have begun again; where they jump, samples were lost. */
 void ComtradeSource::checkNumbers()
 {
     const size_t first = mClock.samples() - mBlock.size();

@@ -40,7 +40,7 @@ int wholeYear(int year)
     return year < kFirstYearOfTwoDigits ? 2000 + year : 1900 + year;
 }
 
-std::optional<QDate> parseDate(std::string_view text, bool monthFirst, bool* isOtherWayRound)
+std::optional<QDate> parseDate(std::string_view text, bool monthFirst, bool* hasSwappedDayMonth)
 {
     std::array<int, 3> parts{};
     if (!parseThree(text, "/-.", &parts)) {
@@ -53,8 +53,8 @@ std::optional<QDate> parseDate(std::string_view text, bool monthFirst, bool* isO
     if (monthFirst) {
         std::swap(day, month);
     }
-    *isOtherWayRound = month > kMonths && day <= kMonths;
-    if (*isOtherWayRound) {
+    *hasSwappedDayMonth = month > kMonths && day <= kMonths;
+    if (*hasSwappedDayMonth) {
         std::swap(day, month);
     }
     return QDate(wholeYear(year), month, day);
@@ -66,7 +66,7 @@ std::optional<ComtradeTime> parseComtradeTime(std::string_view date, std::string
 {
     ComtradeTime result;
     const std::optional<QDate> day =
-        parseDate(base::trimmed(date), monthFirst, &result.mIsOtherWayRound);
+        parseDate(base::trimmed(date), monthFirst, &result.mHasSwappedDayMonth);
     time = base::trimmed(time);
     const size_t point = std::min(time.find('.'), time.size());
     const std::string_view fraction = time.substr(point);

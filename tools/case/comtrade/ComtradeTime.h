@@ -9,9 +9,9 @@ namespace comtrade {
 /** A date and a time as a recording's configuration gives them. */
 struct ComtradeTime
 {
-    std::string mText;             ///< "2015-11-18 05:33:03.765333"
-    size_t mFractionDigits = 0;    ///< as written
-    bool mIsOtherWayRound = false; ///< day and month were not in the order of the revision
+    std::string mText;                ///< "2015-11-18 05:33:03.765333"
+    size_t mFractionDigits = 0;       ///< as written
+    bool mHasSwappedDayMonth = false; ///< day and month are not in the order of the revision
 };
 
 /**

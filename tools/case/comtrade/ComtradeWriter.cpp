@@ -23,10 +23,11 @@ std::string fieldOf(std::string text)
 
 std::string analogLine(const ComtradeAnalog& analog)
 {
-    return fmt::format("{},{},{},{},{},{},{},{},{:.0f},{:.0f},{},{},{}", analog.mNumber,
-                       fieldOf(analog.mName), analog.mPhase, analog.mComponent, analog.mUnit,
-                       analog.mFactor, analog.mOffset, analog.mSkewMicroseconds, analog.mSmallest,
-                       analog.mLargest, analog.mPrimary, analog.mSecondary, analog.mSide);
+    const waveform::ChannelDescription& channel = analog.mChannel;
+    return fmt::format("{},{},{},{},{},{},{},{},{:.0f},{:.0f},{},{},{}", channel.mNumber,
+                       fieldOf(channel.mName), channel.mPhase, channel.mComponent, channel.mUnit,
+                       analog.mFactor, analog.mOffset, channel.mSkewMicroseconds, analog.mSmallest,
+                       analog.mLargest, channel.mPrimary, channel.mSecondary, channel.mSide);
 }
 
 /** "2015-11-18 05:33:03.765333" as "18/11/2015,05:33:03.765333". */
@@ -36,12 +37,12 @@ std::string timeLine(const std::string& time)
                        time.substr(11));
 }
 
-/** Without a rate, one line still tells the number of samples. */
+/** Without a rate, one line still holds the number of samples. */
 std::string rateLines(const ComtradeHeader& header)
 {
     std::string lines = fmt::format("{}{}", header.mRates.size(), kLineEnd);
-    for (const ComtradeRate& rate : header.mRates) {
-        lines += fmt::format("{},{}{}", rate.mHz, rate.mLastSample, kLineEnd);
+    for (const waveform::SampleRate& rate : header.mRates) {
+        lines += fmt::format("{},{}{}", rate.mHz, rate.mEnd, kLineEnd);
     }
     if (header.mRates.empty()) {
         lines += fmt::format("0,{}{}", header.mAnnouncedSamples, kLineEnd);

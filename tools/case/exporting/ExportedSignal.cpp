@@ -15,10 +15,10 @@ namespace exporting {
 
 namespace {
 
-/** So many rates are told; time stamps tell what changes more often. */
+/** So many rates are written; where they change more often, time stamps say it. */
 constexpr size_t kMaxRates = 999;
 
-/** Keeps the places from begin up to end of every column. */
+/** Keeps the samples from begin up to end. */
 void cut(waveform::SignalBlock* block, size_t begin, size_t end)
 {
     const auto cutColumn = [=](std::vector<double>& column) {
@@ -44,12 +44,12 @@ public:
 
     qint64 firstStepNs() const { return mFirstStepNs; }
 
-    std::vector<comtrade::ComtradeRate> take()
+    std::vector<waveform::SampleRate> take()
     {
         if (mRates.empty() || mRates.size() > kMaxRates || mHasRepeated) {
             return {};
         }
-        mRates.back().mLastSample = mSamples;
+        mRates.back().mEnd = mSamples;
         return std::move(mRates);
     }
 
@@ -64,7 +64,7 @@ private:
         }
         mStepNs = stepNs;
         if (!mRates.empty()) {
-            mRates.back().mLastSample = mSamples - 1;
+            mRates.back().mEnd = mSamples - 1;
         }
         mRates.push_back({base::kNanosecondsPerSecond / static_cast<double>(stepNs), 0});
     }
@@ -74,14 +74,15 @@ private:
     qint64 mFirstStepNs = 0;
     qint64 mStepNs = 0;
     bool mHasRepeated = false; ///< a time stamp: no rate does
-    std::vector<comtrade::ComtradeRate> mRates;
+    std::vector<waveform::SampleRate> mRates;
 };
-/** What the input tells, if it is what was played, with the few digits that it has. */
+
+/** The frequency that the input has, if it is what was played, with the few digits that it has. */
 double frequencyOf(const waveform::SignalDescription& description, qint64 stepNs)
 {
-    const auto told = static_cast<float>(description.mNominalHz);
-    if (told > 0.0F && sampleStepOf(told) == stepNs) {
-        return std::stod(fmt::format("{}", told));
+    const auto nominal = static_cast<float>(description.mNominalHz);
+    if (nominal > 0.0F && sampleStepOf(nominal) == stepNs) {
+        return std::stod(fmt::format("{}", nominal));
     }
     const double hz =
         stepNs > 0 ? base::kNanosecondsPerSecond / kSamplesPerPeriod / static_cast<double>(stepNs)

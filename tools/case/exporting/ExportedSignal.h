@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "base/ProgressLine.h"
-#include "comtrade/ComtradeHeader.h"
 #include "waveform/SignalSource.h"
 
 namespace exporting {
@@ -24,9 +23,9 @@ struct ExportFacts
     size_t mSamples = 0;
     double mSeconds = 0.0;        ///< from the first to the last
     double mSkippedSeconds = 0.0; ///< from the first of the input to the first exported
-    double mFrequency = 0.0; ///< Hz, at the beginning; where only the step tells, to two decimals
-    size_t mLeast = 0;       ///< values of -2147483648
-    std::vector<comtrade::ComtradeRate> mRates; ///< empty where the time does not go on evenly
+    double mFrequency = 0.0;      ///< Hz, at the beginning; computed from the step to two decimals
+    size_t mLeast = 0;            ///< values of -2147483648
+    std::vector<waveform::SampleRate> mRates; ///< empty where only time stamps can say it
 };
 
 /**

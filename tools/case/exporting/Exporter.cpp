@@ -4,47 +4,45 @@
 
 #include <QDateTime>
 #include <QFileInfo>
-#include <array>
 #include <cmath>
 
 #include "SampleRecord.h"
 #include "base/Numbers.h"
 #include "comtrade/ComtradeWriter.h"
 #include "textfile/TextWriter.h"
+#include "waveform/DeviceChannels.h"
 
 namespace exporting {
 
 namespace {
-constexpr int kVoltages = 4; ///< the first channels; the others are currents
-constexpr std::array<const char*, kChannelCount> kNames{"UA", "UB", "UC", "UN",
-                                                        "IA", "IB", "IC", "IN"};
 
 QString suffixOf(const std::string& name)
 {
     return QFileInfo(QString::fromStdString(name)).suffix().toLower();
 }
 
-bool isVoltage(int channel)
+const char* unitOf(int channel)
 {
-    return channel < kVoltages;
+    return waveform::isDeviceVoltage(channel) ? "V" : "A";
 }
 
 double factorOf(const ExportOptions& options, int channel)
 {
-    return 1.0 / (isVoltage(channel) ? options.mCountsPerVolt : options.mCountsPerAmpere);
+    return 1.0 /
+           (waveform::isDeviceVoltage(channel) ? options.mCountsPerVolt : options.mCountsPerAmpere);
 }
 
 comtrade::ComtradeAnalog analogOf(const ExportOptions& options, int channel)
 {
     comtrade::ComtradeAnalog analog;
-    analog.mNumber = channel + 1;
-    analog.mName = kNames.at(static_cast<size_t>(channel));
-    analog.mPhase = analog.mName.substr(1);
-    analog.mUnit = isVoltage(channel) ? "V" : "A";
+    analog.mChannel.mNumber = channel + 1;
+    analog.mChannel.mName = waveform::kDeviceChannelNames.at(static_cast<size_t>(channel));
+    analog.mChannel.mPhase = analog.mChannel.mName.substr(1);
+    analog.mChannel.mUnit = unitOf(channel);
+    analog.mChannel.mSide = 'P';
     analog.mFactor = factorOf(options, channel);
     analog.mLargest = std::numeric_limits<qint32>::max();
     analog.mSmallest = -analog.mLargest;
-    analog.mSide = 'P';
     return analog;
 }
 
@@ -131,8 +129,8 @@ void writeText(const ExportOptions& options)
 {
     std::vector<textfile::TextWriter::Column> columns;
     for (int channel = 0; channel < kChannelCount; ++channel) {
-        columns.push_back({kNames.at(static_cast<size_t>(channel)), isVoltage(channel) ? "V" : "A",
-                           factorOf(options, channel)});
+        columns.push_back({waveform::kDeviceChannelNames.at(static_cast<size_t>(channel)),
+                           unitOf(channel), factorOf(options, channel)});
     }
     base::ResultFile output(options.mOutput);
     textfile::TextWriter writer(std::move(columns), output);

@@ -1,11 +1,22 @@
 #pragma once
 
+#include <array>
+
 #include "SampleRecord.h"
 #include "waveform/SignalSource.h"
 
 namespace waveform {
 
-/** The eight channels of the device, which have a number and no more: 0 to 7, in counts. */
+/** What the channels of the device measure: the phase and neutral voltages, then the currents. */
+inline constexpr std::array<const char*, kChannelCount> kDeviceChannelNames{"UA", "UB", "UC", "UN",
+                                                                            "IA", "IB", "IC", "IN"};
+
+inline constexpr bool isDeviceVoltage(int channel)
+{
+    return channel < kChannelCount / 2;
+}
+
+/** The channels of the device as value files and recordings have them: numbers, in counts. */
 inline std::vector<ChannelDescription> deviceChannels()
 {
     std::vector<ChannelDescription> channels(kChannelCount);
@@ -16,11 +27,11 @@ inline std::vector<ChannelDescription> deviceChannels()
     return channels;
 }
 
-/** Puts the values of a sample set into the places of a block that has room for them. */
-inline void putValues(const qint32 (&values)[kChannelCount], size_t place, SignalBlock* block)
+/** Puts the values of a sample set into a block that has this sample. */
+inline void putValues(const qint32 (&values)[kChannelCount], size_t sample, SignalBlock* block)
 {
     for (size_t channel = 0; channel < kChannelCount; ++channel) {
-        block->mValues[channel][place] = values[channel];
+        block->mValues[channel][sample] = values[channel];
     }
 }
 

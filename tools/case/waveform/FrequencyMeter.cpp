@@ -10,7 +10,7 @@
 namespace waveform {
 
 namespace {
-/** With fewer samples in a period the fundamental cannot be told from its aliases. */
+/** With three samples in a period the second harmonic looks like the fundamental. */
 constexpr size_t kMinSamplesInPeriod = 4;
 
 /** Six periods. A jump of the phase spoils the three turns whose windows hold it: one is left. */

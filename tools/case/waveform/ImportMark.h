@@ -7,7 +7,7 @@
 namespace waveform {
 
 /**
- * What the comments of an imported value file tell of the recording that it was made from, so
+ * What the comments of an imported value file say of the recording that it was made from, so
  * that the two can be laid over each other.
  */
 struct ImportMark
@@ -25,7 +25,7 @@ std::string importComment(const ImportMark& mark);
 std::string sourceComment(size_t channel, const std::string& source, double factor,
                           const std::string& unit);
 
-/** What the comments of a value file tell; nothing where they do not before the first sample. */
+/** What the comments before the first sample say; nothing where the file is no import. */
 std::optional<ImportMark> readImportMark(const std::string& path);
 
 } // namespace waveform

@@ -9,7 +9,7 @@
 namespace waveform {
 
 namespace {
-/** The frequencies of power systems, where nothing tells the nominal one; 50 serves for 60. */
+/** Frequencies of power systems, where the nominal one is not known; 50 Hz finds 60 Hz, too. */
 constexpr double kUsualHertz[] = {50.0, 50.0 / 3.0};
 
 /** With less of it in the fundamental, a channel shows none. */
@@ -44,7 +44,7 @@ void Measures::add(const SignalBlock& block)
     mSeconds = block.mSeconds.back();
 }
 
-/** Not before the first block, with which a value file tells its frequency. */
+/** Not before the first block, which has the frequency of a value file. */
 void Measures::beginMeters()
 {
     const size_t channels = std::min(mChannels.size(), kMaxMeteredChannels);

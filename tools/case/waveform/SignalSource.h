@@ -19,7 +19,8 @@ struct ChannelDescription
     std::string mUnit;      ///< as the file gives it; "" where it has none
     double mPrimary = 1.0;  ///< ratio of the transformer, primary part; 0 where it is not known
     double mSecondary = 1.0;
-    char mSide = ' '; ///< 'P' or 'S': which side the values belong to; ' ' where it is not told
+    char mSide =
+        ' '; ///< 'P' or 'S': which side the values belong to; ' ' where the file does not say
     /** How much later than the time of its sample each value was taken, in µs. */
     double mSkewMicroseconds = 0.0;
     /** Values without a number, each held at the one before (0 at the beginning). Counted while
@@ -43,11 +44,11 @@ struct StatusChannel
     std::vector<Change> mChanges; ///< the first of them: as many as are kept
 };
 
-/** A stretch of samples taken at one rate. */
+/** A run of samples taken at one rate, which holds from each of them to the next. */
 struct SampleRate
 {
     double mHz = 0.0;
-    size_t mEnd = 0; ///< place behind its last sample, as the file announces it
+    size_t mEnd = 0; ///< index behind its last sample, as the file announces it
 };
 
 /** What is known of a signal as a whole before its samples are read. */
@@ -60,9 +61,9 @@ struct SignalDescription
     std::string mStartTime; ///< of the first sample, as text for the reader
     std::string mTriggerTime;
     std::optional<ImportMark> mImport; ///< of a value file that was made from a recording
-    double mNominalHz = 0.0;           ///< 0 where the file does not tell
+    double mNominalHz = 0.0;           ///< 0 where the file has none
     size_t mSampleCount = 0;           ///< 0 where it is known only at the end
-    std::vector<SampleRate> mRates; ///< empty where only time stamps tell when samples were taken
+    std::vector<SampleRate> mRates;    ///< empty where only time stamps say when samples were taken
     std::vector<ChannelDescription> mChannels;
     std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end
     /** What was odd in the file and what was done about it, for the user; grows while the samples
@@ -76,7 +77,7 @@ struct SignalDescription
  */
 struct SignalBlock
 {
-    size_t mFirst = 0;                        ///< place of the block's first sample, from 0
+    size_t mFirst = 0;                        ///< index of the block's first sample in the signal
     std::vector<double> mSeconds;             ///< rises; the same within a recording's precision
     std::vector<std::vector<double>> mValues; ///< in the unit of the channel
     std::vector<double>
@@ -84,7 +85,7 @@ struct SignalBlock
 
     size_t size() const { return mSeconds.size(); }
 
-    /** Gives every column that many places, whose content is not defined. */
+    /** Gives every column that many samples, whose values are not defined. */
     void resize(size_t channels, size_t samples)
     {
         mSeconds.resize(samples);

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace comtrade {
+
+/**
+ * The lines of the configuration part of a COMTRADE recording, taken one after another as fields
+ * between commas. Real files end a line in several ways and put blank lines between all of them.
+ *
+ * Borrows the text.
+ */
+class ComtradeConfigLines
+{
+public:
+    using Fields = std::vector<std::string_view>; ///< at least one; trimmed
+
+    /** @param name of the file, as messages give it; `firstLine` is the text's first line in it */
+    ComtradeConfigLines(std::string name, std::string_view text, size_t firstLine);
+
+    /**
+     * Takes the next line.
+     * @param expected what it should hold
+     * @throws CaseError at the end
+     */
+    Fields take(const std::string& expected);
+
+    bool isAtEnd() const { return mNext >= mLines.size(); }
+
+    /** The line that comes next; empty at the end. */
+    std::string_view peek() const { return isAtEnd() ? std::string_view() : mLines[mNext]; }
+
+    /** The beginning of the line that was taken last, for a message. */
+    std::string_view excerpt() const;
+
+    /** Refuses the line that was taken last: "file:line: expected ..." */
+    [[noreturn]] void fail(const std::string& expected) const;
+
+private:
+    void skipBlankLines();
+
+    std::string mName;
+    std::vector<std::string_view> mLines;
+    size_t mFirstLine;
+    size_t mNext = 0;            ///< index of the line that comes next
+    size_t mTaken = 0;           ///< index of the line that was taken last
+    bool mHasBlankLines = false; ///< behind every line
+};
+
+/** The field, or nothing where the line is shorter. */
+std::string_view fieldAt(const ComtradeConfigLines::Fields& fields, size_t index);
+
+/** True when the text begins as a configuration does: its second line counts channels. */
+bool looksLikeComtradeConfig(std::string_view text);
+
+} // namespace comtrade
