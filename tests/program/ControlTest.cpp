@@ -1,6 +1,5 @@
 #include "SandboxedTest.h"
 
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 

@@ -4,8 +4,8 @@
 #include "SandboxedTest.h"
 
 /**
- * The real program in the sandbox, judged by what arrived at the driver and by the log. There are
- * value files of 50 Hz, case-NUMBER.csv, whose every line can be recognised in a recording.
+ * The real program in the sandbox, judged by what arrived at the driver and by the log. Makes value
+ * files of 50 Hz, case-NUMBER.csv; each of their lines can be recognised in a recording.
  */
 class PlayTest : public SandboxedTest
 {
@@ -13,23 +13,23 @@ protected:
     PlayTest();
 
     /**
-     * Plays `configuration` until the sandbox's options end it. Expects what holds of any run: it
-     * does not end by itself, it does not spin, every record is the one that has to follow, and
-     * what is sent is followed; without a fault among the options also that each block and side
-     * record is as it has to be, and that the summary tells of them.
+     * Plays `configuration` until the options of the sandbox end the run. Expects what every run
+     * must fulfil: the program does not end by itself and does not spin, each record is the right
+     * one, and commands are followed. Without a fault among the options, also expects that all
+     * blocks, side records and rows of the summary are right.
      */
     void play(const std::string& configuration, const Words& options,
               const Words& program = kSimulator);
 
-    /** That the last side record was written when the wall clock had reached its time stamp. */
+    /** Expects that the last side record was written within 1 s of its time stamp. */
     void expectInStep() const;
 
     CommandResult mResult;
     std::vector<Event> mEvents;
     std::vector<SampleRecord> mRecords;
-    std::string mPlayed; ///< the value files, a blank behind each
+    std::string mPlayed; ///< the value files, each followed by a blank
     size_t mMissing = 0; ///< samples that the time stamps skip
-    std::string mLog;    ///< behind the line that tells the start of the endless loop
+    std::string mLog;    ///< after the line about the start of the endless loop
 
 private:
     void explain(bool withEvents);

@@ -36,7 +36,7 @@ const std::vector<Write> kWrites = {
     {kD2hPath, 5000, 1, true},
 };
 
-/** Makes it one system call, and prints the exit code of the writer. */
+/** A command that makes the write in one system call and prints its exit code. */
 std::string commandOf(const Write& write)
 {
     return "dd if=/dev/zero of=" + write.mPath + " bs=" + std::to_string(write.mBytes) +
@@ -44,7 +44,62 @@ std::string commandOf(const Write& write)
            " oflag=seek_bytes conv=notrunc status=none; echo $?\n";
 }
 
-/** What --events wrote behind the driver's lines, without the times. */
+/** How the sandbox ends, and what it says then. */
+struct Ending
+{
+    const char* mArguments; ///< "|" between them
+    int mExitCode;
+    const char* mErrors;
+};
+
+constexpr char kNoBlock[] =
+    "the program ended before its first block; --for and --send count from it";
+
+constexpr Ending kEndings[] = {
+    {"sh|-c|exit $#|sh|--for|[a,b]|--", 3, ""},
+    {"cat|/sys/devices/platform/vxadc-sim/h2p", 0, ""},
+    {"--for|0.1|sh|-c|sleep 0.5; head -c 48 /dev/zero >/dev/adc-in; exec sleep 60", 0, ""},
+    {"--record|no/such/file|true", 125, "cannot write no/such/file: No such file or directory"},
+    {"--record|/dev/full|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 125,
+     "cannot write /dev/full: No space left on device; nothing more is written to it"},
+    {"--for|9|--|sh|-c|head -c 48 /dev/zero >/dev/adc-in; kill -TERM $$", 143,
+     "the program ended by signal 15 (Terminated)"},
+    {"--for|0.1|sh|-c|trap 'kill -SEGV $$' TERM; head -c 48 /dev/zero >/dev/adc-in; sleep 3 & "
+     "wait",
+     139, "the program ended by signal 11 (Segmentation fault)"},
+    {"--for|1|--|sh|-c|exit 3", 3, kNoBlock},
+    {"--for|1|true", 124, kNoBlock},
+    {"--for|1|--patience|0.2|sleep|60", 124, "no block came within 0.2 s; ending the program"},
+    {"--for|0|sh|-c|trap '' TERM; head -c 48 /dev/zero >/dev/adc-in; while :; do sleep 1; done", 0,
+     "the program is still running 5 s after SIGTERM; killing it"},
+    {"sh|-c|trap 'exit 5' INT; kill -INT $PPID; while :; do sleep 0.1; done", 5, ""},
+    {"sh|-c|trap 'exit 6' TERM; kill -TERM $PPID; while :; do sleep 0.1; done", 6, ""},
+    {"sh|-c|trap 'exit 7' HUP; kill -HUP $PPID; while :; do sleep 0.1; done", 7, ""},
+    {"--send|0.1:s1|--send|9:s2|sh|-c|head -c 48 /dev/zero >/dev/adc-in; sleep 2", 0,
+     "cannot send \"s1\" to /etc/vx/simulator_control: No such file or directory\n"
+     "vx-sandbox: the program ended before 1 of the --send commands were due"},
+    {"sh|-c|head -c 47 /dev/zero 2>/dev/null >/dev/adc-in", 1,
+     "refused a write of 47 bytes at offset 0: /dev/adc-in takes 1 to 360 whole records of 48 "
+     "bytes"},
+    {"--|./no-such-program", 127, "cannot run ./no-such-program: No such file or directory"},
+    {"--|/etc/passwd", 126, "cannot run /etc/passwd: Permission denied"},
+    {"--nonsense|--|true", 125, "unknown option --nonsense; see --help"},
+    {"--for|1", 125, "there is no program to run; see --help"},
+    {"--for", 125, "--for: 1 required SECONDS missing"},
+    {"--patience|1|true", 125, "--patience requires --for"},
+    {"--record||true", 125, "--record: takes the name of a file"},
+    {"--record|new|--events|./new|true", 125,
+     "./new: --events is the same file as --record new; name another file"},
+    {"--pme|track.xml|cat|--config=./track.xml", 125,
+     "track.xml: --pme would overwrite the program's argument ./track.xml; name another file"},
+    {"-h", 0, ""},
+    {"--version", 0, ""},
+    {"-v", 0, ""},
+    {"--for|1x|true", 125, "--for takes seconds, 0 to 1000000000, not \"1x\""},
+    {"--send|s1|true", 125, "--send takes SECONDS:COMMAND, not \"s1\""},
+};
+
+/** The lines of --events that are not of the driver, without their times. */
 std::string endOf(const std::string& events)
 {
     static const QRegularExpression kWriteOfTheDriver(R"(\{"t":\d+,"file":"adc-in".*\n)");
@@ -116,58 +171,7 @@ TEST_F(SandboxTest, SendCountsFromTheFirstBlock)
 
 TEST_F(SandboxTest, ExitCodesAndMessages)
 {
-    struct Case
-    {
-        const char* mArguments; ///< "|" between them
-        int mExitCode;
-        const char* mErrors;
-    };
-    const char* const noBlock =
-        "the program ended before its first block; --for and --send count from it";
-    const Case cases[] = {
-        {"sh|-c|exit $#|sh|--for|[a,b]|--", 3, ""},
-        {"cat|/sys/devices/platform/vxadc-sim/h2p", 0, ""},
-        {"--for|0.1|sh|-c|sleep 0.5; head -c 48 /dev/zero >/dev/adc-in; exec sleep 60", 0, ""},
-        {"--record|no/such/file|true", 125, "cannot write no/such/file: No such file or directory"},
-        {"--record|/dev/full|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 125,
-         "cannot write /dev/full: No space left on device; nothing more is written to it"},
-        {"--for|9|--|sh|-c|head -c 48 /dev/zero >/dev/adc-in; kill -TERM $$", 143,
-         "the program ended by signal 15 (Terminated)"},
-        {"--for|0.1|sh|-c|trap 'kill -SEGV $$' TERM; head -c 48 /dev/zero >/dev/adc-in; sleep 3 & "
-         "wait",
-         139, "the program ended by signal 11 (Segmentation fault)"},
-        {"--for|1|--|sh|-c|exit 3", 3, noBlock},
-        {"--for|1|true", 124, noBlock},
-        {"--for|1|--patience|0.2|sleep|60", 124, "no block came within 0.2 s; ending the program"},
-        {"--for|0|sh|-c|trap '' TERM; head -c 48 /dev/zero >/dev/adc-in; while :; do sleep 1; done",
-         0, "the program is still running 5 s after SIGTERM; killing it"},
-        {"sh|-c|trap 'exit 5' INT; kill -INT $PPID; while :; do sleep 0.1; done", 5, ""},
-        {"sh|-c|trap 'exit 6' TERM; kill -TERM $PPID; while :; do sleep 0.1; done", 6, ""},
-        {"sh|-c|trap 'exit 7' HUP; kill -HUP $PPID; while :; do sleep 0.1; done", 7, ""},
-        {"--send|0.1:s1|--send|9:s2|sh|-c|head -c 48 /dev/zero >/dev/adc-in; sleep 2", 0,
-         "cannot send \"s1\" to /etc/vx/simulator_control: No such file or directory\n"
-         "vx-sandbox: the program ended before 1 of the --send commands were due"},
-        {"sh|-c|head -c 47 /dev/zero 2>/dev/null >/dev/adc-in", 1,
-         "refused a write of 47 bytes at offset 0: /dev/adc-in takes 1 to 360 whole records of 48 "
-         "bytes"},
-        {"--|./no-such-program", 127, "cannot run ./no-such-program: No such file or directory"},
-        {"--|/etc/passwd", 126, "cannot run /etc/passwd: Permission denied"},
-        {"--nonsense|--|true", 125, "unknown option --nonsense; see --help"},
-        {"--for|1", 125, "there is no program to run; see --help"},
-        {"--for", 125, "--for: 1 required SECONDS missing"},
-        {"--patience|1|true", 125, "--patience requires --for"},
-        {"--record||true", 125, "--record: takes the name of a file"},
-        {"--record|new|--events|./new|true", 125,
-         "./new: --events is the same file as --record new; name another file"},
-        {"--pme|track.xml|cat|--config=./track.xml", 125,
-         "track.xml: --pme would overwrite the program's argument ./track.xml; name another file"},
-        {"-h", 0, ""},
-        {"--version", 0, ""},
-        {"-v", 0, ""},
-        {"--for|1x|true", 125, "--for takes seconds, 0 to 1000000000, not \"1x\""},
-        {"--send|s1|true", 125, "--send takes SECONDS:COMMAND, not \"s1\""},
-    };
-    for (const Case& it : cases) {
+    for (const Ending& it : kEndings) {
         SCOPED_TRACE(it.mArguments);
         const CommandResult result = sandbox(split(it.mArguments, '|'));
         EXPECT_EQ(result.mExitCode, it.mExitCode);
@@ -175,6 +179,10 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
     }
     EXPECT_THAT(mRunner.readFile("track.xml"), HasSubstr("</log4j:configuration>"));
+}
+
+TEST_F(SandboxTest, LostResultIsAFailure)
+{
     for (const std::string arguments : {"true", "--help"}) {
         const CommandResult result =
             mRunner.run({"sh", "-c", "exec " VX_SANDBOX " " + arguments + " >/dev/full"});
@@ -185,7 +193,7 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
     }
 }
 
-/** Whoever judges the run later has nothing but these lines. */
+/** All that a judge of the run knows about its end. */
 TEST_F(SandboxTest, EventsTellHowTheRunEnded)
 {
     const std::string block = "head -c 48 /dev/zero >/dev/adc-in; ";
@@ -201,11 +209,11 @@ TEST_F(SandboxTest, EventsTellHowTheRunEnded)
     {
         Words mOptions;
         std::string mScript;
-        std::string mEnd; ///< the lines behind those of the blocks, without their times
+        std::string mEnd; ///< the last lines of the events, see endOf()
     } rows[] = {
         {{}, "exit 3", ended(R"("exited","status":3)", "program")},
         {{"--send", "0:s1", "--send", "9:s2"},
-         block + "sleep 1; kill -USR1 $$",
+         block + "until grep -q s1 e; do sleep 0.1; done; kill -USR1 $$",
          unsent("s1", "No such file or directory") + unsent("s2", "the run ended before") +
              ended(R"("killed","signal":10)", "program")},
         {{"--for", "0"}, block + "exec sleep 60", ended(R"("stopped")", "time")},
@@ -233,8 +241,8 @@ TEST_F(SandboxTest, EventsTellHowTheRunEnded)
               unsent("s1", "the run ended before") + ended("", "error"));
 }
 
-/** Neither may root do what an attribute of the driver refuses. */
-TEST_F(SandboxTest, FilesOpenOneWayOnly)
+/** Root is refused as well, as by the real attributes. */
+TEST_F(SandboxTest, FilesOpenForReadingOrForWriting)
 {
     const std::string permissions = programOutput(shell(
         "for file in /dev/adc-in /dev/pme-sim /sys/devices/platform/vxadc-sim/*; do\n"
@@ -245,7 +253,7 @@ TEST_F(SandboxTest, FilesOpenOneWayOnly)
     EXPECT_EQ(permissions, "nyn adc-in\nnyn pme-sim\nnyn d2h\nnyn f2h\nynn h2p\nnyn r2h\n12\n");
 }
 
-/** Each script ends when the last process that holds its pipe has ended. */
+/** Each script ends when the last process that holds its pipe ends. */
 TEST_F(SandboxTest, NoProcessOutlivesIt)
 {
     for (const char* script :
@@ -306,7 +314,7 @@ TEST_F(SandboxTest, DevIsPrivateAndTheRestOfEtcIsTheHosts)
     EXPECT_EQ(programOutput(dev), "d2h\nf2h\nh2p\nr2h\n 00 00\n") << dev;
 }
 
-TEST_F(SandboxTest, WrongFaultsAreRejected)
+TEST_F(SandboxTest, InvalidFaultsAreRejected)
 {
     for (const char* text :
          {"", "adc-in", "adc-in:1", "nowhere:1:EIO", "adc-in:0:EIO", "f2h:-1:EIO", "f2h:1:EFOO",
@@ -318,7 +326,7 @@ TEST_F(SandboxTest, WrongFaultsAreRejected)
     }
 }
 
-TEST_F(SandboxTest, FileThatHasVanishedCannotBeFound)
+TEST_F(SandboxTest, VanishedFileCannotBeFound)
 {
     const CommandResult result =
         sandbox({"--fault", "adc-in:2:vanish", "--fault", "r2h:9:EIO"},

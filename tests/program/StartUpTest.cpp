@@ -8,12 +8,11 @@ constexpr char kStartTime[] = "INFO PrussSimulation start timeSECONDS\n";
 constexpr char kEnd[] = "INFO vx-simulator done.\nINFO vx-simulator Terminating\n";
 } // namespace
 
-/** The command line, where the configuration files are looked for, and what keeps it from playing.
- */
+/** The command line, the search for the configuration files, and what prevents playing. */
 class StartUpTest : public SandboxedTest
 {
 protected:
-    /** The message about a default file found nowhere. */
+    /** The message about a default file that is in none of the directories. */
     std::string notFound(const std::string& fileName, const std::string& ownDirectory,
                          const std::string& option) const
     {
@@ -25,7 +24,7 @@ protected:
                "or specify file with command line argument: " + option + "\n";
     }
 
-    /** The end of a program, whose output may go on behind `output`. */
+    /** Expects how a program ends; its output may continue after `output`. */
     void expectEnd(const Words& program, int exitCode, const std::string& output,
                    const std::string& errors, const std::string& log,
                    const Words& options = {}) const
@@ -39,7 +38,7 @@ protected:
         std::filesystem::remove(mRunner.path("simulator.log"));
     }
 
-    /** A copy of the program, for the build puts a logging configuration beside the original. */
+    /** A copy of the program: beside the original, the build puts a logging configuration. */
     const Words mCopy =
         after(std::string("mkdir -p own && cp ") + VX_SIMULATOR + " own", {"own/vx-simulator"});
     const std::string mOwnDirectory = "  " + mRunner.path("own") + "\n";
@@ -71,7 +70,7 @@ TEST_F(StartUpTest, CommandLineAndMissingFiles)
 }
 
 /** Both files have their default names beside the program, then also in /etc/vx. */
-TEST_F(StartUpTest, DefaultFilesAreTakenFromTheFirstDirectory)
+TEST_F(StartUpTest, TakesDefaultFilesFromTheFirstDirectory)
 {
     for (const std::string name : {"etc", "own"}) {
         mRunner.writeFile(name + ".xml", trackConfiguration(name + ".log"));
@@ -93,8 +92,8 @@ TEST_F(StartUpTest, DefaultFilesAreTakenFromTheFirstDirectory)
     EXPECT_EQ(split(log("own.log"), '\n').front() + "\n", kStartLine);
 }
 
-/** It is replaced only where nothing can be made of it; one that is silent on purpose stays. */
-TEST_F(StartUpTest, LoggingConfigurationThatCannotBeUsedIsToldAndReplaced)
+/** Only one that cannot be used is replaced; one that is silent on purpose stays. */
+TEST_F(StartUpTest, ReplacesAnUnusableLoggingConfiguration)
 {
     const std::string name = "größe.xml";
     const auto runWith = [&](const std::string& text) {
@@ -121,8 +120,8 @@ TEST_F(StartUpTest, LoggingConfigurationThatCannotBeUsedIsToldAndReplaced)
     }
 }
 
-/** It ends with status 0 behind the reason in the log. */
-TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
+/** The status is 0, and the log has the reason. */
+TEST_F(StartUpTest, EndsCleanlyWhenNothingCanBePlayed)
 {
     const std::string kLoaded =
         "INFO Configuration Total 1 lines parsed.\nINFO Simulator File 'vx-simulator.conf' "
@@ -140,7 +139,7 @@ TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
         mRunner.writeFile("values.csv", values);
         expectEnd(kSimulator, 0, "", errors, kStartLine + (kStartTime + reason) + kEnd, options);
     };
-    // What stood before the bad line is kept: a value file that does not exist.
+    // Lines before the bad one are kept; here they name a value file that does not exist.
     expectReason("0,1,no.csv\nä\xff\n1,1,never.csv\n", "",
                  "ERROR Configuration vx-simulator.conf:2: Wrong number of parameter. Expected: 3, "
                  "found 1: ä\xef\xbf\xbd\nERROR Configuration" +
@@ -165,7 +164,7 @@ TEST_F(StartUpTest, WhatCannotBePlayedEndsItInOrder)
                   kEnd);
 }
 
-TEST_F(StartUpTest, LackOfMemoryIsToldAndEndsItInOrder)
+TEST_F(StartUpTest, EndsCleanlyWhenMemoryRunsOut)
 {
 #ifdef VX_HAS_ADDRESS_SANITIZER
     GTEST_SKIP() << "it takes more address space than any limit allows";
