@@ -23,7 +23,7 @@
 #include "PlayRequest.h"
 
 namespace {
-/** All lines that a watch has to give now. */
+/** All new lines of a watch. */
 std::string newLines(control::LogWatch* watch)
 {
     std::string lines;
@@ -41,7 +41,7 @@ void append(const std::string& path, const std::string& bytes)
 int departingReader = -1;
 uid_t strangerAsOwner = 0;
 
-/** The problem of opening, else that of writing "s1". */
+/** What is wrong when "s1" is written into a FIFO. */
 std::string problemOf(const std::string& path)
 {
     control::ControlFifo fifo(QString::fromStdString(path));
@@ -49,7 +49,7 @@ std::string problemOf(const std::string& path)
     return (problem.isEmpty() ? fifo.write("s1\n") : problem).toStdString();
 }
 
-/** The next line that comes out of a FIFO; waits for it. */
+/** The next line from a FIFO; waits for it. */
 std::string lineFrom(int reader)
 {
     std::string line;
@@ -60,7 +60,7 @@ std::string lineFrom(int reader)
     return line;
 }
 
-/** Delivers a request as "vx-control" with these options does; its exit status. */
+/** What "vx-control" does with these options, in a thread; its exit status. */
 std::future<int> delivery(const QStringList& options, const control::PlayRequest& request)
 {
     return std::async(std::launch::async, [=] {
@@ -137,7 +137,7 @@ TEST(ControlFifoTest, WarnsOfOneThatIsNotSafe)
     close(reader);
 }
 
-/** What each sees in the log would fit the other one, too. */
+/** The answers of both are the same line. */
 TEST(DeliveryTest, EachOfTwoWaitsForItsOwnAnswer)
 {
     const TestFiles files;

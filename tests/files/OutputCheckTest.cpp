@@ -9,7 +9,7 @@
 
 namespace fs = std::filesystem;
 
-/** All names are relative to a directory in which they mean something. */
+/** The names are relative to the directory of the test. */
 TEST(OutputCheckTest, FindsOneFileBehindTwoNames)
 {
     const TestFiles files;

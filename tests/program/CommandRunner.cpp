@@ -13,7 +13,7 @@
 #include <filesystem>
 
 namespace {
-/** Far beyond what any command takes on a slow machine. */
+/** Far more than any command takes on a slow machine. */
 constexpr char kHangsSeconds[] = "120";
 constexpr int kHung = 128 + SIGKILL;
 
@@ -25,7 +25,7 @@ double secondsOf(const timeval& time)
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-/** Starts it without the help of Qt, which the emulator of a processor has no kernel for. */
+/** Not by QProcess, which does not work in the emulator of the ARM build. */
 pid_t start(const Words& command, const std::string& output, const std::string& errors)
 {
     std::vector<char*> words;

@@ -5,7 +5,7 @@
 
 #include "Files.h"
 
-/** How a command ended and what it wrote. Prints itself whole, for a failing test. */
+/** How a command ended and what it wrote. Can be printed, for a failing test. */
 struct CommandResult
 {
     int mExitCode = -1;     ///< -1 when a signal ended it
@@ -19,7 +19,7 @@ struct CommandResult
 
 /**
  * Runs commands in a temporary directory of its own, which goes away with the object. HOME is that
- * directory too, so that nothing of the user's reaches a command.
+ * directory as well, so that no file of the user affects a command.
  */
 class CommandRunner
 {

@@ -3,7 +3,7 @@
 #include "CommandRunner.h"
 
 namespace {
-/** What bash's own package brings, reduced to what the completions take from it. */
+/** The helpers of the package bash-completion, reduced to what the completions use. */
 constexpr char kHelpers[] = R"(
 _init_completion() {
     words=("${COMP_WORDS[@]}") cword=$((${#COMP_WORDS[@]} - 1))
@@ -23,7 +23,7 @@ printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort
 )";
 } // namespace
 
-/** What is offered for the last word of a command line, in the order of the alphabet. */
+/** The offers for the last word of a command line, sorted. */
 class CompletionTest : public testing::Test
 {
 protected:
@@ -42,7 +42,7 @@ protected:
     CommandRunner mRunner;
 };
 
-/** A name that several configurations play, or that looks like a number, is none for play. */
+/** Names that several configurations play, or that look like numbers, are not offered. */
 TEST_F(CompletionTest, OffersWhatVxControlTakes)
 {
     mRunner.writeFile("c.conf",

@@ -3,7 +3,7 @@
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-/** vx-control and the simulator, both as they are, in the paths of the device. */
+/** The real vx-control and the real simulator, with the paths of the device. */
 class ControlTest : public SandboxedTest
 {
 };
@@ -31,7 +31,7 @@ TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
                     "1\nvx-control: written, but the log says nothing about it after 0.1 s.*\n1\n"))
         << result;
     EXPECT_THAT(log(), HasSubstr("Execute Config 1 once\nINFO Configuration Execute Config 2"));
-    // Its lines stand among those of the sandbox, each whole; the first tries had no FIFO.
+    // Whole lines among those of the sandbox; the first attempts found no FIFO.
     std::string commands;
     for (const Event& event : eventsOf(mRunner.readFile("e.jsonl"))) {
         if (event.mFile == "simulator_control" && event.mIsAccepted) {

@@ -11,14 +11,14 @@ constexpr quint32 kPeriod = 2'000'000; ///< in units of 10 ns
 constexpr size_t kBlocksFromPacingToPacing = 11;
 constexpr char kLoopBegins[] = "INFO Simulator Starting endless simulation loop\n";
 
-/** Of a core; what waits takes a few percent, what spins takes all that it gets. */
+/** Of a core; a program that waits takes a few percent, one that spins takes all it gets. */
 constexpr double kSpinningShare = 0.5;
 
-/** Lines of the value files by their numbers. */
+/** The number of lines of each value file. */
 const std::map<int, int> kLines = {{1, 400},  {2, 361},  {3, 1},    {4, 360},
                                    {11, 360}, {12, 720}, {21, 900}, {22, 1400}};
 
-/** What arrives for a line, but for its time stamp. */
+/** The record of a line, without its time stamp. */
 SampleRecord contentOf(int number, int line)
 {
     return {0,
@@ -73,7 +73,7 @@ void PlayTest::play(const std::string& configuration, const Words& options, cons
     }
 }
 
-/** Whatever a fault did, samples may be missing, and nothing else may be wrong. */
+/** After a fault, samples may be missing; nothing else may be wrong. */
 void PlayTest::explain(bool withEvents)
 {
     Words words = {VX_CASE, "explain", "record.bin", "--config", "vx-simulator.conf", "--json"};
@@ -93,7 +93,7 @@ void PlayTest::explain(bool withEvents)
     ASSERT_EQ(result.mExitCode, mMissing == 0 ? 0 : 1) << result;
 }
 
-/** Side records follow the blocks 1, 12, 23, ... and say what the blocks say. */
+/** Side records follow the blocks 1, 12, 23, ... and agree with them. */
 void PlayTest::checkEvents() const
 {
     size_t blocks = 0;
@@ -102,7 +102,7 @@ void PlayTest::checkEvents() const
     for (const Event& event : mEvents) {
         EXPECT_TRUE(event.mIsAccepted) << event.mFile << ", " << event.mBytes << " bytes";
         if (event.mFile == "adc-in") {
-            // Neither a block of two cases nor a short one within a case.
+            // No block holds samples of two cases, and only the last block of a case is short.
             const SampleRecord& first = mRecords[records];
             EXPECT_EQ(event.mBytes / 48,
                       std::min(360, kLines.at(first.mValues[0]) - first.mValues[1]));
@@ -120,7 +120,7 @@ void PlayTest::checkEvents() const
         }
     }
     EXPECT_EQ(records, mRecords.size());
-    // The end may have come while the writer slept, before the records of its last pacing.
+    // The run may have ended while the program slept, before the side records.
     EXPECT_GE(kBlocksFromPacingToPacing * (pacings + 1), blocks);
     auto rows = summary(mResult);
     EXPECT_EQ(rows["blocks"], std::to_string(blocks));

@@ -30,8 +30,8 @@ TEST_F(ProgramTest, PlaysInOrderAndFollowsTheOperator)
 }
 
 /**
- * Nothing to play at first: no spinning, no flood of messages, and the operator is heard, also
- * when the program was started without its three standard descriptors.
+ * With nothing to play at first, the program does not spin or flood the log, and follows the
+ * operator, also when it was started without its three standard descriptors.
  */
 TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
 {
@@ -45,7 +45,7 @@ TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
                                  std::string(kOnceOne)));
 }
 
-/** The stream keeps its pace, and what can be understood is done. */
+/** The stream keeps its pace, and valid commands are followed. */
 TEST_F(ProgramTest, AbuseOfTheFifoDoesNotHoldTheStream)
 {
     for (const auto& [writer, lastLine] :
@@ -80,7 +80,7 @@ TEST_F(ProgramTest, PlaysOnBehindEveryFault)
                              4));
     expectInStep();
     EXPECT_EQ(summary(mResult)["faulted writes"], std::to_string(106 + 6 + 6)) << mResult;
-    // What the driver left of a record is written behind it, which an attribute does not take.
+    // The rest of a record after a short write; an attribute does not take a write at an offset.
     EXPECT_EQ(summary(mResult)["refused writes"], "2") << mResult;
 }
 
@@ -95,7 +95,7 @@ TEST_F(ProgramTest, BearsAFaultThatStays)
     EXPECT_LE(static_cast<double>(lines), 2 * (9 + mResult.mSeconds)) << "no flood" << mLog;
 }
 
-/** In a write that stalls, which would go on for long, and in a sleep; no block is torn. */
+/** During a write that stalls for long, and during a sleep; no block is cut. */
 TEST_F(ProgramTest, SignalsEndItAtOnce)
 {
     play(kOneCase, {"--for", "1", "--fault", "adc-in:30:stall=100"});

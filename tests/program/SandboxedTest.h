@@ -7,7 +7,7 @@
 
 #include "CommandRunner.h"
 
-/** A write as the sandbox tells of it. */
+/** A write, or a command, in the events of the sandbox. */
 struct Event
 {
     qint64 mArrivalNs;
@@ -17,7 +17,7 @@ struct Event
     std::vector<quint32> mWords;
 };
 
-/** The writes among the events. */
+/** The events of writes and commands. */
 std::vector<Event> eventsOf(const std::string& text);
 
 /** Runs programs in the sandbox, and the simulator in particular, in a directory of its own. */
@@ -27,7 +27,7 @@ protected:
     /** Writes the logging configuration that kSimulator names. */
     SandboxedTest();
 
-    /** Its errors are without the line that tells where the control FIFO is. */
+    /** Leaves out of the errors the line about the place of the control FIFO. */
     CommandResult sandbox(const Words& arguments) const;
     CommandResult sandbox(const Words& options, const Words& program) const;
 

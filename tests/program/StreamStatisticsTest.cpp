@@ -18,7 +18,7 @@ constexpr std::int64_t kBlockNs = kStepNs * std::int64_t{kBlockSamples};
 constexpr int kBlocksOfABurst = 11;
 constexpr std::int64_t kBurstNs = kBlocksOfABurst * kBlockNs;
 
-/** A stream whose samples follow each other, with arrivals as the test wants them. */
+/** A stream of consecutive samples; the test chooses the arrivals. */
 struct Stream
 {
     void add(std::size_t count, std::int64_t stepNs, const sandbox::Arrival& arrival)
@@ -78,7 +78,7 @@ TEST(StreamStatisticsTest, StepsCountWithinAndAcrossBlocks)
     EXPECT_EQ(statistics.samplingRate(), 0);
 }
 
-/** Every burst has the same shape, so the line through them has exactly the pace of the bursts. */
+/** All bursts have the same shape, so the slope is exactly the speed of the bursts. */
 TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
 {
     for (const auto& [bursts, lateNs] :
@@ -92,7 +92,7 @@ TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
     }
 }
 
-/** A period of 60 Hz has shorter bursts; that must not look like a slower stream. */
+/** At 60 Hz, bursts are shorter; that must not look like a slower stream. */
 TEST(StreamStatisticsTest, ShorterBurstsDoNotChangeTheSpeed)
 {
     Stream stream;
