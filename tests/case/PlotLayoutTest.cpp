@@ -159,6 +159,7 @@ TEST(PlotLayoutTest, PlacesTextsWhereTheyBelong)
         {{0.0, 5.0, 0, "0: steady"}, {5.0, 5.1, 7, "7: sag"}, {5.1, 10.0, 0, "0: steady"}},
         {{2.0, "command a"}, {2.1, "command b"}, {9.9, "command c"}},
         {panel},
+        {},
         {}};
     const plot::Layout layout = layOut(picture);
     std::string texts;
@@ -193,7 +194,7 @@ TEST(LabelTextTest, CountsAndShortensLetters)
 TEST(GnuplotScriptTest, QuotesTexts)
 {
     const plot::Panel panel{"it's\n`V`_x", 0.0, 2.0, {{"$a \"", 0, false, {{0, 1}}}}};
-    const plot::Picture picture{"t", "c", 0.0, 1.0, {}, {}, {panel}, {}};
+    const plot::Picture picture{"t", "c", 0.0, 1.0, {}, {}, {panel}, {}, {}};
     EXPECT_THAT(gnuplotScript(layOut(picture), plot::PictureFormat::Svg),
                 AllOf(HasSubstr("set terminal svg "), HasSubstr("set label 'it''s `V`_x' at "),
                       HasSubstr("set label '$a \"' at "), HasSubstr("$data0 << EOD\n0 1\nEOD\n")));

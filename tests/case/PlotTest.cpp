@@ -7,8 +7,11 @@
 #include "CommandRunner.h"
 #include "SampleRecord.h"
 #include "base/Numbers.h"
+#include "plot/DrawnBlock.h"
 #include "plot/Envelope.h"
+#include "plot/Moment.h"
 #include "plot/Overview.h"
+#include "plot/WaveformWindows.h"
 
 using testing::HasSubstr;
 
@@ -97,11 +100,15 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
         Sag sag(hertz, rate, static_cast<size_t>(jump));
         const plot::DrawnChannels channels(sag.description());
         plot::Overview overview(sag.description(), channels, 500);
-        overview.read(sag);
-        const std::vector<plot::Moment> moments = plot::chooseMoments(overview.moments(), 3, 0.1);
-        ASSERT_EQ(moments.size(), 1) << hertz << ' ' << rate;
-        EXPECT_NEAR(moments[0].mSeconds, jump / rate, 3.0 / rate) << hertz << ' ' << rate;
-        EXPECT_THAT(moments[0].mText, HasSubstr(" V"));
+        waveform::SignalBlock block;
+        while (sag.read(block)) {
+            overview.add(plot::drawnBlock(block, channels, 0.0));
+        }
+        overview.finish();
+        const std::vector<plot::Change>& changes = overview.changes().changes();
+        ASSERT_EQ(changes.size(), 1) << hertz << ' ' << rate;
+        EXPECT_NEAR(changes[0].mSeconds, jump / rate, 3.0 / rate) << hertz << ' ' << rate;
+        EXPECT_THAT(overview.changes().textOf(changes[0]), HasSubstr(" V"));
         EXPECT_NEAR(overview.rms(0).back().mY, 400 * std::sqrt(0.5), 20);
         for (const plot::Point& point : overview.hertz()) {
             EXPECT_NEAR(point.mY, hertz, 0.1) << point.mX;
@@ -124,18 +131,18 @@ TEST(DrawnChannelsTest, StandsInTheOrderOfThePhases)
         const plot::DrawnChannels channels(description, sources);
         std::vector<size_t> drawn;
         for (const plot::DrawnChannel& it : channels.groups().front().mChannels) {
-            EXPECT_EQ(it.mPlace, drawn.size());
+            EXPECT_EQ(it.mConductor, drawn.size());
             drawn.push_back(it.mIndex);
         }
         EXPECT_EQ(drawn, indexes);
     }
 }
 
-/** Of hundreds of changes alike and one that is larger, that one, from where any channel changes.
- */
-TEST(MomentsTest, KeepsTheWeightiestOfMany)
+/** Of hundreds of changes alike and one that is larger, that one, from where any channel changes;
+ * of those alike the first. */
+TEST(ChangeDetectorTest, KeepsTheHighestScores)
 {
-    plot::Moments moments{plot::DrawnChannels(Sag(50.0, 1000.0, 0).description())};
+    plot::ChangeDetector detector{plot::DrawnChannels(Sag(50.0, 1000.0, 0).description())};
     plot::Period last;
     for (int i = 0; i < 1800; ++i) {
         const double level = i % 3 == 0 && i != 600 ? 200.0 : 100.0;
@@ -143,10 +150,47 @@ TEST(MomentsTest, KeepsTheWeightiestOfMany)
         const double late = i == 600 ? 200.0 : -level;
         const plot::Period period{
             i * 1.0, i + 1.0, {i * 1.0, i + 0.5}, {0.0, 0.5}, {{level, late}, {current, current}}};
-        moments.add(last, period, {200.0, current});
+        detector.add(last, period, {200.0, current});
         last = period;
     }
-    EXPECT_EQ(plot::chooseMoments(moments.found(), 1, 1.0)[0].mSeconds, 600.0);
+    std::vector<plot::Moment> moments;
+    for (const plot::Change& change : detector.changes()) {
+        moments.push_back({change.mSeconds, change.mScore, ""});
+    }
+    EXPECT_EQ(plot::chooseMoments(moments, 1, 1.0)[0].mSeconds, 600.0);
+    const std::vector<plot::Moment> three = plot::chooseMoments(moments, 3, 5.0);
+    ASSERT_EQ(three.size(), 3);
+    EXPECT_EQ(three[0].mSeconds, 3.0);
+    EXPECT_EQ(three[1].mSeconds, 9.0);
+}
+
+/** A window that is opened late has what came before; what is forgotten is gone. */
+TEST(WaveformWindowsTest, KeepsWhatIsAskedForLater)
+{
+    plot::WaveformWindows windows(1, 100);
+    const auto add = [&](double begin) {
+        waveform::SignalBlock block;
+        block.resize(1, 10);
+        for (size_t i = 0; i < 10; ++i) {
+            block.mSeconds[i] = begin + static_cast<double>(i);
+            block.mValues[0][i] = block.mSeconds[i] * 2.0;
+        }
+        windows.add(std::make_shared<const waveform::SignalBlock>(block));
+    };
+    const plot::Span late{5.0, 24.0};
+    const plot::Span forgotten{0.0, 12.0};
+    add(0.0);
+    add(10.0);
+    windows.open({late, late});
+    add(20.0);
+    windows.forgetBefore(10.5);
+    windows.open({late, forgotten});
+    const std::vector<plot::Point> points = windows.curve(late, 0, 100);
+    ASSERT_EQ(points.size(), 20);
+    EXPECT_EQ(points.front().mX, 5.0);
+    EXPECT_EQ(points.back().mY, 48.0);
+    EXPECT_EQ(windows.curve(late, 0, 5).size(), 10) << "two a column";
+    EXPECT_EQ(windows.curve(forgotten, 0, 100).front().mX, 10.0);
 }
 
 TEST_F(PlotTest, SaysWhatDiffersAndWhatIsOdd)

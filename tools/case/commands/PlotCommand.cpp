@@ -73,7 +73,7 @@ std::string headOf(const plot::Picture& picture)
     return head;
 }
 
-std::string whyNoSeconds(const std::string& text)
+std::string reasonNotSeconds(const std::string& text)
 {
     double seconds = 0.0;
     return base::parseNumber(text, &seconds) && seconds >= 0.0
@@ -115,6 +115,16 @@ void expectNoConflict(const PlotOptions& options)
     files.expectNoConflict();
 }
 
+plot::Picture readPicture(const plot::PictureRequest& request)
+{
+    base::ProgressLine progress("reading");
+    plot::Picture picture = plot::makePicture(request, progress);
+    for (const std::string& remark : picture.mRemarks) {
+        fmt::print(stderr, "remark: {}\n", remark);
+    }
+    return picture;
+}
+
 void plotIntoFile(const PlotOptions& options)
 {
     const plot::PictureFormat format = formatOf(options.mOutput);
@@ -123,7 +133,7 @@ void plotIntoFile(const PlotOptions& options)
     if (format == plot::PictureFormat::Png) {
         plot::expectFont();
     }
-    const plot::Picture picture = plot::makePicture(options.mRequest);
+    const plot::Picture picture = readPicture(options.mRequest);
     result.write(plot::runGnuplot(plot::gnuplotScript(plot::layOut(picture), format)));
     result.commit();
 }
@@ -131,10 +141,10 @@ void plotIntoFile(const PlotOptions& options)
 void plotOnTerminal(PlotOptions options)
 {
     const int columns = terminalColumns();
-    options.mRequest.mMaxMoments = 1;
+    options.mRequest.mMoments.mMax = 1;
     options.mRequest.mColumns = static_cast<size_t>(columns);
     base::ResultFile result("");
-    const plot::Picture picture = plot::makePicture(options.mRequest);
+    const plot::Picture picture = readPicture(options.mRequest);
     const std::string script = plot::gnuplotScript(plot::layOutOnTerminal(picture, columns),
                                                    columns, isatty(STDOUT_FILENO) != 0);
     result.write(headOf(picture) + withoutPages(plot::runGnuplot(script)));
@@ -166,16 +176,17 @@ void addPlotCommand(CLI::App& app)
         .add_option("--directory", request.mDirectory,
                     "Where relative names of value files begin (default: here)")
         ->type_name("DIRECTORY");
-    CLI::Option* const at = command.add_option("--at", request.mAt, "Waveforms around this time")
-                                ->type_name("SECONDS")
-                                ->check(whyNoSeconds);
-    command.add_option("--from", request.mFrom, "Waveforms from this time on")
+    CLI::Option* const at =
+        command.add_option("--at", request.mMoments.mAt, "Waveforms around this time")
+            ->type_name("SECONDS")
+            ->check(reasonNotSeconds);
+    command.add_option("--from", request.mMoments.mFrom, "Waveforms from this time on")
         ->type_name("SECONDS")
-        ->check(whyNoSeconds)
+        ->check(reasonNotSeconds)
         ->excludes(at);
-    command.add_option("--to", request.mTo, "Waveforms up to this time")
+    command.add_option("--to", request.mMoments.mTo, "Waveforms up to this time")
         ->type_name("SECONDS")
-        ->check(whyNoSeconds)
+        ->check(reasonNotSeconds)
         ->excludes(at);
     addEncodingOption(command, &request.mInputOptions.mEncoding);
     command.callback([options] {

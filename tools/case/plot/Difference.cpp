@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/ProgressLine.h"
-
 namespace plot {
 
 namespace {
@@ -26,7 +24,7 @@ std::vector<Difference::Pair> Difference::pairsOf(const DrawnGroup& left, const 
     std::vector<Pair> pairs;
     for (const DrawnChannel& a : left.mChannels) {
         for (const DrawnChannel& b : right.mChannels) {
-            if (a.mPlace == b.mPlace) {
+            if (a.mConductor == b.mConductor) {
                 pairs.push_back({a, b});
             }
         }
@@ -34,63 +32,80 @@ std::vector<Difference::Pair> Difference::pairsOf(const DrawnGroup& left, const 
     return pairs;
 }
 
-bool Difference::Reader::hasSample()
+void Difference::Side::advance(size_t samples)
 {
-    if (mNext == mBlock.size()) {
+    mNext += samples;
+    if (mNext == block().size()) {
+        mBlocks.pop_front();
         mNext = 0;
-        return mSource.read(mBlock);
-    }
-    return true;
-}
-
-void Difference::Reader::skipTo(double begin)
-{
-    while (hasSample() && seconds() < begin - kSameInstant) {
-        ++mNext;
     }
 }
 
-bool Difference::read(waveform::SignalSource& left, waveform::SignalSource& right)
+void Difference::Side::skipTo(double seconds)
 {
-    base::ProgressLine line("comparing");
-    Reader a{left};
-    Reader b{right};
-    if (a.hasSample() && b.hasSample()) {
-        const double begin = std::max(a.seconds(), b.seconds());
-        a.skipTo(begin);
-        b.skipTo(begin);
+    while (left() > 0 && block().mSeconds[mNext] < seconds - kSameInstant) {
+        advance(1);
     }
-    while (a.hasSample() && b.hasSample()) {
-        const size_t count = std::min(a.mBlock.size() - a.mNext, b.mBlock.size() - b.mNext);
-        if (!compare(a, b, count)) {
-            return false;
+}
+
+void Difference::add(size_t side, const SharedBlock& block)
+{
+    if (mIsOver) {
+        return;
+    }
+    mSides[side].mBlocks.push_back(block);
+    align();
+    while (const size_t count = mIsAligned ? std::min(mSides[0].left(), mSides[1].left()) : 0) {
+        if (!compare(count)) {
+            mAreInstantsEqual = false;
+            finish();
+            return;
         }
-        a.mNext += count;
-        b.mNext += count;
+        mSides[0].advance(count);
+        mSides[1].advance(count);
         mSamples += count;
-        line.show(left.progress());
     }
-    return mSamples > 0;
 }
 
-bool Difference::compare(const Reader& left, const Reader& right, size_t count)
+void Difference::finish()
 {
-    for (size_t i = 0; i < count; ++i) {
-        const double seconds = left.mBlock.mSeconds[left.mNext + i];
-        if (std::abs(seconds - right.mBlock.mSeconds[right.mNext + i]) > kSameInstant) {
+    mIsOver = true;
+    mSides = {};
+}
+
+/** Both have their first sample only at the beginning, so the later one is where both are. */
+void Difference::align()
+{
+    Side& left = mSides[0];
+    Side& right = mSides[1];
+    if (mIsAligned || left.left() == 0 || right.left() == 0) {
+        return;
+    }
+    const double begin =
+        std::max(left.block().mSeconds[left.mNext], right.block().mSeconds[right.mNext]);
+    left.skipTo(begin);
+    right.skipTo(begin);
+    mIsAligned = left.left() > 0 && right.left() > 0;
+}
+
+bool Difference::compare(size_t count)
+{
+    const waveform::SignalBlock& left = mSides[0].block();
+    const waveform::SignalBlock& right = mSides[1].block();
+    for (size_t i = mSides[0].mNext, j = mSides[1].mNext; count > 0; ++i, ++j, --count) {
+        if (std::abs(left.mSeconds[i] - right.mSeconds[j]) > kSameInstant) {
             return false;
         }
         for (size_t group = 0; group < mPairs.size(); ++group) {
             mValues.clear();
             for (const Pair& pair : mPairs[group]) {
-                const double a = left.mBlock.mValues[pair.mLeft.mIndex][left.mNext + i];
-                const double b = right.mBlock.mValues[pair.mRight.mIndex][right.mNext + i];
-                mValues.push_back(b * pair.mRight.mFactor - a * pair.mLeft.mFactor);
+                mValues.push_back(right.mValues[pair.mRight.mCurve][j] -
+                                  left.mValues[pair.mLeft.mCurve][i]);
                 if (std::abs(mValues.back()) > mLargest[group].mValue) {
-                    mLargest[group] = {std::abs(mValues.back()), seconds};
+                    mLargest[group] = {std::abs(mValues.back()), left.mSeconds[i]};
                 }
             }
-            mCurves[group].add(seconds, mValues);
+            mCurves[group].add(left.mSeconds[i], mValues);
         }
     }
     return true;

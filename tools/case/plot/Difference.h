@@ -1,27 +1,38 @@
 #pragma once
 
+#include <array>
+#include <deque>
 #include <vector>
 
 #include "plot/DrawnChannels.h"
 #include "plot/Envelope.h"
+#include "plot/WaveformWindows.h"
 
 namespace plot {
 
-/** How two signals differ, sample by sample, where their instants are the same. */
+/**
+ * How two signals differ, sample by sample, where their instants are the same. Compares from where
+ * the later one begins up to where the earlier one ends, while both are read.
+ */
 class Difference
 {
 public:
     /**
-     * The channels at the same place of groups alike are compared.
+     * The channels of the same conductor are compared, in groups alike.
+     *
      * @param columns that the picture is wide
      */
     Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns);
 
-    /**
-     * Reads both signals from where the later one begins up to where the earlier one ends.
-     * @return whether all instants in there are the same, to a µs; if not, nothing is known
-     */
-    bool read(waveform::SignalSource& left, waveform::SignalSource& right);
+    /** Takes the next block of a signal: 0 is the left one, 1 the right one. Memory is that of the
+     * blocks by which one is ahead of the other. */
+    void add(size_t side, const SharedBlock& block);
+
+    /** One of them has ended. */
+    void finish();
+
+    /** Whether all instants were the same, to a µs, and there was one; else nothing is known. */
+    bool isKnown() const { return mAreInstantsEqual && mSamples > 0; }
 
     struct Largest
     {
@@ -42,9 +53,6 @@ public:
         return mCurves[group].curve(channel);
     }
 
-    /** That were compared. */
-    size_t samples() const { return mSamples; }
-
 private:
     struct Pair
     {
@@ -52,26 +60,32 @@ private:
         DrawnChannel mRight;
     };
 
-    struct Reader
+    /** What of a signal is not compared yet. */
+    struct Side
     {
-        waveform::SignalSource& mSource;
-        waveform::SignalBlock mBlock{};
-        size_t mNext = 0;
+        std::deque<SharedBlock> mBlocks;
+        size_t mNext = 0; ///< in the first block
 
-        bool hasSample();
-        double seconds() const { return mBlock.mSeconds[mNext]; }
+        const waveform::SignalBlock& block() const { return *mBlocks.front(); }
+        size_t left() const { return mBlocks.empty() ? 0 : block().size() - mNext; }
+        void advance(size_t samples);
 
         /** Leaves out what is before that time. */
-        void skipTo(double begin);
+        void skipTo(double seconds);
     };
 
     static std::vector<Pair> pairsOf(const DrawnGroup& left, const DrawnGroup& right);
-    bool compare(const Reader& left, const Reader& right, size_t count);
+    void align();
+    bool compare(size_t count);
 
     std::vector<std::vector<Pair>> mPairs; ///< of each group
     std::vector<Envelope> mCurves;
     std::vector<Largest> mLargest;
-    std::vector<double> mValues;
+    std::vector<double> mValues; ///< of one sample
+    std::array<Side, 2> mSides;
+    bool mIsAligned = false;
+    bool mIsOver = false;
+    bool mAreInstantsEqual = true;
     size_t mSamples = 0;
 };
 

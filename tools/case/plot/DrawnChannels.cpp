@@ -57,9 +57,9 @@ Order orderOf(const std::vector<waveform::ChannelDescription>& channels,
               const std::vector<std::string>& sources)
 {
     Order order;
-    auto place = order.begin();
+    auto next = order.begin();
     for (const channels::GuessedSet& set : channels::guessChannels(channels)) {
-        place = std::copy(set.mSources.begin(), set.mSources.end(), place);
+        next = std::copy(set.mSources.begin(), set.mSources.end(), next);
     }
     for (size_t i = 0; i < std::min(order.size(), sources.size()); ++i) {
         if (!order[i] || base::trimmed(channels[*order[i]].mName) != sources[i]) {
@@ -129,12 +129,12 @@ void DrawnChannels::drawByUnit(const std::vector<waveform::ChannelDescription>& 
         DrawnGroup group = groupOf(quantity);
         const std::vector<size_t> others = withoutPhase(channels, quantity);
         auto other = sources.empty() ? others.begin() : others.end();
-        for (size_t place = 0; place < kMaxOfEach; ++place) {
+        for (size_t conductor = 0; conductor < kMaxOfEach; ++conductor) {
             const std::optional<size_t>& phase = order[next++];
             const bool isVacant = !phase && other != others.end();
             const std::optional<size_t> index = isVacant ? std::optional(*other++) : phase;
             if (index && channels::unitOf(channels[*index]).mQuantity == quantity) {
-                group.mChannels.push_back({isVacant ? kMaxOfEach + place : place, *index,
+                group.mChannels.push_back({isVacant ? kMaxOfEach + conductor : conductor, *index,
                                            labelOf(channels[*index]),
                                            channels::unitOf(channels[*index]).mFactor});
             }

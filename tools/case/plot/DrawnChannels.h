@@ -11,12 +11,12 @@ namespace plot {
 struct DrawnChannel
 {
     /** 0 to 3 for phase A, B, C and neutral, more where the phase is not known: channels of two
-     * signals at the same place belong together and share their colour. */
-    size_t mPlace;
+     * signals with the same conductor belong together and share their colour. */
+    size_t mConductor;
     size_t mIndex;      ///< in the signal
     std::string mLabel; ///< for the reader; may hold an index as "U_{L1}"
     double mFactor;     ///< from the channel's unit to that of its group
-    size_t mCurve = 0;  ///< place among all that are drawn
+    size_t mCurve = 0;  ///< index among all that are drawn
 };
 
 /** Channels of one unit, drawn over one another. */
@@ -49,7 +49,7 @@ public:
     /** Of all groups, in order. */
     size_t count() const;
 
-    /** Names of the channels that find no place. */
+    /** Names of the channels that are not drawn. */
     const std::vector<std::string>& leftOut() const { return mLeftOut; }
 
 private:

@@ -28,25 +28,34 @@ void Envelope::join(Column* column, const Column& other)
         *column = other;
         return;
     }
-    if (other.mLeast.mY < column->mLeast.mY) {
-        column->mLeast = other.mLeast;
+    if (other.mMin.mY < column->mMin.mY) {
+        column->mMin = other.mMin;
     }
-    if (other.mMost.mY > column->mMost.mY) {
-        column->mMost = other.mMost;
+    if (other.mMax.mY > column->mMax.mY) {
+        column->mMax = other.mMax;
     }
 }
 
-/** Joins two columns each; their number is even. */
+/** Joins two columns each; the last of an odd number stays. */
 void Envelope::halve()
 {
     for (std::vector<Column>& columns : mCurves) {
-        for (size_t i = 0; i < columns.size() / 2; ++i) {
-            columns[i] = columns[2 * i];
-            join(&columns[i], columns[2 * i + 1]);
+        for (size_t i = 0; i < columns.size(); i += 2) {
+            columns[i / 2] = columns[i];
+            if (i + 1 < columns.size()) {
+                join(&columns[i / 2], columns[i + 1]);
+            }
         }
-        columns.resize(columns.size() / 2);
+        columns.resize((columns.size() + 1) / 2);
     }
     mInColumn *= 2;
+}
+
+void Envelope::limit(size_t columns)
+{
+    while (!mCurves.empty() && mCurves[0].size() >= 2 * columns) {
+        halve();
+    }
 }
 
 std::vector<Point> Envelope::curve(size_t curve) const
@@ -56,10 +65,10 @@ std::vector<Point> Envelope::curve(size_t curve) const
         if (column.mIsEmpty) {
             continue;
         }
-        const bool isRising = column.mLeast.mX <= column.mMost.mX;
-        points.push_back(isRising ? column.mLeast : column.mMost);
-        if (column.mLeast.mX != column.mMost.mX) {
-            points.push_back(isRising ? column.mMost : column.mLeast);
+        const bool isRising = column.mMin.mX <= column.mMax.mX;
+        points.push_back(isRising ? column.mMin : column.mMax);
+        if (column.mMin.mX != column.mMax.mX) {
+            points.push_back(isRising ? column.mMax : column.mMin);
         }
     }
     return points;

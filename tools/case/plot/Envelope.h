@@ -13,7 +13,8 @@ struct Point
 
 /**
  * Some curves over the same rising x, of any length in bounded memory: what is denser than the
- * columns of a picture is kept as its least and its largest value a column, each where it was.
+ * columns of a picture is kept as the smallest and the largest value of each column, where they
+ * were.
  */
 class Envelope
 {
@@ -24,14 +25,18 @@ public:
     /** A value that is not a number is left out. Requires: a value a curve. */
     void add(double x, const std::vector<double>& values);
 
+    /** Makes it as coarse as one that was made for so many columns; nothing may be added after it.
+     * Requires: columns > 0. */
+    void limit(size_t columns);
+
     /** In order of x; at most two points a column. */
     std::vector<Point> curve(size_t curve) const;
 
 private:
     struct Column
     {
-        Point mLeast;
-        Point mMost;
+        Point mMin;
+        Point mMax;
         bool mIsEmpty;
     };
 

@@ -5,10 +5,10 @@
 namespace plot {
 
 /**
- * Runs gnuplot with the script on its standard input.
+ * Runs gnuplot with the script on its standard input, and waits for its end.
  *
  * @return what it wrote to its standard output
- * @throws CaseError when it is missing or fails, with its words
+ * @throws CaseError when it is missing or fails, with its message
  */
 std::string runGnuplot(const std::string& script);
 

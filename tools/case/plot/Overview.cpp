@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/ProgressLine.h"
-
 namespace plot {
 
 Overview::Overview(const waveform::SignalDescription& description, const DrawnChannels& channels,
@@ -12,24 +10,19 @@ Overview::Overview(const waveform::SignalDescription& description, const DrawnCh
     : mRms(channels.count(), columns),
       mHertz(1, columns),
       mTrack(std::min(channels.count(), DrawnChannels::kMaxOfEach)),
-      mMoments(channels),
-      mPeriods(description, channels,
+      mChanges(channels),
+      mPeriods(description, channels.count(),
                [this](const Period& last, const Period& period) { take(last, period); }),
       mRmsOfPeriod(channels.count())
 {
 }
 
-void Overview::read(waveform::SignalSource& source)
+void Overview::add(const waveform::SignalBlock& block)
 {
-    base::ProgressLine line("reading");
-    waveform::SignalBlock block;
-    while (source.read(block)) {
-        mPeriods.add(block);
-        mBegin = block.mFirst == 0 ? block.mSeconds.front() : mBegin;
-        mEnd = block.mSeconds.back();
-        line.show(source.progress());
-    }
-    mPeriods.finish();
+    mPeriods.add(block);
+    mEarliestNext = mPeriods.begin();
+    mBegin = block.mFirst == 0 ? block.mSeconds.front() : mBegin;
+    mEnd = block.mSeconds.back();
 }
 
 void Overview::take(const Period& last, const Period& period)
@@ -49,7 +42,7 @@ void Overview::take(const Period& last, const Period& period)
     if (mTrack.add(last, period, &value)) {
         mHertz.add(value.mSeconds, {value.mHertz});
     }
-    mMoments.add(last, period, mRmsOfPeriod);
+    mChanges.add(last, period, mRmsOfPeriod);
 }
 
 } // namespace plot

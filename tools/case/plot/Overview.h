@@ -2,14 +2,14 @@
 
 #include <vector>
 
+#include "plot/ChangeDetector.h"
 #include "plot/Envelope.h"
 #include "plot/FrequencyTrack.h"
-#include "plot/Moments.h"
 
 namespace plot {
 
 /**
- * A signal as a whole: rms of each period and frequency over time, and when something happens.
+ * A signal as a whole: rms of each period and frequency over time, and where it changes.
  * Made while the signal is read once, in memory that does not depend on its length.
  */
 class Overview
@@ -23,14 +23,20 @@ public:
     Overview& operator=(const Overview&) = delete;
     ~Overview() = default;
 
-    /** Reads a signal, which must be the described one, to its end, with a progress line. */
-    void read(waveform::SignalSource& source);
+    /** Takes the next block of the described signal, as drawnBlock() makes it. */
+    void add(const waveform::SignalBlock& block);
+
+    /** The signal ends. */
+    void finish() { mPeriods.finish(); }
 
     /** Of a drawn channel, in the unit of its group. */
-    std::vector<Point> rms(size_t channel) const { return mRms.curve(channel); }
+    std::vector<Point> rms(size_t curve) const { return mRms.curve(curve); }
     std::vector<Point> hertz() const { return mHertz.curve(0); }
-    double largestRms(size_t group) const { return mMoments.largest(group); }
-    std::vector<Moment> moments() const { return mMoments.found(); }
+    double largestRms(size_t group) const { return mChanges.largest(group); }
+    const ChangeDetector& changes() const { return mChanges; }
+
+    /** No change that is found from now on begins before this time. */
+    double earliestNextChange() const { return mEarliestNext; }
 
     /** Times of the first and the last sample, in s. */
     double begin() const { return mBegin; }
@@ -45,9 +51,10 @@ private:
     Envelope mRms;
     Envelope mHertz;
     FrequencyTrack mTrack;
-    Moments mMoments;
+    ChangeDetector mChanges;
     Periods mPeriods;
     std::vector<double> mRmsOfPeriod;
+    double mEarliestNext = 0.0;
     double mBegin = 0.0;
     double mEnd = 0.0;
     double mFirstPeriod = 0.0;

@@ -20,17 +20,13 @@ void clear(Period* period)
 }
 } // namespace
 
-Periods::Periods(const waveform::SignalDescription& description, const DrawnChannels& channels,
-                 Take take)
+Periods::Periods(const waveform::SignalDescription& description, size_t curves, Take take)
     : mIsOfDevice(isOfDevice(description)),
       mHertz(description.mNominalHz > 0.0 ? description.mNominalHz : kUsualHertz),
       mTake(std::move(take))
 {
-    for (const DrawnGroup& group : channels.groups()) {
-        mChannels.insert(mChannels.end(), group.mChannels.begin(), group.mChannels.end());
-    }
-    mLast.mValues.resize(mChannels.size());
-    mPeriod.mValues.resize(mChannels.size());
+    mLast.mValues.resize(curves);
+    mPeriod.mValues.resize(curves);
 }
 
 double Periods::turnsAt(size_t sample, double seconds) const
@@ -66,13 +62,9 @@ void Periods::append(const waveform::SignalBlock& block, size_t begin, size_t en
             mIsOfDevice ? static_cast<double>(mPeriod.mPhases.size()) / kSamplesPerPeriod
                         : turnsAt(block.mFirst + i, block.mSeconds[i]) - mNumber);
     }
-    for (size_t channel = 0; channel < mChannels.size(); ++channel) {
-        const double* const values = block.mValues[mChannels[channel].mIndex].data();
-        const double factor = mChannels[channel].mFactor;
-        std::vector<double>& column = mPeriod.mValues[channel];
-        for (size_t i = begin; i < end; ++i) {
-            column.push_back(values[i] * factor);
-        }
+    for (size_t curve = 0; curve < block.mValues.size(); ++curve) {
+        const double* const values = block.mValues[curve].data();
+        mPeriod.mValues[curve].insert(mPeriod.mValues[curve].end(), values + begin, values + end);
     }
 }
 

@@ -13,8 +13,8 @@ struct Period
     double mBegin = 0.0;                      ///< time of the first sample, in s
     double mEnd = 0.0;                        ///< where the next one begins
     std::vector<double> mSeconds;             ///< times of the samples
-    std::vector<double> mPhases;              ///< place of each in the period, 0 to less than 1
-    std::vector<std::vector<double>> mValues; ///< of the drawn channels, in the unit of their group
+    std::vector<double> mPhases;              ///< where each is in the period, 0 to less than 1
+    std::vector<std::vector<double>> mValues; ///< of each curve
 
     size_t size() const { return mSeconds.size(); }
     double length() const { return mEnd - mBegin; }
@@ -31,10 +31,14 @@ public:
     /** Gets each period and the one before it, which is empty for the first and after a gap. */
     using Take = std::function<void(const Period& last, const Period& period)>;
 
-    Periods(const waveform::SignalDescription& description, const DrawnChannels& channels,
-            Take take);
+    /** @param curves columns of values in the blocks */
+    Periods(const waveform::SignalDescription& description, size_t curves, Take take);
 
+    /** Takes the next block, as drawnBlock() makes it. */
     void add(const waveform::SignalBlock& block);
+
+    /** Where the period in progress begins, which is not given yet. Requires: a block. */
+    double begin() const { return mPeriod.mSeconds.front(); }
 
     /** The signal ends: its last period is given if it is whole, to a sample, or the only one. */
     void finish();
@@ -49,7 +53,6 @@ private:
 
     bool mIsOfDevice;
     double mHertz;
-    std::vector<DrawnChannel> mChannels;
     Take mTake;
     Period mLast;
     Period mPeriod;

@@ -65,8 +65,9 @@ struct Picture
     double mEnd = 0.0;
     std::vector<PlayedPart> mPlayed;
     std::vector<GivenCommand> mCommands;
-    std::vector<Panel> mWhole;        ///< over the whole, one above the other
-    std::vector<WaveColumn> mColumns; ///< side by side
+    std::vector<Panel> mWhole;         ///< over the whole, one above the other
+    std::vector<WaveColumn> mColumns;  ///< side by side
+    std::vector<std::string> mRemarks; ///< what is odd in the inputs, or not shown
 };
 
 } // namespace plot

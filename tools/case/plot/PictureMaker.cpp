@@ -10,56 +10,21 @@
 
 #include "base/CaseError.h"
 #include "explain/Explanation.h"
-#include "explain/RecordWindow.h"
-#include "plot/Difference.h"
-#include "plot/LabelText.h"
-#include "plot/Overview.h"
+#include "plot/PictureReader.h"
 #include "plot/PlayedBar.h"
-#include "plot/ShiftedSource.h"
-#include "plot/Waveforms.h"
 #include "waveform/DriverRecordingSource.h"
 
 namespace plot {
 
 namespace {
-/** Periods shown before and behind a moment. */
-constexpr double kPeriodsBefore = 2.25;
-constexpr double kPeriodsBehind = 2.75;
-constexpr double kPeriodsAround = 5.0; ///< on both sides of one that was asked for
-
-/** Where nothing changes in the signal itself, these are shown. */
-constexpr double kSwitchWeight = 0.04;
-constexpr double kCommandWeight = 0.03;
-
 /** Above the largest value of a panel. */
 constexpr double kHeadroom = 1.15;
-
-/** Letters of a name in the title of a waveform. */
-constexpr size_t kLongestName = 24;
 
 /** An axis of Hz ends at a multiple of this, and so far away at least. */
 constexpr double kHertzStep = 5.0;
 
-/** One of the inputs as it is read: for the whole, then for its waveforms. */
-struct DrawnSignal
-{
-    std::string mPath;
-    waveform::SignalDescription mDescription;
-    DrawnChannels mChannels;
-    Overview mOverview;
-    bool mIsRecording;
-
-    /** @param sources of an import of the signal; empty for none */
-    DrawnSignal(const std::string& path, const waveform::SignalSource& source,
-                const std::vector<std::string>& sources, size_t columns)
-        : mPath(path),
-          mDescription(source.description()),
-          mChannels(mDescription, sources),
-          mOverview(mDescription, mChannels, columns),
-          mIsRecording(dynamic_cast<const waveform::DriverRecordingSource*>(&source) != nullptr)
-    {
-    }
-};
+/** Names in a remark. */
+constexpr size_t kMaxNames = 10;
 
 std::string baseName(const std::string& path)
 {
@@ -82,18 +47,25 @@ bool isSameRecording(const waveform::ImportMark& left, const waveform::ImportMar
     return stemOf(left) == stemOf(right) && left.mStart == right.mStart;
 }
 
-void refuseUndrawable(const DrawnSignal& signal)
+void refuseUndrawable(const std::string& path, const DrawnSignal& signal)
 {
-    const Overview& overview = signal.mOverview;
+    const Overview& overview = signal.overview();
     if (overview.begin() >= overview.end()) {
-        throw base::CaseError(signal.mPath +
-                              ": expected two samples at least, one behind the other");
+        throw base::CaseError(path + ": expected two samples at least, one behind the other");
     }
-    for (size_t i = 0; i < signal.mChannels.groups().size(); ++i) {
+    for (size_t i = 0; i < signal.channels().groups().size(); ++i) {
         if (!std::isfinite(overview.largestRms(i))) {
-            throw base::CaseError(signal.mPath + ": has values that are too large to be drawn");
+            throw base::CaseError(path + ": has values that are too large to be drawn");
         }
     }
+}
+
+std::string listOf(std::vector<std::string> names)
+{
+    const size_t others = names.size() - std::min(names.size(), kMaxNames);
+    names.resize(names.size() - others);
+    return fmt::format("{}{}", fmt::join(names, ", "),
+                       others > 0 ? fmt::format(" and {} others", others) : "");
 }
 
 std::vector<Point> scaled(std::vector<Point> points, double factor)
@@ -104,140 +76,110 @@ std::vector<Point> scaled(std::vector<Point> points, double factor)
     return points;
 }
 
+/** Whether both are parts of the same recording, one of them at least by an import. */
+bool areOfOneImport(const std::vector<waveform::ImportMark>& parts)
+{
+    const auto isImport = [](const waveform::ImportMark& part) { return !part.mSources.empty(); };
+    return parts.size() > 1 && isSameRecording(parts[0], parts[1]) &&
+           std::any_of(parts.begin(), parts.end(), isImport);
+}
+
+/** The source as a recording of the driver; null when it is none. */
+const waveform::DriverRecordingSource* asRecording(const waveform::SignalSource& source)
+{
+    return dynamic_cast<const waveform::DriverRecordingSource*>(&source);
+}
+
 /** Makes the picture; a class only to share what all steps need. */
 class Maker
 {
 public:
     explicit Maker(const PictureRequest& request) : mRequest(request) {}
 
-    Picture make();
+    Picture make(base::ProgressLine& progress);
 
 private:
     using CurveOf = std::function<std::vector<Point>(size_t curve)>;
 
-    bool areImported() const;
-    std::unique_ptr<waveform::SignalSource> openSource(size_t input) const;
-    void readWhole(size_t input);
+    void openInputs();
+    void addPlayed(const waveform::SignalSource& source);
+    void finishSignal(size_t input);
     void chooseUnits();
     void addTexts();
-    void addPlayed();
     void addWhole();
     void addHertz();
-    void addDifferences();
     void addDifference(const Difference& difference, size_t group);
-    std::vector<WaveColumn> chooseColumns() const;
-    std::vector<Moment> moments() const;
-    void addWaveforms();
-    void addWavePanels(size_t signal, const Waveforms& waves, size_t column);
+    void addWaveforms(const std::vector<ShownSpan>& shown);
+    WaveColumn columnOf(const ShownSpan& shown, size_t columns) const;
     void addCurves(size_t signal, size_t group, const CurveOf& curveOf, Panel* panel) const;
 
-    const std::vector<DrawnGroup>& groups() const { return mSignals[0]->mChannels.groups(); }
+    const std::vector<DrawnGroup>& groups() const { return mSignals[0]->channels().groups(); }
 
     const PictureRequest& mRequest;
-    std::vector<waveform::ImportMark> mParts; ///< of each input
     std::vector<std::unique_ptr<DrawnSignal>> mSignals;
+    std::unique_ptr<Difference> mDifference;
+    bool mIsRecording = false;
     std::vector<ShownUnit> mUnits; ///< of each group
     Picture mPicture;
 };
 
-Picture Maker::make()
+Picture Maker::make(base::ProgressLine& progress)
 {
-    for (const std::string& path : mRequest.mInputs) {
-        mParts.push_back(partOf(input::openInput(path, mRequest.mInputOptions)->description()));
-    }
-    for (size_t i = 0; i < mRequest.mInputs.size(); ++i) {
-        readWhole(i);
+    openInputs();
+    const MomentChooser chooser(mRequest.mMoments, mPicture.mPlayed, mPicture.mCommands);
+    readSignals(mSignals, mDifference.get(), chooser, progress);
+    for (size_t i = 0; i < mSignals.size(); ++i) {
+        finishSignal(i);
     }
     chooseUnits();
     addTexts();
-    addPlayed();
     addWhole();
     addHertz();
-    if (mSignals.size() > 1) {
-        addDifferences();
+    if (mDifference && !mDifference->isKnown()) {
+        mPicture.mCaption += ", sampled at other instants";
     }
-    mPicture.mColumns = chooseColumns();
-    addWaveforms();
-    return mPicture;
-}
-
-/** Whether both are parts of the same recording, one of them at least by an import. */
-bool Maker::areImported() const
-{
-    const auto isImport = [](const waveform::ImportMark& part) { return !part.mSources.empty(); };
-    return mParts.size() > 1 && isSameRecording(mParts[0], mParts[1]) &&
-           std::any_of(mParts.begin(), mParts.end(), isImport);
+    for (size_t i = 0; mDifference && mDifference->isKnown() && i < groups().size(); ++i) {
+        addDifference(*mDifference, i);
+    }
+    addWaveforms(chooser.choose(mSignals[0]->overview(), mPicture.mBegin, mPicture.mEnd));
+    return std::move(mPicture);
 }
 
 /** An import and the recording that it was made from have the times of the first one. */
-std::unique_ptr<waveform::SignalSource> Maker::openSource(size_t input) const
+void Maker::openInputs()
 {
-    auto source = input::openInput(mRequest.mInputs[input], mRequest.mInputOptions);
-    const double shift = areImported() ? mParts[input].mSeconds - mParts[0].mSeconds : 0.0;
-    return shift == 0.0 ? std::move(source)
-                        : std::make_unique<ShiftedSource>(std::move(source), shift);
-}
-
-void Maker::readWhole(size_t input)
-{
-    const std::string& path = mRequest.mInputs[input];
-    const auto source = openSource(input);
-    const auto sources = areImported() ? mParts[1 - input].mSources : std::vector<std::string>();
-    auto signal = std::make_unique<DrawnSignal>(path, *source, sources, mRequest.mColumns);
-    const DrawnChannels& channels = signal->mChannels;
-    signal->mOverview.read(*source);
-    refuseUndrawable(*signal);
-    for (const std::string& remark : source->description().mRemarks) {
-        fmt::print(stderr, "remark: {}: {}\n", path, remark);
+    std::vector<std::unique_ptr<waveform::SignalSource>> sources;
+    std::vector<waveform::ImportMark> parts;
+    for (const std::string& path : mRequest.mInputs) {
+        sources.push_back(input::openInput(path, mRequest.mInputOptions));
+        parts.push_back(partOf(sources.back()->description()));
     }
-    if (!channels.leftOut().empty()) {
-        fmt::print(stderr, "not drawn, for want of place: {}\n",
-                   fmt::join(channels.leftOut(), ", "));
+    if (!mRequest.mEvents.empty() || !mRequest.mConfiguration.empty()) {
+        addPlayed(*sources[0]);
     }
-    mPicture.mBegin = std::min(mPicture.mBegin, signal->mOverview.begin());
-    mPicture.mEnd = std::max(mPicture.mEnd, signal->mOverview.end());
-    mSignals.push_back(std::move(signal));
-}
-
-void Maker::chooseUnits()
-{
-    for (size_t i = 0; i < groups().size(); ++i) {
-        mUnits.push_back(shownUnit(groups()[i], mSignals[0]->mOverview.largestRms(i)));
-    }
-}
-
-void Maker::addTexts()
-{
-    const DrawnSignal& signal = *mSignals[0];
-    const waveform::SignalDescription& about = signal.mDescription;
-    mPicture.mTitle = (signal.mIsRecording ? "What arrived at the driver: " : "") +
-                      baseName(signal.mPath) +
-                      (about.mStation.empty() ? "" : ", " + about.mStation);
-    mPicture.mCaption = fmt::format("{}, {:.4g} s", about.mFormat, signal.mOverview.end());
-    if (!about.mStartTime.empty()) {
-        mPicture.mCaption += ", from " + about.mStartTime;
-    }
-    if (const size_t count = signal.mChannels.leftOut().size(); count > 0) {
-        mPicture.mCaption +=
-            fmt::format("; {} {} not drawn", count, count == 1 ? "channel is" : "channels are");
+    mIsRecording = asRecording(*sources[0]) != nullptr;
+    const bool areImported = areOfOneImport(parts);
+    for (size_t i = 0; i < sources.size(); ++i) {
+        mSignals.push_back(std::make_unique<DrawnSignal>(
+            std::move(sources[i]),
+            areImported ? parts[parts.size() - 1 - i].mSources : std::vector<std::string>(),
+            areImported ? parts[i].mSeconds - parts[0].mSeconds : 0.0, mRequest.mColumns));
     }
     if (mSignals.size() > 1) {
-        mPicture.mCaption += "; dashed and lighter: " + baseName(mSignals[1]->mPath);
+        mDifference = std::make_unique<Difference>(mSignals[0]->channels(), mSignals[1]->channels(),
+                                                   mRequest.mColumns);
     }
 }
 
-void Maker::addPlayed()
+void Maker::addPlayed(const waveform::SignalSource& source)
 {
-    if (mRequest.mEvents.empty() && mRequest.mConfiguration.empty()) {
-        return;
-    }
-    const std::string& path = mSignals[0]->mPath;
-    if (!mSignals[0]->mIsRecording) {
+    const std::string& path = mRequest.mInputs[0];
+    const waveform::DriverRecordingSource* const recording = asRecording(source);
+    if (recording == nullptr) {
         throw base::CaseError(path +
                               ": expected a recording of the driver with --events or --config");
     }
-    explain::RecordWindow window(path);
-    PlayedBar bar(window.ahead() > 0 ? waveform::stampNsOf(window[0]) : 0);
+    PlayedBar bar(recording->firstStampNs());
     auto events = mRequest.mEvents.empty()
                       ? nullptr
                       : std::make_unique<explain::EventTimeline>(mRequest.mEvents);
@@ -257,16 +199,60 @@ void Maker::addPlayed()
         [](const GivenCommand& a, const GivenCommand& b) { return a.mSeconds < b.mSeconds; });
 }
 
+void Maker::finishSignal(size_t input)
+{
+    const std::string& path = mRequest.mInputs[input];
+    const DrawnSignal& signal = *mSignals[input];
+    refuseUndrawable(path, signal);
+    for (const std::string& remark : signal.description().mRemarks) {
+        mPicture.mRemarks.push_back(path + ": " + remark);
+    }
+    const std::vector<std::string>& leftOut = signal.channels().leftOut();
+    if (!leftOut.empty()) {
+        mPicture.mRemarks.push_back(
+            fmt::format("{}: not drawn, there is no room: {}", path, listOf(leftOut)));
+    }
+    mPicture.mBegin = std::min(mPicture.mBegin, signal.overview().begin());
+    mPicture.mEnd = std::max(mPicture.mEnd, signal.overview().end());
+}
+
+void Maker::chooseUnits()
+{
+    for (size_t i = 0; i < groups().size(); ++i) {
+        mUnits.push_back(shownUnit(groups()[i], mSignals[0]->overview().largestRms(i)));
+    }
+}
+
+void Maker::addTexts()
+{
+    const DrawnSignal& signal = *mSignals[0];
+    const waveform::SignalDescription& about = signal.description();
+    mPicture.mTitle = (mIsRecording ? "What arrived at the driver: " : "") +
+                      baseName(mRequest.mInputs[0]) +
+                      (about.mStation.empty() ? "" : ", " + about.mStation);
+    mPicture.mCaption = fmt::format("{}, {:.4g} s", about.mFormat, signal.overview().end());
+    if (!about.mStartTime.empty()) {
+        mPicture.mCaption += ", from " + about.mStartTime;
+    }
+    if (const size_t count = signal.channels().leftOut().size(); count > 0) {
+        mPicture.mCaption +=
+            fmt::format("; {} {} not drawn", count, count == 1 ? "channel is" : "channels are");
+    }
+    if (mSignals.size() > 1) {
+        mPicture.mCaption += "; dashed and lighter: " + baseName(mRequest.mInputs[1]);
+    }
+}
+
 /** Widens the panel so that all its curves are seen, to both sides of 0 or from 0 on. */
 void fit(Panel* panel, bool isSigned)
 {
-    double most = 0.0;
+    double max = 0.0;
     for (const Curve& curve : panel->mCurves) {
         for (const Point& point : curve.mPoints) {
-            most = std::max(most, std::abs(point.mY));
+            max = std::max(max, std::abs(point.mY));
         }
     }
-    panel->mHigh = most > 0.0 ? most * kHeadroom : 1.0;
+    panel->mHigh = max > 0.0 ? max * kHeadroom : 1.0;
     panel->mLow = isSigned ? -panel->mHigh : 0.0;
 }
 
@@ -275,7 +261,7 @@ void Maker::addWhole()
     for (size_t i = 0; i < groups().size(); ++i) {
         Panel panel{mUnits[i].mName + " rms", 0.0, 1.0, {}};
         for (size_t j = 0; j < mSignals.size(); ++j) {
-            const Overview& overview = mSignals[j]->mOverview;
+            const Overview& overview = mSignals[j]->overview();
             addCurves(
                 j, i, [&](size_t curve) { return overview.rms(curve); }, &panel);
         }
@@ -286,12 +272,13 @@ void Maker::addWhole()
 
 void Maker::addCurves(size_t signal, size_t group, const CurveOf& curveOf, Panel* panel) const
 {
-    const DrawnGroup* const drawn = mSignals[signal]->mChannels.groupLike(groups()[group]);
+    const DrawnGroup* const drawn = mSignals[signal]->channels().groupLike(groups()[group]);
     if (drawn == nullptr) {
         return;
     }
     for (const DrawnChannel& channel : drawn->mChannels) {
-        panel->mCurves.push_back({channel.mLabel, channel.mPlace % kConductorColours, signal > 0,
+        panel->mCurves.push_back({channel.mLabel, channel.mConductor % kConductorColours,
+                                  signal > 0,
                                   scaled(curveOf(channel.mCurve), mUnits[group].mFactor)});
     }
 }
@@ -300,7 +287,7 @@ void Maker::addHertz()
 {
     Panel panel{"Hz", 1e9, 0.0, {}, true};
     for (size_t i = 0; i < mSignals.size(); ++i) {
-        const Curve curve{"f", kFrequencyColour, i > 0, mSignals[i]->mOverview.hertz()};
+        const Curve curve{"f", kFrequencyColour, i > 0, mSignals[i]->overview().hertz()};
         for (const Point& point : curve.mPoints) {
             panel.mLow = std::min(panel.mLow, point.mY);
             panel.mHigh = std::max(panel.mHigh, point.mY);
@@ -313,20 +300,6 @@ void Maker::addHertz()
     panel.mLow = (std::floor(panel.mLow / kHertzStep + 0.1) - 1.0) * kHertzStep;
     panel.mHigh = (std::ceil(panel.mHigh / kHertzStep - 0.1) + 1.0) * kHertzStep;
     mPicture.mWhole.push_back(panel);
-}
-
-void Maker::addDifferences()
-{
-    Difference difference(mSignals[0]->mChannels, mSignals[1]->mChannels, mRequest.mColumns);
-    const auto left = openSource(0);
-    const auto right = openSource(1);
-    if (!difference.read(*left, *right)) {
-        mPicture.mCaption += ", sampled at other instants";
-        return;
-    }
-    for (size_t i = 0; i < groups().size(); ++i) {
-        addDifference(difference, i);
-    }
 }
 
 void Maker::addDifference(const Difference& difference, size_t group)
@@ -345,87 +318,17 @@ void Maker::addDifference(const Difference& difference, size_t group)
     Panel panel{"Δ " + unit.mName, 0.0, 1.0, {}};
     for (size_t i = 0; i < difference.channels(group); ++i) {
         const DrawnChannel& channel = difference.channel(group, i);
-        panel.mCurves.push_back({channel.mLabel, channel.mPlace % kConductorColours, false,
+        panel.mCurves.push_back({channel.mLabel, channel.mConductor % kConductorColours, false,
                                  scaled(difference.curve(group, i), unit.mFactor)});
     }
     fit(&panel, true);
     mPicture.mWhole.push_back(panel);
 }
 
-std::vector<Moment> Maker::moments() const
+void Maker::addWaveforms(const std::vector<ShownSpan>& shown)
 {
-    std::vector<Moment> moments = mSignals[0]->mOverview.moments();
-    for (size_t i = 1; i < mPicture.mPlayed.size(); ++i) {
-        const PlayedPart& part = mPicture.mPlayed[i];
-        moments.push_back(
-            {part.mFrom, kSwitchWeight,
-             fmt::format("{:.4g} s: {} begins", part.mFrom, shortened(part.mText, kLongestName))});
-    }
-    for (const GivenCommand& command : mPicture.mCommands) {
-        moments.push_back({command.mSeconds, kCommandWeight,
-                           fmt::format("{:.4g} s: {}", command.mSeconds, command.mText)});
-    }
-    const double period = mSignals[0]->mOverview.period();
-    return chooseMoments(moments, mRequest.mMaxMoments, period * (kPeriodsBefore + kPeriodsBehind));
-}
-
-std::vector<WaveColumn> Maker::chooseColumns() const
-{
-    const double begin = mPicture.mBegin;
-    const double end = mPicture.mEnd;
-    const double period = mSignals[0]->mOverview.period();
-    if (mRequest.mFrom || mRequest.mTo) {
-        const double from = mRequest.mFrom.value_or(begin);
-        const double to = std::min(mRequest.mTo.value_or(end), end);
-        if (from >= to) {
-            throw base::CaseError(fmt::format("nothing to show from {} s to {} s", from, to));
-        }
-        return {{fmt::format("{:.6g} s to {:.6g} s", from, to), from, to, std::nullopt, {}}};
-    }
-    if (mRequest.mAt) {
-        if (*mRequest.mAt > end) {
-            throw base::CaseError(
-                fmt::format("nothing to show at {} s: the end is at {} s", *mRequest.mAt, end));
-        }
-        return {{fmt::format("around {:.6g} s", *mRequest.mAt),
-                 std::max(begin, *mRequest.mAt - kPeriodsAround * period),
-                 std::min(end, *mRequest.mAt + kPeriodsAround * period),
-                 mRequest.mAt,
-                 {}}};
-    }
-    std::vector<WaveColumn> columns;
-    for (const Moment& moment : moments()) {
-        columns.push_back({moment.mText,
-                           std::max(begin, moment.mSeconds - kPeriodsBefore * period),
-                           std::min(end, moment.mSeconds + kPeriodsBehind * period),
-                           moment.mSeconds,
-                           {}});
-    }
-    if (columns.empty()) {
-        const double width = 2.0 * kPeriodsAround * period;
-        columns.push_back({"the beginning", 0.0, std::min(end, width), std::nullopt, {}});
-    }
-    return columns;
-}
-
-void Maker::addWaveforms()
-{
-    std::vector<Waveforms::Stretch> stretches;
-    for (WaveColumn& column : mPicture.mColumns) {
-        stretches.push_back({column.mFrom, column.mTo});
-        for (size_t i = 0; i < groups().size(); ++i) {
-            const std::string& quantity = groups()[i].mQuantity;
-            const std::string axis = (quantity.empty() ? "" : quantity + ", ") + mUnits[i].mName;
-            column.mPanels.push_back({axis, 0.0, 1.0, {}});
-        }
-    }
-    for (size_t i = 0; i < mSignals.size(); ++i) {
-        Waveforms waves(mSignals[i]->mChannels, stretches,
-                        mRequest.mColumns / std::max<size_t>(stretches.size(), 1));
-        waves.read(*openSource(i));
-        for (size_t column = 0; column < stretches.size(); ++column) {
-            addWavePanels(i, waves, column);
-        }
+    for (const ShownSpan& span : shown) {
+        mPicture.mColumns.push_back(columnOf(span, mRequest.mColumns / shown.size()));
     }
     // The columns have their axes in common.
     for (size_t i = 0; i < groups().size(); ++i) {
@@ -441,19 +344,31 @@ void Maker::addWaveforms()
     }
 }
 
-void Maker::addWavePanels(size_t signal, const Waveforms& waves, size_t column)
+WaveColumn Maker::columnOf(const ShownSpan& shown, size_t columns) const
 {
-    std::vector<Panel>& panels = mPicture.mColumns[column].mPanels;
-    for (size_t i = 0; i < panels.size(); ++i) {
-        addCurves(
-            signal, i, [&](size_t curve) { return waves.curve(column, curve); }, &panels[i]);
+    WaveColumn column{shown.mTitle,
+                      std::max(mPicture.mBegin, shown.mSpan.mFrom),
+                      std::min(mPicture.mEnd, shown.mSpan.mTo),
+                      shown.mMark,
+                      {}};
+    for (size_t i = 0; i < groups().size(); ++i) {
+        const std::string& quantity = groups()[i].mQuantity;
+        const std::string axis = (quantity.empty() ? "" : quantity + ", ") + mUnits[i].mName;
+        column.mPanels.push_back({axis, 0.0, 1.0, {}});
+        for (size_t j = 0; j < mSignals.size(); ++j) {
+            const WaveformWindows& windows = mSignals[j]->windows();
+            addCurves(
+                j, i, [&](size_t curve) { return windows.curve(shown.mSpan, curve, columns); },
+                &column.mPanels.back());
+        }
     }
+    return column;
 }
 } // namespace
 
-Picture makePicture(const PictureRequest& request)
+Picture makePicture(const PictureRequest& request, base::ProgressLine& progress)
 {
-    return Maker(request).make();
+    return Maker(request).make(progress);
 }
 
 } // namespace plot

@@ -1,8 +1,11 @@
 #pragma once
 
-#include <optional>
+#include <string>
+#include <vector>
 
+#include "base/ProgressLine.h"
 #include "input/OpenInput.h"
+#include "plot/MomentChooser.h"
 #include "plot/Picture.h"
 
 namespace plot {
@@ -15,17 +18,16 @@ struct PictureRequest
     std::string mEvents;        ///< of vx-sandbox; empty for none
     std::string mConfiguration; ///< that was played; empty for none
     std::string mDirectory;     ///< where its relative names begin
-    std::optional<double> mAt;  ///< s, the moment to show
-    std::optional<double> mFrom;
-    std::optional<double> mTo;
-    size_t mMaxMoments = 3;
+    MomentRequest mMoments;
     size_t mColumns = 1000; ///< points side by side that can be told apart
 };
 
 /**
- * Reads the signals, once for the whole and once for the waveforms, and tells what the picture
- * shows. What finds no place in it is said on standard error.
+ * Reads the signals, each of them once, and tells what the picture shows. With a configuration the
+ * recording is explained first, which reads it once more.
+ *
+ * @throws CaseError for what cannot be read or drawn
  */
-Picture makePicture(const PictureRequest& request);
+Picture makePicture(const PictureRequest& request, base::ProgressLine& progress);
 
 } // namespace plot

@@ -38,7 +38,9 @@ DriverRecordingSource::DriverRecordingSource(const std::string& path) : mFile(pa
     mDescription.mChannels = deviceChannels();
     mDescription.mSampleCount = mFile.size() / sizeof(SampleRecord);
     if (mDescription.mSampleCount > 0) {
-        mDescription.mStartTime = timeText(recordAt(mFile.peek(sizeof(SampleRecord)), 0));
+        const SampleRecord first = recordAt(mFile.peek(sizeof(SampleRecord)), 0);
+        mDescription.mStartTime = timeText(first);
+        mFirstStampNs = stampNsOf(first);
     }
 }
 

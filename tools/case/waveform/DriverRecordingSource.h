@@ -19,6 +19,9 @@ public:
     bool read(SignalBlock& block) override;
     double progress() const override { return mFile.progress(); }
 
+    /** Time stamp of the first record; 0 where there is none. */
+    qint64 firstStampNs() const { return mFirstStampNs; }
+
 private:
     void finish();
 
@@ -26,6 +29,7 @@ private:
     SignalDescription mDescription;
     RisingTime<qint64> mTime; ///< in ns
     size_t mSamples = 0;
+    qint64 mFirstStampNs = 0;
 };
 
 /**

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "base/ProgressLine.h"
+#include "plot/Difference.h"
+#include "plot/DrawnSignal.h"
+#include "plot/MomentChooser.h"
+
+namespace plot {
+
+/**
+ * Reads the signals of a picture to their ends, once and side by side: always the one that is
+ * behind in time. So they can be compared, and have windows at the same times, in memory that does
+ * not depend on their length.
+ *
+ * @param drawn one signal or two
+ * @param difference of the two; null for one
+ */
+void readSignals(const std::vector<std::unique_ptr<DrawnSignal>>& drawn, Difference* difference,
+                 const MomentChooser& chooser, base::ProgressLine& progress);
+
+} // namespace plot
