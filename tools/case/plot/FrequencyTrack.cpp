@@ -10,13 +10,19 @@ namespace plot {
 namespace {
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
-/** Of so many windows the median is taken; a jump of the phase spoils three of them. */
+/**
+ * The median of so many turns is taken. A jump of the phase spoils three of them: a window is two
+ * periods long, and each turn has two windows that overlap by one period. So four of seven are
+ * good.
+ */
 constexpr size_t kMedianOf = 7;
 
-/** Fewer samples in a period say nothing of its phase. */
-constexpr size_t kFewestSamples = 4;
+/** The phase of a sine takes more than two samples a period; with three, the second harmonic is in
+ * it. */
+constexpr size_t kMinSamples = 4;
 
-/** With less of the power in the fundamental there is none. */
+/** With less of the power in the fundamental there is none. Noise has 1/180 of it there (of 360
+ * samples), a sine with a distortion of 100 % has half. */
 constexpr double kMinShare = 0.1;
 
 std::complex<double> product(const std::vector<double>& values,
@@ -45,7 +51,7 @@ double meanSquare(const std::vector<double>& values)
 bool FrequencyTrack::add(const Period& last, const Period& period, Value* value)
 {
     mInRow = last.size() == 0 ? 0 : mInRow + 1;
-    const double turn = period.size() < kFewestSamples ? kNone : turnInto(last, period);
+    const double turn = period.size() < kMinSamples ? kNone : turnInto(last, period);
     // The two windows together reach over this period and the two before it.
     const Period& middle = last.size() == 0 ? period : last;
     mValues.push_back({middle.middle(), mInRow < 2 ? kNone : (1.0 + turn) / middle.length()});
@@ -73,10 +79,10 @@ void FrequencyTrack::makeWeights(const std::vector<double>& phases)
     mRising.clear();
     mFalling.clear();
     for (const double phase : phases) {
-        const Phasor pointer = std::polar(1.0, -2.0 * base::kPi * phase);
+        const Phasor phasor = std::polar(1.0, -2.0 * base::kPi * phase);
         const double rising = 0.5 - 0.5 * std::cos(base::kPi * phase);
-        mRising.push_back(pointer * rising);
-        mFalling.push_back(pointer * (1.0 - rising));
+        mRising.push_back(phasor * rising);
+        mFalling.push_back(phasor * (1.0 - rising));
     }
 }
 
