@@ -13,6 +13,7 @@
 #include "commands/Commands.h"
 #include "generate/SignalTable.h"
 #include "generate/TruthFile.h"
+#include "generate/Wave.h"
 #include "generate/WaveFile.h"
 
 namespace commands {
@@ -82,6 +83,19 @@ bool readDisturbance(const std::string& text, generate::WaveParameters& paramete
     return isGood;
 }
 
+/** Reads the rule of the neutral current and, where there is one, of the neutral voltage. */
+bool readNeutral(const std::string& text, generate::WaveParameters& parameters)
+{
+    const auto fields = base::splitText(text, ',');
+    const auto current = generate::neutralRuleNamed(fields.front());
+    const auto voltage = generate::neutralRuleNamed(fields.back());
+    if (fields.size() != 2 || !current || !voltage) {
+        return false;
+    }
+    parameters.mNeutral = {*current, *voltage};
+    return true;
+}
+
 /** One option that fills the parameters from its text; read tells whether it could. */
 struct Reader
 {
@@ -108,6 +122,10 @@ const Reader kReaders[] = {
      [](auto& text, auto& parameters) {
          return readChannels(text, &generate::WaveChannel::mPhase, parameters);
      }},
+    {"--neutral", "CURRENT,VOLTAGE", "sum,zero",
+     "Neutral channels: sum of the phases, zero, or given by --amplitudes (default: sum,zero for a "
+     "signal, else given)",
+     false, readNeutral},
     {"--harmonic", "ORDER:RATIO:DEGREES:CHANNELS", "5:0.06:0:0,1,2",
      "Adds a harmonic, relative to the fundamental; repeatable", true, readHarmonic},
     {"--disturbance", "START:SECONDS:FACTOR:DEGREES:CHANNELS", "0.3:0.4:0.4:-30:0",
@@ -118,8 +136,9 @@ const Reader kReaders[] = {
 struct GenerateOptions
 {
     generate::WaveParameters mWave;
-    bool mIsWaveChanged = false; ///< by an option of its own
-    std::string mSignal;         ///< empty for none
+    bool mIsWaveChanged = false;      ///< by an option of its own
+    bool mIsNeutralDescribed = false; ///< by --neutral or --amplitudes
+    std::string mSignal;              ///< empty for none
     std::vector<std::string> mSettings;
     bool mIsList = false;
     std::string mTruth;  ///< empty for none
@@ -132,7 +151,9 @@ void addReader(CLI::App& command, const Reader& reader, GenerateOptions& options
     CLI::Option* const option = command.add_option_function<std::vector<std::string>>(
         reader.mName,
         [&reader, &options](const std::vector<std::string>& texts) {
+            const std::string_view name = reader.mName;
             options.mIsWaveChanged = true;
+            options.mIsNeutralDescribed |= name == "--neutral" || name == "--amplitudes";
             for (const std::string& text : texts) {
                 if (!reader.mRead(text, options.mWave)) {
                     throw CLI::ValidationError(
@@ -186,8 +207,7 @@ generate::Signal signalOf(const GenerateOptions& options)
 {
     const generate::Signal* const row = generate::findSignal(options.mSignal);
     if (row == nullptr) {
-        throw CLI::ValidationError(
-            "--signal", fmt::format("'{}': expected a name that --list shows", options.mSignal));
+        throw CLI::ValidationError("--signal", generate::unknownSignal(options.mSignal));
     }
     generate::Signal signal = *row;
     for (const std::string& text : options.mSettings) {
@@ -207,6 +227,9 @@ void generate(const GenerateOptions& options, const std::string& commandLine)
     generate::Signal signal;
     if (!options.mSignal.empty()) {
         signal = signalOf(options);
+        if (!options.mIsNeutralDescribed) {
+            parameters.mNeutral = generate::kCatalogueNeutral;
+        }
         signal.applyTo(parameters);
     }
     const std::string problem = generate::problemOf(parameters);
@@ -221,11 +244,17 @@ void generate(const GenerateOptions& options, const std::string& commandLine)
     std::optional<base::ResultFile> truth;
     if (!options.mTruth.empty()) {
         truth.emplace(options.mTruth);
-        generate::writeTruth(signal, parameters, *truth);
     }
-    generate::writeWave(generate::Wave(parameters), {"made by " + commandLine}, output);
+    for (const std::string& seam : generate::seamsOf(parameters)) {
+        fmt::print(stderr, "remark: {}\n", seam);
+    }
+    const generate::ReferenceValues reference = generate::referenceValuesOf(parameters);
+    generate::SampleMeter meter = generate::sampleMeterFor(reference);
+    generate::Wave wave(parameters);
+    generate::writeLines(wave, {"made by " + commandLine}, meter, output);
     output.commit();
     if (truth) {
+        generate::writeTruth(signal, reference, meter.values(wave.timeline()), *truth);
         truth->commit();
     }
 }
@@ -238,8 +267,7 @@ void addSignalOptions(CLI::App& command, GenerateOptions& options)
         ->allow_extra_args(false)
         ->needs("--signal");
     command.add_flag("--list", options.mIsList, "Lists the signals and ends");
-    command
-        .add_option("--truth", options.mTruth, "Writes what a perfect instrument measures, as JSON")
+    command.add_option("--truth", options.mTruth, "Writes what is in the samples, as JSON")
         ->type_name("FILE");
     command.add_option("-o", options.mOutput, "Writes to FILE instead of standard output")
         ->type_name("FILE");

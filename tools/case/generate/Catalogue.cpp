@@ -8,6 +8,7 @@
 #include "base/ProgressLine.h"
 #include "generate/SignalTable.h"
 #include "generate/TruthFile.h"
+#include "generate/Wave.h"
 #include "generate/WaveFile.h"
 
 namespace generate {
@@ -15,6 +16,7 @@ namespace generate {
 namespace {
 constexpr char kConfigurationName[] = "vx-simulator.conf";
 
+/** The first one is the steady one, whatever is asked for. */
 std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
 {
     std::vector<const Signal*> rows;
@@ -23,10 +25,16 @@ std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
             rows.push_back(&signal);
         }
     }
+    if (!names.empty()) {
+        rows.push_back(&signalTable().front());
+    }
     for (const std::string& name : names) {
+        if (name == rows.front()->mName) {
+            continue;
+        }
         rows.push_back(findSignal(name));
         if (rows.back() == nullptr) {
-            throw base::CaseError(name + ": expected a name that vx-case generate --list shows");
+            throw base::CaseError(unknownSignal(name));
         }
     }
     return rows;
@@ -52,11 +60,15 @@ std::string pathOf(const std::string& directory)
 void writeSignal(const Signal& signal, const std::string& stem)
 {
     WaveParameters wave;
+    wave.mNeutral = kCatalogueNeutral;
     signal.applyTo(wave);
+    const ReferenceValues reference = referenceValuesOf(wave);
+    SampleMeter meter = sampleMeterFor(reference);
+    Wave lines(wave);
     base::ResultFile values(stem + ".csv");
-    writeWave(Wave(wave), {signal.mName + ": " + signal.mText}, values);
+    writeLines(lines, {signal.mName + ": " + signal.mText}, meter, values);
     base::ResultFile truth(stem + ".json");
-    writeTruth(signal, wave, truth);
+    writeTruth(signal, reference, meter.values(lines.timeline()), truth);
     values.commit();
     truth.commit();
 }

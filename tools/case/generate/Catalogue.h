@@ -7,8 +7,8 @@ namespace generate {
 
 /**
  * Writes signals for a test bench into a directory, which is made when it is missing: for each a
- * value file and the JSON of what a perfect instrument measures, and a case configuration that
- * plays them, the first signal over and over and each of the others by its number.
+ * value file and the JSON of what is in it, and a case configuration that
+ * plays them: number 0, the steady one, over and over, and each of the others by its number.
  *
  * @param names the signals; empty for all of the catalogue
  * Throws CaseError for an unknown name and for what cannot be written.

@@ -3,17 +3,98 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <map>
 
 #include "SampleStep.h"
 #include "base/Numbers.h"
-#include "generate/ExponentialSum.h"
 
 namespace generate {
 
 namespace {
 using Complex = std::complex<double>;
 
-constexpr int kHalfPeriod = kSamplesPerPeriod / 2;
+/** A peak value below it is what is left of values that cancel each other. */
+constexpr double kNothing = 1e-6;
+
+double degreesOf(Complex phasor)
+{
+    constexpr double kDecimals = 1e9;
+    const double degrees =
+        std::round(std::arg(phasor) / base::kRadiansPerDegree * kDecimals) / kDecimals;
+    return degrees <= -180.0 ? degrees + 360.0 : degrees;
+}
+
+/** To -180 (excluded) to 180. */
+double normalizedDegrees(double degrees)
+{
+    return degreesOf(std::polar(1.0, degrees * base::kRadiansPerDegree));
+}
+
+/** The peak phasors of a channel by their order, at the first line. */
+struct Spectrum
+{
+    std::map<int, Complex> mPhasors;
+
+    friend Spectrum operator+(Spectrum a, const Spectrum& b)
+    {
+        for (const auto& [order, phasor] : b.mPhasors) {
+            a.mPhasors[order] += phasor;
+        }
+        return a;
+    }
+};
+
+using Spectra = std::array<Spectrum, kChannelCount>;
+
+Spectra spectraOf(const WaveParameters& parameters)
+{
+    Spectra spectra;
+    for (size_t i = 0; i < spectra.size(); ++i) {
+        const auto& [amplitude, phase] = parameters.mChannels[i];
+        spectra[i].mPhasors[1] =
+            amplitude * std::polar(1.0, std::fmod(phase, 360.0) * base::kRadiansPerDegree);
+        for (const Harmonic& harmonic : parameters.mHarmonics) {
+            if (harmonic.mChannels.test(i)) {
+                const double degrees = std::fmod(harmonic.mOrder * phase + harmonic.mPhase, 360.0);
+                spectra[i].mPhasors[harmonic.mOrder] +=
+                    amplitude * harmonic.mRatio *
+                    std::polar(1.0, degrees * base::kRadiansPerDegree);
+            }
+        }
+    }
+    parameters.mNeutral.applyTo(spectra);
+    return spectra;
+}
+
+ChannelValues valuesOf(Spectrum spectrum)
+{
+    const Complex fundamental = spectrum.mPhasors[1];
+    const bool hasFundamental = std::abs(fundamental) > kNothing;
+    ChannelValues values{hasFundamental ? std::abs(fundamental) / std::sqrt(2.0) : 0.0,
+                         hasFundamental ? degreesOf(fundamental) : 0.0,
+                         {},
+                         {}};
+    double squares = 0.0;
+    for (const auto& [order, phasor] : spectrum.mPhasors) {
+        if (order == 1 || std::abs(phasor) <= kNothing) {
+            continue;
+        }
+        HarmonicValues harmonic{
+            order, std::abs(phasor) / std::sqrt(2.0), {}, {}, degreesOf(phasor)};
+        if (hasFundamental) {
+            const double ratio = std::abs(phasor) / std::abs(fundamental);
+            harmonic.mPercent = ratio * kPercent;
+            harmonic.mDegrees =
+                normalizedDegrees(harmonic.mFirstLineDegrees - order * values.mFundamentalDegrees);
+            squares += ratio * ratio;
+        }
+        values.mHarmonics.push_back(harmonic);
+    }
+    if (hasFundamental) {
+        values.mThdPercent = std::sqrt(squares) * kPercent;
+    }
+    return values;
+}
 
 /** What the receiver of the time stamps sees of a frequency in the file. */
 double playedHertz(float hertz)
@@ -34,18 +115,13 @@ public:
     ReferenceValues measure() const;
 
 private:
-    Position positionOf(qint64 line) const;
     FrequencyValues frequency() const;
     FrequencyValues constantFrequency() const;
     FrequencyValues changingFrequency() const;
     std::vector<FrequencyStep> frequencySteps() const;
     std::optional<double> maxSlope() const;
-    ChannelValues channel(size_t channel) const;
-    void measureRms(size_t channel, ChannelValues& values) const;
-    double distortion(size_t channel) const;
-    std::vector<HarmonicValues> harmonics(size_t channel) const;
     std::optional<UnbalanceValues> unbalance() const;
-    EventValues event(const Disturbance& disturbance) const;
+    DisturbanceValues disturbance(const Disturbance& disturbance) const;
     ToneValues tone(const Tone& tone) const;
     ModulationValues modulation(const Modulation& modulation) const;
 
@@ -71,15 +147,14 @@ private:
 ReferenceValues ReferenceMeter::measure() const
 {
     ReferenceValues values{};
-    values.mEnd = positionOf(mTimeline.lineCount());
+    values.mEnd = mTimeline.positionOf(mTimeline.lineCount());
     values.mFrequency = frequency();
     values.mHasHarmonics = hasNoRectangle();
     values.mUnbalance = unbalance();
-    for (size_t i = 0; i < kChannelCount; ++i) {
-        values.mChannels[i] = channel(i);
-    }
-    for (const Disturbance& disturbance : mParameters.mDisturbances) {
-        values.mEvents.push_back(event(disturbance));
+    const Spectra spectra = spectraOf(mParameters);
+    std::transform(spectra.begin(), spectra.end(), values.mChannels.begin(), valuesOf);
+    for (const Disturbance& part : mParameters.mDisturbances) {
+        values.mDisturbances.push_back(disturbance(part));
     }
     for (const Tone& part : mParameters.mTones) {
         values.mTones.push_back(tone(part));
@@ -88,15 +163,6 @@ ReferenceValues ReferenceMeter::measure() const
         values.mModulations.push_back(modulation(part));
     }
     return values;
-}
-
-/** The line behind the last one too. */
-Position ReferenceMeter::positionOf(qint64 line) const
-{
-    const qint64 last = mTimeline.lineCount() - 1;
-    const double step =
-        double(sampleStepOf(mTimeline.frequencyOf(last))) * base::kSecondsPerNanosecond;
-    return {line, line > last ? mTimeline.stampOf(last) + step : mTimeline.stampOf(line)};
 }
 
 FrequencyValues ReferenceMeter::frequency() const
@@ -140,7 +206,7 @@ std::vector<FrequencyStep> ReferenceMeter::frequencySteps() const
     const auto add = [this, &steps](qint64 line) {
         if (steps.empty() || steps.back().mPosition.mLine != line) {
             const float hertz = mTimeline.frequencyOf(line);
-            steps.push_back({positionOf(line), hertz, playedHertz(hertz)});
+            steps.push_back({mTimeline.positionOf(line), hertz, playedHertz(hertz)});
         }
     };
     const qint64 last = mTimeline.lineCount() - kSamplesPerPeriod;
@@ -169,71 +235,6 @@ std::optional<double> ReferenceMeter::maxSlope() const
     return slope;
 }
 
-ChannelValues ReferenceMeter::channel(size_t channel) const
-{
-    const WaveChannel& wave = mParameters.mChannels[channel];
-    ChannelValues values{};
-    values.mFundamentalRms = std::abs(wave.mAmplitude) / std::sqrt(2.0);
-    values.mFundamentalDegrees = wave.degrees();
-    measureRms(channel, values);
-    values.mThdPercent = distortion(channel);
-    values.mHarmonics = harmonics(channel);
-    return values;
-}
-
-double ReferenceMeter::distortion(size_t channel) const
-{
-    double squares = 0.0;
-    for (const Harmonic& harmonic : mParameters.mHarmonics) {
-        squares += harmonic.mChannels.test(channel) ? harmonic.mRatio * harmonic.mRatio : 0.0;
-    }
-    return std::sqrt(squares) * kPercent;
-}
-
-/**
- * The rms of one period, from each zero crossing of the channel's undisturbed wave on: renewed
- * each half period.
- */
-void ReferenceMeter::measureRms(size_t channel, ChannelValues& values) const
-{
-    constexpr double kSame = 1e-5; // a tail of a decay is no extreme
-    const ExponentialSum sum(mParameters, mTimeline, channel);
-    const double phase = std::fmod(mParameters.mChannels[channel].mPhase, kHalfPeriod);
-    const auto first = qint64(std::ceil(phase > 0.0 ? kHalfPeriod - phase : -phase));
-    double rms = 0.0;
-    bool wasSteady = false;
-    for (qint64 line = first; line + kSamplesPerPeriod <= mTimeline.lineCount();
-         line += kHalfPeriod) {
-        // Two periods that overlap and are steady are alike.
-        const bool isSteady = sum.isSteady(line, line + kSamplesPerPeriod);
-        if (!isSteady || !wasSteady) {
-            const double squares = sum.sumOfSquares(line, line + kSamplesPerPeriod);
-            rms = std::sqrt(std::max(0.0, squares) / kSamplesPerPeriod);
-        }
-        wasSteady = isSteady;
-        if (!values.mMinRms || rms < values.mMinRms->mRms * (1.0 - kSame)) {
-            values.mMinRms = {rms, positionOf(line)};
-        }
-        if (!values.mMaxRms || rms > values.mMaxRms->mRms * (1.0 + kSame)) {
-            values.mMaxRms = {rms, positionOf(line)};
-        }
-    }
-}
-
-std::vector<HarmonicValues> ReferenceMeter::harmonics(size_t channel) const
-{
-    std::vector<HarmonicValues> list;
-    const bool isTurned = mParameters.mChannels[channel].mAmplitude < 0.0;
-    for (const Harmonic& harmonic : mParameters.mHarmonics) {
-        if (harmonic.mChannels.test(channel)) {
-            // Half a turn of the fundamental is whole turns of an even order, which is turned too.
-            const double turn = isTurned && harmonic.mOrder % 2 == 0 ? 180.0 : 0.0;
-            list.push_back({harmonic.mOrder, harmonic.mRatio * kPercent, harmonic.mPhase + turn});
-        }
-    }
-    return list;
-}
-
 /** Of the undisturbed voltages. */
 std::optional<UnbalanceValues> ReferenceMeter::unbalance() const
 {
@@ -252,19 +253,12 @@ std::optional<UnbalanceValues> ReferenceMeter::unbalance() const
                            std::abs(a + b + c) / positive * kPercent};
 }
 
-EventValues ReferenceMeter::event(const Disturbance& disturbance) const
+DisturbanceValues ReferenceMeter::disturbance(const Disturbance& disturbance) const
 {
     const qint64 begin = mTimeline.lineAt(disturbance.mStart);
-    const qint64 end = std::min(mTimeline.lineAt(disturbance.mStart + disturbance.mDuration),
-                                mTimeline.lineCount());
-    EventKind kind = disturbance.mFactor < 1.0 ? EventKind::Dip : EventKind::Swell;
-    kind = disturbance.mFactor == 1.0 ? EventKind::PhaseJump : kind;
-    kind = end == mTimeline.lineCount() ? EventKind::Step : kind;
-    return {kind,
-            disturbance.mChannels,
-            positionOf(begin),
-            positionOf(end),
-            disturbance.mFactor,
+    const qint64 end = mTimeline.lineAt(disturbance.mStart + disturbance.mDuration);
+    return {disturbance.mChannels, mTimeline.positionOf(begin),
+            mTimeline.positionOf(std::min(end, mTimeline.lineCount())), disturbance.mFactor,
             disturbance.mPhaseJump};
 }
 
@@ -275,7 +269,7 @@ ToneValues ReferenceMeter::tone(const Tone& tone) const
         timeConstant = tone.mTimeConstant / playbackSpeedRatio();
     }
     return {tone.mChannels,
-            positionOf(mTimeline.lineAt(tone.mStart)),
+            mTimeline.positionOf(mTimeline.lineAt(tone.mStart)),
             tone.mHertz * playbackSpeedRatio(),
             tone.mRatio * kPercent,
             tone.mPhase,
@@ -288,6 +282,15 @@ ModulationValues ReferenceMeter::modulation(const Modulation& modulation) const
             modulation.mDepth * kPercent, modulation.mPhaseDepth};
 }
 } // namespace
+
+SampleMeter sampleMeterFor(const ReferenceValues& values)
+{
+    std::array<double, kChannelCount> degrees{};
+    for (size_t i = 0; i < degrees.size(); ++i) {
+        degrees[i] = values.mChannels[i].mFundamentalDegrees;
+    }
+    return {degrees, values.mChannels[kFirstVoltage].mFundamentalRms};
+}
 
 ReferenceValues referenceValuesOf(const WaveParameters& parameters)
 {

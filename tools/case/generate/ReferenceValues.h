@@ -5,16 +5,10 @@
 #include <optional>
 #include <vector>
 
+#include "generate/SampleMeter.h"
 #include "generate/WaveParameters.h"
 
 namespace generate {
-
-/** A line of the value file and when it is played. */
-struct Position
-{
-    qint64 mLine;    ///< a recording of the stream carries it in the auxiliary word
-    double mSeconds; ///< of the time stamps, from that of the first sample
-};
 
 /** The frequency from a line on. */
 struct FrequencyStep
@@ -34,29 +28,22 @@ struct FrequencyValues
     std::vector<FrequencyStep> mSteps;        ///< empty where it is constant
 };
 
-/** An extreme of the rms of one period. */
-struct RmsExtreme
-{
-    double mRms;
-    Position mPosition; ///< first line of the first such period
-};
-
 struct HarmonicValues
 {
     int mOrder;
-    double mPercent; ///< of the channel's fundamental
-    double mDegrees; ///< where the channel's fundamental rises through 0
+    double mRms;
+    std::optional<double> mPercent; ///< of the channel's fundamental, where there is one
+    std::optional<double> mDegrees; ///< where the channel's fundamental rises through 0
+    double mFirstLineDegrees;
 };
 
-/** Of the wave as it is outside events, apart from the extremes. */
+/** Of the wave as it is without disturbances, modulations and tones. */
 struct ChannelValues
 {
     double mFundamentalRms;
     double mFundamentalDegrees;             ///< of a sine, at the first line
-    std::optional<RmsExtreme> mMinRms;      ///< none in a file that is too short
-    std::optional<RmsExtreme> mMaxRms;      ///< likewise
-    double mThdPercent;                     ///< unless harmonics are left out, as the next one
-    std::vector<HarmonicValues> mHarmonics; ///< in the order in which they were asked for
+    std::optional<double> mThdPercent;      ///< none without a fundamental
+    std::vector<HarmonicValues> mHarmonics; ///< by their order
 };
 
 /** In percent of the positive sequence of the voltages. */
@@ -66,17 +53,8 @@ struct UnbalanceValues
     double mZeroPercent;
 };
 
-enum class EventKind
+struct DisturbanceValues
 {
-    Dip,
-    Swell,
-    PhaseJump,
-    Step ///< lasts to the end
-};
-
-struct EventValues
-{
-    EventKind mKind;
     ChannelSet mChannels;
     Position mBegin;
     Position mEnd;  ///< the first line behind it
@@ -103,10 +81,7 @@ struct ModulationValues
     double mPhaseRadians;
 };
 
-/**
- * What a perfect instrument measures while a wave is played once. Values are in the unit of the
- * channels' samples.
- */
+/** What a wave is made of, with the times at which it is played. In counts. */
 struct ReferenceValues
 {
     Position mEnd; ///< the line behind the last one
@@ -114,16 +89,20 @@ struct ReferenceValues
     std::array<ChannelValues, kChannelCount> mChannels;
     bool mHasHarmonics; ///< false where rectangular modulation shows among them
     std::optional<UnbalanceValues> mUnbalance; ///< none without a positive sequence
-    std::vector<EventValues> mEvents;
+    std::vector<DisturbanceValues> mDisturbances;
     std::vector<ToneValues> mTones;
     std::vector<ModulationValues> mModulations;
 };
 
 /**
- * Computes the values from the description and in closed form, never from the samples.
+ * Computes the values from the description; what the written samples hold is measured by
+ * SampleMeter.
  *
  * Requires: problemOf(parameters) is empty.
  */
 ReferenceValues referenceValuesOf(const WaveParameters& parameters);
+
+/** Measures such a wave: the declared voltage is that of the first channel. */
+SampleMeter sampleMeterFor(const ReferenceValues& values);
 
 } // namespace generate

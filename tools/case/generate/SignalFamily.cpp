@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <limits>
 
 #include "base/Numbers.h"
 
@@ -13,6 +14,9 @@ constexpr double kDegreesPerPeriod = 360.0;
 
 const FamilyParameter kFrequency{"frequency", 50, 10, 400, "Hz"};
 const FamilyParameter kSeconds{"seconds", 1, 0.1, 86400, "s, of the file"};
+/** For what repeats each period: so a command waits no longer than that. */
+const FamilyParameter kShortSeconds{"seconds", 0, 0, 86400, "s, of the file; 0 is one period"};
+constexpr double kAsVoltages = std::numeric_limits<double>::quiet_NaN(); ///< a currents' default
 const FamilyParameter kPhases{"phases", 3, 1, 3, "how many, from the first on; a whole number",
                               true};
 const FamilyParameter kLead{"lead", 10, 0, 10000, "undisturbed periods in front"};
@@ -27,6 +31,13 @@ double value(const Settings& settings, std::string_view name)
     return settings.find(name)->second;
 }
 
+/** The fallback where the parameter has not been set. */
+double valueOr(const Settings& settings, std::string_view name, double fallback)
+{
+    const double set = value(settings, name);
+    return std::isnan(set) ? fallback : set;
+}
+
 /** The first phases of voltages or currents. */
 ChannelSet phasesOf(const Settings& settings, ChannelSet all)
 {
@@ -37,7 +48,8 @@ ChannelSet phasesOf(const Settings& settings, ChannelSet all)
 void applySteady(const Settings& settings, WaveParameters& wave)
 {
     wave.mFrequency = float(value(settings, "frequency"));
-    wave.mDuration = value(settings, "seconds");
+    const double seconds = value(settings, "seconds");
+    wave.mDuration = seconds > 0.0 ? seconds : 1.0 / double(wave.mFrequency);
 }
 
 /** Where something begins, in periods. */
@@ -85,9 +97,20 @@ void applyRamp(const Settings& settings, WaveParameters& wave)
 void applyModulation(const Settings& settings, WaveParameters& wave)
 {
     applySteady(settings, wave);
-    wave.mModulations.push_back({value(settings, "hertz"), value(settings, "percent") / kPercent,
-                                 value(settings, "radians"), ModulationShape::Sine,
-                                 kVoltages | kCurrents});
+    const double percent = value(settings, "percent");
+    const double radians = value(settings, "radians");
+    const double currentPercent = valueOr(settings, "current-percent", percent);
+    const double currentRadians = valueOr(settings, "current-radians", radians);
+    const double hertz = value(settings, "hertz");
+    if (percent == currentPercent && radians == currentRadians) {
+        wave.mModulations.push_back(
+            {hertz, percent / kPercent, radians, ModulationShape::Sine, kVoltages | kCurrents});
+        return;
+    }
+    wave.mModulations.push_back(
+        {hertz, percent / kPercent, radians, ModulationShape::Sine, kVoltages});
+    wave.mModulations.push_back(
+        {hertz, currentPercent / kPercent, currentRadians, ModulationShape::Sine, kCurrents});
 }
 
 /** A change of so many percent is half of them up and half of them down. */
@@ -160,14 +183,14 @@ void applyTransient(const Settings& settings, WaveParameters& wave)
 
 std::vector<FamilyParameter> harmonicParameters()
 {
-    std::vector<FamilyParameter> parameters{kFrequency, kSeconds, kPhases};
+    std::vector<FamilyParameter> parameters{kFrequency, kShortSeconds, kPhases};
     for (int order = 2; order <= kHighestNamedOrder; ++order) {
         parameters.push_back({"h" + std::to_string(order), 0, 0, 100, "% of that order"});
     }
     return parameters;
 }
 const std::vector<SignalFamily> kFamilies{
-    {FamilyKind::Steady, {kFrequency, kSeconds}, applySteady},
+    {FamilyKind::Steady, {kFrequency, kShortSeconds}, applySteady},
     {FamilyKind::Event,
      {kFrequency,
       {"percent", 70, 0, 1000, "% of the voltage that remain"},
@@ -194,8 +217,11 @@ const std::vector<SignalFamily> kFamilies{
      {kFrequency,
       kSeconds,
       {"hertz", 1, 0.001, 1000, "Hz of the modulation"},
-      {"percent", 0, 0, 100, "% of voltages and currents, up and down"},
-      {"radians", 0, 0, 1, "radians of their phase, to and fro"}},
+      {"percent", 0, -100, 100, "% of voltages and currents, to either side"},
+      {"radians", 0, -kMaxPhaseDepth, kMaxPhaseDepth, "radians of their phase, to either side"},
+      {"current-percent", kAsVoltages, -100, 100, "% of the currents, where they differ"},
+      {"current-radians", kAsVoltages, -kMaxPhaseDepth, kMaxPhaseDepth,
+       "radians of the currents, where they differ"}},
      applyModulation},
     {FamilyKind::Flicker,
      {kFrequency,
@@ -213,7 +239,7 @@ const std::vector<SignalFamily> kFamilies{
      applyInterharmonic},
     {FamilyKind::Unbalance,
      {kFrequency,
-      kSeconds,
+      kShortSeconds,
       {"negative", 2, 0, 100, "% of negative sequence"},
       {"zero", 0, 0, 100, "% of zero sequence"}},
      applyUnbalance},

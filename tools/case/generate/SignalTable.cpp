@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "base/NearestName.h"
+
 namespace generate {
 
 namespace {
@@ -296,6 +298,16 @@ const Signal* findSignal(std::string_view name)
     const auto found = std::find_if(signalTable().begin(), signalTable().end(),
                                     [name](const Signal& signal) { return signal.mName == name; });
     return found == signalTable().end() ? nullptr : &*found;
+}
+
+std::string unknownSignal(const std::string& name)
+{
+    std::vector<std::string> names;
+    for (const Signal& signal : signalTable()) {
+        names.push_back(signal.mName);
+    }
+    return fmt::format("'{}': no signal has this name; near it are {}, and --list shows all", name,
+                       fmt::join(base::nearestNames(name, names, 3), ", "));
 }
 
 } // namespace generate

@@ -22,10 +22,16 @@ struct Signal
     void applyTo(WaveParameters& wave) const;
 };
 
+/** In the catalogue: the neutral conductor carries what the phases leave, at no voltage. */
+inline constexpr Neutral kCatalogueNeutral{NeutralRule::Sum, NeutralRule::Zero};
+
 /** All signals, a row each. The first of them is what plays when nothing else is asked for. */
 const std::vector<Signal>& signalTable();
 
 /** Null when there is none of that name. */
 const Signal* findSignal(std::string_view name);
+
+/** What is said of a name that no signal has, with those that are nearest. */
+std::string unknownSignal(const std::string& name);
 
 } // namespace generate

@@ -16,7 +16,7 @@ struct Fundamental
 
 /**
  * What changes in steps: amplitude and phase of the channels' fundamentals, by disturbances and by
- * rectangular modulations. The samples and what an instrument measures both come from here.
+ * rectangular modulations.
  */
 class StepEnvelope
 {
@@ -26,12 +26,6 @@ public:
 
     Fundamental fundamentalAt(qint64 line, size_t channel) const;
 
-    /** The first lines of each step of the channel, rising from 0; the end of the wave is last. */
-    std::vector<qint64> stepsOf(size_t channel) const;
-
-    qint64 beginOf(const Disturbance& disturbance) const;
-    qint64 endOf(const Disturbance& disturbance) const;
-
 private:
     struct Span
     {
@@ -40,7 +34,6 @@ private:
     };
 
     const WaveParameters& mParameters;
-    const Timeline& mTimeline;
     std::vector<Span> mSpans; ///< of the disturbances
 };
 

@@ -4,12 +4,11 @@
 #include <cmath>
 
 #include "SampleStep.h"
+#include "base/Numbers.h"
 
 namespace generate {
 
 namespace {
-constexpr double kNanosecond = 1e-9;
-
 double hertzAt(const std::vector<FrequencyPoint>& course, double seconds)
 {
     const auto next =
@@ -29,29 +28,44 @@ double hertzAt(const std::vector<FrequencyPoint>& course, double seconds)
 
 Timeline::Timeline(const WaveParameters& parameters)
     : mFrequency(parameters.mFrequency),
-      mPeriodCount(std::llround(parameters.mDuration * double(parameters.mFrequency))),
-      mEndSeconds(double(mPeriodCount) / double(parameters.mFrequency))
+      mLineCount(std::llround(parameters.mDuration * double(parameters.mFrequency)) *
+                 kSamplesPerPeriod),
+      mEndSeconds(double(mLineCount) / (double(parameters.mFrequency) * kSamplesPerPeriod))
 {
     if (!parameters.mCourse.empty()) {
         follow(parameters.mCourse, parameters.mDuration);
     }
 }
 
+Timeline::Timeline(const std::vector<float>& frequencies, qint64 lineCount)
+    : mFrequency(frequencies.front()), mLineCount(lineCount), mEndSeconds(0.0)
+{
+    for (const float frequency : frequencies) {
+        add(frequency);
+    }
+    const qint64 last = lineCount - 1;
+    mEndSeconds = secondsOf(last) + 1.0 / (double(frequencyOf(last)) * kSamplesPerPeriod);
+}
+
+/** A period more; mEndSeconds is its beginning. */
+void Timeline::add(float frequency)
+{
+    mPeriods.push_back({mEndSeconds, mNanoseconds, frequency});
+    mEndSeconds += 1.0 / double(frequency);
+    mNanoseconds += qint64(sampleStepOf(frequency)) * kSamplesPerPeriod;
+}
+
 void Timeline::follow(const std::vector<FrequencyPoint>& course, double duration)
 {
-    Period period{0.0, 0, 0.0F};
+    mEndSeconds = 0.0;
     for (;;) {
-        const double middle = period.mSeconds + 0.5 / hertzAt(course, period.mSeconds);
+        const double middle = mEndSeconds + 0.5 / hertzAt(course, mEndSeconds);
         if (middle > duration) {
             break;
         }
-        period.mFrequency = float(hertzAt(course, middle));
-        mPeriods.push_back(period);
-        period.mSeconds += 1.0 / double(period.mFrequency);
-        period.mNanoseconds += qint64(sampleStepOf(period.mFrequency)) * kSamplesPerPeriod;
+        add(float(hertzAt(course, middle)));
     }
-    mPeriodCount = qint64(mPeriods.size());
-    mEndSeconds = period.mSeconds;
+    mLineCount = qint64(mPeriods.size()) * kSamplesPerPeriod;
 }
 
 float Timeline::frequencyOf(qint64 line) const
@@ -72,14 +86,24 @@ double Timeline::secondsOf(qint64 line) const
 double Timeline::stampOf(qint64 line) const
 {
     if (mPeriods.empty()) {
-        return double(line * sampleStepOf(mFrequency)) * kNanosecond;
+        return double(line * sampleStepOf(mFrequency)) * base::kSecondsPerNanosecond;
     }
     // The step of a period stands before its first line too.
     const Period& period = mPeriods[size_t(line / kSamplesPerPeriod)];
     const qint64 lines = line % kSamplesPerPeriod + 1;
     return double(period.mNanoseconds + lines * sampleStepOf(period.mFrequency) -
                   sampleStepOf(mPeriods.front().mFrequency)) *
-           kNanosecond;
+           base::kSecondsPerNanosecond;
+}
+
+Position Timeline::positionOf(qint64 line) const
+{
+    if (line < mLineCount) {
+        return {line, stampOf(line)};
+    }
+    const qint64 last = mLineCount - 1;
+    const double step = double(sampleStepOf(frequencyOf(last))) * base::kSecondsPerNanosecond;
+    return {line, stampOf(last) + step};
 }
 
 qint64 Timeline::lineAt(double seconds) const

@@ -7,6 +7,13 @@
 
 namespace generate {
 
+/** A line of the value file and when it is played. */
+struct Position
+{
+    qint64 mLine;    ///< a recording of the stream carries it in the auxiliary word
+    double mSeconds; ///< of the time stamps, from that of the first sample
+};
+
 /**
  * When each sample of a wave is. A sample is known by its line in the value file, from 0; 360 lines
  * are one period. There are two times: that of the description, by the frequency, and that of the
@@ -18,7 +25,13 @@ public:
     /** Requires: problemOf(parameters) is empty, or concerns neither frequency nor duration. */
     explicit Timeline(const WaveParameters& parameters);
 
-    qint64 lineCount() const { return mPeriodCount * kSamplesPerPeriod; }
+    /**
+     * A frequency for each period.
+     * Requires: all can be played; there is one for each of the lines, and at least one line.
+     */
+    Timeline(const std::vector<float>& frequencies, qint64 lineCount);
+
+    qint64 lineCount() const { return mLineCount; }
 
     /** Hz of the line's period, as the value file has it. */
     float frequencyOf(qint64 line) const;
@@ -29,7 +42,10 @@ public:
     /** Seconds from the first sample's time stamp to that of the line. */
     double stampOf(qint64 line) const;
 
-    /** Seconds to the end of the last period by the frequency. */
+    /** The line and its time stamp; the line behind the last one has a position too. */
+    Position positionOf(qint64 line) const;
+
+    /** Seconds to the end of the last line by the frequency. */
     double endSeconds() const { return mEndSeconds; }
 
     /** The line nearest to a time by the frequency; may lie behind the last one. */
@@ -44,12 +60,14 @@ private:
         float mFrequency;
     };
 
+    void add(float frequency);
     void follow(const std::vector<FrequencyPoint>& course, double duration);
 
     float mFrequency;
-    qint64 mPeriodCount;
+    qint64 mLineCount;
     double mEndSeconds;
     std::vector<Period> mPeriods; ///< empty when the frequency is constant
+    qint64 mNanoseconds = 0;      ///< by the steps, to the end of the last of them
 };
 
 } // namespace generate

@@ -1,38 +1,10 @@
 #include "generate/TruthFile.h"
 
-#include <nlohmann/json.hpp>
-
-#include "generate/ReferenceValues.h"
+#include "generate/MeasuredJson.h"
 
 namespace generate {
 
 namespace {
-using Json = nlohmann::ordered_json;
-
-constexpr std::array<const char*, kChannelCount> kChannelNames{"UA", "UB", "UC", "UN",
-                                                               "IA", "IB", "IC", "IN"};
-
-Json jsonOf(const Position& position)
-{
-    return {{"line", position.mLine}, {"seconds", position.mSeconds}};
-}
-
-Json jsonOf(const std::optional<double>& value)
-{
-    return value ? Json(*value) : Json();
-}
-
-Json jsonOf(const ChannelSet& channels)
-{
-    Json list = Json::array();
-    for (size_t channel = 0; channel < channels.size(); ++channel) {
-        if (channels.test(channel)) {
-            list.push_back(channel);
-        }
-    }
-    return list;
-}
-
 Json jsonOf(const FrequencyStep& step)
 {
     Json json = jsonOf(step.mPosition);
@@ -41,20 +13,13 @@ Json jsonOf(const FrequencyStep& step)
     return json;
 }
 
-Json jsonOf(const std::optional<RmsExtreme>& extreme)
-{
-    if (!extreme) {
-        return {};
-    }
-    Json json = jsonOf(extreme->mPosition);
-    json["value"] = extreme->mRms;
-    return json;
-}
-
 Json jsonOf(const HarmonicValues& harmonic)
 {
-    return {
-        {"order", harmonic.mOrder}, {"percent", harmonic.mPercent}, {"degrees", harmonic.mDegrees}};
+    return {{"order", harmonic.mOrder},
+            {"rms", harmonic.mRms},
+            {"percent", numberOrNull(harmonic.mPercent)},
+            {"degrees", numberOrNull(harmonic.mDegrees)},
+            {"firstLineDegrees", harmonic.mFirstLineDegrees}};
 }
 
 Json jsonOf(const std::optional<UnbalanceValues>& unbalance)
@@ -66,47 +31,30 @@ Json jsonOf(const std::optional<UnbalanceValues>& unbalance)
             {"zeroPercent", unbalance->mZeroPercent}};
 }
 
-const char* nameOf(EventKind kind)
+Json jsonOf(const DisturbanceValues& disturbance)
 {
-    switch (kind) {
-        case EventKind::Dip:
-            return "dip";
-        case EventKind::Swell:
-            return "swell";
-        case EventKind::PhaseJump:
-            return "phase jump";
-        case EventKind::Step:
-            break;
-    }
-    return "step";
-}
-
-Json jsonOf(const EventValues& event)
-{
-    return {{"kind", nameOf(event.mKind)},
-            {"channels", jsonOf(event.mChannels)},
-            {"begin", jsonOf(event.mBegin)},
-            {"end", jsonOf(event.mEnd)},
-            {"durationSeconds", event.mEnd.mSeconds - event.mBegin.mSeconds},
-            {"residualPercent", event.mFactor * kPercent},
-            {"depthPercent", (1.0 - event.mFactor) * kPercent},
-            {"phaseJumpDegrees", event.mPhaseJumpDegrees}};
+    return {{"channels", channelList(disturbance.mChannels)},
+            {"begin", jsonOf(disturbance.mBegin)},
+            {"end", jsonOf(disturbance.mEnd)},
+            {"durationSeconds", disturbance.mEnd.mSeconds - disturbance.mBegin.mSeconds},
+            {"remainingPercent", disturbance.mFactor * kPercent},
+            {"phaseJumpDegrees", disturbance.mPhaseJumpDegrees}};
 }
 
 Json jsonOf(const ToneValues& tone)
 {
-    return {{"channels", jsonOf(tone.mChannels)},
+    return {{"channels", channelList(tone.mChannels)},
             {"begin", jsonOf(tone.mBegin)},
             {"hertz", tone.mHertz},
             {"percent", tone.mPercent},
             {"degrees", tone.mDegrees},
-            {"timeConstantSeconds", jsonOf(tone.mTimeConstantSeconds)}};
+            {"timeConstantSeconds", numberOrNull(tone.mTimeConstantSeconds)}};
 }
 
 Json jsonOf(const ModulationValues& modulation)
 {
     const bool isSine = modulation.mShape == ModulationShape::Sine;
-    return {{"channels", jsonOf(modulation.mChannels)},
+    return {{"channels", channelList(modulation.mChannels)},
             {"shape", isSine ? "sine" : "rectangle"},
             {"hertz", modulation.mHertz},
             {"amplitudePercent", modulation.mAmplitudePercent},
@@ -132,47 +80,56 @@ Json jsonOf(const FrequencyValues& frequency)
     }
     json["minimumHertz"] = frequency.mMinHertz;
     json["maximumHertz"] = frequency.mMaxHertz;
-    json["largestHertzPerSecond"] = jsonOf(frequency.mMaxHertzPerSecond);
+    json["largestHertzPerSecond"] = numberOrNull(frequency.mMaxHertzPerSecond);
     if (!frequency.mSteps.empty()) {
         json["points"] = listOf(frequency.mSteps);
     }
     return json;
 }
 
-Json channelJson(const ReferenceValues& values, size_t number)
+Json channelJson(const ReferenceValues& values, const MeasuredValues& measured, size_t number)
 {
     const ChannelValues& channel = values.mChannels[number];
-    Json json{
-        {"channel", number},
-        {"name", kChannelNames[number]},
-        {"fundamentalRms", channel.mFundamentalRms},
-        {"fundamentalDegrees", channel.mFundamentalDegrees},
-        {"rms", {{"minimum", jsonOf(channel.mMinRms)}, {"maximum", jsonOf(channel.mMaxRms)}}}};
+    Json json = channelHeading(number);
+    json["fundamentalRms"] = channel.mFundamentalRms;
+    json["fundamentalDegrees"] = channel.mFundamentalDegrees;
+    json.update(jsonOf(measured, number));
     if (values.mHasHarmonics) {
-        json["thdPercent"] = channel.mThdPercent;
+        json["thdPercent"] = numberOrNull(channel.mThdPercent);
         json["harmonics"] = listOf(channel.mHarmonics);
     }
     return json;
 }
 
-void add(const ReferenceValues& values, Json& truth)
+Json anglesJson()
+{
+    return {{"fundamentalDegrees", "of a sine, at the first line"},
+            {"harmonics[].degrees", "where the channel's own fundamental rises through 0"},
+            {"harmonics[].firstLineDegrees", "of a sine, at the first line"},
+            {"tones[].degrees", "of a sine, at the tone's first line"}};
+}
+
+void add(const ReferenceValues& values, const MeasuredValues& measured, Json& truth)
 {
     truth["lines"] = values.mEnd.mLine;
     truth["seconds"] = values.mEnd.mSeconds;
+    truth["angles"] = anglesJson();
     truth["frequency"] = jsonOf(values.mFrequency);
     for (size_t number = 0; number < values.mChannels.size(); ++number) {
-        truth["channels"].push_back(channelJson(values, number));
+        truth["channels"].push_back(channelJson(values, measured, number));
     }
     if (values.mHasHarmonics) {
         truth["unbalance"] = jsonOf(values.mUnbalance);
     }
-    truth["events"] = listOf(values.mEvents);
+    truth.update(jsonOf(measured));
+    truth["disturbances"] = listOf(values.mDisturbances);
     truth["tones"] = listOf(values.mTones);
     truth["modulations"] = listOf(values.mModulations);
 }
 } // namespace
 
-void writeTruth(const Signal& signal, const WaveParameters& wave, base::ResultFile& output)
+void writeTruth(const Signal& signal, const ReferenceValues& values, const MeasuredValues& measured,
+                base::ResultFile& output)
 {
     Json truth;
     if (!signal.mName.empty()) {
@@ -181,12 +138,11 @@ void writeTruth(const Signal& signal, const WaveParameters& wave, base::ResultFi
     if (!signal.mText.empty()) {
         truth["text"] = signal.mText;
     }
-    add(referenceValuesOf(wave), truth);
+    add(values, measured, truth);
     if (signal.mPst > 0.0) {
         truth["pst"] = signal.mPst;
     }
-    constexpr int kIndent = 2;
-    output.write(truth.dump(kIndent) + "\n");
+    write(truth, output);
 }
 
 } // namespace generate

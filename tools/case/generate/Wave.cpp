@@ -19,12 +19,13 @@ Wave::Wave(WaveParameters parameters)
 {
 }
 
-Wave::Values Wave::valuesOf(qint64 sample) const
+LineValues Wave::valuesOf(qint64 line) const
 {
-    Values values{};
+    LineValues values{};
     for (std::size_t channel = 0; channel < values.size(); ++channel) {
-        values[channel] = qint32(std::lround(valueOf(sample, channel)));
+        values[channel] = valueOf(line, channel);
     }
+    mParameters.mNeutral.applyTo(values);
     return values;
 }
 

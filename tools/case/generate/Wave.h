@@ -3,32 +3,29 @@
 #include <QtGlobal>
 #include <array>
 
+#include "generate/LineSource.h"
 #include "generate/StepEnvelope.h"
 #include "generate/Timeline.h"
 #include "generate/WaveParameters.h"
 
 namespace generate {
 
-/** The samples of a wave: one per degree of phase, computed when asked for. */
-class Wave
+/** The samples of a wave that parameters describe: one per degree of phase. */
+class Wave : public LineSource
 {
 public:
-    using Values = std::array<qint32, kChannelCount>;
-
     /** Requires: problemOf(parameters) is empty. */
     explicit Wave(WaveParameters parameters);
-    Wave(const Wave&) = delete;
-    Wave& operator=(const Wave&) = delete;
 
-    const Timeline& timeline() const { return mTimeline; }
+    const Timeline& timeline() const override { return mTimeline; }
 
-    /** The values of all channels, rounded to the nearest integer. */
-    Values valuesOf(qint64 sample) const;
-
-    /** The value before it is rounded. */
-    double valueOf(qint64 sample, std::size_t channel) const;
+    /** In any order. */
+    LineValues read(qint64 line) override { return valuesOf(line); }
+    LineValues valuesOf(qint64 line) const;
 
 private:
+    double valueOf(qint64 sample, std::size_t channel) const;
+
     /** Degrees that sinusoidal modulation puts the phase ahead; multiplies the amplitude. */
     double modulate(qint64 sample, std::size_t channel, double& amplitude) const;
     double tonesAt(qint64 sample, std::size_t channel) const;

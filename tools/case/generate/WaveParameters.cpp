@@ -99,9 +99,10 @@ std::string problemOfModulation(const Modulation& modulation, const WaveParamete
         return fmt::format("modulation with {:g} Hz: expected more than 0 Hz and at most {:g} Hz",
                            modulation.mHertz, max);
     }
-    if (!(std::abs(modulation.mDepth) <= 1.0 && std::abs(modulation.mPhaseDepth) <= 1.0)) {
-        return fmt::format("modulation by {:g} and {:g} rad: expected at most 1 each",
-                           modulation.mDepth, modulation.mPhaseDepth);
+    if (!(std::abs(modulation.mDepth) <= 1.0 &&
+          std::abs(modulation.mPhaseDepth) <= kMaxPhaseDepth)) {
+        return fmt::format("modulation by {:g} and {:g} rad: expected at most 1 and {:g} rad",
+                           modulation.mDepth, modulation.mPhaseDepth, kMaxPhaseDepth);
     }
     return {};
 }
@@ -147,16 +148,21 @@ double largestValue(const WaveParameters& parameters, std::size_t channel)
 
 std::string problemOfValues(const WaveParameters& parameters)
 {
-    for (std::size_t channel = 0; channel < parameters.mChannels.size(); ++channel) {
-        const double value = largestValue(parameters, channel);
-        if (!(value <= kMaximumValue)) {
+    LineValues values{};
+    for (std::size_t channel = 0; channel < values.size(); ++channel) {
+        values[channel] = largestValue(parameters, channel);
+    }
+    parameters.mNeutral.applyTo(values);
+    for (std::size_t channel = 0; channel < values.size(); ++channel) {
+        if (!(values[channel] <= kMaximumValue)) {
             return fmt::format(
                 "channel {} can reach {:g}: expected at most {:.0f}, values have 32 bits", channel,
-                value, kMaximumValue);
+                values[channel], kMaximumValue);
         }
     }
     return {};
 }
+
 /** The first problem that one of several parts has. */
 template <typename Parts, typename Judge>
 std::string firstProblem(const Parts& parts, Judge judge)
@@ -192,7 +198,40 @@ std::string problemOfParts(const WaveParameters& parameters)
     }
     return problem;
 }
+
+/** A remark where so many Hz leave a part of a cycle at the end; empty where they do not. */
+std::string seamOf(const char* what, double hertz, double seconds)
+{
+    constexpr double kTolerance = 1e-6; // of a cycle
+    const double cycles = hertz * seconds;
+    if (std::abs(cycles - std::round(cycles)) <= kTolerance) {
+        return {};
+    }
+    return fmt::format(
+        "{} of {:g} Hz: {:g} cycles in {:g} s; played over and over, it jumps where the file ends",
+        what, hertz, cycles, seconds);
+}
 } // namespace
+
+std::vector<std::string> seamsOf(const WaveParameters& parameters)
+{
+    const double seconds = Timeline(parameters).endSeconds();
+    std::vector<std::string> seams;
+    const auto add = [&seams](std::string seam) {
+        if (!seam.empty() && (seams.empty() || seams.back() != seam)) {
+            seams.push_back(std::move(seam));
+        }
+    };
+    for (const Modulation& modulation : parameters.mModulations) {
+        add(seamOf("modulation", modulation.mHertz, seconds));
+    }
+    for (const Tone& tone : parameters.mTones) {
+        if (std::isinf(tone.mTimeConstant)) {
+            add(seamOf("tone", tone.mHertz, seconds));
+        }
+    }
+    return seams;
+}
 
 std::string problemOf(const WaveParameters& parameters)
 {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "SampleRecord.h"
+#include "generate/Neutral.h"
 
 namespace generate {
 
@@ -57,12 +58,16 @@ enum class ModulationShape
     Rectangle ///< 1 and -1 in turns, each for half a cycle
 };
 
+/** In radians; more is no modulation of a phase that anybody looks for. */
+inline constexpr double kMaxPhaseDepth = 100.0;
+
 /** A channel's whole wave, harmonics included, swings in amplitude, in phase or in both. */
 struct Modulation
 {
     double mHertz;
-    double mDepth;      ///< the amplitude is multiplied by 1 + mDepth * shape; 0 to 1
-    double mPhaseDepth; ///< radians: the phase moves by -mPhaseDepth * shape
+    double mDepth;      ///< the amplitude is multiplied by 1 + mDepth * shape; -1 to 1
+    double mPhaseDepth; ///< radians: the phase moves by -mPhaseDepth * shape; up to
+                        ///< kMaxPhaseDepth to either side
     ModulationShape mShape;
     ChannelSet mChannels;
 };
@@ -124,6 +129,7 @@ struct WaveParameters
     std::vector<Disturbance> mDisturbances; ///< where several overlap, all of them apply
     std::vector<Modulation> mModulations;
     std::vector<Tone> mTones;
+    Neutral mNeutral;
 
     /** Samples in a second. Requires: mCourse is empty. */
     double samplesPerSecond() const { return double(mFrequency) * kSamplesPerPeriod; }
@@ -139,5 +145,12 @@ struct WaveParameters
  * 32 bits.
  */
 std::string problemOf(const WaveParameters& parameters);
+
+/**
+ * What a user is told of a wave that can be written and does not repeat: a line for each modulation
+ * and lasting tone that does not have whole cycles in the file.
+ * Requires: problemOf(parameters) is empty.
+ */
+std::vector<std::string> seamsOf(const WaveParameters& parameters);
 
 } // namespace generate

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "base/ResultFile.h"
+#include "generate/SampleMeter.h"
+
+/** How the JSON of a truth file says what has a type of its own. */
+namespace generate {
+
+using Json = nlohmann::ordered_json;
+
+Json jsonOf(const Position& position);
+
+/** null where there is none. */
+Json numberOrNull(const std::optional<double>& value);
+
+/** Their numbers. */
+Json channelList(const ChannelSet& channels);
+
+/** "channel" and "name". */
+Json channelHeading(size_t number);
+
+/** Of one channel: "rms", and "events" where it has any. */
+Json jsonOf(const MeasuredValues& values, size_t channel);
+
+/** "declaredRms", "thresholds" and "events". */
+Json jsonOf(const MeasuredValues& values);
+
+void write(const Json& truth, base::ResultFile& output);
+
+} // namespace generate
