@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <type_traits>
 
 namespace {
 constexpr char kProgramLogger[] = "vx-simulator";
@@ -26,22 +27,47 @@ bool hasAnyAppender()
            std::any_of(loggers.begin(), loggers.end(), hasAppender);
 }
 
+bool isRegularFile(const std::string& path)
+{
+    return QFileInfo(QString::fromStdString(path)).isFile();
+}
+
 /** log4cxx says "configured" of any well-formed file, whatever its root element is. */
 bool isTrackConfiguration(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
     QXmlStreamReader reader(&file);
-    return file.open(QIODevice::ReadOnly) && reader.readNextStartElement() &&
-           reader.name() == QLatin1String("configuration");
+    if (!file.open(QIODevice::ReadOnly) || !reader.readNextStartElement() ||
+        reader.name() != QLatin1String("configuration")) {
+        return false;
+    }
+    while (!reader.atEnd()) {
+        reader.readNext();
+    }
+    return !reader.hasError();
+}
+
+/**
+ * False when log4cxx could not read the file. A release before 1.0 does not say so: what has set up
+ * an appender was read, and of the rest a regular file can be looked at.
+ */
+template <typename Configurator>
+bool couldRead(const std::string& path)
+{
+    if constexpr (std::is_void_v<decltype(Configurator::configure(path))>) {
+        Configurator::configure(path);
+        return hasAnyAppender() || isRegularFile(path);
+    } else {
+        const auto status = Configurator::configure(path);
+        return status == std::decay_t<decltype(status)>::Configured;
+    }
 }
 
 /** What sets up an appender needs no second look, and a pipe does not allow one. */
 bool configure(const std::string& path)
 {
-    return log4cxx::xml::DOMConfigurator::configure(path) ==
-               log4cxx::spi::ConfigurationStatus::Configured &&
-           (hasAnyAppender() || !QFileInfo(QString::fromStdString(path)).isFile() ||
-            isTrackConfiguration(path));
+    return couldRead<log4cxx::xml::DOMConfigurator>(path) &&
+           (hasAnyAppender() || !isRegularFile(path) || isTrackConfiguration(path));
 }
 } // namespace
 

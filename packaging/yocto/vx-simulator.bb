@@ -2,7 +2,7 @@
 # to BBFILES.
 #
 # Written for Yocto 4.0 (kirkstone) with the layer meta-qt5 (cmake_qt5, qtbase). Needs besides, as a
-# recipe of your own if your layers have none, log4cxx 1.0 or newer with its apr-util and expat.
+# recipe of your own if your layers have none, log4cxx 0.11 or newer with its apr-util and expat.
 #
 # Not tried: it was never built with bitbake. What it runs was tried with cmake and a DESTDIR.
 SUMMARY = "Simulated measuring hardware for a core system"

@@ -37,7 +37,7 @@ private:
 LogCapture::LogCapture()
     : mErrorsBefore(TrackObject::sErrorCounter), mFatalsBefore(TrackObject::sFatalCounter)
 {
-    mAppender = std::make_shared<CallingAppender>([this](const LogEvent& event) {
+    mAppender = log4cxx::AppenderPtr(new CallingAppender([this](const LogEvent& event) {
         EXPECT_EQ(errors() + fatals(), mErrorsLogged + mFatalsLogged) << "a report counts after it";
         mErrorsLogged += event.mLevel == "ERROR" ? 1 : 0;
         mFatalsLogged += event.mLevel == "FATAL" ? 1 : 0;
@@ -45,7 +45,7 @@ LogCapture::LogCapture()
             throw log4cxx::helpers::IOException();
         }
         mEvents.push_back(event);
-    });
+    }));
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getAll());
     log4cxx::Logger::getRootLogger()->addAppender(mAppender);
 }

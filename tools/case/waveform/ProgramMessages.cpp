@@ -29,7 +29,7 @@ private:
 
 ProgramMessages::ProgramMessages()
     : mLevelBefore(log4cxx::Logger::getRootLogger()->getLevel()),
-      mAppender(std::make_shared<CollectingAppender>(&mErrors))
+      mAppender(new CollectingAppender(&mErrors))
 {
     const log4cxx::LoggerPtr root = log4cxx::Logger::getRootLogger();
     root->setLevel(log4cxx::Level::getError());
