@@ -3,12 +3,12 @@
 #include <QThread>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
 
 #include "ControlOptions.h"
 #include "Messages.h"
+#include "TimeUtils.h"
 
 namespace control {
 
@@ -19,10 +19,12 @@ constexpr double kMillisecondsPerSecond = 1000.0;
 /** More than one, because a command leaves the FIFO a moment before it is in the log. */
 constexpr int kLooksAtEmptyFifo = 2;
 
+/** In nanoseconds since the epoch. */
 qint64 realtimeNs()
 {
-    using std::chrono::system_clock;
-    return std::chrono::nanoseconds(system_clock::now().time_since_epoch()).count();
+    constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
+    const timespec now = TimeUtils::currentTime();
+    return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
 }
 } // namespace
 

@@ -7,13 +7,6 @@
 
 namespace sandbox {
 
-void RunOutcome::stopped(StopReason reason)
-{
-    if (!mStop) {
-        mStop = reason;
-    }
-}
-
 std::optional<int> RunOutcome::crashSignal() const
 {
     const bool isOurs = !WIFSIGNALED(mWaitStatus) || endedByStop();

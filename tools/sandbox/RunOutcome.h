@@ -21,8 +21,8 @@ enum class StopReason
 class RunOutcome
 {
 public:
-    /** The sandbox has sent SIGTERM to the program; the first reason counts. */
-    void stopped(StopReason reason);
+    /** The sandbox has sent SIGTERM to the program. */
+    void stopped(StopReason reason) { mStop = reason; }
 
     /** The sandbox has sent SIGKILL, because SIGTERM did not help. */
     void killed() { mIsKilled = true; }
