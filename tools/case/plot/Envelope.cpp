@@ -7,16 +7,14 @@ namespace plot {
 
 void Envelope::add(double x, const std::vector<double>& values)
 {
-    const bool isNew = mInLast == 0;
+    const bool isNew = isLastFull();
     for (size_t i = 0; i < mCurves.size(); ++i) {
         const Point point{x, values[i]};
         const Column column{point, point, !std::isfinite(values[i])};
         isNew ? mCurves[i].push_back(column) : join(&mCurves[i].back(), column);
     }
-    mInLast = (mInLast + 1) % mInColumn;
-    if (mInLast == 0 && !mCurves.empty() && mCurves[0].size() == mMaxColumns) {
-        halve();
-    }
+    ++mCount;
+    limitTo(mMaxColumns);
 }
 
 void Envelope::join(Column* column, const Column& other)
@@ -51,9 +49,11 @@ void Envelope::halve()
     mInColumn *= 2;
 }
 
-void Envelope::limit(size_t columns)
+/** The last of so many columns may still grow. */
+void Envelope::limitTo(size_t maxColumns)
 {
-    while (!mCurves.empty() && mCurves[0].size() >= 2 * columns) {
+    while (!mCurves.empty() &&
+           (mCurves[0].size() > maxColumns || (mCurves[0].size() == maxColumns && isLastFull()))) {
         halve();
     }
 }

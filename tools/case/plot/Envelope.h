@@ -27,7 +27,7 @@ public:
 
     /** Makes it as coarse as one that was made for so many columns; nothing may be added after it.
      * Requires: columns > 0. */
-    void limit(size_t columns);
+    void limit(size_t columns) { limitTo(2 * columns); }
 
     /** In order of x; at most two points a column. */
     std::vector<Point> curve(size_t curve) const;
@@ -41,11 +41,13 @@ private:
     };
 
     static void join(Column* column, const Column& other);
+    bool isLastFull() const { return mCount % mInColumn == 0; }
+    void limitTo(size_t maxColumns);
     void halve();
 
     size_t mMaxColumns;
     size_t mInColumn = 1; ///< values that a full column stands for
-    size_t mInLast = 0;   ///< values in the last column
+    size_t mCount = 0;    ///< values added
     std::vector<std::vector<Column>> mCurves;
 };
 
