@@ -1,8 +1,11 @@
 #include "importing/ChannelMap.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "base/CaseError.h"
+#include "channels/ChannelKind.h"
+#include "channels/ChannelPhase.h"
 
 using testing::HasSubstr;
 
@@ -56,20 +59,45 @@ TEST(ChannelMapTest, KnowsPhases)
 {
     const std::pair<channels::ChannelPhase, std::vector<const char*>> rows[] = {
         {channels::ChannelPhase::A,
-         {"A", "a", "R", "L1", "1", "V1", "IA ", "I_A", "UL1", "VAN", "L1-N", "Bus 1 Ua", "А"}},
-        {channels::ChannelPhase::B, {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE"}},
-        {channels::ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN"}},
+         {"A", "a", "R", "L1", "1", "V1", "IA ", "I_A", "UL1", "VAN", "L1-N", "Bus 1 Ua", "А",
+          "VRD"}},
+        {channels::ChannelPhase::B,
+         {"B", "S", "L2", "2", "IB", "I.B", "V2", "VBG", "BUS B-PHASE", "VY", "Ye", "IYN"}},
+        {channels::ChannelPhase::C, {"C", "T", "L3", "3", "IL3", "UC", "VCN", "BU", "I_blue"}},
         {channels::ChannelPhase::Neutral,
          {"N", "4", "3I0", "3U0", "I0", "IN", "U4", "VG", "neutral"}},
-        {channels::ChannelPhase::BetweenPhases, {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31"}},
+        {channels::ChannelPhase::BetweenPhases,
+         {"AB", "UCA", "L1-L2", "L12", "V_BC", "RS", "U31", "VRY", "YB", "A - B"}},
         {channels::ChannelPhase::Unknown,
-         {"", "VDC_G1", "TRIP", "PHASE ABC", "I12", "DELTA", "LINE"}},
+         {"", "VDC_G1", "TRIP", "PHASE ABC", "I12", "DELTA", "LINE", "3RD", "ENERGY", "I_TABU"}},
     };
     for (const auto& [phase, texts] : rows) {
         for (const char* const text : texts) {
             EXPECT_EQ(channels::phaseAtEndOf(text).mPhase, phase) << text;
         }
     }
+}
+
+/** By their names, whatever a phase field says, at any point of the name. */
+TEST(ChannelMapTest, VoltagesBetweenPhasesAreNoPhaseVoltages)
+{
+    for (const char* const name : {"VA-VB", "UL1-UL2", "Va-b", "UAB", "VAB BUS 1", "U12", "UL1L2",
+                                   "VA/VB", "Vb - Vc", "V_CA", "VR-VY", "U1-U2", "U3-1", "UL31"}) {
+        const auto map = importing::mapChannels(
+            recordingOf({channel(name, "A", "kV"), channel("IA", "A", "A")}), {});
+        EXPECT_EQ(sourcesOf(map), "- - - - IA - - -") << name;
+        EXPECT_THAT(map.mRemarks, testing::Contains(fmt::format(
+                                      "channel 0 (voltage A) is 0; not taken for it: {} (between "
+                                      "phases); see --channels",
+                                      name)));
+    }
+    for (const char* const name : {"VA", "VA-N", "UL1-E", "A-VA", "VA BUS B", "LINE A VA", "U1"}) {
+        EXPECT_EQ(sourcesOf(importing::mapChannels(recordingOf({channel(name, "A", "kV")}), {})),
+                  std::string(name) + " - - - - - - -");
+    }
+    const auto difference = importing::mapChannels(
+        recordingOf({channel("IA-IB", "", "A"), channel("IC", "", "A")}), {});
+    EXPECT_EQ(sourcesOf(difference), "- - - - - - IC -");
 }
 
 TEST(ChannelMapTest, KnowsUnits)
@@ -117,6 +145,16 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
          "VA BUS 1 VB BUS 1 VC BUS 1 - IA_1 IB_1 IC_1 -"},
         {{channel("U-L1", "", "V"), channel("U L2", "", "V"), channel("UL3", "", "V")},
          "U-L1 U L2 UL3 - - - - -"},
+        {{channel("VR", "", "V"), channel("VY", "", "V"), channel("VB", "", "V"),
+          channel("IA", "", "A"), channel("IB", "", "A"), channel("IC", "", "A")},
+         "VR VY VB - IA IB IC -"},
+        {{channel("Bus", "R", "kV"), channel("Bus", "Y", "kV"), channel("Bus", "B", "kV"),
+          channel("IRD", "", "A"), channel("IYE", "", "A"), channel("IBU", "", "A")},
+         "Bus Bus Bus - IRD IYE IBU -"},
+        {{channel("01-IB", "", "A"), channel("02-IR", "", "A"), channel("03-IY", "", "A")},
+         "- - - - 02-IR 03-IY 01-IB -"},
+        {{channel("IR", "", "A"), channel("IS", "", "A"), channel("IB", "", "A")},
+         "- - - - IR IS - -"},
     };
     for (const auto& [channels, sources] : rows) {
         EXPECT_EQ(sourcesOf(importing::mapChannels(recordingOf(channels), {})), sources);
@@ -124,18 +162,36 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
     EXPECT_THAT(importing::mapChannels(recordingOf(rows[4].first), {}).mRemarks,
                 testing::Contains(HasSubstr("UA, UB, UC are taken for one object, although")));
     EXPECT_THAT(importing::mapChannels(recordingOf(rows[1].first), {}).mRemarks,
-                testing::Contains("channel 7 (neutral current) is 0; not taken for it: IN_T; see "
-                                  "--channels"));
-    const waveform::SignalDescription unclear =
-        recordingOf({channel("IA1", "", "A"), channel("IB1", "", "A"), channel("IN", "", "A")});
-    EXPECT_THAT(importing::mapChannels(unclear, {}).mRemarks,
-                testing::Contains("channel 4 (current A) is 0; not taken for it: IA1, IB1; see "
-                                  "--channels"));
+                testing::Contains("channel 7 (neutral current) is 0; not taken for it: IN_T (of "
+                                  "another set); see --channels"));
     const importing::ChannelMap map = importing::mapChannels(recordingOf(rows[0].first), {});
     EXPECT_THAT(map.mRemarks,
                 testing::ElementsAre("channel 3 (neutral voltage) is 0: the recording has none",
                                      "channel 5 (current B) is 0: the recording has none",
                                      "channel 6 (current C) is 0: the recording has none"));
+}
+
+/** What may be meant and was not taken, with why; only then has a recording none. */
+TEST(ChannelMapTest, CandidatesAreNamed)
+{
+    const waveform::SignalDescription unclear =
+        recordingOf({channel("IA1", "", "A"), channel("IB1", "", "A"), channel("IN", "", "A"),
+                     channel("UEN", "", "V"), channel("IEE", "", "mA"), channel("UA", "", "Vrms"),
+                     channel("PA", "", "VA"), channel("T", "", "%"), channel("UC", "", "V")});
+    EXPECT_THAT(
+        importing::mapChannels(unclear, {}).mRemarks,
+        testing::ElementsAre(
+            "channel 0 (voltage A) is 0; not taken for it: UEN (phase not known), UA (unit Vrms); "
+            "see --channels",
+            "channel 1 (voltage B) is 0; not taken for it: UEN (phase not known); see --channels",
+            "channel 3 (neutral voltage) is 0; not taken for it: UEN (phase not known); see "
+            "--channels",
+            "channel 4 (current A) is 0; not taken for it: IA1, IB1, IEE (phase not known); see "
+            "--channels",
+            "channel 5 (current B) is 0; not taken for it: IA1, IB1, IEE (phase not known); see "
+            "--channels",
+            "channel 6 (current C) is 0; not taken for it: IA1, IB1, IEE (phase not known); see "
+            "--channels"));
 }
 
 TEST(ChannelMapTest, DoesWhatIsAsked)

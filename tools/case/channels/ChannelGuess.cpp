@@ -4,6 +4,7 @@
 #include <string>
 
 #include "channels/ChannelKind.h"
+#include "channels/ChannelPhase.h"
 
 namespace channels {
 
@@ -35,33 +36,26 @@ struct Grouping
 /** From the strictest on: each phase may have a component or a numbered name of its own. */
 constexpr Grouping kGroupings[] = {{true, true}, {true, false}, {false, true}, {false, false}};
 
-/** Of a name that ends with its phase; an ending that the phase field contradicts is none. */
-std::string stemOf(const waveform::ChannelDescription& channel, ChannelPhase phase)
-{
-    const PhaseEnding ending = phaseAtEndOf(channel.mName);
-    return phase < ChannelPhase::Neutral && ending.mPhase == phase ? ending.mStem : std::string();
-}
-
 std::vector<PhaseSet> setsOf(const std::vector<waveform::ChannelDescription>& channels,
-                             Quantity quantity, const Grouping& grouping)
+                             const std::vector<PhaseInSet>& phases, Quantity quantity,
+                             const Grouping& grouping)
 {
     std::vector<PhaseSet> sets;
     for (size_t i = 0; i < channels.size(); ++i) {
-        const ChannelPhase phase = phaseOf(channels[i]);
-        const auto place = static_cast<size_t>(phase);
-        if (unitOf(channels[i]).mQuantity != quantity || place > kNeutral) {
+        const auto phase = static_cast<size_t>(phases[i].mPhase);
+        if (phase > kNeutral || unitOf(channels[i]).mQuantity != quantity) {
             continue;
         }
         const std::string component = grouping.mByComponent ? channels[i].mComponent : "";
-        const std::string stem = grouping.mByStem ? stemOf(channels[i], phase) : "";
+        const std::string stem = grouping.mByStem ? phases[i].mStem : "";
         const auto found = std::find_if(sets.rbegin(), sets.rend(), [&](const PhaseSet& set) {
-            return set.mComponent == component && !set.mChannels[place] &&
+            return set.mComponent == component && !set.mChannels[phase] &&
                    (stem.empty() || set.mStem.empty() || set.mStem == stem);
         });
         PhaseSet& set = found != sets.rend() ? *found : sets.emplace_back();
         set.mComponent = component;
         set.mStem = set.mStem.empty() ? stem : set.mStem;
-        set.mChannels[place] = i;
+        set.mChannels[phase] = i;
     }
     return sets;
 }
@@ -80,10 +74,11 @@ GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& chann
 {
     GuessedSets guess;
     GuessedSet* guessed = guess.data();
+    const std::vector<PhaseInSet> phases = phasesOf(channels);
     for (const Quantity quantity : {Quantity::Voltage, Quantity::Current}) {
-        PhaseSet best = fullestOf(setsOf(channels, quantity, kGroupings[0]));
+        PhaseSet best = fullestOf(setsOf(channels, phases, quantity, kGroupings[0]));
         for (const Grouping& grouping : kGroupings) {
-            const PhaseSet set = fullestOf(setsOf(channels, quantity, grouping));
+            const PhaseSet set = fullestOf(setsOf(channels, phases, quantity, grouping));
             if (best.phases() < kPhaseCount && set.phases() == kPhaseCount) {
                 best = set;
                 guessed->mIsMixed = true;

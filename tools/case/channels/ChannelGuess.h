@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "channels/ChannelKind.h"
+#include "channels/ChannelPhase.h"
 #include "waveform/SignalSource.h"
 
 namespace channels {

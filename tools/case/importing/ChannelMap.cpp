@@ -8,6 +8,7 @@
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "channels/ChannelGuess.h"
+#include "importing/LeftOutChannels.h"
 
 namespace importing {
 
@@ -61,14 +62,12 @@ public:
     ChannelMap map();
 
 private:
-    std::optional<size_t> guessed(size_t place) const;
-    void assign(size_t place, const Assignment& assignment);
-    void add(size_t place, size_t source, double factor);
+    std::optional<size_t> guessed(size_t index) const;
+    void assign(size_t index, const Assignment& assignment);
+    void add(size_t index, size_t source, double factor);
     double sideFactor(const waveform::ChannelDescription& channel);
     [[noreturn]] void refuseNothing() const;
     void remarkMixed(size_t first);
-    bool isUsed(size_t source) const;
-    std::string leftOutFor(size_t place) const;
     void remarkMissing();
 
     const waveform::SignalDescription& mDescription;
@@ -80,15 +79,15 @@ private:
 ChannelMap Mapper::map()
 {
     bool hasAny = false;
-    for (size_t place = 0; place < kChannelCount; ++place) {
-        const auto& assignment = mOptions.mAssignments[place];
+    for (size_t index = 0; index < kChannelCount; ++index) {
+        const auto& assignment = mOptions.mAssignments[index];
         if (assignment) {
-            assign(place, *assignment);
-        } else if (const auto source = guessed(place)) {
-            mMap.mChannels[place].mText = base::trimmed(mDescription.mChannels[*source].mName);
-            add(place, *source, 1.0);
+            assign(index, *assignment);
+        } else if (const auto source = guessed(index)) {
+            mMap.mChannels[index].mText = base::trimmed(mDescription.mChannels[*source].mName);
+            add(index, *source, 1.0);
         }
-        hasAny = hasAny || !mMap.mChannels[place].mTerms.empty();
+        hasAny = hasAny || !mMap.mChannels[index].mTerms.empty();
     }
     if (!hasAny) {
         refuseNothing();
@@ -100,11 +99,11 @@ ChannelMap Mapper::map()
 }
 
 /** What is not asked for. */
-std::optional<size_t> Mapper::guessed(size_t place) const
+std::optional<size_t> Mapper::guessed(size_t index) const
 {
-    return mOptions.mAssignments[place]
+    return mOptions.mAssignments[index]
                ? std::nullopt
-               : mGuessed[place / kFirstCurrent].mSources[place % kFirstCurrent];
+               : mGuessed[index / kFirstCurrent].mSources[index % kFirstCurrent];
 }
 
 void Mapper::refuseNothing() const
@@ -128,9 +127,9 @@ void Mapper::refuseNothing() const
 void Mapper::remarkMixed(size_t first)
 {
     std::vector<std::string> names;
-    for (size_t place = first; place < first + kFirstCurrent; ++place) {
-        if (guessed(place)) {
-            names.push_back(mMap.mChannels[place].mText);
+    for (size_t index = first; index < first + kFirstCurrent; ++index) {
+        if (guessed(index)) {
+            names.push_back(mMap.mChannels[index].mText);
         }
     }
     if (mGuessed[first / kFirstCurrent].mIsMixed && names.size() > 1) {
@@ -140,22 +139,22 @@ void Mapper::remarkMixed(size_t first)
     }
 }
 
-void Mapper::assign(size_t place, const Assignment& assignment)
+void Mapper::assign(size_t index, const Assignment& assignment)
 {
-    mMap.mChannels[place].mText = assignment.mText;
+    mMap.mChannels[index].mText = assignment.mText;
     for (const AssignedTerm& term : assignment.mTerms) {
-        add(place, findChannel(mDescription, term.mSource), term.mFactor);
+        add(index, findChannel(mDescription, term.mSource), term.mFactor);
     }
 }
 
-/** The first term decides about the unit; what is neither V nor A is what its place is for. */
-void Mapper::add(size_t place, size_t source, double factor)
+/** The first term decides about the unit; what is neither V nor A is what the channel is for. */
+void Mapper::add(size_t index, size_t source, double factor)
 {
     const waveform::ChannelDescription& channel = mDescription.mChannels[source];
-    MappedChannel& mapped = mMap.mChannels[place];
+    MappedChannel& mapped = mMap.mChannels[index];
     channels::ChannelUnit unit = channels::unitOf(channel);
     if (unit.mQuantity == Quantity::Unknown) {
-        unit.mQuantity = place < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
+        unit.mQuantity = index < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
     }
     const double perCount =
         unit.mQuantity == Quantity::Voltage ? mOptions.mCountsPerVolt : mOptions.mCountsPerAmpere;
@@ -166,7 +165,7 @@ void Mapper::add(size_t place, size_t source, double factor)
         mapped.mQuantity = unit.mQuantity;
     } else if (mapped.mQuantity != unit.mQuantity) {
         throw base::CaseError(fmt::format("{}: channel {}: '{}' adds volts and amperes",
-                                          mDescription.mFileName, place, mapped.mText));
+                                          mDescription.mFileName, index, mapped.mText));
     }
     mapped.mTerms.push_back({source, factor * counts / mapped.mCounts});
 }
@@ -188,52 +187,18 @@ double Mapper::sideFactor(const waveform::ChannelDescription& channel)
     return wanted == 'P' ? ratio : 1.0 / ratio;
 }
 
-bool Mapper::isUsed(size_t source) const
-{
-    return std::any_of(mMap.mChannels.begin(), mMap.mChannels.end(), [source](const auto& mapped) {
-        return std::any_of(mapped.mTerms.begin(), mapped.mTerms.end(),
-                           [source](const auto& term) { return term.mSource == source; });
-    });
-}
-
-/** The names of channels that might have been meant: not every one tells its phase. */
-std::string Mapper::leftOutFor(size_t place) const
-{
-    const auto wanted = static_cast<channels::ChannelPhase>(place % kFirstCurrent);
-    const Quantity quantity = place < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
-    std::vector<std::string_view> names;
-    for (size_t source = 0; source < mDescription.mChannels.size(); ++source) {
-        const waveform::ChannelDescription& channel = mDescription.mChannels[source];
-        const channels::ChannelPhase phase = channels::phaseOf(channel);
-        const bool fits = wanted == channels::ChannelPhase::Neutral
-                              ? phase == channels::ChannelPhase::Neutral
-                              : phase < channels::ChannelPhase::Neutral ||
-                                    phase == channels::ChannelPhase::Unknown;
-        if (fits && channels::unitOf(channel).mQuantity == quantity && !isUsed(source)) {
-            names.push_back(base::trimmed(channel.mName));
-        }
-    }
-    constexpr size_t kMaxNames = 6;
-    const size_t more = names.size() - std::min(names.size(), kMaxNames);
-    names.resize(names.size() - more);
-    return fmt::format("{}{}", fmt::join(names, ", "),
-                       more > 0 ? fmt::format(" and {} more", more) : "");
-}
-
 void Mapper::remarkMissing()
 {
-    static constexpr const char* kPlaces[kChannelCount] = {
-        "voltage A", "voltage B", "voltage C", "neutral voltage",
-        "current A", "current B", "current C", "neutral current"};
-    for (size_t place = 0; place < kChannelCount; ++place) {
-        if (!mMap.mChannels[place].mTerms.empty() || mOptions.mAssignments[place]) {
+    const LeftOutChannels leftOut(mDescription.mChannels, mMap);
+    for (size_t index = 0; index < kChannelCount; ++index) {
+        if (!mMap.mChannels[index].mTerms.empty() || mOptions.mAssignments[index]) {
             continue;
         }
-        const std::string leftOut = leftOutFor(place);
-        mMap.mRemarks.push_back(fmt::format("channel {} ({}) is 0", place, kPlaces[place]) +
-                                (leftOut.empty()
-                                     ? ": the recording has none"
-                                     : "; not taken for it: " + leftOut + "; see --channels"));
+        const std::string names = leftOut.candidatesFor(index);
+        mMap.mRemarks.push_back(
+            fmt::format("channel {} ({}) is 0", index, nameOfDeviceChannel(index)) +
+            (names.empty() ? ": the recording has none"
+                           : "; not taken for it: " + names + "; see --channels"));
     }
 }
 } // namespace

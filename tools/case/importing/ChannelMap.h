@@ -11,7 +11,7 @@
 
 namespace importing {
 
-/** Which side of the transformers the values shall belong to. */
+/** Which side of the transformers the values are to belong to. */
 enum class TransformerSide
 {
     AsRecorded,

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "channels/ChannelKind.h"
+#include "channels/ChannelPhase.h"
 #include "resampling/PhaseFollower.h"
 
 namespace importing {
@@ -79,10 +79,10 @@ std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> ph
         meter = resampling::PhaseMeter(times, sequenceOf(phases));
     }
     if ((times.end() - times.begin()) * hz < kMinPeriods) {
-        fundamental.mWhyNoTrack = "the recording has fewer than six periods";
+        fundamental.mReasonNotTracked = "the recording has fewer than six periods";
         return {};
     }
-    fundamental.mWhyNoTrack = "no voltage or current is steady enough to be followed";
+    fundamental.mReasonNotTracked = "no voltage or current is steady enough to be followed";
     std::optional<resampling::PhaseTrack> track = resampling::PhaseFollower(meter, hz).follow();
     if (isReversed && track) {
         fundamental.mRemarks.emplace_back("the phases turn in the order A, C, B");
@@ -114,7 +114,7 @@ Fundamental findFundamental(const waveform::SignalDescription& description,
         }
     }
     if (!isKnown) {
-        const std::string told =
+        const std::string stated =
             description.mNominalHz == 0.0
                 ? "the recording tells no nominal frequency"
                 : fmt::format(
@@ -122,7 +122,7 @@ Fundamental findFundamental(const waveform::SignalDescription& description,
                       "system",
                       description.mNominalHz);
         fundamental.mRemarks.push_back(
-            fmt::format("{}: {:.4g} Hz is taken", told, fundamental.mNominalHz));
+            fmt::format("{}: {:.4g} Hz is taken", stated, fundamental.mNominalHz));
     }
     return fundamental;
 }

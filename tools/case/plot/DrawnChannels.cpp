@@ -6,6 +6,7 @@
 #include "base/Numbers.h"
 #include "channels/ChannelGuess.h"
 #include "channels/ChannelKind.h"
+#include "channels/ChannelPhase.h"
 #include "plot/LabelText.h"
 
 namespace plot {

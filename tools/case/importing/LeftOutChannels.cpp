@@ -1,0 +1,90 @@
+#include "importing/LeftOutChannels.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Numbers.h"
+#include "channels/ChannelKind.h"
+
+namespace importing {
+
+namespace {
+using channels::ChannelPhase;
+using channels::Quantity;
+
+constexpr size_t kFirstCurrent = kChannelCount / 2;
+constexpr size_t kMaxNames = 6;
+} // namespace
+
+const char* nameOfDeviceChannel(size_t index)
+{
+    static constexpr std::array<const char*, kChannelCount> kNames = {
+        "voltage A", "voltage B", "voltage C", "neutral voltage",
+        "current A", "current B", "current C", "neutral current"};
+    return kNames.at(index);
+}
+
+LeftOutChannels::LeftOutChannels(const std::vector<waveform::ChannelDescription>& channels,
+                                 const ChannelMap& map)
+    : mChannels(channels), mMap(map), mPhases(channels::phasesOf(channels))
+{
+}
+
+std::string LeftOutChannels::candidatesFor(size_t index) const
+{
+    std::vector<std::pair<std::string, std::vector<std::string_view>>> byReason;
+    size_t count = 0;
+    for (size_t source = 0; source < mChannels.size(); ++source) {
+        const std::string reason = reasonAgainst(source, index);
+        if (reason.empty() || count++ >= kMaxNames) {
+            continue;
+        }
+        auto found = std::find_if(byReason.begin(), byReason.end(),
+                                  [&](const auto& group) { return group.first == reason; });
+        if (found == byReason.end()) {
+            found = byReason.insert(found, {reason, {}});
+        }
+        found->second.push_back(base::trimmed(mChannels[source].mName));
+    }
+    std::vector<std::string> texts;
+    for (const auto& [reason, names] : byReason) {
+        texts.push_back(fmt::format("{} ({})", fmt::join(names, ", "), reason));
+    }
+    return fmt::format("{}{}", fmt::join(texts, ", "),
+                       count > kMaxNames ? fmt::format(" and {} more", count - kMaxNames) : "");
+}
+
+bool LeftOutChannels::isUsed(size_t source) const
+{
+    return std::any_of(mMap.mChannels.begin(), mMap.mChannels.end(), [source](const auto& mapped) {
+        return std::any_of(mapped.mTerms.begin(), mapped.mTerms.end(),
+                           [source](const auto& term) { return term.mSource == source; });
+    });
+}
+
+/** Empty where the channel cannot be meant. */
+std::string LeftOutChannels::reasonAgainst(size_t source, size_t index) const
+{
+    const waveform::ChannelDescription& channel = mChannels[source];
+    const Quantity wanted = index < kFirstCurrent ? Quantity::Voltage : Quantity::Current;
+    const auto wantedPhase = static_cast<ChannelPhase>(index % kFirstCurrent);
+    const ChannelPhase phase = mPhases[source].mPhase;
+    const bool isBetween = phase == ChannelPhase::BetweenPhases;
+    if (channels::likelyQuantityOf(channel) != wanted || isUsed(source) ||
+        (isBetween && wantedPhase == ChannelPhase::Neutral) ||
+        (phase <= ChannelPhase::Neutral && phase != wantedPhase)) {
+        return "";
+    }
+    if (isBetween) {
+        return "between phases";
+    }
+    if (channels::unitOf(channel).mQuantity == Quantity::Unknown) {
+        return "unit " + channel.mUnit;
+    }
+    return phase == ChannelPhase::Unknown ? "phase not known" : "of another set";
+}
+
+} // namespace importing
