@@ -11,6 +11,7 @@
 
 using testing::Contains;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 /** Three voltages in kV and three currents in A, in closed form. */
@@ -128,37 +129,108 @@ TEST(ImportTest, LinesCanBeFoundAgain)
     }
 }
 
-/** Steady periods around a fault from which the recording does not return: nothing in the replay,
- * nor where it begins again, is steeper than the signal itself. */
-TEST(ImportTest, ReplayHasNoSeam)
+namespace {
+/** A sag from which the recording does not return. */
+ClosedForm lastingSag()
 {
     ClosedForm signal;
     signal.mSagBegin = 0.3;
     signal.mSagEnd = 1.0;
+    return signal;
+}
+
+/** Steps from line to line that are steeper than any of the first 1000, but at the sag. */
+size_t jumpsIn(const std::vector<std::vector<double>>& lines, bool isLoop)
+{
+    double steepest = 0.0;
+    for (size_t i = 0; i < 1000; ++i) {
+        steepest = std::max(steepest, std::abs(lines[i + 1][5] - lines[i][5]));
+    }
+    size_t jumps = 0;
+    for (size_t i = 0; i + (isLoop ? 0 : 1) < lines.size(); ++i) {
+        const double step = lines[(i + 1) % lines.size()][5] - lines[i][5];
+        const bool isAtSag = std::abs(lines[i][1] - 0.3) < 0.01;
+        jumps += std::abs(step) > 1.05 * steepest && !isAtSag ? 1 : 0;
+    }
+    return jumps;
+}
+} // namespace
+
+/** Played over and over, nothing is steeper than the signal itself: --loop fades it to its begin.
+ */
+TEST(ImportTest, LoopHasNoSeam)
+{
+    for (const importing::LineTiming timing :
+         {importing::LineTiming::Phase, importing::LineTiming::Nominal}) {
+        for (const size_t before : {0, 3}) {
+            importing::ImportOptions options;
+            options.mTiming = timing;
+            options.mBefore = before;
+            options.mDoLoop = true;
+            const auto lines = import(lastingSag(), 0.5, options).mLines;
+            if (timing == importing::LineTiming::Phase) {
+                EXPECT_EQ(lines.size() % 360, 0U);
+            }
+            EXPECT_EQ(jumpsIn(lines, true), 0U);
+            EXPECT_NEAR(lines[before == 0 ? lines.size() - 1 : 720][5], lines[0][5],
+                        0.03 * ClosedForm::kPeak);
+            EXPECT_GE(lines.size(), (25 + before + 1) * 360);
+            EXPECT_LE(lines.size(), (25 + before + 2) * 360 + 2);
+        }
+    }
+}
+
+/** What is sagged stays so: its last period goes on, and the one in front is the first. */
+TEST(ImportTest, AfterGoesOnAsTheRecordingEnds)
+{
     for (const importing::LineTiming timing :
          {importing::LineTiming::Phase, importing::LineTiming::Nominal}) {
         importing::ImportOptions options;
         options.mTiming = timing;
-        options.mBefore = 3;
-        options.mAfter = 2;
-        const Imported imported = import(signal, 0.5, options);
+        const size_t recorded = import(lastingSag(), 0.5, options).mLines.size();
+        options.mBefore = 2;
+        options.mAfter = 3;
+        const Imported imported = import(lastingSag(), 0.5, options);
         const auto& lines = imported.mLines;
-        if (timing == importing::LineTiming::Phase) {
-            EXPECT_EQ(lines.size() % 360, 0U);
+        ASSERT_EQ(lines.size(), recorded + 5 * 360);
+        EXPECT_EQ(jumpsIn(lines, false), 0U);
+        const size_t end = recorded + 720;
+        for (size_t i = end; i < lines.size(); ++i) {
+            ASSERT_GE(lines[i][1], 0.5 - 0.02 - 1e-4);
+            ASSERT_NEAR(lines[i][5], lines[i - 360][5], 0.02 * ClosedForm::kPeak) << i;
+            ASSERT_NEAR(lines[i][4], 50.01, 0.011);
         }
-        double steepest = 0.0;
-        for (size_t i = 0; i < 1000; ++i) {
-            steepest = std::max(steepest, std::abs(lines[i + 1][5] - lines[i][5]));
-        }
-        size_t jumps = 0;
-        for (size_t i = 0; i < lines.size(); ++i) {
-            const double step = lines[(i + 1) % lines.size()][5] - lines[i][5];
-            const bool isAtSag = std::abs(lines[i][1] - 0.3) < 0.01;
-            jumps += std::abs(step) > 1.05 * steepest && !isAtSag ? 1 : 0;
-        }
-        EXPECT_EQ(jumps, 0U);
-        EXPECT_NEAR(lines[720][5], lines[0][5], 0.01 * ClosedForm::kPeak);
-        EXPECT_NEAR(lines[lines.size() - 360][5], lines[0][5], 0.01 * ClosedForm::kPeak);
+        EXPECT_THAT(imported.mReport.mRemarks, Not(Contains(HasSubstr("not steady"))));
+    }
+}
+
+/** Of a period that is repeated although the one beside it differs. */
+TEST(ImportTest, WhatIsNotSteadyIsTold)
+{
+    const std::tuple<double, double, const char*> rows[] = {
+        {0.02, 0.5, "--before repeats the first period, which is not steady: the one after it "},
+        {0.485, 0.5, "--after repeats the last period, which is not steady: the one before it "},
+        {0.02, 0.03, "fewer than two periods are imported: "},
+    };
+    for (const auto& [sagBegin, end, remark] : rows) {
+        ClosedForm signal;
+        signal.mSagBegin = sagBegin;
+        signal.mSagEnd = 1.0;
+        importing::ImportOptions options;
+        options.mTo = end;
+        options.mBefore = 1;
+        options.mAfter = 1;
+        const auto remarks = import(signal, 0.5, options).mReport.mRemarks;
+        EXPECT_THAT(remarks, Contains(testing::StartsWith(remark)));
+    }
+    importing::ImportOptions tooShort;
+    tooShort.mTo = 0.015;
+    for (const auto& [before, after, doLoop] :
+         {std::tuple{1, 0, false}, {0, 1, false}, {0, 0, true}}) {
+        tooShort.mBefore = before;
+        tooShort.mAfter = after;
+        tooShort.mDoLoop = doLoop;
+        EXPECT_THAT(errorOf(tooShort), HasSubstr("expected a recording of one period at least"));
     }
 }
 
@@ -196,6 +268,7 @@ TEST(ImportTest, TellsWhatItDid)
     EXPECT_EQ(row.mSource, "UA");
     EXPECT_EQ(row.mFactor, 1e6);
     EXPECT_NEAR(row.mPeak, 1.18, 0.001); // the sum of all harmonics at the first sample
+    EXPECT_NEAR(row.mWrittenPeak, 1.18, 0.002);
     EXPECT_NEAR(row.mRms, 0.7099, 0.002);
     EXPECT_THAT(imported.mReport.mRemarks,
                 Contains("the recording has fewer than six periods: 50 Hz is played"));
@@ -205,6 +278,33 @@ TEST(ImportTest, TellsWhatItDid)
         options.mTo = to;
         EXPECT_THAT(errorOf(options), HasSubstr("expected a part of 0 to 0.5 s"));
     }
+}
+
+/** Few samples a period, which miss the crests; and states that change, in the order of time. */
+TEST(ImportTest, PeaksAndStatesAreTold)
+{
+    const TestFiles files;
+    ClosedForm signal;
+    signal.mHz = 50.0; // UB is sampled 24 degrees from its crest
+    ClosedFormSource source(signal, 250.0, 0.5);
+    for (int i = 1; i < 11; ++i) {
+        waveform::StatusChannel status;
+        status.mNumber = i;
+        status.mName = i == 2 ? "TRIP" : "";
+        status.mChangeCount = 7;
+        status.mChanges = {{i == 2 ? 0.125 : 0.2, true}, {0.3, false}, {0.9, true}};
+        source.mDescription.mStatusChannels.push_back(status);
+    }
+    base::ResultFile output(files.path("case.csv"));
+    const auto report = importing::importSignal(source, {}, output);
+    EXPECT_GT(report.mChannels[1].mWrittenPeak, 1.01 * report.mChannels[1].mPeak);
+    EXPECT_THAT(report.mRemarks,
+                Contains(AllOf(HasSubstr("peaks written differ from those recorded: channel "),
+                               HasSubstr("channel 1 (UB) by +"), Not(HasSubstr("(UA)")))));
+    EXPECT_THAT(report.mRemarks, Contains("status channel TRIP is not played: 0→1 at 0.125 s, 1→0 "
+                                          "at 0.300 s and 4 more"));
+    EXPECT_THAT(report.mRemarks, Contains(testing::StartsWith("status channel 8 is not played: ")));
+    EXPECT_THAT(report.mRemarks, Contains("and 2 more status channels change, see vx-case info"));
 }
 
 /** What no power system has is taken for a slip of the recorder. */
@@ -230,9 +330,12 @@ TEST(ImportTest, NominalFrequencyIsFound)
 TEST(ImportTest, WhatShowsNoWaveformIsRefused)
 {
     const TestFiles files;
-    for (const auto& [rate, isGood] : {std::pair{200.0, true}, {190.0, false}, {1.0, false}}) {
+    for (const auto& [rate, isGood] : {std::pair{200.0, true}, {190.0, false}, {5.0, false}}) {
         for (const bool isStamped : {false, true}) {
-            ClosedFormSource source({}, rate, 1.0);
+            if (isGood && isStamped) {
+                continue; // one of them is enough, as it takes its time
+            }
+            ClosedFormSource source({}, rate, 0.4);
             if (isStamped) {
                 source.mDescription.mRates.clear();
             }
@@ -287,6 +390,7 @@ TEST(ImportTest, CommandMakesWhatCanBePlayed)
                                {"--side", "left"},
                                {"--frequency", "0"},
                                {"--channels", "9=1"},
+                               {"--loop", "--after", "1"},
                                {"--before", "-1"}}) {
         const CommandResult refused =
             runner.run(joined({VX_CASE, "import", recording, "-o", value}, wrong));

@@ -22,16 +22,16 @@ namespace commands {
 namespace {
 using Json = nlohmann::ordered_json;
 
-/** Periods of the steady signal; more of them are a matter of repetitions. */
-constexpr size_t kMaxSteadyPeriods = 100'000;
+/** More periods are a matter of repetitions in the configuration. */
+constexpr size_t kMaxRepeatedPeriods = 100'000;
 
 constexpr char kImportFooter[] =
     R"(Voltages go to channels 0 to 3 and currents to 4 to 7, in mV and mA, in the order
 A, B, C, neutral. --channels says it otherwise, by name or number: "0" is nothing, and
 channels that it does not name are found as before.
 
-Example, with five steady periods in front and behind, and what plays it:
-  vx-case import fault.cfg --before 5 --after 5 -o fault.csv --configuration fault.conf)";
+Example, with the first period five times in front, and what plays it again and again:
+  vx-case import fault.cfg --before 5 --loop -o fault.csv --configuration fault.conf)";
 
 struct ImportCommandOptions
 {
@@ -73,12 +73,13 @@ std::string readFrequency(const std::string& text, importing::ImportOptions& opt
 
 std::string tableOf(const importing::ImportReport& report)
 {
-    base::TextTable table({">channel", "source", "unit", ">factor", ">rms", ">peak"});
+    base::TextTable table({">channel", "source", "unit", ">factor", ">rms", ">peak", ">written"});
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
         const importing::ChannelReport& channel = report.mChannels[i];
         table.add({std::to_string(i), channel.mSource, channel.mUnit,
                    fmt::format("{:.10g}", channel.mFactor), fmt::format("{:.6g}", channel.mRms),
-                   fmt::format("{:.6g}", channel.mPeak)});
+                   fmt::format("{:.6g}", channel.mPeak),
+                   fmt::format("{:.6g}", channel.mWrittenPeak)});
     }
     std::string text = table.text();
     for (const std::string& remark : report.mRemarks) {
@@ -98,7 +99,8 @@ std::string jsonOf(const importing::ImportReport& report)
                                     {"unit", channel.mUnit},
                                     {"factor", channel.mFactor},
                                     {"rms", channel.mRms},
-                                    {"peak", channel.mPeak}});
+                                    {"peak", channel.mPeak},
+                                    {"writtenPeak", channel.mWrittenPeak}});
     }
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -166,12 +168,16 @@ void addTiming(CLI::App& command, importing::ImportOptions& options)
         .type_name("track|nominal|HZ");
     command.add_option("--from", options.mFrom, "Begins there in the recording")->type_name("S");
     command.add_option("--to", options.mTo, "Ends there")->type_name("S");
-    command.add_option("--before", options.mBefore, "Periods of the steady signal in front")
+    command.add_option("--before", options.mBefore, "Repeats the first period N times in front")
         ->type_name("N")
-        ->check(CLI::Range(size_t{0}, kMaxSteadyPeriods));
-    command.add_option("--after", options.mAfter, "And behind")
-        ->type_name("N")
-        ->check(CLI::Range(size_t{0}, kMaxSteadyPeriods));
+        ->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
+    CLI::Option* const after =
+        command.add_option("--after", options.mAfter, "Repeats the last period N times behind");
+    after->type_name("N")->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
+    command
+        .add_flag("--loop", options.mDoLoop,
+                  "Fades the last period into the first: no seam when played over and over")
+        ->excludes(after);
 }
 } // namespace
 

@@ -9,8 +9,8 @@
 namespace importing {
 
 namespace {
-constexpr double kLeast = std::numeric_limits<qint32>::min();
-constexpr double kMost = std::numeric_limits<qint32>::max();
+constexpr double kMinCount = std::numeric_limits<qint32>::min();
+constexpr double kMaxCount = std::numeric_limits<qint32>::max();
 
 /** Down to three digits: a number that is easily typed. Not finite for 0. */
 double roundedDown(double value)
@@ -25,7 +25,7 @@ std::array<qint32, kChannelCount> CountLimiter::round(const Counts& counts, doub
     std::array<qint32, kChannelCount> values{};
     for (size_t channel = 0; channel < counts.size(); ++channel) {
         const double rounded = std::nearbyint(counts[channel]);
-        if (!(rounded >= kLeast && rounded <= kMost)) {
+        if (!(rounded >= kMinCount && rounded <= kMaxCount)) {
             // Beyond all numbers sums become none.
             const double found = std::isnan(rounded) ? HUGE_VAL : rounded;
             Overflow& overflow = mOverflows[channel];
@@ -35,7 +35,7 @@ std::array<qint32, kChannelCount> CountLimiter::round(const Counts& counts, doub
             }
             overflow.mLargest = std::max(overflow.mLargest, std::abs(found));
         }
-        values[channel] = static_cast<qint32>(std::fmin(std::fmax(rounded, kLeast), kMost));
+        values[channel] = static_cast<qint32>(std::fmin(std::fmax(rounded, kMinCount), kMaxCount));
     }
     return values;
 }
@@ -49,7 +49,8 @@ size_t CountLimiter::clipped() const
     return count;
 }
 
-std::string CountLimiter::complaint(const ChannelMap& map, const MappingOptions& options) const
+std::string CountLimiter::overflowMessage(const ChannelMap& map,
+                                          const MappingOptions& options) const
 {
     const auto* const first = std::min_element(
         mOverflows.begin(), mOverflows.end(), [](const Overflow& a, const Overflow& b) {
@@ -75,7 +76,7 @@ double CountLimiter::fittingScale(const ChannelMap& map, channels::Quantity quan
             largest = std::max(largest, mOverflows[channel].mLargest);
         }
     }
-    return largest > 0.0 ? roundedDown(scale * (kMost / largest)) : scale;
+    return largest > 0.0 ? roundedDown(scale * (kMaxCount / largest)) : scale;
 }
 
 } // namespace importing

@@ -23,7 +23,7 @@ public:
      * The channel and time of the first that did not fit, and the scale with which all would.
      * Requires: clipped() > 0.
      */
-    std::string complaint(const ChannelMap& map, const MappingOptions& options) const;
+    std::string overflowMessage(const ChannelMap& map, const MappingOptions& options) const;
 
 private:
     struct Overflow

@@ -15,7 +15,7 @@ struct Fundamental
 {
     double mNominalHz = 50.0;
     std::optional<resampling::PhaseTrack> mTrack; ///< nothing where it cannot be followed
-    std::string mWhyNoTrack;
+    std::string mReasonNotTracked;
     std::vector<std::string> mRemarks;
 };
 

@@ -18,7 +18,7 @@ namespace {
 constexpr double kMaxPeriods = 1e7;
 
 /** Times that are the same but for rounding, in s. */
-constexpr double kBehindTheEnd = 1e-9;
+constexpr double kRoundingOfSeconds = 1e-9;
 
 void limitRange(ImportPlan& plan, const waveform::SignalDescription& description,
                 const resampling::SampleTimes& times, const ImportOptions& options)
@@ -26,7 +26,7 @@ void limitRange(ImportPlan& plan, const waveform::SignalDescription& description
     plan.mFrom = options.mFrom.value_or(times.begin());
     plan.mTo = options.mTo.value_or(times.end());
     const bool isInside = plan.mFrom >= times.begin() && plan.mFrom < plan.mTo &&
-                          plan.mTo <= times.end() + kBehindTheEnd;
+                          plan.mTo <= times.end() + kRoundingOfSeconds;
     if (!isInside) {
         throw base::CaseError(
             fmt::format("{}: from {:g} s to {:g} s: expected a part of {:g} to {:g} s",
@@ -36,24 +36,24 @@ void limitRange(ImportPlan& plan, const waveform::SignalDescription& description
 
 void remarkTrack(ImportPlan& plan)
 {
-    const auto [least, most] =
+    const auto [lowest, highest] =
         std::minmax_element(plan.mSchedule.mPeriods.begin(), plan.mSchedule.mPeriods.end(),
                             [](const auto& a, const auto& b) { return a.mHz < b.mHz; });
     plan.mRemarks.push_back(
-        fmt::format("the frequency is followed: {:.3f} to {:.3f} Hz", least->mHz, most->mHz));
+        fmt::format("the frequency is followed: {:.3f} to {:.3f} Hz", lowest->mHz, highest->mHz));
     constexpr size_t kMaxGaps = 10;
     const std::vector<resampling::PhaseTrack::Gap>& gaps = plan.mTrack->gaps();
     for (size_t i = 0; i < std::min(gaps.size(), kMaxGaps); ++i) {
         plan.mRemarks.push_back(
-            fmt::format("it cannot be measured through {:.3f} to {:.3f} s and goes on evenly",
+            fmt::format("it cannot be measured from {:.3f} to {:.3f} s: extrapolated",
                         gaps[i].first, gaps[i].second));
     }
     if (gaps.size() > kMaxGaps) {
-        plan.mRemarks.push_back(fmt::format("and through {} more", gaps.size() - kMaxGaps));
+        plan.mRemarks.push_back(fmt::format("and in {} more such spans", gaps.size() - kMaxGaps));
     }
 }
 
-void schedule(ImportPlan& plan, const std::string& whyNoTrack, const ImportOptions& options)
+void schedule(ImportPlan& plan, const std::string& reasonNotTracked, const ImportOptions& options)
 {
     if (options.mTiming == LineTiming::Phase && plan.mTrack) {
         plan.mSchedule = resampling::scheduleKeepingPhase(*plan.mTrack, plan.mFrom, plan.mTo);
@@ -64,7 +64,7 @@ void schedule(ImportPlan& plan, const std::string& whyNoTrack, const ImportOptio
     const float hz = options.mTiming == LineTiming::Fixed ? options.mHz : nominal;
     plan.mSchedule = resampling::scheduleKeepingTime(hz, plan.mFrom, plan.mTo);
     if (options.mTiming == LineTiming::Phase) {
-        plan.mRemarks.push_back(fmt::format("{}: {:g} Hz is played", whyNoTrack, hz));
+        plan.mRemarks.push_back(fmt::format("{}: {:g} Hz is played", reasonNotTracked, hz));
     }
 }
 } // namespace
@@ -78,6 +78,11 @@ double ImportPlan::cyclesAt(double seconds) const
 double ImportPlan::periodFrom(double seconds) const
 {
     return mTrack ? mTrack->secondsAt(mTrack->cyclesAt(seconds) + 1.0) - seconds : 1.0 / mNominalHz;
+}
+
+double ImportPlan::periodBefore(double seconds) const
+{
+    return mTrack ? seconds - mTrack->secondsAt(mTrack->cyclesAt(seconds) - 1.0) : 1.0 / mNominalHz;
 }
 
 double ImportPlan::linesPerSecond() const
@@ -120,10 +125,13 @@ ImportPlan planImport(const waveform::SignalDescription& description,
     const auto remarks =
         checkTimes(description, recorded.mSeconds, times, {plan.mFrom, plan.mTo}, plan.mNominalHz);
     plan.mRemarks.insert(plan.mRemarks.end(), remarks.begin(), remarks.end());
-    schedule(plan, fundamental.mWhyNoTrack, options);
+    schedule(plan, fundamental.mReasonNotTracked, options);
     plan.mFirstPeriod = plan.periodFrom(plan.mFrom);
-    plan.mLastPeriod = plan.periodFrom(plan.mTo - 1.0 / plan.mNominalHz);
+    plan.mLastPeriod = plan.periodBefore(plan.mTo);
     plan.mLinesPerPeriod = plan.mFirstPeriod / plan.mSchedule.mPeriods.front().mStep;
+    const bool doKeepPhase = options.mTiming == LineTiming::Phase && plan.mTrack;
+    plan.mLinesPerLastPeriod =
+        doKeepPhase ? kSamplesPerPeriod : plan.mLastPeriod / plan.mSchedule.mPeriods.back().mStep;
     return plan;
 }
 

@@ -21,6 +21,7 @@ struct ImportPlan
     double mFirstPeriod = 0.0;    ///< s that the first period lasts
     double mLastPeriod = 0.0;     ///< s that the last period lasts
     double mLinesPerPeriod = 0.0; ///< of the first period
+    double mLinesPerLastPeriod = 0.0;
     std::vector<std::string> mRemarks;
 
     /** Phase of the fundamental since mFrom, in periods. */
@@ -29,10 +30,13 @@ struct ImportPlan
     /** How long the period lasts that begins then, in s. */
     double periodFrom(double seconds) const;
 
+    /** How long the period lasts that ends then, in s. */
+    double periodBefore(double seconds) const;
+
     /** The lines of the schedule in a second, the fewest. */
     double linesPerSecond() const;
 
-    /** Lines that so many steady periods in front take. */
+    /** Lines that so many periods in front take. */
     size_t linesOf(size_t periods) const;
 
     /** When the first line of those would be played, in s in the recording. */

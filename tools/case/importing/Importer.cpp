@@ -6,25 +6,28 @@
 #include <cmath>
 
 #include "base/CaseError.h"
-#include "base/Numbers.h"
-#include "base/ProgressLine.h"
 #include "importing/ImportPlan.h"
+#include "importing/ImportRemarks.h"
 #include "importing/LineWriter.h"
-#include "importing/SteadySignal.h"
+#include "importing/Replay.h"
+#include "importing/Steadiness.h"
 #include "waveform/ImportMark.h"
 
 namespace importing {
 
 namespace {
-
-/** Times that are the same but for rounding, in s; likewise periods. */
+/** Times that are the same but for rounding, in s. */
 constexpr double kSameTime = 1e-9;
-constexpr double kRoundingOfCycles = 1e-6;
+
+void append(const std::vector<std::string>& more, std::vector<std::string>* texts)
+{
+    texts->insert(texts->end(), more.begin(), more.end());
+}
 
 ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recorded,
                        const ImportPlan& plan)
 {
-    ChannelReport report{channel.mText, channel.mUnit, channel.mCounts, 0.0, 0.0};
+    ChannelReport report{channel.mText, channel.mUnit, channel.mCounts, 0.0, 0.0, 0.0};
     const std::vector<double> values = recorded.sumOf(channel);
     double squares = 0.0;
     size_t count = 0;
@@ -64,107 +67,6 @@ std::vector<std::string> commentsOf(const waveform::SignalDescription& descripti
     return comments;
 }
 
-/** The lines of a replay: steady, the recording, and steady again. */
-class Replay
-{
-public:
-    Replay(const ImportPlan& plan, MappedSignal& signal, LineWriter& writer)
-        : mPlan(plan), mSignal(signal), mWriter(writer)
-    {
-    }
-
-    void writeRecording();
-    void writeBefore(size_t periods);
-    void writeAfter(size_t periods);
-
-private:
-    SteadySignal steady();
-    float steadyHz() const { return mPlan.mSchedule.mPeriods.front().mHz; }
-    Counts passingOver(size_t line, const Counts& steady);
-
-    const ImportPlan& mPlan;
-    MappedSignal& mSignal;
-    LineWriter& mWriter;
-    double mFirstCycles = 0.0; ///< phase of the first line written
-};
-
-SteadySignal Replay::steady()
-{
-    if (mPlan.mFrom + mPlan.mFirstPeriod > mPlan.mTo) {
-        throw base::CaseError("--before and --after: expected a recording of one period at least");
-    }
-    return {mSignal, mPlan.mFrom, mPlan.mFirstPeriod};
-}
-
-void Replay::writeBefore(size_t periods)
-{
-    if (periods == 0) {
-        return;
-    }
-    SteadySignal signal = steady();
-    const double lines = static_cast<double>(mPlan.linesOf(periods));
-    mFirstCycles = -lines / mPlan.mLinesPerPeriod;
-    for (double line = 0.0; line < lines; line += 1.0) {
-        const double cycles = (line - lines) / mPlan.mLinesPerPeriod;
-        mWriter.write(signal.countsAt(cycles), signal.secondsAt(cycles), steadyHz());
-    }
-}
-
-void Replay::writeRecording()
-{
-    base::ProgressLine progress("resampling");
-    const resampling::Schedule& schedule = mPlan.mSchedule;
-    for (size_t line = 0; line < schedule.mLineCount; ++line) {
-        const double seconds = schedule.secondsOf(line);
-        mWriter.write(mSignal.countsAt(seconds), seconds, schedule.frequencyOf(line));
-        if (line % kSamplesPerPeriod == 0) {
-            progress.show(static_cast<double>(line) / static_cast<double>(schedule.mLineCount));
-        }
-    }
-}
-
-/**
- * Whole periods, and before them what is missing of one, so that the first line goes on where the
- * last one ends. The recording passes over into them within their first period.
- */
-void Replay::writeAfter(size_t periods)
-{
-    if (periods == 0) {
-        return;
-    }
-    SteadySignal signal = steady();
-    const resampling::Schedule& schedule = mPlan.mSchedule;
-    const size_t first = schedule.mLineCount;
-    const double begin = mPlan.cyclesAt(schedule.secondsOf(first));
-    const double done = begin - mFirstCycles;
-    const double cycles = std::ceil(done - kRoundingOfCycles) - done + static_cast<double>(periods);
-    const auto lines = static_cast<size_t>(std::round(cycles * mPlan.mLinesPerPeriod));
-    for (size_t line = 0; line < lines; ++line) {
-        const double phase =
-            begin + static_cast<double>(line) * cycles / static_cast<double>(lines);
-        const bool isInLastBlock = line < schedule.mPeriods.size() * kSamplesPerPeriod - first;
-        mWriter.write(passingOver(line, signal.countsAt(phase)), signal.secondsAt(phase),
-                      isInLastBlock ? schedule.mPeriods.back().mHz : steadyHz());
-    }
-}
-
-/** From the recording's last period, as if it went on, to the steady signal. */
-Counts Replay::passingOver(size_t line, const Counts& steady)
-{
-    const double share = static_cast<double>(line) / mPlan.mLinesPerPeriod;
-    if (share >= 1.0) {
-        return steady;
-    }
-    const resampling::Schedule& schedule = mPlan.mSchedule;
-    const double seconds = schedule.secondsOf(schedule.mLineCount + line) - mPlan.mLastPeriod;
-    const double weight = (1.0 + std::cos(base::kPi * share)) / 2.0;
-    Counts counts = mSignal.countsAt(seconds);
-    for (size_t channel = 0; channel < counts.size(); ++channel) {
-        counts[channel] = weight * counts[channel] + (1.0 - weight) * steady[channel];
-    }
-    return counts;
-}
-
 ImportReport reportOf(const waveform::SignalDescription& description,
                       const RecordedSignal& recorded, const ChannelMap& map, const ImportPlan& plan)
 {
@@ -172,10 +74,29 @@ ImportReport reportOf(const waveform::SignalDescription& description,
     std::transform(map.mChannels.begin(), map.mChannels.end(), report.mChannels.begin(),
                    [&](const auto& channel) { return reportOf(channel, recorded, plan); });
     report.mRemarks = description.mRemarks;
-    for (const auto* const remarks : {&map.mRemarks, &plan.mRemarks}) {
-        report.mRemarks.insert(report.mRemarks.end(), remarks->begin(), remarks->end());
-    }
+    append(map.mRemarks, &report.mRemarks);
+    append(plan.mRemarks, &report.mRemarks);
     return report;
+}
+
+/** What is known when all lines are written. */
+void finish(const waveform::SignalDescription& description, const ImportOptions& options,
+            const ChannelMap& map, const LineWriter& writer, ImportReport* report)
+{
+    const CountLimiter& limiter = writer.limiter();
+    if (limiter.clipped() > 0 && !options.mClip) {
+        throw base::CaseError(description.mFileName + ": " +
+                              limiter.overflowMessage(map, options.mMapping));
+    }
+    report->mLines = writer.lines();
+    for (size_t i = 0; i < report->mChannels.size(); ++i) {
+        ChannelReport& channel = report->mChannels[i];
+        channel.mWrittenPeak = channel.mFactor > 0.0 ? writer.peak(i) / channel.mFactor : 0.0;
+    }
+    append(remarksOnPeaks(*report), &report->mRemarks);
+    if (limiter.clipped() > 0) {
+        report->mRemarks.push_back(fmt::format("{} values limited to 32 bits", limiter.clipped()));
+    }
 }
 } // namespace
 
@@ -187,24 +108,21 @@ ImportReport importSignal(waveform::SignalSource& source, const ImportOptions& o
     const RecordedSignal recorded = readSignal(source, map);
     const resampling::SampleTimes times(recorded.mSeconds, !description.mRates.empty());
     const ImportPlan plan = planImport(description, recorded, times, map, options);
+    MappedSignal signal(recorded, times, map, plan.linesPerSecond());
     ImportReport report = reportOf(description, recorded, map, plan);
+    append(remarksOnRepeated(signal, plan, map, options), &report.mRemarks);
+    append(remarksOnStatus(description, {plan.mFrom, plan.mTo}), &report.mRemarks);
     LineWriter writer(output, times, options.mClip);
     writer.writeComments(
         commentsOf(description, options, report, plan.beginBefore(options.mBefore)));
-    MappedSignal signal(recorded, times, map, plan.linesPerSecond());
     Replay replay(plan, signal, writer);
     replay.writeBefore(options.mBefore);
     replay.writeRecording();
     replay.writeAfter(options.mAfter);
-    report.mLines = writer.lines();
-    const CountLimiter& limiter = writer.limiter();
-    if (limiter.clipped() > 0 && !options.mClip) {
-        throw base::CaseError(description.mFileName + ": " +
-                              limiter.complaint(map, options.mMapping));
+    if (options.mDoLoop) {
+        replay.writeLoop();
     }
-    if (limiter.clipped() > 0) {
-        report.mRemarks.push_back(fmt::format("{} values limited to 32 bits", limiter.clipped()));
-    }
+    finish(description, options, map, writer, &report);
     return report;
 }
 

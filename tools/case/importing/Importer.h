@@ -13,11 +13,12 @@ namespace importing {
 /** A row of the table of channels. */
 struct ChannelReport
 {
-    std::string mSource;  ///< what the channel gets; "-" is nothing
-    std::string mUnit;    ///< as recorded
-    double mFactor = 0.0; ///< counts for 1 of the unit
-    double mRms = 0.0;    ///< of the samples that are imported, in the unit
-    double mPeak = 0.0;   ///< their largest magnitude
+    std::string mSource;       ///< what the channel gets; "-" is nothing
+    std::string mUnit;         ///< as recorded
+    double mFactor = 0.0;      ///< counts for 1 of the unit
+    double mRms = 0.0;         ///< of the samples that are imported, in the unit
+    double mPeak = 0.0;        ///< their largest magnitude
+    double mWrittenPeak = 0.0; ///< the same of all lines written, in the unit
 };
 
 /** What an import did. */

@@ -5,15 +5,22 @@
 namespace importing {
 
 /**
- * The first period of an imported recording, repeated for ever: what is played in front of the
- * recording and behind it. Where the period's end does not meet its beginning, the difference is
- * spread over the period. Borrows the signal.
+ * One period of a recording, repeated for ever: what is played in front of the recording or behind
+ * it. Where the period's end does not meet its beginning, the difference is spread over the
+ * period, so that the repetition has no jump. Borrows the signal.
  */
-class SteadySignal
+class PeriodicExtension
 {
 public:
+    /** Which end of the period stays as recorded: that at which the recording joins. */
+    enum class Joint
+    {
+        Beginning,
+        End
+    };
+
     /** @param begin, period s on the recording's time, which must cover the period */
-    SteadySignal(MappedSignal& signal, double begin, double period);
+    PeriodicExtension(MappedSignal& signal, double begin, double period, Joint joint);
 
     /** @param cycles since the beginning of the period; may be negative */
     Counts countsAt(double cycles);
@@ -25,6 +32,7 @@ private:
     MappedSignal& mSignal;
     double mBegin;
     double mPeriod;
+    Joint mJoint;
     Counts mDifference; ///< of its end from its beginning
 };
 

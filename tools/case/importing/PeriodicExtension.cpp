@@ -1,4 +1,4 @@
-#include "importing/SteadySignal.h"
+#include "importing/PeriodicExtension.h"
 
 #include <cmath>
 
@@ -11,8 +11,12 @@ double fractionOf(double cycles)
 }
 } // namespace
 
-SteadySignal::SteadySignal(MappedSignal& signal, double begin, double period)
-    : mSignal(signal), mBegin(begin), mPeriod(period), mDifference(signal.countsAt(begin + period))
+PeriodicExtension::PeriodicExtension(MappedSignal& signal, double begin, double period, Joint joint)
+    : mSignal(signal),
+      mBegin(begin),
+      mPeriod(period),
+      mJoint(joint),
+      mDifference(signal.countsAt(begin + period))
 {
     const Counts first = signal.countsAt(begin);
     for (size_t channel = 0; channel < mDifference.size(); ++channel) {
@@ -20,16 +24,17 @@ SteadySignal::SteadySignal(MappedSignal& signal, double begin, double period)
     }
 }
 
-Counts SteadySignal::countsAt(double cycles)
+Counts PeriodicExtension::countsAt(double cycles)
 {
+    const double share = fractionOf(cycles) - (mJoint == Joint::End ? 1.0 : 0.0);
     Counts counts = mSignal.countsAt(secondsAt(cycles));
     for (size_t channel = 0; channel < counts.size(); ++channel) {
-        counts[channel] -= fractionOf(cycles) * mDifference[channel];
+        counts[channel] -= share * mDifference[channel];
     }
     return counts;
 }
 
-double SteadySignal::secondsAt(double cycles) const
+double PeriodicExtension::secondsAt(double cycles) const
 {
     return mBegin + fractionOf(cycles) * mPeriod;
 }

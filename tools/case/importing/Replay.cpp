@@ -1,0 +1,131 @@
+#include "importing/Replay.h"
+
+#include <cmath>
+
+#include "base/CaseError.h"
+#include "base/Numbers.h"
+#include "base/ProgressLine.h"
+
+namespace importing {
+
+namespace {
+/** Phases that are the same but for rounding, in periods. */
+constexpr double kRoundingOfCycles = 1e-6;
+constexpr double kRoundingOfSeconds = 1e-9;
+
+Counts crossfaded(const Counts& from, const Counts& to, double share)
+{
+    const double weight = (1.0 + std::cos(base::kPi * share)) / 2.0;
+    Counts counts{};
+    for (size_t channel = 0; channel < counts.size(); ++channel) {
+        counts[channel] = weight * from[channel] + (1.0 - weight) * to[channel];
+    }
+    return counts;
+}
+
+void expectPeriod(const ImportPlan& plan, double period)
+{
+    if (plan.mTo - plan.mFrom < period - kRoundingOfSeconds) {
+        throw base::CaseError(
+            "--before, --after and --loop: expected a recording of one period at least");
+    }
+}
+} // namespace
+
+Replay::Replay(const ImportPlan& plan, MappedSignal& signal, LineWriter& writer)
+    : mPlan(plan), mSignal(signal), mWriter(writer)
+{
+}
+
+PeriodicExtension Replay::firstPeriod() const
+{
+    expectPeriod(mPlan, mPlan.mFirstPeriod);
+    return {mSignal, mPlan.mFrom, mPlan.mFirstPeriod, PeriodicExtension::Joint::Beginning};
+}
+
+PeriodicExtension Replay::lastPeriod() const
+{
+    expectPeriod(mPlan, mPlan.mLastPeriod);
+    return {mSignal, mPlan.mTo - mPlan.mLastPeriod, mPlan.mLastPeriod,
+            PeriodicExtension::Joint::End};
+}
+
+/** Since the beginning of the last period, of a line behind the recording. */
+double Replay::cyclesOfLastAt(size_t line) const
+{
+    return 1.0 + (mPlan.mSchedule.secondsOf(line) - mPlan.mTo) / mPlan.mLastPeriod;
+}
+
+/** A block of 360 lines has one frequency. */
+float Replay::frequencyBehind(size_t line, float next) const
+{
+    const resampling::Schedule& schedule = mPlan.mSchedule;
+    const bool isInLastBlock = line < schedule.mPeriods.size() * kSamplesPerPeriod;
+    return isInLastBlock ? schedule.mPeriods.back().mHz : next;
+}
+
+void Replay::writeBefore(size_t periods)
+{
+    if (periods == 0) {
+        return;
+    }
+    PeriodicExtension first = firstPeriod();
+    const float hz = mPlan.mSchedule.mPeriods.front().mHz;
+    const double lines = static_cast<double>(mPlan.linesOf(periods));
+    mFirstCycles = -lines / mPlan.mLinesPerPeriod;
+    for (double line = 0.0; line < lines; line += 1.0) {
+        const double cycles = (line - lines) / mPlan.mLinesPerPeriod;
+        mWriter.write(first.countsAt(cycles), first.secondsAt(cycles), hz);
+    }
+}
+
+void Replay::writeRecording()
+{
+    base::ProgressLine progress("resampling");
+    const resampling::Schedule& schedule = mPlan.mSchedule;
+    for (size_t line = 0; line < schedule.mLineCount; ++line) {
+        const double seconds = schedule.secondsOf(line);
+        mWriter.write(mSignal.countsAt(seconds), seconds, schedule.frequencyOf(line));
+        if (line % kSamplesPerPeriod == 0) {
+            progress.show(static_cast<double>(line) / static_cast<double>(schedule.mLineCount));
+        }
+    }
+}
+
+void Replay::writeAfter(size_t periods)
+{
+    if (periods == 0) {
+        return;
+    }
+    PeriodicExtension last = lastPeriod();
+    const double begin = cyclesOfLastAt(mPlan.mSchedule.mLineCount);
+    const double linesPerPeriod = mPlan.mLinesPerLastPeriod;
+    const double lines = std::round(static_cast<double>(periods) * linesPerPeriod);
+    for (double line = 0.0; line < lines; line += 1.0) {
+        const double cycles = begin + line / linesPerPeriod;
+        mWriter.write(last.countsAt(cycles), last.secondsAt(cycles),
+                      mPlan.mSchedule.mPeriods.back().mHz);
+    }
+}
+
+void Replay::writeLoop()
+{
+    PeriodicExtension first = firstPeriod();
+    PeriodicExtension last = lastPeriod();
+    const resampling::Schedule& schedule = mPlan.mSchedule;
+    const double begin = mPlan.cyclesAt(schedule.secondsOf(schedule.mLineCount));
+    const double done = begin - mFirstCycles;
+    const double cycles = std::ceil(done - kRoundingOfCycles) - done + 1.0;
+    const double lastBegin = cyclesOfLastAt(schedule.mLineCount);
+    const auto lines = static_cast<size_t>(std::round(cycles * mPlan.mLinesPerPeriod));
+    for (size_t line = 0; line < lines; ++line) {
+        const double share = static_cast<double>(line) / static_cast<double>(lines);
+        const double phase = share * cycles;
+        mWriter.write(
+            crossfaded(last.countsAt(lastBegin + phase), first.countsAt(begin + phase), share),
+            share < 0.5 ? last.secondsAt(lastBegin + phase) : first.secondsAt(begin + phase),
+            frequencyBehind(schedule.mLineCount + line, schedule.mPeriods.front().mHz));
+    }
+}
+
+} // namespace importing

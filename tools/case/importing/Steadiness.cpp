@@ -1,0 +1,122 @@
+#include "importing/Steadiness.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace importing {
+
+namespace {
+/** A few percent: swings and rounding of relays stay below, the first period of a fault does not.
+ */
+constexpr double kMaxDifference = 0.03;
+
+/** Instants at which two periods are compared. */
+constexpr size_t kInstants = 360;
+
+constexpr double kRoundingOfSeconds = 1e-9;
+
+struct Period
+{
+    double mBegin; ///< s
+    double mLength;
+};
+
+/** Root mean squares of the channels in counts, in a period and of its difference from another. */
+struct Comparison
+{
+    Counts mRms{};
+    Counts mDifference{};
+};
+
+Comparison compare(MappedSignal& signal, const Period& a, const Period& b)
+{
+    Comparison result;
+    for (size_t i = 0; i < kInstants; ++i) {
+        const double share = (static_cast<double>(i) + 0.5) / kInstants;
+        const Counts first = signal.countsAt(a.mBegin + share * a.mLength);
+        const Counts second = signal.countsAt(b.mBegin + share * b.mLength);
+        for (size_t channel = 0; channel < first.size(); ++channel) {
+            const double difference = second[channel] - first[channel];
+            result.mRms[channel] += first[channel] * first[channel] / kInstants;
+            result.mDifference[channel] += difference * difference / kInstants;
+        }
+    }
+    for (Counts* counts : {&result.mRms, &result.mDifference}) {
+        std::transform(counts->begin(), counts->end(), counts->begin(),
+                       [](double square) { return std::sqrt(square); });
+    }
+    return result;
+}
+
+/** A channel, and how far a period of it differs from the next, relative to its quantity. */
+struct Deviation
+{
+    size_t mChannel = 0;
+    double mShare = 0.0;
+};
+
+/** A neutral near 0 is compared with the phases; below one count, difference is rounding. */
+Deviation largestDeviation(const Comparison& comparison, const ChannelMap& map)
+{
+    Deviation largest;
+    for (size_t channel = 0; channel < kChannelCount; ++channel) {
+        double rms = 0.0;
+        for (size_t other = 0; other < kChannelCount; ++other) {
+            const bool isSame = map.mChannels[other].mQuantity == map.mChannels[channel].mQuantity;
+            rms = isSame ? std::max(rms, comparison.mRms[other]) : rms;
+        }
+        const double difference = comparison.mDifference[channel];
+        const double share = rms > 0.0 ? difference / rms : HUGE_VAL;
+        if (difference > 1.0 && share > largest.mShare) {
+            largest = {channel, share};
+        }
+    }
+    return largest;
+}
+
+std::string remarkOn(const char* option, const char* period, const char* other,
+                     const Deviation& deviation, const ChannelMap& map)
+{
+    return fmt::format(
+        "{} repeats the {} period, which is not steady: the one {} it differs by "
+        "{:.0f} % (channel {}, {})",
+        option, period, other, std::min(deviation.mShare, 1e4) * 100.0, deviation.mChannel,
+        map.mChannels[deviation.mChannel].mText);
+}
+} // namespace
+
+std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPlan& plan,
+                                           const ChannelMap& map, const ImportOptions& options)
+{
+    std::vector<std::string> remarks;
+    const bool isRepeated = options.mBefore > 0 || options.mAfter > 0;
+    const double second = plan.mFrom + plan.mFirstPeriod;
+    const double last = plan.mTo - plan.mLastPeriod;
+    const double length = plan.periodFrom(second);
+    const double lengthBefore = plan.periodBefore(last);
+    if (isRepeated && (second + length > plan.mTo + kRoundingOfSeconds ||
+                       last - lengthBefore < plan.mFrom - kRoundingOfSeconds)) {
+        return {
+            "fewer than two periods are imported: whether the one repeated is steady is not "
+            "known"};
+    }
+    if (options.mBefore > 0) {
+        const auto found = largestDeviation(
+            compare(signal, {plan.mFrom, plan.mFirstPeriod}, {second, length}), map);
+        if (found.mShare > kMaxDifference) {
+            remarks.push_back(remarkOn("--before", "first", "after", found, map));
+        }
+    }
+    if (options.mAfter > 0) {
+        const auto found = largestDeviation(
+            compare(signal, {last, plan.mLastPeriod}, {last - lengthBefore, lengthBefore}), map);
+        if (found.mShare > kMaxDifference) {
+            remarks.push_back(remarkOn("--after", "last", "before", found, map));
+        }
+    }
+    return remarks;
+}
+
+} // namespace importing

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "importing/ImportOptions.h"
+#include "importing/ImportPlan.h"
+#include "importing/MappedSignal.h"
+
+namespace importing {
+
+/**
+ * What is to be said of the periods that an import repeats: one that differs from the period beside
+ * it is no steady signal.
+ */
+std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPlan& plan,
+                                           const ChannelMap& map, const ImportOptions& options);
+
+} // namespace importing
