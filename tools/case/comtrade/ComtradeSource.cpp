@@ -13,6 +13,8 @@ namespace comtrade {
 namespace {
 constexpr size_t kBlockValues = 32768; ///< about the values of a block, to stay in the cache
 constexpr size_t kMaxBlockSamples = 4096;
+constexpr double kUsualHz = 50.0; ///< where no nominal frequency is given
+constexpr double kMicrosecondsPerSecond = 1e6;
 } // namespace
 
 ComtradeSource::ComtradeSource(ComtradeParts parts)
@@ -44,7 +46,28 @@ void ComtradeSource::describe()
         mDescription.mChannels.push_back(analog.mChannel);
     }
     mDescription.mStatusChannels = header.mStatuses;
+    remarkOnChannels();
     mDescription.mRemarks = mParts.mRemarks.take();
+}
+
+/** What a configuration says of a channel that no recorder means. */
+void ComtradeSource::remarkOnChannels()
+{
+    const double hz = mParts.mHeader.mNominalHz > 0.0 ? mParts.mHeader.mNominalHz : kUsualHz;
+    for (const ComtradeAnalog& analog : mParts.mHeader.mAnalogs) {
+        if (analog.mFactor == 0.0) {
+            mParts.mRemarks.addFor(
+                fmt::format("its factor is 0 in the configuration: every value is {:g}",
+                            analog.mOffset),
+                analog.mChannel.mNumber);
+        }
+        const double skew = analog.mChannel.mSkewMicroseconds;
+        if (std::abs(skew) * hz > kMicrosecondsPerSecond) {
+            mParts.mRemarks.addFor(
+                fmt::format("a skew of {:g} µs, longer than a period of {:g} Hz", skew, hz),
+                analog.mChannel.mNumber);
+        }
+    }
 }
 
 bool ComtradeSource::read(waveform::SignalBlock& block)

@@ -38,6 +38,7 @@ public:
 
 private:
     void describe();
+    void remarkOnChannels();
     void scale(size_t channel, std::vector<double>* column);
     void checkNumbers();
     void finish();
