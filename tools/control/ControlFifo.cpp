@@ -10,7 +10,8 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+
+#include "Messages.h"
 
 namespace control {
 
@@ -33,7 +34,7 @@ QString errorText(int error)
         case EAGAIN:
             return QStringLiteral("it is full: its reader takes no commands");
         default:
-            return QString::fromLocal8Bit(std::strerror(error));
+            return systemText(error);
     }
 }
 

@@ -9,8 +9,8 @@
 #include <QJsonDocument>
 
 #include <cerrno>
-#include <cstring>
 
+#include "Messages.h"
 #include "PipeOrDevice.h"
 
 namespace control {
@@ -26,18 +26,13 @@ QByteArray quoted(const QString& text)
     return array.mid(1, array.size() - 2);
 }
 
-QString errorText(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
 QString problemOf(int descriptor)
 {
     struct stat status
     {
     };
     if (fstat(descriptor, &status) != 0) {
-        return errorText(errno);
+        return systemText(errno);
     }
     if (!S_ISREG(status.st_mode)) {
         return QString::fromLatin1(configuration::kExpectedRegularFile);
@@ -61,7 +56,7 @@ QString EventFile::open()
     // Without O_NONBLOCK the open of a FIFO would wait.
     constexpr int kFlags = O_RDWR | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
     mDescriptor = ::open(QFile::encodeName(mPath).constData(), kFlags, kNewFileMode);
-    const QString problem = mDescriptor < 0 ? errorText(errno) : problemOf(mDescriptor);
+    const QString problem = mDescriptor < 0 ? systemText(errno) : problemOf(mDescriptor);
     return problem.isEmpty() ? problem : mPath + QStringLiteral(": ") + problem;
 }
 
@@ -79,7 +74,7 @@ QString EventFile::append(qint64 realtimeNs, const QByteArray& command, const QS
     if (written == line.size()) {
         return {};
     }
-    const QString reason = errorText(written < 0 ? errno : ENOSPC);
+    const QString reason = systemText(written < 0 ? errno : ENOSPC);
     return mPath + QStringLiteral(": ") + reason;
 }
 

@@ -7,6 +7,11 @@
 
 namespace control {
 
+QString systemText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
 void warn(const QString& text)
 {
     std::fprintf(stderr, "vx-control: %s\n", text.toLocal8Bit().constData());
@@ -25,8 +30,7 @@ int print(const QString& text)
     if (std::fputs(bytes.constData(), stdout) >= 0 && std::fflush(stdout) == 0) {
         return EXIT_SUCCESS;
     }
-    return fail(QStringLiteral("cannot write to standard output: ") +
-                QString::fromLocal8Bit(std::strerror(errno)));
+    return fail(QStringLiteral("cannot write to standard output: ") + systemText(errno));
 }
 
 } // namespace control

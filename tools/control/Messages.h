@@ -8,6 +8,9 @@ namespace control {
 inline constexpr int kNotDone = 1;
 inline constexpr int kCommandLineAtFault = 2;
 
+/** The system's text of an error number. */
+QString systemText(int error);
+
 /** Prints one line on standard error, with the program's name in front. */
 void warn(const QString& text);
 

@@ -9,8 +9,8 @@ namespace {
 constexpr int kBesidePanel = 22;
 
 // About so many ticks up an axis.
-constexpr double kPanelTicks = 3.0;
-constexpr double kWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
+constexpr double kTerminalPanelTicks = 3.0;
+constexpr double kTerminalWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
 
 TerminalPanel panelOf(const Panel& panel, const std::string& title, const Axis& time, double ticks)
 {
@@ -32,7 +32,7 @@ std::vector<TerminalPanel> layOutOnTerminal(const Picture& picture, int columns)
     std::vector<TerminalPanel> panels;
     const Axis whole = timeAxis(picture.mBegin, picture.mEnd, letters);
     for (const Panel& panel : picture.mWhole) {
-        panels.push_back(panelOf(panel, shortened(panel.mAxis, width), whole, kPanelTicks));
+        panels.push_back(panelOf(panel, shortened(panel.mAxis, width), whole, kTerminalPanelTicks));
         for (const GivenCommand& command : picture.mCommands) {
             panels.back().mMarks.push_back({command.mSeconds, true});
         }
@@ -41,7 +41,7 @@ std::vector<TerminalPanel> layOutOnTerminal(const Picture& picture, int columns)
         const Axis time = timeAxis(column.mFrom, column.mTo, letters);
         for (const Panel& panel : column.mPanels) {
             const std::string title = withoutIndex(column.mTitle) + ": " + panel.mAxis;
-            panels.push_back(panelOf(panel, shortened(title, width), time, kWaveTicks));
+            panels.push_back(panelOf(panel, shortened(title, width), time, kTerminalWaveTicks));
         }
     }
     return panels;
