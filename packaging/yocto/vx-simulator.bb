@@ -17,6 +17,7 @@ EXTERNALSRC = "${THISDIR}/../.."
 EXTERNALSRC_BUILD = "${WORKDIR}/build"
 
 EXTRA_OECMAKE = "\
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DVX_DEVELOPMENT=OFF \
     -DVX_SYSTEMD_UNIT_DIR=${systemd_system_unitdir} \
     -DVX_UDEV_RULES_DIR=${nonarch_base_libdir}/udev/rules.d \
