@@ -57,10 +57,17 @@ install(FILES ${packaging}/systemd/90-vx-simulator.rules
 set(completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/vx-simulator completions/vx-control DESTINATION ${completions} COMPONENT program)
 
-set(documents ${CMAKE_INSTALL_DATADIR}/doc/vx-simulator)
-install(FILES README.md DESTINATION ${documents} COMPONENT program)
-# A picture of 256 kB is of no use on a device.
-install(DIRECTORY doc DESTINATION ${documents} COMPONENT program PATTERN *.png EXCLUDE)
+# The pages link to each other, so all of them are installed. Their pictures are not: 256 kB are of no
+# use on a device.
+file(GLOB pages RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS doc/*.md)
+foreach(page README.md CONTRIBUTING.md SECURITY.md ${pages})
+  file(READ ${page} text)
+  string(REGEX REPLACE "!\\[[^]]*\\]\\([^)]*\\)\n\n?" "" text "${text}")
+  file(WRITE ${generated}/pages/${page} "${text}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${page})
+endforeach()
+install(DIRECTORY ${generated}/pages/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vx-simulator
+  COMPONENT program)
 
 # --- the tools -----------------------------------------------------------------------------------
 

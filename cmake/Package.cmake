@@ -1,6 +1,6 @@
-# What "cpack" makes: two Debian packages, and two with their debug symbols, for the machine that it runs on, in build/<preset>. Their
-# paths are those of a distribution, so configure with CMAKE_INSTALL_PREFIX=/usr; the preset
-# "package" does.
+# What "cpack" makes: two Debian packages, and two with their debug symbols, for the machine that it
+# runs on, in build/<preset>. Their paths are those of a distribution, so configure with
+# CMAKE_INSTALL_PREFIX=/usr; the preset "package" does.
 
 # dpkg-shlibdeps looks for the libraries among those that are installed.
 if(CMAKE_CROSSCOMPILING)
@@ -43,6 +43,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 # cpack itself takes the symbols out of the programs, into packages of their own.
 set(CPACK_STRIP_FILES OFF)
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DebugSymbolPackages.cmake)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)

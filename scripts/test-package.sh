@@ -22,15 +22,20 @@ for page in man/*; do
     [[ -z $warnings ]] || fail "$page: $warnings"
 done
 
-rm -f build/package/*.deb build/package/*.ddeb
-cmake --preset package
-cmake --build --preset package
-(cd build/package && cpack)
-lintian --fail-on error --tag-display-limit 0 build/package/*.deb | tee build/package/lintian.log
-grep 'hardening-no-\|unstripped' build/package/lintian.log && fail "see above"
+scripts/make-packages.sh
+lintian --fail-on error --display-info --tag-display-limit 0 build/package/*.deb build/package/*.ddeb |
+    tee build/package/lintian.log
+grep 'hardening-no-\|unstripped\|unused-override' build/package/lintian.log && fail "see above"
 for package in vx-simulator vx-simulator-tools; do
-    contents=$(dpkg-deb --contents "$(echo build/package/$package-dbgsym_*.ddeb)")
+    symbols=$(echo build/package/$package-dbgsym_*.ddeb)
+    contents=$(dpkg-deb --contents "$symbols")
     grep -q '/usr/lib/debug/.*\.debug$' <<<"$contents" || fail "no symbols of $package"
+    unpacked=build/package/symbols/$package
+    rm -rf "$unpacked"
+    mkdir -p "${unpacked%/*}"
+    dpkg-deb --raw-extract "$symbols" "$unpacked"
+    (cd "$unpacked" && md5sum --quiet --strict -c DEBIAN/md5sums) || fail "$symbols: md5sums"
+    ! grep -rlF "$PWD" "$unpacked" || fail "$symbols: the path of the build is in it"
 done
 
 # Each option that a program explains is completed.
@@ -66,10 +71,11 @@ systemd-analyze security --offline=true --threshold=20 "$unit" | tail -1
 
 root=$(mktemp -d /tmp/vx-root.XXXXXX)
 trap 'rm -rf --one-file-system "$root"' EXIT
+package=$PWD/$(echo build/package/vx-simulator_*.deb)
 chmod 0755 "$root"
 echo "test-package: installing in $root"
 mmdebstrap --quiet --variant=apt --hook-dir=/usr/share/mmdebstrap/hooks/file-mirror-automount \
-    --include="$PWD/$(echo build/package/vx-simulator_*.deb)" "$release" "$root" - \
+    --include="$package" "$release" "$root" - \
     <<<"$(scripts/debian-sources.sh)"
 
 # These mounts are made in the sandbox's own namespace and are gone with it.
@@ -79,6 +85,48 @@ build/package/tools/sandbox/vx-sandbox --record build/package/recording.bin --se
     sh -c "$play" | tee build/package/played.log
 grep -q 'Execute Config 1 once' build/package/played.log || fail "the command was not taken"
 grep -q 'refused writes *0$' build/package/played.log || fail "writes were refused"
+
+# Each link between the installed pages leads to a page.
+(
+    cd "$root/usr/share/doc/vx-simulator"
+    for page in *.md doc/*.md; do
+        while read -r link; do
+            [[ -e ${page%"${page##*/}"}$link ]] || fail "installed $page: no $link"
+        done < <(sed -n 's/](\([^)#:]*\)[)#]/\n&\n/gp' "$page" | sed -n 's/^](\(..*\)[)#]$/\1/p')
+    done
+)
+
+# What the package's scripts ask of systemd and udev, with the driver loaded, and whether the rule
+# was there then. The service has failed.
+mkdir -p "$root/run/systemd/system"
+touch "$root/dev/adc-in"
+for tool in systemctl udevadm; do
+    cat >"$root/usr/local/bin/$tool" <<'END'
+#!/bin/sh
+rule=with; [ -e /lib/udev/rules.d/90-vx-simulator.rules ] || rule=without
+case "$*" in
+    *is-enabled*) echo enabled; exit ;;
+    *is-active*) exit 3 ;;
+esac
+echo "$rule rule: ${0##*/} $*" >>/calls
+END
+    chmod +x "$root/usr/local/bin/$tool"
+done
+cp "$package" "$root/again.deb"
+chroot "$root" dpkg --remove vx-simulator
+chroot "$root" dpkg --install /again.deb
+diff - "$root/calls" <<'END' || fail "the package's scripts asked for something else"
+with rule: systemctl stop vx-simulator.service
+without rule: systemctl daemon-reload
+without rule: udevadm control --reload
+without rule: udevadm trigger /dev/adc-in
+without rule: udevadm settle --timeout=10
+with rule: systemctl daemon-reload
+with rule: udevadm control --reload
+with rule: udevadm trigger /dev/adc-in
+with rule: udevadm settle --timeout=10
+with rule: systemctl --quiet --system restart vx-simulator.service
+END
 
 # What a purge takes with it, and what it leaves.
 enabled=$root'/etc/systemd/system/dev-adc\x2din.device.wants/vx-simulator.service'
