@@ -73,7 +73,7 @@ protected:
             request, std::vector<plot::PlayedPart>(),
             std::vector<plot::GivenCommand>{{1.0, "command “1”"}});
         base::ProgressLine progress("reading");
-        readSignals(mSignals, mDifference.get(), *mChooser, progress);
+        readSignals(mSignals, mDifference.get(), *mChooser, 1000, progress);
     }
 
     std::vector<plot::ShownSpan> shown() const

@@ -167,7 +167,7 @@ TEST(ChangeDetectorTest, KeepsTheHighestScores)
 /** A window that is opened late has what came before; what is forgotten is gone. */
 TEST(WaveformWindowsTest, KeepsWhatIsAskedForLater)
 {
-    plot::WaveformWindows windows(1, 100);
+    plot::WaveformWindows windows(1);
     const auto add = [&](double begin) {
         waveform::SignalBlock block;
         block.resize(1, 10);
@@ -181,10 +181,10 @@ TEST(WaveformWindowsTest, KeepsWhatIsAskedForLater)
     const plot::Span forgotten{0.0, 12.0};
     add(0.0);
     add(10.0);
-    windows.open({late, late});
+    windows.open({late, late}, 100);
     add(20.0);
     windows.forgetBefore(10.5);
-    windows.open({late, forgotten});
+    windows.open({late, forgotten}, 100);
     const std::vector<plot::Point> points = windows.curve(late, 0, 100);
     ASSERT_EQ(points.size(), 20);
     EXPECT_EQ(points.front().mX, 5.0);

@@ -13,7 +13,7 @@ DrawnSignal::DrawnSignal(std::unique_ptr<waveform::SignalSource> source,
       mShift(shift),
       mChannels(mSource->description(), sources),
       mOverview(mSource->description(), mChannels, columns),
-      mWindows(mChannels.count(), columns),
+      mWindows(mChannels.count()),
       mReadTo(-std::numeric_limits<double>::infinity())
 {
 }

@@ -14,7 +14,7 @@ void Envelope::add(double x, const std::vector<double>& values)
         isNew ? mCurves[i].push_back(column) : join(&mCurves[i].back(), column);
     }
     ++mCount;
-    limitTo(mMaxColumns);
+    halveIfFull();
 }
 
 void Envelope::join(Column* column, const Column& other)
@@ -49,11 +49,17 @@ void Envelope::halve()
     mInColumn *= 2;
 }
 
-/** The last of so many columns may still grow. */
-void Envelope::limitTo(size_t maxColumns)
+void Envelope::limit(size_t columns)
 {
-    while (!mCurves.empty() &&
-           (mCurves[0].size() > maxColumns || (mCurves[0].size() == maxColumns && isLastFull()))) {
+    mMaxColumns = std::min(mMaxColumns, 2 * columns);
+    halveIfFull();
+}
+
+/** The last of so many columns may still grow. */
+void Envelope::halveIfFull()
+{
+    while (!mCurves.empty() && (mCurves[0].size() > mMaxColumns ||
+                                (mCurves[0].size() == mMaxColumns && isLastFull()))) {
         halve();
     }
 }

@@ -25,9 +25,8 @@ public:
     /** A value that is not a number is left out. Requires: a value a curve. */
     void add(double x, const std::vector<double>& values);
 
-    /** Makes it as coarse as one that was made for so many columns; nothing may be added after it.
-     * Requires: columns > 0. */
-    void limit(size_t columns) { limitTo(2 * columns); }
+    /** Makes it as coarse as one that was made for so many columns. Requires: columns > 0. */
+    void limit(size_t columns);
 
     /** In order of x; at most two points a column. */
     std::vector<Point> curve(size_t curve) const;
@@ -42,7 +41,7 @@ private:
 
     static void join(Column* column, const Column& other);
     bool isLastFull() const { return mCount % mInColumn == 0; }
-    void limitTo(size_t maxColumns);
+    void halveIfFull();
     void halve();
 
     size_t mMaxColumns;

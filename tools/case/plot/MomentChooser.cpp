@@ -104,6 +104,15 @@ std::vector<Span> MomentChooser::candidates(const Overview& overview) const
     return spans.empty() ? std::vector{spanOfBeginning(period)} : spans;
 }
 
+size_t MomentChooser::shownCount(const Overview& overview) const
+{
+    if (mRequest.mFrom || mRequest.mTo || mRequest.mAt) {
+        return 1;
+    }
+    const size_t count = chooseApart(moments(overview), mRequest.mMax, overview.period()).size();
+    return std::max<size_t>(count, 1);
+}
+
 double MomentChooser::earliestNext(const Overview& overview) const
 {
     const double period = overview.period();

@@ -43,6 +43,9 @@ public:
     /** Spans that may be shown, by what is known of the first signal so far. */
     std::vector<Span> candidates(const Overview& overview) const;
 
+    /** How many of them are shown, as far as it is known. */
+    size_t shownCount(const Overview& overview) const;
+
     /** No later candidate begins before this time. */
     double earliestNext(const Overview& overview) const;
 

@@ -127,7 +127,7 @@ Picture Maker::make(base::ProgressLine& progress)
 {
     openInputs();
     const MomentChooser chooser(mRequest.mMoments, mPicture.mPlayed, mPicture.mCommands);
-    readSignals(mSignals, mDifference.get(), chooser, progress);
+    readSignals(mSignals, mDifference.get(), chooser, mRequest.mColumns, progress);
     for (size_t i = 0; i < mSignals.size(); ++i) {
         finishSignal(i);
     }

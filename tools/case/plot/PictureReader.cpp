@@ -20,7 +20,7 @@ size_t nextOf(const std::vector<std::unique_ptr<DrawnSignal>>& drawn)
 } // namespace
 
 void readSignals(const std::vector<std::unique_ptr<DrawnSignal>>& drawn, Difference* difference,
-                 const MomentChooser& chooser, base::ProgressLine& progress)
+                 const MomentChooser& chooser, size_t columns, base::ProgressLine& progress)
 {
     const Overview& overview = drawn[0]->overview();
     for (size_t next = 0; (next = nextOf(drawn)) < drawn.size();) {
@@ -31,9 +31,10 @@ void readSignals(const std::vector<std::unique_ptr<DrawnSignal>>& drawn, Differe
             difference->finish();
         }
         const std::vector<Span> spans = chooser.candidates(overview);
+        const size_t width = columns / chooser.shownCount(overview);
         const double earliest = chooser.earliestNext(overview);
         for (const auto& signal : drawn) {
-            signal->windows().open(spans);
+            signal->windows().open(spans, width);
             signal->windows().forgetBefore(earliest);
         }
         progress.show(drawn[0]->progress());

@@ -16,9 +16,10 @@ namespace plot {
  * not depend on their length.
  *
  * @param drawn one signal or two
+ * @param columns that the picture is wide
  * @param difference of the two; null for one
  */
 void readSignals(const std::vector<std::unique_ptr<DrawnSignal>>& drawn, Difference* difference,
-                 const MomentChooser& chooser, base::ProgressLine& progress);
+                 const MomentChooser& chooser, size_t columns, base::ProgressLine& progress);
 
 } // namespace plot

@@ -12,7 +12,7 @@ void WaveformWindows::add(const SharedBlock& block)
     mLatest.push_back(block);
 }
 
-void WaveformWindows::open(const std::vector<Span>& spans)
+void WaveformWindows::open(const std::vector<Span>& spans, size_t columns)
 {
     std::vector<Window> windows;
     for (const Span& span : spans) {
@@ -23,9 +23,10 @@ void WaveformWindows::open(const std::vector<Span>& spans)
         const auto found = std::find_if(mWindows.begin(), mWindows.end(), isSame);
         if (found != mWindows.end()) {
             windows.push_back(std::move(*found));
+            windows.back().mSamples.limit(columns);
             continue;
         }
-        windows.push_back({span, Envelope(mCurves, mColumns)});
+        windows.push_back({span, Envelope(mCurves, columns)});
         for (const SharedBlock& block : mLatest) {
             addBlock(*block, &windows.back());
         }

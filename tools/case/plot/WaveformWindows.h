@@ -28,11 +28,7 @@ using SharedBlock = std::shared_ptr<const waveform::SignalBlock>;
 class WaveformWindows
 {
 public:
-    /** @param columns that the widest window is wide in the picture */
-    WaveformWindows(size_t curves, size_t columns)
-        : mCurves(curves), mColumns(columns), mValues(curves)
-    {
-    }
+    explicit WaveformWindows(size_t curves) : mCurves(curves), mValues(curves) {}
 
     /** Takes the next block of a signal, as drawnBlock() makes it. */
     void add(const SharedBlock& block);
@@ -40,8 +36,10 @@ public:
     /**
      * The spans that are to be kept from now on. New ones have what is not forgotten, others go
      * away.
+     *
+     * @param columns that a window is wide in the picture: its samples are no denser from now on
      */
-    void open(const std::vector<Span>& spans);
+    void open(const std::vector<Span>& spans, size_t columns);
 
     /** No window will be opened that begins before this time. */
     void forgetBefore(double seconds);
@@ -49,7 +47,7 @@ public:
     /**
      * The samples of a curve.
      *
-     * @param columns that the window is wide in the picture, at most as many as it was made for
+     * @param columns that the window is wide in the picture
      * Requires: the span is among those that were opened last.
      */
     std::vector<Point> curve(const Span& span, size_t curve, size_t columns) const;
@@ -64,7 +62,6 @@ private:
     void addBlock(const waveform::SignalBlock& block, Window* window);
 
     size_t mCurves;
-    size_t mColumns;
     std::vector<Window> mWindows;
     std::deque<SharedBlock> mLatest;
     std::vector<double> mValues; ///< of one sample
