@@ -90,7 +90,7 @@ protected:
 /** Whatever the blocks and beginnings are, all samples of a window are there, of both. */
 TEST_F(PictureReaderTest, KeepsTheWindowsOfBoth)
 {
-    read({}, {500, 6000, 4096});
+    read({0, 5000, 16}, {500, 6000, 4096});
     const std::vector<plot::ShownSpan> spans = shown();
     ASSERT_EQ(spans.size(), 3);
     EXPECT_EQ(spans[0].mTitle, "1 s: command “1”");
