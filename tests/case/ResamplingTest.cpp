@@ -162,7 +162,7 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
         }
         Recorded rounded(signal, uniformTimes(4800.0, 1.0));
         rounded.mTimes = resampling::SampleTimes(seconds, false);
-        EXPECT_EQ(rounded.mTimes.stretches().size(), 1U);
+        EXPECT_EQ(rounded.mTimes.segments().size(), 1U);
         EXPECT_LE(errorBetween(signal, rounded, 0.1, 0.9), ClosedForm::kPeak * 1e-3);
     }
 
@@ -171,7 +171,7 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
         halved.push_back(0.5 + i / 2'000.0);
     }
     const resampling::SampleTimes ofTwoRates(halved, false);
-    EXPECT_EQ(ofTwoRates.stretches().size(), 2U);
+    EXPECT_EQ(ofTwoRates.segments().size(), 2U);
     EXPECT_EQ(ofTwoRates.clockTick(), 0.0);
 
     std::vector<double> changing = uniformTimes(4800.0, 0.5);
@@ -183,7 +183,7 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
         changing.push_back(change + 0.6 + i / 4'800.0);
     }
     Recorded changed(signal, changing);
-    EXPECT_EQ(changed.mTimes.stretches().size(), 4U); // the gap is one of them
+    EXPECT_EQ(changed.mTimes.segments().size(), 4U); // the gap is one of them
     EXPECT_LE(errorBetween(signal, changed, 0.1, 0.4), kLargestError);
     EXPECT_LE(errorBetween(signal, changed, 0.4, 0.6), ClosedForm::kPeak * 1e-2);
     EXPECT_LE(errorBetween(signal, changed, 0.6, 0.9), kLargestError);

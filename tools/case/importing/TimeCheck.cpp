@@ -10,7 +10,7 @@
 namespace importing {
 
 namespace {
-using Stretch = resampling::SampleTimes::Stretch;
+using Segment = resampling::SampleTimes::Segment;
 
 /** Fewer samples of a period do not show its shape, nor its harmonics. */
 constexpr double kMinSamples = 4.0;
@@ -22,12 +22,12 @@ constexpr double kFewSamples = 20.0;
 /** A shorter run of equal steps is a gap. */
 constexpr size_t kMinRunSamples = 16;
 
-bool isLong(const Stretch& run)
+bool isLong(const Segment& run)
 {
     return run.sampleCount() >= kMinRunSamples;
 }
 
-double endOf(const Stretch& run)
+double endOf(const Segment& run)
 {
     return run.timeOf(run.mLast);
 }
@@ -47,7 +47,7 @@ double expectWaveform(const waveform::SignalDescription& description,
                       double nominalHz)
 {
     double fewest = HUGE_VAL;
-    for (const Stretch& run : times.stretches()) {
+    for (const Segment& run : times.segments()) {
         const TimeRange part{std::max(run.mStart, range.mFrom), std::min(endOf(run), range.mTo)};
         const double samples = 1.0 / (run.mStep * nominalHz);
         const bool isPeriod = (part.mTo - part.mFrom) * nominalHz > 1.0;
@@ -71,11 +71,11 @@ double expectWaveform(const waveform::SignalDescription& description,
 std::vector<size_t> gapsIn(const std::vector<double>& seconds, const resampling::SampleTimes& times)
 {
     constexpr double kMinSteps = 1.75;
-    const auto& runs = times.stretches();
+    const auto& runs = times.segments();
     const auto steady = std::find_if(runs.begin(), runs.end(), isLong);
     std::vector<size_t> gaps;
     double step = steady != runs.end() ? steady->mStep : HUGE_VAL;
-    for (const Stretch& run : runs) {
+    for (const Segment& run : runs) {
         if (isLong(run)) {
             step = run.mStep;
             continue;

@@ -8,8 +8,8 @@
 namespace resampling {
 
 namespace {
-/** A shorter stretch, such as a gap, is bridged by polynomials. */
-constexpr size_t kShortestStretch = 16;
+/** A shorter segment, such as a gap, is bridged by polynomials: the kernel is 88 samples wide. */
+constexpr size_t kShortestSegment = 16;
 
 constexpr size_t kCubicPoints = 4;
 
@@ -17,13 +17,14 @@ constexpr size_t kCubicPoints = 4;
 constexpr size_t kMaxKernels = 16;
 constexpr double kKernelsAnOctave = 64.0;
 
-/** Rates are the same, although a frequency drifts and a step is truncated, in 1/64 octave. */
+/** Rates that differ by less share a kernel, in 1/64 octave: about 1 %, as a drifting frequency or
+ * a truncated step makes them differ. */
 constexpr double kKernelTolerance = 0.9;
 
 /** How near an instant is to a sample that coincides with it, in steps. */
 constexpr double kCoincidence = 1e-7;
 
-/** The polynomial through points of any distance; of points at one place, all count. */
+/** The polynomial through points of any distance; points at the same x all count. */
 double polynomial(const std::vector<std::pair<double, double>>& points, double at)
 {
     double sum = 0.0;
@@ -57,13 +58,13 @@ void Interpolator::valuesAt(double seconds, std::vector<double>& values)
     }
 }
 
-/** None for a stretch that is too short, and none for the many rates of wild time stamps. */
-const SincKernel* Interpolator::kernelFor(const Stretch& stretch)
+/** None for a segment that is too short, and none for the many rates of wild time stamps. */
+const SincKernel* Interpolator::kernelFor(const Segment& segment)
 {
-    if (stretch.sampleCount() < kShortestStretch) {
+    if (segment.sampleCount() < kShortestSegment) {
         return nullptr;
     }
-    const double excess = std::log2(std::max(1.0 / (stretch.mStep * mOutputRate), 1.0));
+    const double excess = std::log2(std::max(1.0 / (segment.mStep * mOutputRate), 1.0));
     const int key = static_cast<int>(std::ceil(excess * kKernelsAnOctave - kKernelTolerance));
     const auto found = mKernels.find(key);
     if (found != mKernels.end()) {
@@ -78,15 +79,15 @@ const SincKernel* Interpolator::kernelFor(const Stretch& stretch)
 void Interpolator::prepare(double seconds)
 {
     mSeconds = seconds;
-    const Stretch& stretch = mTimes.stretchAt(seconds);
-    if (&stretch != mStretch) {
-        mStretch = &stretch;
-        mKernel = kernelFor(stretch);
+    const Segment& segment = mTimes.segmentAt(seconds);
+    if (&segment != mSegment) {
+        mSegment = &segment;
+        mKernel = kernelFor(segment);
     }
-    const double place = std::max((seconds - stretch.mStart) / stretch.mStep, 0.0);
-    mBefore = static_cast<size_t>(place + kCoincidence);
-    const double fraction = std::max(place - static_cast<double>(mBefore), 0.0);
-    mIsOnSample = fraction < kCoincidence && mBefore < stretch.sampleCount();
+    const double steps = std::max((seconds - segment.mStart) / segment.mStep, 0.0);
+    mBefore = static_cast<size_t>(steps + kCoincidence);
+    const double fraction = std::max(steps - static_cast<double>(mBefore), 0.0);
+    mIsOnSample = fraction < kCoincidence && mBefore < segment.sampleCount();
     if (mKernel != nullptr && !mIsOnSample) {
         mKernel->weightsAt(fraction, mWeights);
     }
@@ -95,7 +96,7 @@ void Interpolator::prepare(double seconds)
 double Interpolator::valueNow(const std::vector<double>& column) const
 {
     if (mIsOnSample) {
-        return column[mStretch->mFirst + mBefore];
+        return column[mSegment->mFirst + mBefore];
     }
     if (mKernel == nullptr) {
         return virtualSample(column, mSeconds);
@@ -103,28 +104,28 @@ double Interpolator::valueNow(const std::vector<double>& column) const
     const auto half = static_cast<long>(mKernel->halfWidth());
     const long first = static_cast<long>(mBefore) + 1 - half;
     const bool isInside =
-        first >= 0 && first + 2 * half <= static_cast<long>(mStretch->sampleCount());
-    return isInside ? base::dotProduct(&column[mStretch->mFirst + static_cast<size_t>(first)],
+        first >= 0 && first + 2 * half <= static_cast<long>(mSegment->sampleCount());
+    return isInside ? base::dotProduct(&column[mSegment->mFirst + static_cast<size_t>(first)],
                                        mWeights.data(), mWeights.size())
                     : sumOverEdge(column, first);
 }
 
 double Interpolator::sumOverEdge(const std::vector<double>& column, long first) const
 {
-    const auto count = static_cast<long>(mStretch->sampleCount());
+    const auto count = static_cast<long>(mSegment->sampleCount());
     double sum = 0.0;
     for (size_t i = 0; i < mWeights.size(); ++i) {
         const long sample = first + static_cast<long>(i);
         const bool isInside = sample >= 0 && sample < count;
         sum += mWeights[i] *
-               (isInside ? column[mStretch->mFirst + static_cast<size_t>(sample)]
-                         : virtualSample(column, mStretch->mStart + static_cast<double>(sample) *
-                                                                        mStretch->mStep));
+               (isInside ? column[mSegment->mFirst + static_cast<size_t>(sample)]
+                         : virtualSample(column, mSegment->mStart + static_cast<double>(sample) *
+                                                                        mSegment->mStep));
     }
     return sum;
 }
 
-/** What the source would have had at a time that is not one of its samples'. */
+/** What the source would have at a time between its samples, or beyond its ends. */
 double Interpolator::virtualSample(const std::vector<double>& column, double seconds) const
 {
     if (seconds < mTimes.begin()) {
@@ -135,10 +136,10 @@ double Interpolator::virtualSample(const std::vector<double>& column, double sec
         const double mirrored = std::max(2.0 * mTimes.end() - seconds, mTimes.begin());
         return 2.0 * column.back() - virtualSample(column, mirrored);
     }
-    const Stretch& stretch = mTimes.stretchAt(seconds);
-    const auto place =
-        static_cast<size_t>(std::max((seconds - stretch.mStart) / stretch.mStep, 0.0));
-    const size_t sample = std::min(stretch.mFirst + place, stretch.mLast);
+    const Segment& segment = mTimes.segmentAt(seconds);
+    const auto index =
+        static_cast<size_t>(std::max((seconds - segment.mStart) / segment.mStep, 0.0));
+    const size_t sample = std::min(segment.mFirst + index, segment.mLast);
     return polynomial(pointsAround(column, sample), seconds);
 }
 

@@ -17,8 +17,8 @@ struct SourceColumn
 };
 
 /**
- * The values of a source at any instant, band-limited: each stretch of equal steps with a kernel
- * for its rate. Where the kernel reaches beyond a stretch, it sees the neighbours through cubic
+ * The values of a source at any instant, band-limited: each segment of equal steps with a kernel
+ * for its rate. Where the kernel reaches beyond a segment, it sees the neighbours through cubic
  * polynomials, and beyond the ends of the source its mirror image through the end's value.
  *
  * Borrows times and columns, which must outlive it. Not for several threads: it keeps weights.
@@ -37,9 +37,9 @@ public:
     void valuesAt(double seconds, std::vector<double>& values);
 
 private:
-    using Stretch = SampleTimes::Stretch;
+    using Segment = SampleTimes::Segment;
 
-    const SincKernel* kernelFor(const Stretch& stretch);
+    const SincKernel* kernelFor(const Segment& segment);
     void prepare(double seconds);
     double valueNow(const std::vector<double>& column) const;
     double sumOverEdge(const std::vector<double>& column, long first) const;
@@ -50,13 +50,13 @@ private:
     const SampleTimes& mTimes;
     const std::vector<SourceColumn>& mColumns;
     double mOutputRate;
-    std::map<int, SincKernel> mKernels; ///< by how much faster than the output a stretch is
+    std::map<int, SincKernel> mKernels; ///< by how much faster than the output a segment is
 
     /** Of the instant in work. */
-    const Stretch* mStretch = nullptr;
-    const SincKernel* mKernel = nullptr; ///< null: polynomials do instead
+    const Segment* mSegment = nullptr;
+    const SincKernel* mKernel = nullptr; ///< null: polynomials are used
     double mSeconds = 0.0;
-    size_t mBefore = 0; ///< sample before the instant, counted in the stretch
+    size_t mBefore = 0; ///< sample before the instant, counted in the segment
     bool mIsOnSample = false;
     std::vector<double> mWeights;
 };

@@ -10,24 +10,37 @@ namespace resampling {
 namespace {
 constexpr size_t kHopsAPeriod = 2;
 constexpr size_t kWindowHops = PhaseMeter::kWindowPeriods * kHopsAPeriod;
+
+/** Ten periods, the interval over which power quality is measured: what is extrapolated from. */
 constexpr size_t kFitHops = 10 * kHopsAPeriod;
 
-/** Of a run, before it is trusted: ordinarily, and in a deep sag. */
-constexpr size_t kSettledHops = 5;
+/** A run is trusted when its first window and its last have no sample in common ... */
+constexpr size_t kSettledHops = kWindowHops + 1;
+
+/** ... and in a deep sag after 50 periods: protection has ended a fault long before. */
 constexpr size_t kLongSagHops = 50 * kHopsAPeriod;
 
-/** So many points bend a line, and so many make one. */
-constexpr size_t kPointsForBend = 12;
+/** Points that a parabola is fitted to: six periods; a line to fewer. */
+constexpr size_t kPointsForBend = 6 * kHopsAPeriod;
 constexpr size_t kPointsForLine = 3;
 
-/** How far the phase may turn off from one measurement to the next. */
-constexpr double kEvenCycles = 0.6 / 360.0;
+/**
+ * How far the step of the phase may change from one measurement to the next: 0.6 degrees in half a
+ * period are 17 Hz/s at 50 Hz. No grid is that fast, and a fault turns the phase by more.
+ */
+constexpr double kMaxStepChange = 0.6 / 360.0;
 
+/** Of the amplitude before: what is left of a voltage then follows the fault, not the grid. */
 constexpr double kDeepSag = 0.5;
-constexpr double kSilence = 0.02; ///< of the signal's rms
+
+/** Of the signal's rms: below it there is noise. */
+constexpr double kSilence = 0.02;
+
+/** What the windows, which are two periods of about the frequency, still measure; of the nominal.
+ */
 constexpr double kFrequencyRange = 0.25;
 
-/** How far the frequency may drift unseen, in parts of itself. */
+/** How far the frequency is extrapolated at most, in parts of itself. */
 constexpr double kMaxDrift = 0.1;
 
 /** To the nearest whole number of periods: -0.5 to 0.5. */
@@ -101,7 +114,7 @@ bool PhaseFollower::continuesRun(const Point& point) const
         return false;
     }
     return mRun.size() < 2 ||
-           std::abs(step - (last.mCycles - mRun[mRun.size() - 2].mCycles)) <= kEvenCycles;
+           std::abs(step - (last.mCycles - mRun[mRun.size() - 2].mCycles)) <= kMaxStepChange;
 }
 
 /** Compared with the last ten periods that are known to be undisturbed. */
@@ -170,7 +183,7 @@ void PhaseFollower::keep(size_t count)
     mRun.resize(count);
     if (count < kPointsForLine) {
         if (mModel) {
-            mGaps.pop_back(); // goes on
+            mGaps.pop_back(); // the gap before the run goes on
         }
         return;
     }
@@ -240,8 +253,8 @@ PhaseFollower::Model PhaseFollower::fittedTo(const Points& points, size_t anchor
 double PhaseFollower::Model::cyclesAt(size_t hop) const
 {
     const double x = static_cast<double>(hop) - static_cast<double>(mHop);
-    const double most = mBend == 0.0 ? std::abs(x) : std::abs(kMaxDrift * mSlope / mBend);
-    const double bent = std::clamp(x, -most, most);
+    const double reach = mBend == 0.0 ? std::abs(x) : std::abs(kMaxDrift * mSlope / mBend);
+    const double bent = std::clamp(x, -reach, reach);
     return mCycles + (mSlope + mBend / 2.0 * bent) * bent + (mSlope + mBend * bent) * (x - bent);
 }
 

@@ -11,11 +11,11 @@ namespace resampling {
 /**
  * Follows the phase of a fundamental from one end of a recording to the other.
  *
- * It measures every half period. A run of measurements in which the phase goes on evenly is
- * trusted. A fault ends the run: the phase turns off by more than 0.6 degrees, or the amplitude
- * falls below half. From there the phase goes on with the value and the rate of change of the
- * frequency over the ten periods before, until the next run has settled; what the phase has
- * jumped by then is left out, so it stays in the samples. A deep sag that lasts longer than 50
+ * It measures every half period. A run of measurements in which the phase rises evenly is trusted.
+ * A fault ends the run: the step of the phase changes by more than 0.6 degrees, or the amplitude
+ * falls below half. From there the phase is extrapolated with the frequency of the ten periods
+ * before and its rate of change, until the next run has settled. What the phase has jumped by then
+ * is left out of the track, so the jump stays in the samples. A deep sag that lasts longer than 50
  * periods is taken as the new state.
  */
 class PhaseFollower
@@ -33,13 +33,13 @@ public:
 private:
     struct Point
     {
-        size_t mHop; ///< its place, from 0
+        size_t mHop; ///< index of the measurement
         double mCycles;
         double mAmplitude;
     };
     using Points = std::vector<Point>;
 
-    /** How the phase goes on where it is not measured. */
+    /** How the phase is extrapolated where it is not measured. */
     struct Model
     {
         size_t mHop;    ///< where it is anchored

@@ -37,9 +37,9 @@ ComplexSignal positiveSequence(const std::vector<const std::vector<double>*>& ph
 PhaseMeter::PhaseMeter(const SampleTimes& times, ComplexSignal signal) : mSignal(std::move(signal))
 {
     mSeconds.reserve(mSignal.size());
-    for (const SampleTimes::Stretch& stretch : times.stretches()) {
-        for (size_t i = mSeconds.size(); i <= stretch.mLast; ++i) {
-            mSeconds.push_back(stretch.timeOf(i));
+    for (const SampleTimes::Segment& segment : times.segments()) {
+        for (size_t i = mSeconds.size(); i <= segment.mLast; ++i) {
+            mSeconds.push_back(segment.timeOf(i));
         }
     }
     for (const std::complex<double>& value : mSignal) {

@@ -11,8 +11,8 @@ namespace resampling {
 using ComplexSignal = std::vector<std::complex<double>>;
 
 /**
- * The positive sequence of three phases, sample by sample: a balanced system becomes one pointer
- * that turns with its frequency.
+ * The positive sequence of three phases, sample by sample: a balanced system becomes one phasor
+ * that rotates with its frequency.
  * @param phases one to three columns of one length; null for a phase that is not there
  */
 ComplexSignal positiveSequence(const std::vector<const std::vector<double>*>& phases);
@@ -34,7 +34,7 @@ public:
     PhaseMeter(const SampleTimes& times, ComplexSignal signal);
 
     /**
-     * @param hz about the frequency of the fundamental; negative for what turns backwards
+     * @param hz about the frequency of the fundamental; negative for what rotates backwards
      * @return nothing where the window reaches beyond the signal or holds too few samples
      */
     std::optional<Phasor> measure(double seconds, double hz) const;

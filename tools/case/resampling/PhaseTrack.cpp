@@ -6,7 +6,7 @@
 namespace resampling {
 
 namespace {
-/** Of Newton's method, which begins near the solution of an almost straight curve. */
+/** Steps of Newton's method; the curve is almost straight, so each doubles the digits. */
 constexpr int kIterations = 6;
 
 struct Curve
@@ -25,13 +25,13 @@ Curve hermite(double y0, double y1, double slope0, double slope1, double x)
     return {y0 + at * (slope0 + at * (second + at * third)) + (x - at) * slope, slope};
 }
 
-/** Of the curve through the points, between `piece` and the one behind it. */
-Curve curveAt(const std::vector<double>& y, size_t piece, double x)
+/** Of the curve through the points, between the point `interval` and the next. */
+Curve curveAt(const std::vector<double>& y, size_t interval, double x)
 {
-    const double chord = y[piece + 1] - y[piece];
-    const double slope0 = piece > 0 ? (y[piece + 1] - y[piece - 1]) / 2.0 : chord;
-    const double slope1 = piece + 2 < y.size() ? (y[piece + 2] - y[piece]) / 2.0 : chord;
-    return hermite(y[piece], y[piece + 1], slope0, slope1, x);
+    const double chord = y[interval + 1] - y[interval];
+    const double slope0 = interval > 0 ? (y[interval + 1] - y[interval - 1]) / 2.0 : chord;
+    const double slope1 = interval + 2 < y.size() ? (y[interval + 2] - y[interval]) / 2.0 : chord;
+    return hermite(y[interval], y[interval + 1], slope0, slope1, x);
 }
 } // namespace
 
@@ -40,36 +40,36 @@ PhaseTrack::PhaseTrack(double begin, double hop, std::vector<double> cycles, std
 {
 }
 
-size_t PhaseTrack::pieceOf(double points) const
+size_t PhaseTrack::intervalOf(double points) const
 {
-    const auto most = static_cast<double>(mCycles.size() - 2);
-    return static_cast<size_t>(std::clamp(points, 0.0, most));
+    const auto last = static_cast<double>(mCycles.size() - 2);
+    return static_cast<size_t>(std::clamp(points, 0.0, last));
 }
 
 double PhaseTrack::cyclesAt(double seconds) const
 {
     const double points = (seconds - mBegin) / mHop;
-    const size_t piece = pieceOf(points);
-    return curveAt(mCycles, piece, points - static_cast<double>(piece)).mValue;
+    const size_t interval = intervalOf(points);
+    return curveAt(mCycles, interval, points - static_cast<double>(interval)).mValue;
 }
 
 double PhaseTrack::frequencyAt(double seconds) const
 {
     const double points = (seconds - mBegin) / mHop;
-    const size_t piece = pieceOf(points);
-    return curveAt(mCycles, piece, points - static_cast<double>(piece)).mSlope / mHop;
+    const size_t interval = intervalOf(points);
+    return curveAt(mCycles, interval, points - static_cast<double>(interval)).mSlope / mHop;
 }
 
 double PhaseTrack::secondsAt(double cycles) const
 {
     const auto next = std::upper_bound(mCycles.begin(), mCycles.end(), cycles);
-    const size_t piece = pieceOf(static_cast<double>(next - mCycles.begin()) - 1.0);
-    double x = (cycles - mCycles[piece]) / (mCycles[piece + 1] - mCycles[piece]);
+    const size_t interval = intervalOf(static_cast<double>(next - mCycles.begin()) - 1.0);
+    double x = (cycles - mCycles[interval]) / (mCycles[interval + 1] - mCycles[interval]);
     for (int i = 0; i < kIterations; ++i) {
-        const Curve curve = curveAt(mCycles, piece, x);
+        const Curve curve = curveAt(mCycles, interval, x);
         x += (cycles - curve.mValue) / curve.mSlope;
     }
-    return mBegin + (static_cast<double>(piece) + x) * mHop;
+    return mBegin + (static_cast<double>(interval) + x) * mHop;
 }
 
 } // namespace resampling

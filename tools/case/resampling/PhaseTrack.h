@@ -13,7 +13,7 @@ namespace resampling {
 class PhaseTrack
 {
 public:
-    /** A time through which the phase was not measured but went on evenly, in s. */
+    /** A time through which the phase was not measured but extrapolated, in s. */
     using Gap = std::pair<double, double>;
 
     /**
@@ -23,7 +23,7 @@ public:
      */
     PhaseTrack(double begin, double hop, std::vector<double> cycles, std::vector<Gap> gaps);
 
-    /** Also beyond the points, straight on. */
+    /** Also beyond the points, where it is extrapolated with the slope of the end. */
     double cyclesAt(double seconds) const;
 
     /** When that phase is reached, in s. */
@@ -35,7 +35,7 @@ public:
     const std::vector<Gap>& gaps() const { return mGaps; }
 
 private:
-    size_t pieceOf(double points) const;
+    size_t intervalOf(double points) const;
 
     double mBegin;
     double mHop;

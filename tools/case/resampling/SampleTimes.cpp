@@ -7,28 +7,29 @@
 namespace resampling {
 
 namespace {
-/** How far a stamp may lie from the line of its stretch, in steps. */
+/** How far a stamp may lie from the line of its segment, in steps: clearly less than half a step,
+ * at which a sample would be nearer to its neighbour's time. */
 constexpr double kJitter = 0.3;
 constexpr double kRoundingOfSteps = 1e-6;
 
-/** Steps of a rate that nobody samples with, in s: keeps times and places finite. */
+/** Steps of a rate that nobody samples with, in s: keeps times and indices finite. */
 constexpr double kShortestStep = 1e-9;
 
 /**
- * The place of the last sample that a line from `first` reaches with all samples between them
- * within the tolerance: the slopes that fit are narrowed down sample by sample.
+ * Index of the last sample that a line from `first` reaches with all samples between them within
+ * the tolerance: the range of slopes that fit is narrowed down sample by sample.
  */
 size_t endOfLine(const std::vector<double>& seconds, size_t first, double tolerance)
 {
-    double least = 0.0;
-    double most = std::numeric_limits<double>::infinity();
+    double minSlope = 0.0;
+    double maxSlope = std::numeric_limits<double>::infinity();
     size_t last = first + 1;
     for (; last < seconds.size(); ++last) {
         const auto steps = static_cast<double>(last - first);
         const double span = seconds[last] - seconds[first];
-        least = std::max(least, (span - tolerance) / steps);
-        most = std::min(most, (span + tolerance) / steps);
-        if (least > most) {
+        minSlope = std::max(minSlope, (span - tolerance) / steps);
+        maxSlope = std::min(maxSlope, (span + tolerance) / steps);
+        if (minSlope > maxSlope) {
             break;
         }
     }
@@ -36,7 +37,7 @@ size_t endOfLine(const std::vector<double>& seconds, size_t first, double tolera
 }
 
 /** The line from the first stamp to the last, which were computed from a rate. */
-SampleTimes::Stretch spanned(const std::vector<double>& seconds, size_t first, size_t last)
+SampleTimes::Segment spanned(const std::vector<double>& seconds, size_t first, size_t last)
 {
     const double span = seconds[last] - seconds[first];
     const double step = span / static_cast<double>(last - first);
@@ -44,7 +45,7 @@ SampleTimes::Stretch spanned(const std::vector<double>& seconds, size_t first, s
 }
 
 /** The line through the stamps with the least squares; the stamps' own steps if there are two. */
-SampleTimes::Stretch fitted(const std::vector<double>& seconds, size_t first, size_t last)
+SampleTimes::Segment fitted(const std::vector<double>& seconds, size_t first, size_t last)
 {
     const auto count = static_cast<double>(last - first + 1);
     const double middle = (count - 1.0) / 2.0;
@@ -150,38 +151,38 @@ SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
         const double step = seconds[first + 1] - seconds[first];
         const double tolerance = std::max(mTick, step * (areExact ? kRoundingOfSteps : kJitter));
         const size_t last = std::max(endOfLine(seconds, first, tolerance), first + 1);
-        mStretches.push_back(areExact ? spanned(seconds, first, last)
-                                      : fitted(seconds, first, last));
+        mSegments.push_back(areExact ? spanned(seconds, first, last)
+                                     : fitted(seconds, first, last));
         first = last;
     }
     // Lines through stamps that were cut off begin in front of them.
-    const double lead = seconds.front() - mStretches.front().mStart;
-    for (Stretch& stretch : mStretches) {
-        stretch.mStart += lead;
+    const double lead = seconds.front() - mSegments.front().mStart;
+    for (Segment& segment : mSegments) {
+        segment.mStart += lead;
     }
 }
 
-const SampleTimes::Stretch& SampleTimes::stretchAt(double seconds) const
+const SampleTimes::Segment& SampleTimes::segmentAt(double seconds) const
 {
     const auto next = std::upper_bound(
-        mStretches.begin(), mStretches.end(), seconds,
-        [](double value, const Stretch& stretch) { return value < stretch.mStart; });
-    return next == mStretches.begin() ? *next : *std::prev(next);
+        mSegments.begin(), mSegments.end(), seconds,
+        [](double value, const Segment& segment) { return value < segment.mStart; });
+    return next == mSegments.begin() ? *next : *std::prev(next);
 }
 
 size_t SampleTimes::nearestSample(double seconds) const
 {
-    const Stretch& stretch = stretchAt(seconds);
-    const double steps = std::round((seconds - stretch.mStart) / stretch.mStep);
-    const auto most = static_cast<double>(stretch.mLast - stretch.mFirst);
-    return stretch.mFirst + static_cast<size_t>(std::clamp(steps, 0.0, most));
+    const Segment& segment = segmentAt(seconds);
+    const double steps = std::round((seconds - segment.mStart) / segment.mStep);
+    const auto last = static_cast<double>(segment.mLast - segment.mFirst);
+    return segment.mFirst + static_cast<size_t>(std::clamp(steps, 0.0, last));
 }
 
 double SampleTimes::timeOf(size_t sample) const
 {
     const auto next = std::upper_bound(
-        mStretches.begin(), mStretches.end(), sample,
-        [](size_t value, const Stretch& stretch) { return value < stretch.mFirst; });
+        mSegments.begin(), mSegments.end(), sample,
+        [](size_t value, const Segment& segment) { return value < segment.mFirst; });
     return std::prev(next)->timeOf(sample);
 }
 

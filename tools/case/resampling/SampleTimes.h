@@ -6,20 +6,20 @@
 namespace resampling {
 
 /**
- * When the samples of a source were taken: stretches of equal steps, found from their time
+ * When the samples of a source were taken: segments of equal steps, found from their time
  * stamps. Stamps that jitter, since they are rounded or read from a clock, are replaced by the
- * line through them; a change of the rate and a gap begin a new stretch.
+ * line through them; a change of the rate and a gap begin a new segment.
  *
- * Neighbouring stretches share the sample between them, so they cover the time from the first
+ * Neighbouring segments share the sample between them, so they cover the time from the first
  * sample to the last without a hole.
  */
 class SampleTimes
 {
 public:
-    struct Stretch
+    struct Segment
     {
-        size_t mFirst; ///< place of its first sample
-        size_t mLast;  ///< place of its last sample, at least mFirst + 1
+        size_t mFirst; ///< index of its first sample
+        size_t mLast;  ///< index of its last sample, at least mFirst + 1
         double mStart; ///< s, of its first sample
         double mStep;  ///< s between two samples, above 0
 
@@ -37,25 +37,25 @@ public:
      */
     SampleTimes(const std::vector<double>& seconds, bool areExact);
 
-    const std::vector<Stretch>& stretches() const { return mStretches; }
+    const std::vector<Segment>& segments() const { return mSegments; }
 
-    /** The stretch that holds the time; the first or the last one for times outside. */
-    const Stretch& stretchAt(double seconds) const;
+    /** The segment that holds the time; the first or the last one for times outside. */
+    const Segment& segmentAt(double seconds) const;
 
-    /** Place of the sample that is nearest to the time. */
+    /** Index of the sample that is nearest to the time. */
     size_t nearestSample(double seconds) const;
 
     /** The tick of a coarse clock in s, whose stamps lines replace; 0 for other clocks. */
     double clockTick() const { return mTick; }
 
     double timeOf(size_t sample) const;
-    size_t sampleCount() const { return mStretches.back().mLast + 1; }
-    double begin() const { return mStretches.front().mStart; }
-    double end() const { return mStretches.back().timeOf(mStretches.back().mLast); }
+    size_t sampleCount() const { return mSegments.back().mLast + 1; }
+    double begin() const { return mSegments.front().mStart; }
+    double end() const { return mSegments.back().timeOf(mSegments.back().mLast); }
 
 private:
     double mTick;
-    std::vector<Stretch> mStretches; ///< never empty
+    std::vector<Segment> mSegments; ///< never empty
 };
 
 } // namespace resampling

@@ -21,7 +21,7 @@ struct Schedule
     std::vector<SchedulePeriod> mPeriods; ///< the last one may be used in part
     size_t mLineCount = 0;
 
-    double secondsOf(size_t line) const; ///< also of lines behind the last
+    double secondsOf(size_t line) const; ///< also behind the last line
     float frequencyOf(size_t line) const;
 };
 

@@ -8,7 +8,8 @@ namespace resampling {
 
 namespace {
 
-/** Half the width, in samples of the slower of the two rates. */
+/** Half the width, in samples of the slower of the two rates: what makes the edge below as narrow
+ * as the header promises. */
 constexpr double kHalfWidth = 44.0;
 
 /** Kaiser's shape for ripples of -118 dB, and how wide the edge then is on either side of the
@@ -72,9 +73,9 @@ SincKernel::SincKernel(double ratio)
 void SincKernel::weightsAt(double fraction, std::vector<double>& weights) const
 {
     const size_t width = 2 * mHalfWidth;
-    const double place = fraction * static_cast<double>(mRows);
-    const size_t row = std::min(static_cast<size_t>(place), mRows - 1);
-    const double share = place - static_cast<double>(row);
+    const double position = fraction * static_cast<double>(mRows);
+    const size_t row = std::min(static_cast<size_t>(position), mRows - 1);
+    const double share = position - static_cast<double>(row);
     const double* const lower = &mTable[row * width];
     const double* const upper = lower + width;
     weights.resize(width);
