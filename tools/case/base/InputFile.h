@@ -27,10 +27,10 @@ public:
     /** Bytes of the whole file. */
     size_t size() const { return mSize; }
 
-    /** Goes on with the part from `begin` up to `end`, which is cut at the end of the file. */
+    /** Continues with the part from `begin` up to `end`, which is cut at the end of the file. */
     void setPart(size_t begin, size_t end);
 
-    /** Place of the next byte in the file. */
+    /** Of the next byte, in the file. */
     size_t position() const { return mBlockPosition + mNext; }
 
     /** Bytes that are left of the part. */
@@ -65,7 +65,7 @@ private:
     size_t mPartBegin = 0;
     size_t mPartEnd = 0;
     std::vector<char> mBlock;
-    size_t mBlockPosition = 0; ///< place of mBlock[0] in the file
+    size_t mBlockPosition = 0; ///< of mBlock[0], in the file
     size_t mNext = 0;          ///< first byte in mBlock not yet taken
     size_t mBlockEnd = 0;      ///< end of the bytes read into mBlock
 };

@@ -9,7 +9,7 @@ namespace base {
 class TextTable
 {
 public:
-    /** @param heading of each column; one that begins with '>' has its texts at the right */
+    /** @param heading of each column; one that begins with '>' is aligned to the right */
     explicit TextTable(const std::vector<std::string>& heading);
 
     /** Requires: as many texts as there are columns. */

@@ -11,8 +11,8 @@
 namespace check {
 
 namespace {
-/** A command is taken when the case in progress has ended. */
-constexpr double kLongestPatienceSeconds = 5.0;
+/** A command is taken when the case in progress has ended; people wait about that long. */
+constexpr double kMaxWaitSeconds = 5.0;
 
 /** Each of two neighbours was rounded to a whole number. */
 constexpr qint64 kRoundingOfValues = 1;
@@ -49,7 +49,7 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
     }
 }
 
-/** The simulator takes the numbers as places from 0 on. */
+/** The simulator takes the numbers as indices, from 0 on. */
 void CaseCheck::checkNumbers()
 {
     const auto& numbers = mCases.configurations();
@@ -121,13 +121,13 @@ void CaseCheck::checkPlay(const configuration::CaseEntry& entry, const FileFacts
             file, lineOfSample(entry.mFileName, facts.mInsideBlocks.mFirst),
             facts.mInsideBlocks.mFrequency, kSamplesPerPeriod, facts.mInsideBlocks.mCount));
     }
-    if (facts.mSeconds > kLongestPatienceSeconds) {
+    if (facts.mSeconds > kMaxWaitSeconds) {
         mWarnings.push_back(fmt::format("{}: plays for {:.1f} s, and a command waits until its end",
                                         file, facts.mSeconds));
     }
 }
 
-/** What follows the last entry is the first one; what follows one that is repeated is itself. */
+/** The first entry follows the last one; an entry that is repeated follows itself. */
 void CaseCheck::checkSeams(const QList<configuration::CaseEntry>& entries)
 {
     std::vector<const configuration::CaseEntry*> played;
@@ -154,8 +154,8 @@ void CaseCheck::checkSeam(const configuration::CaseEntry& from, const configurat
         const qint64 usual = std::max(before.mLargestStep[channel], after.mLargestStep[channel]);
         if (jump > usual + kRoundingOfValues) {
             mWarnings.push_back(fmt::format(
-                "{}: channel {} jumps by {} from the end of {} to the beginning of {}, and by at "
-                "most {} inside them",
+                "{}: channel {} jumps by {} from the end of {} to the beginning of {}, and by "
+                "at most {} inside them",
                 lineOf(from), channel, jump, local8Bit(from.mFileName), local8Bit(to.mFileName),
                 usual));
             return;

@@ -24,8 +24,8 @@ struct CheckedConfiguration
 };
 
 /**
- * Judges a case configuration and its value files as the simulator would, in its words, and goes
- * on where the simulator stops. Touches neither the control FIFO nor the driver.
+ * Judges a case configuration and its value files as the simulator would, in its words, and
+ * continues where the simulator stops. Touches neither the control FIFO nor the driver.
  */
 class CaseCheck
 {
@@ -39,7 +39,7 @@ public:
     /** How many there are, those included that errors() only counts. */
     qint64 errorCount() const;
 
-    /** What plays, but hardly as it was meant. */
+    /** What plays, but probably not as intended. */
     const std::vector<std::string>& warnings() const { return mWarnings; }
 
     /** In the order of their numbers. */

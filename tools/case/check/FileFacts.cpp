@@ -129,7 +129,7 @@ FileFacts factsOf(const QString& fileName)
 
 quint32 lineOfSample(const QString& fileName, qint64 sample)
 {
-    const waveform::ProgramMessages unheard;
+    const waveform::ProgramMessages ignored; // they were reported before
     LineFinder finder(sample);
     if (finder.openFile(fileName)) {
         finder.parseLines(-1);

@@ -18,7 +18,7 @@ struct FileFacts
     /** A sample at which something begins to be wrong, and how many are so. */
     struct Finding
     {
-        qint64 mFirst = -1; ///< place among the samples, from 0; -1 when there is none
+        qint64 mFirst = -1; ///< index of the sample; -1 when there is none
         qint64 mCount = 0;
         float mFrequency = 0; ///< Hz, of the first
     };
@@ -42,8 +42,8 @@ struct FileFacts
 };
 
 /**
- * Reads a value file as the simulator does, with its classes and in its words, and goes on behind
- * a rejected line. Must not run while another reading collects the program's messages.
+ * Reads a value file as the simulator does, with its classes and in its words, and continues after
+ * a rejected line.
  */
 FileFacts factsOf(const QString& fileName);
 

@@ -37,7 +37,7 @@ void readColumn(const char* bytes, size_t step, Number missing, size_t count, do
 
 void readFloatColumn(const char* bytes, size_t step, size_t count, double* column)
 {
-    // "The least float" is said of both in files.
+    // Some writers take the lowest float for missing, others the smallest positive one.
     constexpr float kLowest = std::numeric_limits<float>::lowest();
     constexpr float kSmallest = std::numeric_limits<float>::min();
     for (size_t i = 0; i < count; ++i) {
@@ -144,7 +144,7 @@ void ComtradeBinaryRecords::readStates(const char* bytes, ComtradeBlock* block) 
 void ComtradeBinaryRecords::remarkOn(base::Remarks* remarks) const
 {
     if (mRest > 0 && !mEndsInMark) {
-        remarks->add(fmt::format("{} bytes behind the last whole record of {} bytes: left out",
+        remarks->add(fmt::format("{} bytes after the last whole record of {} bytes: left out",
                                  mRest, mRecordBytes));
     }
 }

@@ -24,7 +24,7 @@ private:
     size_t mValueBytes;
     size_t mRecordBytes;
     size_t mCount;
-    size_t mRest;             ///< bytes behind the last whole record
+    size_t mRest;             ///< bytes after the last whole record
     bool mEndsInMark = false; ///< the rest is an end mark
     qint64 mStamp = 0;        ///< the last one, its overflows included
 };

@@ -37,7 +37,8 @@ ComtradeConfigLines::ComtradeConfigLines(std::string name, std::string_view text
     : mName(std::move(name)), mLines(linesOf(text)), mFirstLine(firstLine)
 {
     skipBlankLines();
-    // A blank line may stand for an empty field, but not behind the first: then all lines have one.
+    // A blank line may stand for an empty field, but not after the first line: then one follows
+    // every line.
     mHasBlankLines = mNext + 1 < mLines.size() && isBlank(mLines[mNext + 1]);
 }
 

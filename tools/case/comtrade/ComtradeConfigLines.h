@@ -46,7 +46,7 @@ private:
     size_t mFirstLine;
     size_t mNext = 0;            ///< index of the line that comes next
     size_t mTaken = 0;           ///< index of the line that was taken last
-    bool mHasBlankLines = false; ///< behind every line
+    bool mHasBlankLines = false; ///< after every line
 };
 
 /** The field, or nothing where the line is shorter. */

@@ -24,7 +24,7 @@ constexpr double kSlowestHz = 1e-6;
 constexpr double kFastestHz = 1e12;
 constexpr size_t kMicrosecondDigits = 6;
 
-/** Some writers put the unit behind a frequency. */
+/** Some writers put the unit after a frequency. */
 std::string_view withoutHz(std::string_view field)
 {
     const size_t digits = field.find_last_of("0123456789.") + 1;
@@ -33,7 +33,7 @@ std::string_view withoutHz(std::string_view field)
     return isHz ? field.substr(0, digits) : field;
 }
 
-/** An empty field, and one that is no number, is as if it were left out. */
+/** For an empty field, and one that is no number, the number that it would have if left out. */
 double numberOr(std::string_view field, double otherwise)
 {
     double number = otherwise;

@@ -19,7 +19,7 @@ namespace comtrade {
 namespace {
 constexpr size_t kLargestConfig = size_t{16} << 20U;
 
-/** Parses the configuration and puts its remarks behind those on its texts. */
+/** Parses the configuration and adds its remarks to those on its texts. */
 void takeConfig(const std::string& name, std::string_view text, size_t firstLine,
                 const std::string& encoding, ComtradeParts* parts)
 {
@@ -175,7 +175,7 @@ std::string findBeside(const std::string& path, const std::string& suffix)
     const QString wanted = info.completeBaseName() + "." + QString::fromStdString(suffix);
     std::string found;
     for (const QString& name : info.dir().entryList(QDir::Files)) {
-        // Where several differ in case only, the one that is written alike.
+        // Where several names differ in case only, the one that is spelled like the given one.
         if (name.compare(wanted, Qt::CaseInsensitive) == 0 &&
             (found.empty() || name.startsWith(info.completeBaseName()))) {
             found = path.substr(0, path.rfind('/') + 1) + name.toStdString();

@@ -18,7 +18,7 @@ struct ComtradeBlock
 
     std::vector<qint64> mNumbers; ///< of the samples
     std::vector<qint64> mStamps;  ///< in the header's unit; kNoStamp where there is none
-    /** The states of a sample, 16 in a word, the first of them in the least bit. */
+    /** The states of a sample, 16 in a word, the first of them in the lowest bit. */
     std::vector<quint16> mStates;
 
     size_t size() const { return mStamps.size(); }

@@ -124,7 +124,7 @@ bool ExportedSignal::read(waveform::SignalBlock& block)
     return false;
 }
 
-ExportFacts ExportedSignal::findOut()
+ExportFacts ExportedSignal::readFacts()
 {
     ExportFacts facts;
     RateFinder rates;
@@ -134,7 +134,7 @@ ExportFacts ExportedSignal::findOut()
             rates.add(seconds);
         }
         for (const std::vector<double>& column : block.mValues) {
-            facts.mLeast += static_cast<size_t>(std::count(
+            facts.mMissing += static_cast<size_t>(std::count(
                 column.begin(), column.end(), double{std::numeric_limits<qint32>::min()}));
         }
         facts.mSeconds = block.mSeconds.back();

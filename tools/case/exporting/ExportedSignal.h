@@ -24,7 +24,7 @@ struct ExportFacts
     double mSeconds = 0.0;        ///< from the first to the last
     double mSkippedSeconds = 0.0; ///< from the first of the input to the first exported
     double mFrequency = 0.0;      ///< Hz, at the beginning; computed from the step to two decimals
-    size_t mLeast = 0;            ///< values of -2147483648
+    size_t mMissing = 0;          ///< values of -2147483648
     std::vector<waveform::SampleRate> mRates; ///< empty where only time stamps can say it
 };
 
@@ -44,7 +44,7 @@ public:
     bool read(waveform::SignalBlock& block);
 
     /** Reads all of it. @throws CaseError when the part has no sample */
-    ExportFacts findOut();
+    ExportFacts readFacts();
 
 private:
     std::unique_ptr<waveform::SignalSource> mSource;

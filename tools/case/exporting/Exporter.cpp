@@ -46,7 +46,7 @@ comtrade::ComtradeAnalog analogOf(const ExportOptions& options, int channel)
     return analog;
 }
 
-/** The time of a recording, moved on; 1970 for a value file, which has none. */
+/** The time of a recording plus what is skipped; 1970 for a value file, which has none. */
 std::string startTime(const std::string& text, double skippedSeconds)
 {
     constexpr int kDigitsToSeconds = 19;
@@ -162,7 +162,7 @@ std::string dataNameFor(const std::string& output)
 std::string exportSignal(const ExportOptions& options)
 {
     ExportedSignal signal(options.mInput, options.mPart);
-    const ExportFacts facts = signal.findOut();
+    const ExportFacts facts = signal.readFacts();
     if (suffixOf(options.mOutput) == "csv") {
         writeText(options);
         return "";
@@ -173,9 +173,9 @@ std::string exportSignal(const ExportOptions& options)
     } else {
         writePair(options, header);
     }
-    return facts.mLeast == 0
-               ? ""
-               : fmt::format("{} values are -2147483648, which means missing there", facts.mLeast);
+    return facts.mMissing == 0 ? ""
+                               : fmt::format("{} values are -2147483648, which means missing there",
+                                             facts.mMissing);
 }
 
 } // namespace exporting

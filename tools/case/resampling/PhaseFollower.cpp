@@ -177,13 +177,13 @@ void PhaseFollower::endRun()
     mFrequency = mModel ? mModel->mSlope / mHopSeconds : mNominalHz;
 }
 
-/** Ends the trusted run behind `count` points; too few of them change nothing. */
+/** Ends the trusted run after `count` points; too few of them change nothing. */
 void PhaseFollower::keep(size_t count)
 {
     mRun.resize(count);
     if (count < kPointsForLine) {
         if (mModel) {
-            mGaps.pop_back(); // the gap before the run goes on
+            mGaps.pop_back(); // the gap before the run has not ended
         }
         return;
     }
@@ -203,7 +203,7 @@ void PhaseFollower::fill(const Model& model, size_t from, size_t to)
     }
 }
 
-/** What lies before the first run and behind the last. */
+/** Extrapolates before the first run and after the last. */
 void PhaseFollower::complete()
 {
     if (mIsTrusted) {
@@ -217,16 +217,16 @@ void PhaseFollower::complete()
     const size_t first = mFirstPoints.front().mHop;
     fill(fittedTo(mFirstPoints, first), 0, first);
     // A window cannot be centred nearer to an end than by half of it.
-    const double most = static_cast<double>(kWindowHops) * mHopSeconds;
-    if (secondsOf(first) - mMeter.begin() > most) {
+    const double window = static_cast<double>(kWindowHops) * mHopSeconds;
+    if (secondsOf(first) - mMeter.begin() > window) {
         mGaps.emplace(mGaps.begin(), mMeter.begin(), secondsOf(first));
     }
-    if (mMeter.end() - secondsOf(last) > most) {
+    if (mMeter.end() - secondsOf(last) > window) {
         mGaps.emplace_back(secondsOf(last), mMeter.end());
     }
 }
 
-/** The polynomial with the least squares, of degree 2 if there are points enough for it. */
+/** The least-squares polynomial, of degree 2 if there are enough points for it. */
 PhaseFollower::Model PhaseFollower::fittedTo(const Points& points, size_t anchor) const
 {
     const auto count = static_cast<double>(points.size());

@@ -44,7 +44,7 @@ SampleTimes::Segment spanned(const std::vector<double>& seconds, size_t first, s
     return {first, last, seconds[first], std::max(step, kShortestStep)};
 }
 
-/** The line through the stamps with the least squares; the stamps' own steps if there are two. */
+/** The least-squares line through the stamps; the line through both if there are two. */
 SampleTimes::Segment fitted(const std::vector<double>& seconds, size_t first, size_t last)
 {
     const auto count = static_cast<double>(last - first + 1);

@@ -21,14 +21,14 @@ struct Schedule
     std::vector<SchedulePeriod> mPeriods; ///< the last one may be used in part
     size_t mLineCount = 0;
 
-    double secondsOf(size_t line) const; ///< also behind the last line
+    double secondsOf(size_t line) const; ///< also after the last line
     float frequencyOf(size_t line) const;
 };
 
 /**
  * Keeps time: the lines lie as far apart as the simulator plays them, a truncated step of whole
  * nanoseconds.
- * @param from, to s; the first line is at `from`, the last not behind `to`
+ * @param from, to s; the first line is at `from`, the last not after `to`
  * Requires: from <= to; a frequency that can be played.
  */
 Schedule scheduleKeepingTime(float hz, double from, double to);

@@ -7,7 +7,7 @@
 namespace waveform {
 
 /**
- * What the driver was given, as recorded behind it: sample records of 48 bytes. Times are those
+ * What the driver was given, as vx-sandbox records it: sample records of 48 bytes. Times are those
  * of the stamps.
  */
 class DriverRecordingSource : public SignalSource

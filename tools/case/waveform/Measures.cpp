@@ -15,7 +15,7 @@ constexpr double kUsualHertz[] = {50.0, 50.0 / 3.0};
 /** With less of it in the fundamental, a channel shows none. */
 constexpr double kMinShare = 0.1;
 
-/** The frequency is looked for in so many channels. */
+/** Channels in which the frequency is measured: more cost time and say nothing new. */
 constexpr size_t kMaxMeteredChannels = 16;
 
 constexpr size_t kLanes = 4;
@@ -79,10 +79,10 @@ void Measures::addColumn(const std::vector<double>& column, Sums* sums) const
         take(0, column[i]);
     }
     sums->mSquares += squares[0] + squares[1] + squares[2] + squares[3];
-    const double least = *std::min_element(smallest.begin(), smallest.end());
-    const double most = *std::max_element(largest.begin(), largest.end());
-    sums->mSmallest = mSamples == 0 ? least : std::min(sums->mSmallest, least);
-    sums->mLargest = mSamples == 0 ? most : std::max(sums->mLargest, most);
+    const double min = *std::min_element(smallest.begin(), smallest.end());
+    const double max = *std::max_element(largest.begin(), largest.end());
+    sums->mSmallest = mSamples == 0 ? min : std::min(sums->mSmallest, min);
+    sums->mLargest = mSamples == 0 ? max : std::max(sums->mLargest, max);
 }
 
 Measures::Channel Measures::channel(size_t channel) const

@@ -48,7 +48,7 @@ struct StatusChannel
 struct SampleRate
 {
     double mHz = 0.0;
-    size_t mEnd = 0; ///< index behind its last sample, as the file announces it
+    size_t mEnd = 0; ///< index after its last sample, as the file announces it
 };
 
 /** What is known of a signal as a whole before its samples are read. */

@@ -35,7 +35,7 @@ public:
     /** What the program said in the last open() or readSome(). */
     const std::vector<std::string>& errors() const { return mErrors; }
 
-    /** The next item that was read; null behind the last. Valid until the next readSome(). */
+    /** The next item that was read; null after the last. Valid until the next readSome(). */
     const InputValueItem* take() { return nextItem(); }
 
     /** How much of the file has been read, 0 to 1. */
