@@ -5,6 +5,7 @@
 #include <QDir>
 
 #include "base/CaseError.h"
+#include "base/ConfigurationPath.h"
 #include "base/ProgressLine.h"
 #include "generate/SignalTable.h"
 #include "generate/TruthFile.h"
@@ -44,13 +45,7 @@ std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
 std::string pathOf(const std::string& directory)
 {
     const QDir folder(QString::fromStdString(directory));
-    const std::string path = folder.absolutePath().toStdString();
-    if (path.find_first_of(",#\n") != std::string::npos || path.find("  ") != std::string::npos) {
-        throw base::CaseError(
-            path +
-            ": expected a path without ',', '#' and two blanks in a row, for the case "
-            "configuration cannot hold them");
-    }
+    const std::string path = base::configurationPath(folder.absolutePath().toStdString());
     if (!folder.mkpath(".")) {
         throw base::CaseError(path + ": cannot be made as a directory");
     }

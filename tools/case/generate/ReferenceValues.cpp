@@ -99,8 +99,7 @@ ChannelValues valuesOf(Spectrum spectrum)
 /** What the receiver of the time stamps sees of a frequency in the file. */
 double playedHertz(float hertz)
 {
-    constexpr double kNanosecondsPerSecond = 1e9;
-    return kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
+    return base::kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
 }
 
 /** Computes the values of one description, part by part. */

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 
+#include "base/Sums.h"
+
 namespace plot {
 
 namespace {
@@ -31,15 +33,6 @@ constexpr double kOnset = 0.2;
 
 /** A change within a period goes into the next one; in the one behind that it has settled. */
 constexpr size_t kSettled = 2;
-
-double rmsOf(const std::vector<double>& values)
-{
-    double sum = 0.0;
-    for (const double value : values) {
-        sum += value * value;
-    }
-    return std::sqrt(sum / static_cast<double>(values.size()));
-}
 
 /** The period's value at a phase that it has no sample at, on a line between its samples. */
 double valueAt(const Period& period, size_t curve, double phase)
@@ -130,7 +123,7 @@ double ChangeDetector::differenceOf(const Period& last, const Period& period, si
             mDifference[i] = values[i] - valueAt(last, curve, period.mPhases[i]);
         }
     }
-    return rmsOf(mDifference);
+    return base::rootMeanSquare(mDifference);
 }
 
 /** When the curve of mDifference has begun to change. */

@@ -1,9 +1,12 @@
 #include "plot/FrequencyTrack.h"
-#include "base/Numbers.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include "base/Numbers.h"
+#include "base/RaisedCosine.h"
+#include "base/Sums.h"
 
 namespace plot {
 
@@ -36,15 +39,6 @@ std::complex<double> product(const std::vector<double>& values,
     }
     const auto count = static_cast<double>(values.size());
     return {real / count, imaginary / count};
-}
-
-double meanSquare(const std::vector<double>& values)
-{
-    double sum = 0.0;
-    for (const double value : values) {
-        sum += value * value;
-    }
-    return sum / static_cast<double>(values.size());
 }
 } // namespace
 
@@ -79,10 +73,9 @@ void FrequencyTrack::makeWeights(const std::vector<double>& phases)
     mRising.clear();
     mFalling.clear();
     for (const double phase : phases) {
-        const Phasor phasor = std::polar(1.0, -2.0 * base::kPi * phase);
-        const double rising = 0.5 - 0.5 * std::cos(base::kPi * phase);
-        mRising.push_back(phasor * rising);
-        mFalling.push_back(phasor * (1.0 - rising));
+        const base::WindowWeights weights = base::windowWeights(phase);
+        mRising.push_back(weights.mRising);
+        mFalling.push_back(weights.mFalling);
     }
 }
 
@@ -96,14 +89,14 @@ double FrequencyTrack::turnInto(const Period& last, const Period& period)
         const std::vector<double>& values = period.mValues[i];
         const Phasor window = mLast[i] + product(values, mFalling);
         sum += window * std::conj(mWindow[i]);
-        power += meanSquare(values);
+        power +=
+            base::sumOfSquares(values.data(), values.size()) / static_cast<double>(values.size());
         mWindow[i] = last.size() == 0 ? Phasor() : window;
         mLast[i] = product(values, mRising);
     }
     // A sine of amplitude 1 has a power of 1/2 and is 1/2 in a window.
-    return std::abs(sum) < kMinShare * power / 2.0 || power == 0.0
-               ? kNone
-               : std::arg(sum) / 2.0 / base::kPi;
+    return std::abs(sum) < kMinShare * power / 2.0 || power == 0.0 ? kNone
+                                                                   : std::arg(sum) / base::kTwoPi;
 }
 
 } // namespace plot

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/Sums.h"
+
 namespace plot {
 
 Overview::Overview(const waveform::SignalDescription& description, const DrawnChannels& channels,
@@ -31,11 +33,7 @@ void Overview::take(const Period& last, const Period& period)
         mFirstPeriod = period.length();
     }
     for (size_t i = 0; i < mRmsOfPeriod.size(); ++i) {
-        double squares = 0.0;
-        for (const double value : period.mValues[i]) {
-            squares += value * value;
-        }
-        mRmsOfPeriod[i] = std::sqrt(squares / static_cast<double>(period.size()));
+        mRmsOfPeriod[i] = base::rootMeanSquare(period.mValues[i]);
     }
     mRms.add(period.middle(), mRmsOfPeriod);
     FrequencyTrack::Value value{};
