@@ -111,6 +111,7 @@ TEST(BaseTest, RaisedCosineSeesTheFundamentalAlone)
             const double value = std::cos(base::kTwoPi * harmonic * phase);
             sum += value * (i < kSamples ? weights.mRising : weights.mFalling);
             EXPECT_NEAR(std::abs(weights.mRising + weights.mFalling), 1.0, 1e-15);
+            EXPECT_NEAR(std::abs(weights.mRising), base::raisedCosine(phase - 1.0), 1e-15);
         }
         EXPECT_NEAR(std::abs(sum) / kSamples, harmonic == 1 ? 0.5 : 0.0, 1e-12) << harmonic;
     }

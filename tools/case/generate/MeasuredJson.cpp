@@ -1,10 +1,10 @@
 #include "generate/MeasuredJson.h"
 
+#include "waveform/DeviceChannels.h"
+
 namespace generate {
 
 namespace {
-constexpr std::array<const char*, kChannelCount> kChannelNames{"UA", "UB", "UC", "UN",
-                                                               "IA", "IB", "IC", "IN"};
 
 Json jsonOf(const std::optional<RmsExtreme>& extreme)
 {
@@ -85,7 +85,7 @@ Json channelList(const ChannelSet& channels)
 
 Json channelHeading(size_t number)
 {
-    return {{"channel", number}, {"name", kChannelNames[number]}};
+    return {{"channel", number}, {"name", waveform::kDeviceChannelNames[number]}};
 }
 
 Json jsonOf(const MeasuredValues& values, size_t number)

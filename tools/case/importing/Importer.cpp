@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "base/CaseError.h"
+#include "base/Sums.h"
 #include "importing/ImportPlan.h"
 #include "importing/ImportRemarks.h"
 #include "importing/LineWriter.h"
@@ -29,17 +30,15 @@ ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recor
 {
     ChannelReport report{channel.mText, channel.mUnit, channel.mCounts, 0.0, 0.0, 0.0};
     const std::vector<double> values = recorded.sumOf(channel);
-    double squares = 0.0;
-    size_t count = 0;
-    for (size_t i = 0; i < values.size(); ++i) {
-        if (recorded.mSeconds[i] >= plan.mFrom - kSameTime &&
-            recorded.mSeconds[i] <= plan.mTo + kSameTime) {
-            squares += values[i] * values[i];
-            report.mPeak = std::max(report.mPeak, std::abs(values[i]));
-            ++count;
-        }
+    const std::vector<double>& seconds = recorded.mSeconds;
+    const auto begin = std::lower_bound(seconds.begin(), seconds.end(), plan.mFrom - kSameTime);
+    const auto end = std::upper_bound(begin, seconds.end(), plan.mTo + kSameTime);
+    const double* const first = values.data() + (begin - seconds.begin());
+    const auto count = static_cast<size_t>(end - begin);
+    report.mRms = base::rootMeanSquare(first, count);
+    for (size_t i = 0; i < count; ++i) {
+        report.mPeak = std::max(report.mPeak, std::abs(first[i]));
     }
-    report.mRms = count > 0 ? std::sqrt(squares / static_cast<double>(count)) : 0.0;
     return report;
 }
 

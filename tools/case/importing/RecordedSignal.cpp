@@ -4,13 +4,12 @@
 #include <set>
 
 #include "base/CaseError.h"
+#include "base/Numbers.h"
 #include "base/ProgressLine.h"
 
 namespace importing {
 
 namespace {
-constexpr double kSecondsPerMicrosecond = 1e-6;
-
 RecordedSignal columnsFor(const waveform::SignalDescription& description, const ChannelMap& map)
 {
     std::set<size_t> sources;
@@ -23,7 +22,7 @@ RecordedSignal columnsFor(const waveform::SignalDescription& description, const 
     signal.mSources.assign(sources.begin(), sources.end());
     for (const size_t source : sources) {
         const double skew = description.mChannels[source].mSkewMicroseconds;
-        signal.mColumns.push_back({{}, skew * kSecondsPerMicrosecond});
+        signal.mColumns.push_back({{}, skew * base::kSecondsPerMicrosecond});
     }
     return signal;
 }

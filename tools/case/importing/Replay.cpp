@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "base/CaseError.h"
-#include "base/Numbers.h"
 #include "base/ProgressLine.h"
+#include "base/RaisedCosine.h"
 
 namespace importing {
 
@@ -15,7 +15,7 @@ constexpr double kRoundingOfSeconds = 1e-9;
 
 Counts crossfaded(const Counts& from, const Counts& to, double share)
 {
-    const double weight = (1.0 + std::cos(base::kPi * share)) / 2.0;
+    const double weight = base::raisedCosine(share);
     Counts counts{};
     for (size_t channel = 0; channel < counts.size(); ++channel) {
         counts[channel] = weight * from[channel] + (1.0 - weight) * to[channel];
