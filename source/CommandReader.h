@@ -23,7 +23,7 @@ public:
     {
         Nothing, ///< no whole line has arrived
         Line,    ///< a line was taken
-        TooLong  ///< told once of a line that exceeds the limit; its rest is dropped as it comes
+        TooLong  ///< a line exceeds the limit; returned once, its rest is dropped as it comes
     };
 
     /**

@@ -89,7 +89,7 @@ public:
 
     /**
      * As readUserInput(), but waits up to msecs ms for a valid command and returns at once when it
-     * comes, also behind lines that are rejected or not finished. However the control FIFO
+     * comes, also after lines that are rejected or not finished. However the control FIFO
      * behaves, a call that takes no valid command lasts that long and does not spin, so that it
      * can be made in a loop.
      */

@@ -17,7 +17,7 @@ public:
 
     bool isValid() const { return mProblem == Problem::None; }
 
-    /** What is wrong, as the program words it behind "file:line: ". Requires: not isValid(). */
+    /** What is wrong, as the program words it after "file:line: ". Requires: not isValid(). */
     std::string error() const;
 
     /** The configuration of the entry; negative when the line chooses the continuous one. */

@@ -76,7 +76,7 @@ bool CsvParser::openFileInternal()
     return true;
 }
 
-void CsvParser::setFastRoad(const std::type_info& ofClass, TakePlainLine takePlainLine)
+void CsvParser::setFastPath(const std::type_info& ofClass, TakePlainLine takePlainLine)
 {
     mFastClass = &ofClass;
     mTakePlainLine = takePlainLine;
@@ -87,7 +87,7 @@ void CsvParser::startReading()
 {
     mReadFailure.clear();
     mReader.start(mFile->handle());
-    mOnFastRoad = mFastClass != nullptr && *mFastClass == typeid(*this);
+    mHasFastPath = mFastClass != nullptr && *mFastClass == typeid(*this);
 }
 
 bool CsvParser::parseCompleteFile()
@@ -127,7 +127,7 @@ bool CsvParser::parseNextLine()
 bool CsvParser::handleLine()
 {
     ++mLineNumber;
-    if (takeFastRoad()) {
+    if (takeFastPath()) {
         return true;
     }
     const QString data = dataPart(toText(mReader.takeLine()));
@@ -135,9 +135,9 @@ bool CsvParser::handleLine()
 }
 
 /** True when the line that is there is handled. */
-bool CsvParser::takeFastRoad()
+bool CsvParser::takeFastPath()
 {
-    if (!mOnFastRoad) {
+    if (!mHasFastPath) {
         return false;
     }
     const size_t bytes = mTakePlainLine(this, mReader.wholeLines());

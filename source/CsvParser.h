@@ -86,7 +86,7 @@ protected:
      * To be called by the constructor of a class that can. Holds for objects of exactly that
      * class: one derived from it may have a parseLine() of its own, which sees every line.
      */
-    void setFastRoad(const std::type_info& ofClass, TakePlainLine takePlainLine);
+    void setFastPath(const std::type_info& ofClass, TakePlainLine takePlainLine);
 
     /** "file:line: ", the beginning of every message about a line, in the local encoding. */
     std::string linePrefix() const { return linePrefix(mLineNumber); }
@@ -103,13 +103,13 @@ private:
     std::string linePrefix(quint32 lineNumber) const;
     void startReading();
     bool handleLine();
-    bool takeFastRoad();
+    bool takeFastPath();
     bool goToBeginning(const log4cxx::spi::LocationInfo& location);
     bool reportReadFailure(const log4cxx::spi::LocationInfo& location);
 
     TakePlainLine mTakePlainLine = nullptr;
     const std::type_info* mFastClass = nullptr;
-    bool mOnFastRoad = false; ///< this object may take it
+    bool mHasFastPath = false; ///< this object may take it
     LineReader mReader;
     std::string mReadFailure;
 };

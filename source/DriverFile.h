@@ -12,6 +12,7 @@ public:
     explicit DriverFile(const QString& name) : QFile(name) {}
 
 protected:
-    /** Goes on behind a short write, as QFile does. Bytes written, -1 when there are none. */
+    /** Writes the rest after a short write, as QFile does. Bytes written, -1 when there are none.
+     */
     qint64 writeData(const char* data, qint64 size) override;
 };

@@ -4,14 +4,14 @@
 
 /**
  * Looks at what waits in a FIFO or a file without taking it, so that a line can be taken in one
- * read and what stands behind it stays where it is.
+ * read and what follows it stays there.
  *
  * Owns a pipe, through which a copy of a FIFO's bytes goes. Not copyable.
  */
 class FifoPeek
 {
 public:
-    /** The most that is looked at in one call, in bytes. */
+    /** The maximum that one call looks at, in bytes. */
     static constexpr size_t kMaxBytes = 4096;
 
     FifoPeek();

@@ -1,8 +1,8 @@
 #pragma once
 
 /**
- * The places that are the same on every device: the program, its stand-in driver and the tests
- * share them. They are constants on purpose; nothing makes them configurable.
+ * The paths are the same on every device: the program, its stand-in driver and the tests share
+ * them. They are constants on purpose; nothing makes them configurable.
  */
 
 /** The FIFO that takes the operator's commands. The program creates it and never removes it. */

@@ -47,7 +47,7 @@ public:
 private:
     static bool fillsHugePage(size_t count) { return count == kHugePageBytes / sizeof(T); }
 
-    /** Maps twice the size, and gives back what lies before and behind the aligned half. */
+    /** Maps twice the size, and gives back what lies before and after the aligned half. */
     static void* mapHugePage()
     {
         void* const mapped = mmap(nullptr, 2 * kHugePageBytes, PROT_READ | PROT_WRITE,

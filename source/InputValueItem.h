@@ -3,7 +3,7 @@
 #include "SampleRecord.h"
 
 /**
- * One line of an input value file: the sample record that goes to the driver and, behind it, the
+ * One line of an input value file: the sample record that goes to the driver and, after it, the
  * frequency from which the sample writer derives the time step.
  *
  * Made by InputValues::parseLine(), which gives every field its value.

@@ -31,7 +31,7 @@ private:
     int mIndex = 0;
 };
 
-static_assert(LineReader::kReadableBehindLines >= PlainFields::kReadableBehind);
+static_assert(LineReader::kReadableAfterLines >= PlainFields::kReadableAfter);
 
 /** What stands in a line, field by field; false at the first field that does not convert. */
 template <typename Fields>
@@ -52,7 +52,7 @@ InputValues::InputValues() : InputValues(typeid(InputValues)) {}
 
 InputValues::InputValues(const std::type_info& subclass)
 {
-    setFastRoad(subclass, [](CsvParser* parser, std::string_view lines) {
+    setFastPath(subclass, [](CsvParser* parser, std::string_view lines) {
         return static_cast<InputValues*>(parser)->takePlainLine(lines);
     });
 }

@@ -44,7 +44,7 @@ public:
      */
     InputValueItem* nextItem();
 
-    /** True the first time that it is asked: a refused frequency is told once. */
+    /** True on the first call: a refused frequency is reported once. */
     bool isFirstRefusal() { return !std::exchange(mRefused, true); }
 
 protected:
@@ -54,7 +54,7 @@ protected:
      */
     explicit InputValues(const std::type_info& subclass);
 
-    /** The fast road: reads the lines of ordinary files, as TakePlainLine says. */
+    /** The fast path: reads the lines of ordinary files, as TakePlainLine says. */
     size_t takePlainLine(std::string_view lines);
 
     /** Releases the items read so far, for a subclass that reads a long file piece by piece. */
@@ -65,5 +65,5 @@ private:
                      const log4cxx::spi::LocationInfo& location) const;
 
     ItemStore mItems;
-    bool mRefused = false; ///< its frequency, and that has been told
+    bool mRefused = false; ///< its frequency, which has been reported
 };

@@ -19,8 +19,8 @@ public:
     void append(const InputValueItem& item);
 
     /**
-     * Appends an item of zeros, for the caller to fill in place. Stands here because it is a part
-     * of the fast road of loading.
+     * Appends an item of zeros, for the caller to fill in place. Inline because it is on
+     * the fast path of loading.
      */
     InputValueItem* appendEmpty()
     {
@@ -57,5 +57,5 @@ private:
     std::vector<Chunk> mChunks;
     size_t mSize = 0;  ///< items in all chunks
     size_t mChunk = 0; ///< chunk of the read position
-    size_t mIndex = 0; ///< place of the read position in its chunk
+    size_t mIndex = 0; ///< index of the read position in its chunk
 };

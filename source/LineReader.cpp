@@ -20,7 +20,7 @@ void LineReader::start(int descriptor)
     mDescriptor = descriptor;
     mAtEnd = false;
     mFailed = false;
-    mBuffer = QByteArray(kBlockBytes + static_cast<int>(kReadableBehindLines), Qt::Uninitialized);
+    mBuffer = QByteArray(kBlockBytes + static_cast<int>(kReadableAfterLines), Qt::Uninitialized);
 }
 
 void LineReader::stop()
@@ -49,7 +49,7 @@ int LineReader::takeError()
     return std::exchange(mError, 0);
 }
 
-/** Reads once behind what is still untaken; false when nothing more will come. */
+/** Reads once, after the bytes not yet taken; false when nothing more will come. */
 bool LineReader::fill()
 {
     if (mAtEnd) {
@@ -59,16 +59,16 @@ bool LineReader::fill()
     mEnd -= mBegin;
     mBegin = 0;
     mWholeEnd = 0;
-    if (mEnd + kReadableBehindLines == bufferSize()) {
+    if (mEnd + kReadableAfterLines == bufferSize()) {
         const int doubled = 2 * mBuffer.size();
         mBuffer.reserve(doubled); // exactly; resize() alone would take up to twice as much
         mBuffer.resize(doubled);
     }
-    char* const news = mBuffer.data() + mEnd;
-    const size_t room = bufferSize() - kReadableBehindLines - mEnd;
+    char* const free = mBuffer.data() + mEnd;
+    const size_t room = bufferSize() - kReadableAfterLines - mEnd;
     ssize_t count = 0;
     do {
-        count = ::read(mDescriptor, news, room);
+        count = ::read(mDescriptor, free, room);
     } while (count < 0 && errno == EINTR);
     if (mEnd > kMaxLineBytes) {
         count = -1;
@@ -81,7 +81,7 @@ bool LineReader::fill()
         mEnd = mBegin;
         return false;
     }
-    const size_t lineEnd = std::string_view(news, static_cast<size_t>(count)).rfind('\n');
+    const size_t lineEnd = std::string_view(free, static_cast<size_t>(count)).rfind('\n');
     mWholeEnd = lineEnd == std::string_view::npos ? 0 : mEnd + lineEnd + 1;
     mEnd += static_cast<size_t>(count);
     return !mAtEnd;

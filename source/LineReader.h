@@ -16,7 +16,7 @@
 class LineReader
 {
 public:
-    static constexpr size_t kReadableBehindLines = 8;
+    static constexpr size_t kReadableAfterLines = 8;
 
     /** Starts at the descriptor's current position; forgets what was read and any failure. */
     void start(int descriptor);
@@ -45,7 +45,7 @@ public:
 
     /**
      * The whole lines that were read and not yet taken, with their line ends; may be empty, also
-     * when hasLine() is true. kReadableBehindLines more bytes can be read behind them.
+     * when hasLine() is true. kReadableAfterLines more bytes can be read after them.
      */
     std::string_view wholeLines() const
     {
@@ -55,7 +55,7 @@ public:
     /** Takes that many bytes of wholeLines(), up to and including a line end. */
     void drop(size_t bytes) { mBegin += bytes; }
 
-    /** The errno of the read that failed, 0 if none did; tells each failure once. */
+    /** The errno of the read that failed, 0 if none did; each failure is returned once. */
     int takeError();
 
 private:
@@ -69,6 +69,6 @@ private:
     bool mFailed = true;  ///< or nothing was started
     QByteArray mBuffer;   ///< never cleared: a new page of it costs more than a line
     size_t mBegin = 0;    ///< first byte not yet taken
-    size_t mWholeEnd = 0; ///< behind the last line end that was read
+    size_t mWholeEnd = 0; ///< after the last line end that was read
     size_t mEnd = 0;      ///< end of the bytes read
 };

@@ -9,21 +9,21 @@
 #include <utility>
 
 /**
- * The fast road of loading: reads the fields of one line of an input value file straight from its
+ * The fast path of loading: reads the fields of one line of an input value file straight from its
  * bytes, up to eight digits at a step, without making a text, a list or a copy of anything.
  *
  * It knows only what real files are made of: ASCII text in the skipped fields and, in the others,
  * plain decimal numbers such as -325269 and 49.95. It never judges: every operation returns false
- * for whatever else stands there, good or bad, and the line must then go the general way. A line
- * that was read to its end here has the values that the general way would give.
+ * for whatever else stands there, good or bad, and the line must then take the general path. A line
+ * that was read to its end here has the values that the general path would give.
  *
  * Borrows the bytes of the line.
  */
 class PlainFields
 {
 public:
-    /** Bytes that must be readable behind the line: eight are looked at from any place in it. */
-    static constexpr size_t kReadableBehind = 8;
+    /** Bytes that must be readable after the line: eight are read from any position in it. */
+    static constexpr size_t kReadableAfter = 8;
 
     /**
      * @param line points to the first byte of a line, whose line end must be there: it stops
@@ -143,7 +143,7 @@ private:
     static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
     /**
-     * Takes digits one by one, behind `count` that are in the number, up to kMaxDigits in all;
+     * Takes digits one by one, after `count` that are in the number, up to kMaxDigits in all;
      * returns how many are in it then. A longer number then fails at its separator.
      */
     int readDigits(quint64* number, int count = 0)
@@ -161,7 +161,7 @@ private:
     Q_ALWAYS_INLINE int readWord(quint64 digits, quint64* number)
     {
         constexpr quint64 kBeyondNine = 0x76 * kEachByte;
-        // A carry can only reach the bytes behind the first one that is no digit.
+        // A carry can only reach the bytes after the first one that is no digit.
         const int count = bytesBefore(((digits + kBeyondNine) | digits) & kTopBits);
         if (count > 0) {
             *number = joinDigits(digits << kByteBits * (kWordBytes - count));
@@ -170,7 +170,7 @@ private:
         return count;
     }
 
-    /** The next eight bytes, the first in the lowest place. */
+    /** The next eight bytes, the first in the lowest byte. */
     quint64 peek() const
     {
         quint64 bytes = 0;

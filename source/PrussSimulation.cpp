@@ -298,7 +298,7 @@ void PrussSimulation::pace(const log4cxx::spi::LocationInfo& location)
     mPacedTo = mSimTime;
 }
 
-/** A failure leaves *wallClock as it is and is told once, until a reading succeeds again. */
+/** A failure leaves *wallClock as it is and is reported once, until a reading succeeds again. */
 bool PrussSimulation::readWallClock(timespec* wallClock, const log4cxx::spi::LocationInfo& location)
 {
     const bool isRead = clock_gettime(CLOCK_REALTIME, wallClock) == 0;

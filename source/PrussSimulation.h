@@ -36,8 +36,8 @@ public:
     /**
      * Writes the next block of at most 360 items and, on every eleventh block, sleeps while the
      * samples are ahead of the wall clock and rewrites the f2h and r2h records. The items get
-     * their time stamps. While the wall clock cannot be read, which one ERROR tells, it sleeps for
-     * what it has played since the last time.
+     * their time stamps. While the wall clock cannot be read (reported by one ERROR), it sleeps
+     * for the duration of what it has played since the last time.
      *
      * Requires: init() was true; values.resetIterator() was called.
      * @return 1 when the input is exhausted, 0 when items may remain, -1 after an ERROR when the

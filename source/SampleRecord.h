@@ -6,7 +6,8 @@
 /** ADC channels of one sample set. */
 inline constexpr int kChannelCount = 8;
 
-/** Samples of one signal period, one per degree of phase; also the most records of one block. */
+/** Samples of one signal period, one per degree of phase; also the maximum of records in one block.
+ */
 inline constexpr int kSamplesPerPeriod = 360;
 
 /**

@@ -6,7 +6,7 @@
 
 /**
  * The time between two samples as the sample writer derives it from a signal frequency: for the
- * writer itself and for whoever foretells its time stamps.
+ * writer itself and for whoever predicts its time stamps.
  */
 
 /** Truncates toward zero; what does not fit becomes the nearest value, NaN becomes 0. */

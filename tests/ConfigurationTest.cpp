@@ -21,7 +21,7 @@ protected:
         return mConfiguration->parseCompleteFile();
     }
 
-    /** "repetitions*file" of the current configuration's entries, "|" behind each. */
+    /** "repetitions*file" of the current configuration's entries, "|" after each. */
     std::string entries()
     {
         std::string entries;

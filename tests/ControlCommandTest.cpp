@@ -20,7 +20,7 @@
 namespace {
 using namespace std::string_literals;
 
-constexpr int kLongestLine = 64 * 1024;
+constexpr int kMaxLineBytes = 64 * 1024;
 
 /** Three configurations, of which 0 is played; the only entry of each is named as the number. */
 class ControlCommandTest : public testing::Test
@@ -186,9 +186,9 @@ TEST_F(ControlCommandTest, EndOfFileEndsACommand)
                                   "ERROR Config Cmd to small!"}));
 }
 
-TEST_F(ControlCommandTest, LineBeyondTheGreatestLengthIsDroppedOnce)
+TEST_F(ControlCommandTest, LineBeyondTheLimitIsDroppedOnce)
 {
-    EXPECT_FALSE(take(std::string(kLongestLine - 1, ' ')));
+    EXPECT_FALSE(take(std::string(kMaxLineBytes - 1, ' ')));
     EXPECT_TRUE(take("1\n")) << "the longest line";
     mLog.take();
     mSystem.mOnPoll = [] { TestDevice::send(std::string(4096, '1')); }; // who never ends
@@ -200,7 +200,7 @@ TEST_F(ControlCommandTest, LineBeyondTheGreatestLengthIsDroppedOnce)
     mSystem.mOnPoll = nullptr;
     EXPECT_TRUE(take("1\ns2\n"));
     EXPECT_EQ(mLog.mEvents.at(0).mOrigin, mLog.mEvents.at(1).mOrigin);
-    EXPECT_FALSE(take(std::string(kLongestLine, '1')));
+    EXPECT_FALSE(take(std::string(kMaxLineBytes, '1')));
     EXPECT_FALSE(take("1\n")) << "one byte too long";
     EXPECT_TRUE(take("s2\n"));
     const Lines kDroppedAndTaken{"ERROR Command line without its end after 65536 bytes, dropped",

@@ -118,7 +118,7 @@ TEST_F(CsvParserTest, GoesFromNoFileToOpenToClosedAndBack)
                      "ERROR config file not found"}));
 }
 
-TEST_F(CsvParserTest, WhatHasNoBeginningIsNotReadAndTold)
+TEST_F(CsvParserTest, WhatHasNoBeginningIsNotReadAndReported)
 {
     ASSERT_TRUE(mParser.openFile(QStringLiteral("/dev/null")));
     EXPECT_FALSE(mParser.parseCompleteFile());
@@ -152,7 +152,7 @@ TEST_F(CsvParserTest, ParsesPiecewise)
     EXPECT_EQ(mParser.parseLines(0), 0);
     std::ofstream(mFiles.path("file"), std::ios::app) << "2\n";
     EXPECT_TRUE(mParser.parseNextLine());
-    EXPECT_EQ(mParser.mLines.back(), "12") << "it grew behind the look at its end";
+    EXPECT_EQ(mParser.mLines.back(), "12") << "it grew after its end was seen";
 
     ASSERT_TRUE(open("1\n"));
     std::filesystem::remove(mFiles.path("file"));
@@ -186,7 +186,7 @@ TEST_F(CsvParserTest, WhatTheSecondReadBringsDecidesAboutTheRest)
     EXPECT_LE(system.mReads, 20) << "far fewer than there are lines";
     openFaulty(EIO);
     EXPECT_EQ(mParser.parseLines(-1), whole);
-    EXPECT_EQ(mParser.parseLines(-1), -2) << "told once";
+    EXPECT_EQ(mParser.parseLines(-1), -2) << "reported once";
     EXPECT_EQ(mLog.mEvents.at(0).mOrigin, "CsvParser source/CsvParser.cpp CsvParser::parseLines");
     EXPECT_EQ(mLog.take(), Lines{message});
 }
@@ -198,7 +198,7 @@ TEST_F(CsvParserTest, KeepsNoDescriptor)
         CollectingParser parsed;
         const QString name = mFiles.make("file", "1\nbad\n");
         parsed.openFile(name);
-        parsed.openFile(name); // in the place of one that is open
+        parsed.openFile(name); // instead of one that is open
         parsed.parseCompleteFile();
         CollectingParser copy(parsed);
         copy.openFile(name);

@@ -103,7 +103,7 @@ TEST_F(InputValuesTest, AHandlerOfItsOwnSeesEveryLine)
     EXPECT_EQ(values.mSeen, 3);
 }
 
-/** The items, which carry their place in the auxiliary word. */
+/** The items, which carry their index in the auxiliary word. */
 std::vector<InputValueItem*> walk(ItemStore& store)
 {
     std::vector<InputValueItem*> items;

@@ -150,7 +150,7 @@ TEST_F(PacingTest, PlaysAcrossTheEndOf32BitTime)
     EXPECT_EQ(TestDevice::words(kF2hPath).at(1), kEnd + 2) << "a multiple of ten seconds";
 }
 
-TEST_F(PacingTest, WallClockThatCannotBeReadIsToldOnceAndPacedWithout)
+TEST_F(PacingTest, WallClockThatCannotBeReadIsReportedOnceAndPacingGoesOn)
 {
     playRound();
     for (const int error : {EOVERFLOW, 0, EPERM}) {
@@ -163,9 +163,9 @@ TEST_F(PacingTest, WallClockThatCannotBeReadIsToldOnceAndPacedWithout)
             EXPECT_LE(std::abs(sleep - kRound), 1'000'000) << error;
         }
         EXPECT_EQ(mSystem.mSleeps.size(), 5U);
-        const Lines told{"ERROR wall clock cannot be read, paced by the samples alone: " +
-                         std::string(std::strerror(error))};
-        EXPECT_EQ(mLog.take(), error == 0 ? Lines{} : told);
+        const Lines message{"ERROR wall clock cannot be read, paced by the samples alone: " +
+                            std::string(std::strerror(error))};
+        EXPECT_EQ(mLog.take(), error == 0 ? Lines{} : message);
     }
 }
 

@@ -23,7 +23,7 @@ std::string lineWithField(size_t column, const std::string& text)
     return line;
 }
 
-/** All in one file; when that differs, each alone tells which it is. */
+/** All in one file; when that differs, each alone shows which it is. */
 void expectNoDifference(const Words& lines)
 {
     std::string bytes;

@@ -32,7 +32,7 @@ TEST_F(PrussSimulationTest, TakesNothingWithoutSampleBufferOrF2h)
     }
 }
 
-TEST_F(PrussSimulationTest, FirstFileThatIsMissingOrDoesNotOpenIsTold)
+TEST_F(PrussSimulationTest, FirstFileThatIsMissingOrDoesNotOpenIsReported)
 {
     const auto expectFailure = [this](const std::string& path, const std::string& problem) {
         PrussSimulation writer;
@@ -53,7 +53,7 @@ TEST_F(PrussSimulationTest, FirstFileThatIsMissingOrDoesNotOpenIsTold)
         expectFailure(path, "existiert nicht.");
     }
     EXPECT_FALSE(std::filesystem::exists("/etc/vx/nowhere"));
-    // Each is looked for behind the ones before it.
+    // They are opened in this order.
     std::reverse(paths.begin(), paths.end());
     for (const std::string& path : paths) {
         TestDevice::remove(path);
@@ -191,11 +191,11 @@ TEST_F(PrussSimulationTest, FailingBlockIsConsumedAndCostsNoPacing)
     startWriter();
     InputValues values = items(361);
     mSystem.mFaultyFile = kSampleBufferPath;
-    for (const Lines& told : {Lines{"ERROR error writing file /dev/adc-in"}, Lines{}}) {
+    for (const Lines& messages : {Lines{"ERROR error writing file /dev/adc-in"}, Lines{}}) {
         mSystem.mWriteFault = EIO;
-        mLog.mFull = told.empty(); // a report that fails does not make the block a written one
+        mLog.mFull = messages.empty(); // a report that fails does not make the block a written one
         EXPECT_EQ(mWriter->writeSamples(values), -1);
-        EXPECT_EQ(mLog.take(), told);
+        EXPECT_EQ(mLog.take(), messages);
     }
     mLog.mFull = false;
     EXPECT_EQ(mWriter->samplesWritten(), 0U);
@@ -210,7 +210,7 @@ TEST_F(PrussSimulationTest, FailingBlockIsConsumedAndCostsNoPacing)
     EXPECT_EQ(TestDevice::records().size(), 360U);
 }
 
-TEST_F(PrussSimulationTest, ExceptionOutOfTheWriteIsToldAndPlayedOn)
+TEST_F(PrussSimulationTest, ExceptionOutOfTheWriteIsReportedAndPlayGoesOn)
 {
     startWriter();
     mSystem.mFaultyFile = kSampleBufferPath;

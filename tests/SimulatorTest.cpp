@@ -67,7 +67,7 @@ TEST_F(SimulatorTest, LoadsValueFilesInOrderUpToTheFirstFailureOrGap)
           "INFO All data files parsed."}},
         {"0,1,a\n2,1,a\n", joined(kA, {kGap})},
         {"1,1,a\n", {kGap}},
-        // Nothing is read behind a failure, and gaps are still reported.
+        // Nothing is read after a failure, and gaps are still reported.
         {"0,1,a\n0,1,bad\n0,1,a\n1,1,a\n", joined(kA, kBad)},
         {"0,1,none\n0,1,a\n1,1,none\n", kMissing},
         {"0,1,bad\n1,1,a\n3,1,a\n", joined(kBad, {kGap})},
@@ -194,12 +194,12 @@ TEST_F(SimulatorTest, WaitsForACommandInsteadOfSpinning)
         const Lines log = mLog.take();
         EXPECT_THAT(log.at(1), testing::HasSubstr("has nothing to play"));
         EXPECT_THAT(log.at(2), testing::StartsWith("INFO Execute"));
-        EXPECT_EQ(log.size(), *it.mConfig == 0 ? 3U : 4U) << "told once for each change";
+        EXPECT_EQ(log.size(), *it.mConfig == 0 ? 3U : 4U) << "reported once for each change";
         EXPECT_EQ(played(), it.mPlayed);
     }
 }
 
-/** Two passes each: nothing spins, and the samples behind are not held up for long. */
+/** Two passes each: nothing spins, and the samples that follow are not delayed for long. */
 TEST_F(SimulatorTest, ManyPlaysWithoutASampleCostShortWaits)
 {
     for (const auto& [config, waits] :

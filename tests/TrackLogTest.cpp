@@ -34,7 +34,7 @@ TEST(TrackLogTest, BuildsNoTextWhenTheLevelIsOffButCounts)
     EXPECT_EQ(log.take(), (Lines{"ERROR text", "FATAL text"}));
 }
 
-/** The level of the line that fits, not of those that were lost; told once. */
+/** With the level of the line that is written, not of those that were lost, and once. */
 TEST(TrackLogTest, LinesThatCannotBeWrittenAreLostAndCounted)
 {
     LogCapture log;

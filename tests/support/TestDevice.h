@@ -19,7 +19,7 @@ public:
     /** Makes the driver's five files as regular files. */
     static void makeDriver();
 
-    /** Makes a directory, or a link, in the place of whatever is there. */
+    /** Makes a directory, or a link, and removes what was there. */
     static void makeDirectory(const std::string& path);
     static void makeLink(const std::string& path, const std::string& target);
 

@@ -13,7 +13,7 @@ public:
     explicit WatchedValues(bool isFast)
     {
         if (isFast) {
-            setFastRoad(typeid(WatchedValues), [](CsvParser* parser, std::string_view lines) {
+            setFastPath(typeid(WatchedValues), [](CsvParser* parser, std::string_view lines) {
                 auto* const self = static_cast<WatchedValues*>(parser);
                 const size_t taken = self->takePlainLine(lines);
                 self->mPlainLines += taken > 0 ? 1 : 0;
@@ -22,7 +22,7 @@ public:
         }
     }
 
-    /** All lines, for it goes on behind a rejected one. */
+    /** All lines: it goes on after a rejected one. */
     void load(const QString& path, const std::string& bytes)
     {
         const int errorsBefore = sErrorCounter;

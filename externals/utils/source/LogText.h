@@ -3,7 +3,7 @@
 #include <QString>
 #include <string>
 
-/** How texts of others go into a message. Knows no logger. */
+/** Puts texts from elsewhere into a message. Knows no logger. */
 
 /** A file name or system text in the encoding of the log, the local 8-bit encoding. */
 inline std::string local8Bit(const QString& text)

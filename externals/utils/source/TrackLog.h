@@ -22,7 +22,7 @@
 
 /**
  * Hands lines to log4cxx and counts those that it could not write. The next line that can be
- * written is preceded, at its level, by one that tells how many were lost.
+ * written is preceded, at its level, by one with the number of lost lines.
  */
 class LogOutput
 {

@@ -54,8 +54,8 @@ public:
 
     /**
      * Reads exactly size bytes, each wait limited to timeout ms. Bytes read before a failure
-     * stay in the buffer; how many is not told. errno and errorString() tell of the failure; at
-     * the end of the file errno is 0.
+     * stay in the buffer; their number is not returned. errno and errorString() tell of the
+     * failure; at the end of the file errno is 0.
      */
     ReadError readContinuous(size_t size, void* buffer, unsigned int timeout);
 
