@@ -26,13 +26,13 @@ bool parseKind(std::string_view name, ComtradeKind* kind)
     std::string upper(name);
     std::transform(upper.begin(), upper.end(), upper.begin(),
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    for (const auto& [known, value] : kKinds) {
-        if (upper == known) {
-            *kind = value;
-            return true;
-        }
+    const auto* const found = std::find_if(kKinds.begin(), kKinds.end(),
+                                           [&](const auto& known) { return known.first == upper; });
+    if (found == kKinds.end()) {
+        return false;
     }
-    return false;
+    *kind = found->second;
+    return true;
 }
 
 } // namespace comtrade

@@ -128,6 +128,7 @@ void writeSingle(const ExportOptions& options, const comtrade::ComtradeHeader& h
 void writeText(const ExportOptions& options)
 {
     std::vector<textfile::TextWriter::Column> columns;
+    columns.reserve(kChannelCount);
     for (int channel = 0; channel < kChannelCount; ++channel) {
         columns.push_back({waveform::kDeviceChannelNames.at(static_cast<size_t>(channel)),
                            unitOf(channel), factorOf(options, channel)});

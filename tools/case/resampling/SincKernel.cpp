@@ -50,12 +50,12 @@ void normalise(double* row, size_t width)
 } // namespace
 
 SincKernel::SincKernel(double ratio)
+    : mRows(static_cast<size_t>(std::ceil(kRows * std::max(ratio, kMinRatio))))
 {
     ratio = std::max(ratio, kMinRatio);
     const double cut = ratio < 1.0 ? ratio * (1.0 - 2.0 * kHalfEdge) : 1.0;
     const double reach = kHalfWidth / ratio;
     mHalfWidth = static_cast<size_t>(std::ceil(reach));
-    mRows = static_cast<size_t>(std::ceil(kRows * ratio));
     const size_t width = 2 * mHalfWidth;
     mTable.resize((mRows + 1) * width);
     for (size_t row = 0; row <= mRows; ++row) {
