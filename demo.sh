@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and lets the simulator play the examples into the stand-in
+# Installs what is missing, builds, and lets the simulator play the examples into a simulated
 # driver: a steady signal; after 3 s, on command, a voltage sag once; after 6 s a distorted signal.
 #
-# Usage: ./demo.sh [--for SECONDS]     (default and least: 10)
+# Usage: ./demo.sh [--for SECONDS]     (default and minimum: 10)
 set -euo pipefail
 cd "$(dirname "$0")"
 export LC_ALL=C.UTF-8

@@ -66,9 +66,9 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_name})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION misc)
 # vx-case plot draws with gnuplot, and its PNG pictures need a font.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "${program_name}, gnuplot-nox, fonts-dejavu-core")
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "stand-in driver and case maker for vx-simulator
-vx-sandbox runs a program with a stand-in for the simulated ADC driver,
-without any change on the host, and tells what arrived. vx-case makes what is
-played.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "simulated driver and case tools for vx-simulator
+vx-sandbox runs a program with a simulated ADC driver, without any change on
+the host, and reports what arrived. vx-case makes, imports and checks what is
+played, and explains what was recorded.")
 
 include(CPack)

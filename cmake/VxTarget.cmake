@@ -12,8 +12,9 @@ set(VX_HARDENING_OPTIONS
 # sizes and times of 64 bits on every target, also for whoever uses its headers: a 32-bit build would
 # otherwise end in January 2038.
 #
-# Two warnings are off: a change of sign is no conversion to g++, so it is none to clang; and g++ takes
-# what a unity build joins for headers, where it warns of classes that are made of local ones.
+# Two warnings are off. -Wsign-conversion: for C++ it is not part of -Wconversion of g++, but of clang.
+# -Wsubobject-linkage: g++ takes the files that a unity build joins for headers, and warns of classes
+# with members from an unnamed namespace.
 function(vx_target target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
@@ -30,11 +31,11 @@ function(vx_target target)
   target_link_options(${target} PRIVATE $<${VX_HARDENED}:-Wl,-z,relro,-z,now>)
 endfunction()
 
-# What runs once, as the reading of a command line, or only in tests: compiled for a short build. Its
-# headers of templates would take twice the time with the optimisation that the rest is worth.
+# For code that runs once, such as the parsing of a command line, or only in tests: less optimisation
+# for a shorter build. With full optimisation its template headers would take twice as long.
 set(VX_BRIEF_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O1>" "$<$<CONFIG:RelWithDebInfo>:-g1>")
 
-# vx_brief_target(<target>): as vx_target, for a target that is nothing but that.
+# vx_brief_target(<target>): as vx_target, for a target that has only such code.
 function(vx_brief_target target)
   vx_target(${target})
   target_compile_options(${target} PRIVATE ${VX_BRIEF_OPTIONS})
