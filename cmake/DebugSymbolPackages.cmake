@@ -22,7 +22,7 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   string(REGEX REPLACE "-dbgsym_.*" "" name ${name})
   file(MAKE_DIRECTORY ${root}/usr/share/doc)
   file(CREATE_LINK ${name} ${root}/usr/share/doc/${name}-dbgsym SYMBOLIC)
-  execute_process(COMMAND dpkg-deb --root-owner-group --build ${root} ${package}
+  execute_process(COMMAND dpkg-deb --root-owner-group -Zgzip --build ${root} ${package}
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
   file(REMOVE_RECURSE ${root})
 endforeach()
