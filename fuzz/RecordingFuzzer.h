@@ -35,7 +35,7 @@ void readRecording(Open open)
             samples += block.size();
             measures.add(block);
         }
-        require(measures.frequency() >= 0.0, "a frequency is no less than 0");
+        require(measures.frequency().mHertz >= 0.0, "a frequency is no less than 0");
     } catch (const base::CaseError&) {
         return;
     }

@@ -70,7 +70,11 @@ std::string generalText(const waveform::SignalDescription& signal,
         add("rate", fmt::format("{:.10g} Hz up to sample {}", rate.mHz, rate.mEnd));
     }
     add("nominal", signal.mNominalHz > 0.0 ? number(signal.mNominalHz) + " Hz" : "");
-    add("measured", measures.frequency() > 0.0 ? number(measures.frequency()) + " Hz" : "");
+    const waveform::FrequencyMeter::Result measured = measures.frequency();
+    add("measured", measured.mHertz > 0.0
+                        ? fmt::format("{:.6g} Hz, steady from {:.3f} to {:.3f} s", measured.mHertz,
+                                      measured.mFrom, measured.mTo)
+                        : "");
     return text;
 }
 
@@ -166,11 +170,13 @@ Json statusJson(const waveform::StatusChannel& status)
 
 std::string infoJson(const waveform::SignalDescription& signal, const waveform::Measures& measures)
 {
+    const waveform::FrequencyMeter::Result measured = measures.frequency();
     Json info = {{"file", signal.mFileName},        {"format", signal.mFormat},
                  {"station", signal.mStation},      {"device", signal.mDevice},
                  {"start", signal.mStartTime},      {"trigger", signal.mTriggerTime},
                  {"samples", measures.samples()},   {"seconds", measures.seconds()},
-                 {"nominalHz", signal.mNominalHz},  {"measuredHz", measures.frequency()},
+                 {"nominalHz", signal.mNominalHz},  {"measuredHz", measured.mHertz},
+                 {"measuredFrom", measured.mFrom},  {"measuredTo", measured.mTo},
                  {"rates", Json::array()},          {"channels", Json::array()},
                  {"statusChannels", Json::array()}, {"remarks", signal.mRemarks}};
     for (const waveform::SampleRate& rate : signal.mRates) {

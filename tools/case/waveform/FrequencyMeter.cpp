@@ -13,8 +13,39 @@ namespace {
 /** With three samples in a period the second harmonic looks like the fundamental. */
 constexpr size_t kMinSamplesInPeriod = 4;
 
-/** Six periods. A jump of the phase spoils the three turns whose windows hold it: one is left. */
+/** Six periods: fewer say little of a frequency. */
 constexpr size_t kMinTurns = 4;
+
+/** How much a window of a steady run may differ from the one before where there is no noise: slow
+ * swings stay below. */
+constexpr double kMaxAmplitudeChange = 0.02;
+
+/** Likewise a turn, in radians. The image of a fundamental that is 10 % off moves the phase in such
+ * a window by up to 0.25 degrees, a turn by 0.5, and the difference of two by 1 degree. */
+constexpr double kMaxTurnChange = 1.5 * base::kRadiansPerDegree;
+
+/** Noise widens both: 5 medians of the change from turn to turn are hardly ever exceeded. Four
+ * times as wide, 6 degrees, is the limit. */
+constexpr double kMediansOfNoise = 5.0;
+constexpr double kMaxWidening = 4.0;
+
+/** The median is followed by steps of this factor, from the smallest value on. */
+constexpr double kMedianStep = 1.25;
+constexpr double kMinMedian = 0.05 * base::kRadiansPerDegree;
+
+/** With less of its power in the fundamental, a run shows none. */
+constexpr double kMinShare = 0.1;
+
+/** A share below this part of another one is clearly less pure. */
+constexpr double kClearlyLess = 0.9;
+
+/** Turns are known no better, in radians, so that no short run is the best by chance. */
+constexpr double kTurnResolution = 0.002 * base::kRadiansPerDegree;
+
+double wrapped(double radians)
+{
+    return std::remainder(radians, base::kTwoPi);
+}
 
 /**
  * Whether neighbouring periods may have been sampled at one rate: they differ by one sample, since
@@ -28,12 +59,6 @@ bool isSameRate(size_t samples, size_t before)
     const auto b = static_cast<double>(before);
     return std::abs(a - b) <= 1.0 + kShare * std::min(a, b);
 }
-
-/**
- * Steps on both sides of the median whose turns are averaged: drift and noise of up to 1.6 % of the
- * frequency are in the result, a turn that is off by more than 6 degrees is not.
- */
-constexpr size_t kNeighbours = 4;
 } // namespace
 
 void FrequencyMeter::Weights::resize(size_t samples)
@@ -92,27 +117,56 @@ void FrequencyMeter::enterPeriod(double period)
     const bool isTurn = mPeriodsInRow > 2;
     for (Channel& channel : mChannels) {
         if (isTurn) {
-            const Phasor turn = channel.mEnding * std::conj(channel.mLast);
-            channel.mTurns.at(stepOf(turn)) += turn;
+            extendRun(&channel);
+        } else {
+            channel.mBest = betterOf(channel.mBest, resultOf(channel.mRun));
+            channel.mRun = {};
         }
         channel.mLast = channel.mEnding;
         channel.mEnding = isNext ? channel.mBeginning : Phasor();
         channel.mBeginning = {};
+        channel.mSquares = 0.0;
     }
-    mTurnSamples += isTurn ? mInPeriod : 0;
-    mTurnCount += isTurn ? 1 : 0;
     mPeriod = period;
     mInLast = mInPeriod;
     mInPeriod = 0;
 }
 
-/** Index of the step that an angle belongs to. */
-size_t FrequencyMeter::stepOf(const Phasor& turn)
+/** By the window that has ended; begins a new run where it is not like the one before. */
+void FrequencyMeter::extendRun(Channel* channel) const
 {
-    const double share = std::arg(turn) / base::kTwoPi + 0.5;
-    // Values beyond the range of numbers have no angle.
-    const double step = std::isfinite(share) ? share * static_cast<double>(kTurns) : 0.0;
-    return std::min(static_cast<size_t>(step), kTurns - 1);
+    const double amplitude = std::abs(channel->mEnding);
+    const double change = std::abs(amplitude - std::abs(channel->mLast));
+    const double turn = std::arg(channel->mEnding * std::conj(channel->mLast));
+    Run& run = channel->mRun;
+    const double turnChange = std::abs(wrapped(turn - run.mLastTurn));
+    const double widening =
+        std::clamp(kMediansOfNoise * channel->mChange / kMaxTurnChange, 1.0, kMaxWidening);
+    if (run.mTurns > 0) {
+        const double step = turnChange > channel->mChange ? kMedianStep : 1.0 / kMedianStep;
+        channel->mChange = std::max(channel->mChange * step, kMinMedian);
+    }
+    // Values beyond the range of numbers are not steady.
+    const bool isSteady = amplitude > 0.0 && change <= widening * kMaxAmplitudeChange * amplitude;
+    const bool isLikeLast = turnChange <= widening * kMaxTurnChange;
+    if (run.mTurns == 0 || !isSteady || !isLikeLast) {
+        channel->mBest = betterOf(channel->mBest, resultOf(run));
+        run = {};
+        run.mFirstPeriod = mPeriod;
+        run.mFirstTurn = turn;
+    }
+    if (!isSteady) {
+        return;
+    }
+    const double difference = wrapped(turn - run.mFirstTurn);
+    run.mSum += difference;
+    run.mSumOfSquares += difference * difference;
+    run.mAmplitudes += amplitude;
+    run.mSquares += channel->mSquares;
+    run.mSamples += mInPeriod;
+    run.mLastTurn = turn;
+    run.mLastPeriod = mPeriod;
+    ++run.mTurns;
 }
 
 void FrequencyMeter::addSpan(const SignalBlock& block, size_t begin, size_t end)
@@ -129,48 +183,45 @@ void FrequencyMeter::addSpan(const SignalBlock& block, size_t begin, size_t end)
         channel.mSquares += base::sumOfSquares(values, count);
     }
     mInPeriod += count;
-    mSamples += count;
 }
 
 FrequencyMeter::Result FrequencyMeter::result() const
 {
     Result best;
     for (const Channel& channel : mChannels) {
-        const Result found = resultOf(channel);
-        best = found.mShare > best.mShare ? found : best;
+        best = betterOf(best, betterOf(channel.mBest, resultOf(channel.mRun)));
     }
     return best;
 }
 
-FrequencyMeter::Result FrequencyMeter::resultOf(const Channel& channel) const
+FrequencyMeter::Result FrequencyMeter::betterOf(const Result& a, const Result& b)
 {
-    if (mTurnCount < kMinTurns || !(channel.mSquares > 0.0)) {
-        return {};
+    if (a.mShare < kClearlyLess * b.mShare || b.mShare < kClearlyLess * a.mShare) {
+        return a.mShare < b.mShare ? b : a;
     }
-    const Phasor sum = turnsAroundMedian(channel);
-    // A sine of amplitude 1 has a power of 1/2 and is n/4 in a window of n samples.
-    const auto turns = static_cast<double>(mTurnCount);
-    const double windowSamples = 2.0 * static_cast<double>(mTurnSamples) / turns;
-    const double amplitude = std::sqrt(std::abs(sum) / turns) / (windowSamples / 4.0);
-    const double power = channel.mSquares / static_cast<double>(mSamples);
-    return {mNearHertz * (1.0 + std::arg(sum) / base::kTwoPi), amplitude * amplitude / 2.0 / power};
+    return b.mHertz > 0.0 && b.mError < a.mError ? b : a;
 }
 
-FrequencyMeter::Phasor FrequencyMeter::turnsAroundMedian(const Channel& channel)
+FrequencyMeter::Result FrequencyMeter::resultOf(const Run& run) const
 {
-    double half = 0.0;
-    for (const Phasor& turns : channel.mTurns) {
-        half += std::abs(turns) / 2.0;
+    if (run.mTurns < kMinTurns || !(run.mSquares > 0.0)) {
+        return {};
     }
-    size_t median = 0;
-    for (double sum = std::abs(channel.mTurns[0]); sum < half && median + 1 < kTurns;) {
-        sum += std::abs(channel.mTurns.at(++median));
+    const auto turns = static_cast<double>(run.mTurns);
+    const auto samples = static_cast<double>(run.mSamples);
+    // A sine of amplitude 1 has a power of 1/2 and is n/2 in a window of two periods of n samples.
+    const double amplitude = run.mAmplitudes / (samples / 2.0);
+    const double share = amplitude * amplitude / 2.0 / (run.mSquares / samples);
+    if (!(share >= kMinShare)) {
+        return {};
     }
-    Phasor sum;
-    for (size_t i = kTurns + median - kNeighbours; i <= kTurns + median + kNeighbours; ++i) {
-        sum += channel.mTurns.at(i % kTurns);
-    }
-    return sum;
+    const double mean = run.mSum / turns;
+    const double scatter = std::sqrt(std::max(run.mSumOfSquares / turns - mean * mean, 0.0));
+    const double hertzPerRadian = mNearHertz / base::kTwoPi;
+    return {mNearHertz + wrapped(run.mFirstTurn + mean) * hertzPerRadian, share,
+            (scatter + kTurnResolution) / turns * hertzPerRadian,
+            std::max(run.mFirstPeriod - 2.0, 0.0) / mNearHertz,
+            (run.mLastPeriod + 1.0) / mNearHertz};
 }
 
 } // namespace waveform

@@ -12,9 +12,6 @@ namespace {
 /** Frequencies of power systems, where the nominal one is not known; 50 Hz finds 60 Hz, too. */
 constexpr double kUsualHertz[] = {50.0, 50.0 / 3.0};
 
-/** With less of it in the fundamental, a channel shows none. */
-constexpr double kMinShare = 0.1;
-
 /** Channels in which the frequency is measured: more cost time and say nothing new. */
 constexpr size_t kMaxMeteredChannels = 16;
 
@@ -92,14 +89,13 @@ Measures::Channel Measures::channel(size_t channel) const
     return {std::sqrt(mean), sums.mSmallest, sums.mLargest};
 }
 
-double Measures::frequency() const
+FrequencyMeter::Result Measures::frequency() const
 {
     FrequencyMeter::Result best;
     for (const FrequencyMeter& meter : mMeters) {
-        const FrequencyMeter::Result result = meter.result();
-        best = result.mShare > best.mShare ? result : best;
+        best = FrequencyMeter::betterOf(best, meter.result());
     }
-    return best.mShare < kMinShare ? 0.0 : best.mHertz;
+    return best;
 }
 
 void measure(SignalSource& source, Measures* measures)

@@ -35,8 +35,8 @@ public:
     /** From the first sample to the last, in s. */
     double seconds() const { return mSeconds; }
 
-    /** Hz; 0 where no channel shows a fundamental for some periods. */
-    double frequency() const;
+    /** Where the signal is steady; 0 Hz where no channel shows a fundamental for some periods. */
+    FrequencyMeter::Result frequency() const;
 
 private:
     struct Sums
