@@ -50,6 +50,7 @@ std::string LeftOutChannels::candidatesFor(size_t index) const
         found->second.push_back(base::trimmed(mChannels[source].mName));
     }
     std::vector<std::string> texts;
+    texts.reserve(byReason.size());
     for (const auto& [reason, names] : byReason) {
         texts.push_back(fmt::format("{} ({})", fmt::join(names, ", "), reason));
     }

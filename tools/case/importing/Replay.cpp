@@ -71,10 +71,10 @@ void Replay::writeBefore(size_t periods)
     }
     PeriodicExtension first = firstPeriod();
     const float hz = mPlan.mSchedule.mPeriods.front().mHz;
-    const double lines = static_cast<double>(mPlan.linesOf(periods));
-    mFirstCycles = -lines / mPlan.mLinesPerPeriod;
-    for (double line = 0.0; line < lines; line += 1.0) {
-        const double cycles = (line - lines) / mPlan.mLinesPerPeriod;
+    const size_t lines = mPlan.linesOf(periods);
+    mFirstCycles = -static_cast<double>(lines) / mPlan.mLinesPerPeriod;
+    for (size_t left = lines; left > 0; --left) {
+        const double cycles = -static_cast<double>(left) / mPlan.mLinesPerPeriod;
         mWriter.write(first.countsAt(cycles), first.secondsAt(cycles), hz);
     }
 }
@@ -100,9 +100,10 @@ void Replay::writeAfter(size_t periods)
     PeriodicExtension last = lastPeriod();
     const double begin = cyclesOfLastAt(mPlan.mSchedule.mLineCount);
     const double linesPerPeriod = mPlan.mLinesPerLastPeriod;
-    const double lines = std::round(static_cast<double>(periods) * linesPerPeriod);
-    for (double line = 0.0; line < lines; line += 1.0) {
-        const double cycles = begin + line / linesPerPeriod;
+    const auto lines =
+        static_cast<size_t>(std::llround(static_cast<double>(periods) * linesPerPeriod));
+    for (size_t line = 0; line < lines; ++line) {
+        const double cycles = begin + static_cast<double>(line) / linesPerPeriod;
         mWriter.write(last.countsAt(cycles), last.secondsAt(cycles),
                       mPlan.mSchedule.mPeriods.back().mHz);
     }
