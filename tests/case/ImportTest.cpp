@@ -205,7 +205,7 @@ TEST(ImportTest, AfterGoesOnAsTheRecordingEnds)
 }
 
 /** Of a period that is repeated although the one beside it differs. */
-TEST(ImportTest, WhatIsNotSteadyIsTold)
+TEST(ImportTest, WhatIsNotSteadyIsReported)
 {
     const std::tuple<double, double, const char*> rows[] = {
         {0.02, 0.5, "--before repeats the first period, which is not steady: the one after it "},
@@ -260,7 +260,7 @@ TEST(ImportTest, NothingWraps)
     EXPECT_THAT(imported.mReport.mRemarks, Contains(HasSubstr("values limited to 32 bits")));
 }
 
-TEST(ImportTest, TellsWhatItDid)
+TEST(ImportTest, ReportsWhatItDid)
 {
     importing::ImportOptions options;
     const Imported imported = import({}, 0.1, options);
@@ -281,7 +281,7 @@ TEST(ImportTest, TellsWhatItDid)
 }
 
 /** Few samples a period, which miss the crests; and states that change, in the order of time. */
-TEST(ImportTest, PeaksAndStatesAreTold)
+TEST(ImportTest, PeaksAndStatesAreReported)
 {
     const TestFiles files;
     ClosedForm signal;
@@ -311,7 +311,7 @@ TEST(ImportTest, PeaksAndStatesAreTold)
 TEST(ImportTest, NominalFrequencyIsFound)
 {
     const std::tuple<double, double, const char*> rows[] = {
-        {0.0, 16.7, "the recording tells no nominal frequency: 16.67 Hz is taken"},
+        {0.0, 16.7, "the recording states no nominal frequency: 16.67 Hz is taken"},
         {1e9, 60.1,
          "the recording's nominal frequency, 1e+09 Hz, is none of a power system: 60 Hz is taken"},
     };
@@ -347,7 +347,7 @@ TEST(ImportTest, WhatShowsNoWaveformIsRefused)
     }
 }
 
-TEST(ImportTest, GapsAreTold)
+TEST(ImportTest, GapsAreReported)
 {
     const TestFiles files;
     ClosedFormSource source({}, 4800.0, 0.5);

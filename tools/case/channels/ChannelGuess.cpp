@@ -26,7 +26,7 @@ struct PhaseSet
     }
 };
 
-/** What tells the objects of a recording apart. */
+/** What distinguishes the objects of a recording. */
 struct Grouping
 {
     bool mByComponent;

@@ -24,7 +24,7 @@ struct ChannelUnit
 /** "kV", "mV", "volt", "A", "ampere", ...; 'm' is milli and 'M' mega, else case means nothing. */
 ChannelUnit unitOf(std::string_view text);
 
-/** The same of a channel; where it has no unit, its name tells by a leading U, V or I. */
+/** The same of a channel; where it has no unit, a leading U, V or I of its name decides. */
 ChannelUnit unitOf(const waveform::ChannelDescription& channel);
 
 /** What a channel seems to measure although its unit is not known, as "Vrms" or "% of A". */

@@ -24,13 +24,13 @@ bool readTerm(std::string_view text, Assignment& assignment)
 bool readAssignment(std::string_view text, Assignments& assignments)
 {
     const auto sides = base::splitText(text, '=');
-    int place = 0;
-    if (sides.size() != 2 || !base::parseNumber(sides[0], &place) || place < 0 ||
-        place >= kChannelCount || assignments[static_cast<size_t>(place)]) {
+    int index = 0;
+    if (sides.size() != 2 || !base::parseNumber(sides[0], &index) || index < 0 ||
+        index >= kChannelCount || assignments[static_cast<size_t>(index)]) {
         return false;
     }
-    assignments[static_cast<size_t>(place)] = Assignment{};
-    Assignment& assignment = *assignments[static_cast<size_t>(place)];
+    assignments[static_cast<size_t>(index)] = Assignment{};
+    Assignment& assignment = *assignments[static_cast<size_t>(index)];
     assignment.mText = base::trimmed(sides[1]);
     if (assignment.mText == "0") {
         return true;

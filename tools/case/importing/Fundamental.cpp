@@ -116,7 +116,7 @@ Fundamental findFundamental(const waveform::SignalDescription& description,
     if (!isKnown) {
         const std::string stated =
             description.mNominalHz == 0.0
-                ? "the recording tells no nominal frequency"
+                ? "the recording states no nominal frequency"
                 : fmt::format(
                       "the recording's nominal frequency, {:g} Hz, is none of a power "
                       "system",

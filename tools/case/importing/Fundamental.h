@@ -19,13 +19,13 @@ struct Fundamental
     std::vector<std::string> mRemarks;
 };
 
-/** Whether the recording tells a nominal frequency, and one that is no slip. */
+/** Whether the recording states a nominal frequency that a power system may have. */
 bool isNominalKnown(const waveform::SignalDescription& description);
 
 /**
  * Follows the positive sequence of the voltages that are mapped, else that of the currents. A
  * recording of fewer than six periods is not followed. The nominal frequency is the recording's;
- * where it tells none, 50, 60 or 16.7 Hz, whichever there is most of.
+ * where it states none, 50, 60 or 16.7 Hz, whichever there is most of.
  */
 Fundamental findFundamental(const waveform::SignalDescription& description,
                             const RecordedSignal& recorded, const resampling::SampleTimes& times,

@@ -116,7 +116,7 @@ std::vector<std::string> checkTimes(const waveform::SignalDescription& descripti
 {
     std::vector<std::string> remarks;
     const double samples = expectWaveform(description, times, range, nominalHz);
-    // Where the recording tells its frequency, its reader has said so.
+    // Where the recording states its frequency, its reader has reported that.
     if (description.mNominalHz == 0.0 && samples < kFewSamples) {
         remarks.push_back(fmt::format(
             "{:.3g} samples a period only: the recording has been filtered or thinned", samples));

@@ -37,7 +37,7 @@ struct ComtradePair
     std::string mData;
 };
 
-/** The configuration beside a file that is named as data; first, since it tells what they are. */
+/** The configuration beside a file that is named as data; first, since it says what they are. */
 std::optional<ComtradePair> pairOfData(const std::string& path)
 {
     const std::string config = hasSuffix(path, "dat") ? comtrade::findBeside(path, "cfg") : "";

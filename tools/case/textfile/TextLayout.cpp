@@ -83,7 +83,8 @@ std::string_view withoutBrackets(std::string_view text)
     return has ? text.substr(1, text.size() - 2) : text;
 }
 
-/** Whether a line holds the units of the names in the line before it: that of the time tells. */
+/** Whether a line holds the units of the names in the line before it, judged by that of the time.
+ */
 bool areUnits(const std::vector<std::string_view>& names,
               const std::vector<std::string_view>& fields)
 {
