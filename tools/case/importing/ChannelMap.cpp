@@ -15,7 +15,6 @@ namespace importing {
 namespace {
 using channels::Quantity;
 using Channels = std::vector<waveform::ChannelDescription>;
-constexpr size_t kFirstCurrent = kChannelCount / 2;
 
 std::string listOf(const Channels& channels)
 {

@@ -27,6 +27,9 @@ struct MappingOptions
     double mCountsPerAmpere = 1000.0;
 };
 
+/** The channels of the device before it are voltages. */
+inline constexpr size_t kFirstCurrent = kChannelCount / 2;
+
 /** What one channel of the device gets. */
 struct MappedChannel
 {

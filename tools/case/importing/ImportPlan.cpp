@@ -17,9 +17,6 @@ namespace {
 /** More than anybody plays: stamps or a rate that lie. 55 h at 50 Hz. */
 constexpr double kMaxPeriods = 1e7;
 
-/** Times that are the same but for rounding, in s. */
-constexpr double kRoundingOfSeconds = 1e-9;
-
 void limitRange(ImportPlan& plan, const waveform::SignalDescription& description,
                 const resampling::SampleTimes& times, const ImportOptions& options)
 {

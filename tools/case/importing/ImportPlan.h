@@ -10,6 +10,9 @@
 
 namespace importing {
 
+/** Times that are the same but for rounding, in s. */
+inline constexpr double kRoundingOfSeconds = 1e-9;
+
 /** At which instants of a recording the lines lie, and what its periods are. */
 struct ImportPlan
 {

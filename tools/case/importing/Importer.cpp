@@ -17,9 +17,6 @@
 namespace importing {
 
 namespace {
-/** Times that are the same but for rounding, in s. */
-constexpr double kSameTime = 1e-9;
-
 void append(const std::vector<std::string>& more, std::vector<std::string>* texts)
 {
     texts->insert(texts->end(), more.begin(), more.end());
@@ -31,8 +28,9 @@ ChannelReport reportOf(const MappedChannel& channel, const RecordedSignal& recor
     ChannelReport report{channel.mText, channel.mUnit, channel.mCounts, 0.0, 0.0, 0.0};
     const std::vector<double> values = recorded.sumOf(channel);
     const std::vector<double>& seconds = recorded.mSeconds;
-    const auto begin = std::lower_bound(seconds.begin(), seconds.end(), plan.mFrom - kSameTime);
-    const auto end = std::upper_bound(begin, seconds.end(), plan.mTo + kSameTime);
+    const auto begin =
+        std::lower_bound(seconds.begin(), seconds.end(), plan.mFrom - kRoundingOfSeconds);
+    const auto end = std::upper_bound(begin, seconds.end(), plan.mTo + kRoundingOfSeconds);
     const double* const first = values.data() + (begin - seconds.begin());
     const auto count = static_cast<size_t>(end - begin);
     report.mRms = base::rootMeanSquare(first, count);

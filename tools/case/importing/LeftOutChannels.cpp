@@ -15,7 +15,6 @@ namespace {
 using channels::ChannelPhase;
 using channels::Quantity;
 
-constexpr size_t kFirstCurrent = kChannelCount / 2;
 constexpr size_t kMaxNames = 6;
 } // namespace
 

@@ -11,7 +11,6 @@ namespace importing {
 namespace {
 /** Phases that are the same but for rounding, in periods. */
 constexpr double kRoundingOfCycles = 1e-6;
-constexpr double kRoundingOfSeconds = 1e-9;
 
 Counts crossfaded(const Counts& from, const Counts& to, double share)
 {

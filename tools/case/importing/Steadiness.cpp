@@ -15,8 +15,6 @@ constexpr double kMaxDifference = 0.03;
 /** Instants at which two periods are compared. */
 constexpr size_t kInstants = 360;
 
-constexpr double kRoundingOfSeconds = 1e-9;
-
 struct Period
 {
     double mBegin; ///< s
