@@ -15,6 +15,8 @@
 #include "generate/TruthFile.h"
 #include "generate/Wave.h"
 #include "generate/WaveFile.h"
+#include "states/StateFile.h"
+#include "states/StateOutputs.h"
 
 namespace commands {
 
@@ -26,7 +28,10 @@ the phase currents and 7 the neutral current in mA.
 Examples, a second in which the first voltage sags to 40 % with a phase jump, and
 a signal of the catalogue in a single phase:
   vx-case generate --duration 1 --disturbance 0.3:0.4:0.4:-30:0 -o sag.csv
-  vx-case generate --signal dip-70-25-50hz --set phases=1 -o dip.csv)";
+  vx-case generate --signal dip-70-25-50hz --set phases=1 -o dip.csv
+
+States in a file: pre-fault, fault, post-fault:
+  vx-case generate --states event.toml --truth event.json -o states.csv)";
 
 /** Reads a number per channel, comma-separated, into the given member of the channels. */
 bool readChannels(const std::string& text, double generate::WaveChannel::*member,
@@ -124,7 +129,7 @@ const Reader kReaders[] = {
      }},
     {"--neutral", "CURRENT,VOLTAGE", "sum,zero",
      "Neutral channels: sum of the phases, zero, or given by --amplitudes (default: sum,zero for a "
-     "signal, else given)",
+     "signal and states, else given)",
      false, readNeutral},
     {"--harmonic", "ORDER:RATIO:DEGREES:CHANNELS", "5:0.06:0:0,1,2",
      "Adds a harmonic, relative to the fundamental; repeatable", true, readHarmonic},
@@ -141,6 +146,9 @@ struct GenerateOptions
     std::string mSignal;              ///< empty for none
     std::vector<std::string> mSettings;
     bool mIsList = false;
+    std::string mStates;     ///< a file; empty for none
+    bool mIsAligned = false; ///< states are whole periods
+    bool mIsStateList = false;
     std::string mTruth;  ///< empty for none
     std::string mOutput; ///< empty for standard output
 };
@@ -221,7 +229,73 @@ generate::Signal signalOf(const GenerateOptions& options)
     return signal;
 }
 
-void generate(const GenerateOptions& options, const std::string& commandLine)
+/** The files that both kinds of description end in. */
+class Outputs
+{
+public:
+    explicit Outputs(const GenerateOptions& options)
+    {
+        CommandFiles files;
+        if (!options.mStates.empty()) {
+            files.addInput("--states", options.mStates);
+        }
+        files.addOutput("-o", options.mOutput);
+        files.addOutput("--truth", options.mTruth);
+        files.expectNoConflict();
+        mValues.emplace(options.mOutput);
+        if (!options.mTruth.empty()) {
+            mTruth.emplace(options.mTruth);
+        }
+    }
+
+    base::ResultFile& values() { return *mValues; }
+
+    /** Null where none is asked for. */
+    base::ResultFile* truth() { return mTruth ? &*mTruth : nullptr; }
+
+    void commit()
+    {
+        mValues->commit();
+        if (mTruth) {
+            mTruth->commit();
+        }
+    }
+
+private:
+    std::optional<base::ResultFile> mValues;
+    std::optional<base::ResultFile> mTruth;
+};
+
+void printRemarks(const std::vector<std::string>& remarks)
+{
+    for (const std::string& remark : remarks) {
+        fmt::print(stderr, "remark: {}\n", remark);
+    }
+}
+
+void generateStates(const GenerateOptions& options, const std::string& commandLine)
+{
+    states::StatePlan plan = states::readStates(options.mStates);
+    if (options.mIsNeutralDescribed) {
+        plan.mNeutral = options.mWave.mNeutral;
+    }
+    const states::StateLayout layout(plan, options.mIsAligned);
+    printRemarks(layout.remarks());
+    if (options.mIsStateList) {
+        fmt::print("{}", states::tableOf(plan, layout));
+        return;
+    }
+    Outputs outputs(options);
+    states::StateSignal signal(plan, layout);
+    generate::SampleMeter meter = states::sampleMeterFor(plan);
+    generate::writeLines(signal, {"made by " + commandLine}, meter, outputs.values());
+    if (outputs.truth() != nullptr) {
+        states::writeTruth(plan, layout, signal, meter.values(layout.timeline()), *outputs.truth());
+    }
+    outputs.commit();
+}
+
+void generateWave(const GenerateOptions& options, const std::string& commandLine)
 {
     generate::WaveParameters parameters = options.mWave;
     generate::Signal signal;
@@ -236,26 +310,31 @@ void generate(const GenerateOptions& options, const std::string& commandLine)
     if (!problem.empty()) {
         throw CLI::ValidationError(problem);
     }
-    CommandFiles files;
-    files.addOutput("-o", options.mOutput);
-    files.addOutput("--truth", options.mTruth);
-    files.expectNoConflict();
-    base::ResultFile output(options.mOutput);
-    std::optional<base::ResultFile> truth;
-    if (!options.mTruth.empty()) {
-        truth.emplace(options.mTruth);
-    }
-    for (const std::string& seam : generate::seamsOf(parameters)) {
-        fmt::print(stderr, "remark: {}\n", seam);
-    }
+    printRemarks(generate::seamsOf(parameters));
+    Outputs outputs(options);
     const generate::ReferenceValues reference = generate::referenceValuesOf(parameters);
     generate::SampleMeter meter = generate::sampleMeterFor(reference);
     generate::Wave wave(parameters);
-    generate::writeLines(wave, {"made by " + commandLine}, meter, output);
-    output.commit();
-    if (truth) {
-        generate::writeTruth(signal, reference, meter.values(wave.timeline()), *truth);
-        truth->commit();
+    generate::writeLines(wave, {"made by " + commandLine}, meter, outputs.values());
+    if (outputs.truth() != nullptr) {
+        generate::writeTruth(signal, reference, meter.values(wave.timeline()), *outputs.truth());
+    }
+    outputs.commit();
+}
+
+/** Refused beside a file of states, which describes the wave. */
+void addStateOptions(CLI::App& command, GenerateOptions& options)
+{
+    CLI::Option* const states =
+        command.add_option("--states", options.mStates, "The states of a file, in TOML")
+            ->type_name("FILE");
+    command.add_flag("--align", options.mIsAligned, "Rounds the states to whole periods")
+        ->needs(states);
+    command.add_flag("--list-states", options.mIsStateList, "Lists the states and ends")
+        ->needs(states);
+    for (const char* other : {"--signal", "--frequency", "--duration", "--amplitudes", "--phases",
+                              "--harmonic", "--disturbance"}) {
+        states->excludes(command.get_option(other));
     }
 }
 
@@ -287,8 +366,15 @@ void addGenerateCommand(CLI::App& app)
     command.get_option("--signal")
         ->excludes(command.get_option("--frequency"))
         ->excludes(command.get_option("--duration"));
+    addStateOptions(command, *options);
     command.callback([options, &command] {
-        options->mIsList ? list() : generate(*options, commandLineOf(command));
+        if (options->mIsList) {
+            list();
+        } else if (!options->mStates.empty()) {
+            generateStates(*options, commandLineOf(command));
+        } else {
+            generateWave(*options, commandLineOf(command));
+        }
     });
 }
 

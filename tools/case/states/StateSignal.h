@@ -1,0 +1,47 @@
+#pragma once
+
+#include <vector>
+
+#include "generate/LineSource.h"
+#include "states/StateLayout.h"
+#include "states/StatePlan.h"
+
+namespace states {
+
+/**
+ * The lines of a plan's states. The phase of a channel goes on by one degree a line whatever the
+ * frequency is, so it is continuous unless a state sets an angle.
+ */
+class StateSignal : public generate::LineSource
+{
+public:
+    /** Borrows both. */
+    StateSignal(const StatePlan& plan, const StateLayout& layout);
+
+    const generate::Timeline& timeline() const override { return mLayout.timeline(); }
+    generate::LineValues read(qint64 line) override;
+
+    /** Counts at the beginning of its state; 0 where the channel has no offset there. */
+    double offsetOf(size_t state, size_t channel) const { return mOffsets[state][channel]; }
+
+private:
+    struct Flux
+    {
+        std::array<double, generate::kPhaseCount> mVoltSeconds;
+    };
+
+    double secondsSince(size_t state, qint64 line) const;
+    double amplitudeOf(const State& state, size_t channel, double swing) const;
+    double waveAt(size_t state, size_t channel, qint64 line) const;
+    double offsetAt(size_t state, size_t channel, qint64 line) const;
+    void addInrush(const State& state, qint64 line, generate::LineValues& values) const;
+    void saturate(const State& state, qint64 line, generate::LineValues& values);
+
+    const StatePlan& mPlan;
+    const StateLayout& mLayout;
+    std::vector<generate::LineValues> mOffsets; ///< by the state that names them
+    size_t mState = 0;                          ///< in which the line is that is read
+    Flux mFlux{};                               ///< of the current transformers
+};
+
+} // namespace states

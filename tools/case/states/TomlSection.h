@@ -1,0 +1,73 @@
+#pragma once
+
+#include <toml++/toml.h>
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "states/StatePlan.h"
+
+/** How the reader of states looks at TOML; heavy to compile, for StateFile.cpp alone. */
+namespace states {
+
+inline Location locationOf(const toml::source_position& position)
+{
+    return {unsigned(position.line), unsigned(position.column)};
+}
+
+inline Location locationOf(const toml::node& node)
+{
+    return locationOf(node.source().begin);
+}
+
+/** Numbers that a key may have. */
+struct Range
+{
+    double mMin;
+    double mMax;
+    bool mIsMinExcluded = false;
+};
+
+/** A table of the file with the keys that it may have. Borrows table and plan. */
+class TomlSection
+{
+public:
+    /**
+     * Throws CaseError for a key that is not among those.
+     * @param path how messages call the table: "voltage"; empty for the file's own
+     */
+    TomlSection(const StatePlan& plan, const toml::table& table, std::string path,
+                std::vector<std::string> keys);
+
+    /** Throws CaseError that names the place and the key. */
+    [[noreturn]] void fail(const toml::node& node, std::string_view key,
+                           const std::string& problem) const;
+
+    const toml::node* find(std::string_view key) const { return mTable.get(key); }
+    const toml::table& table() const { return mTable; }
+
+    /** Of a node that is a table. */
+    TomlSection section(const toml::node& node, std::string_view key,
+                        std::vector<std::string> keys) const;
+
+    /** None where the key is missing. */
+    std::optional<double> number(std::string_view key, const Range& range) const;
+
+    /** Throws where the key is missing. */
+    double requiredNumber(std::string_view key, const Range& range) const;
+
+    std::optional<std::string> text(std::string_view key) const;
+
+    double numberOf(const toml::node& node, std::string_view key, const Range& range) const;
+
+private:
+    std::string nameOf(std::string_view key) const;
+
+    const StatePlan& mPlan;
+    const toml::table& mTable;
+    std::string mPath;
+};
+
+} // namespace states
