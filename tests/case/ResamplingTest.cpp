@@ -213,6 +213,32 @@ TEST(RecorderTest, GapsAtTheEndsAreTold)
     EXPECT_EQ(gaps[1].second, recorded.mTimes.end());
 }
 
+/**
+ * The phase is extrapolated through a deep sag, and measured in one that lasts longer than 50
+ * periods. The jumps of the phase at both ends are not in the track.
+ */
+TEST(RecorderTest, FaultsAreBridged)
+{
+    const struct
+    {
+        double mEnd; ///< of a sag from 0.6 s on
+        double mBridgedTo;
+    } rows[] = {{1.0, 1.0}, {1.5, 1.5}, {2.4, 0.6}};
+    for (const auto& row : rows) {
+        const ClosedForm signal{50.02, 0.0, 0.6, row.mEnd};
+        const auto track = Recorded(signal, uniformTimes(4800.0, kSeconds)).track();
+        ASSERT_TRUE(track);
+        ASSERT_FALSE(track->gaps().empty());
+        EXPECT_NEAR(track->gaps()[0].first, 0.6, 3 * kPeriod) << row.mEnd;
+        EXPECT_NEAR(track->gaps()[0].second, row.mBridgedTo, 5 * kPeriod) << row.mEnd;
+        for (double seconds = 0.1; seconds < kSeconds; seconds += 0.1) {
+            EXPECT_NEAR(track->cyclesAt(seconds) - track->cyclesAt(0.1),
+                        signal.cyclesAt(seconds) - signal.cyclesAt(0.1), 0.01)
+                << row.mEnd << ' ' << seconds;
+        }
+    }
+}
+
 /** What lies above half the output's rate is removed, but not from instants that are samples'. */
 TEST(RecorderTest, FastSourcesAreFiltered)
 {

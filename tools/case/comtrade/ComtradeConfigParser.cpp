@@ -162,7 +162,10 @@ ComtradeAnalog ComtradeConfigParser::parseAnalog(size_t index, size_t count)
     }
     ComtradeAnalog analog;
     waveform::ChannelDescription& channel = analog.mChannel;
-    channel.mNumber = channelNumber(fields[0], index);
+    channel.mNumber = static_cast<int>(index) + 1;
+    if (!base::parseNumber(fields[0], &channel.mNumber)) {
+        mRemarks.addFor("no number: numbered by its position", channel.mNumber);
+    }
     // More fields than there are: the name holds commas.
     const size_t excess = std::max(fields.size(), kMaxAnalogFields) - kMaxAnalogFields;
     channel.mName = upTo(fields, 1, excess + 2);
@@ -220,18 +223,12 @@ waveform::StatusChannel ComtradeConfigParser::parseStatus(size_t index, size_t c
         mLines.fail(what + " with at least 2 fields, found 1");
     }
     waveform::StatusChannel status;
-    status.mNumber = channelNumber(fields[0], index);
+    status.mNumber = static_cast<int>(index) + 1;
+    if (!base::parseNumber(fields[0], &status.mNumber)) {
+        mRemarks.add(what + ": no number: numbered by its position");
+    }
     status.mName = fields[1];
     return status;
-}
-
-int ComtradeConfigParser::channelNumber(std::string_view field, size_t index)
-{
-    int number = static_cast<int>(index) + 1;
-    if (!base::parseNumber(field, &number)) {
-        mRemarks.addFor("no number: numbered by its position", number);
-    }
-    return number;
 }
 
 void ComtradeConfigParser::parseNominalFrequency()

@@ -39,7 +39,6 @@ private:
     void parseScaling(const Fields& fields, const std::string& what, ComtradeAnalog* analog);
     void parseRatio(const Fields& fields, waveform::ChannelDescription* channel);
     waveform::StatusChannel parseStatus(size_t index, size_t count);
-    int channelNumber(std::string_view field, size_t index);
     void parseNominalFrequency();
     void parseRates();
     void parseRate(size_t index, size_t count);
