@@ -31,22 +31,25 @@ bool isBlank(std::string_view line)
 {
     return base::trimmed(line).empty();
 }
+/** Index of the first line from `index` on that is not blank. */
+size_t filledLine(const std::vector<std::string_view>& lines, size_t index)
+{
+    while (index < lines.size() && isBlank(lines[index])) {
+        ++index;
+    }
+    return index;
+}
 } // namespace
 
+// A blank line may stand for an empty field, but not after the first line: then one follows every
+// line.
 ComtradeConfigLines::ComtradeConfigLines(std::string name, std::string_view text, size_t firstLine)
-    : mName(std::move(name)), mLines(linesOf(text)), mFirstLine(firstLine)
+    : mName(std::move(name)),
+      mLines(linesOf(text)),
+      mFirstLine(firstLine),
+      mNext(filledLine(mLines, 0)),
+      mHasBlankLines(mNext + 1 < mLines.size() && isBlank(mLines[mNext + 1]))
 {
-    skipBlankLines();
-    // A blank line may stand for an empty field, but not after the first line: then one follows
-    // every line.
-    mHasBlankLines = mNext + 1 < mLines.size() && isBlank(mLines[mNext + 1]);
-}
-
-void ComtradeConfigLines::skipBlankLines()
-{
-    while (!isAtEnd() && isBlank(mLines[mNext])) {
-        ++mNext;
-    }
 }
 
 ComtradeConfigLines::Fields ComtradeConfigLines::take(const std::string& expected)
@@ -57,7 +60,7 @@ ComtradeConfigLines::Fields ComtradeConfigLines::take(const std::string& expecte
     }
     ++mNext;
     if (mHasBlankLines) {
-        skipBlankLines();
+        mNext = filledLine(mLines, mNext);
     }
     return base::splitFields(mLines[mTaken], ',');
 }

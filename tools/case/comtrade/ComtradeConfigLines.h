@@ -39,14 +39,12 @@ public:
     [[noreturn]] void fail(const std::string& expected) const;
 
 private:
-    void skipBlankLines();
-
     std::string mName;
     std::vector<std::string_view> mLines;
     size_t mFirstLine;
-    size_t mNext = 0;            ///< index of the line that comes next
-    size_t mTaken = 0;           ///< index of the line that was taken last
-    bool mHasBlankLines = false; ///< after every line
+    size_t mNext;        ///< index of the line that comes next
+    size_t mTaken = 0;   ///< index of the line that was taken last
+    bool mHasBlankLines; ///< after every line
 };
 
 /** The field, or nothing where the line is shorter. */
