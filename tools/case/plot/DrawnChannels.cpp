@@ -58,7 +58,7 @@ Order orderOf(const std::vector<waveform::ChannelDescription>& channels,
               const std::vector<std::string>& sources)
 {
     Order order;
-    auto next = order.begin();
+    auto* next = order.begin();
     for (const channels::GuessedSet& set : channels::guessChannels(channels)) {
         next = std::copy(set.mSources.begin(), set.mSources.end(), next);
     }
