@@ -28,12 +28,14 @@ public:
 
     void write(std::string_view bytes);
 
+    /** Passes on what was collected; to be called where somebody waits for it. */
+    void flush();
+
     /** Makes what was written appear under its name. Nothing may be written after it. */
     void commit();
 
 private:
     [[noreturn]] void fail(const std::string& reason) const;
-    void flush();
     void writeToFile(std::string_view bytes);
 
     std::string mName;    ///< empty for standard output
