@@ -5,7 +5,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <chrono>
+#include <fstream>
 #include <functional>
+#include <future>
+#include <thread>
 
 #include "Files.h"
 #include "SeededRandom.h"
@@ -14,12 +20,12 @@
 namespace {
 constexpr qint64 kStepNs = 55'555; // 50 Hz
 
-/** Everything in short: "0,1: a.csv x2" is a stretch of two passes, "!missing 360 @801" a finding.
+/** Everything in short: "0,1: a.csv x2" is a segment of two passes, "!missing 360 @801" a finding.
  */
 class ShortOutput : public explain::ExplanationOutput
 {
 public:
-    void add(const explain::PlayedStretch& it) override
+    void add(const explain::PlayedSegment& it) override
     {
         mText +=
             fmt::format("{}: {} x{}", fmt::join(it.mConfigurations, ","), it.mFile, it.mPasses);
@@ -28,6 +34,7 @@ public:
         }
         mText += "; ";
         mSamples += it.mSamples;
+        std::exchange(mFirstSegment, [] {})();
         EXPECT_LE(it.mFirstStampNs, it.mLastStampNs);
     }
     void add(const explain::CommandOutcome& it) override
@@ -48,7 +55,8 @@ public:
     }
 
     std::string mText;
-    size_t mSamples = 0; ///< of all stretches
+    size_t mSamples = 0; ///< of all segments
+    std::function<void()> mFirstSegment = [] {};
 };
 } // namespace
 
@@ -89,7 +97,11 @@ protected:
         mFiles.make(name, text);
         const explain::PlayPlan plan(mFiles.make("x.conf", "0,1," + name + "\n").toStdString(),
                                      mFiles.path(""));
-        mContents[name] = plan.files()[0].mSamples;
+        auto& contents = mContents[name];
+        contents.clear();
+        for (size_t i = 0; i < plan.files()[0].size(); ++i) {
+            contents.push_back(plan.files()[0].samples()[i]);
+        }
     }
 
     /** Appends samples of the file; by default all. */
@@ -119,6 +131,11 @@ protected:
 
     void lose(size_t samples) { mNowNs += static_cast<qint64>(samples) * kStepNs; }
 
+    void tell(const std::string& event, qint64 laterNs)
+    {
+        mEvents += fmt::format("{{\"t\":{},{}}}\n", mNowNs + laterNs, event);
+    }
+
     std::string explain(const std::string& configuration, bool withEvents = false)
     {
         const explain::PlayPlan plan(mFiles.make("c.conf", configuration).toStdString(),
@@ -127,11 +144,12 @@ protected:
                                          mRecords.size() * sizeof(SampleRecord) - mCutBytes});
         writeFile(mFiles.path("e.jsonl"), mEvents);
         ShortOutput output;
-        explain::Explanation(
-            plan, mFiles.path("r.bin"),
-            withEvents ? std::make_unique<explain::EventTimeline>(mFiles.path("e.jsonl")) : nullptr,
-            output)
-            .run();
+        explain::RecordingReader recording(mFiles.path("r.bin"));
+        writeFile(mFiles.path("control.jsonl"), mControlEvents);
+        const std::vector<std::string> events = {mFiles.path("e.jsonl"),
+                                                 mFiles.path("control.jsonl")};
+        explain::explainRecording(plan, recording, withEvents ? events : std::vector<std::string>(),
+                                  output);
         mExplained = output.mSamples;
         return output.mText;
     }
@@ -140,9 +158,10 @@ protected:
     std::map<std::string, std::vector<explain::SampleContent>> mContents;
     std::vector<SampleRecord> mRecords;
     std::string mEvents;
+    std::string mControlEvents; ///< in a file of their own
     qint64 mNowNs = 1'700'000'000'000'000'000;
     size_t mCutBytes = 0;
-    size_t mExplained = 0; ///< samples in the stretches of the last explanation
+    size_t mExplained = 0; ///< samples in the segments of the last explanation
 };
 
 TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
@@ -357,11 +376,122 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
         play("a300.csv");
     }
     EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
-              "0: a300.csv x2; s1 after 66666000; 1: b900.csv x1; !notFollowed 1 @19801; "
+              "0: a300.csv x2; s1 after 66666000; 1: b900.csv x1; !notFollowed 1 @20401; "
               "0: a300.csv x70; bad");
     play("c720.csv", 1, 360);
     mEvents.clear();
     EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
               "0: a300.csv x2; !notGiven 1 @601; 1: b900.csv x1; 0: a300.csv x70; "
               "!notGiven 1 @22501; 2: c720.csv x1 [1-360]; !otherEvents 22860 @22861; bad");
+}
+
+/** What the events tell of the end counts, whatever the samples are. */
+TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
+{
+    constexpr qint64 kSecond = 1'000'000'000;
+    const std::string over = R"("run":"ended","reason":"time")";
+    const struct
+    {
+        std::function<void()> mEnd;
+        const char* mExplanation;
+    } rows[] = {
+        {[&] { tell(R"("program":"stopped")", 1); }, "0: a400.csv x3; good"},
+        {[&] { tell(R"("program":"exited","status":0)", 1); }, "0: a400.csv x3; good"},
+        {[&] { tell(R"("program":"exited","status":3)", 1); },
+         "0: a400.csv x3; !died 1 @1201; bad"},
+        {[&] { tell(R"("program":"killed","signal":9)", 1); },
+         "0: a400.csv x3; !died 1 @1201; bad"},
+        {[&] { tell(R"("run":"ended","reason":"no block")", 1); },
+         "0: a400.csv x3; !died 1 @1201; bad"},
+        {[&] {
+             tell(R"("file":"simulator_control","bytes":3,"accepted":false,"text":"s1",)"
+                  R"("reason":"the run ended before")",
+                  1);
+         },
+         "0: a400.csv x3; !notSent 1 @1201; bad"},
+        {[&] {
+             send("s1", 0);
+             tell(over, kSecond);
+         },
+         "0: a400.csv x3; s1 ; good"},
+        {[&] {
+             send("s1", 0);
+             tell(over, 2 * kSecond);
+         },
+         "0: a400.csv x3; !notFollowed 1 @1201; bad"},
+        {[&] {
+             send("s7", 0);
+             tell(over, 2 * kSecond);
+         },
+         "0: a400.csv x3; s7 Wrong Config: 7; good"},
+        {[&] {
+             tell(R"("file":"adc-in","bytes":17280,"accepted":false)", 1);
+             tell(over, 2);
+         },
+         "0: a400.csv x3; !refused 360 @1201; bad"},
+        {[&] { tell(R"("file":"adc-in","bytes":17280,"accepted":false)", 1); },
+         "0: a400.csv x3; good"},                                      // it may go on
+        {[&] { mEvents += R"({"t":17000)"; }, "0: a400.csv x3; good"}, // is being written
+        {[&] {
+             mControlEvents = fmt::format(
+                 R"({{"t":{},"file":"simulator_control","bytes":3,"accepted":true,"text":"s1",)"
+                 R"("by":"vx-control"}})"
+                 "\n",
+                 mNowNs);
+             play("b900.csv");
+             play("a400.csv");
+         },
+         "0: a400.csv x3; s1 after 49999500; 1: b900.csv x1; 0: a400.csv x1; good"},
+    };
+    for (const auto& row : rows) {
+        mRecords.clear();
+        mEvents.clear();
+        for (int i = 0; i < 3; ++i) {
+            play("a400.csv", 1, 360);
+            play("a400.csv", 361);
+        }
+        row.mEnd();
+        EXPECT_EQ(explain("0,1,a400.csv\n1,1,b900.csv\n", true), row.mExplanation);
+    }
+    mEvents = "{\"t\":1}\n";
+    EXPECT_THROW(explain("0,1,a400.csv\n", true), base::CaseError);
+}
+
+/** A pipe is judged as it comes, and what is being written as far as it is there. */
+TEST_F(ExplanationTest, WhatIsStillWrittenIsJudgedAsFarAsItIsThere)
+{
+    play("c720.csv");
+    for (int i = 0; i < 15; ++i) {
+        play("a400.csv");
+    }
+    const std::string_view bytes(reinterpret_cast<const char*>(mRecords.data()),
+                                 mRecords.size() * sizeof(SampleRecord));
+    const explain::PlayPlan plan(
+        mFiles.make("c.conf", "0,1,c720.csv\n1,1,a400.csv\n").toStdString(), mFiles.path(""));
+    const std::string path = mFiles.path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    std::promise<void> told;
+    std::thread writer([&] {
+        std::ofstream pipe(path, std::ios::binary);
+        for (size_t at = 0; at + 8 < bytes.size(); at += 1000) {
+            pipe << bytes.substr(at, std::min<size_t>(1000, bytes.size() - 8 - at)) << std::flush;
+        }
+        EXPECT_EQ(told.get_future().wait_for(std::chrono::minutes(2)), std::future_status::ready);
+    });
+    ShortOutput output;
+    output.mFirstSegment = [&] { told.set_value(); };
+    explain::RecordingReader pipe(path);
+    EXPECT_TRUE(explain::explainRecording(plan, pipe, {}, output));
+    writer.join();
+    EXPECT_EQ(output.mText, "0: c720.csv x1; 1: a400.csv x15 [1-399]; good");
+
+    std::ofstream growing(mFiles.path("r.bin"), std::ios::binary);
+    growing << bytes.substr(0, bytes.size() - 8) << std::flush;
+    ShortOutput soFar;
+    explain::RecordingReader file(mFiles.path("r.bin"));
+    EXPECT_TRUE(explain::explainRecording(plan, file, {}, soFar));
+    EXPECT_EQ(soFar.mText, output.mText);
+    growing.close();
+    explain::RecordingReader closed(mFiles.path("r.bin"));
+    EXPECT_FALSE(explain::explainRecording(plan, closed, {}, soFar));
 }

@@ -12,8 +12,9 @@ namespace commands {
 
 namespace {
 constexpr char kExplainFooter[] =
-    R"(RECORDING is what vx-sandbox --record wrote. The last line says whether all is
-as it should be, and so does the exit status: 0 if it is, 1 if not.
+    R"(RECORDING is what vx-sandbox --record wrote, or - for standard input. The last
+line says whether all is as it should be, and so does the exit status: 0 if it
+is, 1 if not.
 
 Example, for what vx-sandbox --record r.bin --events e.jsonl kept:
   vx-case explain r.bin --config vx-simulator.conf --events e.jsonl)";
@@ -23,23 +24,23 @@ struct ExplainOptions
     std::string mRecording;
     std::string mConfiguration;
     std::string mDirectory;
-    std::string mEvents;
+    std::vector<std::string> mEvents;
     std::string mOutput; ///< empty for standard output
     bool mJson = false;
 };
 
 std::unique_ptr<explain::ExplanationOutput> makeOutput(const ExplainOptions& options,
-                                                       const explain::PlayPlan& plan,
+                                                       const explain::PlayPlan& plan, bool isLive,
                                                        base::ResultFile& file)
 {
     if (options.mJson) {
-        return explain::explanationJson(file);
+        return explain::explanationJson(file, isLive);
     }
     size_t width = 0;
     for (const explain::PlayedFile& it : plan.files()) {
-        width = std::max(width, it.mName.size());
+        width = std::max(width, it.name().size());
     }
-    return explain::explanationText(file, width);
+    return explain::explanationText(file, width, isLive);
 }
 
 void expectNoConflict(const ExplainOptions& options)
@@ -47,7 +48,9 @@ void expectNoConflict(const ExplainOptions& options)
     CommandFiles files;
     files.addInput("the recording", options.mRecording);
     files.addCases(options.mConfiguration, options.mDirectory);
-    files.addInput("--events", options.mEvents);
+    for (const std::string& events : options.mEvents) {
+        files.addInput("--events", events);
+    }
     files.addOutput("-o", options.mOutput);
     files.expectNoConflict();
 }
@@ -56,14 +59,10 @@ void explain(const ExplainOptions& options)
 {
     expectNoConflict(options);
     const explain::PlayPlan plan(options.mConfiguration, options.mDirectory);
-    std::unique_ptr<explain::EventTimeline> events;
-    if (!options.mEvents.empty()) {
-        events = std::make_unique<explain::EventTimeline>(options.mEvents);
-    }
+    explain::RecordingReader recording(options.mRecording);
     base::ResultFile result(options.mOutput);
-    const auto output = makeOutput(options, plan, result);
-    const bool isGood =
-        explain::Explanation(plan, options.mRecording, std::move(events), *output).run();
+    const auto output = makeOutput(options, plan, recording.isStream(), result);
+    const bool isGood = explain::explainRecording(plan, recording, options.mEvents, *output);
     result.commit();
     if (!isGood) {
         throw base::BadVerdict();
@@ -77,7 +76,9 @@ void addExplainCommand(CLI::App& app)
         "explain", "Says what was played when, and whether that is what should have been played");
     command.footer(kExplainFooter);
     const auto options = std::make_shared<ExplainOptions>();
-    command.add_option("RECORDING", options->mRecording, "Recording of the driver")
+    command
+        .add_option("RECORDING", options->mRecording,
+                    "Recording of the driver; - is standard input")
         ->required()
         ->type_name("");
     command.add_option("--config", options->mConfiguration, "Case configuration that was played")
@@ -89,8 +90,10 @@ void addExplainCommand(CLI::App& app)
         ->type_name("DIRECTORY");
     command
         .add_option("--events", options->mEvents,
-                    "What vx-sandbox --events wrote: the commands and when samples arrived")
-        ->type_name("FILE");
+                    "What vx-sandbox and vx-control wrote with --events: the commands, when "
+                    "samples arrived, how the run ended; repeatable")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
     command.add_flag("--json", options->mJson, "One JSON object a line");
     command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
         ->type_name("FILE");

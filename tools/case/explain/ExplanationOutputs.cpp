@@ -11,16 +11,18 @@ namespace explain {
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 constexpr char kRow[] = "{:<14}{:<{}}  {:>8}  {:>20}  {:>20}  {:>11}{}\n";
 
-std::string cutText(const PlayedStretch& stretch)
+std::string cutText(const PlayedSegment& segment)
 {
     std::string text;
-    if (stretch.mFirstSample > 0) {
-        text += fmt::format("  from its sample {}", stretch.mFirstSample + 1);
+    if (segment.mFirstSample > 0) {
+        text += fmt::format("  from its sample {}", segment.mFirstSample + 1);
     }
-    if (stretch.mLastSample + 1 < stretch.mFileSamples) {
-        text += fmt::format("  up to its sample {}", stretch.mLastSample + 1);
+    if (segment.mLastSample + 1 < segment.mFileSamples) {
+        text += fmt::format("  up to its sample {}", segment.mLastSample + 1);
     }
     return text;
 }
@@ -37,7 +39,7 @@ std::string outcomeText(const CommandOutcome& command)
         return "rejected: " + command.mProblem;
     }
     if (!command.mFirstSampleArrivalNs) {
-        return "no sample of it in the recording";
+        return "still waiting at the end: no sample of it in the recording";
     }
     return fmt::format("first sample {:.6f} s later, stamped {}", secondsUntilFirstSample(command),
                        stampText(command.mFirstStampNs));
@@ -56,29 +58,47 @@ std::string findingsText(const FindingCounts& findings)
     return text;
 }
 
-void writeLine(base::ResultFile& output, const nlohmann::ordered_json& object)
+/** Writes line by line, at once where somebody may be waiting for it. */
+class LineOutput
 {
-    output.write(object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
-                 "\n");
-}
+public:
+    LineOutput(base::ResultFile& file, bool isLive) : mFile(file), mIsLive(isLive) {}
+
+    void write(const std::string& line)
+    {
+        mFile.write(line);
+        if (mIsLive) {
+            mFile.flush();
+        }
+    }
+
+    void write(const Json& object)
+    {
+        write(object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+    }
+
+private:
+    base::ResultFile& mFile;
+    bool mIsLive;
+};
 
 /** A table with the commands and findings between its rows. */
 class ExplanationText : public ExplanationOutput
 {
 public:
-    ExplanationText(base::ResultFile& output, size_t fileWidth)
-        : mOutput(output), mFileWidth(std::max(fileWidth, std::string("file").size()))
+    ExplanationText(base::ResultFile& output, size_t fileWidth, bool isLive)
+        : mOutput(output, isLive), mFileWidth(std::max(fileWidth, std::string("file").size()))
     {
         mOutput.write(fmt::format(kRow, "configuration", "file", mFileWidth, "passes",
                                   "first time stamp", "last time stamp", "samples", ""));
     }
 
-    void add(const PlayedStretch& stretch) override
+    void add(const PlayedSegment& segment) override
     {
-        mOutput.write(fmt::format(kRow, fmt::format("{}", fmt::join(stretch.mConfigurations, ", ")),
-                                  stretch.mFile, mFileWidth, stretch.mPasses,
-                                  stampText(stretch.mFirstStampNs), stampText(stretch.mLastStampNs),
-                                  stretch.mSamples, cutText(stretch)));
+        mOutput.write(fmt::format(kRow, fmt::format("{}", fmt::join(segment.mConfigurations, ", ")),
+                                  segment.mFile, mFileWidth, segment.mPasses,
+                                  stampText(segment.mFirstStampNs), stampText(segment.mLastStampNs),
+                                  segment.mSamples, cutText(segment)));
     }
 
     void add(const CommandOutcome& command) override
@@ -89,21 +109,26 @@ public:
 
     void add(const Finding& finding) override
     {
-        mOutput.write(fmt::format("! record {}: {}\n", finding.mRecord + 1, finding.mText));
+        mOutput.write(nameOf(finding.mKind).mIsOfRun
+                          ? fmt::format("! {}\n", finding.mText)
+                          : fmt::format("! record {}: {}\n", finding.mRecord + 1, finding.mText));
     }
 
     void add(const Verdict& verdict) override
     {
         if (verdict.mFindings.isClean()) {
             mOutput.write(
-                fmt::format("verdict: good: {} samples as they should be\n", verdict.mRecords));
+                fmt::format("verdict: good: {} samples as they should be{}\n", verdict.mRecords,
+                            verdict.mRestBytes == 0
+                                ? ""
+                                : fmt::format(", and {} bytes of the next", verdict.mRestBytes)));
             return;
         }
         mOutput.write("verdict: BAD: " + findingsText(verdict.mFindings) + "\n");
     }
 
 private:
-    base::ResultFile& mOutput;
+    LineOutput mOutput;
     size_t mFileWidth;
 };
 
@@ -111,24 +136,24 @@ private:
 class ExplanationJson : public ExplanationOutput
 {
 public:
-    explicit ExplanationJson(base::ResultFile& output) : mOutput(output) {}
+    ExplanationJson(base::ResultFile& output, bool isLive) : mOutput(output, isLive) {}
 
-    void add(const PlayedStretch& stretch) override
+    void add(const PlayedSegment& segment) override
     {
-        writeLine(mOutput, {{"kind", "stretch"},
-                            {"configurations", stretch.mConfigurations},
-                            {"file", stretch.mFile},
-                            {"passes", stretch.mPasses},
-                            {"firstSample", stretch.mFirstSample + 1},
-                            {"lastSample", stretch.mLastSample + 1},
-                            {"firstStampNs", stretch.mFirstStampNs},
-                            {"lastStampNs", stretch.mLastStampNs},
-                            {"samples", stretch.mSamples}});
+        mOutput.write(Json{{"kind", "stretch"},
+                           {"configurations", segment.mConfigurations},
+                           {"file", segment.mFile},
+                           {"passes", segment.mPasses},
+                           {"firstSample", segment.mFirstSample + 1},
+                           {"lastSample", segment.mLastSample + 1},
+                           {"firstStampNs", segment.mFirstStampNs},
+                           {"lastStampNs", segment.mLastStampNs},
+                           {"samples", segment.mSamples}});
     }
 
     void add(const CommandOutcome& command) override
     {
-        nlohmann::ordered_json object = {
+        Json object = {
             {"kind", "command"}, {"text", command.mText}, {"arrivalNs", command.mArrivalNs}};
         if (!command.mProblem.empty()) {
             object["problem"] = command.mProblem;
@@ -136,43 +161,44 @@ public:
             object["seconds"] = secondsUntilFirstSample(command);
             object["firstStampNs"] = command.mFirstStampNs;
         }
-        writeLine(mOutput, object);
+        mOutput.write(object);
     }
 
     void add(const Finding& finding) override
     {
-        writeLine(mOutput, {{"kind", "finding"},
-                            {"finding", nameOf(finding.mKind).mKey},
-                            {"record", finding.mRecord + 1},
-                            {"count", finding.mCount},
-                            {"text", finding.mText}});
+        mOutput.write(Json{{"kind", "finding"},
+                           {"finding", nameOf(finding.mKind).mKey},
+                           {"record", finding.mRecord + 1},
+                           {"count", finding.mCount},
+                           {"text", finding.mText}});
     }
 
     void add(const Verdict& verdict) override
     {
-        nlohmann::ordered_json object = {{"kind", "verdict"},
-                                         {"good", verdict.mFindings.isClean()},
-                                         {"samples", verdict.mRecords}};
+        Json object = {{"kind", "verdict"},
+                       {"good", verdict.mFindings.isClean()},
+                       {"samples", verdict.mRecords}};
         for (int kind = 0; kind < static_cast<int>(FindingKind::Count); ++kind) {
             const auto it = static_cast<FindingKind>(kind);
             object[nameOf(it).mKey] = verdict.mFindings.count(it);
         }
-        writeLine(mOutput, object);
+        mOutput.write(object);
     }
 
 private:
-    base::ResultFile& mOutput;
+    LineOutput mOutput;
 };
 } // namespace
 
-std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth)
+std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth,
+                                                   bool isLive)
 {
-    return std::make_unique<ExplanationText>(output, fileWidth);
+    return std::make_unique<ExplanationText>(output, fileWidth, isLive);
 }
 
-std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output)
+std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output, bool isLive)
 {
-    return std::make_unique<ExplanationJson>(output);
+    return std::make_unique<ExplanationJson>(output, isLive);
 }
 
 } // namespace explain

@@ -12,10 +12,12 @@ namespace explain {
  *
  * @param output borrowed
  * @param fileWidth characters of the longest value file's name
+ * @param isLive whether each line is to be seen at once
  */
-std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth);
+std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth,
+                                                   bool isLive);
 
 /** The explanation for programs: one JSON object a line, which tells its "kind". */
-std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output);
+std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output, bool isLive);
 
 } // namespace explain

@@ -16,11 +16,14 @@ const FindingName& nameOf(FindingKind kind)
         {"twice", "samples that come twice"},
         {"foreign", "samples of no file"},
         {"timeJump", "jumps of the time stamps"},
-        {"elsewhere", "wrong places where play goes on"},
+        {"elsewhere", "jumps to other samples"},
         {"notFollowed", "commands not followed"},
         {"notGiven", "changes without a command"},
         {"incomplete", "bytes behind the last record"},
-        {"otherEvents", "samples more or less than in the events"},
+        {"otherEvents", "samples more or less than in the events", true},
+        {"notSent", "commands not sent", true},
+        {"refused", "samples refused at the end", true},
+        {"died", "programs that died", true},
     };
     return kNames[static_cast<size_t>(kind)];
 }

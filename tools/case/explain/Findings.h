@@ -21,6 +21,9 @@ enum class FindingKind
     NotGiven,
     Incomplete,
     OtherEvents,
+    NotSent,
+    Refused,
+    Died,
     Count
 };
 
@@ -29,6 +32,7 @@ struct FindingName
 {
     const char* mKey;
     const char* mText;
+    bool mIsOfRun = false; ///< of the run as a whole, not of a record
 };
 const FindingName& nameOf(FindingKind kind);
 
@@ -36,12 +40,12 @@ const FindingName& nameOf(FindingKind kind);
 struct Finding
 {
     FindingKind mKind;
-    size_t mRecord; ///< place in the recording, from 0
+    size_t mRecord; ///< index in the recording, from 0
     size_t mCount;  ///< samples, jumps, commands or bytes
     std::string mText;
 };
 
-/** How much of each kind was found; which of it is listed. */
+/** How much of each kind was found, and which of it is listed. */
 class FindingCounts
 {
 public:
@@ -62,7 +66,7 @@ private:
 };
 
 /** Passes of one value file in a row. */
-struct PlayedStretch
+struct PlayedSegment
 {
     std::vector<int> mConfigurations; ///< every one that fits
     std::string mFile;
@@ -85,10 +89,11 @@ struct CommandOutcome
     qint64 mFirstStampNs;                        ///< of that sample
 };
 
-/** The end of it all. */
+/** What is known at the end. */
 struct Verdict
 {
     size_t mRecords;
+    size_t mRestBytes; ///< of a record that is still being written
     FindingCounts mFindings;
 };
 
@@ -101,7 +106,7 @@ public:
     ExplanationOutput& operator=(const ExplanationOutput&) = delete;
     virtual ~ExplanationOutput() = default;
 
-    virtual void add(const PlayedStretch& stretch) = 0;
+    virtual void add(const PlayedSegment& segment) = 0;
     virtual void add(const CommandOutcome& command) = 0;
     virtual void add(const Finding& finding) = 0;
     virtual void add(const Verdict& verdict) = 0;

@@ -2,71 +2,12 @@
 
 #include <QDir>
 #include <algorithm>
-#include <string_view>
 
-#include "InputValues.h"
-#include "LogText.h"
-#include "PipeOrDevice.h"
-#include "SampleStep.h"
 #include "base/CaseError.h"
-#include "waveform/ProgramMessages.h"
 
 namespace explain {
 
 namespace {
-constexpr int kLinesAtOnce = 4096;
-
-/** Reads a value file piece by piece, so that it is held in the shape of PlayedFile only. */
-class ValueLines : private InputValues
-{
-public:
-    explicit ValueLines(const QString& path)
-    {
-        if (configuration::isPipeOrDevice(path)) {
-            throw base::CaseError(local8Bit(path) + ": " + configuration::kExpectedRegularFile);
-        }
-        openFile(path);
-        throwFirstError();
-    }
-
-    void readInto(PlayedFile* file)
-    {
-        while (parseLines(kLinesAtOnce) >= 0) {
-            throwFirstError();
-            resetIterator();
-            while (const InputValueItem* const item = nextItem()) {
-                append(*item, file);
-            }
-            releaseItems();
-        }
-    }
-
-private:
-    void throwFirstError() const
-    {
-        if (!mMessages.errors().empty()) {
-            throw base::CaseError(mMessages.errors().front());
-        }
-    }
-
-    static void append(const InputValueItem& item, PlayedFile* file)
-    {
-        if (file->mSamples.size() % kSamplesPerPeriod == 0) {
-            const quint32 step = sampleStepOf(item.mFrequency);
-            file->mSteps.push_back(isPlayableStep(step) ? step : 0);
-        }
-        file->mSamples.push_back(contentOf(item));
-    }
-
-    waveform::ProgramMessages mMessages;
-};
-
-size_t hashOf(const SampleContent& content)
-{
-    return std::hash<std::string_view>()(
-        {reinterpret_cast<const char*>(content.data()), sizeof(content)});
-}
-
 configuration::CaseConfiguration readConfiguration(const std::string& fileName)
 {
     configuration::CaseConfiguration::keepLogSilent();
@@ -85,9 +26,8 @@ configuration::CaseConfiguration readConfiguration(const std::string& fileName)
 PlayPlan::PlayPlan(const std::string& configurationFile, const std::string& directory)
 {
     const configuration::CaseConfiguration cases = readConfiguration(configurationFile);
-    mConfigurationCount = cases.configurations().size();
     mContinuous = cases.continuousNumber();
-    for (int number = 0; number < mConfigurationCount; ++number) {
+    for (int number = 0; number < cases.configurations().size(); ++number) {
         if (!cases.configurations().contains(number)) {
             throw base::CaseError(configurationFile + ": no entry for configuration " +
                                   std::to_string(number) + ": the simulator plays none of them");
@@ -97,15 +37,17 @@ PlayPlan::PlayPlan(const std::string& configurationFile, const std::string& dire
     if (mEntries.empty()) {
         throw base::CaseError(configurationFile + ": nothing to play");
     }
+    indexEntries();
 }
 
 void PlayPlan::addConfiguration(int number, const QList<configuration::CaseEntry>& entries,
                                 const std::string& directory)
 {
     int first = kNone;
+    PlayedSequence sequence;
     for (const configuration::CaseEntry& line : entries) {
         const size_t file = fileIndex(line.mFileName, directory);
-        if (line.mRepetitions == 0 || mFiles[file].mSamples.empty()) {
+        if (line.mRepetitions == 0 || mFiles[file].samples().isEmpty()) {
             continue;
         }
         const int index = entryCount();
@@ -115,11 +57,15 @@ void PlayPlan::addConfiguration(int number, const QList<configuration::CaseEntry
             mEntries.back().mNext = index;
         }
         mEntries.push_back({number, line.mRepetitions, file, kNone});
+        sequence.emplace_back(file, line.mRepetitions);
     }
     mFirstEntryOf.push_back(first);
-    if (first != kNone) {
+    std::vector<int>& equal = mConfigurationsOf[sequence];
+    equal.push_back(number);
+    if (first != kNone && equal.size() == 1) {
         mFirstEntries.push_back(first);
     }
+    mEqual.push_back(&equal);
 }
 
 size_t PlayPlan::fileIndex(const QString& name, const std::string& directory)
@@ -128,11 +74,8 @@ size_t PlayPlan::fileIndex(const QString& name, const std::string& directory)
     if (known != mIndexOfName.end()) {
         return known->second;
     }
-    const QString path =
-        directory.empty() ? name : QDir(QString::fromStdString(directory)).filePath(name);
-    PlayedFile file;
-    file.mName = name.toStdString();
-    ValueLines(path).readInto(&file);
+    PlayedFile file(name.toStdString());
+    file.read(directory.empty() ? name : QDir(QString::fromStdString(directory)).filePath(name));
     const auto same = std::find(mFiles.begin(), mFiles.end(), file);
     const auto index = static_cast<size_t>(same - mFiles.begin());
     if (same == mFiles.end()) {
@@ -142,82 +85,36 @@ size_t PlayPlan::fileIndex(const QString& name, const std::string& directory)
     return index;
 }
 
+void PlayPlan::indexEntries()
+{
+    mEntriesOfFile.resize(mFiles.size());
+    for (int index = 0; index < entryCount(); ++index) {
+        if (equalConfigurations(entry(index).mConfiguration)[0] == entry(index).mConfiguration) {
+            mEntriesOfFile[entry(index).mFile].push_back(index);
+        }
+        mLongestCaseNs = std::max(mLongestCaseNs, fileOf(index).durationNs());
+    }
+    for (const int index : mFirstEntries) {
+        mFirstEntriesOfContent[fileOf(index).samples()[0]].push_back(index);
+    }
+}
+
 int PlayPlan::firstEntry(int configuration) const
 {
-    const bool exists = configuration >= 0 && configuration < mConfigurationCount;
+    const bool exists = configuration >= 0 && configuration < configurationCount();
     return exists ? mFirstEntryOf[static_cast<size_t>(configuration)] : kNone;
 }
 
-std::vector<int> PlayPlan::equalConfigurations(int configuration) const
+const std::vector<int>& PlayPlan::firstEntriesWith(const SampleContent& content) const
 {
-    std::vector<int> equal;
-    for (int number = 0; number < mConfigurationCount; ++number) {
-        if (playsTheSame(firstEntry(number), firstEntry(configuration))) {
-            equal.push_back(number);
-        }
-    }
-    return equal;
+    const auto found = mFirstEntriesOfContent.find(content);
+    static const std::vector<int> kNoEntries;
+    return found != mFirstEntriesOfContent.end() ? found->second : kNoEntries;
 }
 
-/** Whether two entries and all behind them are the same. */
-bool PlayPlan::playsTheSame(int left, int right) const
+const std::vector<int>& PlayPlan::equalConfigurations(int configuration) const
 {
-    while (left != right) {
-        if (left == kNone || right == kNone || entry(left).mFile != entry(right).mFile ||
-            entry(left).mRepetitions != entry(right).mRepetitions) {
-            return false;
-        }
-        left = entry(left).mNext;
-        right = entry(right).mNext;
-    }
-    return true;
-}
-
-void PlayPlan::makeIndex() const
-{
-    for (size_t file = 0; file < mFiles.size(); ++file) {
-        const auto& samples = mFiles[file].mSamples;
-        for (size_t sample = 0; sample < samples.size(); ++sample) {
-            mIndex.push_back({hashOf(samples[sample]), {file, sample}});
-        }
-    }
-    std::stable_sort(mIndex.begin(), mIndex.end(),
-                     [](const auto& left, const auto& right) { return left.mHash < right.mHash; });
-}
-
-std::vector<Place> PlayPlan::firstPlacesOf(const SampleContent& content) const
-{
-    std::vector<Place> places;
-    for (size_t file = 0; file < mFiles.size(); ++file) {
-        const auto& samples = mFiles[file].mSamples;
-        size_t found = 0;
-        for (size_t sample = 0; sample < samples.size() && found < kMaxPlacesOfFile; ++sample) {
-            if (samples[sample] == content) {
-                places.push_back({file, sample});
-                ++found;
-            }
-        }
-    }
-    return places;
-}
-
-std::vector<Place> PlayPlan::placesOf(const SampleContent& content) const
-{
-    if (mIndex.empty()) {
-        makeIndex();
-    }
-    const size_t hash = hashOf(content);
-    auto found =
-        std::lower_bound(mIndex.begin(), mIndex.end(), hash,
-                         [](const IndexedPlace& it, size_t value) { return it.mHash < value; });
-    std::vector<Place> places;
-    for (; found != mIndex.end() && found->mHash == hash && places.size() < kMaxPlaces; ++found) {
-        const Place place = found->mPlace;
-        if (mFiles[place.mFile].mSamples[place.mSample] == content) {
-            places.push_back(place);
-        }
-    }
-    return places;
+    return *mEqual[static_cast<size_t>(configuration)];
 }
 
 } // namespace explain

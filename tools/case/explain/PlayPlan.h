@@ -1,41 +1,13 @@
 #pragma once
 
-#include <array>
-#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "CaseConfiguration.h"
-#include "SampleRecord.h"
+#include "explain/PlayedFile.h"
 
 namespace explain {
-
-/** What of a record comes from the value file: all but the time stamp. */
-using SampleContent = std::array<quint32, 2 + kChannelCount>;
-
-inline SampleContent contentOf(const SampleRecord& record)
-{
-    SampleContent content;
-    std::memcpy(content.data(), &record.mAuxWord, sizeof(content));
-    return content;
-}
-
-/** One value file as the driver gets it. Files with the same samples share one. */
-struct PlayedFile
-{
-    std::string mName;                   ///< as the case configuration gives it, the first of them
-    std::vector<SampleContent> mSamples; ///< never empty
-    std::vector<quint32> mSteps;         ///< ns, one a block; 0 keeps the step before
-
-    /** ns from the sample before to this one; 0 where the file does not say. */
-    quint32 stepAt(size_t sample) const { return mSteps[sample / kSamplesPerPeriod]; }
-
-    bool operator==(const PlayedFile& other) const
-    {
-        return mSamples == other.mSamples && mSteps == other.mSteps;
-    }
-};
 
 /** An entry that is really played: its file has samples and its repetitions are not 0. */
 struct PlayedEntry
@@ -46,16 +18,21 @@ struct PlayedEntry
     int mNext;    ///< the entry behind it in its configuration; PlayPlan::kNone at the end
 };
 
-/** Where a sample is found. */
-struct Place
+/**
+ * Samples of a file with the same content, at equal distances: mFirst, mFirst + mStride and so on,
+ * mCount in all. All samples from the first up to the last are the same as those a stride later.
+ */
+struct Positions
 {
     size_t mFile;
-    size_t mSample;
+    size_t mFirst;
+    size_t mStride; ///< 0 with a single position
+    size_t mCount;
 };
 
 /**
  * What the simulator plays with a case configuration: the entries in their order with the samples
- * of their files. Read once; from then on constant.
+ * of their files. Read once; from then on constant. Files with the same samples share one.
  */
 class PlayPlan
 {
@@ -68,55 +45,59 @@ public:
      * @throws CaseError in the simulator's words for what it would not play
      */
     PlayPlan(const std::string& configurationFile, const std::string& directory);
+    PlayPlan(const PlayPlan&) = delete;
+    PlayPlan& operator=(const PlayPlan&) = delete;
+    ~PlayPlan() = default;
 
     const std::vector<PlayedFile>& files() const { return mFiles; }
     const PlayedEntry& entry(int index) const { return mEntries[static_cast<size_t>(index)]; }
     int entryCount() const { return static_cast<int>(mEntries.size()); }
     const PlayedFile& fileOf(int entry) const { return mFiles[this->entry(entry).mFile]; }
 
+    /** All entries that play the file, of configurations that play the same those of the first. */
+    const std::vector<int>& entriesOf(size_t file) const { return mEntriesOfFile[file]; }
+
     /** Numbers that a command may name: from 0 up to it, without it. */
-    int configurationCount() const { return mConfigurationCount; }
+    int configurationCount() const { return static_cast<int>(mFirstEntryOf.size()); }
     int continuousConfiguration() const { return mContinuous; }
 
     /** First entry that is played; kNone when the configuration has nothing to play. */
     int firstEntry(int configuration) const;
 
-    /** First entries of all configurations that have something to play. */
+    /**
+     * First entries of all configurations that have something to play, in order; of those that play
+     * the same, the first.
+     */
     const std::vector<int>& firstEntries() const { return mFirstEntries; }
 
+    /** Those of them that begin with this content. */
+    const std::vector<int>& firstEntriesWith(const SampleContent& content) const;
+
     /** All configurations that play the very same as this one, itself included, in order. */
-    std::vector<int> equalConfigurations(int configuration) const;
+    const std::vector<int>& equalConfigurations(int configuration) const;
 
-    /** Some places with this content, the first in each file, by a look at every sample. */
-    std::vector<Place> firstPlacesOf(const SampleContent& content) const;
-
-    /** Some places with this content, at most kMaxPlaces. Indexes the files when first called. */
-    std::vector<Place> placesOf(const SampleContent& content) const;
+    /** ns that the longest play of a file takes. */
+    qint64 longestCaseNs() const { return mLongestCaseNs; }
 
 private:
-    static constexpr size_t kMaxPlaces = 256;
-    static constexpr size_t kMaxPlacesOfFile = 32;
-
-    struct IndexedPlace
-    {
-        size_t mHash;
-        Place mPlace;
-    };
-
     size_t fileIndex(const QString& name, const std::string& directory);
     void addConfiguration(int number, const QList<configuration::CaseEntry>& entries,
                           const std::string& directory);
-    bool playsTheSame(int left, int right) const;
-    void makeIndex() const;
+    void indexEntries();
+
+    using PlayedSequence = std::vector<std::pair<size_t, quint32>>; ///< files with repetitions
 
     std::vector<PlayedFile> mFiles;
     std::map<QString, size_t> mIndexOfName;
     std::vector<PlayedEntry> mEntries;
+    std::vector<std::vector<int>> mEntriesOfFile;
     std::vector<int> mFirstEntries;
     std::vector<int> mFirstEntryOf; ///< by the configuration's number
-    int mConfigurationCount = 0;
+    std::map<SampleContent, std::vector<int>> mFirstEntriesOfContent;
+    std::map<PlayedSequence, std::vector<int>> mConfigurationsOf;
+    std::vector<const std::vector<int>*> mEqual; ///< by the configuration's number
     int mContinuous = 0;
-    mutable std::vector<IndexedPlace> mIndex; ///< by hash
+    qint64 mLongestCaseNs = 0;
 };
 
 } // namespace explain

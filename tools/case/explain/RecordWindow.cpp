@@ -1,40 +1,28 @@
 #include "explain/RecordWindow.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "explain/Costs.h"
 
 namespace explain {
 
-namespace {
-constexpr size_t kRecordsAtOnce = 16'384;
+void RecordWindow::append(const SampleRecord* records, size_t count)
+{
+    if (mNext > 2 * kBack) { // not each time, so that a record is moved once or twice
+        const size_t dropped = mNext - kBack;
+        mRecords.erase(mRecords.begin(), mRecords.begin() + static_cast<std::ptrdiff_t>(dropped));
+        mNext -= dropped;
+    }
+    mRecords.insert(mRecords.end(), records, records + count);
 }
 
-RecordWindow::RecordWindow(const std::string& path) : mFile(path) {}
-
-size_t RecordWindow::ahead()
+std::vector<SampleContent> RecordWindow::proof(size_t offset) const
 {
-    if (mRecords.size() - mNext < kAhead && mFile.left() > 0) {
-        refill();
+    std::vector<SampleContent> contents;
+    for (size_t i = offset; i < std::min(ahead(), offset + kProofRecords); ++i) {
+        contents.push_back(contentOf((*this)[i]));
     }
-    return std::min(mRecords.size() - mNext, kAhead);
-}
-
-void RecordWindow::refill()
-{
-    mProgress.show(mFile.progress());
-    const size_t dropped = mNext - std::min(mNext, kBack);
-    mRecords.erase(mRecords.begin(), mRecords.begin() + static_cast<std::ptrdiff_t>(dropped));
-    mNext -= dropped;
-    const std::string_view bytes = mFile.peek(kRecordsAtOnce * sizeof(SampleRecord));
-    const size_t records = bytes.size() / sizeof(SampleRecord);
-    const size_t before = mRecords.size();
-    mRecords.resize(before + records);
-    std::memcpy(mRecords.data() + before, bytes.data(), records * sizeof(SampleRecord));
-    mFile.skip(records * sizeof(SampleRecord));
-    if (records < kRecordsAtOnce) {
-        mRestBytes = bytes.size() % sizeof(SampleRecord);
-        mFile.skip(mRestBytes);
-    }
+    return contents;
 }
 
 } // namespace explain

@@ -1,18 +1,15 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
-#include "SampleRecord.h"
-#include "base/InputFile.h"
-#include "base/ProgressLine.h"
+#include "explain/SampleStore.h"
 #include "waveform/RecordStamp.h"
 
 namespace explain {
 
 /**
- * A recording of the driver, seen through a window that moves over it once: the next record, some
- * behind it and some before it, in memory that does not depend on its length.
+ * A recording of the driver, seen through a window that moves over it once: what has arrived and
+ * was not judged yet, and some records behind it.
  */
 class RecordWindow
 {
@@ -21,13 +18,13 @@ public:
     static constexpr size_t kAhead = 4096;
     static constexpr size_t kBack = 8192;
 
-    /** @throws CaseError when the file cannot be read. */
-    explicit RecordWindow(const std::string& path);
+    void append(const SampleRecord* records, size_t count);
 
-    const std::string& name() const { return mFile.name(); }
+    /** Records from the next one on. */
+    size_t arrived() const { return mRecords.size() - mNext; }
 
-    /** Records from the next one on, at most kAhead; 0 at the end. */
-    size_t ahead();
+    /** The same, but at most kAhead. */
+    size_t ahead() const { return arrived() < kAhead ? arrived() : kAhead; }
 
     /** Records before the next one that can be seen. */
     size_t back() const { return mNext; }
@@ -37,6 +34,11 @@ public:
     {
         return mRecords[mNext + static_cast<size_t>(offset)];
     }
+    const SampleRecord& operator[](size_t offset) const { return mRecords[mNext + offset]; }
+    const SampleRecord& next() const { return mRecords[mNext]; }
+
+    /** The contents of the next records, kProofRecords at most. */
+    std::vector<SampleContent> proof(size_t offset) const;
 
     void advance(size_t records = 1)
     {
@@ -44,21 +46,13 @@ public:
         mPosition += records;
     }
 
-    /** Place of the next record in the recording, from 0. */
+    /** Index of the next record in the recording, from 0. */
     size_t position() const { return mPosition; }
 
-    /** Bytes at the end that are no whole record. Known once ahead() was 0. */
-    size_t restBytes() const { return mRestBytes; }
-
 private:
-    void refill();
-
-    base::InputFile mFile;
-    base::ProgressLine mProgress{"reading"};
     std::vector<SampleRecord> mRecords;
     size_t mNext = 0;
     size_t mPosition = 0;
-    size_t mRestBytes = 0;
 };
 
 } // namespace explain

@@ -2,38 +2,35 @@
 
 #include <algorithm>
 
+#include "explain/GapSearch.h"
+
 namespace explain {
 
 namespace {
-/** So many records in a row must fit before play is taken to go on there. */
-constexpr size_t kProof = 16;
-
-/** Of them so many may differ, where the time stamps tell what happened. */
-constexpr size_t kMayDiffer = 4;
-
-/** So many that differ in a row are taken for errors before another place is looked for. */
-constexpr size_t kFewDifferent = 8;
-
-qint64 gapBefore(const RecordWindow& window, std::ptrdiff_t offset)
+qint64 gapBefore(const RecordWindow& window, size_t offset)
 {
-    return waveform::stampNsOf(window[offset]) - waveform::stampNsOf(window[offset - 1]);
+    return waveform::stampNsOf(window[offset]) -
+           waveform::stampNsOf(window[static_cast<std::ptrdiff_t>(offset) - 1]);
 }
 
 /** Whether the records from the offset on go on as is supposed, the first one's step aside. */
-bool goesOn(RecordWindow& window, const Hypotheses& from, size_t offset)
+bool goesOn(const RecordWindow& window, const PlaybackTracker& from, size_t offset)
 {
-    const bool begins = offset == window.ahead() ||
-                        from.allow(contentOf(window[static_cast<std::ptrdiff_t>(offset)]), {});
-    if (!begins) {
+    if (offset == window.ahead()) {
+        return true;
+    }
+    if (!from.allows(contentOf(window[offset]), {})) {
         return false; // mostly so, and needs no copy
     }
-    Hypotheses supposed = from;
-    const size_t end = std::min(window.ahead(), offset + kProof);
-    for (size_t at = offset; at < end; ++at) {
-        const auto place = static_cast<std::ptrdiff_t>(at);
-        const auto stepNs =
-            at == offset ? std::nullopt : std::optional<qint64>(gapBefore(window, place));
-        if (!supposed.take(contentOf(window[place]), stepNs)) {
+    PlaybackTracker supposed = from;
+    const std::vector<SampleContent> contents = window.proof(offset);
+    std::optional<qint64> stepNs;
+    for (size_t i = 0; i < contents.size(); ++i) {
+        if (i > 0) {
+            stepNs = gapBefore(window, offset + i);
+        }
+        const SampleContent* const next = i + 1 < contents.size() ? &contents[i + 1] : nullptr;
+        if (!supposed.take(contents[i], stepNs, next)) {
             return false;
         }
     }
@@ -41,25 +38,24 @@ bool goesOn(RecordWindow& window, const Hypotheses& from, size_t offset)
 }
 
 /** Whether they mostly do: some may differ, but not the first and its successor's step. */
-bool mostlyGoesOn(RecordWindow& window, Hypotheses supposed)
+bool mostlyGoesOn(const RecordWindow& window, PlaybackTracker supposed)
 {
-    const size_t end = std::min(window.ahead(), kProof);
+    const std::vector<SampleContent> contents = window.proof(0);
     size_t different = 0;
     std::optional<qint64> stepNs;
-    for (size_t at = 0; at < end; ++at) {
-        const auto place = static_cast<std::ptrdiff_t>(at);
-        if (at > 0) {
-            stepNs = gapBefore(window, place);
+    for (size_t i = 0; i < contents.size(); ++i) {
+        if (i > 0) {
+            stepNs = gapBefore(window, i);
         }
-        if (!supposed.keep(contentOf(window[place]), stepNs)) {
+        if (!supposed.keep(contents[i], stepNs)) {
             ++different;
         }
-        if (different > kMayDiffer || (at == 1 && different > 1)) {
+        if (different > kMaxDifferentInProof || (i == 1 && different > 1)) {
             return false;
         }
-        supposed.advance();
+        supposed.advance(std::nullopt, i + 1 < contents.size() ? &contents[i + 1] : nullptr);
     }
-    return 2 * different < end;
+    return 2 * different < contents.size();
 }
 
 bool isSame(const SampleRecord& left, const SampleRecord& right)
@@ -68,9 +64,9 @@ bool isSame(const SampleRecord& left, const SampleRecord& right)
 }
 
 /** Those that may be at the next record when the records from the offset on fit. */
-Hypotheses leadingTo(RecordWindow& window, Hypotheses expected, size_t offset)
+PlaybackTracker leadingTo(const RecordWindow& window, PlaybackTracker expected, size_t offset)
 {
-    expected.keepIf([&](Hypotheses alone) {
+    expected.keepIf([&](PlaybackTracker alone) {
         for (size_t i = 0; i < offset; ++i) {
             alone.advance();
         }
@@ -80,7 +76,7 @@ Hypotheses leadingTo(RecordWindow& window, Hypotheses expected, size_t offset)
 }
 
 /** How many records from the next on are those that arrived before, in the same order. */
-size_t countTwice(RecordWindow& window)
+size_t countTwice(const RecordWindow& window)
 {
     const auto ahead = static_cast<std::ptrdiff_t>(window.ahead());
     for (std::ptrdiff_t back = 1; back <= static_cast<std::ptrdiff_t>(window.back()); ++back) {
@@ -96,7 +92,7 @@ size_t countTwice(RecordWindow& window)
 }
 } // namespace
 
-Repair Resynchronizer::repair(RecordWindow& window, const Hypotheses& expected,
+Repair Resynchronizer::repair(const RecordWindow& window, const PlaybackTracker& expected,
                               std::optional<qint64> lastStampNs, NextStep step) const
 {
     if (lastStampNs && step != NextStep::Judged) {
@@ -107,12 +103,12 @@ Repair Resynchronizer::repair(RecordWindow& window, const Hypotheses& expected,
     return repairByContent(window, expected, lastStampNs, step);
 }
 
-std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
-                                                    const Hypotheses& expected,
+std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
+                                                    const PlaybackTracker& expected,
                                                     qint64 lastStampNs) const
 {
-    const qint64 gapNs = waveform::stampNsOf(window[0]) - lastStampNs;
-    if (expected.allowStep(gapNs)) {
+    const qint64 gapNs = waveform::stampNsOf(window.next()) - lastStampNs;
+    if (expected.allowsStep(gapNs)) {
         return std::nullopt;
     }
     if (gapNs <= 0) {
@@ -120,16 +116,16 @@ std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
             return Repair{Repair::Kind::Twice, twice, twice, expected};
         }
     } else {
-        Hypotheses after = expected;
-        const size_t lost = after.skipTime(gapNs);
-        if (!after.empty() && lost > 0 && goesOn(window, after, 0)) {
-            return Repair{Repair::Kind::Missing, 0, lost, after};
+        const GapAnswer behind = searchBehindGap(expected, gapNs);
+        const bool anyLost = !behind.mAfter.empty() && behind.mLost > 0;
+        if (anyLost && goesOn(window, behind.mAfter, 0)) {
+            return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
         }
         if (std::optional<Repair> found = missingWithinCase(window, expected, gapNs)) {
             return found;
         }
-        if (!after.empty() && lost > 0 && mostlyGoesOn(window, after)) {
-            return Repair{Repair::Kind::Missing, 0, lost, after};
+        if (anyLost && mostlyGoesOn(window, behind.mAfter)) {
+            return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
         }
     }
     if (goesOn(window, expected, 0) || mostlyGoesOn(window, expected)) {
@@ -139,49 +135,50 @@ std::optional<Repair> Resynchronizer::repairByStamp(RecordWindow& window,
 }
 
 /** A block that the driver refused: its case ends, and play begins anew. */
-std::optional<Repair> Resynchronizer::missingWithinCase(RecordWindow& window,
-                                                        const Hypotheses& expected,
+std::optional<Repair> Resynchronizer::missingWithinCase(const RecordWindow& window,
+                                                        const PlaybackTracker& expected,
                                                         qint64 gapNs) const
 {
     const Hypothesis& before = expected.likeliest();
     const PlayedFile& file = expected.likeliestFile();
     const qint64 lostStepNs = expected.nextStep();
-    Hypotheses after = expected.restarted();
+    PlaybackTracker after = expected.restarted(contentOf(window.next()));
     if (lostStepNs == 0 || !goesOn(window, after, 0)) {
         return std::nullopt;
     }
-    after.keep(contentOf(window[0]), std::nullopt);
+    after.keep(contentOf(window.next()), std::nullopt);
     const qint64 lostNs = gapNs - after.nextStep();
-    const size_t most = std::min<size_t>(kSamplesPerPeriod - before.mSample % kSamplesPerPeriod,
-                                         file.mSamples.size() - before.mSample);
+    const size_t max = std::min<size_t>(kSamplesPerPeriod - before.mSample % kSamplesPerPeriod,
+                                        file.size() - before.mSample);
     const bool isWhole = lostNs > 0 && lostNs % lostStepNs == 0;
-    if (!isWhole || static_cast<size_t>(lostNs / lostStepNs) > most) {
+    if (!isWhole || static_cast<size_t>(lostNs / lostStepNs) > max) {
         return std::nullopt;
     }
     return Repair{Repair::Kind::Missing, 0, static_cast<size_t>(lostNs / lostStepNs), after};
 }
 
-Repair Resynchronizer::repairByContent(RecordWindow& window, const Hypotheses& expected,
+Repair Resynchronizer::repairByContent(const RecordWindow& window, const PlaybackTracker& expected,
                                        std::optional<qint64> lastStampNs, NextStep step) const
 {
     const size_t ahead = window.ahead();
     std::optional<qint64> gapNs;
     if (lastStampNs && step == NextStep::Known) {
-        gapNs = waveform::stampNsOf(window[0]) - *lastStampNs;
+        gapNs = waveform::stampNsOf(window.next()) - *lastStampNs;
     }
-    const Hypotheses found = elsewhere(window, expected, 0);
-    Hypotheses blind = expected;
+    const PlaybackTracker found = elsewhere(window, expected, 0);
+    PlaybackTracker blind = expected;
     for (size_t different = 1; different <= ahead; ++different) {
         blind.advance();
         const bool fits = different < ahead || different <= kSamplesPerPeriod;
         if (fits && goesOn(window, blind, different)) {
-            const bool isLikelier = found.empty() || (different <= kFewDifferent && lastStampNs);
+            const bool isLikelier =
+                found.empty() || (different <= kMaxDifferentInPlace && lastStampNs);
             if (isLikelier) {
                 return {Repair::Kind::Differs, different, different,
                         leadingTo(window, expected, different)};
             }
         }
-        if (!found.empty() && different > kFewDifferent) {
+        if (!found.empty() && different > kMaxDifferentInPlace) {
             break;
         }
         if (found.empty() && different < ahead && !elsewhere(window, expected, different).empty()) {
@@ -194,33 +191,18 @@ Repair Resynchronizer::repairByContent(RecordWindow& window, const Hypotheses& e
     return {Repair::Kind::Foreign, ahead, ahead, expected};
 }
 
-/** Every place where the records from the offset on stand in the files; may be empty. */
-Hypotheses Resynchronizer::elsewhere(RecordWindow& window, const Hypotheses& expected,
-                                     size_t offset) const
+/** Every position where the records from the offset on stand in the files; may be empty. */
+PlaybackTracker Resynchronizer::elsewhere(const RecordWindow& window,
+                                          const PlaybackTracker& expected, size_t offset) const
 {
-    const size_t proof = std::min(kProof, window.ahead() - offset);
-    std::vector<Place> places;
-    for (const Place& place :
-         mPlan.placesOf(contentOf(window[static_cast<std::ptrdiff_t>(offset)]))) {
-        const auto& samples = mPlan.files()[place.mFile].mSamples;
-        const size_t count = std::min(proof, samples.size() - place.mSample);
-        size_t same = 1;
-        while (same < count && contentOf(window[static_cast<std::ptrdiff_t>(offset + same)]) ==
-                                   samples[place.mSample + same]) {
-            ++same;
-        }
-        if (same == count) {
-            places.push_back(place);
-        }
-    }
-    Hypotheses found = expected.movedTo(places);
+    PlaybackTracker found = expected.movedTo(mSearch.find(window.proof(offset)));
     if (!found.empty() && !goesOn(window, found, offset)) {
         return expected.movedTo({});
     }
     return found;
 }
 
-Repair Resynchronizer::movedTo(const Hypotheses& found, const Hypotheses& expected,
+Repair Resynchronizer::movedTo(const PlaybackTracker& found, const PlaybackTracker& expected,
                                std::optional<qint64> gapNs) const
 {
     const qint64 stepNs = expected.nextStep();

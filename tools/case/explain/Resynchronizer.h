@@ -2,7 +2,8 @@
 
 #include <optional>
 
-#include "explain/Hypotheses.h"
+#include "explain/ContentSearch.h"
+#include "explain/PlaybackTracker.h"
 #include "explain/RecordWindow.h"
 
 namespace explain {
@@ -25,13 +26,13 @@ struct Repair
         Twice,     ///< the next mRecords were there before
         Foreign,   ///< the next mRecords are in no file
         TimeJump,  ///< the samples go on, their time stamps do not
-        Elsewhere, ///< another place of the files is played than should be
+        Elsewhere, ///< the samples of another position are played
     };
 
     Kind mKind;
-    size_t mRecords;   ///< that are done with by this; 0 where what arrived is good again
-    size_t mSamples;   ///< concerned
-    Hypotheses mAfter; ///< for the next record
+    size_t mRecords;        ///< that are done with by this; 0 where what arrived is good again
+    size_t mSamples;        ///< concerned
+    PlaybackTracker mAfter; ///< for the next record
 };
 
 /**
@@ -42,28 +43,29 @@ struct Repair
 class Resynchronizer
 {
 public:
-    explicit Resynchronizer(const PlayPlan& plan) : mPlan(plan) {}
+    explicit Resynchronizer(const PlayPlan& plan) : mSearch(plan) {}
 
     /**
      * @param expected what should have come next
      * @param lastStampNs of the record before; nothing at the beginning of the recording
      * Requires: there is a next record.
      */
-    Repair repair(RecordWindow& window, const Hypotheses& expected,
+    Repair repair(const RecordWindow& window, const PlaybackTracker& expected,
                   std::optional<qint64> lastStampNs, NextStep step) const;
 
 private:
-    std::optional<Repair> repairByStamp(RecordWindow& window, const Hypotheses& expected,
+    std::optional<Repair> repairByStamp(const RecordWindow& window, const PlaybackTracker& expected,
                                         qint64 lastStampNs) const;
-    std::optional<Repair> missingWithinCase(RecordWindow& window, const Hypotheses& expected,
-                                            qint64 gapNs) const;
-    Repair repairByContent(RecordWindow& window, const Hypotheses& expected,
+    std::optional<Repair> missingWithinCase(const RecordWindow& window,
+                                            const PlaybackTracker& expected, qint64 gapNs) const;
+    Repair repairByContent(const RecordWindow& window, const PlaybackTracker& expected,
                            std::optional<qint64> lastStampNs, NextStep step) const;
-    Hypotheses elsewhere(RecordWindow& window, const Hypotheses& expected, size_t offset) const;
-    Repair movedTo(const Hypotheses& found, const Hypotheses& expected,
+    PlaybackTracker elsewhere(const RecordWindow& window, const PlaybackTracker& expected,
+                              size_t offset) const;
+    Repair movedTo(const PlaybackTracker& found, const PlaybackTracker& expected,
                    std::optional<qint64> gapNs) const;
 
-    const PlayPlan& mPlan;
+    ContentSearch mSearch;
 };
 
 } // namespace explain

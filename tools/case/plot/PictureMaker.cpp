@@ -180,15 +180,14 @@ void Maker::addPlayed(const waveform::SignalSource& source)
                               ": expected a recording of the driver with --events or --config");
     }
     PlayedBar bar(recording->firstStampNs());
-    auto events = mRequest.mEvents.empty()
-                      ? nullptr
-                      : std::make_unique<explain::EventTimeline>(mRequest.mEvents);
+    const std::vector<std::string> events =
+        mRequest.mEvents.empty() ? std::vector<std::string>() : std::vector{mRequest.mEvents};
     if (!mRequest.mConfiguration.empty()) {
         const explain::PlayPlan plan(mRequest.mConfiguration, mRequest.mDirectory);
-        explain::Explanation(plan, path, std::move(events), bar).run();
+        explain::RecordingReader records(path);
+        explain::explainRecording(plan, records, events, bar);
     } else {
-        events->finish();
-        for (const explain::SentCommand& command : events->commands()) {
+        for (const explain::Event& command : explain::commandsIn(events)) {
             bar.addCommand(command);
         }
     }

@@ -26,11 +26,11 @@ double PlayedBar::secondsOf(qint64 stampNs) const
     return static_cast<double>(stampNs - mFirstStampNs) * base::kSecondsPerNanosecond;
 }
 
-void PlayedBar::add(const explain::PlayedStretch& stretch)
+void PlayedBar::add(const explain::PlayedSegment& segment)
 {
-    const int configuration = stretch.mConfigurations.empty() ? 0 : stretch.mConfigurations[0];
-    const QString name = QFileInfo(QString::fromStdString(stretch.mFile)).completeBaseName();
-    const PlayedPart part{secondsOf(stretch.mFirstStampNs), secondsOf(stretch.mLastStampNs),
+    const int configuration = segment.mConfigurations.empty() ? 0 : segment.mConfigurations[0];
+    const QString name = QFileInfo(QString::fromStdString(segment.mFile)).completeBaseName();
+    const PlayedPart part{secondsOf(segment.mFirstStampNs), secondsOf(segment.mLastStampNs),
                           configuration, fmt::format("{}: {}", configuration, name.toStdString())};
     // Where nothing is missing, a part ends where the next one begins.
     if (!mParts.empty() && (mParts.back().mText == part.mText || mParts.size() == kMaxParts)) {
@@ -46,9 +46,9 @@ void PlayedBar::add(const explain::CommandOutcome& command)
                ": " + (command.mProblem.empty() ? effectOf(command.mText) : "rejected"));
 }
 
-void PlayedBar::addCommand(const explain::SentCommand& command)
+void PlayedBar::addCommand(const explain::Event& command)
 {
-    addCommand(command.mArrivalNs, command.mText, "");
+    addCommand(command.mTimeNs, command.mText, "");
 }
 
 void PlayedBar::addCommand(qint64 arrivalNs, const std::string& text, const std::string& effect)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "explain/EventTimeline.h"
+#include "explain/Event.h"
 #include "explain/Findings.h"
 #include "plot/Picture.h"
 
@@ -13,13 +13,13 @@ public:
     /** @param firstStampNs where the picture begins */
     explicit PlayedBar(qint64 firstStampNs) : mFirstStampNs(firstStampNs) {}
 
-    void add(const explain::PlayedStretch& stretch) override;
+    void add(const explain::PlayedSegment& segment) override;
     void add(const explain::CommandOutcome& command) override;
     void add(const explain::Finding& /*finding*/) override {}
     void add(const explain::Verdict& /*verdict*/) override {}
 
     /** One of which it is not known what became of it. */
-    void addCommand(const explain::SentCommand& command);
+    void addCommand(const explain::Event& command);
 
     const std::vector<PlayedPart>& parts() const { return mParts; }
     const std::vector<GivenCommand>& commands() const { return mCommands; }

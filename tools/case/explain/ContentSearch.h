@@ -1,0 +1,38 @@
+#pragma once
+
+#include "explain/PlayPlan.h"
+
+namespace explain {
+
+/**
+ * Finds out where contents stand in the files of a plan, which it borrows. A file that consists of
+ * equal periods has a position in each of them: those become one Positions, however many they are.
+ */
+class ContentSearch
+{
+public:
+    explicit ContentSearch(const PlayPlan& plan) : mPlan(plan) {}
+
+    /**
+     * All positions where the file goes on with these contents, as far as it goes; by a look at
+     * every sample. Requires: at least one content.
+     */
+    std::vector<Positions> scan(const std::vector<SampleContent>& contents) const;
+
+    /**
+     * The same by an index, which is made by the first call: 8 bytes a sample, and soon no more
+     * time than the answer is long.
+     */
+    std::vector<Positions> find(const std::vector<SampleContent>& contents) const;
+
+private:
+    void makeIndex() const;
+    void addPositions(size_t file, const std::vector<size_t>& samples,
+                      std::vector<Positions>* all) const;
+
+    const PlayPlan& mPlan;
+    /** For each sample its hash and, in the lower half, its number in all files; in this order. */
+    mutable std::vector<quint64> mIndex;
+};
+
+} // namespace explain

@@ -1,0 +1,59 @@
+#include "explain/Event.h"
+
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+
+#include "SampleRecord.h"
+
+namespace explain {
+
+namespace {
+std::string deathOf(const nlohmann::json& line)
+{
+    const auto end = line["program"].get<std::string>();
+    if (end == "killed") {
+        return fmt::format("the program was killed by signal {}", line.at("signal").get<int>());
+    }
+    if (end == "exited" && line.at("status").get<int>() != 0) {
+        return fmt::format("the program exited with status {}", line["status"].get<int>());
+    }
+    return "";
+}
+
+void readWrite(const nlohmann::json& line, Event* event)
+{
+    event->mAccepted = line.at("accepted").get<bool>();
+    if (line.at("file").get<std::string>() == "adc-in") {
+        event->mKind = Event::Kind::Block;
+        event->mSamples = line.at("bytes").get<size_t>() / sizeof(SampleRecord);
+    } else if (line.contains("text")) {
+        event->mKind = Event::Kind::Command;
+        event->mText = line["text"].get<std::string>();
+        event->mReason = line.value("reason", std::string());
+    }
+}
+} // namespace
+
+std::optional<Event> parseEvent(std::string_view line)
+{
+    try {
+        const auto json = nlohmann::json::parse(line);
+        Event event;
+        event.mTimeNs = json.at("t").get<qint64>();
+        if (json.contains("program")) {
+            event.mKind = Event::Kind::ProgramEnd;
+            event.mText = deathOf(json);
+        } else if (json.contains("run")) {
+            event.mKind = Event::Kind::RunEnd;
+            event.mText = json.value("reason", std::string());
+        } else {
+            readWrite(json, &event);
+        }
+        return event;
+    } catch (const nlohmann::json::exception&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace explain

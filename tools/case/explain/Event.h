@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QtGlobal>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace explain {
+
+/** A line of vx-sandbox --events or vx-control --events, as far as it matters to the judge. */
+struct Event
+{
+    enum class Kind
+    {
+        Block,      ///< a write of samples to the driver
+        Command,    ///< for the control FIFO
+        ProgramEnd, ///< the program exited or was killed
+        RunEnd,     ///< always the last line of the sandbox
+        Other
+    };
+
+    Kind mKind = Kind::Other;
+    qint64 mTimeNs = 0;    ///< since the epoch
+    bool mAccepted = true; ///< Block: by the driver; Command: it was written
+    size_t mSamples = 0;   ///< of Block
+    /**
+     * Command: its text. ProgramEnd: how it died, in words; empty when it was stopped because the
+     * run was over, or exited with status 0. RunEnd: why.
+     */
+    std::string mText;
+    std::string mReason; ///< why a command was not written
+};
+
+/** Nothing when the line is no event. */
+std::optional<Event> parseEvent(std::string_view line);
+
+} // namespace explain

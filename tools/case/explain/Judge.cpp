@@ -1,0 +1,416 @@
+#include "explain/Judge.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace explain {
+
+namespace {
+/** More beginnings than these are told apart by more than the first record. */
+constexpr size_t kMaxFronts = 64;
+
+std::string sampleText(const PlayedFile& file, size_t sample)
+{
+    return fmt::format("sample {} of {}", sample + 1, file.name());
+}
+
+constexpr size_t kFieldsBeforeChannels = 2;
+
+std::string fieldName(size_t field)
+{
+    if (field < kFieldsBeforeChannels) {
+        return field == 0 ? "auxiliary word" : "flag word";
+    }
+    return fmt::format("channel {}", field - kFieldsBeforeChannels);
+}
+
+std::string valueText(size_t field, quint32 value)
+{
+    return field < kFieldsBeforeChannels ? std::to_string(value)
+                                         : std::to_string(static_cast<qint32>(value));
+}
+} // namespace
+
+Judge::Judge(const PlayPlan& plan, bool hasEvents, ExplanationOutput& output)
+    : mPlan(plan),
+      mHasEvents(hasEvents),
+      mOutput(output),
+      mTracker(PlaybackTracker::atStart(plan)),
+      mResynchronizer(plan),
+      mCommands(plan.configurationCount(), plan.longestCaseNs()),
+      mMerger(plan, !hasEvents, output)
+{
+}
+
+void Judge::add(const SampleRecord* records, size_t count)
+{
+    mWindow.append(records, count);
+    judge(RecordWindow::kAhead);
+}
+
+/** Goes on as long as more records than these are ahead. */
+void Judge::judge(size_t keepAhead)
+{
+    while (mWindow.arrived() > keepAhead && (!mHasEvents || mEvents.covers(mWindow.position()))) {
+        begin();
+        offerDueCommands();
+        if (!takeNext()) {
+            repair();
+        }
+    }
+}
+
+/** Where the recording may begin: where the simulator does, or anywhere. */
+void Judge::begin()
+{
+    if (mHasBegun) {
+        return;
+    }
+    mHasBegun = true;
+    const ContentSearch search(mPlan);
+    std::vector<Positions> fronts = search.scan({contentOf(mWindow.next())});
+    if (fronts.size() > kMaxFronts) {
+        fronts = search.scan(mWindow.proof(0));
+    }
+    mTracker.addCutFronts(fronts, mHasEvents);
+}
+
+bool Judge::takeNext()
+{
+    const qint64 stampNs = waveform::stampNsOf(mWindow.next());
+    std::optional<qint64> stepNs;
+    if (mLastStampNs && mNextStep == NextStep::Known) {
+        stepNs = stampNs - *mLastStampNs;
+    }
+    if (!mTracker.keep(contentOf(mWindow.next()), stepNs)) {
+        return false;
+    }
+    pass(stampNs);
+    return true;
+}
+
+/** The next record is the next sample of the likeliest. */
+void Judge::pass(qint64 stampNs)
+{
+    tell(mTracker.takeEnded());
+    const Arrival arrival{mWindow.position(), stampNs};
+    if (mWindow.arrived() > 1) {
+        const SampleContent next = contentOf(mWindow[size_t{1}]);
+        mTracker.advance(arrival, &next);
+    } else {
+        mTracker.advance(arrival);
+    }
+    mLastStampNs = stampNs;
+    mNextStep = NextStep::Known;
+    mWindow.advance();
+}
+
+void Judge::offerDueCommands()
+{
+    if (mHasEvents && mTracker.isBetweenCases()) {
+        offerCommands();
+    }
+}
+
+void Judge::offerCommands()
+{
+    if (mOfferedAt == mWindow.position() || !mLastStampNs) {
+        return;
+    }
+    mOfferedAt = mWindow.position();
+    const qint64 stampNs = waveform::stampNsOf(mWindow.next());
+    const qint64 arrivalNs = mEvents.arrivalNs(mWindow.position()).value_or(stampNs);
+    takeCommands(arrivalNs);
+    giveUpOverdueCommand(arrivalNs);
+    mTracker.offer(mCommands.valid(), {arrivalNs, stampNs});
+}
+
+/** Judges the commands that were given by then. */
+void Judge::takeCommands(std::optional<qint64> untilNs)
+{
+    while (const std::optional<Event> sent = mEvents.takeCommand(untilNs)) {
+        if (!sent->mAccepted) {
+            addRunFinding(FindingKind::NotSent, 1,
+                          fmt::format("command '{}' at {} was not sent{}{}", sent->mText,
+                                      stampText(sent->mTimeNs), sent->mReason.empty() ? "" : ": ",
+                                      sent->mReason));
+        } else if (const std::optional<CommandOutcome> rejected = mCommands.add(*sent)) {
+            if (mTracker.isSettled()) {
+                mOutput.add(*rejected);
+            } else {
+                mPending.push_back({mWindow.position() - 1, *rejected});
+            }
+        }
+    }
+}
+
+void Judge::giveUpOverdueCommand(qint64 nowNs)
+{
+    const size_t next = mTracker.likeliest().mKnownCommands;
+    if (const std::optional<CommandOutcome> waiting = mCommands.giveUpOverdue(next, nowNs)) {
+        addNotFollowed(*waiting);
+        mTracker.giveUpCommand();
+    }
+}
+
+void Judge::addNotFollowed(const CommandOutcome& waiting)
+{
+    addFinding(FindingKind::NotFollowed, 1,
+               fmt::format("command '{}' given at {} is not followed", waiting.mText,
+                           stampText(waiting.mArrivalNs)));
+}
+
+void Judge::tell(const std::vector<PlayedPasses>& all)
+{
+    for (const PlayedPasses& played : all) {
+        if (!mPending.empty() && mPending.front().mRecord <= played.mLast.mRecord) {
+            mMerger.flushOthers(mPlan.files()[played.mFile]);
+            tellPending(played.mLast.mRecord);
+        }
+        tellCommands(played);
+        mMerger.add(played);
+    }
+}
+
+void Judge::tellPending(size_t untilRecord)
+{
+    for (; !mPending.empty() && mPending.front().mRecord <= untilRecord; mPending.pop_front()) {
+        std::visit([this](const auto& line) { mOutput.add(line); }, mPending.front().mLine);
+    }
+}
+
+/** Tells of the command that brought a pass, and of one that nobody gave. */
+void Judge::tellCommands(const PlayedPasses& played)
+{
+    if (mHasEvents && played.mUnknownCommands > mReportedChanges) {
+        mMerger.flush();
+        const Finding finding{
+            FindingKind::NotGiven, played.mFirst.mRecord, 1,
+            fmt::format("{} begins without a command", mPlan.files()[played.mFile].name())};
+        if (mFindings.add(finding)) {
+            mOutput.add(finding);
+        }
+    }
+    mReportedChanges = std::max(mReportedChanges, played.mUnknownCommands);
+    while (std::optional<CommandOutcome> command =
+               mCommands.takeUnreported(played.mKnownCommands)) {
+        mMerger.flush();
+        command->mFirstSampleArrivalNs = played.mLastEffect.mArrivalNs;
+        command->mFirstStampNs = played.mLastEffect.mStampNs;
+        mOutput.add(*command);
+    }
+}
+
+/** What arrived so far is done with: the next record does not follow from it. */
+void Judge::breakOff()
+{
+    if (mLastStampNs) {
+        tell(mTracker.breakOff({mWindow.position() - 1, *mLastStampNs}));
+    }
+    tellPending(mWindow.position());
+    mMerger.flush();
+}
+
+void Judge::repair()
+{
+    const Repair found = mResynchronizer.repair(mWindow, mTracker, mLastStampNs, mNextStep);
+    switch (found.mKind) {
+        case Repair::Kind::Differs:
+            passDifferent(found);
+            return;
+        case Repair::Kind::Twice:
+            addFinding(FindingKind::Twice, found.mSamples,
+                       fmt::format("{} samples come twice", found.mSamples));
+            mWindow.advance(found.mRecords);
+            return;
+        case Repair::Kind::Foreign:
+            passForeign(found);
+            return;
+        case Repair::Kind::TimeJump:
+            addTimeJump();
+            mNextStep = NextStep::Judged;
+            return;
+        case Repair::Kind::Missing:
+        case Repair::Kind::Elsewhere:
+            goOnElsewhere(found);
+            return;
+    }
+}
+
+void Judge::goOnElsewhere(const Repair& found)
+{
+    breakOff();
+    const std::string expected = expectedText();
+    const bool goesBack = mLastStampNs && mNextStep == NextStep::Known &&
+                          waveform::stampNsOf(mWindow.next()) <= *mLastStampNs;
+    if (goesBack) {
+        addTimeJump();
+    }
+    mTracker = found.mAfter;
+    mTracker.forgetPasses();
+    mNextStep = NextStep::Judged;
+    mOfferedAt.reset();
+    if (found.mKind == Repair::Kind::Missing) {
+        addFinding(
+            FindingKind::Missing, found.mSamples,
+            fmt::format("{} samples are missing before it, from {} on", found.mSamples, expected));
+    } else if (mLastStampNs) {
+        addFinding(FindingKind::Elsewhere, 1,
+                   fmt::format("it is {} instead of {}", expectedText(), expected));
+    }
+}
+
+void Judge::passDifferent(const Repair& found)
+{
+    mTracker = found.mAfter;
+    for (size_t i = 0; i < found.mRecords; ++i) {
+        offerDueCommands();
+        const bool fits = mTracker.keep(contentOf(mWindow.next()), std::nullopt);
+        const qint64 stampNs = judgedStampNs(fits);
+        if (!fits) {
+            addFinding(FindingKind::Differs, 1, differenceText());
+            mTracker.splitUnequal();
+        }
+        pass(stampNs);
+    }
+}
+
+/** When the next record was played; where its stamp is as wrong as the rest, as it should be. */
+qint64 Judge::judgedStampNs(bool fits)
+{
+    const qint64 stampNs = waveform::stampNsOf(mWindow.next());
+    if (!mLastStampNs || mNextStep != NextStep::Known ||
+        mTracker.allowsStep(stampNs - *mLastStampNs)) {
+        return stampNs;
+    }
+    if (!fits) {
+        return *mLastStampNs + mTracker.nextStep();
+    }
+    addTimeJump();
+    return stampNs;
+}
+
+/** Goes over them as over those that should have come, so that time and commands are not lost. */
+void Judge::passForeign(const Repair& found)
+{
+    breakOff();
+    addFinding(FindingKind::Foreign, found.mSamples,
+               fmt::format("{} samples stand in no file; {} was expected", found.mSamples,
+                           expectedText()));
+    for (size_t i = 0; i < found.mRecords; ++i) {
+        offerDueCommands();
+        if (mLastStampNs) {
+            *mLastStampNs += mTracker.nextStep();
+        }
+        mTracker.splitUnequal();
+        mTracker.advance();
+        mWindow.advance();
+    }
+    mTracker.forgetPasses();
+    const bool goesOn =
+        mWindow.arrived() > 0 && mTracker.allows(contentOf(mWindow.next()), std::nullopt);
+    mNextStep = goesOn ? NextStep::Known : NextStep::Doubtful;
+}
+
+void Judge::addTimeJump()
+{
+    addFinding(
+        FindingKind::TimeJump, 1,
+        fmt::format("the time stamp is {} ns after the one before, expected {} ns",
+                    waveform::stampNsOf(mWindow.next()) - *mLastStampNs, mTracker.nextStep()));
+}
+
+/** Puts it out once it is known what was played so far, which is mostly now. */
+void Judge::addFinding(FindingKind kind, size_t count, const std::string& text)
+{
+    const Finding finding{kind, mWindow.position(), count, text};
+    if (mFindings.add(finding)) {
+        mPending.push_back({finding.mRecord, finding});
+    }
+    tell(mTracker.takeEnded());
+    if (mTracker.isSettled()) {
+        mMerger.flushOthers(mTracker.likeliestFile());
+        tellPending(finding.mRecord);
+    }
+}
+
+void Judge::addRunFinding(FindingKind kind, size_t count, const std::string& text)
+{
+    const Finding finding{kind, mWindow.position(), count, text};
+    if (mFindings.add(finding)) {
+        mOutput.add(finding);
+    }
+}
+
+std::string Judge::expectedText() const
+{
+    return sampleText(mTracker.likeliestFile(), mTracker.likeliest().mSample);
+}
+
+std::string Judge::differenceText() const
+{
+    const SampleContent found = contentOf(mWindow.next());
+    const SampleContent& expected =
+        mTracker.likeliestFile().samples()[mTracker.likeliest().mSample];
+    std::string text;
+    for (size_t field = 0; field < found.size(); ++field) {
+        if (found[field] != expected[field]) {
+            text += fmt::format("{} {} has {} instead of {}", text.empty() ? ":" : ",",
+                                fieldName(field), valueText(field, found[field]),
+                                valueText(field, expected[field]));
+        }
+    }
+    return expectedText() + text;
+}
+
+void Judge::finish(size_t restBytes, bool isComplete)
+{
+    mEvents.finish();
+    judge(0);
+    breakOff();
+    const bool isRestFault = restBytes > 0 && (isComplete || mEvents.isRunOver());
+    if (isRestFault) {
+        addFinding(FindingKind::Incomplete, restBytes,
+                   fmt::format("only {} bytes of it", restBytes));
+    }
+    if (mHasEvents) {
+        finishCommands();
+        finishRun(isComplete || mEvents.isRunOver());
+    }
+    mOutput.add(Verdict{mWindow.position(), isRestFault ? 0 : restBytes, mFindings});
+}
+
+void Judge::finishCommands()
+{
+    takeCommands(std::nullopt);
+    while (const std::optional<CommandOutcome> waiting = mCommands.takeUnreported()) {
+        if (mCommands.isNotFollowed(*waiting, mEvents.lastTimeNs())) {
+            addNotFollowed(*waiting);
+        } else {
+            mOutput.add(*waiting);
+        }
+    }
+}
+
+void Judge::finishRun(bool isComplete)
+{
+    const size_t recorded = mWindow.position();
+    const size_t told = mEvents.samples();
+    if (told != recorded && isComplete) {
+        addRunFinding(
+            FindingKind::OtherEvents, std::max(told, recorded) - std::min(told, recorded),
+            fmt::format("the events tell of {} samples, the recording has {}", told, recorded));
+    }
+    if (mEvents.refusedSamples() > 0 && mEvents.isRunOver()) {
+        addRunFinding(FindingKind::Refused, mEvents.refusedSamples(),
+                      fmt::format("the driver refused all blocks up to the end of the run: {} "
+                                  "samples",
+                                  mEvents.refusedSamples()));
+    }
+    if (!mEvents.death().empty()) {
+        addRunFinding(FindingKind::Died, 1, mEvents.death());
+    }
+}
+
+} // namespace explain

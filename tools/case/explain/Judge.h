@@ -1,0 +1,111 @@
+#pragma once
+
+#include <deque>
+#include <variant>
+
+#include "explain/CommandLedger.h"
+#include "explain/PassMerger.h"
+#include "explain/Resynchronizer.h"
+#include "explain/RunEvents.h"
+
+namespace explain {
+
+/**
+ * Says of a recording of the driver what was played when, and what is wrong with it. Records and
+ * events go in piece by piece as they come, and what is found out comes out as soon as it is
+ * certain, in memory that does not depend on their length.
+ *
+ * The judge stays RecordWindow::kAhead records behind what arrived: what a record means may show
+ * only later. What arrives goes one way: RunEvents and RecordWindow hold it, PlaybackTracker
+ * follows it, Resynchronizer finds out where that fails, PassMerger makes segments.
+ *
+ * Borrows the plan and the output.
+ */
+class Judge
+{
+public:
+    /**
+     * @param hasEvents whether events will come; without them what was commanded is taken from what
+     *        was played
+     */
+    Judge(const PlayPlan& plan, bool hasEvents, ExplanationOutput& output);
+
+    /**
+     * Takes the events that happened next. Records are judged once the events cover them, so in
+     * front of records their block is to be added. Requires: hasEvents.
+     */
+    void add(const Event& event) { mEvents.add(event); }
+
+    /** Takes the records that arrived next and judges what can be judged. */
+    void add(const SampleRecord* records, size_t count);
+
+    /** Records that the events tell of. */
+    size_t recordsInEvents() const { return mEvents.samples(); }
+
+    /** What was found so far. */
+    const FindingCounts& findings() const { return mFindings; }
+
+    /** Whether the events say that the run is over. */
+    bool isRunOver() const { return mEvents.isRunOver(); }
+
+    /**
+     * Judges what is left, and puts out the verdict. Nothing may be added after it.
+     * @param restBytes of a record behind the last whole one
+     * @param isComplete whether nobody goes on writing the recording: such a rest is a fault then,
+     *        and where the events tell of another number of records
+     */
+    void finish(size_t restBytes, bool isComplete);
+
+private:
+    /** What is to be put out in front of the segment that it is in. */
+    struct PendingLine
+    {
+        size_t mRecord;
+        std::variant<Finding, CommandOutcome> mLine;
+    };
+
+    void judge(size_t keepAhead);
+    void begin();
+    bool takeNext();
+    void pass(qint64 stampNs);
+    void offerDueCommands();
+    void offerCommands();
+    void takeCommands(std::optional<qint64> untilNs);
+    void giveUpOverdueCommand(qint64 nowNs);
+    void addNotFollowed(const CommandOutcome& waiting);
+    void tell(const std::vector<PlayedPasses>& all);
+    void tellPending(size_t untilRecord);
+    void tellCommands(const PlayedPasses& played);
+    void breakOff();
+    void repair();
+    void passDifferent(const Repair& found);
+    qint64 judgedStampNs(bool fits);
+    void passForeign(const Repair& found);
+    void addTimeJump();
+    void goOnElsewhere(const Repair& found);
+    void addFinding(FindingKind kind, size_t count, const std::string& text);
+    void addRunFinding(FindingKind kind, size_t count, const std::string& text);
+    std::string expectedText() const;
+    std::string differenceText() const;
+    void finishCommands();
+    void finishRun(bool isComplete);
+
+    const PlayPlan& mPlan;
+    bool mHasEvents;
+    ExplanationOutput& mOutput;
+    RecordWindow mWindow;
+    RunEvents mEvents;
+    PlaybackTracker mTracker;
+    Resynchronizer mResynchronizer;
+    CommandLedger mCommands;
+    PassMerger mMerger;
+    FindingCounts mFindings;
+    std::deque<PendingLine> mPending; ///< while it is ambiguous what was played
+    bool mHasBegun = false;
+    std::optional<qint64> mLastStampNs;
+    NextStep mNextStep = NextStep::Known;
+    std::optional<size_t> mOfferedAt; ///< the last record before which commands were due
+    int mReportedChanges = 0;
+};
+
+} // namespace explain

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+
+#include "explain/Findings.h"
+#include "explain/PassHistory.h"
+#include "explain/PlayPlan.h"
+
+namespace explain {
+
+/** Merges passes of one file in a row, for the same configurations, into one segment. */
+class PassMerger
+{
+public:
+    /**
+     * @param namesEqual whether to name all configurations that play the same, since it is not
+     *        known which of them was meant
+     * Borrows the plan and the output.
+     */
+    PassMerger(const PlayPlan& plan, bool namesEqual, ExplanationOutput& output)
+        : mPlan(plan), mNamesEqual(namesEqual), mOutput(output)
+    {
+    }
+
+    /** Puts out a segment of another file: what is put out next comes behind it. */
+    void flushOthers(const PlayedFile& file);
+
+    void add(const PlayedPasses& played);
+
+    /** Puts out what there is; what follows begins a new segment. */
+    void flush();
+
+private:
+    std::vector<int> configurationsOf(const PlayedPasses& played) const;
+
+    const PlayPlan& mPlan;
+    bool mNamesEqual;
+    ExplanationOutput& mOutput;
+    std::optional<PlayedSegment> mSegment;
+};
+
+} // namespace explain
