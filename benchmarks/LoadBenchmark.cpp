@@ -19,6 +19,7 @@
 #include "BenchFiles.h"
 #include "InputValues.h"
 #include "LineReader.h"
+#include "explain/PlayedFile.h"
 
 namespace {
 constexpr int kMillionLines = 1'000'000;
@@ -212,6 +213,19 @@ void programFurtherFile(benchmark::State& state)
     measure(state, load, 3);
 }
 
+explain::PlayedFile loadToExplain(const QString& path)
+{
+    explain::PlayedFile file("");
+    file.read(path);
+    return file;
+}
+
+/** As vx-case explain holds the file. */
+void explainFile(benchmark::State& state)
+{
+    measure(state, loadToExplain);
+}
+
 void floorReadAndFindLineEnds(benchmark::State& state)
 {
     measure(state, countLines);
@@ -251,6 +265,7 @@ BENCHMARK(program)
     ->Arg(kMillionLines)
     ->Arg(5 * kMillionLines)
     ->Apply(asTable);
+BENCHMARK(explainFile)->Arg(10'000)->Arg(kMillionLines)->Arg(1'300'000)->Apply(asTable);
 BENCHMARK(programFurtherFile)->Arg(10'000)->Apply(asTable);
 } // namespace
 
