@@ -29,7 +29,7 @@ public:
 
     /**
      * Clears the mark in every record of the batch and sets it in the first record beyond the
-     * mark point of each new second. What a batch leaves open goes on in the next one.
+     * mark point of each new second. What a batch leaves open continues in the next one.
      *
      * @param records count consecutive records; may be null when count is 0 or negative
      * @return true when a record was marked in this batch

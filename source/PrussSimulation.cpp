@@ -262,7 +262,7 @@ void PrussSimulation::passTenSecondMark()
     sLastMark = mSimTime;
 }
 
-/** After an exception out of the write it goes on as after a successful one. */
+/** An exception from the write counts as success. */
 bool PrussSimulation::writeBlock(qint64 samples, const log4cxx::spi::LocationInfo& location)
 {
     const qint64 size = samples * static_cast<qint64>(sizeof(SampleRecord));

@@ -47,7 +47,7 @@ public:
 
     /**
      * Samples in all blocks that the driver took; one whose write threw is counted, too, since the
-     * writer goes on as if it had worked.
+     * writer continues as if it had worked.
      */
     quint64 samplesWritten() const { return mSamplesWritten; }
 

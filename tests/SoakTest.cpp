@@ -12,9 +12,9 @@ namespace {
 constexpr qint64 kHour = 3600 * kSecond;
 constexpr qint64 kTenSeconds = 10 * kSecond;
 constexpr qint64 kLeadAtMost = 230'000'000;
-constexpr unsigned kLongestOversleep = 3'000'000; ///< ns
-constexpr unsigned kLongestWork = 400'000;        ///< ns, of a case
-constexpr size_t kGrowthAtMost = 64 * 1024;       ///< bytes
+constexpr unsigned kMaxOversleep = 3'000'000; ///< ns
+constexpr unsigned kMaxWork = 400'000;        ///< ns, of a case
+constexpr size_t kGrowthAtMost = 64 * 1024;   ///< bytes
 
 /** Lines of a value file, and what its frequency means for the driver. */
 struct Case
@@ -178,8 +178,8 @@ TEST_F(SoakTest, EveryRecordOfHoursIsTheOneThatShouldCome)
         }
         mLog.mEvents.clear();
         mSystem.mSleeps.clear();
-        mSystem.mOversleep = mRandom() % kLongestOversleep;
-        mSystem.advance(mRandom() % kLongestWork);
+        mSystem.mOversleep = mRandom() % kMaxOversleep;
+        mSystem.advance(mRandom() % kMaxWork);
         const qint64 played = toNanoseconds(mSystem.mMonotonic) - start;
         if (played >= hours * kHour / 10 && descriptors == 0) {
             bytes = mallinfo2().uordblks;
