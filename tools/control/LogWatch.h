@@ -7,7 +7,7 @@
 namespace control {
 
 /**
- * Follows a log file from its present end on. When the log is rotated, goes on in the new file;
+ * Follows a log file from its present end on. When the log is rotated, continues in the new file;
  * when it is truncated, starts again at its beginning.
  *
  * Owns the open file, which may be the one that was renamed.
