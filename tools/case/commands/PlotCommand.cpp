@@ -23,8 +23,8 @@ namespace commands {
 
 namespace {
 constexpr char kPlotFooter[] =
-    R"(INPUT is a value file, a recording of the driver or a COMTRADE recording. A second
-one is drawn over it, dashed. FILE ends in .svg or .png; without it the picture is
+    R"(INPUT is a value file, a recording of the driver, a COMTRADE recording or a text file
+with a heading. A second one is drawn over it, dashed. FILE ends in .svg or .png; without it the picture is
 drawn on the terminal.
 
 Examples:
@@ -155,22 +155,24 @@ void plotOnTerminal(PlotOptions options)
 void addPlotCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand("plot",
-                                            "Draws a signal: the whole, and where "
-                                            "something happens in it");
+                                            "Draws a signal: the whole, and the "
+                                            "waveforms where it changes");
     command.footer(kPlotFooter);
     const auto options = std::make_shared<PlotOptions>();
     plot::PictureRequest& request = options->mRequest;
-    command.add_option("INPUT", request.mInputs, "What is drawn; a second one over the first")
+    command.add_option("INPUT", request.mInputs, "Signal to draw; a second one is drawn over it")
         ->required()
         ->type_name("")
         ->expected(1, 2);
-    command.add_option("-o", options->mOutput, "Picture to be written, .svg or .png")
+    command
+        .add_option("-o", options->mOutput,
+                    "Picture to write, .svg or .png (default: the terminal)")
         ->type_name("FILE");
     command.add_option("--events", request.mEvents, "What vx-sandbox --events wrote: the commands")
         ->type_name("FILE");
     command
         .add_option("--config", request.mConfiguration,
-                    "Case configuration that was played: shows what was played when")
+                    "Case configuration that was played; shows what was played when")
         ->type_name("FILE");
     command
         .add_option("--directory", request.mDirectory,

@@ -31,7 +31,7 @@ constexpr double kFrequencyScore = 5.0;
  */
 constexpr double kOnset = 0.2;
 
-/** A change within a period goes into the next one; in the one behind that it has settled. */
+/** A change within a period reaches into the next one; in the one after that it has settled. */
 constexpr size_t kSettled = 2;
 
 /** The period's value at a phase that it has no sample at, on a line between its samples. */
@@ -72,7 +72,7 @@ void ChangeDetector::add(const Period& last, const Period& period, const std::ve
         mScales[mGroupOf[i]] = std::max(mScales[mGroupOf[i]], rms[i]);
     }
     if (last.size() < 2) {
-        // What begins here follows from nothing; the next difference is the one to go by.
+        // Nothing to compare with: the next difference must not count as a rise.
         mLastDifferences.assign(rms.size(), std::numeric_limits<double>::infinity());
     } else {
         const Change change = findChange(last, period);

@@ -19,16 +19,16 @@ struct Change
 };
 
 /**
- * Finds where a period begins to differ from the one before it, or the time stamps begin to go at
- * another pace. Goes over the periods once and keeps the changes with the highest scores.
+ * Finds where a period begins to differ from the one before it, or the rate of the time stamps
+ * begins to change. Goes over the periods once and keeps the changes with the highest scores.
  */
 class ChangeDetector
 {
 public:
     /**
-     * So many are kept. Of the best three that lie five periods apart none is lost: changes begin
-     * in every other period at most (nearer ones are one), so each of them rules out four others,
-     * and the best eleven hold three; one more is still growing.
+     * Max number that is kept. None of the best three that lie five periods apart is lost: changes
+     * begin in every other period at most (nearer ones are one), so each of them rules out four
+     * others, and the best eleven hold three; one more is still growing.
      */
     static constexpr size_t kMaxChanges = 12;
 

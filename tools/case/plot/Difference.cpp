@@ -73,7 +73,7 @@ void Difference::finish()
     mSides = {};
 }
 
-/** Both have their first sample only at the beginning, so the later one is where both are. */
+/** Both sides start at their first samples: the later of them is where both have samples. */
 void Difference::align()
 {
     Side& left = mSides[0];

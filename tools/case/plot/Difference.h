@@ -18,7 +18,7 @@ class Difference
 {
 public:
     /**
-     * The channels of the same conductor are compared, in groups alike.
+     * Compares the channels of the same conductor, in groups of the same quantity.
      *
      * @param columns that the picture is wide
      */

@@ -16,7 +16,7 @@ using channels::Quantity;
 
 constexpr double kMilli = 1e-3;
 constexpr double kLongNumber = 1e4;
-constexpr size_t kLongestLabel = 20; ///< letters
+constexpr size_t kMaxLabelLetters = 20;
 
 std::string nameOf(const waveform::ChannelDescription& channel)
 {
@@ -25,7 +25,7 @@ std::string nameOf(const waveform::ChannelDescription& channel)
 
 std::string labelOf(const waveform::ChannelDescription& channel)
 {
-    return shortened(nameOf(channel), kLongestLabel);
+    return shortened(nameOf(channel), kMaxLabelLetters);
 }
 
 /** In V or A, so that two signals share their axes whatever units they were recorded in. */

@@ -9,8 +9,8 @@
 namespace plot {
 
 /**
- * A signal that is drawn: which of its channels, what it is as a whole, and its waveforms in some
- * windows. Reads its source once, block by block, and owns it.
+ * A signal that is drawn: which of its channels, its overview, and its waveforms in some windows.
+ * Reads its source once, block by block, and owns it.
  */
 class DrawnSignal
 {

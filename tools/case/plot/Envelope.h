@@ -19,7 +19,7 @@ struct Point
 class Envelope
 {
 public:
-    /** Keeps between columns and twice as many once there are so many. Requires: columns > 0. */
+    /** Once full, keeps between `columns` and twice as many columns. Requires: columns > 0. */
     Envelope(size_t curves, size_t columns) : mMaxColumns(2 * columns), mCurves(curves) {}
 
     /** A value that is not a number is left out. Requires: a value a curve. */

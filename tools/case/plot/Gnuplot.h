@@ -12,8 +12,8 @@ namespace plot {
  */
 std::string runGnuplot(const std::string& script);
 
-/** Throws CaseError when the system has no font, without which gnuplot leaves all texts out of PNG
- * without a word. */
+/** Throws CaseError when the system has no font, without which gnuplot silently leaves
+ * all texts out of PNG. */
 void expectFont();
 
 } // namespace plot

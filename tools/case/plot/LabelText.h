@@ -23,7 +23,7 @@ size_t letterCount(const std::string& text);
 std::string shortened(const std::string& text, size_t letters);
 
 /**
- * The text in lines, broken behind semicolons. A part between semicolons that does not fit is
+ * The text in lines, broken after semicolons. A part between semicolons that does not fit is
  * shortened. Requires: letters >= 4.
  */
 std::vector<std::string> brokenIntoLines(const std::string& text, size_t letters);

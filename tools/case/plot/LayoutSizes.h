@@ -6,7 +6,7 @@ namespace plot {
 
 /** Sizes that the parts of a layout share, in its units. */
 
-/** Mean of a letter, and of a line of text. */
+/** Mean width of a letter, and height of a line of text. */
 inline constexpr double kLetterWidth = 8.5;
 inline constexpr double kLineHeight = 18.0;
 

@@ -9,7 +9,7 @@ namespace plot {
 struct Moment
 {
     double mSeconds;
-    double mScore; ///< of changes in the signal the change relative to it, about 0 to 1
+    double mScore; ///< of a change in the signal: relative to it, about 0 to 1
     std::string mText;
 };
 

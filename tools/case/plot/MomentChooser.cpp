@@ -13,14 +13,14 @@ namespace plot {
 namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/** Periods shown before and behind a moment. */
+/** Periods shown before and after a moment. */
 constexpr double kPeriodsBefore = 2.25;
 constexpr double kPeriodsBehind = 2.75;
 
 /** On both sides of a time that was asked for; the beginning is as long. */
 constexpr double kPeriodsAround = 5.0;
 
-/** Where few changes are found in the signal itself, these come behind them. */
+/** Where few changes are found in the signal itself, these come after them. */
 constexpr double kSwitchScore = 0.04;
 constexpr double kCommandScore = 0.03;
 
@@ -28,11 +28,11 @@ constexpr double kCommandScore = 0.03;
 constexpr size_t kMaxOthers = 16;
 
 /** Letters of a name in the title of a waveform. */
-constexpr size_t kLongestName = 24;
+constexpr size_t kMaxNameLetters = 24;
 
-Span spanAround(double seconds, double before, double behind)
+Span spanAround(double seconds, double before, double after)
 {
-    return {seconds - before, seconds + behind};
+    return {seconds - before, seconds + after};
 }
 
 Span spanOf(const Moment& moment, double period)
@@ -63,7 +63,7 @@ MomentChooser::MomentChooser(const MomentRequest& request, const std::vector<Pla
     for (size_t i = 1; i < played.size(); ++i) {
         mOthers.push_back({played[i].mFrom, kSwitchScore,
                            fmt::format("{:.4g} s: {} begins", played[i].mFrom,
-                                       shortened(played[i].mText, kLongestName))});
+                                       shortened(played[i].mText, kMaxNameLetters))});
     }
     for (const GivenCommand& command : commands) {
         mOthers.push_back({command.mSeconds, kCommandScore,

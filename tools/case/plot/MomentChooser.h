@@ -11,7 +11,7 @@
 
 namespace plot {
 
-/** Which waveforms are asked for; nothing of it: those around the moments found. In s. */
+/** Which waveforms are asked for, in s; without a time, those around the moments found. */
 struct MomentRequest
 {
     std::optional<double> mAt;

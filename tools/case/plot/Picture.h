@@ -8,7 +8,7 @@
 
 namespace plot {
 
-/** What a picture shows, without a word of how it is drawn. Times are in s. */
+/** What a picture shows, not how it is drawn. Times are in s. */
 
 /** Colours of curves: one for each conductor (L1, L2, L3, N), and that of the frequency. */
 inline constexpr size_t kConductorColours = 4;

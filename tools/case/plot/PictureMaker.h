@@ -10,7 +10,7 @@
 
 namespace plot {
 
-/** What is to be pictured. */
+/** What to draw. */
 struct PictureRequest
 {
     std::vector<std::string> mInputs; ///< one, or two to be drawn over each other
@@ -23,8 +23,8 @@ struct PictureRequest
 };
 
 /**
- * Reads the signals, each of them once, and tells what the picture shows. With a configuration the
- * recording is explained first, which reads it once more.
+ * Reads the signals, each of them once, and returns what the picture shows. With a configuration
+ * the recording is explained first, which reads it once more.
  *
  * @throws CaseError for what cannot be read or drawn
  */

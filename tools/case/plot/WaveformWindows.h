@@ -34,8 +34,8 @@ public:
     void add(const SharedBlock& block);
 
     /**
-     * The spans that are to be kept from now on. New ones have what is not forgotten, others go
-     * away.
+     * The spans that are to be kept from now on. A new one begins with what is not forgotten yet;
+     * others are dropped.
      *
      * @param columns that a window is wide in the picture: its samples are no denser from now on
      */
