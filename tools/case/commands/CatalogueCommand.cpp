@@ -20,7 +20,7 @@ void addCatalogueCommand(CLI::App& app)
         "  vx-case catalogue signals\n"
         "  vx-sandbox --for 10 --send 3:s4 -- vx-simulator --config signals/vx-simulator.conf");
     const auto options = std::make_shared<Options>();
-    command.add_option("DIRECTORY", options->mDirectory, "Where they go; made when missing")
+    command.add_option("DIRECTORY", options->mDirectory, "Output directory; created when missing")
         ->required()
         ->type_name("");
     command

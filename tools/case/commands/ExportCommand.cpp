@@ -13,11 +13,11 @@ namespace commands {
 
 namespace {
 constexpr char kExportFooter[] =
-    R"(INPUT is a value file or a recording of the driver (vx-sandbox --record). FILE
-says by its suffix what is written: NAME.cfg is COMTRADE 2013 with NAME.dat
+    R"(INPUT is a value file or a recording of the driver (vx-sandbox --record). The
+suffix of FILE selects the format: NAME.cfg is COMTRADE 2013 with NAME.dat
 beside it, NAME.cff the same in one file, NAME.csv text with a heading.
 
-Example, the second half of a second as it arrived:
+Example, the second half of the first second that arrived:
   vx-case export recording.bin --from 0.5 --to 1 -o half.cff)";
 
 void run(const exporting::ExportOptions& options)

@@ -25,7 +25,7 @@ constexpr char kGenerateFooter[] =
     R"(Channels 0 to 2 are the phase voltages and 3 the neutral voltage in mV, 4 to 6
 the phase currents and 7 the neutral current in mA.
 
-Examples, a second in which the first voltage sags to 40 % with a phase jump, and
+Examples: a second in which the first voltage sags to 40 % with a phase jump, and
 a signal of the catalogue in a single phase:
   vx-case generate --duration 1 --disturbance 0.3:0.4:0.4:-30:0 -o sag.csv
   vx-case generate --signal dip-70-25-50hz --set phases=1 -o dip.csv

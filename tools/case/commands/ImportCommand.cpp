@@ -27,10 +27,10 @@ constexpr size_t kMaxRepeatedPeriods = 100'000;
 
 constexpr char kImportFooter[] =
     R"(Voltages go to channels 0 to 3 and currents to 4 to 7, in mV and mA, in the order
-A, B, C, neutral. --channels says it otherwise, by name or number: "0" is nothing, and
+A, B, C, neutral. --channels overrides that, by name or number: "0" means none, and
 channels that it does not name are found as before.
 
-Example, with the first period five times in front, and what plays it again and again:
+Example: five repetitions of the first period, and a configuration that plays it over and over:
   vx-case import fault.cfg --before 5 --loop -o fault.csv --configuration fault.conf)";
 
 struct ImportCommandOptions
@@ -151,13 +151,13 @@ CLI::Option& addReader(CLI::App& command, const char* name, OptionReader read,
 void addMapping(CLI::App& command, importing::ImportOptions& options)
 {
     addReader(command, "--channels", readChannels, options,
-              "What goes where: 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
+              "What each channel gets: 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
         .type_name("CHANNEL=SOURCE,...");
     addScaleOption(command, &options.mMapping.mCountsPerVolt, &options.mMapping.mCountsPerAmpere);
     addReader(command, "--side", readSide, options,
-              "Values by the transformers' ratios: primary or secondary (else as recorded)")
+              "Side of the transformers: primary or secondary (default: as recorded)")
         .type_name("SIDE");
-    command.add_flag("--clip", options.mClip, "Limits what does not fit 32 bits");
+    command.add_flag("--clip", options.mClip, "Limits values that do not fit 32 bits");
 }
 
 void addTiming(CLI::App& command, importing::ImportOptions& options)
@@ -166,13 +166,15 @@ void addTiming(CLI::App& command, importing::ImportOptions& options)
               "track: 360 lines are a period of the signal (default); nominal or HZ: they keep "
               "time at that frequency")
         .type_name("track|nominal|HZ");
-    command.add_option("--from", options.mFrom, "Begins there in the recording")->type_name("S");
-    command.add_option("--to", options.mTo, "Ends there")->type_name("S");
-    command.add_option("--before", options.mBefore, "Repeats the first period N times in front")
+    command
+        .add_option("--from", options.mFrom, "Begins there in the recording (default: its start)")
+        ->type_name("S");
+    command.add_option("--to", options.mTo, "Ends there (default: its end)")->type_name("S");
+    command.add_option("--before", options.mBefore, "Repeats the first period N times before it")
         ->type_name("N")
         ->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
     CLI::Option* const after =
-        command.add_option("--after", options.mAfter, "Repeats the last period N times behind");
+        command.add_option("--after", options.mAfter, "Repeats the last period N times after it");
     after->type_name("N")->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
     command
         .add_flag("--loop", options.mDoLoop,

@@ -15,7 +15,7 @@ namespace exporting {
 
 namespace {
 
-/** So many rates are written; where they change more often, time stamps say it. */
+/** Max number of rates that are written; where they change more often, only time stamps are. */
 constexpr size_t kMaxRates = 999;
 
 /** Keeps the samples from begin up to end. */

@@ -6,7 +6,7 @@
 
 namespace exporting {
 
-/** What is exported how. */
+/** What is exported, and how. */
 struct ExportOptions
 {
     std::string mInput;

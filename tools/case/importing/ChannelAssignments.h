@@ -9,14 +9,14 @@
 
 namespace importing {
 
-/** A channel of the recording, by name or number, and what it is multiplied with. */
+/** A channel of the recording, by name or number, and what it is multiplied by. */
 struct AssignedTerm
 {
     std::string mSource;
     double mFactor = 1.0;
 };
 
-/** What was asked for one channel of the device: a sum; without terms it is nothing. */
+/** What was asked for one channel of the device: a sum; without terms the channel is 0. */
 struct Assignment
 {
     std::string mText; ///< as it was given

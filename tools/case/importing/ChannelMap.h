@@ -39,7 +39,7 @@ struct MappedChannel
         double mFactor; ///< in the unit of the first term
     };
 
-    std::vector<Term> mTerms; ///< their sum; none is nothing
+    std::vector<Term> mTerms; ///< the channel is their sum; 0 without one
     std::string mText = "-";  ///< for the user: the sum as it is asked for
     std::string mUnit;        ///< of the sum
     double mCounts = 0.0;     ///< for 1 of that unit

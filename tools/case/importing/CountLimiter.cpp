@@ -26,7 +26,7 @@ std::array<qint32, kChannelCount> CountLimiter::round(const Counts& counts, doub
     for (size_t channel = 0; channel < counts.size(); ++channel) {
         const double rounded = std::nearbyint(counts[channel]);
         if (!(rounded >= kMinCount && rounded <= kMaxCount)) {
-            // Beyond all numbers sums become none.
+            // A sum whose terms overflow may be NaN.
             const double found = std::isnan(rounded) ? HUGE_VAL : rounded;
             Overflow& overflow = mOverflows[channel];
             if (overflow.mCount++ == 0) {

@@ -23,8 +23,8 @@ struct ImportOptions
     float mHz = 0.0F;            ///< for Fixed; one that can be played
     std::optional<double> mFrom; ///< s in the recording; its beginning if it is not given
     std::optional<double> mTo;   ///< likewise its end
-    size_t mBefore = 0;          ///< repetitions of the first period, in front
-    size_t mAfter = 0;           ///< repetitions of the last period, behind
+    size_t mBefore = 0;          ///< repetitions of the first period, before the recording
+    size_t mAfter = 0;           ///< repetitions of the last period, after it
     bool mDoLoop = false;        ///< fade the last period into the first one; not with mAfter
     bool mClip = false;
     std::string mMadeBy; ///< program and command line, for the comments

@@ -14,7 +14,7 @@
 namespace importing {
 
 namespace {
-/** More than anybody plays: stamps or a rate that lie. 55 h at 50 Hz. */
+/** 55 h at 50 Hz. Nobody plays more: the stamps or the rate must be wrong. */
 constexpr double kMaxPeriods = 1e7;
 
 void limitRange(ImportPlan& plan, const waveform::SignalDescription& description,

@@ -36,13 +36,13 @@ struct ImportPlan
     /** How long the period lasts that ends then, in s. */
     double periodBefore(double seconds) const;
 
-    /** The lines of the schedule in a second, the fewest. */
+    /** Lines in a second, where the schedule has the fewest. */
     double linesPerSecond() const;
 
-    /** Lines that so many periods in front take. */
+    /** Number of lines of that many periods before the recording. */
     size_t linesOf(size_t periods) const;
 
-    /** When the first line of those would be played, in s in the recording. */
+    /** Time of the first of those lines, in s in the recording. */
     double beginBefore(size_t periods) const;
 };
 

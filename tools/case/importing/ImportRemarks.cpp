@@ -12,7 +12,7 @@ namespace {
 constexpr size_t kMaxStatusChannels = 8;
 constexpr size_t kMaxChanges = 4; ///< of a channel
 
-/** From here on a peak differs, as a share; rounding of a count does not. */
+/** As a share of the peak. The rounding of counts stays below. */
 constexpr double kMaxPeakDifference = 0.01;
 
 /** The changes of a status channel in a range. */

@@ -13,7 +13,7 @@ namespace importing {
 std::vector<std::string> remarksOnStatus(const waveform::SignalDescription& description,
                                          const TimeRange& range);
 
-/** Which peaks of what was written are not those of what was recorded; nothing where all are. */
+/** Which peaks written differ from those recorded; empty where none does. */
 std::vector<std::string> remarksOnPeaks(const ImportReport& report);
 
 } // namespace importing

@@ -33,7 +33,7 @@ private:
 
     resampling::Interpolator mInterpolator;
     std::vector<Weight> mWeights;
-    std::vector<double> mValues; ///< of the columns, at the instant in work
+    std::vector<double> mValues; ///< of the columns, at the present instant
 };
 
 } // namespace importing

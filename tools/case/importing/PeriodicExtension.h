@@ -5,7 +5,7 @@
 namespace importing {
 
 /**
- * One period of a recording, repeated for ever: what is played in front of the recording or behind
+ * One period of a recording, repeated without end: what is played before the recording or after
  * it. Where the period's end does not meet its beginning, the difference is spread over the
  * period, so that the repetition has no jump. Borrows the signal.
  */

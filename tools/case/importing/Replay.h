@@ -8,7 +8,8 @@
 namespace importing {
 
 /**
- * Writes the lines of a replay in their order: periods in front, the recording, periods behind.
+ * Writes the lines of a replay in their order: repeated first periods, the recording,
+ * repeated last periods.
  * Borrows what it is made from. Each operation but writeRecording() throws CaseError for a
  * recording of less than one period.
  */
@@ -22,12 +23,12 @@ public:
 
     void writeRecording();
 
-    /** The last period, repeated: the recording goes on as it ends. */
+    /** The last period, repeated: the recording continues as it ends. */
     void writeAfter(size_t periods);
 
     /**
-     * One to two periods in which the last period fades into the first one: as many that the
-     * replay, played over and over, has no seam.
+     * One to two periods in which the last period fades into the first one: so many that
+     * the replay, played over and over, has no seam.
      */
     void writeLoop();
 

@@ -55,7 +55,7 @@ struct Deviation
     double mShare = 0.0;
 };
 
-/** A neutral near 0 is compared with the phases; below one count, difference is rounding. */
+/** A neutral near 0 is compared with the phases; a difference below one count is rounding. */
 Deviation largestDeviation(const Comparison& comparison, const ChannelMap& map)
 {
     Deviation largest;

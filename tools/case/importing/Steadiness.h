@@ -10,8 +10,8 @@
 namespace importing {
 
 /**
- * What is to be said of the periods that an import repeats: one that differs from the period beside
- * it is no steady signal.
+ * Remarks on the periods that an import repeats: one that differs from the period beside it is no
+ * steady signal.
  */
 std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPlan& plan,
                                            const ChannelMap& map, const ImportOptions& options);
