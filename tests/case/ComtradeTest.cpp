@@ -169,7 +169,7 @@ TEST(ComtradeTest, OddRecordings)
          stamped("0 1 2")},
         {"stamps missing and falling", kNoRate, "1,0,2,0\n2,1000,4,1\n3,,-6,1\n4,500,0,0\n",
          "2 3 -2 1 @ 0 1 2 3 | 3 samples are announced, 4 are there | 1 time stamps fall: the "
-         "step before them goes on there"},
+         "step before them is repeated"},
         {"no times", kNoRate, "1,,2,0\n2,,4,1\n",
          "c.dat: expected time stamps that rise, from the first record on, since the "
          "configuration has no rate"},

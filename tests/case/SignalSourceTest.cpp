@@ -76,6 +76,6 @@ TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
     EXPECT_NEAR(all.mSeconds[4999], 2499.500000003, 1e-12);
     EXPECT_EQ(all.mValues[7][4999], -4999);
     EXPECT_THAT(source.description().mRemarks,
-                ElementsAre("1 time stamps fall: the step before them goes on there",
+                ElementsAre("1 time stamps fall: the step before them is repeated",
                             "4 bytes at the end are no whole record: left out"));
 }

@@ -4,7 +4,7 @@
 
 namespace comtrade {
 
-/** Records of ASCII: one line each, with commas. */
+/** Records in ASCII: one line each, its fields between commas. */
 class ComtradeAsciiRecords : public ComtradeRecords
 {
 public:
@@ -27,7 +27,7 @@ private:
     base::InputFile& mFile;
     const ComtradeHeader& mHeader;
     size_t mFieldCount;
-    double mMissing;        ///< the number that stands for none; NaN where none does
+    double mMissing;        ///< the number that marks a missing value; else NaN
     size_t mLine;           ///< of the last line taken
     size_t mCutOffLine = 0; ///< of a last line that ends too early; 0 where none does
     qint64 mLastNumber = 0; ///< of a sample

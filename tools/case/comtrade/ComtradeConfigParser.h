@@ -10,9 +10,9 @@
 namespace comtrade {
 
 /**
- * Reads the configuration part of a COMTRADE recording, of any revision. Real files leave out and
- * bend much: what can be understood is taken, and a remark says how. Throws CaseError with the
- * file's name and the line for what cannot.
+ * Reads the configuration part of a COMTRADE recording, of any revision. Real files
+ * deviate from the standard in many ways: what can be understood is taken, and a remark says how.
+ * Throws CaseError with the file's name and the line for what cannot.
  *
  * Memory is bounded by the text, whatever numbers stand in it.
  */

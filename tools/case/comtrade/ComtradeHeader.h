@@ -12,10 +12,6 @@ namespace comtrade {
 /** Begins the heading of each section of a single file. */
 inline constexpr std::string_view kSectionMark = "---";
 
-/**
- * What the configuration part of a COMTRADE recording says: plain data, for who reads one and who
- * writes one. Texts are UTF-8 without blanks at their ends.
- */
 enum class ComtradeRevision
 {
     k1991 = 1991,
@@ -42,6 +38,10 @@ struct ComtradeAnalog
     double mLargest = 32767.0;
 };
 
+/**
+ * What the configuration part of a COMTRADE recording says: plain data, for its reader and its
+ * writer. Texts are UTF-8 without blanks at their ends.
+ */
 struct ComtradeHeader
 {
     std::string mStation;

@@ -50,7 +50,7 @@ void ComtradeSource::describe()
     mDescription.mRemarks = mParts.mRemarks.take();
 }
 
-/** What a configuration says of a channel that no recorder means. */
+/** Remarks on what a configuration says of a channel and no recorder means. */
 void ComtradeSource::remarkOnChannels()
 {
     const double hz = mParts.mHeader.mNominalHz > 0.0 ? mParts.mHeader.mNominalHz : kUsualHz;
@@ -102,7 +102,7 @@ void ComtradeSource::scale(size_t channel, std::vector<double>* column)
     double last = mLastValues[channel];
     size_t missing = 0;
     for (double& value : *column) {
-        // What is missing is no number, and that stays so; nor is what is beyond all numbers.
+        // A missing value is NaN, an overflow infinite: both count as missing.
         const double scaled = factor * value + offset;
         const bool isThere = std::isfinite(scaled);
         missing += isThere ? 0 : 1;

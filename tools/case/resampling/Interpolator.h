@@ -52,7 +52,7 @@ private:
     double mOutputRate;
     std::map<int, SincKernel> mKernels; ///< by how much faster than the output a segment is
 
-    /** Of the instant in work. */
+    /** Of the present instant. */
     const Segment* mSegment = nullptr;
     const SincKernel* mKernel = nullptr; ///< null: polynomials are used
     double mSeconds = 0.0;

@@ -61,7 +61,7 @@ SampleTimes::Segment fitted(const std::vector<double>& seconds, size_t first, si
     return {first, last, seconds[first] + mean - middle * step, step};
 }
 
-/** How often steps of two lengths occur, alone and behind one of the same length. */
+/** How often steps of two lengths occur, alone and after one of the same length. */
 struct StepCounts
 {
     size_t mShort = 0;
@@ -155,7 +155,7 @@ SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
                                      : fitted(seconds, first, last));
         first = last;
     }
-    // Lines through stamps that were cut off begin in front of them.
+    // The line through truncated stamps begins before the first of them.
     const double lead = seconds.front() - mSegments.front().mStart;
     for (Segment& segment : mSegments) {
         segment.mStart += lead;

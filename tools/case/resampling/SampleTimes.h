@@ -45,7 +45,7 @@ public:
     /** Index of the sample that is nearest to the time. */
     size_t nearestSample(double seconds) const;
 
-    /** The tick of a coarse clock in s, whose stamps lines replace; 0 for other clocks. */
+    /** The tick in s of a coarse clock, whose stamps were replaced by lines; 0 for other clocks. */
     double clockTick() const { return mTick; }
 
     double timeOf(size_t sample) const;

@@ -24,7 +24,7 @@ public:
 
     /**
      * The weights of 2 * halfWidth() samples for an instant between the two in the middle.
-     * @param fraction how far behind the first of these two, in source steps, 0 to below 1
+     * @param fraction how far after the first of these two, in source steps, 0 to below 1
      */
     void weightsAt(double fraction, std::vector<double>& weights) const;
 

@@ -26,8 +26,8 @@ struct TextLayout
 };
 
 /**
- * Finds out the layout from the heading and the lines behind it. An oscilloscope may write lines
- * about itself in front of it, and the units in a line of their own.
+ * Finds out the layout from the heading and the lines after it. An oscilloscope may write lines
+ * about itself before it, and the units in a line of their own.
  *
  * @param lines the first of the file, UTF-8, without empty ones
  * @param reason gets why they are no such file, when they are none

@@ -9,11 +9,12 @@
 namespace waveform {
 
 /**
- * Makes times of time stamps: they begin at 0 and never fall. Where a stamp falls, the time goes
- * on by the last step. A stamp that repeats, as those of a coarse clock do, keeps the time.
+ * Turns time stamps into times that begin at 0 and never fall. Where a stamp falls, the time
+ * advances by the last step. Where a stamp repeats, as those of a coarse clock do, so does the
+ * time.
  *
- * Number: what stamps are; a whole one keeps every digit of a large stamp. Times are exact up to
- * 2^53 units.
+ * Number: the type of the stamps; an integer keeps every digit of a large stamp. Times are exact up
+ * to 2^53 units.
  */
 template <typename Number>
 class RisingTime
@@ -62,7 +63,7 @@ public:
         std::vector<std::string> texts;
         if (mFalling > 0) {
             texts.push_back(
-                fmt::format("{} time stamps fall: the step before them goes on there", mFalling));
+                fmt::format("{} time stamps fall: the step before them is repeated", mFalling));
         }
         if (mRepeated > 0) {
             texts.push_back(fmt::format("{} time stamps repeat the one before them", mRepeated));

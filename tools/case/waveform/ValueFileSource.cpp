@@ -23,7 +23,7 @@ bool beginsAsNumber(std::string_view text)
     return text.size() > sign && std::isdigit(static_cast<unsigned char>(text[sign])) != 0;
 }
 
-/** What else is wrong the program's reader says better; a heading is the one of a text file. */
+/** Looks only for what tells other files apart; the program's reader reports everything else. */
 std::string reasonNotValueLine(std::string_view line)
 {
     const auto fields = base::splitText(line, ';');
@@ -33,7 +33,7 @@ std::string reasonNotValueLine(std::string_view line)
     }
     const std::string_view field = base::trimmed(fields[kAuxiliaryField]);
     if (!field.empty() && !beginsAsNumber(field)) {
-        return fmt::format("field 3 of its first line, \"{}\", is no whole number",
+        return fmt::format("field 3 of its first line, \"{}\", is not an integer",
                            field.substr(0, base::kLongestExcerpt));
     }
     return {};

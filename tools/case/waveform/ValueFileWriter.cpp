@@ -9,7 +9,7 @@ namespace {
 constexpr int kTimeDecimals = 9;
 
 /** Eleven integers of at most 20 characters, a time and a frequency with their separators. */
-constexpr size_t kLongestLine = 512;
+constexpr size_t kMaxLineBytes = 512;
 
 /** Largest time that is written: keeps its text within the line. */
 constexpr double kLargestSeconds = 1e18;
@@ -34,7 +34,7 @@ void ValueFileWriter::writeComments(const std::vector<std::string>& comments)
 
 void ValueFileWriter::write(const ValueLine& line)
 {
-    std::array<char, kLongestLine> text; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<char, kMaxLineBytes> text; // NOLINT(cppcoreguidelines-pro-type-member-init)
     char* const end = text.data() + text.size();
     const double seconds = std::clamp(line.mSeconds, -kLargestSeconds, kLargestSeconds);
     char* position = append(text.data(), end, line.mNumber);

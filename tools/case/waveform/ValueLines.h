@@ -19,7 +19,7 @@ class ValueLines : private InputValues
 public:
     ValueLines();
 
-    /** So many lines that their items stay in the processor's cache until they are taken over. */
+    /** Few enough lines that their items are still in the processor's cache when they are taken. */
     static constexpr int kMaxLines = 1024;
 
     /** @return false when it is no regular file or cannot be opened; errors() say why. */
