@@ -54,9 +54,9 @@ bool InputFile::takeLine(std::string_view* line)
     do {
         end = block().find('\n', searched);
         searched = block().size();
-    } while (end == std::string_view::npos && searched <= kLongestLine && readMore(searched + 1));
+    } while (end == std::string_view::npos && searched <= kMaxLineBytes && readMore(searched + 1));
     *line = block().substr(0, end);
-    if (line->size() > kLongestLine) {
+    if (line->size() > kMaxLineBytes) {
         throw CaseError(mName + ": byte " + std::to_string(position()) +
                         ": expected a line end within 1 MiB");
     }

@@ -17,7 +17,7 @@ class InputFile
 {
 public:
     /** A line beyond this many bytes is refused. */
-    static constexpr size_t kLongestLine = size_t{1} << 20U;
+    static constexpr size_t kMaxLineBytes = size_t{1} << 20U;
 
     /** Opens the file, which must be a regular one, as a whole. */
     explicit InputFile(const std::string& path);

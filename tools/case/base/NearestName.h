@@ -7,8 +7,8 @@
 namespace base {
 
 /**
- * The names that a mistyped one is nearest to, the nearest first; of several that are equally near,
- * in their order. Near is what takes few insertions, deletions and replacements of a byte.
+ * The names that are nearest to a mistyped one, the nearest first, equally near ones in their
+ * order. The distance is the number of bytes to insert, delete or replace.
  */
 std::vector<std::string> nearestNames(std::string_view mistyped, std::vector<std::string> names,
                                       size_t count);

@@ -7,8 +7,8 @@
 namespace base {
 
 /**
- * Collects what is odd in a file, for the user: the same remark on many channels is one, and an
- * endless row of them ends.
+ * Collects remarks on what is odd in a file. The same remark on many channels becomes one, and
+ * their number is limited.
  */
 class Remarks
 {

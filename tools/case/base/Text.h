@@ -5,7 +5,7 @@
 
 namespace base {
 
-/** So much of a file's text is quoted in a message, in bytes. */
+/** How much of a file's text a message quotes, in bytes. */
 inline constexpr size_t kLongestExcerpt = 60;
 
 /** The text without blanks, tabs and carriage returns at its ends. */

@@ -29,8 +29,9 @@ struct Ending
 };
 
 /**
- * A letter or number of a phase follows nothing, a quantity, or no letter (and no digit); what may
- * also be the end of a word follows none but a quantity that stands alone.
+ * Letters stand at the beginning, after a quantity, or after anything but a letter; a digit after
+ * anything but a letter or a digit. Words, which may also end another word, need a quantity that
+ * stands alone before them, or neither letter nor digit.
  */
 Ending phaseEnding(const QString& letters, const QString& digit, const QString& words, Phase phase)
 {
@@ -41,7 +42,7 @@ Ending phaseEnding(const QString& letters, const QString& digit, const QString& 
     return {QRegularExpression(pattern.arg(letters, digit, words)), phase};
 }
 
-/** Two different phases of one system behind one another. */
+/** Two different phases of one system in a row. */
 constexpr char kPairs[] = "AB|BC|CA|BA|CB|AC|RS|ST|TR|SR|TS|RT|RY|YB|BR|YR|BY|RB";
 constexpr char kSeparatedPairs[] =
     "([ABC]) ?[-/] ?(?!\\g{-1})[ABC]|([RST]) ?[-/] ?(?!\\g{-1})[RST]|"
@@ -175,7 +176,7 @@ std::vector<PhaseInSet> phasesOf(const std::vector<waveform::ChannelDescription>
     for (const waveform::ChannelDescription& channel : channels) {
         const PhaseEnding ending = endingOf(channel);
         const PhaseEnding ofName = phaseAtEndOf(channel.mName);
-        // An ending of the name that the phase field contradicts is none.
+        // Where the phase field contradicts the end of the name, the name has no ending.
         const bool isSame = ending.mPhase < Phase::Neutral && ofName.mPhase == ending.mPhase;
         phases.push_back({ending.mPhase, isSame ? ofName.mStem : ""});
         labels.push_back(ending.mLabel);

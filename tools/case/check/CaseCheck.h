@@ -10,7 +10,7 @@
 
 namespace check {
 
-/** What one configuration is, for the table. */
+/** One configuration: a row of the table. */
 struct CheckedConfiguration
 {
     qint32 mNumber = 0;
@@ -33,10 +33,11 @@ public:
     /** @param configuration the file; relative names in it begin in the working directory */
     explicit CaseCheck(const QString& configuration);
 
-    /** What the simulator would refuse or not play. Each begins with the file, mostly its line. */
+    /** What the simulator would refuse or not play. Each begins with the file and,
+     * where it has one, the line. */
     const std::vector<std::string>& errors() const { return mErrors; }
 
-    /** How many there are, those included that errors() only counts. */
+    /** How many errors there are, including those that errors() only counts. */
     qint64 errorCount() const;
 
     /** What plays, but probably not as intended. */
@@ -45,7 +46,7 @@ public:
     /** In the order of their numbers. */
     const std::vector<CheckedConfiguration>& configurations() const { return mConfigurations; }
 
-    /** Memory of the samples of all entries, in bytes, of the program on the machine named. */
+    /** Memory in bytes that the program takes for the samples of all entries, on each machine. */
     qint64 bytesHere() const;
     qint64 bytesOn32Bits() const;
 

@@ -30,7 +30,7 @@ void add(FileFacts::Finding* finding, qint64 sample, float frequency)
     }
 }
 
-/** What is no number is the same as another such. */
+/** Here NaN equals NaN. */
 bool isSame(float frequency, float other)
 {
     return frequency == other || (std::isnan(frequency) && std::isnan(other));

@@ -15,7 +15,7 @@ struct FileFacts
 {
     using Values = std::array<qint64, kChannelCount>;
 
-    /** A sample at which something begins to be wrong, and how many are so. */
+    /** The first sample with a fault, and how many have it. */
     struct Finding
     {
         qint64 mFirst = -1; ///< index of the sample; -1 when there is none

@@ -9,7 +9,7 @@ namespace input {
 
 struct InputOptions
 {
-    /** Of the texts in a recording; empty finds out. Requires: empty or isEncoding(). */
+    /** Of the texts in a recording; empty: it is detected. Requires: empty or isEncoding(). */
     std::string mEncoding;
 };
 
