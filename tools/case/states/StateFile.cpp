@@ -64,7 +64,7 @@ std::optional<StateHarmonic> parseHarmonic(std::string_view text)
     double percent = 0.0;
     const bool isGood = size.size() <= 2 && !size[0].empty() && size[0].back() == '%' &&
                         base::parseNumber(parts[0], &harmonic.mOrder) && harmonic.mOrder >= 2 &&
-                        harmonic.mOrder <= generate::kMaximumOrder &&
+                        harmonic.mOrder <= generate::kMaxOrder &&
                         base::parseNumber(size[0].substr(0, size[0].size() - 1), &percent) &&
                         percent >= 0.0 && percent <= kMaxValue &&
                         (size.size() == 1 || (base::parseNumber(size[1], &harmonic.mDegrees) &&
@@ -343,7 +343,7 @@ std::vector<StateHarmonic> Reader::harmonicsOf(const TomlSection& section, const
             section.fail(entry, key,
                          fmt::format("expected \"ORDER:PERCENT%@DEGREES\", such as \"5:3%@0\", of "
                                      "an order from 2 to {}",
-                                     generate::kMaximumOrder));
+                                     generate::kMaxOrder));
         }
         harmonics.push_back(*harmonic);
     }
@@ -440,7 +440,7 @@ void Reader::readSaturation(const TomlSection& section)
 }
 } // namespace
 
-std::string StatePlan::place(const Location& location) const
+std::string StatePlan::messagePrefix(const Location& location) const
 {
     return fmt::format("{}:{}:{}: ", mFileName, location.mLine, location.mColumn);
 }
@@ -452,7 +452,7 @@ StatePlan parseStates(std::string_view text, const std::string& name)
     try {
         Reader(plan).read(toml::parse(text));
     } catch (const toml::parse_error& error) {
-        throw base::CaseError(plan.place(locationOf(error.source().begin)) +
+        throw base::CaseError(plan.messagePrefix(locationOf(error.source().begin)) +
                               std::string(error.description()));
     }
     expectValuesInRange(plan);

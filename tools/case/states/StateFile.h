@@ -14,7 +14,7 @@ namespace states {
  */
 StatePlan readStates(const std::string& path);
 
-/** The same of a text. @param name how messages call it */
+/** The same for a text. @param name of the file, as messages give it */
 StatePlan parseStates(std::string_view text, const std::string& name);
 
 } // namespace states

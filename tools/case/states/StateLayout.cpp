@@ -71,7 +71,8 @@ LaidOut Walk::run()
         const State& state = mPlan.mStates[i];
         if (state.mAt) {
             if (mIsAligned) {
-                throw base::CaseError(mPlan.place(state.mLocation) + "state '" + state.mName +
+                throw base::CaseError(mPlan.messagePrefix(state.mLocation) + "state '" +
+                                      state.mName +
                                       "' begins at an angle: expected no 'at' with --align");
             }
             waitFor(*state.mAt, mPlan.mStates[i - 1]);
@@ -110,7 +111,7 @@ void Walk::begin(const State& state)
     if ((target.mHertz - hertz) * target.mRate < 0.0) {
         throw base::CaseError(
             fmt::format("{}frequency: from {:g} Hz, a rate of {:g} Hz/s does not lead to {:g} Hz",
-                        mPlan.place(target.mLocation), hertz, target.mRate, target.mHertz));
+                        mPlan.messagePrefix(target.mLocation), hertz, target.mRate, target.mHertz));
     }
     mRamp = {mSeconds, hertz, target.mHertz, target.mRate};
     const qint64 rest = (kSamplesPerPeriod - mLine % kSamplesPerPeriod) % kSamplesPerPeriod;

@@ -19,12 +19,12 @@ public:
      */
     StateLayout(const StatePlan& plan, bool isAligned);
 
-    /** The first line of a state; of the number of states: the line behind the last one. */
+    /** The first line of a state; of the number of states: the line after the last one. */
     qint64 beginOf(size_t state) const { return mBegins[state]; }
 
     const generate::Timeline& timeline() const { return mTimeline; }
 
-    /** What does not happen at the line at which it was asked for, and what that costs. */
+    /** What does not happen at the line asked for, and how late it is. */
     const std::vector<std::string>& remarks() const { return mRemarks; }
 
 private:

@@ -16,7 +16,7 @@ struct Location
     unsigned mColumn = 0;
 };
 
-/** A decaying direct current. */
+/** A decaying DC offset of a current. */
 struct Offset
 {
     std::optional<double> mValue; ///< at its beginning; none: what makes the current continuous
@@ -113,7 +113,7 @@ struct StatePlan
     std::vector<State> mStates; ///< at least one
 
     /** "file:line:column: ", which begins each message. */
-    std::string place(const Location& location) const;
+    std::string messagePrefix(const Location& location) const;
 };
 
 /** The channels of a voltage or of a current. */

@@ -65,7 +65,7 @@ void expectValuesInRange(const StatePlan& plan)
                 throw base::CaseError(fmt::format(
                     "{}state '{}': channel {} can reach {:g} counts: expected at most {}, values "
                     "have 32 bits",
-                    plan.place(wave.mLocation.mLine > 0 ? wave.mLocation : state.mLocation),
+                    plan.messagePrefix(wave.mLocation.mLine > 0 ? wave.mLocation : state.mLocation),
                     state.mName, channel, peaks[channel], std::numeric_limits<qint32>::max()));
             }
         }

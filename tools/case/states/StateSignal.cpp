@@ -109,7 +109,7 @@ double StateSignal::offsetAt(size_t number, size_t channel, qint64 line) const
            std::exp(-secondsSince(wave.mSince, line) / wave.mOffset->mTau);
 }
 
-/** The flux is the integral of the voltage; its direct part decays. Above the knee current flows.
+/** The flux is the integral of the voltage; its DC component decays. Above the knee current flows.
  */
 void StateSignal::addInrush(const State& state, qint64 line, generate::LineValues& values) const
 {

@@ -18,7 +18,7 @@ TomlSection::TomlSection(const StatePlan& plan, const toml::table& table, std::s
         if (std::find(keys.begin(), keys.end(), key.str()) == keys.end()) {
             throw base::CaseError(
                 fmt::format("{}{}: unknown key; the nearest is {}, and all are {}",
-                            plan.place(locationOf(key.source().begin)), nameOf(key.str()),
+                            plan.messagePrefix(locationOf(key.source().begin)), nameOf(key.str()),
                             base::nearestNames(key.str(), keys, 1).front(), fmt::join(keys, ", ")));
         }
     }
@@ -27,7 +27,7 @@ TomlSection::TomlSection(const StatePlan& plan, const toml::table& table, std::s
 void TomlSection::fail(const toml::node& node, std::string_view key,
                        const std::string& problem) const
 {
-    throw base::CaseError(mPlan.place(locationOf(node)) + nameOf(key) + ": " + problem);
+    throw base::CaseError(mPlan.messagePrefix(locationOf(node)) + nameOf(key) + ": " + problem);
 }
 
 TomlSection TomlSection::section(const toml::node& node, std::string_view key,
