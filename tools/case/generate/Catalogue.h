@@ -6,9 +6,9 @@
 namespace generate {
 
 /**
- * Writes signals for a test bench into a directory, which is made when it is missing: for each a
- * value file and the JSON of what is in it, and a case configuration that
- * plays them: number 0, the steady one, over and over, and each of the others by its number.
+ * Writes signals for a test bench into a directory, which is created when it is missing: for each
+ * a value file and the JSON of what is in it, and a case configuration that plays them: the steady
+ * one over and over as number 0, and each of the others by its number.
  *
  * @param names the signals; empty for all of the catalogue
  * Throws CaseError for an unknown name and for what cannot be written.

@@ -5,7 +5,7 @@
 
 namespace generate {
 
-/** The lines of a value file before they are rounded: whatever describes them, they end here. */
+/** The lines of a value file before they are rounded, whatever they are made from. */
 class LineSource
 {
 public:

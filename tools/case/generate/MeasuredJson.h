@@ -5,7 +5,7 @@
 #include "base/ResultFile.h"
 #include "generate/SampleMeter.h"
 
-/** How the JSON of a truth file says what has a type of its own. */
+/** Makes JSON of the types that a truth file shares. */
 namespace generate {
 
 using Json = nlohmann::ordered_json;

@@ -57,7 +57,7 @@ struct DisturbanceValues
 {
     ChannelSet mChannels;
     Position mBegin;
-    Position mEnd;  ///< the first line behind it
+    Position mEnd;  ///< the first line after it
     double mFactor; ///< what remains of the amplitude
     double mPhaseJumpDegrees;
 };
@@ -84,7 +84,7 @@ struct ModulationValues
 /** What a wave is made of, with the times at which it is played. In counts. */
 struct ReferenceValues
 {
-    Position mEnd; ///< the line behind the last one
+    Position mEnd; ///< the line after the last one
     FrequencyValues mFrequency;
     std::array<ChannelValues, kChannelCount> mChannels;
     bool mHasHarmonics; ///< false where rectangular modulation shows among them

@@ -97,7 +97,7 @@ public:
         double mExtreme;
     };
 
-    /** Beyond is below where back is the higher of the two. */
+    /** A threshold to fall below where `back` is the higher of the two, else one to exceed. */
     ThresholdMeter(double beyond, double back) : mBeyond(beyond), mBack(back) {}
 
     void add(qint64 line, double rms);

@@ -19,8 +19,8 @@ const FamilyParameter kShortSeconds{"seconds", 0, 0, 86400, "s, of the file; 0 i
 constexpr double kAsVoltages = std::numeric_limits<double>::quiet_NaN(); ///< a currents' default
 const FamilyParameter kPhases{"phases", 3, 1, 3, "how many, from the first on; a whole number",
                               true};
-const FamilyParameter kLead{"lead", 10, 0, 10000, "undisturbed periods in front"};
-const FamilyParameter kTail{"tail", 15, 0, 10000, "undisturbed periods behind"};
+const FamilyParameter kLead{"lead", 10, 0, 10000, "undisturbed periods before it"};
+const FamilyParameter kTail{"tail", 15, 0, 10000, "undisturbed periods after it"};
 const FamilyParameter kAngle{"angle", 0, 0, 360, "degrees of the first phase where it begins"};
 
 const ChannelSet kVoltages(0b0000'0111);
@@ -127,7 +127,7 @@ void applyFlicker(const Settings& settings, WaveParameters& wave)
 void applyHarmonics(const Settings& settings, WaveParameters& wave)
 {
     applySteady(settings, wave);
-    for (int order = 2; order <= kHighestNamedOrder; ++order) {
+    for (int order = 2; order <= kMaxNamedOrder; ++order) {
         const double percent = value(settings, "h" + std::to_string(order));
         if (percent > 0.0) {
             wave.mHarmonics.push_back(
@@ -184,7 +184,7 @@ void applyTransient(const Settings& settings, WaveParameters& wave)
 std::vector<FamilyParameter> harmonicParameters()
 {
     std::vector<FamilyParameter> parameters{kFrequency, kShortSeconds, kPhases};
-    for (int order = 2; order <= kHighestNamedOrder; ++order) {
+    for (int order = 2; order <= kMaxNamedOrder; ++order) {
         parameters.push_back({"h" + std::to_string(order), 0, 0, 100, "% of that order"});
     }
     return parameters;
@@ -226,7 +226,7 @@ const std::vector<SignalFamily> kFamilies{
     {FamilyKind::Flicker,
      {kFrequency,
       kSeconds,
-      {"changes", 110, 0.1, 10000, "a minute, of the voltage, up and down in turns"},
+      {"changes", 110, 0.1, 10000, "a minute, of the voltage, up and down alternately"},
       {"percent", 1, 0, 100, "% of each change"}},
      applyFlicker},
     {FamilyKind::Harmonics, harmonicParameters(), applyHarmonics},

@@ -10,7 +10,7 @@
 namespace generate {
 
 /** The family Harmonics has a parameter for each order up to this one: h2 to h50. */
-inline constexpr int kHighestNamedOrder = 50;
+inline constexpr int kMaxNamedOrder = 50;
 
 /** Values of a family's parameters, by their names. */
 using Settings = std::map<std::string, double, std::less<>>;

@@ -259,7 +259,7 @@ const std::vector<Signal> kSignals{
 /** One order alone; some of the orders stand for all in the catalogue. */
 Signal harmonicOf(int order)
 {
-    const bool isTypical = order == 3 || order == 5 || order == kHighestNamedOrder;
+    const bool isTypical = order == 3 || order == 5 || order == kMaxNamedOrder;
     return {fmt::format("harmonic-{}", order),
             FamilyKind::Harmonics,
             fmt::format("10 % of order {} (IEC/IEEE 60255-118-1, M)", order),
@@ -270,7 +270,7 @@ Signal harmonicOf(int order)
 std::vector<Signal> makeTable()
 {
     std::vector<Signal> table = kSignals;
-    for (int order = 2; order <= kHighestNamedOrder; ++order) {
+    for (int order = 2; order <= kMaxNamedOrder; ++order) {
         table.push_back(harmonicOf(order));
     }
     return table;

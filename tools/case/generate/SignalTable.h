@@ -31,7 +31,7 @@ const std::vector<Signal>& signalTable();
 /** Null when there is none of that name. */
 const Signal* findSignal(std::string_view name);
 
-/** What is said of a name that no signal has, with those that are nearest. */
+/** The message about a name that no signal has, with the nearest names. */
 std::string unknownSignal(const std::string& name);
 
 } // namespace generate

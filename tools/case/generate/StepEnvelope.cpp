@@ -12,7 +12,7 @@ double linesPerChange(const WaveParameters& parameters, const Modulation& modula
     return parameters.samplesPerSecond() / (2.0 * modulation.mHertz);
 }
 
-/** 1 before the first change, -1 behind it, and so on. A change belongs to the nearest line. */
+/** 1 before the first change, -1 after it, and so on. A change belongs to the nearest line. */
 double rectangleAt(qint64 line, double lines)
 {
     return std::fmod(std::floor((double(line) + 0.5) / lines), 2.0) == 0.0 ? 1.0 : -1.0;

@@ -42,13 +42,13 @@ public:
     /** Seconds from the first sample's time stamp to that of the line. */
     double stampOf(qint64 line) const;
 
-    /** The line and its time stamp; the line behind the last one has a position too. */
+    /** The line and its time stamp; the line after the last one has a position too. */
     Position positionOf(qint64 line) const;
 
     /** Seconds to the end of the last line by the frequency. */
     double endSeconds() const { return mEndSeconds; }
 
-    /** The line nearest to a time by the frequency; may lie behind the last one. */
+    /** The line nearest to a time by the frequency; may lie after the last one. */
     qint64 lineAt(double seconds) const;
 
 private:

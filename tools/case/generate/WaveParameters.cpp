@@ -51,9 +51,9 @@ std::string problemOfDuration(const WaveParameters& parameters)
 
 std::string problemOfHarmonic(const Harmonic& harmonic)
 {
-    if (harmonic.mOrder < 2 || harmonic.mOrder > kMaximumOrder) {
+    if (harmonic.mOrder < 2 || harmonic.mOrder > kMaxOrder) {
         return fmt::format("harmonic of order {}: expected an order from 2 to {}", harmonic.mOrder,
-                           kMaximumOrder);
+                           kMaxOrder);
     }
     return {};
 }

@@ -36,7 +36,7 @@ struct WaveChannel
  */
 struct Harmonic
 {
-    int mOrder;           ///< 2 or more; at most kMaximumOrder
+    int mOrder;           ///< 2 or more; at most kMaxOrder
     double mRatio;        ///< amplitude relative to the channel's fundamental
     double mPhase;        ///< degrees of the harmonic where the fundamental is at 0 degrees
     ChannelSet mChannels; ///< channels that carry it
@@ -55,10 +55,10 @@ struct Disturbance
 enum class ModulationShape
 {
     Sine,     ///< cos(2 pi mHertz t)
-    Rectangle ///< 1 and -1 in turns, each for half a cycle
+    Rectangle ///< 1 and -1 alternately, each for half a cycle
 };
 
-/** In radians; more is no modulation of a phase that anybody looks for. */
+/** In radians; nobody tests with a deeper modulation of the phase. */
 inline constexpr double kMaxPhaseDepth = 100.0;
 
 /** A channel's whole wave, harmonics included, swings in amplitude, in phase or in both. */
@@ -98,7 +98,7 @@ struct FrequencyPoint
 };
 
 /** Highest harmonic that a period of 360 samples can hold. */
-inline constexpr int kMaximumOrder = kSamplesPerPeriod / 2 - 1;
+inline constexpr int kMaxOrder = kSamplesPerPeriod / 2 - 1;
 
 /**
  * What an input value file is made from. The default is a second of a three-phase system of
@@ -110,7 +110,7 @@ struct WaveParameters
     double mDuration = 1.0;   ///< seconds; rounded to whole periods
 
     /**
-     * The frequency's course in place of mFrequency: before its first and after its last point it
+     * The frequency over time, instead of mFrequency: before its first and after its last point it
      * is constant. A period has the frequency of its middle. Empty for a constant frequency, which
      * modulations and tones require.
      */
@@ -136,7 +136,7 @@ struct WaveParameters
 };
 
 /**
- * Tells what in the parameters cannot be played or written: one line with the value and what
+ * What in the parameters cannot be played or written: one line with the value and what
  * was expected, or an empty string when all is well.
  *
  * Checked are the frequency (the simulator's step between samples must be at least 1 ns and less
@@ -147,9 +147,9 @@ struct WaveParameters
 std::string problemOf(const WaveParameters& parameters);
 
 /**
- * What a user is told of a wave that can be written and does not repeat: a line for each modulation
- * and lasting tone that does not have whole cycles in the file.
- * Requires: problemOf(parameters) is empty.
+ * Remarks on a wave that can be written but does not repeat without a jump: a line for each
+ * modulation and lasting tone that does not have whole cycles in the file. Requires:
+ * problemOf(parameters) is empty.
  */
 std::vector<std::string> seamsOf(const WaveParameters& parameters);
 
