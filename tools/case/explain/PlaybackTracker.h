@@ -10,10 +10,11 @@ namespace explain {
  * them are followed until what arrives decides. What a hypothesis assumes has a cost, and the
  * cheapest one counts as what was played.
  *
- * What bounds the search is in Beam and Costs.h. What is lost by it: play that only more than two
- * commands in place of a plain repetition, or one behind a cut front, explain, and play that more
- * than kMaxHypotheses beginnings explain alike. Such a recording may be called bad that is good;
- * one that is bad is never called good by it.
+ * What bounds the search is in Beam and Costs.h. What is lost by it: play that looks like plain
+ * repetition for a while and takes more than three commands, or a cut front and more than one, to
+ * be explained from there on; and play with more than kMaxHypotheses beginnings that go on alike.
+ * Such a recording may be called bad although it is good; one that is bad is never called good by
+ * it.
  *
  * Value type: a search copies it and leaves the original alone. Borrows the plan.
  */
