@@ -9,8 +9,8 @@
 namespace explain {
 
 /**
- * The hypotheses that a search goes on with. It is bounded: what costs kMaxCostAboveLikeliest more
- * than the likeliest is dropped, and of more than kMaxHypotheses the likeliest are kept.
+ * The hypotheses that a search follows. It is bounded: what costs more than kMaxCostAboveLikeliest
+ * above the likeliest is dropped, and of more than kMaxHypotheses the likeliest are kept.
  *
  * Value type; borrows the plan.
  */
@@ -31,7 +31,7 @@ public:
     void insertOrMerge(Hypothesis added);
     void insertOrMerge(std::vector<Hypothesis> added);
 
-    /** Drops what is too unlikely or too much. */
+    /** Drops the hypotheses that cost too much, and those beyond the limit. */
     void prune();
 
     /**
@@ -44,7 +44,7 @@ public:
     bool filter(const SampleContent& content, std::optional<qint64> stepNs);
 
     /**
-     * Splits off those of several positions that do not go on as the others do. To be called
+     * Splits off the positions of a hypothesis that do not continue as its others do. To be called
      * before a sample is passed over without filter().
      */
     void splitUnequal();
@@ -52,7 +52,7 @@ public:
     /** How often positions were dropped or split off. */
     size_t changes() const { return mChanges; }
 
-    /** Keeps those for which this is right when they are alone; all if it is for none. */
+    /** Keeps those for which this is true of a beam of them alone; all if it is true for none. */
     void filterIf(const std::function<bool(const Beam& alone)>& isRight);
 
 private:

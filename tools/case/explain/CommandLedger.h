@@ -9,7 +9,7 @@
 
 namespace explain {
 
-/** The commands of a run: what was given, how long each waited, and what was said of it. */
+/** The commands of a run: what was given, how long each waited, and whether it was reported. */
 class CommandLedger
 {
 public:
@@ -29,12 +29,12 @@ public:
     const std::vector<ControlCommand>& valid() const { return mValid; }
 
     /**
-     * A case has ended while the command with this index was waiting, which need not be there. What
-     * is known of it, when it has waited too long: nothing else will be said of it then.
+     * A case has ended while the command with this index, if there is one, was waiting. Returns its
+     * outcome when it has waited too long: nothing else is reported of it then.
      */
     std::optional<CommandOutcome> giveUpOverdue(size_t index, qint64 nowNs);
 
-    /** The next one of which nothing was said yet, if its index is below this. */
+    /** The next one that was not reported yet, if its index is below this. */
     std::optional<CommandOutcome> takeUnreported(size_t end);
     std::optional<CommandOutcome> takeUnreported() { return takeUnreported(mGiven.size()); }
 

@@ -5,7 +5,7 @@
 namespace explain {
 
 /**
- * Finds out where contents stand in the files of a plan, which it borrows. A file that consists of
+ * Finds contents in the files of a plan, which it borrows. A file that consists of
  * equal periods has a position in each of them: those become one Positions, however many they are.
  */
 class ContentSearch
@@ -14,7 +14,7 @@ public:
     explicit ContentSearch(const PlayPlan& plan) : mPlan(plan) {}
 
     /**
-     * All positions where the file goes on with these contents, as far as it goes; by a look at
+     * All positions from which the file continues with these contents, up to its end; looks at
      * every sample. Requires: at least one content.
      */
     std::vector<Positions> scan(const std::vector<SampleContent>& contents) const;

@@ -47,7 +47,7 @@ constexpr qint64 kMaxGapNs = 600'000'000'000;
 /** Plays that one search over a gap steps through: some ms of work. */
 constexpr size_t kMaxPlaysInGap = 20'000;
 
-/** Positions that one search over a gap sets out from. */
+/** Positions that one search over a gap starts from. */
 constexpr size_t kMaxGapStarts = 256;
 
 /**
@@ -60,7 +60,7 @@ constexpr size_t kProofRecords = 16;
 constexpr size_t kMaxDifferentInProof = 4;
 
 /** Records that may differ in a row before play is taken to go on from another sample. */
-constexpr size_t kMaxDifferentInPlace = 8;
+constexpr size_t kMaxDifferentInRow = 8;
 
 /** What a command may wait beyond the longest case: lead of the writer, and lag of the machine. */
 constexpr qint64 kWaitToleranceNs = 1'000'000'000;

@@ -19,7 +19,7 @@ const FindingName& nameOf(FindingKind kind)
         {"elsewhere", "jumps to other samples"},
         {"notFollowed", "commands not followed"},
         {"notGiven", "changes without a command"},
-        {"incomplete", "bytes behind the last record"},
+        {"incomplete", "bytes after the last record"},
         {"otherEvents", "samples more or less than in the events", true},
         {"notSent", "commands not sent", true},
         {"refused", "samples refused at the end", true},

@@ -49,7 +49,7 @@ struct Finding
 class FindingCounts
 {
 public:
-    /** Of each kind so many are listed; all are counted. */
+    /** Max number that is listed of each kind; all are counted. */
     static constexpr size_t kMaxListed = 20;
 
     /** Counts the finding; true when it is one of those to be listed. */
@@ -85,7 +85,7 @@ struct CommandOutcome
     std::string mText;
     qint64 mArrivalNs;
     std::string mProblem; ///< why it is none, in the simulator's words; empty for a valid one
-    std::optional<qint64> mFirstSampleArrivalNs; ///< of what it brought, if it did
+    std::optional<qint64> mFirstSampleArrivalNs; ///< of what it selected, if that was played
     qint64 mFirstStampNs;                        ///< of that sample
 };
 
@@ -97,7 +97,7 @@ struct Verdict
     FindingCounts mFindings;
 };
 
-/** Takes what is found out, in the order of the recording, while it is found out. */
+/** Receives the results as soon as they are known, in the order of the recording. */
 class ExplanationOutput
 {
 public:

@@ -18,7 +18,7 @@ const PlayedFile& file(const PlaybackTracker& tracker, const Hypothesis& it)
     return tracker.beam().plan().fileOf(it.mEntry);
 }
 
-/** Whether the file has a sample at that time behind this one, or ends before: mostly not. */
+/** Whether the file has a sample at that time after this one, or ends before: mostly not. */
 bool leads(const PlayedFile& file, size_t sample, qint64 gapNs)
 {
     if (!file.hasAllSteps()) {
@@ -52,7 +52,7 @@ std::vector<Path> beginPaths(const PlaybackTracker& expected, qint64 gapNs)
     return paths;
 }
 
-/** Goes on behind the pass of the path. */
+/** Continues after the pass of the path. */
 void follow(const Path& path, qint64 passNs, const PlayPlan& plan, std::vector<Path>* open)
 {
     const size_t lost = path.mLost + plan.fileOf(path.mAt.mEntry).size() - path.mAt.mSample;
@@ -62,7 +62,7 @@ void follow(const Path& path, qint64 passNs, const PlayPlan& plan, std::vector<P
 }
 } // namespace
 
-GapAnswer searchBehindGap(const PlaybackTracker& expected, qint64 gapNs)
+GapAnswer searchAfterGap(const PlaybackTracker& expected, qint64 gapNs)
 {
     const PlayPlan& plan = expected.beam().plan();
     std::vector<Path> open;

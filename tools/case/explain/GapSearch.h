@@ -4,17 +4,17 @@
 
 namespace explain {
 
-/** Where play may go on behind samples that were lost. */
+/** Where play may continue after lost samples. */
 struct GapAnswer
 {
     PlaybackTracker mAfter; ///< empty where no sample stands at that very time
-    size_t mLost;           ///< the least number of samples that may have been lost
+    size_t mLost;           ///< the min number of samples that may have been lost
 };
 
 /**
- * Goes on by the samples that were lost when the next one has a stamp that long after the last.
- * Looks at no more than kMaxGapNs, and leaves out what lies behind kMaxPlaysInGap plays.
+ * Skips the samples that were lost when the stamp of the next one is that long after the last.
+ * Looks at no more than kMaxGapNs, and leaves out what is more than kMaxPlaysInGap plays away.
  */
-GapAnswer searchBehindGap(const PlaybackTracker& expected, qint64 gapNs);
+GapAnswer searchAfterGap(const PlaybackTracker& expected, qint64 gapNs);
 
 } // namespace explain

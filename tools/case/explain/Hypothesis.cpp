@@ -95,7 +95,7 @@ bool Hypothesis::absorb(const Hypothesis& other)
     return true;
 }
 
-bool Hypothesis::takeInFront(const Hypothesis& other, const PlayedFile& file)
+bool Hypothesis::prepend(const Hypothesis& other, const PlayedFile& file)
 {
     const bool isAlike =
         mEntry == other.mEntry && mCost == other.mCost && mKnownCommands == other.mKnownCommands &&

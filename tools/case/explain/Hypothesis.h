@@ -68,7 +68,7 @@ struct Hypothesis
     bool absorb(const Hypothesis& other);
 
     /** Takes over the position of another, in front of its own; false where the two differ. */
-    bool takeInFront(const Hypothesis& other, const PlayedFile& file);
+    bool prepend(const Hypothesis& other, const PlayedFile& file);
 
     /** The one with the last sample alone, which is removed from this. Requires: mCount > 1. */
     Hypothesis splitLast();

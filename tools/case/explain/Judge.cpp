@@ -7,7 +7,7 @@
 namespace explain {
 
 namespace {
-/** More beginnings than these are told apart by more than the first record. */
+/** With more beginnings than these, more than the first record decides between them. */
 constexpr size_t kMaxFronts = 64;
 
 std::string sampleText(const PlayedFile& file, size_t sample)
@@ -49,7 +49,7 @@ void Judge::add(const SampleRecord* records, size_t count)
     judge(RecordWindow::kAhead);
 }
 
-/** Goes on as long as more records than these are ahead. */
+/** Continues as long as more records than these are ahead. */
 void Judge::judge(size_t keepAhead)
 {
     while (mWindow.arrived() > keepAhead && (!mHasEvents || mEvents.covers(mWindow.position()))) {
@@ -93,7 +93,7 @@ bool Judge::takeNext()
 /** The next record is the next sample of the likeliest. */
 void Judge::pass(qint64 stampNs)
 {
-    tell(mTracker.takeEnded());
+    report(mTracker.takeEnded());
     const Arrival arrival{mWindow.position(), stampNs};
     if (mWindow.arrived() > 1) {
         const SampleContent next = contentOf(mWindow[size_t{1}]);
@@ -161,27 +161,27 @@ void Judge::addNotFollowed(const CommandOutcome& waiting)
                            stampText(waiting.mArrivalNs)));
 }
 
-void Judge::tell(const std::vector<PlayedPasses>& all)
+void Judge::report(const std::vector<PlayedPasses>& all)
 {
     for (const PlayedPasses& played : all) {
         if (!mPending.empty() && mPending.front().mRecord <= played.mLast.mRecord) {
             mMerger.flushOthers(mPlan.files()[played.mFile]);
-            tellPending(played.mLast.mRecord);
+            reportPending(played.mLast.mRecord);
         }
-        tellCommands(played);
+        reportCommands(played);
         mMerger.add(played);
     }
 }
 
-void Judge::tellPending(size_t untilRecord)
+void Judge::reportPending(size_t untilRecord)
 {
     for (; !mPending.empty() && mPending.front().mRecord <= untilRecord; mPending.pop_front()) {
         std::visit([this](const auto& line) { mOutput.add(line); }, mPending.front().mLine);
     }
 }
 
-/** Tells of the command that brought a pass, and of one that nobody gave. */
-void Judge::tellCommands(const PlayedPasses& played)
+/** Reports the command that brought a pass, or that nobody gave one. */
+void Judge::reportCommands(const PlayedPasses& played)
 {
     if (mHasEvents && played.mUnknownCommands > mReportedChanges) {
         mMerger.flush();
@@ -206,9 +206,9 @@ void Judge::tellCommands(const PlayedPasses& played)
 void Judge::breakOff()
 {
     if (mLastStampNs) {
-        tell(mTracker.breakOff({mWindow.position() - 1, *mLastStampNs}));
+        report(mTracker.breakOff({mWindow.position() - 1, *mLastStampNs}));
     }
-    tellPending(mWindow.position());
+    reportPending(mWindow.position());
     mMerger.flush();
 }
 
@@ -233,12 +233,12 @@ void Judge::repair()
             return;
         case Repair::Kind::Missing:
         case Repair::Kind::Elsewhere:
-            goOnElsewhere(found);
+            continueElsewhere(found);
             return;
     }
 }
 
-void Judge::goOnElsewhere(const Repair& found)
+void Judge::continueElsewhere(const Repair& found)
 {
     breakOff();
     const std::string expected = expectedText();
@@ -291,7 +291,7 @@ qint64 Judge::judgedStampNs(bool fits)
     return stampNs;
 }
 
-/** Goes over them as over those that should have come, so that time and commands are not lost. */
+/** Passes over them as over the expected ones, so that time and commands are not lost. */
 void Judge::passForeign(const Repair& found)
 {
     breakOff();
@@ -328,10 +328,10 @@ void Judge::addFinding(FindingKind kind, size_t count, const std::string& text)
     if (mFindings.add(finding)) {
         mPending.push_back({finding.mRecord, finding});
     }
-    tell(mTracker.takeEnded());
+    report(mTracker.takeEnded());
     if (mTracker.isSettled()) {
         mMerger.flushOthers(mTracker.likeliestFile());
-        tellPending(finding.mRecord);
+        reportPending(finding.mRecord);
     }
 }
 
@@ -396,11 +396,11 @@ void Judge::finishCommands()
 void Judge::finishRun(bool isComplete)
 {
     const size_t recorded = mWindow.position();
-    const size_t told = mEvents.samples();
-    if (told != recorded && isComplete) {
+    const size_t inEvents = mEvents.samples();
+    if (inEvents != recorded && isComplete) {
         addRunFinding(
-            FindingKind::OtherEvents, std::max(told, recorded) - std::min(told, recorded),
-            fmt::format("the events tell of {} samples, the recording has {}", told, recorded));
+            FindingKind::OtherEvents, std::max(inEvents, recorded) - std::min(inEvents, recorded),
+            fmt::format("the events have {} samples, the recording has {}", inEvents, recorded));
     }
     if (mEvents.refusedSamples() > 0 && mEvents.isRunOver()) {
         addRunFinding(FindingKind::Refused, mEvents.refusedSamples(),

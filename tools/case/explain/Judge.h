@@ -11,12 +11,12 @@
 namespace explain {
 
 /**
- * Says of a recording of the driver what was played when, and what is wrong with it. Records and
- * events go in piece by piece as they come, and what is found out comes out as soon as it is
+ * Finds out from a recording of the driver what was played when, and what is wrong with it. Records
+ * and events go in piece by piece as they come, and what is found out comes out as soon as it is
  * certain, in memory that does not depend on their length.
  *
- * The judge stays RecordWindow::kAhead records behind what arrived: what a record means may show
- * only later. What arrives goes one way: RunEvents and RecordWindow hold it, PlaybackTracker
+ * The judge stays RecordWindow::kAhead records behind what arrived, because what a record means may
+ * show only later. Data goes one way: RunEvents and RecordWindow hold it, PlaybackTracker
  * follows it, Resynchronizer finds out where that fails, PassMerger makes segments.
  *
  * Borrows the plan and the output.
@@ -31,15 +31,15 @@ public:
     Judge(const PlayPlan& plan, bool hasEvents, ExplanationOutput& output);
 
     /**
-     * Takes the events that happened next. Records are judged once the events cover them, so in
-     * front of records their block is to be added. Requires: hasEvents.
+     * Takes the events that happened next. Records are judged once the events cover them, so
+     * add the event of a block before its records. Requires: hasEvents.
      */
     void add(const Event& event) { mEvents.add(event); }
 
     /** Takes the records that arrived next and judges what can be judged. */
     void add(const SampleRecord* records, size_t count);
 
-    /** Records that the events tell of. */
+    /** Number of records in the events. */
     size_t recordsInEvents() const { return mEvents.samples(); }
 
     /** What was found so far. */
@@ -49,15 +49,15 @@ public:
     bool isRunOver() const { return mEvents.isRunOver(); }
 
     /**
-     * Judges what is left, and puts out the verdict. Nothing may be added after it.
-     * @param restBytes of a record behind the last whole one
-     * @param isComplete whether nobody goes on writing the recording: such a rest is a fault then,
-     *        and where the events tell of another number of records
+     * Judges what is left, and outputs the verdict. Nothing may be added after it.
+     * @param restBytes of a record after the last whole one
+     * @param isComplete whether nobody is still writing the recording: only then are such a rest,
+     *        and another number of records than in the events, faults
      */
     void finish(size_t restBytes, bool isComplete);
 
 private:
-    /** What is to be put out in front of the segment that it is in. */
+    /** A line to output before the segment that it is in. */
     struct PendingLine
     {
         size_t mRecord;
@@ -73,16 +73,16 @@ private:
     void takeCommands(std::optional<qint64> untilNs);
     void giveUpOverdueCommand(qint64 nowNs);
     void addNotFollowed(const CommandOutcome& waiting);
-    void tell(const std::vector<PlayedPasses>& all);
-    void tellPending(size_t untilRecord);
-    void tellCommands(const PlayedPasses& played);
+    void report(const std::vector<PlayedPasses>& all);
+    void reportPending(size_t untilRecord);
+    void reportCommands(const PlayedPasses& played);
     void breakOff();
     void repair();
     void passDifferent(const Repair& found);
     qint64 judgedStampNs(bool fits);
     void passForeign(const Repair& found);
     void addTimeJump();
-    void goOnElsewhere(const Repair& found);
+    void continueElsewhere(const Repair& found);
     void addFinding(FindingKind kind, size_t count, const std::string& text);
     void addRunFinding(FindingKind kind, size_t count, const std::string& text);
     std::string expectedText() const;

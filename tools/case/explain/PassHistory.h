@@ -125,7 +125,8 @@ public:
 
     /**
      * Settles the past as it is for the first position of the decisive one, and takes it out,
-     * oldest first. Those of another past go on as if their pass had begun with the decisive one's.
+     * oldest first. Those of another past continue as if their pass had begun with the decisive
+     * one's.
      */
     static std::vector<PlayedPasses> settle(const Hypothesis& decisive,
                                             std::vector<Hypothesis>* all);

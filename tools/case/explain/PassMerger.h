@@ -22,12 +22,12 @@ public:
     {
     }
 
-    /** Puts out a segment of another file: what is put out next comes behind it. */
+    /** Outputs a segment of another file: what is output next comes after it. */
     void flushOthers(const PlayedFile& file);
 
     void add(const PlayedPasses& played);
 
-    /** Puts out what there is; what follows begins a new segment. */
+    /** Outputs what there is; what follows begins a new segment. */
     void flush();
 
 private:

@@ -15,7 +15,7 @@ struct PlayedEntry
     int mConfiguration;
     quint32 mRepetitions;
     size_t mFile; ///< index among the files
-    int mNext;    ///< the entry behind it in its configuration; PlayPlan::kNone at the end
+    int mNext;    ///< the entry after it in its configuration; PlayPlan::kNone at the end
 };
 
 /**

@@ -219,7 +219,7 @@ void PlaybackTracker::mergeAtSecondSample()
         }
         const PlayedFile& file = plan().fileOf(begun.mEntry);
         const bool isTaken = std::any_of(all.begin(), all.end(), [&](Hypothesis& it) {
-            return it.mCount > 0 && it.takeInFront(begun, file);
+            return it.mCount > 0 && it.prepend(begun, file);
         });
         if (isTaken) {
             begun.mCount = 0; // to be dropped

@@ -65,14 +65,15 @@ public:
     /** Whether one of them has its next sample so long after the one before. */
     bool allowsStep(qint64 stepNs) const;
 
-    /** Keeps those for which this is right when they are alone; all if it is for none. */
+    /** Keeps those for which this is true of a tracker of them alone; all if it is true for none.
+     */
     void keepIf(const std::function<bool(PlaybackTracker alone)>& isRight);
 
     /**
-     * Lets all go on by a sample.
+     * Advances all by a sample.
      * @param arrival the record that was this sample, or should have been; without it the pass does
      *        not count it, and what was played before is forgotten
-     * @param next what comes behind it, if that is known: of the many configurations that an
+     * @param next what comes after it, if that is known: of the many configurations that an
      *        unknown command may bring, those that do not begin with it are left out
      */
     void advance(const std::optional<Arrival>& arrival = std::nullopt,
@@ -97,7 +98,7 @@ public:
     /** What arrives next begins a pass, wherever in its file it stands. */
     void forgetPasses();
 
-    /** With other hypotheses in place of its own. */
+    /** With these hypotheses instead of its own. */
     PlaybackTracker replacedBy(std::vector<Hypothesis> hypotheses) const;
 
     /** Requires: not empty(). */

@@ -13,7 +13,7 @@ qint64 gapBefore(const RecordWindow& window, size_t offset)
            waveform::stampNsOf(window[static_cast<std::ptrdiff_t>(offset) - 1]);
 }
 
-/** Whether the records from the offset on go on as is supposed, the first one's step aside. */
+/** Whether the records from the offset on are those supposed, the first one's step aside. */
 bool goesOn(const RecordWindow& window, const PlaybackTracker& from, size_t offset)
 {
     if (offset == window.ahead()) {
@@ -116,7 +116,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
             return Repair{Repair::Kind::Twice, twice, twice, expected};
         }
     } else {
-        const GapAnswer behind = searchBehindGap(expected, gapNs);
+        const GapAnswer behind = searchAfterGap(expected, gapNs);
         const bool anyLost = !behind.mAfter.empty() && behind.mLost > 0;
         if (anyLost && goesOn(window, behind.mAfter, 0)) {
             return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
@@ -172,13 +172,13 @@ Repair Resynchronizer::repairByContent(const RecordWindow& window, const Playbac
         const bool fits = different < ahead || different <= kSamplesPerPeriod;
         if (fits && goesOn(window, blind, different)) {
             const bool isLikelier =
-                found.empty() || (different <= kMaxDifferentInPlace && lastStampNs);
+                found.empty() || (different <= kMaxDifferentInRow && lastStampNs);
             if (isLikelier) {
                 return {Repair::Kind::Differs, different, different,
                         leadingTo(window, expected, different)};
             }
         }
-        if (!found.empty() && different > kMaxDifferentInPlace) {
+        if (!found.empty() && different > kMaxDifferentInRow) {
             break;
         }
         if (found.empty() && different < ahead && !elsewhere(window, expected, different).empty()) {

@@ -16,7 +16,7 @@ enum class NextStep
     Judged,   ///< nothing more: what is wrong with it has been said
 };
 
-/** Why a recording does not go on as it should, and how it goes on instead. */
+/** Why a recording does not continue as it should, and how it continues instead. */
 struct Repair
 {
     enum class Kind
@@ -25,7 +25,7 @@ struct Repair
         Missing,   ///< mSamples are missing before the next record
         Twice,     ///< the next mRecords were there before
         Foreign,   ///< the next mRecords are in no file
-        TimeJump,  ///< the samples go on, their time stamps do not
+        TimeJump,  ///< the samples continue, their time stamps do not
         Elsewhere, ///< the samples of another position are played
     };
 
@@ -36,7 +36,7 @@ struct Repair
 };
 
 /**
- * Finds out what happened where a record does not fit: by its time stamp, by the records behind
+ * Finds out what happened where a record does not fit: by its time stamp, by the records after
  * it, and by where the same samples stand in the files. Its work is bounded by what the window
  * shows.
  */

@@ -22,7 +22,7 @@ public:
     bool covers(size_t sample) const { return mIsFinished || mSamples > sample; }
 
     /**
-     * When the block with this sample of the recording arrived; nothing behind the last block.
+     * When the block with this sample of the recording arrived; nothing after the last block.
      * Requires: covers(), and no sample before that of the last call.
      */
     std::optional<qint64> arrivalNs(size_t sample);
@@ -30,7 +30,7 @@ public:
     /** The oldest command that was not taken out, if it was given by then. */
     std::optional<Event> takeCommand(std::optional<qint64> untilNs);
 
-    /** Samples that the driver accepted, and those that it refused behind them. */
+    /** Samples that the driver accepted, and those that it refused after them. */
     size_t samples() const { return mSamples; }
     size_t refusedSamples() const { return mRefusedSamples; }
 
@@ -45,7 +45,7 @@ public:
 private:
     struct Block
     {
-        size_t mEnd; ///< behind its last sample
+        size_t mEnd; ///< after its last sample
         qint64 mArrivalNs;
     };
 
