@@ -105,15 +105,16 @@ TEST(InputTest, WhatAFileIsIsFoundByItsContent)
               "text file, decimal sign '.'");
     const std::string record = std::string(4, '\0') + "\1" + std::string(43, '\0');
     EXPECT_EQ(formatOf("a.csv", std::string(48, '\0') + record), "recording of the driver");
-    EXPECT_EQ(errorOf([&] { formatOf("a.dat", record + record); }),
-              files.path("a.dat") +
-                  ": cannot tell what it is\n"
-                  "  no value file: its first line has 1 instead of 13 fields between \";\"\n"
-                  "  no recording of the driver: record 2 has no rising time stamp\n"
-                  "  no COMTRADE recording: it may be the data of one, but no configuration (.cfg) "
-                  "lies beside it\n"
-                  "  no text file with a heading: it has no heading line with lines of numbers "
-                  "behind it");
+    EXPECT_EQ(
+        errorOf([&] { formatOf("a.dat", record + record); }),
+        files.path("a.dat") +
+            ": cannot tell what it is\n"
+            "  not a value file: its first line has 1 instead of 13 fields between \";\"\n"
+            "  not a recording of the driver: record 2 has no rising time stamp\n"
+            "  not a COMTRADE recording: it may be the data of one, but no configuration (.cfg) "
+            "lies beside it\n"
+            "  not a text file with a heading: it has no heading line with lines of numbers "
+            "after it");
     EXPECT_THAT(errorOf([&] { formatOf("a.csv", std::string(3'000'000, 'x')); }),
                 HasSubstr("expected a line end within 1 MiB"));
     EXPECT_THAT(errorOf([] { input::openInput("/dev/zero", {}); }), HasSubstr("a regular file"));

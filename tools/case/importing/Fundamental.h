@@ -25,7 +25,7 @@ bool isNominalKnown(const waveform::SignalDescription& description);
 /**
  * Follows the positive sequence of the voltages that are mapped, else that of the currents. A
  * recording of fewer than six periods is not followed. The nominal frequency is the recording's;
- * where it states none, 50, 60 or 16.7 Hz, whichever there is most of.
+ * where it states none, 50, 60 or 16.7 Hz, whichever is strongest.
  */
 Fundamental findFundamental(const waveform::SignalDescription& description,
                             const RecordedSignal& recorded, const resampling::SampleTimes& times,

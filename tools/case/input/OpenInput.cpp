@@ -73,10 +73,10 @@ std::unique_ptr<waveform::SignalSource> openPair(const std::string& named, const
             : "its second line does not count channels as \"8,8A,0D\" does";
     throw base::CaseError(
         fmt::format("{}: cannot tell what it is\n"
-                    "  no value file: {}\n"
-                    "  no recording of the driver: {}\n"
-                    "  no COMTRADE recording: {}\n"
-                    "  no text file with a heading: {}",
+                    "  not a value file: {}\n"
+                    "  not a recording of the driver: {}\n"
+                    "  not a COMTRADE recording: {}\n"
+                    "  not a text file with a heading: {}",
                     path, noValues, noDriver, noComtrade, noText));
 }
 

@@ -160,7 +160,7 @@ std::optional<TextLayout> describe(const std::vector<std::string>& lines, size_t
 std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines, std::string* reason)
 {
     if (lines.size() < 2) {
-        *reason = "it has no heading line with lines of numbers behind it";
+        *reason = "it has no heading line with lines of numbers after it";
         return std::nullopt;
     }
     for (const auto& [separator, name] : kSeparators) {

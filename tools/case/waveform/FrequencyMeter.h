@@ -14,8 +14,8 @@ namespace waveform {
  * Each channel is compared with a phasor that rotates at a frequency near its own, in windows of
  * two of the phasor's periods which overlap by one: how far the phase turns from window to window
  * is the difference of the frequencies. Windows whose amplitude and turn are those of the window
- * before form a steady run, which a fault ends. Of all runs the one counts that knows the frequency
- * best: the longer it is and the less its turns scatter.
+ * before form a steady run, which a fault ends. The run that knows the
+ * frequency best counts: a long one whose turns scatter little.
  */
 class FrequencyMeter
 {
@@ -47,7 +47,7 @@ public:
 private:
     using Phasor = std::complex<double>;
 
-    /** Windows behind one another in which a channel is steady. */
+    /** Consecutive windows in which a channel is steady. */
     struct Run
     {
         size_t mTurns = 0;
