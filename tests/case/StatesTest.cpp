@@ -41,6 +41,10 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
     };
     const Case cases[] = {
         {"", " expected states, each below [[state]]"},
+        {"frequency = 50\n[[!state]]\n", "2:3: expected a name between the brackets"},
+        {"# ä\nname = \"#ä\" # ä\n",
+         "2:10: a character beyond ASCII: expected it in comments only"},
+        {"x = \"\"\"\n", "1:5: three quotes: expected a string in single ones, on one line"},
         {"frequency 50", "1:11: Error while parsing key-value pair: expected '=', saw '5'"},
         {"frequency = 50\nfrequency = 60\n",
          "2:13: Error while parsing key-value pair: cannot redefine existing int"},

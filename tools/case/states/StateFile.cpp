@@ -10,6 +10,7 @@
 #include "base/Text.h"
 #include "generate/WaveParameters.h"
 #include "states/StateRange.h"
+#include "states/StateText.h"
 #include "states/TomlSection.h"
 
 namespace states {
@@ -449,8 +450,12 @@ StatePlan parseStates(std::string_view text, const std::string& name)
 {
     StatePlan plan;
     plan.mFileName = name;
+    expectReadable(plan, text);
     try {
         Reader(plan).read(toml::parse(text));
+    } catch (const UnforeseenToml&) {
+        throw base::CaseError(plan.messagePrefix(headerLocation(text)) +
+                              "expected a name between the brackets");
     } catch (const toml::parse_error& error) {
         throw base::CaseError(plan.messagePrefix(locationOf(error.source().begin)) +
                               std::string(error.description()));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <toml++/toml.h>
 #include <array>
 #include <optional>
 #include <string>
@@ -8,6 +7,27 @@
 #include <vector>
 
 #include "states/StatePlan.h"
+
+namespace states {
+
+/** The parser asserts something that a wrong file does not hold, such as a header "[[!". */
+struct UnforeseenToml
+{
+};
+
+constexpr void expectForeseen(bool holds)
+{
+    if (!holds) {
+        throw UnforeseenToml();
+    }
+}
+
+} // namespace states
+
+// The parser takes its assertions for granted where NDEBUG is defined, whatever the file holds.
+#undef NDEBUG
+#define TOML_ASSERT(expr) states::expectForeseen(static_cast<bool>(expr))
+#include <toml++/toml.h>
 
 /** How the reader of states looks at TOML; heavy to compile, for StateFile.cpp alone. */
 namespace states {

@@ -1,0 +1,87 @@
+#include "states/StateText.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "base/CaseError.h"
+#include "base/Text.h"
+
+namespace states {
+
+namespace {
+constexpr size_t kNone = std::string_view::npos;
+
+bool canBeginName(char character)
+{
+    return std::isalnum(static_cast<unsigned char>(character)) != 0 ||
+           std::string_view("_-\"'").find(character) != kNone;
+}
+
+/** Where the string ends that begins there; the end of the line where it does not. */
+size_t endOfString(std::string_view line, size_t begin)
+{
+    for (size_t i = begin + 1; i < line.size(); ++i) {
+        if (line[i] == line[begin]) {
+            return i;
+        }
+        if (line[i] == '\\' && line[begin] == '"') {
+            ++i;
+        }
+    }
+    return line.size();
+}
+
+/** The first byte beyond ASCII that is not in a comment. */
+size_t findForeign(std::string_view line)
+{
+    size_t end = 0;
+    while (end < line.size() && line[end] != '#') {
+        const bool isString = line[end] == '"' || line[end] == '\'';
+        end = isString ? endOfString(line, end) + 1 : end + 1;
+    }
+    const std::string_view code = line.substr(0, end);
+    const auto found = std::find_if(code.begin(), code.end(), [](char character) {
+        return static_cast<unsigned char>(character) > 0x7F;
+    });
+    return found == code.end() ? kNone : size_t(found - code.begin());
+}
+} // namespace
+
+void expectReadable(const StatePlan& plan, std::string_view text)
+{
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        text.remove_prefix(kByteOrderMark.size());
+    }
+    unsigned number = 0;
+    for (const std::string_view line : base::splitText(text, '\n')) {
+        ++number;
+        const size_t foreign = findForeign(line);
+        if (foreign != kNone) {
+            throw base::CaseError(plan.messagePrefix({number, unsigned(foreign) + 1}) +
+                                  "a character beyond ASCII: expected it in comments only");
+        }
+        const size_t quotes = std::min(line.find("\"\"\""), line.find("'''"));
+        if (quotes != kNone) {
+            throw base::CaseError(plan.messagePrefix({number, unsigned(quotes) + 1}) +
+                                  "three quotes: expected a string in single ones, on one line");
+        }
+    }
+}
+
+Location headerLocation(std::string_view text)
+{
+    unsigned number = 0;
+    for (const std::string_view line : base::splitText(text, '\n')) {
+        ++number;
+        const size_t bracket = line.find_first_not_of(" \t");
+        const size_t name = line.find_first_not_of(" \t[");
+        const bool isHeader = bracket != kNone && line[bracket] == '[';
+        if (isHeader && name != kNone && !canBeginName(line[name])) {
+            return {number, unsigned(name) + 1};
+        }
+    }
+    return {1, 1};
+}
+
+} // namespace states
