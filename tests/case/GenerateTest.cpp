@@ -156,7 +156,7 @@ TEST(SampleMeterTest, FindsEventsAsTheStandardDoes)
         meter.add(line, generate::roundedValues(wave.valuesOf(line)));
     }
     const generate::MeasuredValues values = meter.values(wave.timeline());
-    struct Event
+    struct ExpectedEvent
     {
         generate::EventKind mKind;
         unsigned long mChannels;
@@ -166,7 +166,7 @@ TEST(SampleMeterTest, FindsEventsAsTheStandardDoes)
     };
     using generate::EventKind;
     const auto expectEvents = [&values](const std::vector<generate::VoltageEvent>& events,
-                                        const std::vector<Event>& expected) {
+                                        const std::vector<ExpectedEvent>& expected) {
         ASSERT_EQ(events.size(), expected.size());
         for (size_t i = 0; i < events.size(); ++i) {
             SCOPED_TRACE(i);
