@@ -11,9 +11,10 @@ namespace commands {
 inline void addEncodingOption(CLI::App& command, std::string* encoding)
 {
     command
-        .add_option("--encoding", *encoding,
-                    "Of the texts in a recording, such as windows-1251 or GB18030 (else UTF-8, or "
-                    "Latin-1 where they are not)")
+        .add_option(
+            "--encoding", *encoding,
+            "Encoding of the texts in a recording, such as windows-1251 or GB18030 (else UTF-8, or "
+            "Latin-1 where they are not)")
         ->type_name("NAME")
         ->check([](const std::string& name) {
             return base::isEncoding(name) ? std::string() : "no encoding '" + name + "' is known";

@@ -170,11 +170,13 @@ void addTiming(CLI::App& command, importing::ImportOptions& options)
         .add_option("--from", options.mFrom, "Begins there in the recording (default: its start)")
         ->type_name("S");
     command.add_option("--to", options.mTo, "Ends there (default: its end)")->type_name("S");
-    command.add_option("--before", options.mBefore, "Repeats the first period N times before it")
+    command
+        .add_option("--before", options.mBefore,
+                    "Repeats the first period N times at the beginning")
         ->type_name("N")
         ->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
     CLI::Option* const after =
-        command.add_option("--after", options.mAfter, "Repeats the last period N times after it");
+        command.add_option("--after", options.mAfter, "Repeats the last period N times at the end");
     after->type_name("N")->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
     command
         .add_flag("--loop", options.mDoLoop,

@@ -24,7 +24,7 @@ inline void addScaleOption(CLI::App& command, double* countsPerVolt, double* cou
     };
     command
         .add_option_function<std::string>("--scale", read,
-                                          "Counts for a volt and an ampere (default 1000,1000)")
+                                          "Counts per volt and per ampere (default 1000,1000)")
         ->type_name("V,A");
 }
 
