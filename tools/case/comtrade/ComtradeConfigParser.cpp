@@ -192,7 +192,7 @@ void ComtradeConfigParser::parseScaling(const Fields& fields, const std::string&
                                 offset.substr(0, base::kLongestExcerpt)));
     }
     if (!hasFactor) {
-        mRemarks.addFor("no factor: 1", analog->mChannel.mNumber);
+        mRemarks.addFor("no factor: 1 is taken", analog->mChannel.mNumber);
     }
     analog->mSmallest = numberOr(fieldAt(fields, kFactorField + 3), analog->mSmallest);
     analog->mLargest = numberOr(fieldAt(fields, kFactorField + 4), analog->mLargest);
@@ -206,7 +206,7 @@ void ComtradeConfigParser::parseRatio(const Fields& fields, waveform::ChannelDes
         channel->mPrimary = 0.0;
         channel->mSecondary = 1.0;
         if (fields.size() > kPrimaryField) {
-            mRemarks.addFor("a ratio of 0: not known", channel->mNumber);
+            mRemarks.addFor("a ratio of 0: taken as unknown", channel->mNumber);
         }
     }
     const std::string_view side = fieldAt(fields, kPrimaryField + 2);
@@ -325,7 +325,7 @@ void ComtradeConfigParser::parseStampFactor()
     if (factor > 0.0) {
         mHeader.mStampSeconds *= factor;
     } else {
-        mRemarks.add("a factor of 0 for time stamps: 1");
+        mRemarks.add("a factor of 0 for time stamps: 1 is taken");
     }
 }
 
