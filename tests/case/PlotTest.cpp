@@ -291,7 +291,7 @@ TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)
              {"a.csv -o x.svg --at 1", "nothing to show at 1 s: the end is at 0.03"},
              {"a.csv --at -1", "--at: '-1': expected seconds, 0 or more"},
              {"a.csv --to nan", "--to: 'nan': expected seconds, 0 or more"},
-             {"line.csv", "line.csv: expected two samples at least"},
+             {"line.csv", "line.csv: expected samples at two or more instants"},
              {"a.csv -o x.png", "install the package fonts-dejavu-core"},
              {"a.csv -o x.svg --events e", "a.csv: expected a recording of the driver"}}) {
         const CommandResult result = plot(arguments);

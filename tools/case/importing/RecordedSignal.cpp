@@ -44,7 +44,7 @@ RecordedSignal readSignal(waveform::SignalSource& source, const ChannelMap& map)
     }
     if (signal.mSeconds.empty() || signal.mSeconds.front() == signal.mSeconds.back()) {
         throw base::CaseError(source.description().mFileName +
-                              ": expected samples at two instants at least");
+                              ": expected samples at two or more instants");
     }
     return signal;
 }

@@ -51,7 +51,7 @@ void refuseUndrawable(const std::string& path, const DrawnSignal& signal)
 {
     const Overview& overview = signal.overview();
     if (overview.begin() >= overview.end()) {
-        throw base::CaseError(path + ": expected samples at two instants at least");
+        throw base::CaseError(path + ": expected samples at two or more instants");
     }
     for (size_t i = 0; i < signal.channels().groups().size(); ++i) {
         if (!std::isfinite(overview.largestRms(i))) {
