@@ -19,60 +19,12 @@ namespace {
 constexpr size_t kMaxBytes = size_t{1} << 20U;
 constexpr double kMaxSeconds = 86400.0;
 constexpr double kMaxPeriods = 1e7;
-constexpr double kMaxValue = 1e9; // volts or amperes; what fits is known with the scale
-constexpr double kMaxDegrees = 1e6;
 constexpr double kMaxTau = 1e6;
 constexpr std::array<double, generate::kPhaseCount> kBalancedDegrees{0.0, -120.0, 120.0};
 constexpr std::array<const char*, 4> kLetters{"A", "B", "C", "N"};
 
 const Range kAnyDegrees{-kMaxDegrees, kMaxDegrees};
 const Range kTaus{0.0, kMaxTau, true};
-
-/** A text such as "230@-5". */
-struct ValueText
-{
-    double mValue;
-    std::optional<double> mDegrees;
-};
-
-std::optional<ValueText> parseValue(std::string_view text)
-{
-    const auto parts = base::splitText(text, '@');
-    ValueText value{};
-    double degrees = 0.0;
-    if (parts.size() > 2 || !base::parseNumber(parts[0], &value.mValue) || value.mValue < 0.0 ||
-        value.mValue > kMaxValue) {
-        return std::nullopt;
-    }
-    if (parts.size() == 2) {
-        if (!base::parseNumber(parts[1], &degrees) || std::abs(degrees) > kMaxDegrees) {
-            return std::nullopt;
-        }
-        value.mDegrees = degrees;
-    }
-    return value;
-}
-
-/** A text such as "5:3%@0". */
-std::optional<StateHarmonic> parseHarmonic(std::string_view text)
-{
-    const auto parts = base::splitText(text, ':');
-    if (parts.size() != 2) {
-        return std::nullopt;
-    }
-    const auto size = base::splitText(parts[1], '@');
-    StateHarmonic harmonic{};
-    double percent = 0.0;
-    const bool isGood = size.size() <= 2 && !size[0].empty() && size[0].back() == '%' &&
-                        base::parseNumber(parts[0], &harmonic.mOrder) && harmonic.mOrder >= 2 &&
-                        harmonic.mOrder <= generate::kMaxOrder &&
-                        base::parseNumber(size[0].substr(0, size[0].size() - 1), &percent) &&
-                        percent >= 0.0 && percent <= kMaxValue &&
-                        (size.size() == 1 || (base::parseNumber(size[1], &harmonic.mDegrees) &&
-                                              std::abs(harmonic.mDegrees) <= kMaxDegrees));
-    harmonic.mRatio = percent / generate::kPercent;
-    return isGood ? std::optional(harmonic) : std::nullopt;
-}
 
 /** Reads one file; each state begins as a copy of the one before. */
 class Reader

@@ -107,13 +107,13 @@ void Walk::begin(const State& state)
         return;
     }
     const FrequencyTarget& target = *state.mFrequency;
-    const double hertz = mRamp.at(mSeconds);
-    if ((target.mHertz - hertz) * target.mRate < 0.0) {
+    const double from = mRamp.at(mSeconds);
+    if ((target.mHertz - from) * target.mRate < 0.0) {
         throw base::CaseError(
             fmt::format("{}frequency: from {:g} Hz, a rate of {:g} Hz/s does not lead to {:g} Hz",
-                        mPlan.messagePrefix(target.mLocation), hertz, target.mRate, target.mHertz));
+                        mPlan.messagePrefix(target.mLocation), from, target.mRate, target.mHertz));
     }
-    mRamp = {mSeconds, hertz, target.mHertz, target.mRate};
+    mRamp = {mSeconds, from, target.mHertz, target.mRate};
     const qint64 rest = (kSamplesPerPeriod - mLine % kSamplesPerPeriod) % kSamplesPerPeriod;
     if (rest > 0) {
         mResult.mRemarks.push_back(fmt::format(

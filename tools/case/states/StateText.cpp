@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 
 #include "base/CaseError.h"
+#include "base/Numbers.h"
 #include "base/Text.h"
+#include "generate/WaveParameters.h"
 
 namespace states {
 
@@ -46,6 +49,44 @@ size_t findForeign(std::string_view line)
     return found == code.end() ? kNone : size_t(found - code.begin());
 }
 } // namespace
+
+std::optional<ValueText> parseValue(std::string_view text)
+{
+    const auto parts = base::splitText(text, '@');
+    ValueText value{};
+    double degrees = 0.0;
+    if (parts.size() > 2 || !base::parseNumber(parts[0], &value.mValue) || value.mValue < 0.0 ||
+        value.mValue > kMaxValue) {
+        return std::nullopt;
+    }
+    if (parts.size() == 2) {
+        if (!base::parseNumber(parts[1], &degrees) || std::abs(degrees) > kMaxDegrees) {
+            return std::nullopt;
+        }
+        value.mDegrees = degrees;
+    }
+    return value;
+}
+
+std::optional<StateHarmonic> parseHarmonic(std::string_view text)
+{
+    const auto parts = base::splitText(text, ':');
+    if (parts.size() != 2) {
+        return std::nullopt;
+    }
+    const auto size = base::splitText(parts[1], '@');
+    StateHarmonic harmonic{};
+    double percent = 0.0;
+    const bool isGood = size.size() <= 2 && !size[0].empty() && size[0].back() == '%' &&
+                        base::parseNumber(parts[0], &harmonic.mOrder) && harmonic.mOrder >= 2 &&
+                        harmonic.mOrder <= generate::kMaxOrder &&
+                        base::parseNumber(size[0].substr(0, size[0].size() - 1), &percent) &&
+                        percent >= 0.0 && percent <= kMaxValue &&
+                        (size.size() == 1 || (base::parseNumber(size[1], &harmonic.mDegrees) &&
+                                              std::abs(harmonic.mDegrees) <= kMaxDegrees));
+    harmonic.mRatio = percent / generate::kPercent;
+    return isGood ? std::optional(harmonic) : std::nullopt;
+}
 
 void expectReadable(const StatePlan& plan, std::string_view text)
 {
