@@ -1,7 +1,6 @@
 #include "explain/Explanation.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,50 +13,11 @@
 #include <thread>
 
 #include "Files.h"
-#include "SeededRandom.h"
+#include "ShortOutput.h"
 #include "base/CaseError.h"
 
 namespace {
 constexpr qint64 kStepNs = 55'555; // 50 Hz
-
-/** Everything in short: "0,1: a.csv x2" is a segment of two passes, "!missing 360 @801" a finding.
- */
-class ShortOutput : public explain::ExplanationOutput
-{
-public:
-    void add(const explain::PlayedSegment& it) override
-    {
-        mText +=
-            fmt::format("{}: {} x{}", fmt::join(it.mConfigurations, ","), it.mFile, it.mPasses);
-        if (it.mFirstSample > 0 || it.mLastSample + 1 < it.mFileSamples) {
-            mText += fmt::format(" [{}-{}]", it.mFirstSample + 1, it.mLastSample + 1);
-        }
-        mText += "; ";
-        mSamples += it.mSamples;
-        std::exchange(mFirstSegment, [] {})();
-        EXPECT_LE(it.mFirstStampNs, it.mLastStampNs);
-    }
-    void add(const explain::CommandOutcome& it) override
-    {
-        mText += it.mText + " ";
-        if (it.mFirstSampleArrivalNs) {
-            mText += fmt::format("after {}", *it.mFirstSampleArrivalNs - it.mArrivalNs);
-        }
-        mText += it.mProblem + "; ";
-    }
-    void add(const explain::Finding& it) override
-    {
-        mText += fmt::format("!{} {} @{}; ", nameOf(it.mKind).mKey, it.mCount, it.mRecord + 1);
-    }
-    void add(const explain::Verdict& it) override
-    {
-        mText += it.mFindings.isClean() ? "good" : "bad";
-    }
-
-    std::string mText;
-    size_t mSamples = 0; ///< of all segments
-    std::function<void()> mFirstSegment = [] {};
-};
 } // namespace
 
 /**
@@ -264,35 +224,6 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
         }
         row.mDamage();
         EXPECT_EQ(explain("0,1,a400.csv\n1,2,b900.csv\n2,1,c720.csv\n"), row.mExplanation);
-    }
-}
-
-/** Whatever is played from any of its samples on is good, and one that differs is counted. */
-TEST_F(ExplanationTest, AnyPlayIsGoodFromAnywhere)
-{
-    std::mt19937 random = seededRandom();
-    const auto upTo = [&](int most) { return std::uniform_int_distribution<>(1, most)(random); };
-    for (int run = 0; run < 30; ++run) {
-        std::string configuration;
-        std::vector<std::vector<std::string>> passes;
-        for (int number = 0; number < 4; ++number) {
-            const std::string file = fmt::format("{}-{}.csv", run, number);
-            makeFile(file, 1 + 2 * (upTo(3) / 2), 20 + upTo(500), upTo(2) * 150 - 150);
-            const int repetitions = upTo(3);
-            configuration += fmt::format("{},{},{}\n", number, repetitions, file);
-            passes.emplace_back(size_t(repetitions), file);
-        }
-        mRecords.clear();
-        for (int i = 0; i < 10; ++i) {
-            for (const std::string& file : passes[size_t(i % 2) * size_t(upTo(4) - 1)]) {
-                play(file);
-            }
-        }
-        mRecords.erase(mRecords.begin(), mRecords.begin() + upTo(int(mRecords.size() / 2)));
-        EXPECT_THAT(explain(configuration), testing::EndsWith("; good")) << configuration;
-        EXPECT_EQ(mExplained, mRecords.size());
-        mRecords[size_t(upTo(int(mRecords.size()) - 1))].mValues[3] ^= 1 << 20;
-        EXPECT_THAT(explain(configuration), testing::ContainsRegex("^[^!]*!differs 1 [^!]*bad$"));
     }
 }
 
