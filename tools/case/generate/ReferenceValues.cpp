@@ -174,11 +174,11 @@ FrequencyValues ReferenceMeter::constantFrequency() const
     const double played = playedHertz(mParameters.mFrequency);
     double deviation = 0.0;
     double slope = 0.0;
-    for (const Modulation& modulation : mParameters.mModulations) {
-        if (modulation.mShape == ModulationShape::Sine) {
-            const double hertz = modulation.mHertz * playbackSpeedRatio();
-            deviation += std::abs(modulation.mPhaseDepth) * hertz;
-            slope += std::abs(modulation.mPhaseDepth) * hertz * hertz * 2.0 * base::kPi;
+    for (const Modulation& each : mParameters.mModulations) {
+        if (each.mShape == ModulationShape::Sine) {
+            const double hertz = each.mHertz * playbackSpeedRatio();
+            deviation += std::abs(each.mPhaseDepth) * hertz;
+            slope += std::abs(each.mPhaseDepth) * hertz * hertz * 2.0 * base::kPi;
         }
     }
     return {mParameters.mFrequency, played, played - deviation, played + deviation, slope, {}};

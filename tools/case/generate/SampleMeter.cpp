@@ -218,8 +218,10 @@ std::vector<VoltageEvent> SampleMeter::systemEvents(const Timeline& timeline) co
         }
         interruptions = intersectionOf(interruptions, mChannels[i].mInterruption.crossings());
     }
+    const std::vector<SystemCrossing> systemDips = unionOf(std::move(dips), true);
+    const std::vector<SystemCrossing> systemSwells = unionOf(std::move(swells), false);
     std::vector<VoltageEvent> events;
-    for (const auto& [channels, dip] : unionOf(std::move(dips), true)) {
+    for (const auto& [channels, dip] : systemDips) {
         VoltageEvent event{EventKind::Dip, channels, spanOf(dip, timeline), dip.mExtreme, {}};
         for (const Crossing& interruption : interruptions) {
             if (interruption.mBegin >= dip.mBegin && interruption.mBegin < endOf(dip)) {
@@ -229,7 +231,7 @@ std::vector<VoltageEvent> SampleMeter::systemEvents(const Timeline& timeline) co
         }
         events.push_back(event);
     }
-    for (const auto& [channels, swell] : unionOf(std::move(swells), false)) {
+    for (const auto& [channels, swell] : systemSwells) {
         events.push_back({EventKind::Swell, channels, spanOf(swell, timeline), swell.mExtreme, {}});
     }
     std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {

@@ -36,20 +36,20 @@ double Periods::turnsAt(size_t sample, double seconds) const
 
 void Periods::add(const waveform::SignalBlock& block)
 {
-    size_t begin = 0;
-    while (begin < block.size()) {
-        const double number = std::floor(turnsAt(block.mFirst + begin, block.mSeconds[begin]));
+    size_t first = 0;
+    while (first < block.size()) {
+        const double number = std::floor(turnsAt(block.mFirst + first, block.mSeconds[first]));
         if (number != mNumber || mPeriod.size() >= kMaxSamples) {
-            close(block.mSeconds[begin], number == mNumber + 1.0);
+            close(block.mSeconds[first], number == mNumber + 1.0);
             mNumber = number;
         }
-        size_t end = begin + 1;
-        while (end < block.size() &&
-               turnsAt(block.mFirst + end, block.mSeconds[end]) < mNumber + 1.0) {
-            ++end;
+        size_t last = first + 1;
+        while (last < block.size() &&
+               turnsAt(block.mFirst + last, block.mSeconds[last]) < mNumber + 1.0) {
+            ++last;
         }
-        append(block, begin, end);
-        begin = end;
+        append(block, first, last);
+        first = last;
     }
 }
 

@@ -155,7 +155,7 @@ void Maker::openInputs()
         parts.push_back(partOf(sources.back()->description()));
     }
     if (!mRequest.mEvents.empty() || !mRequest.mConfiguration.empty()) {
-        addPlayed(*sources[0]);
+        addPlayed(*sources.front());
     }
     mIsRecording = asRecording(*sources[0]) != nullptr;
     const bool areImported = areOfOneImport(parts);

@@ -125,12 +125,13 @@ std::vector<std::vector<std::optional<double>>> rowsOf(const std::vector<std::st
 {
     std::vector<std::vector<std::optional<double>>> rows;
     for (size_t i = first; i < lines.size(); ++i) {
-        std::vector<std::optional<double>>& row = rows.emplace_back();
+        std::vector<std::optional<double>> row;
         for (const std::string_view field : textFields(lines[i], layout.mSeparator)) {
             double number = 0.0;
             const bool isNumber = parseTextNumber(field, layout.mDecimalSign, &number);
             row.push_back(isNumber ? std::optional(number) : std::nullopt);
         }
+        rows.push_back(std::move(row));
     }
     return rows;
 }
