@@ -313,7 +313,7 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
     mEvents.clear();
     EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
               "0: a300.csv x2; !notGiven 1 @601; 1: b900.csv x1; 0: a300.csv x70; "
-              "!notGiven 1 @22501; 2: c720.csv x1 [1-360]; !otherEvents 22860 @22861; bad");
+              "!notGiven 1 @22501; 2: c720.csv x1 [1-360]; bad");
 }
 
 /** What the events tell of the end counts, whatever the samples are. */
@@ -347,12 +347,12 @@ TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
          "0: a400.csv x3; s1 ; good"},
         {[&] {
              send("s1", 0);
-             tell(over, 2 * kSecond);
+             tell(over, kSecond + kSecond / 10);
          },
          "0: a400.csv x3; !notFollowed 1 @1201; bad"},
         {[&] {
              send("s7", 0);
-             tell(over, 2 * kSecond);
+             tell(over, kSecond + kSecond / 10);
          },
          "0: a400.csv x3; s7 Wrong Config: 7; good"},
         {[&] {
@@ -373,16 +373,31 @@ TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
              play("a400.csv");
          },
          "0: a400.csv x3; s1 after 49999500; 1: b900.csv x1; 0: a400.csv x1; good"},
+        // The slowest block takes 24 ms, and eleven are sent at once.
+        {[&] { tell(over, kSecond + 11 * 23'999'000); }, "0: a400.csv x3; good"},
+        {[&] { tell(over, kSecond + 12 * 24'000'000); }, "0: a400.csv x3; !silent 1 @1201; bad"},
+        {[&] { tell(R"("run":"ended","reason":"interrupted")", 2 * kSecond); },
+         "0: a400.csv x3; !silent 1 @1201; bad"},
+        {[&] { tell(R"("run":"ended","reason":"program")", 2 * kSecond); }, "0: a400.csv x3; good"},
+        {[&] {
+             send("2", 1'000);
+             tell(over, 9 * kSecond);
+         },
+         "0: a400.csv x3; 2 ; good"},
+        {[&] { mEvents.clear(); }, "0: a400.csv x3; good"}, // those of vx-control alone
     };
+    mFiles.make("slow.csv", valueLine("1", "41.6666"));
     for (const auto& row : rows) {
         mRecords.clear();
         mEvents.clear();
+        mControlEvents.clear();
         for (int i = 0; i < 3; ++i) {
             play("a400.csv", 1, 360);
             play("a400.csv", 361);
         }
         row.mEnd();
-        EXPECT_EQ(explain("0,1,a400.csv\n1,1,b900.csv\n", true), row.mExplanation);
+        EXPECT_EQ(explain("0,1,a400.csv\n1,1,b900.csv\n2,0,a400.csv\n3,1,slow.csv\n", true),
+                  row.mExplanation);
     }
     mEvents = "{\"t\":1}\n";
     EXPECT_THROW(explain("0,1,a400.csv\n", true), base::CaseError);

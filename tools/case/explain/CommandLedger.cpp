@@ -19,6 +19,16 @@ std::optional<CommandOutcome> CommandLedger::add(const Event& sent)
     return CommandOutcome{sent.mText, sent.mTimeNs, problem, std::nullopt, 0};
 }
 
+std::optional<int> CommandLedger::continuousAt(qint64 ns) const
+{
+    for (size_t i = mGiven.size(); i > 0; --i) {
+        if (mGiven[i - 1].mArrivalNs <= ns && !mValid[i - 1].isOnce()) {
+            return mValid[i - 1].number();
+        }
+    }
+    return std::nullopt;
+}
+
 CommandOutcome CommandLedger::outcomeOf(const GivenCommand& command)
 {
     return {command.mText, command.mArrivalNs, "", std::nullopt, 0};

@@ -28,6 +28,10 @@ public:
     /** All valid ones so far. */
     const std::vector<ControlCommand>& valid() const { return mValid; }
 
+    /** What the last of them that arrived by then asked to play continuously; nothing if none did.
+     */
+    std::optional<int> continuousAt(qint64 ns) const;
+
     /**
      * A case has ended while the command with this index, if there is one, was waiting. Returns its
      * outcome when it has waited too long: nothing else is reported of it then.

@@ -65,6 +65,9 @@ constexpr size_t kMaxDifferentInRow = 8;
 /** What a command may wait beyond the longest case: lead of the writer, and lag of the machine. */
 constexpr qint64 kWaitToleranceNs = 1'000'000'000;
 
+/** Blocks that the writer sends at once before it sleeps. */
+constexpr qint64 kBlocksAhead = 11;
+
 /** Cases that may end with a command waiting: it is polled before the next one's first block. */
 constexpr int kMaxPolls = 2;
 

@@ -24,6 +24,7 @@ const FindingName& nameOf(FindingKind kind)
         {"notSent", "commands not sent", true},
         {"refused", "samples refused at the end", true},
         {"died", "programs that died", true},
+        {"silent", "ends of the run without a block", true},
     };
     return kNames[static_cast<size_t>(kind)];
 }

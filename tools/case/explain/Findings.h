@@ -24,6 +24,7 @@ enum class FindingKind
     NotSent,
     Refused,
     Died,
+    Silent,
     Count
 };
 

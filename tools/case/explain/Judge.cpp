@@ -384,8 +384,9 @@ void Judge::finish(size_t restBytes, bool isComplete)
 void Judge::finishCommands()
 {
     takeCommands(std::nullopt);
+    const bool isSilent = shouldBeSilent();
     while (const std::optional<CommandOutcome> waiting = mCommands.takeUnreported()) {
-        if (mCommands.isNotFollowed(*waiting, mEvents.lastTimeNs())) {
+        if (!isSilent && mCommands.isNotFollowed(*waiting, mEvents.lastTimeNs())) {
             addNotFollowed(*waiting);
         } else {
             mOutput.add(*waiting);
@@ -397,7 +398,7 @@ void Judge::finishRun(bool isComplete)
 {
     const size_t recorded = mWindow.position();
     const size_t inEvents = mEvents.samples();
-    if (inEvents != recorded && isComplete) {
+    if (mEvents.tellOfBlocks() && inEvents != recorded && isComplete) {
         addRunFinding(
             FindingKind::OtherEvents, std::max(inEvents, recorded) - std::min(inEvents, recorded),
             fmt::format("the events have {} samples, the recording has {}", inEvents, recorded));
@@ -411,6 +412,35 @@ void Judge::finishRun(bool isComplete)
     if (!mEvents.death().empty()) {
         addRunFinding(FindingKind::Died, 1, mEvents.death());
     }
+    finishBlocks();
+}
+
+/** A program that hangs sends no block. */
+void Judge::finishBlocks()
+{
+    if (!mEvents.endedWhilePlaying() || !mEvents.lastBlockNs() || shouldBeSilent()) {
+        return;
+    }
+    const qint64 silentNs = mEvents.lastTimeNs() - *mEvents.lastBlockNs();
+    if (silentNs > maxSilenceNs()) {
+        addRunFinding(FindingKind::Silent, 1,
+                      fmt::format("no block in the last {:.1f} s of the run",
+                                  static_cast<double>(silentNs) / waveform::kSecondInNs));
+    }
+}
+
+/** The longest time between the blocks of a program that plays. */
+qint64 Judge::maxSilenceNs() const
+{
+    return kBlocksAhead * mPlan.longestBlockNs() + kWaitToleranceNs;
+}
+
+/** Whether what it was told to play when the last block arrived, or soon after, has no samples. */
+bool Judge::shouldBeSilent() const
+{
+    const qint64 endNs = mEvents.lastBlockNs().value_or(0) + maxSilenceNs();
+    const int playing = mCommands.continuousAt(endNs).value_or(mPlan.continuousConfiguration());
+    return mPlan.firstEntry(playing) == PlayPlan::kNone;
 }
 
 } // namespace explain

@@ -89,6 +89,9 @@ private:
     std::string differenceText() const;
     void finishCommands();
     void finishRun(bool isComplete);
+    void finishBlocks();
+    qint64 maxSilenceNs() const;
+    bool shouldBeSilent() const;
 
     const PlayPlan& mPlan;
     bool mHasEvents;

@@ -93,6 +93,7 @@ void PlayPlan::indexEntries()
             mEntriesOfFile[entry(index).mFile].push_back(index);
         }
         mLongestCaseNs = std::max(mLongestCaseNs, fileOf(index).durationNs());
+        mLongestStepNs = std::max(mLongestStepNs, fileOf(index).longestStepNs());
     }
     for (const int index : mFirstEntries) {
         mFirstEntriesOfContent[fileOf(index).samples()[0]].push_back(index);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "CaseConfiguration.h"
+#include "SampleStep.h"
 #include "explain/PlayedFile.h"
 
 namespace explain {
@@ -79,6 +80,9 @@ public:
     /** ns that the longest play of a file takes. */
     qint64 longestCaseNs() const { return mLongestCaseNs; }
 
+    /** ns that a block of the slowest file takes, or of one without a playable frequency. */
+    qint64 longestBlockNs() const { return mLongestStepNs * qint64{kSamplesPerPeriod}; }
+
 private:
     size_t fileIndex(const QString& name, const std::string& directory);
     void addConfiguration(int number, const QList<configuration::CaseEntry>& entries,
@@ -98,6 +102,7 @@ private:
     std::vector<const std::vector<int>*> mEqual; ///< by the configuration's number
     int mContinuous = 0;
     qint64 mLongestCaseNs = 0;
+    qint64 mLongestStepNs = sampleStepOf(kDefaultFrequencyHz);
 };
 
 } // namespace explain

@@ -81,6 +81,11 @@ qint64 PlayedFile::timeBefore(size_t sample) const
            static_cast<qint64>(sample % kSamplesPerPeriod) * static_cast<qint64>(mSteps[block]);
 }
 
+qint64 PlayedFile::longestStepNs() const
+{
+    return *std::max_element(mSteps.begin(), mSteps.end());
+}
+
 std::optional<size_t> PlayedFile::sampleAtTime(qint64 ns) const
 {
     const auto end = std::lower_bound(mBlockBeginsNs.begin(), mBlockBeginsNs.end(), ns);

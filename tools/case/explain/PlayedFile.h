@@ -41,6 +41,9 @@ public:
     /** ns that a play of the whole file takes. */
     qint64 durationNs() const { return timeBefore(size()); }
 
+    /** ns from one sample to the next where that is longest. */
+    qint64 longestStepNs() const;
+
     /** False where a frequency that cannot be played leaves a step as it was before. */
     bool hasAllSteps() const { return mHasAllSteps; }
 

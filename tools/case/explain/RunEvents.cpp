@@ -25,6 +25,7 @@ void RunEvents::add(Event event)
 
 void RunEvents::addBlock(const Event& block)
 {
+    mLastBlockNs = block.mTimeNs;
     if (!block.mAccepted) {
         mRefusedSamples += block.mSamples;
         return;
@@ -37,6 +38,7 @@ void RunEvents::addBlock(const Event& block)
 void RunEvents::endRun(const Event& end)
 {
     mIsRunOver = true;
+    mEndedWhilePlaying = end.mText == "time" || end.mText == "interrupted";
     if (mDeath.empty() && end.mText == "no block") {
         mDeath = "the program wrote no more samples, and the sandbox lost its patience";
     }

@@ -34,10 +34,19 @@ public:
     size_t samples() const { return mSamples; }
     size_t refusedSamples() const { return mRefusedSamples; }
 
+    /** Whether they are those of a driver, which tell how many samples there are. */
+    bool tellOfBlocks() const { return mLastBlockNs || mIsRunOver; }
+
+    /** When the last block arrived, accepted or refused; nothing before the first. */
+    std::optional<qint64> lastBlockNs() const { return mLastBlockNs; }
+
     /** How the program died, in words; empty if it did not, or nothing is known of it. */
     const std::string& death() const { return mDeath; }
 
     bool isRunOver() const { return mIsRunOver; }
+
+    /** Whether the program should have played until the run was over. */
+    bool endedWhilePlaying() const { return mEndedWhilePlaying; }
 
     /** Of the last event, or of the end of the run. */
     qint64 lastTimeNs() const { return mLastTimeNs; }
@@ -57,7 +66,9 @@ private:
     size_t mSamples = 0;
     size_t mRefusedSamples = 0;
     std::string mDeath;
+    std::optional<qint64> mLastBlockNs;
     bool mIsRunOver = false;
+    bool mEndedWhilePlaying = false;
     bool mIsFinished = false;
     qint64 mLastTimeNs = 0;
 };
