@@ -185,8 +185,8 @@ TEST(SampleMeterTest, FindsEventsAsTheStandardDoes)
                                   {EventKind::Interruption, 0x7, 25020, 27000, 4.0},
                                   {EventKind::Dip, 0x1, 34020, -1, 30.0}});
     expectEvents(values.mChannels[1].mEvents, {{EventKind::Dip, 0x2, 3420, 7200, 60.0},
-                                               {EventKind::Dip, 0x2, 25020, 27000, 4.0},
-                                               {EventKind::Swell, 0x2, 21420, 23400, 120.0}});
+                                               {EventKind::Swell, 0x2, 21420, 23400, 120.0},
+                                               {EventKind::Dip, 0x2, 25020, 27000, 4.0}});
     ASSERT_EQ(values.mEvents[3].mInterruptions.size(), 1U);
     EXPECT_EQ(values.mEvents[3].mInterruptions[0].mBegin.mLine, 25200);
     EXPECT_EQ(values.mEvents[3].mInterruptions[0].mEnd->mLine, 26820);

@@ -76,6 +76,13 @@ std::vector<SystemCrossing> unionOf(std::vector<PhaseCrossing> crossings, bool i
     return result;
 }
 
+void sortByBegin(std::vector<VoltageEvent>& events)
+{
+    std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {
+        return a.mSpan.mBegin.mLine < b.mSpan.mBegin.mLine;
+    });
+}
+
 /** Where crossings of both overlap. */
 std::vector<Crossing> intersectionOf(const std::vector<Crossing>& a, const std::vector<Crossing>& b)
 {
@@ -201,6 +208,7 @@ std::vector<VoltageEvent> SampleMeter::channelEvents(size_t channel, const Timel
             events.push_back({kind, only, spanOf(crossing, timeline), crossing.mExtreme, {}});
         }
     }
+    sortByBegin(events);
     return events;
 }
 
@@ -234,9 +242,7 @@ std::vector<VoltageEvent> SampleMeter::systemEvents(const Timeline& timeline) co
     for (const auto& [channels, swell] : systemSwells) {
         events.push_back({EventKind::Swell, channels, spanOf(swell, timeline), swell.mExtreme, {}});
     }
-    std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {
-        return a.mSpan.mBegin.mLine < b.mSpan.mBegin.mLine;
-    });
+    sortByBegin(events);
     return events;
 }
 
