@@ -40,7 +40,8 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
         const char* mBegin; ///< of the message, behind the name of the file
     };
     const Case cases[] = {
-        {"", " expected states, each below [[state]]"},
+        {"", "1:1: expected states, each below [[state]]"},
+        {"\nfrequency = 50\n", "1:1: expected states, each below [[state]]"},
         {"frequency = 50\n[[!state]]\n", "2:3: expected a name between the brackets"},
         {"# ä\nname = \"#ä\" # ä\n",
          "2:10: a character beyond ASCII: expected it in comments only"},
@@ -76,10 +77,15 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
          "1:23: neutral.current: expected a text in quotes"},
         {"neutral = { current = 'sum' }\n[[state]]\nseconds = 1\ncurrent.N = 1\n",
          "4:13: current.N: expected neutral.current = \"given\" with it"},
+        {"neutral = { voltage = 'given' }\n[[state]]\nseconds = 1\ncurrent.N = 1\n",
+         "1:23: neutral.voltage: no state has voltage.N; expected one with it, o"},
         {"[[state]]\nname = 'x'\n", "1:1: seconds: missing; a state has seconds or periods"},
         {"[[state]]\nseconds = 1\nperiods = 50\n",
          "2:11: seconds: the state has periods, too; expected one of the two"},
         {"[[state]]\nseconds = 0\n", "2:11: seconds: expected a number above 0 and at most 86400"},
+        {"[[state]]\nseconds = 1\n[[state]]\nseconds = 2.7e-5\n",
+         "4:11: state '2' lasts 0.486 lines: expected one or more"},
+        {"[[state]]\nperiods = 0.001\n", "2:11: state '1' lasts 0.36 lines: expected one or more"},
         {"[[state]]\nseconds = -1\n", "2:11: seconds: expected a number above 0 and at most 86400"},
         {"[[state]]\nperiods = 0\n", "2:11: periods: expected a number above 0 and at most 1e+07"},
         {"[[state]]\nseconds = 1e9\n",
@@ -113,7 +119,7 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
         {"[[state]]\nseconds = 1\nvoltage.A = [1]\n",
          "3:13: voltage.A: expected an rms value of 0 or more, and an angle wher"},
         {"[[state]]\nseconds = 1\nvoltage.A = 1e7\n",
-         "3:13: state '1': channel 0 can reach 1.41421e+10 counts: expected at m"},
+         "3:13: state '1': channel 0 may reach 1.41421e+10 counts, the sum of"},
         {"[[state]]\nseconds = 1\nvoltage = { balanced = '1e6@0' }\nvoltage.A = 1\n",
          "4:1: Error while parsing key-value pair: cannot redefine existing tabl"},
         {"[[state]]\nseconds = 1\ncurrent.A = { value = 1, offset = 'auto' }\n",
@@ -134,11 +140,15 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
          "3:22: harmonics.voltage: expected \"ORDER:PERCENT%@DEGREES\", such as \"5"},
         {"[[state]]\nseconds = 1\nharmonics.voltage = ['5:3%', '1:3%']\n",
          "3:30: harmonics.voltage: expected \"ORDER:PERCENT%@DEGREES\", such as \"5"},
+        {"[[state]]\nseconds = 1\nharmonics.voltage = ['5:3%', '7:1%', '5:1%@9']\n",
+         "3:38: harmonics.voltage: order 5 is listed twice"},
         {"[[state]]\nseconds = 1\nharmonics.voltage = ['180:3%']\n",
          "3:22: harmonics.voltage: expected \"ORDER:PERCENT%@DEGREES\", such as \"5"},
         {"[[state]]\nseconds = 1\nfrequency = { rate = 1 }\n", "3:13: frequency.to: missing"},
         {"[[state]]\nseconds = 1\nfrequency = { to = 49, rate = 1 }\n",
          "3:13: frequency: from 50 Hz, a rate of 1 Hz/s does not lead to 49 Hz"},
+        {"[[state]]\nseconds = 1\nfrequency = { to = 49, rate = 0 }\n",
+         "3:31: frequency.rate: expected one that is not 0; without it the freque"},
         {"[[state]]\nseconds = 1\nfrequency = 2000\n",
          "3:13: frequency: expected a number of at least 1 and at most 1000"},
         {"[[state]]\nseconds = 1\nswing = 'of'\n",
@@ -156,7 +166,7 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
         {"[[state]]\nseconds = 1\nct = { knee = 10 }\n", "3:6: ct.burden: missing"},
         {"[[state]]\nseconds = 1\ncurrent = { A = 1000, B = 1000, C = 1000 }\n[[state]]\nseconds = "
          "1\nharmonics.current = ['3:99999%']\n",
-         "4:1: state '2': channel 7 can reach 4.24684e+09 counts: expected at mo"},
+         "4:1: state '2': channel 7 may reach 4.24684e+09 counts, the sum of"},
     };
     for (const Case& it : cases) {
         SCOPED_TRACE(it.mText);
@@ -312,6 +322,22 @@ inrush = { peak = 40, tau = 0.02, knee = 1.2, remanence = [0.5, 0, 0] }
     const double fluxB = -1.0 - 0.5 * std::exp(-120.0 / 360.0);
     EXPECT_NEAR(inrush.mLines[120][5], 40'000.0 * (fluxB + 1.2) / 0.8, 1e-6);
 
+    const Played replaced(R"(
+[[state]]
+periods = 0.5
+voltage.A = "230@0"
+inrush = { peak = 40, tau = 1e6 }
+[[state]]
+periods = 1
+inrush = "off"
+current.A = { value = "1@90", offset = "auto", tau = 0.02 }
+)");
+    // The peak of the inrush becomes the offset, less that of the current that has turned by then.
+    const double fundamental = -1'000.0 * std::sqrt(2.0);
+    EXPECT_NEAR(replaced.mLines[180][4], 40'000.0, 0.01);
+    EXPECT_NEAR(replaced.mLines[360][4], -fundamental + (40'000.0 - fundamental) * std::exp(-0.5),
+                0.01);
+
     const Played saturated(R"(
 [[state]]
 periods = 1
@@ -359,6 +385,8 @@ current.A = "60@-70"
     EXPECT_EQ(truth["lines"], 15 * 360);
     EXPECT_EQ(truth["states"][1]["begin"]["line"], 3600);
     EXPECT_NEAR(truth["states"][1]["channels"][0]["fundamentalRms"].get<double>(), 46'000.0, 1e-6);
+    // Phases that cancel each other leave no angle at which the periods of their sum begin.
+    EXPECT_EQ(truth["channels"][7]["rms"]["minimum"]["line"], 0);
     ASSERT_EQ(truth["events"].size(), 1U);
     EXPECT_EQ(truth["events"][0]["end"], nullptr);
     EXPECT_NEAR(truth["events"][0]["residualPercent"].get<double>(), 20.0, 1e-3);

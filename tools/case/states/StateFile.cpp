@@ -2,12 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
+#include <algorithm>
 
 #include "base/CaseError.h"
 #include "base/InputFile.h"
-#include "base/Numbers.h"
-#include "base/Text.h"
 #include "generate/WaveParameters.h"
 #include "states/StateRange.h"
 #include "states/StateText.h"
@@ -37,6 +35,7 @@ public:
 private:
     void readScale(const TomlSection& file);
     void readNeutral(const TomlSection& file);
+    void expectNeutralGiven(const TomlSection& file) const;
     void readState(const toml::node& node, size_t number);
     void readDuration(const TomlSection& section);
     void readAt(const TomlSection& section);
@@ -50,7 +49,6 @@ private:
     void readInrush(const TomlSection& section);
     void readSaturation(const TomlSection& section);
     std::vector<StateHarmonic> harmonicsOf(const TomlSection& section, const char* key) const;
-    bool isOff(const toml::node& node) const;
 
     StatePlan& mPlan;
     State mState;
@@ -67,7 +65,8 @@ void Reader::read(const toml::table& table)
     readNeutral(file);
     const toml::node* const list = file.find("state");
     if (list == nullptr) {
-        throw base::CaseError(mPlan.mFileName + ": expected states, each below [[state]]");
+        throw base::CaseError(mPlan.messagePrefix({1, 1}) +
+                              "expected states, each below [[state]]");
     }
     if (!list->is_array_of_tables()) {
         file.fail(*list, "state", "expected [[state]] before each state");
@@ -75,6 +74,7 @@ void Reader::read(const toml::table& table)
     for (const toml::node& node : *list->as_array()) {
         readState(node, mPlan.mStates.size());
     }
+    expectNeutralGiven(file);
 }
 
 void Reader::readScale(const TomlSection& file)
@@ -113,6 +113,21 @@ void Reader::readNeutral(const TomlSection& file)
     readRule("voltage", mPlan.mNeutral.mVoltage, mHasVoltageRule);
 }
 
+/** A channel that is named in a state has a location. */
+void Reader::expectNeutralGiven(const TomlSection& file) const
+{
+    const auto expect = [this, &file](const std::string& key, generate::NeutralRule rule,
+                                      size_t channel) {
+        if (rule == generate::NeutralRule::Given &&
+            mState.mChannels[channel].mLocation.mLine == 0) {
+            file.fail(*file.find("neutral")->as_table()->get(key), "neutral." + key,
+                      "no state has " + key + ".N; expected one with it, or \"zero\"");
+        }
+    };
+    expect("voltage", mPlan.mNeutral.mVoltage, generate::kNeutralVoltage);
+    expect("current", mPlan.mNeutral.mCurrent, generate::kNeutralCurrent);
+}
+
 void Reader::readState(const toml::node& node, size_t number)
 {
     mNumber = number;
@@ -144,6 +159,7 @@ void Reader::readDuration(const TomlSection& section)
     if (!mState.mPeriods && !mState.mSeconds) {
         section.fail(section.table(), "seconds", "missing; a state has seconds or periods");
     }
+    mState.mDuration = locationOf(*section.find(mState.mPeriods ? "periods" : "seconds"));
 }
 
 void Reader::readAt(const TomlSection& section)
@@ -157,16 +173,10 @@ void Reader::readAt(const TomlSection& section)
     if (mNumber == 0) {
         section.fail(node, "at", "the first state begins with the file");
     }
-    const auto parts = base::splitText(*text, '@');
-    PointOnWave at{};
-    const bool isGood = parts.size() == 2 && parts[0].size() == 1 && parts[0][0] >= 'A' &&
-                        parts[0][0] <= 'C' && base::parseNumber(parts[1], &at.mDegrees) &&
-                        std::abs(at.mDegrees) <= kMaxDegrees;
-    if (!isGood) {
+    mState.mAt = parsePoint(*text);
+    if (!mState.mAt) {
         section.fail(node, "at", "expected a phase and an angle of its voltage, such as \"A@90\"");
     }
-    at.mChannel = generate::kFirstVoltage + size_t(parts[0][0] - 'A');
-    mState.mAt = at;
 }
 
 void Reader::readChannels(const TomlSection& section, const char* key, size_t first)
@@ -298,6 +308,12 @@ std::vector<StateHarmonic> Reader::harmonicsOf(const TomlSection& section, const
                                      "an order from 2 to {}",
                                      generate::kMaxOrder));
         }
+        if (std::any_of(harmonics.begin(), harmonics.end(),
+                        [&harmonic](const StateHarmonic& other) {
+                            return other.mOrder == harmonic->mOrder;
+                        })) {
+            section.fail(entry, key, fmt::format("order {} is listed twice", harmonic->mOrder));
+        }
         harmonics.push_back(*harmonic);
     }
     return harmonics;
@@ -315,17 +331,17 @@ void Reader::readFrequency(const TomlSection& section)
     if (node->is_table()) {
         const TomlSection parts = section.section(*node, "frequency", {"to", "rate"});
         target.mHertz = parts.requiredNumber("to", hertz);
-        target.mRate = parts.number("rate", {-kMaxHertz, kMaxHertz}).value_or(0.0);
+        const std::optional<double> rate = parts.number("rate", {-kMaxHertz, kMaxHertz});
+        if (rate == 0.0) {
+            parts.fail(*parts.find("rate"), "rate",
+                       "expected one that is not 0; without it the frequency changes at once");
+        }
+        target.mRate = rate.value_or(0.0);
     } else {
         target.mHertz = section.numberOf(*node, "frequency", hertz);
     }
     target.mLocation = locationOf(*node);
     mState.mFrequency = target;
-}
-
-bool Reader::isOff(const toml::node& node) const
-{
-    return node.is_string() && node.as_string()->get() == "off";
 }
 
 void Reader::readSwing(const TomlSection& section)

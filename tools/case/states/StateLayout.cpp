@@ -54,6 +54,7 @@ private:
     void waitFor(const PointOnWave& at, const State& last);
     void begin(const State& state);
     void pass(const State& state);
+    void expectLines(const State& state) const;
     void goTo(qint64 line);
     double hertz() const;
 
@@ -124,12 +125,23 @@ void Walk::begin(const State& state)
     }
 }
 
+void Walk::expectLines(const State& state) const
+{
+    const double periods = state.mPeriods ? *state.mPeriods : *state.mSeconds * hertz();
+    if (std::round(periods * kSamplesPerPeriod) < 1.0) {
+        throw base::CaseError(fmt::format("{}state '{}' lasts {:g} lines: expected one or more",
+                                          mPlan.messagePrefix(state.mDuration), state.mName,
+                                          periods * kSamplesPerPeriod));
+    }
+}
+
 void Walk::pass(const State& state)
 {
+    expectLines(state);
     if (state.mPeriods) {
         const double lines = mIsAligned
                                  ? std::max(1.0, std::round(*state.mPeriods)) * kSamplesPerPeriod
-                                 : std::max(1.0, std::round(*state.mPeriods * kSamplesPerPeriod));
+                                 : std::round(*state.mPeriods * kSamplesPerPeriod);
         goTo(mLine + qint64(lines));
         return;
     }
@@ -139,14 +151,14 @@ void Walk::pass(const State& state)
         const qint64 rest = kSamplesPerPeriod - mLine % kSamplesPerPeriod;
         const auto lines =
             qint64(std::llround(std::min((end - mSeconds) * hertz(), 1.0) * kSamplesPerPeriod));
-        const bool isEmpty = mLine == first; // a state has a line at least
         if (mIsAligned) {
+            const bool isEmpty = mLine == first; // a state has a period at least
             if (lines < kSamplesPerPeriod / 2 && !isEmpty) {
                 return;
             }
             goTo(mLine + kSamplesPerPeriod);
         } else {
-            goTo(mLine + std::clamp<qint64>(lines, isEmpty ? 1 : 0, rest));
+            goTo(mLine + std::clamp<qint64>(lines, 0, rest));
             if (lines < rest) {
                 return;
             }

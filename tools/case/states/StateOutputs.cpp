@@ -37,8 +37,17 @@ std::array<std::complex<double>, kChannelCount> phasorsOf(const StatePlan& plan,
     return phasors;
 }
 
+/** What is left of phasors that cancel each other. */
+bool isNothing(std::complex<double> phasor)
+{
+    return std::abs(phasor) < 1e-6;
+}
+
 double degreesOf(std::complex<double> phasor)
 {
+    if (isNothing(phasor)) {
+        return 0.0;
+    }
     constexpr double kDecimals = 1e9;
     return std::round(std::arg(phasor) / base::kRadiansPerDegree * kDecimals) / kDecimals;
 }
@@ -60,10 +69,10 @@ Json channelsOf(const StatePlan& plan, const StateSignal& signal, size_t number)
     const auto phasors = phasorsOf(plan, state);
     Json channels = Json::array();
     for (size_t channel = 0; channel < phasors.size(); ++channel) {
-        const bool isNothing = std::abs(phasors[channel]) < 1e-6;
+        const std::complex<double> phasor = phasors[channel];
         Json json{{"channel", channel},
-                  {"fundamentalRms", isNothing ? 0.0 : std::abs(phasors[channel])},
-                  {"fundamentalDegrees", isNothing ? 0.0 : degreesOf(phasors[channel])}};
+                  {"fundamentalRms", isNothing(phasor) ? 0.0 : std::abs(phasor)},
+                  {"fundamentalDegrees", degreesOf(phasor)}};
         const ChannelWave& wave = state.mChannels[channel];
         if (wave.mOffset && wave.mSince == number) {
             json["offset"] = signal.offsetOf(number, channel);

@@ -92,6 +92,7 @@ struct State
     Location mLocation;
     std::optional<double> mPeriods; ///< one of the two
     std::optional<double> mSeconds;
+    Location mDuration; ///< where the file has it
     std::optional<PointOnWave> mAt;
     std::array<ChannelWave, kChannelCount> mChannels;
     std::vector<StateHarmonic> mVoltageHarmonics;

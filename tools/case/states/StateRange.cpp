@@ -46,7 +46,7 @@ void expectValuesInRange(const StatePlan& plan)
         generate::LineValues peaks{};
         for (size_t channel = 0; channel < peaks.size(); ++channel) {
             const ChannelWave& wave = state.mChannels[channel];
-            const double peak = peakOf(state, channel);
+            const double peak = peakOf(state, channel) + inrushOf(state, channel);
             if (wave.mSince == number) {
                 offsets[channel] = 0.0;
                 if (wave.mOffset) {
@@ -56,15 +56,15 @@ void expectValuesInRange(const StatePlan& plan)
             }
             lastPeaks[channel] = peak + offsets[channel];
             const double scale = isCurrent(channel) ? plan.mCountsPerAmpere : plan.mCountsPerVolt;
-            peaks[channel] = (lastPeaks[channel] + inrushOf(state, channel)) * scale;
+            peaks[channel] = lastPeaks[channel] * scale;
         }
         plan.mNeutral.applyTo(peaks);
         for (size_t channel = 0; channel < peaks.size(); ++channel) {
             if (!(peaks[channel] <= double(std::numeric_limits<qint32>::max()))) {
                 const ChannelWave& wave = state.mChannels[channel];
                 throw base::CaseError(fmt::format(
-                    "{}state '{}': channel {} can reach {:g} counts: expected at most {}, values "
-                    "have 32 bits",
+                    "{}state '{}': channel {} may reach {:g} counts, the sum of the peaks of its "
+                    "parts: expected at most {}, values have 32 bits",
                     plan.messagePrefix(wave.mLocation.mLine > 0 ? wave.mLocation : state.mLocation),
                     state.mName, channel, peaks[channel], std::numeric_limits<qint32>::max()));
             }

@@ -38,10 +38,8 @@ StateSignal::StateSignal(const StatePlan& plan, const StateLayout& layout)
                 mOffsets[state][channel] = *wave.mOffset->mValue * scaleOf(plan, channel);
                 continue;
             }
-            const double before = state == 0 ? 0.0
-                                             : waveAt(state - 1, channel, begin) +
-                                                   offsetAt(state - 1, channel, begin);
-            mOffsets[state][channel] = before - waveAt(state, channel, begin);
+            const double before = state == 0 ? 0.0 : valueAt(state - 1, channel, begin);
+            mOffsets[state][channel] = before - valueAt(state, channel, begin); // still without it
         }
     }
 }
@@ -54,9 +52,8 @@ generate::LineValues StateSignal::read(qint64 line)
     const State& state = mPlan.mStates[mState];
     generate::LineValues values{};
     for (size_t channel = 0; channel < values.size(); ++channel) {
-        values[channel] = waveAt(mState, channel, line) + offsetAt(mState, channel, line);
+        values[channel] = valueAt(mState, channel, line);
     }
-    addInrush(state, line, values);
     saturate(state, line, values);
     mPlan.mNeutral.applyTo(values);
     return values;
@@ -75,6 +72,13 @@ double StateSignal::amplitudeOf(const State& state, size_t channel, double swing
             1.0 + swing * (isCurrent(channel) ? state.mSwing->mCurrent : state.mSwing->mVoltage);
     }
     return amplitude;
+}
+
+/** Without what a current transformer makes of it. */
+double StateSignal::valueAt(size_t state, size_t channel, qint64 line) const
+{
+    return waveAt(state, channel, line) + offsetAt(state, channel, line) +
+           inrushAt(state, channel, line);
 }
 
 /** The fundamental with its harmonics. */
@@ -111,26 +115,25 @@ double StateSignal::offsetAt(size_t number, size_t channel, qint64 line) const
 
 /** The flux is the integral of the voltage; its DC component decays. Above the knee current flows.
  */
-void StateSignal::addInrush(const State& state, qint64 line, generate::LineValues& values) const
+double StateSignal::inrushAt(size_t state, size_t channel, qint64 line) const
 {
-    if (!state.mInrush) {
-        return;
+    const bool isPhase = channel >= generate::kFirstCurrent && channel < generate::kNeutralCurrent;
+    if (!mPlan.mStates[state].mInrush || !isPhase) {
+        return 0.0;
     }
-    const Inrush& inrush = *state.mInrush;
+    const Inrush& inrush = *mPlan.mStates[state].mInrush;
+    const size_t phase = channel - generate::kFirstCurrent;
     const qint64 begin = mLayout.beginOf(inrush.mSince);
     const double decay = std::exp(-secondsSince(inrush.mSince, line) / inrush.mTau);
+    const double degrees = mPlan.mStates[inrush.mSince].mChannels[phase].mDegrees;
+    const double flux =
+        (inrush.mRemanence[phase] + cosineOfDegrees(double(begin % kSamplesPerPeriod) + degrees)) *
+            decay -
+        cosineOfDegrees(double(line % kSamplesPerPeriod) + degrees);
+    const double excess = std::max(0.0, std::abs(flux) - inrush.mKnee);
     constexpr double kMaxFlux = 2.0; // switched on at 0 degrees
-    for (size_t phase = 0; phase < generate::kPhaseCount; ++phase) {
-        const double degrees = mPlan.mStates[inrush.mSince].mChannels[phase].mDegrees;
-        const double flux = (inrush.mRemanence[phase] +
-                             cosineOfDegrees(double(begin % kSamplesPerPeriod) + degrees)) *
-                                decay -
-                            cosineOfDegrees(double(line % kSamplesPerPeriod) + degrees);
-        const double excess = std::max(0.0, std::abs(flux) - inrush.mKnee);
-        values[generate::kFirstCurrent + phase] += std::copysign(excess, flux) /
-                                                   (kMaxFlux - inrush.mKnee) * inrush.mPeak *
-                                                   mPlan.mCountsPerAmpere;
-    }
+    return std::copysign(excess, flux) / (kMaxFlux - inrush.mKnee) * inrush.mPeak *
+           mPlan.mCountsPerAmpere;
 }
 
 /** What would drive the flux beyond the knee does not reach the burden. */

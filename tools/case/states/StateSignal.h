@@ -32,9 +32,10 @@ private:
 
     double secondsSince(size_t state, qint64 line) const;
     double amplitudeOf(const State& state, size_t channel, double swing) const;
+    double valueAt(size_t state, size_t channel, qint64 line) const;
     double waveAt(size_t state, size_t channel, qint64 line) const;
     double offsetAt(size_t state, size_t channel, qint64 line) const;
-    void addInrush(const State& state, qint64 line, generate::LineValues& values) const;
+    double inrushAt(size_t state, size_t channel, qint64 line) const;
     void saturate(const State& state, qint64 line, generate::LineValues& values);
 
     const StatePlan& mPlan;

@@ -68,6 +68,20 @@ std::optional<ValueText> parseValue(std::string_view text)
     return value;
 }
 
+std::optional<PointOnWave> parsePoint(std::string_view text)
+{
+    const auto parts = base::splitText(text, '@');
+    PointOnWave point{};
+    const bool isGood = parts.size() == 2 && parts[0].size() == 1 && parts[0][0] >= 'A' &&
+                        parts[0][0] <= 'C' && base::parseNumber(parts[1], &point.mDegrees) &&
+                        std::abs(point.mDegrees) <= kMaxDegrees;
+    if (!isGood) {
+        return std::nullopt;
+    }
+    point.mChannel = generate::kFirstVoltage + size_t(parts[0][0] - 'A');
+    return point;
+}
+
 std::optional<StateHarmonic> parseHarmonic(std::string_view text)
 {
     const auto parts = base::splitText(text, ':');

@@ -20,6 +20,9 @@ struct ValueText
 /** Nothing for any other text. */
 std::optional<ValueText> parseValue(std::string_view text);
 
+/** A text such as "A@90"; nothing for any other. */
+std::optional<PointOnWave> parsePoint(std::string_view text);
+
 /** A text such as "5:3%@0"; nothing for any other. */
 std::optional<StateHarmonic> parseHarmonic(std::string_view text);
 

@@ -42,6 +42,12 @@ inline Location locationOf(const toml::node& node)
     return locationOf(node.source().begin);
 }
 
+/** What a state before began ends. */
+inline bool isOff(const toml::node& node)
+{
+    return node.is_string() && node.as_string()->get() == "off";
+}
+
 /** Numbers that a key may have. */
 struct Range
 {
