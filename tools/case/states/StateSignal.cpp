@@ -61,7 +61,8 @@ generate::LineValues StateSignal::read(qint64 line)
 
 double StateSignal::secondsSince(size_t state, qint64 line) const
 {
-    return timeline().secondsOf(line) - timeline().secondsOf(mLayout.beginOf(state));
+    return mLayout.timeline().secondsOf(line) -
+           mLayout.timeline().secondsOf(mLayout.beginOf(state));
 }
 
 double StateSignal::amplitudeOf(const State& state, size_t channel, double swing) const

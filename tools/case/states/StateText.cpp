@@ -43,7 +43,7 @@ size_t findForeign(std::string_view line)
         end = isString ? endOfString(line, end) + 1 : end + 1;
     }
     const std::string_view code = line.substr(0, end);
-    const auto found = std::find_if(code.begin(), code.end(), [](char character) {
+    const auto* const found = std::find_if(code.begin(), code.end(), [](char character) {
         return static_cast<unsigned char>(character) > 0x7F;
     });
     return found == code.end() ? kNone : size_t(found - code.begin());
