@@ -207,19 +207,27 @@ TEST(ImportTest, AfterGoesOnAsTheRecordingEnds)
 /** Of a period that is repeated although the one beside it differs. */
 TEST(ImportTest, WhatIsNotSteadyIsReported)
 {
-    const std::tuple<double, double, const char*> rows[] = {
-        {0.02, 0.5, "--before repeats the first period, which is not steady: the one after it "},
-        {0.485, 0.5, "--after repeats the last period, which is not steady: the one before it "},
-        {0.02, 0.03, "fewer than two periods are imported: "},
+    const std::tuple<double, double, bool, const char*> rows[] = {
+        {0.02, 0.5, false,
+         "--before repeats the first period, which is not steady: the one after it "},
+        {0.485, 0.5, false,
+         "--after repeats the last period, which is not steady: the one before it "},
+        {0.02, 0.03, false, "fewer than two periods are imported: "},
+        {0.02, 0.5, true,
+         "--loop repeats the first period, which is not steady: the one after it "},
+        {0.485, 0.5, true,
+         "--loop repeats the last period, which is not steady: the one before it "},
+        {0.02, 0.03, true, "fewer than two periods are imported: "},
     };
-    for (const auto& [sagBegin, end, remark] : rows) {
+    for (const auto& [sagBegin, end, doLoop, remark] : rows) {
         ClosedForm signal;
         signal.mSagBegin = sagBegin;
         signal.mSagEnd = 1.0;
         importing::ImportOptions options;
         options.mTo = end;
-        options.mBefore = 1;
-        options.mAfter = 1;
+        options.mBefore = doLoop ? 0 : 1;
+        options.mAfter = doLoop ? 0 : 1;
+        options.mDoLoop = doLoop;
         const auto remarks = import(signal, 0.5, options).mReport.mRemarks;
         EXPECT_THAT(remarks, Contains(testing::StartsWith(remark)));
     }
@@ -344,6 +352,20 @@ TEST(ImportTest, WhatShowsNoWaveformIsRefused)
             EXPECT_EQ(error.empty(), isGood) << rate << error;
             EXPECT_THAT(error, HasSubstr(isGood ? "" : "samples a period of 50 Hz from 0 to"));
         }
+    }
+}
+
+/** Only three phases turn. */
+TEST(ImportTest, OrderOfPhasesIsReported)
+{
+    for (const auto& [assigned, isReversed] :
+         {std::pair{"0=UA,1=UB,2=UC", false}, {"0=UA,1=UC,2=UB", true}, {"0=UA,1=UC,2=0", false}}) {
+        importing::ImportOptions options;
+        importing::readAssignments(assigned, options.mMapping.mAssignments);
+        const auto remarks = import({}, 0.5, options).mReport.mRemarks;
+        EXPECT_EQ(testing::Value(remarks, Contains("the phases turn in the order A, C, B")),
+                  isReversed)
+            << assigned;
     }
 }
 

@@ -73,6 +73,8 @@ std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> ph
         }
     }
     const double hz = fundamental.mNominalHz;
+    const bool hasAll =
+        std::none_of(phases.begin(), phases.end(), [](const auto& phase) { return phase.empty(); });
     const bool isReversed = amountOf(meter, -hz) > amountOf(meter, hz);
     if (isReversed) {
         std::swap(phases[1], phases[2]);
@@ -84,7 +86,7 @@ std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> ph
     }
     fundamental.mReasonNotTracked = "no voltage or current is steady enough to be followed";
     std::optional<resampling::PhaseTrack> track = resampling::PhaseFollower(meter, hz).follow();
-    if (isReversed && track) {
+    if (isReversed && hasAll && track) {
         fundamental.mRemarks.emplace_back("the phases turn in the order A, C, B");
     }
     return track;

@@ -89,7 +89,7 @@ std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPla
                                            const ChannelMap& map, const ImportOptions& options)
 {
     std::vector<std::string> remarks;
-    const bool isRepeated = options.mBefore > 0 || options.mAfter > 0;
+    const bool isRepeated = options.mBefore > 0 || options.mAfter > 0 || options.mDoLoop;
     const double second = plan.mFrom + plan.mFirstPeriod;
     const double last = plan.mTo - plan.mLastPeriod;
     const double length = plan.periodFrom(second);
@@ -100,18 +100,20 @@ std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPla
             "fewer than two periods are imported: whether the one repeated is steady is not "
             "known"};
     }
-    if (options.mBefore > 0) {
+    if (options.mBefore > 0 || options.mDoLoop) {
         const auto found = largestDeviation(
             compare(signal, {plan.mFrom, plan.mFirstPeriod}, {second, length}), map);
         if (found.mShare > kMaxDifference) {
-            remarks.push_back(remarkOn("--before", "first", "after", found, map));
+            remarks.push_back(remarkOn(options.mBefore > 0 ? "--before" : "--loop", "first",
+                                       "after", found, map));
         }
     }
-    if (options.mAfter > 0) {
+    if (options.mAfter > 0 || options.mDoLoop) {
         const auto found = largestDeviation(
             compare(signal, {last, plan.mLastPeriod}, {last - lengthBefore, lengthBefore}), map);
         if (found.mShare > kMaxDifference) {
-            remarks.push_back(remarkOn("--after", "last", "before", found, map));
+            remarks.push_back(
+                remarkOn(options.mAfter > 0 ? "--after" : "--loop", "last", "before", found, map));
         }
     }
     return remarks;
