@@ -194,6 +194,36 @@ TEST(ChannelMapTest, CandidatesAreNamed)
             "--channels"));
 }
 
+/** What was decided between two channels of one phase is said, unless the user decided. */
+TEST(ChannelMapTest, ChannelsPassedOverAreNamed)
+{
+    const std::tuple<std::vector<waveform::ChannelDescription>, const char*, std::string> rows[] = {
+        {{channel("UA", "A", "V"), channel("UB", "A", "V"), channel("UC", "A", "V")},
+         "3=0,4=0,5=0,6=0,7=0",
+         "channel 1 (voltage B) is 0; not taken for it: UB (phase A by its field); see --channels|"
+         "channel 2 (voltage C) is 0; not taken for it: UC (phase A by its field); see "
+         "--channels|"},
+        {{channel("VA", "", "V"), channel("VB", "", "V"), channel("VC", "", "V"),
+          channel("VR", "", "V"), channel("VAB", "", "V"), channel("PA", "", "W")},
+         "3=0,4=0,5=0,6=0,7=0",
+         "not taken: VR (of another set); see --channels|"},
+        {{channel("VA", "", "V"), channel("VB", "", "V"), channel("VC", "", "V"),
+          channel("VR", "", "V")},
+         "0=VA,3=0,4=0,5=0,6=0,7=0",
+         ""},
+    };
+    for (const auto& [channels, assigned, expected] : rows) {
+        importing::MappingOptions options;
+        ASSERT_EQ(importing::readAssignments(assigned, options.mAssignments), "");
+        std::string remarks;
+        for (const std::string& remark :
+             importing::mapChannels(recordingOf(channels), options).mRemarks) {
+            remarks += remark + "|";
+        }
+        EXPECT_EQ(remarks, expected);
+    }
+}
+
 TEST(ChannelMapTest, DoesWhatIsAsked)
 {
     waveform::SignalDescription recording =

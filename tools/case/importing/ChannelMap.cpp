@@ -188,9 +188,9 @@ double Mapper::sideFactor(const waveform::ChannelDescription& channel)
 
 void Mapper::remarkMissing()
 {
-    const LeftOutChannels leftOut(mDescription.mChannels, mMap);
+    const LeftOutChannels leftOut(mDescription.mChannels, mMap, mOptions.mAssignments);
     for (size_t index = 0; index < kChannelCount; ++index) {
-        if (!mMap.mChannels[index].mTerms.empty() || mOptions.mAssignments[index]) {
+        if (!leftOut.isMissing(index)) {
             continue;
         }
         const std::string names = leftOut.candidatesFor(index);
@@ -198,6 +198,10 @@ void Mapper::remarkMissing()
             fmt::format("channel {} ({}) is 0", index, nameOfDeviceChannel(index)) +
             (names.empty() ? ": the recording has none"
                            : "; not taken for it: " + names + "; see --channels"));
+    }
+    const std::string others = leftOut.passedOver();
+    if (!others.empty()) {
+        mMap.mRemarks.push_back("not taken: " + others + "; see --channels");
     }
 }
 } // namespace

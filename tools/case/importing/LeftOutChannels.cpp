@@ -27,17 +27,36 @@ const char* nameOfDeviceChannel(size_t index)
 }
 
 LeftOutChannels::LeftOutChannels(const std::vector<waveform::ChannelDescription>& channels,
-                                 const ChannelMap& map)
-    : mChannels(channels), mMap(map), mPhases(channels::phasesOf(channels))
+                                 const ChannelMap& map, const Assignments& assignments)
+    : mChannels(channels),
+      mMap(map),
+      mAssignments(assignments),
+      mPhases(channels::phasesOf(channels))
 {
+}
+
+bool LeftOutChannels::isMissing(size_t index) const
+{
+    return mMap.mChannels[index].mTerms.empty() && !mAssignments[index];
 }
 
 std::string LeftOutChannels::candidatesFor(size_t index) const
 {
+    return list([&](size_t source) { return reasonAgainst(source, index); });
+}
+
+std::string LeftOutChannels::passedOver() const
+{
+    return list([&](size_t source) { return reasonPassedOver(source); });
+}
+
+/** Names with the same reason share it. */
+std::string LeftOutChannels::list(const Reasons& reasonOf) const
+{
     std::vector<std::pair<std::string, std::vector<std::string_view>>> byReason;
     size_t count = 0;
     for (size_t source = 0; source < mChannels.size(); ++source) {
-        const std::string reason = reasonAgainst(source, index);
+        const std::string reason = reasonOf(source);
         if (reason.empty() || count++ >= kMaxNames) {
             continue;
         }
@@ -73,9 +92,12 @@ std::string LeftOutChannels::reasonAgainst(size_t source, size_t index) const
     const auto wantedPhase = static_cast<ChannelPhase>(index % kFirstCurrent);
     const ChannelPhase phase = mPhases[source].mPhase;
     const bool isBetween = phase == ChannelPhase::BetweenPhases;
+    const bool isByField = phase != wantedPhase &&
+                           channels::phaseAtEndOf(channel.mPhase).mPhase == phase &&
+                           channels::phaseAtEndOf(channel.mName).mPhase == wantedPhase;
     if (channels::likelyQuantityOf(channel) != wanted || isUsed(source) ||
         (isBetween && wantedPhase == ChannelPhase::Neutral) ||
-        (phase <= ChannelPhase::Neutral && phase != wantedPhase)) {
+        (phase <= ChannelPhase::Neutral && phase != wantedPhase && !isByField)) {
         return "";
     }
     if (isBetween) {
@@ -84,7 +106,28 @@ std::string LeftOutChannels::reasonAgainst(size_t source, size_t index) const
     if (channels::unitOf(channel).mQuantity == Quantity::Unknown) {
         return "unit " + channel.mUnit;
     }
-    return phase == ChannelPhase::Unknown ? "phase not known" : "of another set";
+    if (phase == ChannelPhase::Unknown) {
+        return "phase not known";
+    }
+    return isByField ? fmt::format("phase {} by its field", base::trimmed(channel.mPhase))
+                     : "of another set";
+}
+
+/** Empty where the channel is used, or may be meant for one that is missing or asked for. */
+std::string LeftOutChannels::reasonPassedOver(size_t source) const
+{
+    const Quantity quantity = channels::unitOf(mChannels[source]).mQuantity;
+    const auto phase = static_cast<size_t>(mPhases[source].mPhase);
+    if (quantity == Quantity::Unknown || phase >= kFirstCurrent) {
+        return "";
+    }
+    for (size_t index = 0; index < kChannelCount; ++index) {
+        if (isMissing(index) && !reasonAgainst(source, index).empty()) {
+            return "";
+        }
+    }
+    const size_t own = phase + (quantity == Quantity::Voltage ? 0 : kFirstCurrent);
+    return mAssignments[own] ? "" : reasonAgainst(source, own);
 }
 
 } // namespace importing

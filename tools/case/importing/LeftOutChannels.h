@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,23 +15,35 @@ const char* nameOfDeviceChannel(size_t index);
 
 /**
  * The channels of a recording that a map does not use, although they may be what it lacks. Borrows
- * the recording's channels and the map.
+ * what it is made from.
  */
 class LeftOutChannels
 {
 public:
     LeftOutChannels(const std::vector<waveform::ChannelDescription>& channels,
-                    const ChannelMap& map);
+                    const ChannelMap& map, const Assignments& assignments);
+
+    /** Whether a channel of the device is 0 although nobody asked for that. */
+    bool isMissing(size_t index) const;
 
     /** Their names and why each was not taken for a channel of the device; empty for none. */
     std::string candidatesFor(size_t index) const;
 
+    /** Those of the phase and quantity of a channel that was found, which are no candidates for
+     * any that is missing; empty for none. */
+    std::string passedOver() const;
+
 private:
+    using Reasons = std::function<std::string(size_t source)>;
+
+    std::string list(const Reasons& reasonOf) const;
+    std::string reasonPassedOver(size_t source) const;
     bool isUsed(size_t source) const;
     std::string reasonAgainst(size_t source, size_t index) const;
 
     const std::vector<waveform::ChannelDescription>& mChannels;
     const ChannelMap& mMap;
+    const Assignments& mAssignments;
     std::vector<channels::PhaseInSet> mPhases;
 };
 
