@@ -88,7 +88,9 @@ struct Row
 TEST(ComtradeTest, OddRecordings)
 {
     const std::string plain = "2 3 -2 @ 0 1 2 | ";
-    const std::string held = "2 2 -2 @ 0 1 2 | channel 1: missing values: held at the value before";
+    const std::string held =
+        "2 2 -2 @ 0 1 2 | channel 1: missing values (1, the first at 0.001000 s): held at the "
+        "value before";
     const auto stamped = [](const std::string& times) { return "2 3 -2 @ " + times + " | "; };
     const auto thinned = [](const std::string& samples) {
         return samples + " samples in a period: the recording was filtered or thinned";

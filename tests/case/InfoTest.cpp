@@ -48,6 +48,45 @@ TEST(InputTest, TextFilesWithAHeading)
                 HasSubstr("scope:62: expected a number in field 2, found \"x\""));
 }
 
+TEST(InputTest, MissingValuesOfTextFilesAreReported)
+{
+    const TestFiles files;
+    const auto source = input::openInput(
+        files.make("scope", "t (ms);a;b;c\n0;1;;3\n1;;2;3\n2;;2;3\n").toStdString(), {});
+    EXPECT_THAT(readAll(*source).mValues[0], testing::ElementsAre(1, 1, 1));
+    EXPECT_THAT(
+        source->description().mRemarks,
+        testing::UnorderedElementsAre(
+            "channel 1: missing values (2, the first at 0.001000 s): held at the value before",
+            "channel 2: missing values (1, the first at 0.000000 s): held at the value before"));
+}
+
+/** "1,234" is refused where nothing shows that it is not 1234. */
+TEST(InputTest, GroupedDigitsAreRefused)
+{
+    const TestFiles files;
+    const std::tuple<const char*, const char*> rows[] = {
+        {"0;999\n1;-1,234\n2;1,000\n", ":3: \"-1,234\" in field 2: the ',' seems to"},
+        {"0;999\n1;1.234\n", ":3: \"1.234\" in field 2: the '.' seems to"},
+        {"998;5\n999;6\n1,000;7\n", ":4: \"1,000\" in field 1: "},
+        {"0;999\n1;1.234\n2;0.5\n", ""},
+        {"0;999\n1;1.234\n2;0.123\n", ""},
+        {"0;999\n1;1.234\n2;-1.25\n", ""},
+        {"0;999\n1;1.234\n2;1000\n", ""},
+        {"0.000;999\n0.001;1.234\n", ""},
+        {"0;325.100\n1;-12.345\n", ""},
+    };
+    for (const auto& [text, message] : rows) {
+        const auto source = input::openInput(
+            files.make("scope", std::string("t (ms);u\n") + text).toStdString(), {});
+        if (*message == '\0') {
+            EXPECT_NO_THROW(readAll(*source)) << text;
+        } else {
+            EXPECT_THAT(errorOf([&] { readAll(*source); }), HasSubstr(message)) << text;
+        }
+    }
+}
+
 /** The time is the column whose heading says so, and it rises; no counter or value serves as one.
  */
 TEST(InputTest, TimeColumnIsFound)

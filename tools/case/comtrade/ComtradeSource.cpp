@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/CaseError.h"
+#include "waveform/MissingValues.h"
 
 namespace comtrade {
 
@@ -84,7 +85,7 @@ bool ComtradeSource::read(waveform::SignalBlock& block)
                               "record on, since the configuration has no rate");
     }
     for (size_t i = 0; i < mLastValues.size(); ++i) {
-        scale(i, &block.mValues[i]);
+        scale(i, &block);
     }
     mStates.add(mBlock, block.mSeconds);
     checkNumbers();
@@ -95,22 +96,24 @@ bool ComtradeSource::read(waveform::SignalBlock& block)
 }
 
 /** From numbers as they stand in the file to the channel's unit. */
-void ComtradeSource::scale(size_t channel, std::vector<double>* column)
+void ComtradeSource::scale(size_t channel, waveform::SignalBlock* block)
 {
     const double factor = mParts.mHeader.mAnalogs[channel].mFactor;
     const double offset = mParts.mHeader.mAnalogs[channel].mOffset;
+    waveform::ChannelDescription& description = mDescription.mChannels[channel];
     double last = mLastValues[channel];
-    size_t missing = 0;
-    for (double& value : *column) {
+    for (size_t i = 0; i < block->size(); ++i) {
+        double& value = block->mValues[channel][i];
         // A missing value is NaN, an overflow infinite: both count as missing.
         const double scaled = factor * value + offset;
         const bool isThere = std::isfinite(scaled);
-        missing += isThere ? 0 : 1;
+        if (!isThere && description.mMissing++ == 0) {
+            description.mFirstMissing = block->mSeconds[i];
+        }
         last = isThere ? scaled : last;
         value = last;
     }
     mLastValues[channel] = last;
-    mDescription.mChannels[channel].mMissing += missing;
 }
 
 /** Numbers that fall have begun again; where they jump, samples were lost. */
@@ -141,11 +144,7 @@ void ComtradeSource::finish()
     }
     mRecords->remarkOn(&remarks);
     mClock.remarkOn(&remarks);
-    for (const waveform::ChannelDescription& channel : mDescription.mChannels) {
-        if (channel.mMissing > 0) {
-            remarks.addFor("missing values: held at the value before", channel.mNumber);
-        }
-    }
+    waveform::remarkOnMissing(mDescription.mChannels, &remarks);
     for (std::string& text : remarks.take()) {
         mDescription.mRemarks.push_back(std::move(text));
     }

@@ -39,7 +39,7 @@ public:
 private:
     void describe();
     void remarkOnChannels();
-    void scale(size_t channel, std::vector<double>* column);
+    void scale(size_t channel, waveform::SignalBlock* block);
     void checkNumbers();
     void finish();
 

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "base/TextEncoding.h"
+#include "waveform/MissingValues.h"
 
 namespace textfile {
 
@@ -55,6 +57,7 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
     }
     mLayout = *layout;
     mLastValues.resize(mLayout.mColumns.size());
+    mGroups.emplace(mLayout.mDecimalSign, mLayout.mColumns.size() + 1);
     mDescription.mFileName = path;
     mDescription.mFormat = fmt::format("text file, decimal sign '{}'", mLayout.mDecimalSign);
     for (const TextLayout::Column& column : mLayout.mColumns) {
@@ -125,23 +128,33 @@ void TextFileSource::readRow(std::string_view line, size_t index, waveform::Sign
         fail(fmt::format("a time in field {}, found \"{}\"", mLayout.mTimeColumn + 1,
                          time.substr(0, base::kLongestExcerpt)));
     }
+    mGroups->add(time, mLayout.mTimeColumn, mLine);
     block->mSeconds[index] = mTime.next(number) * mLayout.mTimeSeconds;
     for (size_t i = 0; i < mLastValues.size(); ++i) {
         const size_t column = i < mLayout.mTimeColumn ? i : i + 1;
         const std::string_view field = fields[column];
-        if (field.empty()) {
-            ++mDescription.mChannels[i].mMissing;
-        } else if (!parseTextNumber(field, mLayout.mDecimalSign, &mLastValues[i])) {
-            fail(fmt::format("a number in field {}, found \"{}\"", column + 1,
-                             field.substr(0, base::kLongestExcerpt)));
+        if (!field.empty()) {
+            readNumber(field, column, &mLastValues[i]);
+        } else if (mDescription.mChannels[i].mMissing++ == 0) {
+            mDescription.mChannels[i].mFirstMissing = block->mSeconds[index];
         }
         block->mValues[i][index] = mLastValues[i];
     }
 }
 
+void TextFileSource::readNumber(std::string_view field, size_t column, double* number)
+{
+    if (!parseTextNumber(field, mLayout.mDecimalSign, number)) {
+        fail(fmt::format("a number in field {}, found \"{}\"", column + 1,
+                         field.substr(0, base::kLongestExcerpt)));
+    }
+    mGroups->add(field, column, mLine);
+}
+
 void TextFileSource::finish()
 {
     mIsFinished = true;
+    refuseGroups();
     if (!mTime.isTime()) {
         throw base::CaseError(
             fmt::format("{}: its time column \"{}\" falls again and again: expected a time that "
@@ -150,6 +163,24 @@ void TextFileSource::finish()
     }
     for (const std::string& remark : mTime.remarks()) {
         mDescription.mRemarks.push_back(remark);
+    }
+    base::Remarks remarks;
+    waveform::remarkOnMissing(mDescription.mChannels, &remarks);
+    for (std::string& remark : remarks.take()) {
+        mDescription.mRemarks.push_back(std::move(remark));
+    }
+}
+
+/** A sign that separates thousands cannot be told from one of decimals in every file. */
+void TextFileSource::refuseGroups() const
+{
+    const std::optional<DigitGroups::Field> field = mGroups->firstGrouped();
+    if (field) {
+        throw base::CaseError(fmt::format(
+            "{}:{}: \"{}\" in field {}: the '{}' seems to separate thousands, as it always has "
+            "three digits after it; write the numbers without it, or all with the same number of "
+            "decimals",
+            mFile.name(), field->mLine, field->mText, field->mColumn + 1, mLayout.mDecimalSign));
     }
 }
 

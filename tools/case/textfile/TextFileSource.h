@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "base/InputFile.h"
+#include "textfile/DigitGroups.h"
 #include "textfile/TextLayout.h"
 #include "waveform/RisingTime.h"
 #include "waveform/SignalSource.h"
@@ -25,6 +28,8 @@ private:
     bool takeRow(std::string_view* line);
     void readRow(std::string_view line, size_t index, waveform::SignalBlock* block);
     void finish();
+    void refuseGroups() const;
+    void readNumber(std::string_view field, size_t column, double* number);
     [[noreturn]] void fail(const std::string& expected) const;
 
     base::InputFile mFile;
@@ -32,6 +37,7 @@ private:
     waveform::SignalDescription mDescription;
     waveform::RisingTime<double> mTime; ///< in the file's unit
     std::vector<double> mLastValues;
+    std::optional<DigitGroups> mGroups; ///< set once the layout is known
     size_t mLine = 0;
     size_t mSamples = 0;
     bool mIsFinished = false;
