@@ -82,11 +82,28 @@ void ContentSearch::makeIndex() const
     std::sort(mIndex.begin(), mIndex.end());
 }
 
+/** As of PlayedFile; what was found out once is not compared again. */
+bool ContentSearch::repeats(size_t file, size_t first, size_t end, size_t stride) const
+{
+    mRuns.resize(mPlan.files().size());
+    RepeatedRun& run = mRuns[file];
+    const bool isSameStride = run.mStride == stride;
+    if (isSameStride && run.mFirst <= first && end <= run.mEnd) {
+        return true;
+    }
+    if (!mPlan.files()[file].repeats(first, end, stride)) {
+        return false;
+    }
+    const bool adjoins = isSameStride && first <= run.mEnd && run.mFirst <= end;
+    run = adjoins ? RepeatedRun{stride, std::min(run.mFirst, first), std::max(run.mEnd, end)}
+                  : RepeatedRun{stride, first, end};
+    return true;
+}
+
 /** Makes as few of the samples as they allow, which ascend. */
 void ContentSearch::addPositions(size_t file, const std::vector<size_t>& samples,
                                  std::vector<Positions>* all) const
 {
-    const PlayedFile& played = mPlan.files()[file];
     for (size_t i = 0; i < samples.size();) {
         Positions positions{file, samples[i], 0, 1};
         for (++i; i < samples.size(); ++i, ++positions.mCount) {
@@ -94,7 +111,7 @@ void ContentSearch::addPositions(size_t file, const std::vector<size_t>& samples
             const size_t stride = samples[i] - before;
             const bool isNext =
                 positions.mCount == 1 ||
-                (stride == positions.mStride && played.repeats(before - stride, before, stride));
+                (stride == positions.mStride && repeats(file, before - stride, before, stride));
             if (!isNext) {
                 break;
             }

@@ -26,13 +26,23 @@ public:
     std::vector<Positions> find(const std::vector<SampleContent>& contents) const;
 
 private:
+    /** Samples of a file that are the same as those a stride later. */
+    struct RepeatedRun
+    {
+        size_t mStride = 0;
+        size_t mFirst = 0;
+        size_t mEnd = 0;
+    };
+
     void makeIndex() const;
+    bool repeats(size_t file, size_t first, size_t end, size_t stride) const;
     void addPositions(size_t file, const std::vector<size_t>& samples,
                       std::vector<Positions>* all) const;
 
     const PlayPlan& mPlan;
     /** For each sample its hash and, in the lower half, its number in all files; in this order. */
     mutable std::vector<quint64> mIndex;
+    mutable std::vector<RepeatedRun> mRuns; ///< one a file: the last that was found
 };
 
 } // namespace explain
