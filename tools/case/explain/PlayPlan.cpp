@@ -95,6 +95,11 @@ void PlayPlan::indexEntries()
         mLongestCaseNs = std::max(mLongestCaseNs, fileOf(index).durationNs());
         mLongestStepNs = std::max(mLongestStepNs, fileOf(index).longestStepNs());
     }
+    const quint32 stepNs = fileOf(0).stepAt(0);
+    mHasOneStep =
+        stepNs > 0 && std::all_of(mFiles.begin(), mFiles.end(), [stepNs](const PlayedFile& file) {
+            return file.hasOnlyStep(stepNs);
+        });
     for (const int index : mFirstEntries) {
         mFirstEntriesOfContent[fileOf(index).samples()[0]].push_back(index);
     }

@@ -83,6 +83,9 @@ public:
     /** ns that a block of the slowest file takes, or of one without a playable frequency. */
     qint64 longestBlockNs() const { return mLongestStepNs * qint64{kSamplesPerPeriod}; }
 
+    /** Whether the step is known and the same for all samples of all files. */
+    bool hasOneStep() const { return mHasOneStep; }
+
 private:
     size_t fileIndex(const QString& name, const std::string& directory);
     void addConfiguration(int number, const QList<configuration::CaseEntry>& entries,
@@ -103,6 +106,7 @@ private:
     int mContinuous = 0;
     qint64 mLongestCaseNs = 0;
     qint64 mLongestStepNs = sampleStepOf(kDefaultFrequencyHz);
+    bool mHasOneStep = false;
 };
 
 } // namespace explain

@@ -100,6 +100,11 @@ std::optional<size_t> PlayedFile::sampleAtTime(qint64 ns) const
     return block * kSamplesPerPeriod + static_cast<size_t>(behindNs / mSteps[block]) - 1;
 }
 
+bool PlayedFile::hasOnlyStep(quint32 ns) const
+{
+    return std::all_of(mSteps.begin(), mSteps.end(), [ns](quint32 step) { return step == ns; });
+}
+
 bool PlayedFile::repeats(size_t first, size_t end, size_t stride) const
 {
     for (size_t sample = first; sample < end; ++sample) {

@@ -47,6 +47,9 @@ public:
     /** False where a frequency that cannot be played leaves a step as it was before. */
     bool hasAllSteps() const { return mHasAllSteps; }
 
+    /** Whether every sample has this step. */
+    bool hasOnlyStep(quint32 ns) const;
+
     /** Whether this sample and that one have the same content and the same step. */
     bool isSame(size_t left, size_t right) const
     {

@@ -58,6 +58,23 @@ bool mostlyGoesOn(const RecordWindow& window, PlaybackTracker supposed)
     return 2 * different < contents.size();
 }
 
+/** Whether the next records are the likeliest's, whatever their time; not across a file's end. */
+bool contentGoesOn(const RecordWindow& window, const PlaybackTracker& expected)
+{
+    const std::vector<SampleContent> contents = window.proof(0);
+    const PlayedFile& file = expected.likeliestFile();
+    const size_t first = expected.likeliest().mSample;
+    if (file.size() - first < contents.size()) {
+        return false;
+    }
+    for (size_t i = 0; i < contents.size(); ++i) {
+        if (file.samples()[first + i] != contents[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool isSame(const SampleRecord& left, const SampleRecord& right)
 {
     return left.mNanoseconds == right.mNanoseconds && std::memcmp(&left, &right, sizeof(left)) == 0;
@@ -128,7 +145,9 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
             return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
         }
     }
-    if (goesOn(window, expected, 0) || mostlyGoesOn(window, expected)) {
+    // Where all samples have one step, no other position explains the time any better.
+    const bool isTimeAlone = mPlan.hasOneStep() && contentGoesOn(window, expected);
+    if (isTimeAlone || goesOn(window, expected, 0) || mostlyGoesOn(window, expected)) {
         return Repair{Repair::Kind::TimeJump, 0, 0, expected};
     }
     return std::nullopt;

@@ -43,7 +43,7 @@ struct Repair
 class Resynchronizer
 {
 public:
-    explicit Resynchronizer(const PlayPlan& plan) : mSearch(plan) {}
+    explicit Resynchronizer(const PlayPlan& plan) : mPlan(plan), mSearch(plan) {}
 
     /**
      * @param expected what should have come next
@@ -65,6 +65,7 @@ private:
     Repair movedTo(const PlaybackTracker& found, const PlaybackTracker& expected,
                    std::optional<qint64> gapNs) const;
 
+    const PlayPlan& mPlan;
     ContentSearch mSearch;
 };
 
