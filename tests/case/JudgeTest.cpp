@@ -5,10 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <fstream>
 #include <set>
 
 #include "Files.h"
 #include "SeededRandom.h"
+#include "explain/EventFiles.h"
 
 namespace {
 constexpr qint64 kStepNs = 55'555; // 50 Hz
@@ -331,4 +333,26 @@ TEST_F(JudgeTest, PlayIsGoodFromAnywhereAndDamageIsBad)
             }
         }
     }
+}
+
+/** What is appended after the end was reached comes, too, by its time; half a line does not. */
+TEST_F(JudgeTest, EventsAreReadOnAsTheyAreWritten)
+{
+    const std::string path = mFiles.make("e.jsonl", "").toStdString();
+    explain::EventFiles events({path});
+    const auto read = [&](const std::string& appended) {
+        std::ofstream(path, std::ios::app) << appended;
+        std::vector<qint64> times;
+        while (const std::optional<explain::Event> event = events.next()) {
+            times.push_back(event->mTimeNs);
+        }
+        return fmt::format("{}", fmt::join(times, " "));
+    };
+    const auto text = [](qint64 t) { return fmt::format("{{\"t\":{},\"run\":\"x\"}}\n", t); };
+    EXPECT_EQ(read(text(100) + "{\"t\":1"), "100");
+    EXPECT_EQ(read("40,\"run\":\"x\"}\n" + text(130) + text(120)), "120 130 140");
+    constexpr qint64 kFuture = 8'000'000'000'000'000'000; // no file is certain to be past it
+    EXPECT_EQ(read(text(150) + text(kFuture)), "150");
+    events.finish();
+    EXPECT_EQ(read(text(kFuture - 1)), fmt::format("{} {}", kFuture - 1, kFuture));
 }

@@ -40,6 +40,12 @@ void InputFile::setPart(size_t begin, size_t end)
     }
 }
 
+void InputFile::continueAt(size_t position)
+{
+    mSize = static_cast<size_t>(mFile.size());
+    setPart(position, mSize);
+}
+
 std::string_view InputFile::peek(size_t bytes)
 {
     while (block().size() < bytes && readMore(bytes)) {

@@ -30,6 +30,9 @@ public:
     /** Continues with the part from `begin` up to `end`, which is cut at the end of the file. */
     void setPart(size_t begin, size_t end);
 
+    /** Continues there, up to what is the end of the file by now. */
+    void continueAt(size_t position);
+
     /** Of the next byte, in the file. */
     size_t position() const { return mBlockPosition + mNext; }
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "base/CaseError.h"
 
@@ -11,6 +12,13 @@ namespace explain {
 namespace {
 /** How late a line may be appended after what it tells of. */
 constexpr qint64 kMaxDisorderNs = 1'000'000'000;
+
+/** The events' clock. */
+qint64 realtimeNs()
+{
+    using namespace std::chrono;
+    return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+}
 } // namespace
 
 /** One file, and how far it was read. */
@@ -19,16 +27,37 @@ class EventFiles::Source
 public:
     explicit Source(const std::string& path) : mFile(path) {}
 
-    std::optional<Event> next()
+    /** The next event; nothing at the end of what is written so far. */
+    std::optional<Event> next(bool isFinished)
+    {
+        const qint64 nowNs = realtimeNs();
+        std::optional<Event> event = read(isFinished);
+        if (!event) {
+            mFile.continueAt(mFile.position());
+            event = read(isFinished);
+        }
+        mEventNs = std::max(mEventNs, event ? event->mTimeNs : 0);
+        mTimeNs = event ? mEventNs : std::max(mEventNs, nowNs);
+        return event;
+    }
+
+    qint64 mTimeNs = 0; ///< of the last event, or when there was no further one
+
+private:
+    std::optional<Event> read(bool isFinished)
     {
         const size_t before = mFile.position();
         std::string_view line;
         if (!mFile.takeLine(&line)) {
             return std::nullopt;
         }
+        const bool hasEnd = mFile.position() - before > line.size();
+        if (!hasEnd && !isFinished) {
+            mFile.continueAt(before);
+            return std::nullopt;
+        }
         ++mLineNumber;
         std::optional<Event> event = parseEvent(line);
-        const bool hasEnd = mFile.position() - before > line.size();
         if (!event && hasEnd) {
             throw base::CaseError(
                 fmt::format("{}:{}: expected an event as vx-sandbox --events writes it",
@@ -37,11 +66,8 @@ public:
         return event;
     }
 
-    qint64 mTimeNs = 0; ///< of the last event
-    bool mIsAtEnd = false;
-
-private:
     base::InputFile mFile;
+    qint64 mEventNs = 0;
     size_t mLineNumber = 0;
 };
 
@@ -56,8 +82,7 @@ EventFiles::~EventFiles() = default;
 
 std::optional<Event> EventFiles::next()
 {
-    readAhead();
-    if (mWaiting.empty()) {
+    if (!readAhead() || mWaiting.empty()) {
         return std::nullopt;
     }
     Event event = std::move(mWaiting.front());
@@ -65,24 +90,28 @@ std::optional<Event> EventFiles::next()
     return event;
 }
 
-/** Reads until no file can have an event before the first one that waits. */
-void EventFiles::readAhead()
+/** Reads until no file can have an event before the first one that waits; false if one can. */
+bool EventFiles::readAhead()
 {
     for (const auto& source : mSources) {
-        while (!source->mIsAtEnd &&
-               (mWaiting.empty() || source->mTimeNs < mWaiting.front().mTimeNs + kMaxDisorderNs)) {
-            std::optional<Event> event = source->next();
+        while (!isPastFirst(*source)) {
+            std::optional<Event> event = source->next(mIsFinished);
             if (!event) {
-                source->mIsAtEnd = true;
                 break;
             }
-            source->mTimeNs = std::max(source->mTimeNs, event->mTimeNs);
             const auto place =
                 std::upper_bound(mWaiting.begin(), mWaiting.end(), event->mTimeNs,
                                  [](qint64 time, const Event& it) { return time < it.mTimeNs; });
             mWaiting.insert(place, *std::move(event));
         }
     }
+    return mIsFinished || std::all_of(mSources.begin(), mSources.end(),
+                                      [this](const auto& it) { return isPastFirst(*it); });
+}
+
+bool EventFiles::isPastFirst(const Source& source) const
+{
+    return !mWaiting.empty() && source.mTimeNs >= mWaiting.front().mTimeNs + kMaxDisorderNs;
 }
 
 } // namespace explain

@@ -12,8 +12,8 @@ namespace explain {
 
 /**
  * The events of one run, from one file or several, in the order of their times. Where others append
- * to a file, its lines may be out of order by a second. Read once, in memory that does not depend
- * on their length. A last line without its end is one that is still being written: it is left out.
+ * to a file, its lines may be out of order by a second. Read once, while they grow, in memory that
+ * does not depend on their length. A last line that is still being written is left out.
  */
 class EventFiles
 {
@@ -24,8 +24,11 @@ public:
     EventFiles& operator=(const EventFiles&) = delete;
     ~EventFiles();
 
+    /** The run is over: what is in the files is all. */
+    void finish() { mIsFinished = true; }
+
     /**
-     * The next event; nothing at the end.
+     * The next event; nothing as long as none is certain to be the next, and at the end.
      * @throws CaseError for a line that is no event
      */
     std::optional<Event> next();
@@ -33,10 +36,12 @@ public:
 private:
     class Source;
 
-    void readAhead();
+    bool readAhead();
+    bool isPastFirst(const Source& source) const;
 
     std::vector<std::unique_ptr<Source>> mSources;
     std::vector<Event> mWaiting; ///< ascending
+    bool mIsFinished = false;
 };
 
 } // namespace explain

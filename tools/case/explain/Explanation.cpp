@@ -7,7 +7,8 @@
 namespace explain {
 
 namespace {
-/** Gives the judge the events up to the block with this record, or all. */
+/** Gives the judge the events up to the block with this record, or all, as far as they are there.
+ */
 void feed(EventFiles* events, Judge* judge, std::optional<size_t> untilRecord)
 {
     while (!untilRecord || judge->recordsInEvents() <= *untilRecord) {
@@ -39,6 +40,7 @@ bool explainRecording(const PlayPlan& plan, RecordingReader& recording,
         throw base::CaseError(recording.name() + ": holds no sample");
     }
     const bool isComplete = recording.isComplete(); // before its events are read to their end
+    events.finish();
     feed(&events, &judge, std::nullopt);
     judge.finish(recording.restBytes(), isComplete);
     return judge.findings().isClean();
@@ -47,6 +49,7 @@ bool explainRecording(const PlayPlan& plan, RecordingReader& recording,
 std::vector<Event> commandsIn(const std::vector<std::string>& eventFiles)
 {
     EventFiles events(eventFiles);
+    events.finish();
     std::vector<Event> commands;
     while (std::optional<Event> event = events.next()) {
         if (event->mKind == Event::Kind::Command && event->mAccepted) {
