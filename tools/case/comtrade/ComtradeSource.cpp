@@ -100,15 +100,15 @@ void ComtradeSource::scale(size_t channel, waveform::SignalBlock* block)
 {
     const double factor = mParts.mHeader.mAnalogs[channel].mFactor;
     const double offset = mParts.mHeader.mAnalogs[channel].mOffset;
-    waveform::ChannelDescription& description = mDescription.mChannels[channel];
+    waveform::ChannelDescription& described = mDescription.mChannels[channel];
     double last = mLastValues[channel];
     for (size_t i = 0; i < block->size(); ++i) {
         double& value = block->mValues[channel][i];
         // A missing value is NaN, an overflow infinite: both count as missing.
         const double scaled = factor * value + offset;
         const bool isThere = std::isfinite(scaled);
-        if (!isThere && description.mMissing++ == 0) {
-            description.mFirstMissing = block->mSeconds[i];
+        if (!isThere && described.mMissing++ == 0) {
+            described.mFirstMissing = block->mSeconds[i];
         }
         last = isThere ? scaled : last;
         value = last;
