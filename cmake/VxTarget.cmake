@@ -27,7 +27,9 @@ function(vx_target target)
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wno-subobject-linkage>
     ${VX_HARDENING_OPTIONS}
     # gdb in the build directory finds the sources by their whole paths.
-    $<IF:$<CONFIG:Debug>,-fmacro-prefix-map,-ffile-prefix-map>=${vx-simulator_SOURCE_DIR}/=)
+    $<IF:$<CONFIG:Debug>,-fmacro-prefix-map,-ffile-prefix-map>=${vx-simulator_SOURCE_DIR}/=
+    # The last map wins: objects that the cache shares between presets name one build directory.
+    $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${vx-simulator_BINARY_DIR}=build>)
   target_link_options(${target} PRIVATE $<${VX_HARDENED}:-Wl,-z,relro,-z,now>)
 endfunction()
 
