@@ -30,7 +30,8 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
 {
     const bool isRead =
         mCases.read(configuration, configuration::CaseConfiguration::Rejected::GoOn);
-    mErrors = mCases.lineErrors();
+    const std::vector<std::string>& errors = mCases.lineErrors();
+    mErrors.insert(mErrors.end(), errors.begin(), errors.end());
     if (!isRead) {
         mErrors.push_back(mCases.fileError());
         return;
