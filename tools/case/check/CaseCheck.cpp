@@ -30,8 +30,8 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
 {
     const bool isRead =
         mCases.read(configuration, configuration::CaseConfiguration::Rejected::GoOn);
-    const std::vector<std::string>& errors = mCases.lineErrors();
-    mErrors.insert(mErrors.end(), errors.begin(), errors.end());
+    const std::vector<std::string>& lineErrors = mCases.lineErrors();
+    mErrors.insert(mErrors.end(), lineErrors.begin(), lineErrors.end());
     if (!isRead) {
         mErrors.push_back(mCases.fileError());
         return;
