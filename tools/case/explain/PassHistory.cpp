@@ -24,7 +24,7 @@ bool PlayedPasses::append(const PlayedPasses& next)
 Origins::Origins(Origin origin, size_t count)
 {
     origin.mCount = count;
-    mAll.append(std::move(origin));
+    mAll.append(origin);
 }
 
 Origins Origins::fresh(size_t count) const
@@ -51,7 +51,7 @@ void Origins::pushFirst(Origin origin)
         return;
     }
     origin.mCount = 1;
-    mAll.prepend(std::move(origin));
+    mAll.prepend(origin);
 }
 
 void Origins::dropLast()

@@ -197,7 +197,7 @@ std::vector<Hypothesis> PlaybackTracker::takeOutEnded()
         if (it.mCount > 1) {
             ended.push_back(it.splitLast());
         } else {
-            ended.push_back(std::move(it));
+            ended.push_back(it);
             it.mCount = 0; // to be dropped
         }
     }
@@ -238,8 +238,9 @@ void PlaybackTracker::addUnknownCommands(const SampleContent* next)
             cheapest = &it;
         }
     }
-    if (cheapest->mCost + kCostOfUnknownCommand > likeliest().mCost + kMaxCostAboveLikeliest) {
-        return; // what follows would be dropped at once
+    if (cheapest == nullptr
+        || cheapest->mCost + kCostOfUnknownCommand > likeliest().mCost + kMaxCostAboveLikeliest) {
+        return; // no case has just ended, or what follows would be dropped at once
     }
     Hypothesis commanded = *cheapest;
     commanded.mCost += kCostOfUnknownCommand;
