@@ -18,7 +18,7 @@ packagesOf() {
         asan) echo clang libclang-rt-dev ;;
         build) echo g++ cmake ninja-build pkg-config qtbase5-dev liblog4cxx-dev libfuse3-dev \
             libgtest-dev libgmock-dev libbenchmark-dev \
-            libcli11-dev libfmt-dev nlohmann-json3-dev libtomlplusplus-dev ;;
+            libcli11-dev libfmt-dev nlohmann-json3-dev libtomlplusplus-dev libpugixml-dev libkissfft-dev ;;
         ci) echo ccache ;;
         demo) echo gnuplot-nox fonts-dejavu-core ;;
         lint) echo clang-format clang-tidy cppcheck ;;

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QtGlobal>
+#include <string>
+
+namespace measure {
+
+/** Whether a value was taken from the samples or is known from how the signal was made. */
+enum class Origin
+{
+    Measured,
+    ClosedForm,
+};
+
+/** One value of one quantity, a row of the table. */
+struct Measurement
+{
+    qint64 mUtcNs = 0;     ///< since the epoch: the instant, or the end of the interval, it is for
+    std::string mQuantity; ///< "rms-half", "harmonics", ... with an order or name: "harmonic-5"
+    std::string mChannel;  ///< "UA" ... "IN"; "U" or "I" for a system of phases; "" for neither
+    double mValue = 0.0;
+    const char* mUnit = ""; ///< "V", "A", "Hz", "%", "deg", "s", ...
+    Origin mOrigin = Origin::Measured;
+};
+
+/** Receives the values in the order of their times within each quantity. */
+class MeasurementOutput
+{
+public:
+    MeasurementOutput() = default;
+    MeasurementOutput(const MeasurementOutput&) = delete;
+    MeasurementOutput& operator=(const MeasurementOutput&) = delete;
+    virtual ~MeasurementOutput() = default;
+
+    virtual void add(const Measurement& value) = 0;
+};
+
+} // namespace measure
