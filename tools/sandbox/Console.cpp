@@ -44,8 +44,8 @@ void Console::clearStatus()
 
 void Console::result(const std::string& text)
 {
-    if (!writeAll(STDOUT_FILENO, text)) {
-        throwErrno("cannot write to standard output");
+    if (!files::writeAll(STDOUT_FILENO, text)) {
+        files::throwErrno("cannot write to standard output");
     }
 }
 

@@ -172,14 +172,14 @@ fuse_lowlevel_ops operations()
     return result;
 }
 
-FileDescriptor openFuseDevice()
+files::FileDescriptor openFuseDevice()
 {
-    FileDescriptor device(open("/dev/fuse", O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    files::FileDescriptor device(open("/dev/fuse", O_RDWR | O_NONBLOCK | O_CLOEXEC));
     if (device.isOpen()) {
         return device;
     }
     const bool isForbidden = errno == EACCES || errno == EPERM;
-    throwErrno(
+    files::throwErrno(
         isForbidden
             ? "no permission to open /dev/fuse, which the driver's files need (its usual mode is "
               "0666)"
@@ -187,17 +187,17 @@ FileDescriptor openFuseDevice()
 }
 
 /** The library would fall back to a set-uid helper and hide the reason, so it is done here. */
-void mountFuse(const FileDescriptor& device)
+void mountFuse(const files::FileDescriptor& device)
 {
     if (mkdir(kStagingDirectory, kStagingMode) != 0) {
-        throwErrno(std::string("cannot make the directory ") + kStagingDirectory);
+        files::throwErrno(std::string("cannot make the directory ") + kStagingDirectory);
     }
     const std::string options = "fd=" + std::to_string(device.get()) +
                                 ",rootmode=40000,user_id=" + std::to_string(geteuid()) +
                                 ",group_id=" + std::to_string(getegid()) + ",default_permissions";
     if (mount("vx-sandbox", kStagingDirectory, "fuse", MS_NOSUID | MS_NODEV, options.c_str()) !=
         0) {
-        throwErrno("the kernel or the container refuses to mount a FUSE file system here");
+        files::throwErrno("the kernel or the container refuses to mount a FUSE file system here");
     }
 }
 
@@ -211,7 +211,7 @@ void FuseServer::SessionDeleter::operator()(fuse_session* session) const
 FuseServer::FuseServer(SimulatedDriver& driver, std::vector<DriverFile> files)
     : mDriver(driver), mFiles(std::move(files)), mBuffer(std::make_unique<fuse_buf>())
 {
-    FileDescriptor device = openFuseDevice();
+    files::FileDescriptor device = openFuseDevice();
     mountFuse(device);
 
     std::string name = "vx-sandbox";
@@ -286,7 +286,7 @@ void FuseServer::bindFiles(PrivateMounts& mounts) const
                         driverFileTraits(file).mPath);
     }
     if (umount2(kStagingDirectory, MNT_DETACH) != 0 || rmdir(kStagingDirectory) != 0) {
-        throwErrno(std::string("cannot remove ") + kStagingDirectory);
+        files::throwErrno(std::string("cannot remove ") + kStagingDirectory);
     }
 }
 

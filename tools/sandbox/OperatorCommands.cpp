@@ -23,7 +23,7 @@ constexpr char kEventName[] = "simulator_control";
 /** Writes the line in one call. Returns what went wrong, or an empty text. */
 std::string writeToFifo(const std::string& line)
 {
-    const FileDescriptor fifo(open(kControlFifoPath, O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    const files::FileDescriptor fifo(open(kControlFifoPath, O_WRONLY | O_NONBLOCK | O_CLOEXEC));
     if (!fifo.isOpen()) {
         return errno == ENXIO ? "nobody reads it" : std::strerror(errno);
     }

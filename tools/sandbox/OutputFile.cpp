@@ -23,10 +23,10 @@ OutputFile::OutputFile(const std::string& path, Console& console) : mPath(path),
     if (path.empty()) {
         return;
     }
-    mFile = FileDescriptor(
+    mFile = files::FileDescriptor(
         open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, kNewFileMode));
     if (!mFile.isOpen()) {
-        throwErrno("cannot write " + path);
+        files::throwErrno("cannot write " + path);
     }
 }
 
@@ -48,7 +48,7 @@ void OutputFile::write(const void* data, std::size_t size)
 
 void OutputFile::flush()
 {
-    if (!mBuffer.empty() && !writeAll(mFile.get(), mBuffer)) {
+    if (!mBuffer.empty() && !files::writeAll(mFile.get(), mBuffer)) {
         endWithError();
     }
     mBuffer.clear();

@@ -41,7 +41,7 @@ private:
 
     std::string mPath;
     Console& mConsole;
-    FileDescriptor mFile;
+    files::FileDescriptor mFile;
     std::string mBuffer;
     bool mHasFailed = false;
 };

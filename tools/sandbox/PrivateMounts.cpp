@@ -41,10 +41,10 @@ bool isDirectory(const std::string& path)
 
 void writeProcFile(const char* path, const std::string& text)
 {
-    const FileDescriptor file(open(path, O_WRONLY | O_CLOEXEC));
+    const files::FileDescriptor file(open(path, O_WRONLY | O_CLOEXEC));
     if (!file.isOpen() ||
         write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        throwErrno(std::string("user namespaces are restricted here: cannot write ") + path);
+        files::throwErrno(std::string("user namespaces are restricted here: cannot write ") + path);
     }
 }
 
@@ -54,10 +54,11 @@ void enterUserNamespace()
     const std::string user = std::to_string(geteuid());
     const std::string group = std::to_string(getegid());
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
-        throwErrno(errno == ENOSPC ? "no permission to mount, and user.max_user_namespaces allows "
-                                     "no user namespace to mount in"
-                                   : "no permission to mount, and the kernel or the container "
-                                     "forbids user namespaces to mount in");
+        files::throwErrno(errno == ENOSPC
+                              ? "no permission to mount, and user.max_user_namespaces allows "
+                                "no user namespace to mount in"
+                              : "no permission to mount, and the kernel or the container "
+                                "forbids user namespaces to mount in");
     }
     writeProcFile("/proc/self/setgroups", "deny");
     writeProcFile("/proc/self/uid_map", user + " " + user + " 1");
@@ -68,7 +69,7 @@ void mountTmpfs(const std::string& path, mode_t mode)
 {
     const std::string options = fmt::format("mode={:04o}", mode & static_cast<mode_t>(ALLPERMS));
     if (mount("vx-sandbox", path.c_str(), "tmpfs", 0, options.c_str()) != 0) {
-        throwErrno("the kernel or the container refuses to mount a tmpfs on " + path);
+        files::throwErrno("the kernel or the container refuses to mount a tmpfs on " + path);
     }
 }
 
@@ -76,36 +77,37 @@ void mountTmpfs(const std::string& path, mode_t mode)
 void bind(const std::string& source, const std::string& target)
 {
     if (mount(source.c_str(), target.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0) {
-        throwErrno("the kernel or the container refuses a bind mount on " + target);
+        files::throwErrno("the kernel or the container refuses a bind mount on " + target);
     }
 }
 
 void makeDirectory(const std::string& path)
 {
     if (mkdir(path.c_str(), kDirectoryMode) != 0 && errno != EEXIST) {
-        throwErrno("cannot make the directory " + path);
+        files::throwErrno("cannot make the directory " + path);
     }
 }
 
 void makeMountPointFile(const std::string& path)
 {
-    const FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kMountPointMode));
+    const files::FileDescriptor file(
+        open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kMountPointMode));
     if (!file.isOpen()) {
-        throwErrno("cannot make the file " + path);
+        files::throwErrno("cannot make the file " + path);
     }
 }
 
 /** A descriptor of the directory, which still leads to it when it is covered by a mount. */
-FileDescriptor openBeneath(const std::string& path)
+files::FileDescriptor openBeneath(const std::string& path)
 {
-    FileDescriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    files::FileDescriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!directory.isOpen()) {
-        throwErrno("cannot open " + path);
+        files::throwErrno("cannot open " + path);
     }
     return directory;
 }
 
-mode_t modeOf(const FileDescriptor& file)
+mode_t modeOf(const files::FileDescriptor& file)
 {
     struct stat status
     {
@@ -123,7 +125,7 @@ std::vector<std::string> entryNames(const std::string& path)
 }
 
 /** Makes the entry `name` of the old directory appear in the new one; skips a missing one. */
-void carryOver(const FileDescriptor& oldDirectory, const std::string& name,
+void carryOver(const files::FileDescriptor& oldDirectory, const std::string& name,
                const std::string& newDirectory)
 {
     struct stat status
@@ -152,12 +154,12 @@ void PrivateMounts::enter()
 {
     if (unshare(CLONE_NEWNS) != 0) {
         if (errno != EPERM) {
-            throwErrno("cannot make a mount namespace");
+            files::throwErrno("cannot make a mount namespace");
         }
         enterUserNamespace();
     }
     if (mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) {
-        throwErrno("the kernel or the container refuses to make the mounts private");
+        files::throwErrno("the kernel or the container refuses to make the mounts private");
     }
     mEntered = true;
 }
@@ -165,7 +167,7 @@ void PrivateMounts::enter()
 void PrivateMounts::coverDirectory(const std::string& path)
 {
     checkEntered();
-    const FileDescriptor oldDirectory = openBeneath(path);
+    const files::FileDescriptor oldDirectory = openBeneath(path);
     const std::vector<std::string> names = entryNames(path);
     mountTmpfs(path, modeOf(oldDirectory));
     for (const std::string& name : names) {
@@ -195,7 +197,7 @@ void PrivateMounts::makePrivateDirectory(const std::string& path)
 void PrivateMounts::makePrivateDev()
 {
     checkEntered();
-    const FileDescriptor oldDev = openBeneath("/dev");
+    const files::FileDescriptor oldDev = openBeneath("/dev");
     mountTmpfs("/dev", kDirectoryMode);
     for (const char* name : kUsualNodes) {
         carryOver(oldDev, name, "/dev");

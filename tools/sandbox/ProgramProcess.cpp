@@ -25,7 +25,7 @@ std::vector<pid_t> children()
 }
 
 /** The report is one byte, the exit status, and then the text. An empty one means success. */
-[[noreturn]] void reportAndExit(const FileDescriptor& report, const StartFailure& failure)
+[[noreturn]] void reportAndExit(const files::FileDescriptor& report, const StartFailure& failure)
 {
     const std::string bytes = static_cast<char>(failure.mExitStatus) + failure.mText;
     const ssize_t written = write(report.get(), bytes.data(), bytes.size());
@@ -72,16 +72,16 @@ void ProgramProcess::start(const std::vector<std::string>& command,
 {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throwErrno("cannot make a pipe");
+        files::throwErrno("cannot make a pipe");
     }
-    mReport = FileDescriptor(ends[0]);
-    const FileDescriptor childEnd(ends[1]);
+    mReport = files::FileDescriptor(ends[0]);
+    const files::FileDescriptor childEnd(ends[1]);
     const pid_t sandbox = getpid();
     mOlderChildren = children();
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     mPid = fork();
     if (mPid < 0) {
-        throwErrno("cannot make a process");
+        files::throwErrno("cannot make a process");
     }
     if (mPid == 0) {
         reportAndExit(childEnd, becomeProgram(sandbox, command, prepare, restoreSignals));

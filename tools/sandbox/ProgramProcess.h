@@ -73,7 +73,7 @@ private:
     pid_t mPid = -1;
     bool mHasEnded = false;
     int mWaitStatus = 0;
-    FileDescriptor mReport;
+    files::FileDescriptor mReport;
     std::string mReportText;
     std::optional<StartFailure> mStartFailure;
 };

@@ -97,9 +97,9 @@ void Supervisor::takeOverSignals()
         sigaddset(&signals, number);
     }
     sigprocmask(SIG_BLOCK, &signals, &mOldMask);
-    mSignals = FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    mSignals = files::FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
     if (!mSignals.isOpen()) {
-        throwErrno("cannot wait for signals");
+        files::throwErrno("cannot wait for signals");
     }
 }
 
@@ -119,7 +119,7 @@ void Supervisor::waitForWork()
         if (errno == EINTR) {
             return;
         }
-        throwErrno("cannot wait for the program");
+        files::throwErrno("cannot wait for the program");
     }
     if (files[0].revents != 0) {
         mServer.serveOne();

@@ -67,7 +67,7 @@ private:
     Console& mConsole;
     OperatorCommands& mCommands;
     ProgramProcess mProgram;
-    FileDescriptor mSignals;
+    files::FileDescriptor mSignals;
     sigset_t mOldMask{};
     struct sigaction mOldPipeAction = {};
     std::int64_t mStartNs = 0;           ///< on the monotonic clock, as the next ones

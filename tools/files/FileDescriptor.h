@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace sandbox {
+namespace files {
 
 /** Owns one open file descriptor and closes it exactly once. Movable. */
 class FileDescriptor
@@ -34,4 +34,4 @@ bool writeAll(int descriptor, const std::string& bytes);
 /** Throws a std::system_error of errno; its text is `what`, ": " and the system's text. */
 [[noreturn]] void throwErrno(const std::string& what);
 
-} // namespace sandbox
+} // namespace files

@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-namespace sandbox {
+namespace files {
 
 FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept : mDescriptor(other.release()) {}
 
@@ -54,4 +54,4 @@ void throwErrno(const std::string& what)
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-} // namespace sandbox
+} // namespace files
