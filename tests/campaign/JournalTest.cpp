@@ -1,6 +1,13 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
-#include "journal/Entries.h"
+#include <algorithm>
+#include <csignal>
+
+#include "Files.h"
+#include "base/CaseError.h"
+#include "journal/Journal.h"
+#include "journal/JournalWriter.h"
 
 using namespace journal;
 
@@ -55,6 +62,73 @@ TEST(JournalTest, WhatIsNoStepIsNone)
                              R"({"t":1,"step":"over","reason":"tired","text":""})",
                              R"({"t":1,"step":"begin"})", R"({"step":"begin","play":1})"}) {
         EXPECT_FALSE(parseEntry(line)) << line;
+    }
+}
+
+TEST(JournalTest, WhereverItIsCutTheStepsBeforeAreRead)
+{
+    const TestFiles files;
+    const std::string path = files.path("journal.jsonl");
+    const Step steps[] = {wholeNight(), ProgramStarted{1}, PlayBegin{0}, CommandSent{0, "s1"}};
+    std::vector<size_t> ends;
+    {
+        JournalWriter writer(path, 0);
+        EXPECT_THROW(JournalWriter(path, 0), base::CaseError); // one at a time
+        for (const Step& step : steps) {
+            writer.append({5, step});
+            ends.push_back(readFile(path).size());
+        }
+    }
+    const std::string whole = readFile(path);
+    for (size_t cut = 0; cut <= whole.size(); ++cut) {
+        writeFile(path, whole.substr(0, cut));
+        const Journal journal = readJournal(path);
+        const auto count = static_cast<size_t>(
+            std::count_if(ends.begin(), ends.end(), [cut](size_t end) { return end <= cut; }));
+        ASSERT_EQ(journal.mEntries.size(), count) << cut;
+        EXPECT_EQ(journal.night() != nullptr, count > 0);
+        if (cut % 40 != 0) { // each flush to the disk takes its time
+            continue;
+        }
+        JournalWriter(path, journal.mWholeBytes).append({6, Resumed{}});
+        ASSERT_EQ(readFile(path),
+                  whole.substr(0, count > 0 ? ends[count - 1] : 0) + lineOf({6, Resumed{}}) + "\n");
+    }
+}
+
+TEST(JournalTest, AFullDiskLeavesTheEntriesBefore)
+{
+    const TestFiles files;
+    const std::string path = files.path("journal.jsonl");
+    JournalWriter writer(path, 0);
+    writer.append({5, wholeNight()});
+    const std::string before = readFile(path);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit full{before.size() + 3, old.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_THROW(writer.append({6, ProgramStarted{1}}), base::CaseError);
+    setrlimit(RLIMIT_FSIZE, &old);
+    EXPECT_EQ(readFile(path), before);
+}
+
+TEST(JournalTest, ALineInTheMiddleThatIsNoStepIsNamed)
+{
+    const TestFiles files;
+    const std::string night = lineOf({1, wholeNight()}) + "\n";
+    const std::string started = lineOf({1, ProgramStarted{1}}) + "\n";
+    const std::pair<std::string, std::string> wrong[] = {
+        {night + "{}\n" + started, ":2: "}, {started, ":1: "}, {night + night, ":2: "}};
+    for (const auto& [text, place] : wrong) {
+        const std::string path = files.make("journal.jsonl", text).toStdString();
+        try {
+            readJournal(path);
+            ADD_FAILURE() << text;
+        } catch (const base::CaseError& error) {
+            EXPECT_EQ(error.what(),
+                      path + place + "expected a step of a night, as vx-campaign run writes it");
+        }
     }
 }
 

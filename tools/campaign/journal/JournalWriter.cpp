@@ -1,0 +1,77 @@
+#include "journal/JournalWriter.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "base/CaseError.h"
+
+namespace journal {
+
+namespace {
+constexpr mode_t kJournalMode = 0666;
+} // namespace
+
+JournalWriter::JournalWriter(const std::string& path, size_t keepBytes)
+    : mPath(path),
+      mFile(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kJournalMode)),
+      mBytes(keepBytes)
+{
+    if (!mFile.isOpen()) {
+        fail(errno);
+    }
+    if (::flock(mFile.get(), LOCK_EX | LOCK_NB) != 0) {
+        throw base::CaseError(path + ": another vx-campaign is writing it");
+    }
+    cutAt(keepBytes);
+    flushToDisk();
+    flushDirectory();
+}
+
+void JournalWriter::append(const Entry& entry)
+{
+    const std::string line = lineOf(entry) + '\n';
+    if (!files::writeAll(mFile.get(), line)) {
+        const int error = errno;
+        cutAt(mBytes);
+        fail(error);
+    }
+    flushToDisk();
+    mBytes += line.size();
+}
+
+void JournalWriter::fail(int error) const
+{
+    throw base::CaseError(mPath + ": " + std::strerror(error));
+}
+
+void JournalWriter::cutAt(size_t bytes) const
+{
+    if (::ftruncate(mFile.get(), static_cast<off_t>(bytes)) != 0) {
+        fail(errno);
+    }
+}
+
+void JournalWriter::flushToDisk() const
+{
+    if (::fdatasync(mFile.get()) != 0) {
+        fail(errno);
+    }
+}
+
+/** So that the name of a new journal is on the disk as well. */
+void JournalWriter::flushDirectory() const
+{
+    const std::string parent = std::filesystem::path(mPath).parent_path();
+    const files::FileDescriptor directory(
+        ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!directory.isOpen() || ::fsync(directory.get()) != 0) {
+        fail(errno);
+    }
+}
+
+} // namespace journal
