@@ -59,7 +59,7 @@ private:
 
 void Reader::read(const toml::table& table)
 {
-    const TomlSection file(mPlan, table, "", {"frequency", "scale", "neutral", "state"});
+    const TomlSection file(mPlan.mFileName, table, "", {"frequency", "scale", "neutral", "state"});
     mPlan.mHertz = file.number("frequency", {kMinHertz, kMaxHertz}).value_or(mPlan.mHertz);
     readScale(file);
     readNeutral(file);
@@ -131,7 +131,7 @@ void Reader::expectNeutralGiven(const TomlSection& file) const
 void Reader::readState(const toml::node& node, size_t number)
 {
     mNumber = number;
-    const TomlSection section(mPlan, *node.as_table(), "",
+    const TomlSection section(mPlan.mFileName, *node.as_table(), "",
                               {"name", "periods", "seconds", "at", "voltage", "current",
                                "harmonics", "frequency", "swing", "inrush", "ct"});
     mState.mName = section.text("name").value_or(std::to_string(number + 1));
@@ -409,25 +409,11 @@ void Reader::readSaturation(const TomlSection& section)
 }
 } // namespace
 
-std::string StatePlan::messagePrefix(const Location& location) const
-{
-    return fmt::format("{}:{}:{}: ", mFileName, location.mLine, location.mColumn);
-}
-
 StatePlan parseStates(std::string_view text, const std::string& name)
 {
     StatePlan plan;
     plan.mFileName = name;
-    expectReadable(plan, text);
-    try {
-        Reader(plan).read(toml::parse(text));
-    } catch (const UnforeseenToml&) {
-        throw base::CaseError(plan.messagePrefix(headerLocation(text)) +
-                              "expected a name between the brackets");
-    } catch (const toml::parse_error& error) {
-        throw base::CaseError(plan.messagePrefix(locationOf(error.source().begin)) +
-                              std::string(error.description()));
-    }
+    Reader(plan).read(parseTables(text, name));
     expectValuesInRange(plan);
     return plan;
 }

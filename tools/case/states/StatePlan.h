@@ -6,15 +6,9 @@
 #include <vector>
 
 #include "generate/Neutral.h"
+#include "states/Location.h"
 
 namespace states {
-
-/** Where something stands in the file of states; both count from 1. */
-struct Location
-{
-    unsigned mLine = 0;
-    unsigned mColumn = 0;
-};
 
 /** A decaying DC offset of a current. */
 struct Offset
@@ -113,8 +107,11 @@ struct StatePlan
     generate::Neutral mNeutral{generate::NeutralRule::Sum, generate::NeutralRule::Zero};
     std::vector<State> mStates; ///< at least one
 
-    /** "file:line:column: ", which begins each message. */
-    std::string messagePrefix(const Location& location) const;
+    /** What begins each message. */
+    std::string messagePrefix(const Location& location) const
+    {
+        return states::messagePrefix(mFileName, location);
+    }
 };
 
 /** The channels of a voltage or of a current. */

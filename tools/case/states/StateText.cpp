@@ -102,7 +102,7 @@ std::optional<StateHarmonic> parseHarmonic(std::string_view text)
     return isGood ? std::optional(harmonic) : std::nullopt;
 }
 
-void expectReadable(const StatePlan& plan, std::string_view text)
+void expectReadable(const std::string& fileName, std::string_view text)
 {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
@@ -113,12 +113,12 @@ void expectReadable(const StatePlan& plan, std::string_view text)
         ++number;
         const size_t foreign = findForeign(line);
         if (foreign != kNone) {
-            throw base::CaseError(plan.messagePrefix({number, unsigned(foreign) + 1}) +
+            throw base::CaseError(messagePrefix(fileName, {number, unsigned(foreign) + 1}) +
                                   "a character beyond ASCII: expected it in comments only");
         }
         const size_t quotes = std::min(line.find("\"\"\""), line.find("'''"));
         if (quotes != kNone) {
-            throw base::CaseError(plan.messagePrefix({number, unsigned(quotes) + 1}) +
+            throw base::CaseError(messagePrefix(fileName, {number, unsigned(quotes) + 1}) +
                                   "three quotes: expected a string in single ones, on one line");
         }
     }

@@ -7,36 +7,67 @@
 
 #include "base/CaseError.h"
 #include "base/NearestName.h"
+#include "states/StateText.h"
 
 namespace states {
 
-TomlSection::TomlSection(const StatePlan& plan, const toml::table& table, std::string path,
-                         std::vector<std::string> keys)
-    : mPlan(plan), mTable(table), mPath(std::move(path))
+toml::table parseTables(std::string_view text, const std::string& fileName)
 {
-    for (const auto& [key, node] : table) {
+    expectReadable(fileName, text);
+    try {
+        return toml::parse(text);
+    } catch (const UnforeseenToml&) {
+        throw base::CaseError(messagePrefix(fileName, headerLocation(text)) +
+                              "expected a name between the brackets");
+    } catch (const toml::parse_error& error) {
+        throw base::CaseError(messagePrefix(fileName, locationOf(error.source().begin)) +
+                              std::string(error.description()));
+    }
+}
+
+TomlSection::TomlSection(const std::string& fileName, const toml::table& table, std::string path)
+    : mFileName(fileName), mTable(table), mPath(std::move(path))
+{
+}
+
+TomlSection::TomlSection(const std::string& fileName, const toml::table& table, std::string path,
+                         const std::vector<std::string>& keys)
+    : TomlSection(fileName, table, std::move(path))
+{
+    const std::vector<std::string> unknown = unknownKeys(keys);
+    if (!unknown.empty()) {
+        throw base::CaseError(unknown.front());
+    }
+}
+
+std::vector<std::string> TomlSection::unknownKeys(const std::vector<std::string>& keys) const
+{
+    std::vector<std::string> messages;
+    for (const auto& [key, node] : mTable) {
         if (std::find(keys.begin(), keys.end(), key.str()) == keys.end()) {
-            throw base::CaseError(
-                fmt::format("{}{}: unknown key; the nearest is {}, and all are {}",
-                            plan.messagePrefix(locationOf(key.source().begin)), nameOf(key.str()),
-                            base::nearestNames(key.str(), keys, 1).front(), fmt::join(keys, ", ")));
+            messages.push_back(fmt::format(
+                "{}{}: unknown key; the nearest is {}, and all are {}",
+                messagePrefix(mFileName, locationOf(key.source().begin)), nameOf(key.str()),
+                base::nearestNames(key.str(), keys, 1).front(), fmt::join(keys, ", ")));
         }
     }
+    return messages;
 }
 
 void TomlSection::fail(const toml::node& node, std::string_view key,
                        const std::string& problem) const
 {
-    throw base::CaseError(mPlan.messagePrefix(locationOf(node)) + nameOf(key) + ": " + problem);
+    throw base::CaseError(messagePrefix(mFileName, locationOf(node)) + nameOf(key) + ": " +
+                          problem);
 }
 
 TomlSection TomlSection::section(const toml::node& node, std::string_view key,
-                                 std::vector<std::string> keys) const
+                                 const std::vector<std::string>& keys) const
 {
     if (!node.is_table()) {
         fail(node, key, fmt::format("expected a table with {}", fmt::join(keys, ", ")));
     }
-    return {mPlan, *node.as_table(), nameOf(key), std::move(keys)};
+    return {mFileName, *node.as_table(), nameOf(key), keys};
 }
 
 std::optional<double> TomlSection::number(std::string_view key, const Range& range) const

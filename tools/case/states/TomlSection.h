@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "states/StatePlan.h"
+#include "states/Location.h"
 
 namespace states {
 
@@ -29,7 +29,7 @@ constexpr void expectForeseen(bool holds)
 #define TOML_ASSERT(expr) states::expectForeseen(static_cast<bool>(expr))
 #include <toml++/toml.h>
 
-/** How the reader of states looks at TOML; heavy to compile, for StateFile.cpp alone. */
+/** How the readers of TOML files look at them; heavy to compile, for as few files as can be. */
 namespace states {
 
 inline Location locationOf(const toml::source_position& position)
@@ -56,16 +56,27 @@ struct Range
     bool mIsMinExcluded = false;
 };
 
-/** A table of the file with the keys that it may have. Borrows table and plan. */
+/**
+ * The tables of a text, whose characters beyond ASCII are in comments alone and whose strings are
+ * each on one line. Throws CaseError with line and column for any other text, and for what is no
+ * TOML.
+ * @param fileName as messages give it
+ */
+toml::table parseTables(std::string_view text, const std::string& fileName);
+
+/** A table of the file. Borrows the table and the file's name. */
 class TomlSection
 {
 public:
-    /**
-     * Throws CaseError for a key that is not among those.
-     * @param path how messages call the table: "voltage"; empty for the file's own
-     */
-    TomlSection(const StatePlan& plan, const toml::table& table, std::string path,
-                std::vector<std::string> keys);
+    /** @param path how messages call the table: "voltage"; empty for the file's own */
+    TomlSection(const std::string& fileName, const toml::table& table, std::string path = "");
+
+    /** Throws CaseError for a key that is not among those. */
+    TomlSection(const std::string& fileName, const toml::table& table, std::string path,
+                const std::vector<std::string>& keys);
+
+    /** A message for each key that is not among those. */
+    std::vector<std::string> unknownKeys(const std::vector<std::string>& keys) const;
 
     /** Throws CaseError that names the place and the key. */
     [[noreturn]] void fail(const toml::node& node, std::string_view key,
@@ -76,7 +87,7 @@ public:
 
     /** Of a node that is a table. */
     TomlSection section(const toml::node& node, std::string_view key,
-                        std::vector<std::string> keys) const;
+                        const std::vector<std::string>& keys) const;
 
     /** None where the key is missing. */
     std::optional<double> number(std::string_view key, const Range& range) const;
@@ -91,7 +102,7 @@ public:
 private:
     std::string nameOf(std::string_view key) const;
 
-    const StatePlan& mPlan;
+    const std::string& mFileName;
     const toml::table& mTable;
     std::string mPath;
 };

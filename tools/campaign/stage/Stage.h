@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QtGlobal>
+#include <string>
+#include <vector>
+
+#include "journal/Entries.h"
+#include "plan/Plan.h"
+
+namespace stage {
+
+/** In the folder of a night. */
+inline constexpr const char* kStageFolder = "stage";
+inline constexpr const char* kCasesFile = "cases.conf";
+
+/**
+ * The value files of a night and their case configuration, FOLDER/stage/cases.conf. It names the
+ * files without a folder, so that the whole folder may be moved or copied to a device: the program
+ * is started in it, and explain::PlayPlan gets it as the directory.
+ */
+struct Stage
+{
+    std::string mDirectory;                  ///< FOLDER/stage
+    std::string mConfiguration;              ///< FOLDER/stage/cases.conf
+    journal::StagedCase mSteady;             ///< configuration 0; mTimes is 0
+    std::vector<journal::StagedCase> mCases; ///< of the plan, in its order; numbers from 1 on
+    std::string mHash;                       ///< SHA-256 of all files and their configuration
+    qint64 mBytesOnDevice = 0;               ///< memory of the program for the samples
+    std::vector<std::string> mRemarks;       ///< what plays, but probably not as intended
+};
+
+/**
+ * Makes FOLDER/stage. It appears when all of it is made and found good. Where it is there already,
+ * it is compared with what the plan makes: what is missing is added, and nothing is overwritten.
+ *
+ * @param folder is made when it is missing
+ * @throws plan::PlanError with every mistake of every case, and for a file in the stage that is not
+ *         what the plan makes; CaseError for what cannot be written
+ */
+Stage makeStage(const plan::Plan& plan, const std::string& folder);
+
+/** How long the night will be, about: gaps, waits for the end of the steady signal, and plays. */
+qint64 nightNs(const Stage& stage, qint64 gapNs);
+
+} // namespace stage

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace states {
+
+/** Where something stands in a TOML file; both count from 1. */
+struct Location
+{
+    unsigned mLine = 0;
+    unsigned mColumn = 0;
+};
+
+/** "file:line:column: ", which begins each message. */
+inline std::string messagePrefix(const std::string& fileName, const Location& location)
+{
+    return fileName + ':' + std::to_string(location.mLine) + ':' +
+           std::to_string(location.mColumn) + ": ";
+}
+
+} // namespace states
