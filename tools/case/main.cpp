@@ -38,6 +38,7 @@ void declare(CLI::App& app)
     commands::addInfoCommand(app);
     commands::addCatalogueCommand(app);
     commands::addImportCommand(app);
+    commands::addMeasureCommand(app);
     commands::addPlotCommand(app);
 }
 

@@ -19,6 +19,7 @@ void addExplainCommand(CLI::App& app);
 void addExportCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
 void addImportCommand(CLI::App& app);
+void addMeasureCommand(CLI::App& app);
 void addPlotCommand(CLI::App& app);
 
 } // namespace commands

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <QtGlobal>
-#include <string>
+
+#include "measure/Quantities.h"
 
 namespace measure {
 
 /** Whether a value was taken from the samples or is known from how the signal was made. */
-enum class Origin
+enum class Origin : unsigned char
 {
     Measured,
     ClosedForm,
@@ -15,11 +16,10 @@ enum class Origin
 /** One value of one quantity, a row of the table. */
 struct Measurement
 {
-    qint64 mUtcNs = 0;     ///< since the epoch: the instant, or the end of the interval, it is for
-    std::string mQuantity; ///< "rms-half", "harmonics", ... with an order or name: "harmonic-5"
-    std::string mChannel;  ///< "UA" ... "IN"; "U" or "I" for a system of phases; "" for neither
+    qint64 mUtcNs = 0; ///< since the epoch: the instant, or the end of the interval, it is for
     double mValue = 0.0;
-    const char* mUnit = ""; ///< "V", "A", "Hz", "%", "deg", "s", ...
+    RowKind mKind;
+    Channel mChannel = Channel::None;
     Origin mOrigin = Origin::Measured;
 };
 

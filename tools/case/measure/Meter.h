@@ -11,7 +11,7 @@ struct MeterSettings
     qint64 mBeginUtcNs = 0;     ///< of the first sample
     double mNominalVolts = 0.0; ///< phase to neutral, rms; what percent refers to
     double mNominalAmperes = 0.0;
-    double mNominalHz = 50.0;
+    double mNominalHz = 50.0; ///< 50 or 60
 };
 
 /**

@@ -1,0 +1,146 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "base/NearestName.h"
+#include "base/Numbers.h"
+#include "commands/CommandFiles.h"
+#include "commands/Commands.h"
+#include "commands/EncodingOption.h"
+#include "commands/ScaleOption.h"
+#include "measure/Measuring.h"
+#include "measure/UtcText.h"
+
+namespace commands {
+
+namespace {
+constexpr char kMeasureFooter[] =
+    R"(SIGNAL is a value file, a recording of the driver, COMTRADE (.cfg with .dat, .cff)
+or a text file with a heading. The table has a row a value: UTC, quantity, channel,
+value, unit, and whether it was measured or is known in closed form.
+
+Example, the half-period rms values and the harmonics of a value file:
+  vx-case measure sag.csv --begin 2026-01-01T00:00:00Z --quantities rms-half,harmonics \
+      -o expected.csv)";
+
+struct MeasureCommandOptions
+{
+    measure::MeasureOptions mMeasure;
+    std::string mOutput; ///< empty for standard output
+};
+
+void readQuantities(const std::string& text, std::vector<std::string>& groups)
+{
+    const std::vector<std::string> known = measure::quantityGroups();
+    for (const std::string_view field : base::splitFields(text, ',')) {
+        const std::string group(field);
+        if (std::find(known.begin(), known.end(), group) == known.end()) {
+            throw CLI::ValidationError(
+                "--quantities",
+                fmt::format("'{}': expected some of {}; nearest is {}", group,
+                            fmt::join(known, ","), base::nearestNames(group, known, 1).front()));
+        }
+        groups.push_back(group);
+    }
+}
+
+void readNominal(const std::string& text, std::optional<std::array<double, 3>>& nominal)
+{
+    const auto fields = base::splitText(text, ',');
+    std::array<double, 3> values{};
+    bool isGood = fields.size() == values.size();
+    for (size_t i = 0; isGood && i < values.size(); ++i) {
+        isGood = base::parseNumber(fields[i], &values[i]) && values[i] > 0.0;
+    }
+    if (!isGood || (values[2] != 50.0 && values[2] != 60.0)) {
+        throw CLI::ValidationError(
+            "--nominal",
+            fmt::format("'{}': expected V,A,HZ with 50 or 60 Hz, for example 230,5,50", text));
+    }
+    nominal = values;
+}
+
+void readBegin(const std::string& text, std::optional<qint64>& begin)
+{
+    begin = measure::parseUtc(text);
+    if (!begin) {
+        throw CLI::ValidationError(
+            "--begin",
+            fmt::format("'{}': expected a time in UTC, for example 2026-01-01T00:00:00Z", text));
+    }
+}
+
+void runMeasure(const MeasureCommandOptions& options)
+{
+    CommandFiles files;
+    files.addSignal("the signal", options.mMeasure.mSignal.mPath);
+    files.addOutput("-o", options.mOutput);
+    files.expectNoConflict();
+    base::ResultFile output(options.mOutput);
+    const auto remarks = measure::measureSignal(options.mMeasure, output);
+    output.commit();
+    for (const std::string& remark : remarks) {
+        fmt::print(stderr, "remark: {}\n", remark);
+    }
+}
+
+void addMeasuredInput(CLI::App& command, measure::SignalOptions& signal)
+{
+    command.add_option("SIGNAL", signal.mPath, "What is measured")->required()->type_name("");
+    command
+        .add_option_function<std::string>(
+            "--begin", [&](const std::string& text) { readBegin(text, signal.mBeginUtcNs); },
+            "UTC of the first sample (default: the file's)")
+        ->type_name("UTC");
+    addScaleOption(command, &signal.mCountsPerVolt, &signal.mCountsPerAmpere);
+    command
+        .add_option_function<std::string>(
+            "--channels",
+            [&](const std::string& text) {
+                const std::string problem = importing::readAssignments(text, signal.mAssignments);
+                if (!problem.empty()) {
+                    throw CLI::ValidationError("--channels", problem);
+                }
+            },
+            "What each channel gets, as in import: 0=UA,1=17,3=0")
+        ->type_name("CHANNEL=SOURCE,...");
+    addEncodingOption(command, &signal.mEncoding);
+}
+} // namespace
+
+void addMeasureCommand(CLI::App& app)
+{
+    CLI::App& command =
+        *app.add_subcommand("measure", "Measures a signal as a reference instrument would");
+    command.footer(kMeasureFooter);
+    const auto options = std::make_shared<MeasureCommandOptions>();
+    measure::MeasureOptions& measuring = options->mMeasure;
+    addMeasuredInput(command, measuring.mSignal);
+    command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
+        ->type_name("FILE");
+    command
+        .add_option_function<std::string>(
+            "--quantities",
+            [&](const std::string& text) { readQuantities(text, measuring.mGroups); },
+            "What is measured (default: all): " +
+                fmt::format("{}", fmt::join(measure::quantityGroups(), ",")))
+        ->type_name("NAME,...");
+    command
+        .add_option_function<std::string>(
+            "--nominal", [&](const std::string& text) { readNominal(text, measuring.mNominal); },
+            "Voltage to neutral, current and frequency that percent refers to (default: 230,5 and "
+            "the signal's own 50 or 60)")
+        ->type_name("V,A,HZ");
+    CLI::Option* const wide = command.add_flag_callback(
+        "--wide", [&] { measuring.mForm = measure::TableForm::Wide; },
+        "A row an instant, a column a quantity and channel");
+    command
+        .add_flag_callback(
+            "--json", [&] { measuring.mForm = measure::TableForm::Json; }, "An object a line")
+        ->excludes(wide);
+    command.callback([options] { runMeasure(*options); });
+}
+
+} // namespace commands

@@ -1,0 +1,209 @@
+#include "measure/MeasurementWriters.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "measure/UtcText.h"
+
+namespace measure {
+
+namespace {
+constexpr size_t kIntervals = 3;
+constexpr size_t kOrders = 51;
+constexpr size_t kChannels = static_cast<size_t>(Channel::None) + 1;
+
+/** A place for each kind of row, for tables. */
+size_t indexOf(const RowKind& kind)
+{
+    const auto id = static_cast<size_t>(kind.mId);
+    const auto interval = static_cast<size_t>(kind.mInterval);
+    return (id * kIntervals + interval) * kOrders + static_cast<size_t>(kind.mOrder);
+}
+
+size_t kindCount()
+{
+    return quantities().size() * kIntervals * kOrders;
+}
+
+/** The names of all rows, made once each. */
+class RowNames
+{
+public:
+    RowNames() : mNames(kindCount()) {}
+
+    const std::string& of(const RowKind& kind)
+    {
+        std::string& name = mNames[indexOf(kind)];
+        if (name.empty()) {
+            name = nameOf(kind);
+        }
+        return name;
+    }
+
+private:
+    std::vector<std::string> mNames;
+};
+
+/** Formats each value by itself, into memory that is used again. */
+class LongWriter : public MeasurementWriter
+{
+public:
+    explicit LongWriter(base::ResultFile& output) : mOutput(output)
+    {
+        mOutput.write(std::string(kLongHeading) + "\n");
+    }
+
+    void add(const Measurement& value) override
+    {
+        mLine.clear();
+        fmt::format_to(std::back_inserter(mLine), "{},{},{},{:.10g},{},{}\n", mUtc.of(value.mUtcNs),
+                       mNames.of(value.mKind), nameOf(value.mChannel), value.mValue,
+                       unitOf(value.mKind.mId, value.mChannel), nameOf(value.mOrigin));
+        mOutput.write({mLine.data(), mLine.size()});
+    }
+
+    void finish() override {}
+
+private:
+    base::ResultFile& mOutput;
+    UtcText mUtc;
+    RowNames mNames;
+    fmt::memory_buffer mLine;
+};
+
+class JsonWriter : public MeasurementWriter
+{
+public:
+    explicit JsonWriter(base::ResultFile& output) : mOutput(output) {}
+
+    void add(const Measurement& value) override
+    {
+        mLine.clear();
+        fmt::format_to(std::back_inserter(mLine),
+                       R"({{"utc":"{}","quantity":"{}","channel":"{}","value":{:.10g},)"
+                       R"("unit":"{}","origin":"{}"}})"
+                       "\n",
+                       mUtc.of(value.mUtcNs), mNames.of(value.mKind), nameOf(value.mChannel),
+                       value.mValue, unitOf(value.mKind.mId, value.mChannel),
+                       nameOf(value.mOrigin));
+        mOutput.write({mLine.data(), mLine.size()});
+    }
+
+    void finish() override {}
+
+private:
+    base::ResultFile& mOutput;
+    UtcText mUtc;
+    RowNames mNames;
+    fmt::memory_buffer mLine;
+};
+
+/** A row is written when a value of another instant comes. */
+class WideWriter : public MeasurementWriter
+{
+public:
+    WideWriter(const Selection& selection, base::ResultFile& output)
+        : mOutput(output), mColumns(kindCount() * kChannels)
+    {
+        std::string heading = "utc,origin";
+        for (const Quantity& quantity : quantities()) {
+            if (selection.has(quantity.mId)) {
+                addColumns(quantity, &heading);
+            }
+        }
+        mOutput.write(heading + "\n");
+    }
+
+    void add(const Measurement& value) override
+    {
+        std::string& cell = mCells[mColumns[columnKey(value.mKind, value.mChannel)]];
+        // A second value of the same column is another row, as two events of one instant are.
+        if (mHasRow && (value.mUtcNs != mUtcNs || !cell.empty())) {
+            finish();
+        }
+        mIsMixed = mHasRow && (mIsMixed || value.mOrigin != mOrigin);
+        mOrigin = value.mOrigin;
+        mUtcNs = value.mUtcNs;
+        mHasRow = true;
+        cell = fmt::format("{:.10g}", value.mValue);
+    }
+
+    void finish() override
+    {
+        if (!mHasRow) {
+            return;
+        }
+        std::string line(mUtc.of(mUtcNs));
+        line += std::string(",") + (mIsMixed ? "mixed" : nameOf(mOrigin));
+        for (std::string& cell : mCells) {
+            line += ',' + cell;
+            cell.clear();
+        }
+        mOutput.write(line + "\n");
+        mHasRow = false;
+    }
+
+private:
+    static size_t columnKey(const RowKind& kind, Channel channel)
+    {
+        return indexOf(kind) * kChannels + static_cast<size_t>(channel);
+    }
+
+    void addColumns(const Quantity& quantity, std::string* heading)
+    {
+        const int intervals = quantity.mHasIntervals ? int{kIntervals} : 1;
+        for (int interval = 0; interval < intervals; ++interval) {
+            for (const Channel channel : quantity.mChannels) {
+                for (int order = quantity.mFirstOrder; order <= quantity.mLastOrder; ++order) {
+                    addColumn({quantity.mId, order, static_cast<Interval>(interval)}, channel,
+                              heading);
+                }
+            }
+        }
+    }
+
+    /** "rms UA V"; parts that are empty are left out. */
+    void addColumn(const RowKind& kind, Channel channel, std::string* heading)
+    {
+        *heading += ',' + nameOf(kind);
+        for (const char* const part : {nameOf(channel), unitOf(kind.mId, channel)}) {
+            *heading += *part == '\0' ? "" : std::string(" ") + part;
+        }
+        mColumns[columnKey(kind, channel)] = mCells.size();
+        mCells.emplace_back();
+    }
+
+    base::ResultFile& mOutput;
+    UtcText mUtc;
+    std::vector<size_t> mColumns; ///< index of the cell
+    std::vector<std::string> mCells;
+    bool mHasRow = false;
+    bool mIsMixed = false; ///< values of both origins
+    Origin mOrigin = Origin::Measured;
+    qint64 mUtcNs = 0;
+};
+} // namespace
+
+const char* nameOf(Origin origin)
+{
+    return origin == Origin::Measured ? "measured" : "closed form";
+}
+
+std::unique_ptr<MeasurementWriter> makeWriter(TableForm form, const Selection& selection,
+                                              base::ResultFile& output)
+{
+    switch (form) {
+        case TableForm::Wide:
+            return std::make_unique<WideWriter>(selection, output);
+        case TableForm::Json:
+            return std::make_unique<JsonWriter>(output);
+        case TableForm::Long:
+            break;
+    }
+    return std::make_unique<LongWriter>(output);
+}
+
+} // namespace measure

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/ResultFile.h"
+#include "measure/MeasuredSignal.h"
+#include "measure/MeasurementWriters.h"
+
+namespace measure {
+
+/** What vx-case measure was told. */
+struct MeasureOptions
+{
+    SignalOptions mSignal;
+    std::vector<std::string> mGroups;              ///< of quantities; empty for all
+    std::optional<std::array<double, 3>> mNominal; ///< V, A, Hz
+    TableForm mForm = TableForm::Long;
+};
+
+/**
+ * Reads the signal once and writes what was measured; the caller commits the file.
+ * @return remarks for the user. @throws CaseError for what cannot be read
+ */
+std::vector<std::string> measureSignal(const MeasureOptions& options, base::ResultFile& output);
+
+} // namespace measure
