@@ -170,6 +170,32 @@ TEST_F(SandboxTest, SendCountsFromTheFirstBlock)
     EXPECT_GE(std::stoll(lines[3]) - std::stoll(lines[0]), 400'000'000);
 }
 
+/** Then the program is ended; its own input is empty. */
+TEST_F(SandboxTest, CommandsOfStandardInputAreSentUntilItEnds)
+{
+    mRunner.writeFile("program",
+                      "mkfifo /etc/vx/simulator_control\n"
+                      "cat >input; exec 5<>/etc/vx/simulator_control; touch ready\n"
+                      "head -n 2 <&5 >taken; touch done; exec sleep 60\n");
+    const CommandResult result = mRunner.run(
+        {"sh", "-c",
+         "{ until [ -e ready ]; do sleep 0.05; done; printf 's1\\nsecond'; sleep 0.1\n"
+         "printf ' one\\nunfinished'; until [ -e done ]; do sleep 0.05; done; } |\n" VX_SANDBOX
+         " --send - --events e sh program"});
+    EXPECT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(mRunner.readFile("input"), "");
+    EXPECT_EQ(mRunner.readFile("taken"), "s1\nsecond one\n");
+    const auto sent = [](const char* bytes, const std::string& text) {
+        return std::string(R"({"file":"simulator_control","bytes":)") + bytes +
+               R"(,"accepted":true,"text":")" + text + "\"}\n";
+    };
+    EXPECT_EQ(endOf(mRunner.readFile("e")), sent("3", "s1") + sent("11", "second one") +
+                                                R"({"program":"stopped"})"
+                                                "\n"
+                                                R"({"run":"ended","reason":"input ended"})"
+                                                "\n");
+}
+
 TEST_F(SandboxTest, ExitCodesAndMessages)
 {
     for (const Ending& it : kEndings) {

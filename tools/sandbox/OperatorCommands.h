@@ -26,6 +26,9 @@ public:
     /** Sends all that are due `elapsedNs` after the first block. */
     void sendDue(std::int64_t elapsedNs);
 
+    /** Sends one at once, which is not one of those. */
+    void send(const std::string& text);
+
     /** When the next one is due, in nanoseconds after the first block; nothing if none is left. */
     std::optional<std::int64_t> nextDueNs() const;
 
@@ -36,8 +39,6 @@ public:
     void recordUnsent() const;
 
 private:
-    void send(const std::string& text);
-
     std::vector<TimedCommand> mCommands;
     EventLog& mEvents;
     Console& mConsole;

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 
@@ -56,16 +57,16 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, Time& timeNs,
     return app.add_option_function<std::string>(name, parse, help)->type_name("SECONDS");
 }
 
-/** An option that may be given any number of times, with one value each. */
-template <typename Item>
-void addList(CLI::App& app, const std::string& name, std::vector<Item>& items,
-             Item (*parse)(const std::string&), const std::string& type, const std::string& help)
+/** An option that may be given any number of times; `take` gets one value at a time. */
+void addList(CLI::App& app, const std::string& name,
+             const std::function<void(const std::string&)>& take, const std::string& type,
+             const std::string& help)
 {
-    const auto parseAll = [&items, parse](const std::vector<std::string>& texts) {
-        std::transform(texts.begin(), texts.end(), std::back_inserter(items), parse);
+    const auto takeAll = [take](const std::vector<std::string>& texts) {
+        std::for_each(texts.begin(), texts.end(), take);
     };
     // Without the limit, PROGRAM would be taken as one more value.
-    app.add_option_function<std::vector<std::string>>(name, parseAll, help)
+    app.add_option_function<std::vector<std::string>>(name, takeAll, help)
         ->type_name(type)
         ->allow_extra_args(false);
 }
@@ -78,14 +79,26 @@ void addOptions(CLI::App& app, Options& options)
               "write one JSON object per line for every write and\ncommand, and for the end");
     addOutput(app, "--pme", options.mOutputs.mPmePath,
               "add /dev/pme-sim and write the frames it gets");
-    addList(app, "--send", options.mCommands, parseCommand, "SECONDS:COMMAND",
-            "write COMMAND into the control FIFO, SECONDS after the\nfirst block");
+    const auto takeCommand = [&options](const std::string& text) {
+        if (text == "-") {
+            options.mReadsCommands = true;
+        } else {
+            options.mCommands.push_back(parseCommand(text));
+        }
+    };
+    addList(app, "--send", takeCommand, "SECONDS:COMMAND",
+            "write COMMAND into the control FIFO, SECONDS after the\n"
+            "first block; \"-\" writes the lines of standard input as\n"
+            "they come, and ends PROGRAM when that ends");
     CLI::Option* const run = addSeconds(app, "--for", options.mRunNs,
                                         "end PROGRAM with SIGTERM, SECONDS after the first block");
     addSeconds(app, "--patience", options.mPatienceNs,
                "with --for: end PROGRAM when no block has come after\nSECONDS (default 60)")
         ->needs(run);
-    addList(app, "--fault", options.mFaults, parseFault, "FILE:WHEN:WHAT[:COUNT]",
+    const auto takeFault = [&options](const std::string& text) {
+        options.mFaults.push_back(parseFault(text));
+    };
+    addList(app, "--fault", takeFault, "FILE:WHEN:WHAT[:COUNT]",
             "make COUNT writes to FILE (adc-in, ...) fail; WHEN is\n"
             "the number of the first one or, for example 2.5s, a\n"
             "time after the first block; WHAT is an errno by name,\n"

@@ -24,6 +24,7 @@ struct Options
     std::optional<std::int64_t> mRunNs; ///< how long the program runs after its first block
     std::int64_t mPatienceNs = 60 * kNanosecondsPerSecond; ///< how long --for waits for that block
     std::vector<TimedCommand> mCommands;                   ///< sorted by time
+    bool mReadsCommands = false;                           ///< from standard input, until it ends
     std::vector<Fault> mFaults;                            ///< in the order given
     std::vector<std::string> mProgram;                     ///< the program's name and its arguments
 

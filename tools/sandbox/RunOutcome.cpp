@@ -7,6 +7,21 @@
 
 namespace sandbox {
 
+namespace {
+const char* stopReasonName(StopReason reason)
+{
+    switch (reason) {
+        case StopReason::NoBlock:
+            return "no block";
+        case StopReason::InputEnded:
+            return "input ended";
+        case StopReason::TimeIsOver:
+            break;
+    }
+    return "time";
+}
+} // namespace
+
 std::optional<int> RunOutcome::crashSignal() const
 {
     const bool isOurs = !WIFSIGNALED(mWaitStatus) || endedByStop();
@@ -30,7 +45,7 @@ const char* RunOutcome::reason() const
         return mStartFailure->mExitStatus == kExitSandboxFailed ? "error" : "not started";
     }
     if (endedByStop()) {
-        return mStop == StopReason::NoBlock ? "no block" : "time";
+        return stopReasonName(*mStop);
     }
     return endedByInterrupt() ? "interrupted" : "program";
 }

@@ -12,6 +12,7 @@ enum class StopReason
 {
     TimeIsOver, ///< of --for
     NoBlock,    ///< within the patience
+    InputEnded, ///< from which the commands came
 };
 
 /**

@@ -1,5 +1,6 @@
 #include "Supervisor.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -33,6 +34,15 @@ timespec toTimespec(std::int64_t nanoseconds)
             static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
 }
 
+/** The program must not take the commands away. */
+void closeStandardInput()
+{
+    const files::FileDescriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (!nothing.isOpen() || dup2(nothing.get(), STDIN_FILENO) < 0) {
+        files::throwErrno("cannot open /dev/null");
+    }
+}
+
 /** A mount may have covered the working directory; its name leads to the new one. */
 void reenterWorkingDirectory()
 {
@@ -48,7 +58,8 @@ Supervisor::Supervisor(const Options& options, SimulatedDriver& driver, FuseServ
       mServer(server),
       mMounts(mounts),
       mConsole(console),
-      mCommands(commands)
+      mCommands(commands),
+      mInput(options.mReadsCommands)
 {
 }
 
@@ -58,6 +69,9 @@ int Supervisor::run()
     const auto prepare = [this] {
         mServer.bindFiles(mMounts);
         reenterWorkingDirectory();
+        if (mOptions.mReadsCommands) {
+            closeStandardInput();
+        }
     };
     mProgram.start(mOptions.mProgram, prepare, [this] { restoreSignals(); });
     mStartNs = monotonicNs();
@@ -111,9 +125,10 @@ void Supervisor::restoreSignals() const
 
 void Supervisor::waitForWork()
 {
-    std::array<pollfd, 3> files = {{{mServer.descriptor(), POLLIN, 0},
+    std::array<pollfd, 4> files = {{{mServer.descriptor(), POLLIN, 0},
                                     {mSignals.get(), POLLIN, 0},
-                                    {mProgram.startReport(), POLLIN, 0}}};
+                                    {mProgram.startReport(), POLLIN, 0},
+                                    {mInput.descriptor(), POLLIN, 0}}};
     const timespec wait = toTimespec(std::max<std::int64_t>(nextDeadlineNs() - monotonicNs(), 0));
     if (ppoll(files.data(), files.size(), &wait, nullptr) < 0) {
         if (errno == EINTR) {
@@ -130,6 +145,20 @@ void Supervisor::waitForWork()
     }
     if (files[2].revents != 0) {
         readStartReport();
+    }
+    if (files[3].revents != 0) {
+        takeCommands();
+    }
+}
+
+/** Ends the program when no more can come: whoever gives the commands is gone. */
+void Supervisor::takeCommands()
+{
+    for (const std::string& command : mInput.takeLines()) {
+        mCommands.send(command);
+    }
+    if (mInput.descriptor() < 0 && !mOutcome.isStopped()) {
+        stop(StopReason::InputEnded);
     }
 }
 
@@ -205,9 +234,14 @@ void Supervisor::endWhenDue(std::int64_t nowNs)
         mConsole.message(fmt::format("no block came within {} s; ending the program",
                                      inSeconds(mOptions.mPatienceNs)));
     }
-    mOutcome.stopped(hasBlock() ? StopReason::TimeIsOver : StopReason::NoBlock);
+    stop(hasBlock() ? StopReason::TimeIsOver : StopReason::NoBlock);
+}
+
+void Supervisor::stop(StopReason reason)
+{
+    mOutcome.stopped(reason);
     mProgram.signal(SIGTERM);
-    mTermNs = nowNs;
+    mTermNs = monotonicNs();
 }
 
 std::optional<std::int64_t> Supervisor::nextEndingNs() const

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "CommandInput.h"
 #include "FileDescriptor.h"
 #include "OperatorCommands.h"
 #include "Options.h"
@@ -41,11 +42,13 @@ private:
     void waitForWork();
     void readStartReport();
     void handleSignal();
+    void takeCommands();
     void forwardSignal(int number, bool isFromTerminal);
 
     void runTimers();
     void runEachSecond(std::int64_t nowNs);
     void endWhenDue(std::int64_t nowNs);
+    void stop(StopReason reason);
 
     /** When the program gets its SIGTERM or, after that, its SIGKILL; nothing if it does not. */
     std::optional<std::int64_t> nextEndingNs() const;
@@ -66,6 +69,7 @@ private:
     PrivateMounts& mMounts;
     Console& mConsole;
     OperatorCommands& mCommands;
+    CommandInput mInput;
     ProgramProcess mProgram;
     files::FileDescriptor mSignals;
     sigset_t mOldMask{};

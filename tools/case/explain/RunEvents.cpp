@@ -38,7 +38,8 @@ void RunEvents::addBlock(const Event& block)
 void RunEvents::endRun(const Event& end)
 {
     mIsRunOver = true;
-    mEndedWhilePlaying = end.mText == "time" || end.mText == "interrupted";
+    mEndedWhilePlaying =
+        end.mText == "time" || end.mText == "interrupted" || end.mText == "input ended";
     if (mDeath.empty() && end.mText == "no block") {
         mDeath = "the program wrote no more samples, and the sandbox lost its patience";
     }
