@@ -157,6 +157,38 @@ TEST_F(OutputTest, NoCommandOverwritesWhatItReads)
     }
 }
 
+/** Results whose names the user did not type replace nothing but themselves. */
+TEST_F(OutputTest, ResultsBesideTheNamedOneReplaceNothing)
+{
+    ASSERT_EQ(shell("mkdir own values same && echo mine > own/vx-simulator.conf && "
+                    "echo mine > values/dip-0-one-50hz.json && echo mine > u.dat && "
+                    "vx-case catalogue same dip-0-one-50hz && vx-case export v.csv -o old.cfg")
+                  .mExitCode,
+              0);
+    const std::string other = "is there with other content; remove it or name another directory";
+    const std::tuple<const char*, int, std::string> rows[] = {
+        {"catalogue own dip-0-one-50hz", 1, mRunner.path("own/vx-simulator.conf: ") + other},
+        {"catalogue values dip-0-one-50hz", 1,
+         mRunner.path("values/dip-0-one-50hz.json: ") + other},
+        {"catalogue same dip-0-one-50hz", 0, ""},
+        {"catalogue same dip-0-half-50hz", 1, mRunner.path("same/vx-simulator.conf: ") + other},
+        {"export v.csv -o u.cfg", 2,
+         "u.dat: the data of -o would overwrite it, and there is no "
+         "u.cfg that it belongs to; name another file; see --help"},
+        {"export v.csv -o old.cfg", 0, ""},
+    };
+    for (const auto& [arguments, exitCode, error] : rows) {
+        const auto before = allFiles();
+        const CommandResult result = shell(std::string("vx-case ") + arguments);
+        EXPECT_EQ(result.mExitCode, exitCode) << arguments;
+        EXPECT_EQ(result.mErrors, error.empty() ? "" : "vx-case: " + error + "\n");
+        for (const auto& [path, bytes] : before) {
+            EXPECT_EQ(readFile(path), bytes) << arguments << ' ' << path;
+        }
+    }
+    EXPECT_EQ(mRunner.readFile("values/vx-simulator.conf"), "");
+}
+
 /** What cannot stand in a line of a case configuration is refused; what breaks a comment, too. */
 TEST_F(OutputTest, ConfigurationsOfImportsHoldTheirNames)
 {

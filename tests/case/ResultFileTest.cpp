@@ -26,6 +26,28 @@ TEST(ResultFileTest, AppearsWholeOrNotAtAll)
     EXPECT_EQ(QDir(files.path("").c_str()).entryList(QDir::Files).size(), 1);
 }
 
+/** What is to be kept may only be written as it is. */
+TEST(ResultFileTest, KeepsWhatIsThere)
+{
+    const std::string old = std::string(100'000, 'x') + "end";
+    const std::pair<std::string, bool> rows[] = {
+        {old, true}, {old + "x", false}, {old.substr(1), false}, {"", false}};
+    const TestFiles files;
+    const std::string name = files.make("result.csv", old).toStdString();
+    for (const auto& [bytes, isSame] : rows) {
+        base::ResultFile result(name, base::ResultFile::Existing::Keep);
+        bool isTaken = true;
+        try {
+            result.write(bytes);
+            result.commit();
+        } catch (const base::CaseError&) {
+            isTaken = false;
+        }
+        EXPECT_EQ(isTaken, isSame) << bytes.size();
+        EXPECT_EQ(readFile(name), old);
+    }
+}
+
 TEST(ResultFileTest, RefusesWhatIsNoFile)
 {
     for (const char* const name : {"/dev/null", "/tmp", "/no/such/directory/file"}) {

@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 #include "base/CaseError.h"
 #include "base/StandardOutput.h"
 
@@ -11,7 +13,7 @@ namespace {
 constexpr size_t kPendingBytes = size_t{1} << 16U;
 } // namespace
 
-ResultFile::ResultFile(const std::string& name) : mName(name)
+ResultFile::ResultFile(const std::string& name, Existing existing) : mName(name)
 {
     if (mName.empty()) {
         return;
@@ -20,6 +22,13 @@ ResultFile::ResultFile(const std::string& name) : mName(name)
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
         fail("expected a regular file or a new name");
+    }
+    if (info.exists() && existing == Existing::Keep) {
+        mKept.setFileName(path);
+        if (!mKept.open(QIODevice::ReadOnly)) {
+            fail(mKept.errorString().toStdString());
+        }
+        return;
     }
     mFile.setFileName(path);
     if (!mFile.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
@@ -40,6 +49,10 @@ void ResultFile::write(std::string_view bytes)
 void ResultFile::commit()
 {
     flush();
+    if (mKept.isOpen()) {
+        compare({}); // nothing may follow
+        return;
+    }
     if (!mName.empty() && !mFile.commit()) {
         fail(mFile.errorString().toStdString());
     }
@@ -49,10 +62,21 @@ void ResultFile::flush()
 {
     if (mName.empty()) {
         writeToStandardOutput(mPending);
+    } else if (mKept.isOpen()) {
+        compare(mPending);
     } else {
         writeToFile(mPending);
     }
     mPending.clear();
+}
+
+/** With what comes next in the file that is kept; with no bytes, that it ends there. */
+void ResultFile::compare(std::string_view bytes)
+{
+    const QByteArray kept = mKept.read(std::max<qint64>(qint64(bytes.size()), 1));
+    if (bytes != std::string_view(kept.constData(), size_t(kept.size()))) {
+        fail("is there with other content; remove it or name another directory");
+    }
 }
 
 /** A disk that fills up takes a part first; only the write after it has the reason. */

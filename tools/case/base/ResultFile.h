@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QSaveFile>
 #include <string>
 #include <string_view>
@@ -16,11 +17,18 @@ namespace base {
 class ResultFile
 {
 public:
+    /** What may happen to a file that is there already. */
+    enum class Existing
+    {
+        Replace,
+        Keep ///< it must hold what is written; else a failure, at the first byte that differs
+    };
+
     /**
      * @param name the file; empty is standard output. A device, pipe or directory is refused,
      *        since renaming over it would destroy it.
      */
-    explicit ResultFile(const std::string& name);
+    explicit ResultFile(const std::string& name, Existing existing = Existing::Replace);
     ResultFile(const ResultFile&) = delete;
     ResultFile& operator=(const ResultFile&) = delete;
     /** Leaves no file behind unless commit() was called. */
@@ -37,9 +45,11 @@ public:
 private:
     [[noreturn]] void fail(const std::string& reason) const;
     void writeToFile(std::string_view bytes);
+    void compare(std::string_view bytes);
 
     std::string mName;    ///< empty for standard output
     QSaveFile mFile;      ///< not used for standard output
+    QFile mKept;          ///< open only where a file is there that is to be kept
     std::string mPending; ///< collected, so that a line costs no call
 };
 

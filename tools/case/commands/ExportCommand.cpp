@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -20,6 +21,18 @@ beside it, NAME.cff the same in one file, NAME.csv text with a heading.
 Example, the second half of the first second that arrived:
   vx-case export recording.bin --from 0.5 --to 1 -o half.cff)";
 
+/** Data without their configuration are not those of an older export. */
+void expectOwnData(const std::string& output)
+{
+    const std::string data = exporting::dataNameFor(output);
+    if (!data.empty() && std::filesystem::exists(data) && !std::filesystem::exists(output)) {
+        throw CLI::ValidationError(
+            fmt::format("{}: the data of -o would overwrite it, and there "
+                        "is no {} that it belongs to; name another file",
+                        data, output));
+    }
+}
+
 void run(const exporting::ExportOptions& options)
 {
     if (!exporting::isExportName(options.mOutput)) {
@@ -31,6 +44,7 @@ void run(const exporting::ExportOptions& options)
     files.addOutput("-o", options.mOutput);
     files.addOutput("the data of -o", exporting::dataNameFor(options.mOutput));
     files.expectNoConflict();
+    expectOwnData(options.mOutput);
     const std::string remark = exporting::exportSignal(options);
     if (!remark.empty()) {
         std::cerr << "vx-case: " << options.mInput << ": " << remark << std::endl;

@@ -52,6 +52,21 @@ std::string pathOf(const std::string& directory)
     return path;
 }
 
+std::string stemOf(const Signal& signal, const std::string& path)
+{
+    return path + '/' + signal.mName;
+}
+
+std::string configurationOf(const std::vector<const Signal*>& rows, const std::string& path)
+{
+    std::string text = "# number of the configuration, how often in a row, value file\n";
+    for (size_t number = 0; number < rows.size(); ++number) {
+        text += fmt::format("\n# {}\n{},1,{}.csv\n", rows[number]->mText, number,
+                            stemOf(*rows[number], path));
+    }
+    return text + "\n-1,0,\n";
+}
+
 void writeSignal(const Signal& signal, const std::string& stem)
 {
     WaveParameters wave;
@@ -60,9 +75,9 @@ void writeSignal(const Signal& signal, const std::string& stem)
     const ReferenceValues reference = referenceValuesOf(wave);
     SampleMeter meter = sampleMeterFor(reference);
     Wave lines(wave);
-    base::ResultFile values(stem + ".csv");
+    base::ResultFile values(stem + ".csv", base::ResultFile::Existing::Keep);
     writeLines(lines, {signal.mName + ": " + signal.mText}, meter, values);
-    base::ResultFile truth(stem + ".json");
+    base::ResultFile truth(stem + ".json", base::ResultFile::Existing::Keep);
     writeTruth(signal, reference, meter.values(lines.timeline()), truth);
     values.commit();
     truth.commit();
@@ -73,17 +88,15 @@ void writeCatalogue(const std::string& directory, const std::vector<std::string>
 {
     const std::vector<const Signal*> rows = signalsOf(names);
     const std::string path = pathOf(directory);
-    base::ResultFile configuration(path + '/' + kConfigurationName);
-    configuration.write("# number of the configuration, how often in a row, value file\n");
+    base::ResultFile configuration(path + '/' + kConfigurationName,
+                                   base::ResultFile::Existing::Keep);
+    configuration.write(configurationOf(rows, path));
+    configuration.flush(); // what is there is compared before anything is written
     base::ProgressLine progress("writing");
     for (size_t number = 0; number < rows.size(); ++number) {
         progress.show(double(number) / double(rows.size()));
-        const Signal& signal = *rows[number];
-        const std::string stem = path + '/' + signal.mName;
-        writeSignal(signal, stem);
-        configuration.write(fmt::format("\n# {}\n{},1,{}.csv\n", signal.mText, number, stem));
+        writeSignal(*rows[number], stemOf(*rows[number], path));
     }
-    configuration.write("\n-1,0,\n");
     configuration.commit();
 }
 

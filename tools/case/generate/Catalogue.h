@@ -11,7 +11,8 @@ namespace generate {
  * one over and over as number 0, and each of the others by its number.
  *
  * @param names the signals; empty for all of the catalogue
- * Throws CaseError for an unknown name and for what cannot be written.
+ * Throws CaseError for an unknown name, for what cannot be written, and for a file that is there
+ * with other content, which is kept.
  */
 void writeCatalogue(const std::string& directory, const std::vector<std::string>& names);
 
