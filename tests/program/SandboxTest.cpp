@@ -93,6 +93,10 @@ constexpr Ending kEndings[] = {
      "./new: --events is the same file as --record new; name another file"},
     {"--pme|track.xml|cat|--config=./track.xml", 125,
      "track.xml: --pme would overwrite the program's argument ./track.xml; name another file"},
+    {"--record|v.csv|true|--config=cases.conf", 125,
+     "v.csv: --record would overwrite the value file v.csv; name another file"},
+    {"--record|v.csv|true|--config|cases.conf", 125,
+     "v.csv: --record would overwrite the value file v.csv; name another file"},
     {"-h", 0, ""},
     {"--version", 0, ""},
     {"-v", 0, ""},
@@ -198,6 +202,8 @@ TEST_F(SandboxTest, CommandsOfStandardInputAreSentUntilItEnds)
 
 TEST_F(SandboxTest, ExitCodesAndMessages)
 {
+    mRunner.writeFile("cases.conf", "x\n0,1,v.csv\n");
+    mRunner.writeFile("v.csv", "values");
     for (const Ending& it : kEndings) {
         SCOPED_TRACE(it.mArguments);
         const CommandResult result = sandbox(split(it.mArguments, '|'));
@@ -205,6 +211,7 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         const std::string message = std::string("vx-sandbox: ") + it.mErrors + "\n";
         EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
     }
+    EXPECT_EQ(mRunner.readFile("v.csv"), "values");
     EXPECT_THAT(mRunner.readFile("track.xml"), HasSubstr("</log4j:configuration>"));
 }
 

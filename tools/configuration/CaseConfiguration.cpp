@@ -34,6 +34,17 @@ bool CaseConfiguration::read(const QString& fileName, Rejected rejected)
     return mFileError.empty();
 }
 
+std::vector<std::string> CaseConfiguration::valueFiles() const
+{
+    std::vector<std::string> names;
+    for (const QList<CaseEntry>& entries : mConfigurations) {
+        for (const CaseEntry& entry : entries) {
+            names.push_back(entry.mFileName.toStdString());
+        }
+    }
+    return names;
+}
+
 bool CaseConfiguration::parseLine(QString line)
 {
     if (mRejected == Rejected::Stop && !mLineErrors.empty()) {

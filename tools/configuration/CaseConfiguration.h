@@ -53,6 +53,9 @@ public:
     /** The entries of each number, in the order of the file. */
     const QMap<qint32, QList<CaseEntry>>& configurations() const { return mConfigurations; }
 
+    /** The names of the value files, in the order of the numbers; one may come twice. */
+    std::vector<std::string> valueFiles() const;
+
     /** The configuration that is played continuously from the start. */
     qint32 continuousNumber() const { return mContinuousNumber; }
 

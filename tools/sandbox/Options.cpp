@@ -8,6 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "CaseConfiguration.h"
 #include "Console.h"
 #include "FaultText.h"
 #include "OutputCheck.h"
@@ -67,7 +68,7 @@ void addList(CLI::App& app, const std::string& name,
     };
     // Without the limit, PROGRAM would be taken as one more value.
     app.add_option_function<std::vector<std::string>>(name, takeAll, help)
-        ->type_name(type)
+        ->option_text(type)
         ->allow_extra_args(false);
 }
 
@@ -140,12 +141,42 @@ std::vector<std::string> filesNamedBy(const std::vector<std::string>& program)
     return names;
 }
 
+/** The values of --config on the program's command line, as vx-simulator takes it. */
+std::vector<std::string> configurationsNamedBy(const std::vector<std::string>& program)
+{
+    const std::string option = "--config";
+    std::vector<std::string> names;
+    for (std::size_t i = 1; i < program.size(); ++i) {
+        if (program[i] == option && i + 1 < program.size()) {
+            names.push_back(program[i + 1]);
+        } else if (program[i].compare(0, option.size() + 1, option + "=") == 0) {
+            names.push_back(program[i].substr(option.size() + 1));
+        }
+    }
+    return names;
+}
+
+/** What is wrong with the configuration is for the program to say. */
+void addValueFiles(const std::string& path, files::OutputCheck& check)
+{
+    using configuration::CaseConfiguration;
+    CaseConfiguration::keepLogSilent();
+    CaseConfiguration cases;
+    cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::GoOn);
+    for (const std::string& name : cases.valueFiles()) {
+        check.addInput("the value file", name);
+    }
+}
+
 /** Opening the outputs empties them, before the program can read what it is given. */
 void checkOutputs(const Options& options)
 {
     files::OutputCheck check;
     for (const std::string& name : filesNamedBy(options.mProgram)) {
         check.addInput("the program's argument", name);
+    }
+    for (const std::string& name : configurationsNamedBy(options.mProgram)) {
+        addValueFiles(name, check);
     }
     check.addOutput("--record", options.mOutputs.mRecordPath);
     check.addOutput("--events", options.mOutputs.mEventsPath);

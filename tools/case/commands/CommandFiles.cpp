@@ -29,13 +29,11 @@ void CommandFiles::addCases(const std::string& path, const std::string& director
     addInput("the configuration", path);
     CaseConfiguration cases;
     cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::GoOn);
-    for (const auto& entries : cases.configurations()) {
-        for (const configuration::CaseEntry& entry : entries) {
-            addInput("the value file", directory.empty() ? entry.mFileName.toStdString()
-                                                         : QDir(QString::fromStdString(directory))
-                                                               .filePath(entry.mFileName)
-                                                               .toStdString());
-        }
+    const QDir folder(QString::fromStdString(directory));
+    for (const std::string& name : cases.valueFiles()) {
+        addInput(
+            "the value file",
+            directory.empty() ? name : folder.filePath(QString::fromStdString(name)).toStdString());
     }
 }
 
