@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QVersionNumber>
 
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <new>
 #include <optional>
@@ -62,6 +64,31 @@ void openStandardDescriptors()
     }
 }
 
+/**
+ * For the end of the process: Qt's parser ends it with 0 once it has written the help or the
+ * version, whether or not that reached anyone.
+ */
+void failWithoutOutput()
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        std::perror("vx-simulator: standard output");
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+
+/** May end the process. */
+void parseCommandLine(QCommandLineParser* parser)
+{
+    static bool sIsParsing = true;
+    std::atexit([] {
+        if (sIsParsing) {
+            failWithoutOutput();
+        }
+    });
+    parser->process(QCoreApplication::arguments());
+    sIsParsing = false;
+}
+
 QCommandLineOption fileOption(const char* name, const char* description)
 {
     return {QString::fromLatin1(name), translated(description), QStringLiteral("filename")};
@@ -115,7 +142,7 @@ int main(int argc, char** argv)
     const QCommandLineOption trackOption = fileOption("track", "track configuration file");
     const QCommandLineOption configOption = fileOption("config", "input configuration file");
     declareCommandLine(&parser, {trackOption, configOption});
-    parser.process(QCoreApplication::arguments());
+    parseCommandLine(&parser);
 
     const QString trackConfig =
         locateConfigFile(QString::fromLatin1(kTrackConfigName), parser, trackOption, std::cerr);

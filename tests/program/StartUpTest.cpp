@@ -57,6 +57,10 @@ TEST_F(StartUpTest, CommandLineAndMissingFiles)
               "Usage: " VX_SIMULATOR
               " [options]\nSimulation der Hardware für das Varn core-system.\n",
               "", "");
+    for (const std::string option : {"--help", "--version"}) {
+        expectEnd({"sh", "-c", "exec " VX_SIMULATOR " " + option + " >/dev/full"}, 1, "",
+                  "vx-simulator: standard output: No space left on device\n", "");
+    }
     expectEnd({VX_SIMULATOR, "--nonsense"}, 1, "", "vx-simulator: Unknown option 'nonsense'.\n",
               "");
     expectEnd(joined(withTrack, {"--config"}), 1, "",
