@@ -3,8 +3,10 @@
 #include "SampleRecord.h"
 #include "SandboxedTest.h"
 
+using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -62,6 +64,8 @@ TEST_F(CommandTest, HelpShowsExamplesThatWork)
     for (const std::string& command : kCommands) {
         const Words examples = examplesOf(vxCase(command + " --help").mOutput);
         EXPECT_FALSE(examples.empty()) << command;
+        EXPECT_THAT(vxCase(command + " --help").mOutput, Not(ContainsRegex("\n  -[^\n]* [.]{3}")))
+            << "several values in a row are taken by no option";
         for (const std::string& example : examples) {
             if (command != "catalogue") { // 162 MB
                 const CommandResult result = mRunner.run({"sh", "-c", path + example});
@@ -79,12 +83,15 @@ TEST_F(CommandTest, WrongCommandLinesEndWithTwo)
              {"nonsense", "'nonsense' is not known here"},
              {"info --xx", "'--xx' is not known here"},
              {"explain r.bin", "--config is required"},
+             {"explain r.bin --config c.conf --events e --events ./e",
+              "--events: ./e is the same file as e: name each file once"},
              {"export in.csv", "-o is required"},
              {"import r.cfg --configuration c.conf", "--configuration requires -o"}}) {
         const CommandResult result = mRunner.run(joined({VX_CASE}, split(arguments)));
         EXPECT_EQ(result.mExitCode, 2) << arguments;
         EXPECT_EQ(result.mErrors, "vx-case: " + error + "; see --help\n");
     }
+    EXPECT_EQ(vxCase("--version").mOutput.substr(0, 10), "vx-case 1.");
 }
 
 /** Explains to people and to programs, onto standard output and into a file. */

@@ -28,7 +28,7 @@ void declare(CLI::App& app)
 {
     app.name("vx-case");
     app.description("Makes, reads and checks what vx-simulator plays.");
-    app.set_version_flag("-v,--version", VX_VERSION);
+    app.set_version_flag("-v,--version", "vx-case " VX_VERSION);
     app.require_subcommand(1);
     app.failure_message(failureMessage);
     commands::addGenerateCommand(app);

@@ -74,13 +74,13 @@ std::optional<Identity> identityOf(const fs::path& path)
     return Identity{status->st_dev, status->st_ino, {}};
 }
 
+} // namespace
+
 bool areSameFile(const std::string& left, const std::string& right)
 {
     const std::optional<Identity> identity = identityOf(left);
     return identity && identity == identityOf(right);
 }
-
-} // namespace
 
 void OutputCheck::addInput(std::string role, std::string path)
 {

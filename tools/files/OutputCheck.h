@@ -5,6 +5,9 @@
 
 namespace files {
 
+/** Whether two names lead to one file, by the rules of OutputCheck. */
+bool areSameFile(const std::string& left, const std::string& right);
+
 /**
  * Finds out, before anything is opened for writing, whether a command would overwrite one of its
  * own inputs or write two outputs into one file. Files are compared by what they are, not by how

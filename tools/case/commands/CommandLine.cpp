@@ -22,4 +22,10 @@ std::string commandLineOf(const CLI::App& command)
     return text;
 }
 
+void takeOneValueEach(CLI::Option& option)
+{
+    // One below what the parser shows as "...".
+    option.expected(1, CLI::detail::expected_max_vector_size - 1)->allow_extra_args(false);
+}
+
 } // namespace commands

@@ -4,7 +4,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace commands {
 
@@ -13,5 +14,8 @@ namespace commands {
  * and its options in their order, in one line whatever they hold.
  */
 std::string commandLineOf(const CLI::App& command);
+
+/** Makes an option one that is given once for each of its values; the help shows one value. */
+void takeOneValueEach(CLI::Option& option);
 
 } // namespace commands

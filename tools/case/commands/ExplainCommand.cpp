@@ -4,6 +4,7 @@
 
 #include "base/CaseError.h"
 #include "commands/CommandFiles.h"
+#include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "explain/Explanation.h"
 #include "explain/ExplanationOutputs.h"
@@ -43,6 +44,20 @@ std::unique_ptr<explain::ExplanationOutput> makeOutput(const ExplainOptions& opt
     return explain::explanationText(file, width, isLive);
 }
 
+/** A file that is read twice has each command twice. */
+void expectDifferent(const std::vector<std::string>& events)
+{
+    for (auto file = events.begin(); file != events.end(); ++file) {
+        const auto again = std::find_if(file + 1, events.end(), [file](const std::string& other) {
+            return files::areSameFile(*file, other);
+        });
+        if (again != events.end()) {
+            throw CLI::ValidationError(
+                "--events", *again + " is the same file as " + *file + ": name each file once");
+        }
+    }
+}
+
 void expectNoConflict(const ExplainOptions& options)
 {
     CommandFiles files;
@@ -53,6 +68,7 @@ void expectNoConflict(const ExplainOptions& options)
     }
     files.addOutput("-o", options.mOutput);
     files.expectNoConflict();
+    expectDifferent(options.mEvents);
 }
 
 void explain(const ExplainOptions& options)
@@ -88,12 +104,13 @@ void addExplainCommand(CLI::App& app)
         .add_option("--directory", options->mDirectory,
                     "Where relative names of value files begin (default: here)")
         ->type_name("DIRECTORY");
-    command
-        .add_option("--events", options->mEvents,
-                    "What vx-sandbox and vx-control wrote with --events: the commands, when "
-                    "samples arrived, how the run ended; repeatable")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
+    CLI::Option& events =
+        *command
+             .add_option("--events", options->mEvents,
+                         "What vx-sandbox and vx-control wrote with --events: the commands, when "
+                         "samples arrived, how the run ended; once for each file")
+             ->type_name("FILE");
+    takeOneValueEach(events);
     command.add_flag("--json", options->mJson, "One JSON object a line");
     command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
         ->type_name("FILE");

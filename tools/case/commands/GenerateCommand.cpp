@@ -171,7 +171,8 @@ void addReader(CLI::App& command, const Reader& reader, GenerateOptions& options
             }
         },
         reader.mHelp);
-    option->type_name(reader.mForm)->allow_extra_args(false);
+    option->type_name(reader.mForm);
+    takeOneValueEach(*option);
     if (!reader.mIsRepeatable) {
         option->expected(1)->take_last();
     }
@@ -341,10 +342,10 @@ void addStateOptions(CLI::App& command, GenerateOptions& options)
 void addSignalOptions(CLI::App& command, GenerateOptions& options)
 {
     command.add_option("--signal", options.mSignal, "A signal with a name")->type_name("NAME");
-    command.add_option("--set", options.mSettings, "Changes the signal; repeatable")
-        ->type_name("PARAMETER=NUMBER")
-        ->allow_extra_args(false)
-        ->needs("--signal");
+    CLI::Option& set =
+        *command.add_option("--set", options.mSettings, "Changes the signal; repeatable");
+    set.type_name("PARAMETER=NUMBER")->needs("--signal");
+    takeOneValueEach(set);
     command.add_flag("--list", options.mIsList, "Lists the signals and ends");
     command.add_option("--truth", options.mTruth, "Writes what is in the samples, as JSON")
         ->type_name("FILE");
