@@ -171,6 +171,34 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
                                      "channel 6 (current C) is 0: the recording has none"));
 }
 
+/** Unless the user decides about either, or names tell no object. */
+TEST(ChannelMapTest, VoltagesAndCurrentsOfDifferentObjectsAreNamed)
+{
+    const auto remark = [](const std::string& voltages, const std::string& currents) {
+        return "the voltages are of " + voltages + ", the currents of " + currents +
+               ": taken for one object; see --channels";
+    };
+    const std::tuple<std::vector<waveform::ChannelDescription>, const char*, std::string> rows[] = {
+        {{channel("UA", "A", "V", "BUS 1"), channel("IA", "A", "A", "LINE 2")},
+         "7=0",
+         remark("BUS 1", "LINE 2")},
+        {{channel("UA", "A", "V", "BUS 1"), channel("IA", "A", "A", "BUS 1")}, "7=0", ""},
+        {{channel("Bus_UL1", "", "V"), channel("Line IL1", "", "A")}, "7=0", remark("BUS", "LINE")},
+        {{channel("Bus UL1", "", "V"), channel("Bus-IL1", "", "A")}, "7=0", ""},
+        {{channel("1-UA", "", "V"), channel("2-IA", "", "A")}, "7=0", ""},
+        {{channel("UA", "A", "V", "BUS 1"), channel("IA", "A", "A", "LINE 2")}, "4=IA", ""},
+    };
+    for (const auto& [channels, assigned, expected] : rows) {
+        importing::MappingOptions options;
+        ASSERT_EQ(importing::readAssignments(assigned, options.mAssignments), "");
+        const auto remarks = importing::mapChannels(recordingOf(channels), options).mRemarks;
+        EXPECT_THAT(remarks, expected.empty()
+                                 ? testing::Not(testing::Contains(HasSubstr("one object")))
+                                 : testing::Matcher<const std::vector<std::string>&>(
+                                       testing::Contains(expected)));
+    }
+}
+
 /** What may be meant and was not taken, with why; only then has a recording none. */
 TEST(ChannelMapTest, CandidatesAreNamed)
 {

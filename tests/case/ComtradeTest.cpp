@@ -184,6 +184,11 @@ TEST(ComtradeTest, OddRecordings)
          "c.dat: expected time stamps that rise, from the first record on, since the "
          "configuration has no rate"},
         {"missing", {}, "1,0,2,0\n2,1000,,1\n3,2000,-6,1\n", held},
+        {"missing from the first on",
+         {},
+         "1,0,,0\n2,1000,,1\n3,2000,-6,1\n",
+         "0 0 -2 @ 0 1 2 | channel 1: missing values (2, the first at 0.000000 s): 0 at the "
+         "beginning, then held at the value before"},
         {"missing 99999", {}, "1,0,2,0\n2,1000,99999,1\n3,2000,-6,1\n", held},
         {"99999 in 2013",
          {{"1999", "2013"}},
@@ -222,6 +227,13 @@ TEST(ComtradeTest, OddRecordings)
          plain +
              "the samples' numbers jump 1 times, as if some were lost: taken as they follow one "
              "another"},
+        {"numbers repeat and fall",
+         {},
+         "8,0,2,0\n8,1000,4,1\n7,2000,-6,1\n",
+         plain +
+             "the samples' numbers repeat or fall 2 times, as if records were repeated or out of "
+             "order: taken as they follow one another"},
+        {"no numbers", {}, "0,0,2,0\n0,1000,4,1\n0,2000,-6,1\n", plain},
         {"last line cut off",
          {},
          kData + "4,3000\n",

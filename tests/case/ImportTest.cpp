@@ -334,6 +334,21 @@ TEST(ImportTest, NominalFrequencyIsFound)
     }
 }
 
+/** In what is the same in all phases nothing turns; the first phase tells the frequency. */
+TEST(ImportTest, EqualPhasesAreFollowedByTheFirst)
+{
+    const TestFiles files;
+    ClosedFormSource source({}, 4800.0, 1.0);
+    source.mDescription.mNominalHz = 0.0;
+    importing::ImportOptions options;
+    importing::readAssignments("0=UA,1=UA,2=UA", options.mMapping.mAssignments);
+    base::ResultFile output(files.path("case.csv"));
+    const auto remarks = importing::importSignal(source, options, output).mRemarks;
+    EXPECT_THAT(remarks, Contains("the three phases are equal: the first alone is followed"));
+    EXPECT_THAT(remarks, Contains("the recording states no nominal frequency: 50 Hz is taken"));
+    EXPECT_THAT(remarks, Contains("the frequency is followed: 50.020 to 50.020 Hz"));
+}
+
 /** Where fewer than four samples are a period, whatever the format. */
 TEST(ImportTest, WhatShowsNoWaveformIsRefused)
 {

@@ -58,7 +58,8 @@ TEST(InputTest, MissingValuesOfTextFilesAreReported)
         source->description().mRemarks,
         testing::UnorderedElementsAre(
             "channel 1: missing values (2, the first at 0.001000 s): held at the value before",
-            "channel 2: missing values (1, the first at 0.000000 s): held at the value before"));
+            "channel 2: missing values (1, the first at 0.000000 s): 0 at the beginning, then held "
+            "at the value before"));
 }
 
 /** "1,234" is refused where nothing shows that it is not 1234. */

@@ -68,6 +68,28 @@ PhaseSet fullestOf(const std::vector<PhaseSet>& sets)
         [](const PhaseSet& a, const PhaseSet& b) { return a.phases() < b.phases(); });
     return best != sets.end() ? *best : PhaseSet();
 }
+
+/** "BUS" of stems such as "BUS U" and "BUS_IL"; only digits before the quantity tell none. */
+std::string objectOf(const PhaseSet& set)
+{
+    if (!set.mComponent.empty()) {
+        return set.mComponent;
+    }
+    const auto lastOf = [](const std::string& text) {
+        const size_t last = text.find_last_not_of(" _-.:");
+        return last == std::string::npos ? 0 : last;
+    };
+    const std::string& stem = set.mStem;
+    size_t quantity = lastOf(stem);
+    quantity -= quantity > 0 && stem[quantity] == 'L' ? 1 : 0; // of L1, L2, L3
+    if (stem.find_first_of("UVI", quantity) != quantity) {
+        return {};
+    }
+    const std::string object = stem.substr(0, quantity);
+    const bool hasLetter = std::any_of(object.begin(), object.end(),
+                                       [](unsigned char c) { return c >= 'A' && c <= 'Z'; });
+    return hasLetter ? object.substr(0, lastOf(object) + 1) : "";
+}
 } // namespace
 
 GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& channels)
@@ -84,6 +106,7 @@ GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& chann
                 guessed->mIsMixed = true;
             }
         }
+        guessed->mObject = guessed->mIsMixed ? "" : objectOf(best);
         guessed++->mSources = best.mChannels;
     }
     return guess;

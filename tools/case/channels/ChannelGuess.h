@@ -2,6 +2,7 @@
 
 #include <array>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "channels/ChannelPhase.h"
@@ -14,6 +15,7 @@ struct GuessedSet
 {
     std::array<std::optional<size_t>, kPhaseCount + 1> mSources;
     bool mIsMixed = false; ///< names or components speak of several objects
+    std::string mObject;   ///< by its components, else its names; empty where they tell none
 };
 
 /** The voltages and the currents. */

@@ -109,6 +109,7 @@ void ComtradeSource::scale(size_t channel, waveform::SignalBlock* block)
         const bool isThere = std::isfinite(scaled);
         if (!isThere && described.mMissing++ == 0) {
             described.mFirstMissing = block->mSeconds[i];
+            described.mBeginsMissing = block->mFirst + i == 0;
         }
         last = isThere ? scaled : last;
         value = last;
@@ -116,14 +117,17 @@ void ComtradeSource::scale(size_t channel, waveform::SignalBlock* block)
     mLastValues[channel] = last;
 }
 
-/** Numbers that fall have begun again; where they jump, samples were lost. */
+/** Where numbers jump, samples were lost; those that fall to 0 or 1 have begun again. */
 void ComtradeSource::checkNumbers()
 {
     const size_t first = mClock.samples() - mBlock.size();
     for (size_t i = 0; i < mBlock.size(); ++i) {
-        const bool jumps = first + i > 0 && mBlock.mNumbers[i] > mLastNumber + 1;
-        mJumps += jumps ? 1 : 0;
-        mLastNumber = mBlock.mNumbers[i];
+        const qint64 number = mBlock.mNumbers[i];
+        const bool isFirst = first + i == 0;
+        const bool beginsAgain = number == 0 || (number == 1 && number < mLastNumber);
+        mJumps += !isFirst && number > mLastNumber + 1 ? 1 : 0;
+        mDisorders += !isFirst && number <= mLastNumber && !beginsAgain ? 1 : 0;
+        mLastNumber = number;
     }
 }
 
@@ -141,6 +145,12 @@ void ComtradeSource::finish()
             fmt::format("the samples' numbers jump {} times, as if some were lost: taken "
                         "as they follow one another",
                         mJumps));
+    }
+    if (mDisorders > 0) {
+        remarks.add(
+            fmt::format("the samples' numbers repeat or fall {} times, as if records were "
+                        "repeated or out of order: taken as they follow one another",
+                        mDisorders));
     }
     mRecords->remarkOn(&remarks);
     mClock.remarkOn(&remarks);

@@ -53,6 +53,7 @@ private:
     std::vector<double> mLastValues; ///< of each channel
     qint64 mLastNumber = 0;          ///< of a sample
     size_t mJumps = 0;               ///< of the samples' numbers
+    size_t mDisorders = 0;           ///< numbers that repeat or fall
     bool mIsFinished = false;
 };
 

@@ -67,6 +67,7 @@ private:
     double sideFactor(const waveform::ChannelDescription& channel);
     [[noreturn]] void refuseNothing() const;
     void remarkMixed(size_t first);
+    void remarkObjects();
     void remarkMissing();
 
     const waveform::SignalDescription& mDescription;
@@ -93,6 +94,7 @@ ChannelMap Mapper::map()
     }
     remarkMixed(0);
     remarkMixed(kFirstCurrent);
+    remarkObjects();
     remarkMissing();
     return mMap;
 }
@@ -135,6 +137,23 @@ void Mapper::remarkMixed(size_t first)
         mMap.mRemarks.push_back(
             fmt::format("{} are taken for one object, although their names or components differ",
                         fmt::join(names, ", ")));
+    }
+}
+
+/** Unless the user decided about either. */
+void Mapper::remarkObjects()
+{
+    const std::string& voltages = mGuessed[0].mObject;
+    const std::string& currents = mGuessed[1].mObject;
+    const auto isGuessed = [this](size_t first) {
+        return guessed(first) || guessed(first + 1) || guessed(first + 2);
+    };
+    if (voltages != currents && !voltages.empty() && !currents.empty() && isGuessed(0) &&
+        isGuessed(kFirstCurrent)) {
+        mMap.mRemarks.push_back(
+            fmt::format("the voltages are of {}, the currents of {}: taken "
+                        "for one object; see --channels",
+                        voltages, currents));
     }
 }
 

@@ -60,12 +60,30 @@ double amountEitherWay(const resampling::PhaseMeter& meter, double hz)
     return std::max(amountOf(meter, hz), amountOf(meter, -hz));
 }
 
+/** What is the same in all phases has no positive sequence, so that noise would decide. */
+bool areEqual(const std::vector<std::vector<double>>& phases,
+              const resampling::PhaseMeter& sequence, const resampling::SampleTimes& times)
+{
+    constexpr double kMaxSequence = 0.01; // as a share of a phase
+    const bool hasAll =
+        std::none_of(phases.begin(), phases.end(), [](const auto& phase) { return phase.empty(); });
+    return hasAll &&
+           sequence.rms() <
+               kMaxSequence * resampling::PhaseMeter(times, sequenceOf({phases[0], {}, {}})).rms();
+}
+
 /** The track of one system of phases, in whichever order they turn. */
 std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> phases,
                                              const resampling::SampleTimes& times,
                                              Fundamental& fundamental, bool isKnown)
 {
     resampling::PhaseMeter meter(times, sequenceOf(phases));
+    if (areEqual(phases, meter, times)) {
+        fundamental.mRemarks.emplace_back(
+            "the three phases are equal: the first alone is followed");
+        phases = {std::move(phases[0]), {}, {}};
+        meter = resampling::PhaseMeter(times, sequenceOf(phases));
+    }
     for (const double other : {60.0, 50.0 / 3.0}) {
         if (!isKnown &&
             amountEitherWay(meter, other) > amountEitherWay(meter, fundamental.mNominalHz)) {

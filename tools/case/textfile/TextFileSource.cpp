@@ -137,6 +137,7 @@ void TextFileSource::readRow(std::string_view line, size_t index, waveform::Sign
             readNumber(field, column, &mLastValues[i]);
         } else if (mDescription.mChannels[i].mMissing++ == 0) {
             mDescription.mChannels[i].mFirstMissing = block->mSeconds[index];
+            mDescription.mChannels[i].mBeginsMissing = block->mFirst + index == 0;
         }
         block->mValues[i][index] = mLastValues[i];
     }

@@ -8,10 +8,11 @@ void remarkOnMissing(const std::vector<ChannelDescription>& channels, base::Rema
 {
     for (const ChannelDescription& channel : channels) {
         if (channel.mMissing > 0) {
-            remarks->addFor(
-                fmt::format("missing values ({}, the first at {:.6f} s): held at the value before",
-                            channel.mMissing, channel.mFirstMissing),
-                channel.mNumber);
+            remarks->addFor(fmt::format("missing values ({}, the first at {:.6f} s): {}held at the "
+                                        "value before",
+                                        channel.mMissing, channel.mFirstMissing,
+                                        channel.mBeginsMissing ? "0 at the beginning, then " : ""),
+                            channel.mNumber);
         }
     }
 }

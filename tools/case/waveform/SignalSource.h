@@ -26,7 +26,8 @@ struct ChannelDescription
     /** Values without a number, each held at the one before (0 at the beginning). Counted while
      * the samples are read. */
     size_t mMissing = 0;
-    double mFirstMissing = 0.0; ///< s, as in the block: of the first of them
+    double mFirstMissing = 0.0;  ///< s, as in the block: of the first of them
+    bool mBeginsMissing = false; ///< the first sample has no number
 };
 
 /** A status channel that changed while the samples were read. */
