@@ -3,9 +3,9 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <random>
 
 #include "CommandRunner.h"
+#include "SeededRandom.h"
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "generate/WaveFile.h"
@@ -237,37 +237,61 @@ swing = { hz = 25, voltage = 0.5, current = -0.5, degrees = 90 }
     }
 }
 
-/** By the frequency the wave bends nowhere, whatever the states change beside it. */
+/** A random sequence of states: at, periods or seconds, steps and ramps of the frequency, swings.
+ */
+std::string randomStates(std::mt19937& random)
+{
+    const auto number = [&random](double min, double max) {
+        return std::to_string(std::uniform_real_distribution<double>(min, max)(random));
+    };
+    const auto oneOf = [&random](const Words& texts) { return texts[random() % texts.size()]; };
+    std::string text =
+        "[[state]]\nperiods = 1.3\nvoltage = { balanced = \"230@17\" }\ncurrent = "
+        "{ balanced = \"5@-40\" }\n";
+    for (int state = 0; state < 6; ++state) {
+        text += "[[state]]\n" +
+                oneOf({"seconds = " + number(0.003, 0.06), "periods = " + number(0.1, 2.5)}) +
+                "\nvoltage = { balanced = " + number(1.0, 300.0) + " }\n" +
+                oneOf({"", "at = \"B@" + number(-360.0, 360.0) + "\"\n"}) +
+                oneOf({"", "frequency = " + number(45.0, 55.0) + "\n",
+                       "frequency = { to = 30, rate = " + number(-20.0, -0.1) + " }\n"}) +
+                oneOf({"", "swing = \"off\"\n",
+                       "swing = { hz = " + number(0.1, 9.0) + ", voltage = " + number(-0.9, 0.9) +
+                           ", degrees = " + number(-90.0, 90.0) + " }\n"});
+    }
+    return text;
+}
+
+/** Of the space vector of three phases, less a degree for each line: no amplitude changes it. */
+double degreesOf(const generate::LineValues& values, size_t first, size_t line)
+{
+    const double alpha = (2.0 * values[first] - values[first + 1] - values[first + 2]) / 3.0;
+    const double beta = (values[first + 1] - values[first + 2]) / std::sqrt(3.0);
+    return std::remainder(std::atan2(alpha, -beta) / base::kRadiansPerDegree - double(line % 360),
+                          360.0);
+}
+
+/** The voltages turn on through every state; a swing moves the currents by what it says. */
 TEST(StateSignalTest, PhaseIsContinuous)
 {
-    const unsigned seed = std::random_device{}();
-    SCOPED_TRACE(seed);
-    std::mt19937 random(seed);
-    const auto number = [&random](double min, double max) {
-        return std::uniform_real_distribution<double>(min, max)(random);
-    };
-    std::string text = "[[state]]\nperiods = 1.3\nvoltage = { balanced = \"230@17\" }\n";
-    for (int i = 0; i < 100; ++i) {
-        text += "[[state]]\nseconds = " + std::to_string(number(0.003, 0.1));
-        text += "\nvoltage = { balanced = " + std::to_string(number(1.0, 300.0)) + " }\n";
-        text += i % 3 == 0 ? "at = \"B@" + std::to_string(number(-360.0, 360.0)) + "\"\n" : "";
-        text += i % 2 == 0 ? "frequency = " + std::to_string(number(45.0, 55.0)) + "\n" : "";
-    }
-    const Played played(text);
-    const double sine = std::sin(base::kRadiansPerDegree);
-    const double cosine = std::cos(base::kRadiansPerDegree);
-    size_t state = 0;
-    for (size_t line = 0; line + 1 < played.mLines.size(); ++line) {
-        if (played.mLayout.beginOf(state + 1) == qint64(line + 1)) {
-            ++state; // the next line has another amplitude
-            continue;
+    std::mt19937 random = seededRandom();
+    for (int sequence = 0; sequence < 100; ++sequence) {
+        const std::string text = randomStates(random);
+        SCOPED_TRACE(text);
+        const Played played(text);
+        size_t state = 0;
+        for (size_t line = 0; line < played.mLines.size(); ++line) {
+            state += played.mLayout.beginOf(state + 1) == qint64(line) ? 1 : 0;
+            ASSERT_NEAR(degreesOf(played.mLines[line], 0, line), 17.0, 1e-6) << line;
+            double moved = -40.0;
+            if (const auto& swing = played.mPlan.mStates[state].mSwing) {
+                const auto& timeline = played.mLayout.timeline();
+                const double seconds = timeline.secondsOf(qint64(line)) -
+                                       timeline.secondsOf(played.mLayout.beginOf(swing->mSince));
+                moved += swing->mDegrees * std::sin(2.0 * base::kPi * swing->mHertz * seconds);
+            }
+            ASSERT_NEAR(degreesOf(played.mLines[line], 4, line), moved, 1e-6) << line;
         }
-        const double now = played.mLines[line][1];
-        const double next = played.mLines[line + 1][1];
-        const double degrees =
-            std::atan2(now * sine, next - now * cosine) / base::kRadiansPerDegree;
-        ASSERT_NEAR(std::remainder(degrees - (double(line) + 17.0 - 120.0), 360.0), 0.0, 1e-6)
-            << line;
     }
 }
 
