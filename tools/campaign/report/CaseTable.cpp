@@ -1,0 +1,51 @@
+#include "report/CaseTable.h"
+
+#include <fmt/format.h>
+
+#include "report/ReportText.h"
+
+namespace report {
+
+namespace {
+constexpr char kHeading[] =
+    "case,repetition,number,verdict,first_utc,last_utc,samples,delay_s,findings,what\n";
+
+/** In quotes where RFC 4180 wants them. */
+std::string field(const std::string& text)
+{
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string result = "\"";
+    for (const char c : text) {
+        result += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return result + "\"";
+}
+
+std::string whatOf(const PlaySummary& play)
+{
+    std::string what;
+    for (const journal::FoundWrong& found : play.mFound) {
+        what += (what.empty() ? "" : "; ") + found.mText;
+    }
+    return what;
+}
+} // namespace
+
+std::string caseTable(const NightSummary& night)
+{
+    std::string table = kHeading;
+    for (const PlaySummary& play : night.mPlays) {
+        const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
+        const bool hasStamps = play.mFirstStampNs != 0;
+        table += fmt::format(
+            "{},{},{},{},{},{},{},{},{},{}\n", field(staged.mName), play.mRepetition,
+            staged.mNumber, nameOf(play.mOutcome), hasStamps ? utcText(play.mFirstStampNs) : "",
+            hasStamps ? utcText(play.mLastStampNs) : "", play.mSamples,
+            play.mDelayNs ? secondsText(*play.mDelayNs) : "", play.mFindings, field(whatOf(play)));
+    }
+    return table;
+}
+
+} // namespace report
