@@ -31,6 +31,7 @@ void declare(CLI::App& app)
     app.set_version_flag("-v,--version", "vx-campaign " VX_VERSION);
     app.require_subcommand(1);
     app.failure_message(failureMessage);
+    cli::addReportCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */
@@ -59,8 +60,8 @@ int main(int argc, char** argv)
         return parseAndRun(app, argc, argv);
     } catch (const base::CaseError& error) {
         std::cerr << "vx-campaign: " << error.what() << std::endl;
-    } catch (const base::BadVerdict&) {
-        return kInputAtFault;
+    } catch (const cli::EndWith& end) {
+        return end.status();
     } catch (const std::bad_alloc&) {
         std::cerr << "vx-campaign: out of memory" << std::endl;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <exception>
+
 namespace CLI {
 class App;
 }
@@ -11,5 +13,19 @@ namespace cli {
  * subcommand was given; the work itself is done in the other rooms. A subcommand throws CaseError
  * when its input is at fault and CLI::ValidationError when its options contradict each other.
  */
+
+void addReportCommand(CLI::App& app);
+
+/** Everything was said: ends the program with this status. */
+class EndWith : public std::exception
+{
+public:
+    explicit EndWith(int status) : mStatus(status) {}
+
+    int status() const { return mStatus; }
+
+private:
+    int mStatus;
+};
 
 } // namespace cli

@@ -1,0 +1,55 @@
+#include <CLI/CLI.hpp>
+#include <QFileInfo>
+#include <string>
+
+#include "base/StandardOutput.h"
+#include "cli/Subcommands.h"
+#include "report/Report.h"
+#include "report/ReportText.h"
+
+namespace cli {
+
+namespace {
+constexpr char kReportFooter[] =
+    R"(Writes FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv again, from the journal of the night and
+what else is in the folder; also of a night that was cut off, or is still going on.
+
+Exit status: 0 when every play passed, 1 when one did not or the night was cut off, 2 when FOLDER is not the folder
+of a night, 130 when the night was interrupted.
+
+Example:
+  vx-campaign report night-0411)";
+
+void expectNight(const std::string& folder)
+{
+    const std::string journal = folder + "/" + report::kJournalFile;
+    if (!QFileInfo(QString::fromStdString(journal)).isFile()) {
+        throw CLI::ValidationError("FOLDER", folder + ": has no " + report::kJournalFile +
+                                                 ": expected the folder of a night");
+    }
+}
+
+void reportNight(const std::string& folder)
+{
+    expectNight(folder);
+    const report::NightSummary night = report::writeReports(folder);
+    base::writeToStandardOutput(report::verdictText(night) + "\n" + folder + "/" +
+                                report::kPageFile + "\n");
+    if (const int status = report::statusOf(night); status != EXIT_SUCCESS) {
+        throw EndWith(status);
+    }
+}
+} // namespace
+
+void addReportCommand(CLI::App& app)
+{
+    CLI::App& command = *app.add_subcommand("report", "Reports on a night, from what is on disk");
+    command.footer(kReportFooter);
+    const auto folder = std::make_shared<std::string>();
+    command.add_option("FOLDER", *folder, "Folder of the night, that run wrote")
+        ->required()
+        ->type_name("");
+    command.callback([folder] { reportNight(*folder); });
+}
+
+} // namespace cli

@@ -1,0 +1,102 @@
+#include "report/ExpectedSamples.h"
+
+#include <algorithm>
+
+#include "CaseConfiguration.h"
+#include "base/CaseError.h"
+
+namespace report {
+
+namespace {
+/** One file, played over and over. */
+struct Stretch
+{
+    const explain::PlayedFile* mFile;
+    qint64 mOriginNs; ///< stamp of what came before one of the passes
+    qint64 mFromNs;   ///< of the first sample, or less
+    qint64 mToNs;     ///< of the last sample, or more
+};
+
+std::unique_ptr<explain::PlayedFile> readFile(const std::string& path)
+{
+    auto file = std::make_unique<explain::PlayedFile>(path);
+    file->read(QString::fromStdString(path));
+    if (file->size() == 0 || !file->hasAllSteps()) {
+        throw base::CaseError(path + ": does not say when its samples are");
+    }
+    return file;
+}
+
+qint64 floorQuotient(qint64 dividend, qint64 divisor)
+{
+    return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
+}
+
+void addStretch(const Stretch& stretch, std::vector<ExpectedSample>* samples)
+{
+    const explain::PlayedFile& file = *stretch.mFile;
+    const qint64 durationNs = file.durationNs();
+    const qint64 pass = floorQuotient(stretch.mFromNs - stretch.mOriginNs, durationNs);
+    for (qint64 beginNs = stretch.mOriginNs + pass * durationNs; beginNs < stretch.mToNs;
+         beginNs += durationNs) {
+        for (size_t i = 0; i < file.size(); ++i) {
+            const qint64 stampNs = beginNs + file.timeBefore(i) + file.stepAt(i);
+            if (stampNs >= stretch.mFromNs && stampNs <= stretch.mToNs) {
+                samples->push_back({stampNs, &file.samples()[i]});
+            }
+        }
+    }
+}
+} // namespace
+
+const explain::PlayedFile& ExpectedSamples::caseFile(const std::string& name)
+{
+    if (!mCase || mCaseName != name) {
+        mCase.reset();
+        mCase = readFile(mFolder + "/" + name);
+        mCaseName = name;
+    }
+    return *mCase;
+}
+
+const explain::PlayedFile& ExpectedSamples::steadyFile()
+{
+    if (!mSteady) {
+        configuration::CaseConfiguration cases;
+        cases.read(QString::fromStdString(mFolder + "/stage/cases.conf"),
+                   configuration::CaseConfiguration::Rejected::GoOn);
+        const QList<configuration::CaseEntry> steady = cases.configurations().value(0);
+        if (steady.isEmpty()) {
+            throw base::CaseError(mFolder + "/stage/cases.conf: has no configuration 0");
+        }
+        mSteady = readFile(mFolder + "/stage/" + steady.front().mFileName.toStdString());
+    }
+    return *mSteady;
+}
+
+std::vector<ExpectedSample> ExpectedSamples::around(const NightSummary& night,
+                                                    const PlaySummary& play, qint64 fromNs,
+                                                    qint64 toNs)
+{
+    const qint64 gapNs = night.mNight.mGapNs;
+    const qint64 firstNs = play.mFirstStampNs;
+    const qint64 lastNs = play.mLastStampNs;
+    fromNs = std::max(fromNs, firstNs - gapNs);
+    toNs = std::min(toNs, lastNs + gapNs);
+    if (firstNs == 0 || fromNs > toNs) {
+        throw base::CaseError("they are not within a play that arrived");
+    }
+    const explain::PlayedFile& played = caseFile(night.mCases[play.mCase].mStaged.mFile);
+    const qint64 beforeNs = firstNs - played.stepAt(0);
+    std::vector<ExpectedSample> samples;
+    if (fromNs <= beforeNs) {
+        addStretch({&steadyFile(), beforeNs, fromNs, std::min(toNs, beforeNs)}, &samples);
+    }
+    addStretch({&played, beforeNs, std::max(fromNs, firstNs), std::min(toNs, lastNs)}, &samples);
+    if (toNs > lastNs) {
+        addStretch({&steadyFile(), lastNs, std::max(fromNs, lastNs + 1), toNs}, &samples);
+    }
+    return samples;
+}
+
+} // namespace report

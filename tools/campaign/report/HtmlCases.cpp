@@ -1,0 +1,176 @@
+#include <fmt/format.h>
+
+#include "report/HtmlParts.h"
+#include "report/HtmlText.h"
+#include "report/ReportText.h"
+
+namespace report {
+
+namespace {
+constexpr char kCasesHead[] =
+    "<table>\n<thead><tr><th scope=\"col\">Case</th><th scope=\"col\">Verdict</th>"
+    "<th scope=\"col\" class=\"number\">Plays</th>"
+    "<th scope=\"col\" class=\"number\">Delay, median</th>"
+    "<th scope=\"col\" class=\"number\">Samples a play</th>"
+    "<th scope=\"col\" class=\"number\">Findings</th></tr></thead>\n<tbody>\n";
+
+constexpr char kPlaysHead[] =
+    "<table class=\"plays\">\n<thead><tr><th scope=\"col\">Play</th><th scope=\"col\">Verdict</th>"
+    "<th scope=\"col\">First and last time stamp, UTC</th>"
+    "<th scope=\"col\" class=\"number\">Samples</th>"
+    "<th scope=\"col\" class=\"number\">Delay</th>"
+    "<th scope=\"col\" class=\"number\">Findings</th></tr></thead>\n<tbody>\n";
+
+std::string numberCell(const char* label, const std::string& value)
+{
+    return fmt::format("<td class=\"number\" data-label=\"{}\"><span>{}</span></td>", label, value);
+}
+
+std::string stampsText(const PlaySummary& play)
+{
+    return play.mFirstStampNs == 0
+               ? "-"
+               : utcText(play.mFirstStampNs) + "<br>" + utcText(play.mLastStampNs);
+}
+
+std::string playRow(const NightSummary& night, const PlaySummary& play)
+{
+    return fmt::format(
+        "<tr><th scope=\"row\">{}</th>"
+        "<td data-label=\"Verdict\"><span class=\"{}\">{}</span></td>"
+        "<td data-label=\"Time stamps\"><span>{}</span></td>{}{}{}</tr>\n",
+        htmlText(playText(night, play)), styleOf(play.mOutcome), nameOf(play.mOutcome),
+        stampsText(play), numberCell("Samples", groupedText(play.mSamples)),
+        numberCell("Delay", play.mDelayNs ? durationText(*play.mDelayNs) : "-"),
+        numberCell("Findings", std::to_string(play.mFindings)));
+}
+
+std::string caseRow(const NightSummary& night, const CaseSummary& it)
+{
+    return fmt::format(
+        "<tr><th scope=\"row\">{}<small>{}</small></th><td "
+        "data-label=\"Verdict\">{}</td>{}{}{}{}</tr>\n",
+        htmlText(it.mStaged.mName), htmlText(it.mStaged.mSource), outcomeMark(it.mOutcome),
+        numberCell("Plays",
+                   fmt::format("{} of {}", it.mCounts.of(night.wanted()), it.mPlays.size())),
+        numberCell("Delay", delayText(it.mDelays)),
+        numberCell("Samples", fmt::format("{} <small>{}</small>", groupedText(it.mStaged.mSamples),
+                                          durationText(it.mStaged.mDurationNs))),
+        numberCell("Findings", std::to_string(it.mFindings)));
+}
+
+/** Folded: the picture of the case, and its plays. */
+std::string moreRow(const NightSummary& night, const CaseSummary& it, const Drawing& drawing)
+{
+    std::string rows;
+    for (const size_t play : it.mPlays) {
+        rows += playRow(night, night.mPlays[play]);
+    }
+    return fmt::format(
+        "<tr class=\"more\"><td colspan=\"6\"><details>"
+        "<summary>Picture of {}, and {} (number {})</summary>\n{}{}{}</tbody></table>\n"
+        "</details></td></tr>\n",
+        htmlText(it.mStaged.mName), countText(it.mPlays.size(), "play"), it.mStaged.mNumber,
+        figureOf(drawing, it.mStaged.mName), kPlaysHead, rows);
+}
+
+/** What was not seen, a list entry each. */
+class NotObserved
+{
+public:
+    explicit NotObserved(const NightSummary& night) : mNight(night) {}
+
+    void addWhatIsNeverSeen();
+    void addPlays(Outcome outcome, const char* what);
+    void addCuts();
+    void addMissingPictures(const Pictures& pictures);
+
+    std::string mText;
+
+private:
+    void add(const std::string& text) { mText += "<li>" + text + "</li>\n"; }
+
+    const NightSummary& mNight;
+};
+
+void NotObserved::addWhatIsNeverSeen()
+{
+    add(mNight.mNight.mIsObserved
+            ? "What was made of the samples. This report covers what arrived at the driver, "
+              "sample by sample, with its time stamps."
+            : "The stream. The commands and the answers in the log of the program are all that is "
+              "known.");
+}
+
+void NotObserved::addPlays(Outcome outcome, const char* what)
+{
+    std::string names;
+    size_t count = 0;
+    for (const PlaySummary& play : mNight.mPlays) {
+        if (play.mOutcome == outcome && ++count <= 20) {
+            names += (names.empty() ? "" : ", ") + playText(mNight, play);
+        }
+    }
+    if (count > 0) {
+        add(fmt::format("{} {}: {}{}", countText(count, "play"), what, htmlText(names),
+                        count > 20 ? fmt::format(" and {} more", count - 20) : ""));
+    }
+}
+
+void NotObserved::addCuts()
+{
+    for (size_t i = 1; i < mNight.mSessions.size(); ++i) {
+        const qint64 fromNs = mNight.mSessions[i - 1].mEndNs;
+        const qint64 toNs = mNight.mSessions[i].mBeginNs;
+        add(fmt::format("From {} to {} UTC ({}): the night had stopped, and went on later.",
+                        shortUtcText(fromNs), shortUtcText(toNs), durationText(toNs - fromNs)));
+    }
+}
+
+/** With the same reason, all in one. */
+void NotObserved::addMissingPictures(const Pictures& pictures)
+{
+    std::map<std::string, std::string> names;
+    const auto note = [&](const Drawing& drawing, const std::string& name) {
+        if (!drawing.mWhyNot.empty()) {
+            std::string& all = names[drawing.mWhyNot];
+            all += (all.empty() ? "" : ", ") + name;
+        }
+    };
+    for (size_t i = 0; i < pictures.mCases.size(); ++i) {
+        note(pictures.mCases[i], mNight.mCases[i].mStaged.mName);
+    }
+    for (const auto& [file, drawing] : pictures.mFindings) {
+        note(drawing, file);
+    }
+    for (const auto& [reason, all] : names) {
+        add(fmt::format("Pictures that are missing: {}. {}", htmlText(all), htmlText(reason)));
+    }
+}
+} // namespace
+
+std::string casesPart(const NightSummary& night, const Pictures& pictures)
+{
+    if (night.mCases.empty()) {
+        return "";
+    }
+    std::string text = std::string("<h2>Cases</h2>\n") + kCasesHead;
+    for (size_t i = 0; i < night.mCases.size(); ++i) {
+        text +=
+            caseRow(night, night.mCases[i]) + moreRow(night, night.mCases[i], pictures.mCases[i]);
+    }
+    return text + "</tbody></table>\n";
+}
+
+std::string notObservedPart(const NightSummary& night, const Pictures& pictures)
+{
+    NotObserved part(night);
+    part.addWhatIsNeverSeen();
+    part.addPlays(Outcome::NotPlayed, "not played");
+    part.addPlays(Outcome::Unfinished, "not finished");
+    part.addCuts();
+    part.addMissingPictures(pictures);
+    return "<h2>What was not observed</h2>\n<ul>\n" + part.mText + "</ul>\n";
+}
+
+} // namespace report

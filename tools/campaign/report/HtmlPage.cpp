@@ -1,0 +1,109 @@
+#include "report/HtmlPage.h"
+
+#include <fmt/format.h>
+
+#include <QByteArray>
+
+#include "report/HtmlParts.h"
+#include "report/HtmlText.h"
+#include "report/NightBar.h"
+#include "report/PageStyle.h"
+#include "report/ReportText.h"
+
+namespace report {
+
+namespace {
+/** Of the night, as its verdict is coloured. */
+Outcome outcomeOf(const NightSummary& night)
+{
+    if (night.isGood()) {
+        return night.wanted();
+    }
+    const bool isBad = night.mFindings > 0 || night.mCounts.of(Outcome::Failed) > 0 ||
+                       night.mState == NightState::Done || night.mState == NightState::GaveUp;
+    return isBad ? Outcome::Failed : Outcome::Unfinished;
+}
+
+std::string timesText(const NightSummary& night)
+{
+    if (night.mSessions.empty()) {
+        return "";
+    }
+    const qint64 beginNs = night.mSessions.front().mBeginNs;
+    const qint64 endNs = night.mSessions.back().mEndNs;
+    return fmt::format("{} to {} UTC, {}", shortUtcText(beginNs), shortUtcText(endNs),
+                       durationText(endNs - beginNs));
+}
+
+/** What the verdict means where the night was not simply done. */
+std::string stateText(const NightSummary& night)
+{
+    switch (night.mState) {
+        case NightState::CutOff:
+            return "The journal has no end: the night was cut off, or it is still going on. Here "
+                   "is what "
+                   "was on the disk by then. <code>vx-campaign run</code> with "
+                   "<code>--resume</code> goes on with the first play that has not ended.";
+        case NightState::Interrupted:
+            return "The night was ended by a signal. <code>vx-campaign run</code> with "
+                   "<code>--resume</code> goes on with the first play that has not ended.";
+        case NightState::FirstFailure:
+            return "The plan was played again and again, until the first play that failed.";
+        case NightState::GaveUp:
+            return "Nothing could be played any more: " + htmlText(night.mReason) + ".";
+        case NightState::Done:
+            break;
+    }
+    return night.mNight.mIsObserved ? ""
+                                    : "On a device the stream cannot be seen. That every play was "
+                                      "commanded and answered is known; what arrived is not.";
+}
+
+std::string headOf(const NightSummary& night)
+{
+    return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
+           htmlText(verdictText(night)) + " - " + htmlText(night.mNight.mName) +
+           "</title>\n<style>" + kPageStyle + "</style>\n</head>\n";
+}
+
+std::string verdictPart(const NightSummary& night)
+{
+    std::string text = fmt::format("<h1 class=\"{}\">{}</h1>\n", styleOf(outcomeOf(night)),
+                                   htmlText(verdictText(night)));
+    if (!night.mSessions.empty()) {
+        text += fmt::format("<p>Night <strong>{}</strong> of the plan <code>{}</code>, {}</p>\n",
+                            htmlText(night.mNight.mName), htmlText(night.mNight.mPlanPath),
+                            timesText(night));
+    }
+    const std::string state = stateText(night);
+    return text + (state.empty() ? "" : "<p>" + state + "</p>\n");
+}
+} // namespace
+
+std::string figureOf(const Drawing& drawing, const std::string& what)
+{
+    if (!drawing.mWhyNot.empty()) {
+        return fmt::format("<p class=\"muted\">No picture of {}: {}.</p>\n", htmlText(what),
+                           htmlText(drawing.mWhyNot));
+    }
+    // As an image of its own, so that the names inside of two pictures cannot clash.
+    const QByteArray svg =
+        QByteArray::fromRawData(drawing.mSvg.data(), static_cast<int>(drawing.mSvg.size()));
+    return fmt::format(
+        "<figure><img alt=\"Picture of {}\" src=\"data:image/svg+xml;base64,{}\"></figure>\n",
+        htmlText(what), svg.toBase64().constData());
+}
+
+std::string htmlPage(const NightSummary& night, const Pictures& pictures)
+{
+    std::string page = headOf(night) + "<body>\n<main>\n" + verdictPart(night) + numbersPart(night);
+    if (const std::string bar = nightBar(night); !bar.empty()) {
+        page += "<h2>The night</h2>\n" + bar;
+    }
+    return page + findingsPart(night, pictures) + casesPart(night, pictures) +
+           notObservedPart(night, pictures) + environmentPart(night) +
+           "</main>\n</body>\n</html>\n";
+}
+
+} // namespace report

@@ -1,0 +1,109 @@
+#include "report/Pictures.h"
+
+#include <fmt/format.h>
+
+#include "base/CaseError.h"
+#include "plot/Gnuplot.h"
+#include "plot/GnuplotScript.h"
+#include "plot/PictureMaker.h"
+#include "report/CompactSvg.h"
+#include "report/FindingPicture.h"
+#include "report/ThinnedCurves.h"
+
+namespace report {
+
+namespace {
+/** Of one picture, as SVG. */
+constexpr size_t kMaxPictureBytes = 1'000'000;
+} // namespace
+
+PictureDrawer::PictureDrawer(std::string folder, const NightSummary& night)
+    : mFolder(std::move(folder)), mNight(night), mExpected(mFolder)
+{
+    mPictures.mCases.resize(night.mCases.size());
+}
+
+Pictures PictureDrawer::drawAll()
+{
+    drawFindings();
+    drawCases(false);
+    drawCases(true);
+    return std::move(mPictures);
+}
+
+Drawing PictureDrawer::draw(const plot::Picture& picture)
+{
+    const std::string script = plot::gnuplotScript(plot::layOut(picture), plot::PictureFormat::Svg);
+    Drawing drawing{compactSvg(plot::runGnuplot(script)), ""};
+    if (drawing.mSvg.size() > kMaxPictureBytes) {
+        return {"", "it is too large for the report"};
+    }
+    mBytes += drawing.mSvg.size();
+    return drawing;
+}
+
+Drawing PictureDrawer::drawCase(const journal::StagedCase& staged)
+{
+    if (mBytes > kMaxBytes) {
+        return {"",
+                fmt::format("the report has no room for more pictures; vx-case plot {} draws it",
+                            staged.mFile)};
+    }
+    try {
+        plot::PictureRequest request;
+        request.mInputs = {mFolder + "/" + staged.mFile};
+        base::ProgressLine progress("drawing");
+        plot::Picture picture = plot::makePicture(request, progress);
+        picture.mTitle = staged.mName;
+        thinCurves(&picture);
+        return draw(picture);
+    } catch (const base::CaseError& error) {
+        return {"", error.what()};
+    }
+}
+
+void PictureDrawer::drawCases(bool areGood)
+{
+    for (size_t i = 0; i < mNight.mCases.size(); ++i) {
+        const CaseSummary& it = mNight.mCases[i];
+        if ((it.mOutcome == mNight.wanted()) == areGood) {
+            mPictures.mCases[i] = drawCase(it.mStaged);
+        }
+    }
+}
+
+void PictureDrawer::drawFindings()
+{
+    for (const PlaySummary& play : mNight.mPlays) {
+        for (const journal::FoundWrong& found : play.mFound) {
+            drawFinding(&play, found);
+        }
+    }
+    for (const journal::FoundWrong& found : mNight.mOutside) {
+        drawFinding(nullptr, found);
+    }
+}
+
+/** Findings near to each other have their samples in one file. */
+void PictureDrawer::drawFinding(const PlaySummary* play, const journal::FoundWrong& found)
+{
+    if (found.mSamplesFile.empty() || mPictures.mFindings.count(found.mSamplesFile) > 0) {
+        return;
+    }
+    Drawing& drawing = mPictures.mFindings[found.mSamplesFile];
+    if (mBytes > kMaxBytes / 2) {
+        drawing.mWhyNot =
+            fmt::format("the report has no room for more of them; vx-case plot {} draws it",
+                        found.mSamplesFile);
+        return;
+    }
+    try {
+        plot::Picture picture = findingPicture(mFolder, mNight, play, found, &mExpected);
+        thinCurves(&picture);
+        drawing = draw(picture);
+    } catch (const base::CaseError& error) {
+        drawing.mWhyNot = error.what();
+    }
+}
+
+} // namespace report

@@ -1,0 +1,35 @@
+#include "report/Report.h"
+
+#include "base/ResultFile.h"
+#include "journal/Journal.h"
+#include "report/CaseTable.h"
+#include "report/HtmlPage.h"
+#include "report/JunitFile.h"
+#include "report/Pictures.h"
+
+namespace report {
+
+namespace {
+void writeReport(const std::string& path, const std::string& text)
+{
+    base::ResultFile file(path);
+    file.write(text);
+    file.commit();
+}
+} // namespace
+
+NightSummary writeReports(const std::string& folder)
+{
+    const journal::Journal journal = journal::readJournal(folder + "/" + kJournalFile);
+    NightSummary night = summarize(journal.mEntries);
+    writeReport(folder + "/" + kTableFile, caseTable(night));
+    writeReport(folder + "/" + kJunitFile, junitFile(night));
+    // Drawing takes its time: should it be cut off, no page of an earlier night is left.
+    Pictures none;
+    none.mCases.resize(night.mCases.size(), {"", "it was not drawn yet when this was written"});
+    writeReport(folder + "/" + kPageFile, htmlPage(night, none));
+    writeReport(folder + "/" + kPageFile, htmlPage(night, PictureDrawer(folder, night).drawAll()));
+    return night;
+}
+
+} // namespace report
