@@ -46,7 +46,7 @@ void readQuantities(const std::string& text, std::vector<std::string>& groups)
     }
 }
 
-void readNominal(const std::string& text, std::optional<std::array<double, 3>>& nominal)
+void readNominal(const std::string& text, measure::MeasureOptions& options)
 {
     const auto fields = base::splitText(text, ',');
     std::array<double, 3> values{};
@@ -59,7 +59,9 @@ void readNominal(const std::string& text, std::optional<std::array<double, 3>>& 
             "--nominal",
             fmt::format("'{}': expected V,A,HZ with 50 or 60 Hz, for example 230,5,50", text));
     }
-    nominal = values;
+    options.mNominalVolts = values[0];
+    options.mNominalAmperes = values[1];
+    options.mSignal.mNominalHz = values[2];
 }
 
 void readBegin(const std::string& text, std::optional<qint64>& begin)
@@ -129,7 +131,7 @@ void addMeasureCommand(CLI::App& app)
         ->type_name("NAME,...");
     command
         .add_option_function<std::string>(
-            "--nominal", [&](const std::string& text) { readNominal(text, measuring.mNominal); },
+            "--nominal", [&](const std::string& text) { readNominal(text, measuring); },
             "Voltage to neutral, current and frequency that percent refers to (default: 230,5 and "
             "the signal's own 50 or 60)")
         ->type_name("V,A,HZ");

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "base/CaseError.h"
 #include "input/OpenInput.h"
@@ -12,6 +13,10 @@
 namespace measure {
 
 namespace {
+constexpr double kLowerNominal = 50.0;
+constexpr double kHigherNominal = 60.0;
+constexpr double kBetweenNominals = 55.0;
+
 bool isOfDevice(const waveform::SignalDescription& description)
 {
     return description.mFormat == "value file" || description.mFormat == "recording of the driver";
@@ -23,6 +28,7 @@ MeasuredSignal::MeasuredSignal(const SignalOptions& options)
 {
     findBegin(options.mBeginUtcNs);
     if (!isOfDevice(description())) {
+        findNominal(options.mNominalHz);
         mapRecording(options.mAssignments);
         return;
     }
@@ -33,11 +39,15 @@ MeasuredSignal::MeasuredSignal(const SignalOptions& options)
                               ": --channels is for recordings of others");
     }
     for (int channel = 0; channel < kChannelCount; ++channel) {
-        const double counts =
-            waveform::isDeviceVoltage(channel) ? options.mCountsPerVolt : options.mCountsPerAmpere;
-        const auto index = static_cast<size_t>(channel);
-        mTerms.push_back({index, index, 1.0 / counts});
+        mUnitsPerCount[static_cast<size_t>(channel)] =
+            1.0 / (waveform::isDeviceVoltage(channel) ? options.mCountsPerVolt
+                                                      : options.mCountsPerAmpere);
     }
+    mChannels.set();
+    if (!mSource->read(mFirstBlock) || mFirstBlock.size() < 2) {
+        throw base::CaseError(options.mPath + ": expected two samples at least");
+    }
+    findNominal(options.mNominalHz);
 }
 
 /** A recording of the driver has UTC, one of others a time of which the zone is not known. */
@@ -55,40 +65,68 @@ void MeasuredSignal::findBegin(const std::optional<qint64>& given)
               "--begin");
 }
 
+/** 50 or 60 Hz, whichever is nearer to what the file says. */
+void MeasuredSignal::findNominal(const std::optional<double>& given)
+{
+    double hertz = description().mNominalHz;
+    if (mFirstBlock.size() > 1) {
+        const double step = mFirstBlock.mSeconds[1] - mFirstBlock.mSeconds[0];
+        hertz = step > 0.0 ? 1.0 / (step * kSamplesPerPeriod) : hertz;
+        mMaxHertz = hertz * kSamplesPerPeriod / 2.0;
+    }
+    if (hertz == 0.0 && !given) {
+        mRemarks.emplace_back("its nominal frequency is not known: 50 Hz is taken; see --nominal");
+    }
+    mNominalHz = given.value_or(hertz > kBetweenNominals ? kHigherNominal : kLowerNominal);
+}
+
 void MeasuredSignal::mapRecording(const importing::Assignments& assignments)
 {
     const importing::ChannelMap map = importing::mapChannels(
         description(), {assignments, importing::TransformerSide::AsRecorded, 1.0, 1.0});
     for (size_t channel = 0; channel < kChannelCount; ++channel) {
         const importing::MappedChannel& mapped = map.mChannels[channel];
-        for (const importing::MappedChannel::Term& term : mapped.mTerms) {
-            mTerms.push_back({channel, term.mSource, term.mFactor * mapped.mCounts});
+        mChannels.set(channel, !mapped.mTerms.empty());
+        const bool isVoltage = waveform::isDeviceVoltage(static_cast<int>(channel));
+        const auto expected = isVoltage ? channels::Quantity::Voltage : channels::Quantity::Current;
+        if (mChannels.test(channel) && mapped.mQuantity != expected) {
+            throw base::CaseError(fmt::format("{}: '{}' is no {}, as channel {} is",
+                                              description().mFileName, mapped.mText,
+                                              isVoltage ? "voltage" : "current", channel));
         }
     }
     mRemarks.insert(mRemarks.end(), map.mRemarks.begin(), map.mRemarks.end());
+    mRecording = std::make_unique<RecordingLines>(*mSource, map, mNominalHz * kSamplesPerPeriod);
+    mMaxHertz = mRecording->maxHertz();
 }
 
 bool MeasuredSignal::read(waveform::SignalBlock& block)
 {
-    const bool isMore = mSource->read(mRead);
-    sumTerms(block);
-    return isMore;
+    if (mRecording) {
+        return mRecording->read(block);
+    }
+    if (mFirstBlock.size() > 0) {
+        std::swap(block, mFirstBlock);
+        mFirstBlock = {};
+    } else if (!mSource->read(block)) {
+        return false;
+    }
+    scale(block);
+    return true;
 }
 
-void MeasuredSignal::sumTerms(waveform::SignalBlock& block)
+void MeasuredSignal::scale(waveform::SignalBlock& block)
 {
-    block.mFirst = mRead.mFirst;
-    block.mSeconds = mRead.mSeconds;
-    block.mValues.resize(kChannelCount);
-    for (std::vector<double>& column : block.mValues) {
-        column.assign(mRead.size(), 0.0);
-    }
-    for (const Term& term : mTerms) {
-        const double* const source = mRead.mValues[term.mSource].data();
-        double* const sum = block.mValues[term.mChannel].data();
-        for (size_t i = 0; i < mRead.size(); ++i) {
-            sum[i] += term.mFactor * source[i];
+    constexpr double kMissingCounts = std::numeric_limits<qint32>::min();
+    for (size_t channel = 0; channel < kChannelCount; ++channel) {
+        const double factor = mUnitsPerCount[channel];
+        double last = mLastValues[channel];
+        for (double& value : block.mValues[channel]) {
+            const bool isMissing = value == kMissingCounts;
+            mMissing += isMissing ? 1 : 0;
+            last = value = isMissing ? last : value * factor;
         }
+        mLastValues[channel] = last;
     }
 }
 
@@ -97,6 +135,16 @@ std::vector<std::string> MeasuredSignal::remarks() const
     std::vector<std::string> remarks = mRemarks;
     const auto& more = description().mRemarks;
     remarks.insert(remarks.end(), more.begin(), more.end());
+    if (mMissing > 0) {
+        remarks.push_back(
+            fmt::format("{} values are missing (-2147483648): held at the value before", mMissing));
+    }
+    if (mRecording && mRecording->breaks() > 0) {
+        remarks.push_back(
+            fmt::format("its rate changes or samples are missing, {} times: values "
+                        "between are interpolated",
+                        mRecording->breaks()));
+    }
     return remarks;
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "importing/ChannelMap.h"
+#include "measure/RecordingLines.h"
 #include "waveform/SignalSource.h"
 
 namespace measure {
@@ -20,12 +22,15 @@ struct SignalOptions
     double mCountsPerVolt = 1000.0;      ///< of a value file or recording of the driver
     double mCountsPerAmpere = 1000.0;
     std::optional<qint64> mBeginUtcNs; ///< of the first sample, where the file does not say it
+    std::optional<double> mNominalHz;  ///< 50 or 60; else as the file has it
 };
 
 /**
- * Any input as the eight channels of the device in V and A, block by block: value files and
- * recordings of the driver by their scale, other recordings by the channels that an import would
- * take, on the side of the transformers that they were recorded on.
+ * Any input as the eight channels of the device in V and A, block by block, with 360 lines a
+ * period of the nominal frequency: value files and recordings of the driver as they are, by their
+ * scale, other recordings by the channels that an import would take, on the side of the
+ * transformers that they were recorded on, with values between the samples. Missing values of the
+ * device are held at the one before.
  */
 class MeasuredSignal
 {
@@ -39,27 +44,32 @@ public:
     double progress() const { return mSource->progress(); }
     const waveform::SignalDescription& description() const { return mSource->description(); }
     qint64 beginUtcNs() const { return mBeginUtcNs; }
+    double nominalHz() const { return mNominalHz; } ///< 50 or 60
+    double maxHertz() const { return mMaxHertz; }   ///< up to which its content is known
+
+    /** Those that it has; the others are 0. */
+    std::bitset<kChannelCount> channels() const { return mChannels; }
 
     /** What had to be assumed, for the user; complete at the end. */
     std::vector<std::string> remarks() const;
 
 private:
-    struct Term
-    {
-        size_t mChannel; ///< of the device
-        size_t mSource;
-        double mFactor;
-    };
-
     void findBegin(const std::optional<qint64>& given);
+    void findNominal(const std::optional<double>& given);
     void mapRecording(const importing::Assignments& assignments);
-    void sumTerms(waveform::SignalBlock& block);
+    void scale(waveform::SignalBlock& block);
 
     std::unique_ptr<waveform::SignalSource> mSource;
-    std::vector<Term> mTerms;
+    std::unique_ptr<RecordingLines> mRecording; ///< null for a value file or driver's recording
+    std::array<double, kChannelCount> mUnitsPerCount{}; ///< of those
+    std::bitset<kChannelCount> mChannels;
+    std::array<double, kChannelCount> mLastValues{};
+    size_t mMissing = 0;
     qint64 mBeginUtcNs = 0;
     std::vector<std::string> mRemarks;
-    waveform::SignalBlock mRead; ///< kept for its memory
+    double mNominalHz = 0.0;
+    double mMaxHertz = 0.0;
+    waveform::SignalBlock mFirstBlock; ///< read already, to know the frequency; else empty
 };
 
 } // namespace measure

@@ -3,23 +3,24 @@
 #include "base/ProgressLine.h"
 #include "measure/Meter.h"
 #include "measure/OrderedOutput.h"
+#include "measure/PeriodMeters.h"
 
 namespace measure {
 
 namespace {
-constexpr std::array<double, 3> kDefaultNominal{230.0, 5.0, 50.0};
-
 MeterSettings settingsOf(const MeasureOptions& options, const MeasuredSignal& signal)
 {
-    const auto nominal = options.mNominal.value_or(kDefaultNominal);
-    return {signal.beginUtcNs(), nominal[0], nominal[1], nominal[2]};
+    return {signal.beginUtcNs(), options.mNominalVolts, options.mNominalAmperes,
+            signal.nominalHz(),  signal.channels(),     signal.maxHertz()};
 }
 
 /** All that measure what is selected. */
-std::vector<std::unique_ptr<Meter>> makeMeters(const Selection& /*selection*/,
-                                               const MeterSettings& /*settings*/)
+std::vector<std::unique_ptr<Meter>> makeMeters(const Selection& selection,
+                                               const MeterSettings& settings)
 {
-    return {};
+    std::vector<std::unique_ptr<Meter>> meters;
+    meters.push_back(std::make_unique<PeriodMeters>(selection, settings));
+    return meters;
 }
 } // namespace
 

@@ -13,8 +13,9 @@ namespace measure {
 struct MeasureOptions
 {
     SignalOptions mSignal;
-    std::vector<std::string> mGroups;              ///< of quantities; empty for all
-    std::optional<std::array<double, 3>> mNominal; ///< V, A, Hz
+    std::vector<std::string> mGroups; ///< of quantities; empty for all
+    double mNominalVolts = 230.0;
+    double mNominalAmperes = 5.0;
     TableForm mForm = TableForm::Long;
 };
 

@@ -1,0 +1,285 @@
+#include "measure/PhaseClock.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "SampleRecord.h"
+
+namespace measure {
+
+namespace {
+constexpr double kLineCycles = 1.0 / kSamplesPerPeriod; ///< of a line that keeps to the fundamental
+constexpr double kHalfCycle = 0.5;
+
+/** How much a turn may differ from the one before it. A modulation of the phase by 0.1 rad at 5 Hz
+ * needs 0.57 degrees. */
+constexpr double kMaxBend = 1.0 / 360.0;
+
+/** Amplitudes below this part of the one before are a fault. */
+constexpr double kMinAmplitude = 0.5;
+
+/** With less of its power in the fundamental, a system shows none. */
+constexpr double kMinShare = 0.25;
+
+/** So many even measurements are trusted: the last two have no line of the fault in their window.
+ */
+constexpr size_t kTrustedRun = 6;
+
+/** Points that are withdrawn when a fault is found: it was in their windows already. */
+constexpr size_t kWithdrawn = 3;
+
+/** Points from which the frequency before a fault is taken, before those. */
+constexpr size_t kFrequencyHops = 4;
+
+/** How long the beginning waits for a fundamental, in hops. */
+constexpr size_t kMaxWait = 50;
+
+/** A line that every window before it reaches. */
+constexpr size_t kLongestWindow = size_t{3} * kSamplesPerPeriod;
+
+/** Turns of a period, in cycles, that half of it may have: 20 to 85 Hz for lines of 50 Hz. */
+constexpr double kMinTurn = 0.2;
+constexpr double kMaxTurn = 0.85;
+
+/** The lines keep to a fundamental whose turn differs by no more: 1e-5 of a period, 5 ppm of rms.
+ */
+constexpr double kLineTurn = 0.5e-5;
+
+/** Drift against the lines, in cycles, that ends this: after 10 and after 100 periods. */
+constexpr size_t kShortDriftHops = 20;
+constexpr double kShortDrift = 4e-4;
+constexpr size_t kLongDriftHops = 200;
+constexpr double kLongDrift = 1e-3;
+
+double wrappedCycles(double cycles)
+{
+    return cycles - std::round(cycles);
+}
+} // namespace
+
+PhaseClock::PhaseClock() : mTurn(kHalfCycle) {}
+
+void PhaseClock::add(const waveform::SignalBlock& block)
+{
+    mSamples.append(block);
+    while (mSamples.end() > (mNextHop + 1) * kHopLines &&
+           mSamples.covers(std::max(mNextHop * kHopLines, kLongestWindow), windowFrequency())) {
+        measureHop();
+    }
+    constexpr size_t kKept = size_t{8} * kSamplesPerPeriod;
+    mSamples.dropBefore(std::max(mNextHop * kHopLines, kKept) - kKept);
+}
+
+void PhaseClock::measureHop()
+{
+    const size_t middle = mNextHop * kHopLines;
+    if (!mSamples.covers(middle, windowFrequency())) { // at the beginning
+        pushExtrapolated();
+    } else {
+        const auto phasor = mSamples.measure(mReference, middle, windowFrequency());
+        if (!mIsFollowing || !followOn(phasor)) {
+            search(phasor);
+        }
+    }
+    ++mNextHop;
+}
+
+/** That of the last turn; exactly that of the lines where it is. */
+double PhaseClock::windowFrequency() const
+{
+    const double turn = !mIsFollowing && mRun.size() > 1
+                            ? mRun.back().mCycles - mRun[mRun.size() - 2].mCycles
+                            : mTurn + mBend;
+    constexpr double kSame = 1e-4;
+    return std::abs(turn - kHalfCycle) < kSame
+               ? kLineCycles
+               : std::clamp(turn, kMinTurn, kMaxTurn) / static_cast<double>(kHopLines);
+}
+
+/** @return false where a fault begins */
+bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
+{
+    const double expected = mCycles + mTurn + mBend;
+    const double difference = wrappedCycles(phasor.mCycles - expected);
+    if (std::abs(difference) > kMaxBend || phasor.mAmplitude < kMinAmplitude * mAmplitude) {
+        lose();
+        return false;
+    }
+    const double turn = mTurn + mBend + difference;
+    mBend = turn - mTurn;
+    mTurn = turn;
+    mCycles += turn;
+    mAmplitude = phasor.mAmplitude;
+    pushMeasured(turn);
+    return true;
+}
+
+void PhaseClock::pushMeasured(double turn)
+{
+    ClockPoint point{0.0, turn, true, mIsOnLines};
+    if (mIsOnLines && isLeavingLines()) {
+        mIsOnLines = point.mIsOnLines = false;
+    }
+    point.mCycles = mPoints.back().mCycles + (mIsOnLines ? kHalfCycle : turn);
+    mPoints.push_back(point);
+}
+
+bool PhaseClock::isLeavingLines()
+{
+    mDrift.push_back(mCycles - static_cast<double>(mNextHop) * kHalfCycle);
+    const auto driftOver = [this](size_t hops) {
+        return mDrift.size() > hops ? std::abs(mDrift.back() - mDrift[mDrift.size() - 1 - hops])
+                                    : 0.0;
+    };
+    const bool isLeaving =
+        driftOver(kShortDriftHops) > kShortDrift || driftOver(kLongDriftHops) > kLongDrift;
+    if (mDrift.size() > kLongDriftHops) {
+        mDrift.pop_front();
+    }
+    return isLeaving;
+}
+
+void PhaseClock::pushExtrapolated()
+{
+    const double turn = mIsOnLines ? kHalfCycle : mTurn;
+    const double cycles = mPoints.empty() ? 0.0 : mPoints.back().mCycles + turn;
+    mPoints.push_back({cycles, turn, false, mIsOnLines});
+}
+
+/** Withdraws the points whose windows held the beginning of the fault. */
+void PhaseClock::lose()
+{
+    mIsFollowing = false;
+    mRun.clear();
+    mBend = 0.0;
+    const size_t count = std::min(kWithdrawn, mPoints.size() - mTaken);
+    const size_t last = mPoints.size() - 1 - count;
+    if (!mIsOnLines && last >= kFrequencyHops) {
+        mTurn = (mPoints[last].mCycles - mPoints[last - kFrequencyHops].mCycles) / kFrequencyHops;
+    }
+    mPoints.resize(last + 1);
+    for (size_t i = 0; i < count; ++i) {
+        pushExtrapolated();
+    }
+}
+
+/** Takes another system where this one shows no fundamental. */
+bool PhaseClock::chooseReference()
+{
+    for (const PhaseReference reference : kPhaseReferences) {
+        const auto phasor = mSamples.measure(reference, mNextHop * kHopLines, windowFrequency());
+        if (phasor.mShare >= kMinShare) {
+            mReference = reference;
+            return true;
+        }
+    }
+    return false;
+}
+
+void PhaseClock::search(SequenceSamples::Phasor phasor)
+{
+    if (phasor.mShare < kMinShare) {
+        mRun.clear();
+        if (chooseReference()) {
+            phasor = mSamples.measure(mReference, mNextHop * kHopLines, windowFrequency());
+        }
+    }
+    if (phasor.mShare >= kMinShare) {
+        extendRun(phasor);
+    }
+    pushExtrapolated();
+    if (mRun.size() >= kTrustedRun) {
+        resume();
+    }
+}
+
+void PhaseClock::extendRun(const SequenceSamples::Phasor& phasor)
+{
+    const double expectedTurn =
+        mRun.size() > 1 ? mRun.back().mCycles - mRun[mRun.size() - 2].mCycles : mTurn;
+    if (mRun.empty()) {
+        mRun.push_back({mNextHop, phasor.mCycles, phasor.mAmplitude});
+        return;
+    }
+    const Sighting& last = mRun.back();
+    const double difference = wrappedCycles(phasor.mCycles - last.mCycles - expectedTurn);
+    const double ratio = phasor.mAmplitude / last.mAmplitude;
+    const bool isEven = mRun.size() < 2 || std::abs(difference) <= kMaxBend;
+    const double turn = expectedTurn + difference;
+    if (!isEven || ratio < kMinAmplitude || ratio * kMinAmplitude > 1.0 || turn < kMinTurn ||
+        turn > kMaxTurn) {
+        mRun.clear();
+        mRun.push_back({mNextHop, phasor.mCycles, phasor.mAmplitude});
+        return;
+    }
+    mRun.push_back({mNextHop, last.mCycles + turn, phasor.mAmplitude});
+}
+
+bool PhaseClock::isOnLineTurn(double turn) const
+{
+    return std::abs(turn - kHalfCycle) < kLineTurn;
+}
+
+/** The run is trusted from now on. */
+void PhaseClock::resume()
+{
+    const Sighting& last = mRun.back();
+    const double turn = (last.mCycles - mRun[mRun.size() - 3].mCycles) / 2.0;
+    mIsOnLines = mIsOnLines && isOnLineTurn(turn);
+    if (!mHasBegun) {
+        begin(turn);
+    }
+    mIsFollowing = true;
+    mHasBegun = true;
+    mTurn = last.mCycles - mRun[mRun.size() - 2].mCycles;
+    mBend = 0.0;
+    mCycles = last.mCycles;
+    mAmplitude = last.mAmplitude;
+    mDrift.clear();
+}
+
+/** The points before the fundamental was found get its frequency, too. */
+void PhaseClock::begin(double turn)
+{
+    for (size_t i = mTaken; i < mPoints.size(); ++i) {
+        ClockPoint& point = mPoints[i];
+        const size_t hop = mNextHop + 1 + i - mPoints.size();
+        point.mIsOnLines = mIsOnLines;
+        point.mTurn = turn;
+        const bool isInRun = hop > mRun.front().mHop && hop <= mRun.back().mHop;
+        if (isInRun) {
+            const size_t index = mRun.size() - 1 - (mRun.back().mHop - hop);
+            point.mTurn = mRun[index].mCycles - mRun[index - 1].mCycles;
+            point.mIsMeasured = true;
+        }
+        const double clockTurn = mIsOnLines ? kHalfCycle : point.mTurn;
+        point.mCycles = i == 0 ? 0.0 : mPoints[i - 1].mCycles + clockTurn;
+    }
+}
+
+void PhaseClock::finish()
+{
+    mIsFinished = true;
+    while (mNextHop * kHopLines < mSamples.end() + 2 * kHopLines) {
+        pushExtrapolated();
+        ++mNextHop;
+    }
+}
+
+std::optional<ClockPoint> PhaseClock::take()
+{
+    const bool isSettled = mHasBegun || mPoints.size() > kMaxWait || mIsFinished;
+    const size_t held = mIsFinished ? 0 : kWithdrawn + 1;
+    if (!isSettled || mPoints.size() - mTaken <= held) {
+        return std::nullopt;
+    }
+    const ClockPoint point = mPoints[mTaken];
+    ++mTaken;
+    if (mTaken > kFrequencyHops + 1) {
+        mPoints.pop_front();
+        --mTaken;
+    }
+    return point;
+}
+
+} // namespace measure

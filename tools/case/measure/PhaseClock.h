@@ -1,0 +1,88 @@
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <vector>
+
+#include "measure/SequenceSamples.h"
+
+namespace measure {
+
+/** The phase of the fundamental is measured every half period of lines. */
+inline constexpr size_t kHopLines = 180;
+
+/** The clock at one hop: at line 180 h. */
+struct ClockPoint
+{
+    double mCycles = 0.0; ///< of the clock; never jumps
+    double mTurn = 0.0;   ///< by how much the fundamental turned since the hop before, in cycles
+    bool mIsMeasured = false; ///< the turn is; else it is extrapolated
+    bool mIsOnLines = false;  ///< since the hop before, 360 lines are a period of the clock
+};
+
+/**
+ * A clock that counts the periods of the fundamental, from lines of which 360 are about a period.
+ *
+ * Every half period the phase of the positive sequence is measured. Where it turns evenly the clock
+ * follows it. A fault ends that: the turn changes by more than a degree from one hop to the next,
+ * or the amplitude falls below half. From there the clock goes on at the frequency from before,
+ * until six measurements in a row are even again. What the phase has jumped by then is left out,
+ * so that periods have their true length again right after the fault.
+ *
+ * Where the lines keep to the fundamental the clock keeps to the lines, exactly.
+ */
+class PhaseClock
+{
+public:
+    void add(const waveform::SignalBlock& block);
+
+    /** No line follows: the last points are extrapolated. */
+    void finish();
+
+    /** The point of the next hop, from hop 0 on, if it is known. */
+    std::optional<ClockPoint> take();
+
+private:
+    /** A measurement, in a row of even ones. */
+    struct Sighting
+    {
+        size_t mHop;
+        double mCycles; ///< rises from one to the next
+        double mAmplitude;
+    };
+
+    void measureHop();
+    bool followOn(const SequenceSamples::Phasor& phasor);
+    void lose();
+    void search(SequenceSamples::Phasor phasor);
+    void extendRun(const SequenceSamples::Phasor& phasor);
+    void resume();
+    void begin(double turn);
+    void pushExtrapolated();
+    void pushMeasured(double turn);
+    bool isLeavingLines();
+    bool chooseReference();
+    double windowFrequency() const;
+    bool isOnLineTurn(double turn) const;
+
+    SequenceSamples mSamples;
+    PhaseReference mReference = PhaseReference::Voltages;
+    std::deque<ClockPoint> mPoints; ///< not taken yet, and the few before them
+    size_t mTaken = 0;              ///< how many of mPoints
+    size_t mNextHop = 0;            ///< to be measured
+    bool mHasBegun = false;         ///< the fundamental was found once
+    bool mIsFollowing = false;
+    bool mIsOnLines = true;
+    bool mIsFinished = false;
+    double mTurn;         ///< last one, or that of the extrapolation
+    double mBend = 0.0;   ///< change of the last turn
+    double mCycles = 0.0; ///< last that was measured
+    double mAmplitude = 0.0;
+    std::vector<Sighting> mRun;
+    std::deque<double> mDrift; ///< of the phase against the lines, the last hops
+
+public:
+    PhaseClock();
+};
+
+} // namespace measure

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "importing/ChannelMap.h"
+#include "resampling/Interpolator.h"
+#include "waveform/SignalSource.h"
+
+namespace measure {
+
+/**
+ * The channels of the device from a recording of others, in V and A, at equal steps: values
+ * between the recording's samples are band-limited. Reads the recording in overlapping parts, so
+ * its memory does not depend on the length.
+ */
+class RecordingLines
+{
+public:
+    /** Borrows the source. @param linesPerSecond of the result */
+    RecordingLines(waveform::SignalSource& source, const importing::ChannelMap& map,
+                   double linesPerSecond);
+
+    /** As SignalSource::read(). @throws CaseError for fewer than two instants */
+    bool read(waveform::SignalBlock& block);
+
+    /** Up to this frequency the first part of the recording knows its values. */
+    double maxHertz() const { return mMaxHertz; }
+
+    /** How often the rate changed or samples were missing. */
+    size_t breaks() const { return mBreaks; }
+
+private:
+    /** What a channel gets from one of the source. */
+    struct Term
+    {
+        size_t mChannel;
+        size_t mColumn;
+        double mFactor;
+    };
+
+    void makeTerms(const importing::ChannelMap& map);
+    bool readPart();
+    bool collect();
+    void dropOld();
+    void findRate();
+    void addLine(double seconds, size_t index, waveform::SignalBlock* block);
+
+    waveform::SignalSource& mSource;
+    double mLinesPerSecond;
+    std::vector<size_t> mSources; ///< channel of the source, a column each
+    std::vector<Term> mTerms;
+    waveform::SignalBlock mRead;
+    std::vector<double> mSeconds;
+    std::vector<resampling::SourceColumn> mColumns;
+    std::optional<resampling::SampleTimes> mTimes;
+    std::optional<resampling::Interpolator> mInterpolator;
+    std::vector<double> mValues; ///< of the columns, at one instant
+    size_t mNextLine = 0;
+    double mUpTo = -1.0;  ///< s: this part has lines before that
+    double mMargin = 0.0; ///< s that the kernel reaches
+    double mMaxHertz = 0.0;
+    bool mIsAtEnd = false; ///< of the source
+    size_t mBreaks = 0;
+};
+
+} // namespace measure

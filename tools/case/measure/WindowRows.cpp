@@ -1,0 +1,157 @@
+#include "measure/WindowRows.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace measure {
+
+namespace {
+constexpr double kPercent = 100.0;
+
+/** Fundamentals below this part of the largest of their system are noise. Squares. */
+constexpr double kNothing = 1e-10;
+
+double percentOf(double square, double whole)
+{
+    return kPercent * std::sqrt(square / whole);
+}
+
+bool hasAllPhases(const std::bitset<kChannelCount>& channels, size_t first)
+{
+    return channels.test(first) && channels.test(first + 1) && channels.test(first + 2);
+}
+} // namespace
+
+WindowRows::WindowRows(const Selection& selection, std::bitset<kChannelCount> channels,
+                       double maxHertz)
+    : mHasRms(selection.has(QuantityId::Rms)),
+      mHasThd(selection.has(QuantityId::Thd)),
+      mHasHarmonics(selection.has(QuantityId::Harmonic)),
+      mHasInterharmonics(selection.has(QuantityId::Interharmonic)),
+      mHasUnbalance(selection.has(QuantityId::PositiveSequence)),
+      mHasPower(selection.has(QuantityId::ActivePower)),
+      mChannels(channels),
+      mMaxHertz(maxHertz)
+{
+}
+
+void WindowRows::put(QuantityId id, Channel channel, double value, int order)
+{
+    mRow.mKind.mId = id;
+    mRow.mKind.mOrder = order;
+    mRow.mChannel = channel;
+    mRow.mValue = value;
+    mOutput->add(mRow);
+}
+
+void WindowRows::write(const WindowValues& values, Interval interval, qint64 utcNs, double hertz,
+                       MeasurementOutput& output)
+{
+    mOutput = &output;
+    mRow.mUtcNs = utcNs;
+    mRow.mKind.mInterval = interval;
+    mHertz = hertz;
+    std::array<double, 2> largest{};
+    for (size_t channel = 0; channel < kChannelCount; ++channel) {
+        double& ofSystem = largest[channel / (kChannelCount / 2)];
+        ofSystem = std::max(ofSystem, values.mChannels[channel].mHarmonics[1]);
+    }
+    for (size_t channel = 0; channel < kChannelCount; ++channel) {
+        if (mChannels.test(channel)) {
+            writeChannel(values.mChannels[channel], deviceChannel(channel),
+                         largest[channel / (kChannelCount / 2)]);
+        }
+    }
+    if (mHasUnbalance && hasAllPhases(mChannels, 0)) {
+        writeSequences(values.mSequences[0], Channel::U);
+    }
+    if (mHasUnbalance && hasAllPhases(mChannels, kChannelCount / 2)) {
+        writeSequences(values.mSequences[1], Channel::I);
+    }
+    if (mHasPower) {
+        writePower(values);
+    }
+}
+
+void WindowRows::writeChannel(const ChannelSquares& squares, Channel channel, double largest)
+{
+    if (mHasRms) {
+        put(QuantityId::Rms, channel, std::sqrt(squares.mRms));
+    }
+    const double fundamental = squares.mHarmonics[1];
+    if (!(fundamental > kNothing * largest)) {
+        return;
+    }
+    if (mHasThd) {
+        double sum = 0.0;
+        for (size_t order = 2; order <= kLastOrder && mHertz * double(order) < mMaxHertz; ++order) {
+            sum += squares.mHarmonics[order];
+        }
+        put(QuantityId::Thd, channel, percentOf(sum, fundamental));
+    }
+    if (mHasHarmonics) {
+        writeOrders(QuantityId::Harmonic, squares.mHarmonics.data(), fundamental, channel);
+    }
+    if (mHasInterharmonics) {
+        writeOrders(QuantityId::Interharmonic, squares.mInterharmonics.data(), fundamental,
+                    channel);
+    }
+}
+
+/** Those below the largest frequency of the signal. */
+void WindowRows::writeOrders(QuantityId id, const double* squares, double fundamental,
+                             Channel channel)
+{
+    const Quantity& quantity = quantityOf(id);
+    for (int order = quantity.mFirstOrder; order <= quantity.mLastOrder; ++order) {
+        if ((order + 1) * mHertz < mMaxHertz) {
+            put(id, channel, percentOf(squares[order], fundamental), order);
+        }
+    }
+}
+
+void WindowRows::writeSequences(const SequenceSquares& squares, Channel system)
+{
+    const bool isVoltage = system == Channel::U;
+    if (squares.mPositive > kNothing * std::max(squares.mNegative, squares.mZero)) {
+        put(isVoltage ? QuantityId::NegativeVoltageUnbalance : QuantityId::NegativeCurrentUnbalance,
+            system, percentOf(squares.mNegative, squares.mPositive));
+        put(isVoltage ? QuantityId::ZeroVoltageUnbalance : QuantityId::ZeroCurrentUnbalance, system,
+            percentOf(squares.mZero, squares.mPositive));
+    }
+    put(QuantityId::PositiveSequence, system, std::sqrt(squares.mPositive));
+    put(QuantityId::NegativeSequence, system, std::sqrt(squares.mNegative));
+    put(QuantityId::ZeroSequence, system, std::sqrt(squares.mZero));
+}
+
+void WindowRows::writePower(const WindowValues& values)
+{
+    PhasePower total;
+    bool hasAll = true;
+    for (size_t phase = 0; phase < kPhases; ++phase) {
+        const PhasePower& power = values.mPower[phase];
+        if (!mChannels.test(phase) || !mChannels.test(kChannelCount / 2 + phase)) {
+            hasAll = false;
+            continue;
+        }
+        writePower(power, static_cast<Channel>(static_cast<size_t>(Channel::A) + phase));
+        total.mActive += power.mActive;
+        total.mReactive += power.mReactive;
+        total.mApparent += power.mApparent;
+    }
+    if (hasAll) {
+        writePower(total, Channel::Total);
+    }
+}
+
+void WindowRows::writePower(const PhasePower& power, Channel channel)
+{
+    put(QuantityId::ActivePower, channel, power.mActive);
+    put(QuantityId::ReactivePower, channel, power.mReactive);
+    put(QuantityId::ApparentPower, channel, power.mApparent);
+    if (power.mApparent > 0.0) {
+        put(QuantityId::PowerFactor, channel, power.mActive / power.mApparent);
+    }
+}
+
+} // namespace measure

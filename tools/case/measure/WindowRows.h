@@ -1,0 +1,47 @@
+#pragma once
+
+#include <bitset>
+#include <limits>
+
+#include "measure/Measurement.h"
+#include "measure/Selection.h"
+#include "measure/WindowValues.h"
+
+namespace measure {
+
+/** Makes rows of what was measured in windows. Percent of nothing gets no row. */
+class WindowRows
+{
+public:
+    /**
+     * @param channels that are measured
+     * @param maxHertz above which the signal has nothing, or nothing that is known
+     */
+    WindowRows(const Selection& selection, std::bitset<kChannelCount> channels, double maxHertz);
+
+    /** @param hertz of the fundamental */
+    void write(const WindowValues& values, Interval interval, qint64 utcNs, double hertz,
+               MeasurementOutput& output);
+
+private:
+    void writeChannel(const ChannelSquares& squares, Channel channel, double voltage);
+    void writeOrders(QuantityId id, const double* squares, double fundamental, Channel channel);
+    void writeSequences(const SequenceSquares& squares, Channel system);
+    void writePower(const WindowValues& values);
+    void writePower(const PhasePower& power, Channel channel);
+    void put(QuantityId id, Channel channel, double value, int order = 0);
+
+    bool mHasRms;
+    bool mHasThd;
+    bool mHasHarmonics;
+    bool mHasInterharmonics;
+    bool mHasUnbalance;
+    bool mHasPower;
+    std::bitset<kChannelCount> mChannels;
+    double mMaxHertz;
+    Measurement mRow; ///< the next one, as far as all of a window have it
+    double mHertz = 0.0;
+    MeasurementOutput* mOutput = nullptr;
+};
+
+} // namespace measure

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <list>
+
+#include "measure/WindowMeter.h"
+#include "measure/WindowRows.h"
+
+namespace measure {
+
+/**
+ * Windows of 10/12 periods without a gap, and what is aggregated from them: 15 of them (150/180
+ * periods), and those of 10 minutes of UTC.
+ *
+ * At each full 10 minutes a new series of windows begins at the first sample from then on. The one
+ * before it goes on until its window is full, which still belongs to the 10 minutes that have
+ * ended, and until its 150/180 periods are: both overlap the new series.
+ */
+class WindowSeries
+{
+public:
+    WindowSeries(WindowMeter meter, WindowRows rows, qint64 beginUtcNs);
+
+    /** Takes the samples up to the end of the history, 360 a period. */
+    void take(const SampleHistory& samples, MeasurementOutput& output);
+
+    /** No sample follows. */
+    void finish(const SampleHistory& samples, MeasurementOutput& output);
+
+    /** The first sample that is still needed. */
+    size_t needed() const;
+
+private:
+    struct Mean
+    {
+        WindowValues mSum;
+        size_t mCount = 0;
+    };
+
+    /** Windows that follow one another. */
+    struct Chain
+    {
+        size_t mNext = 0;           ///< begin of the next window
+        size_t mEnd = 0;            ///< sample at which the next chain begins; 0: not known yet
+        bool mBeganAtMark = false;  ///< at a full 10 minutes, so these can become complete
+        qint64 mEndUtcNs = 0;       ///< the full 10 minutes at which the next chain begins
+        bool mHasTenMinutes = true; ///< not given out yet
+        Mean mThreeSeconds;
+        Mean mTenMinutes;
+    };
+
+    void begin(size_t first, double seconds);
+    void endAtMark(size_t sample);
+    void measureChain(Chain& chain, const SampleHistory& samples, MeasurementOutput& output);
+    void write(Mean& mean, Interval interval, qint64 utcNs, MeasurementOutput& output);
+    qint64 utcOf(double seconds) const;
+
+    WindowMeter mMeter;
+    WindowRows mRows;
+    qint64 mBeginUtcNs;
+    qint64 mNextMarkNs = 0;   ///< the next full 10 minutes
+    std::list<Chain> mChains; ///< the last one goes on; at most one before it ends
+    size_t mSearched = 0;     ///< up to that sample no mark is left
+    double mHertz = 0.0;      ///< of the last window
+    bool mHasBegun = false;
+};
+
+} // namespace measure
