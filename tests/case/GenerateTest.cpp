@@ -305,7 +305,7 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         {"--signal nothing", 2,
          "--signal: 'nothing': no signal has this name; near it are flicker-1, flicker-2, "
          "flicker-7, "
-         "and --list shows all"},
+         "and vx-case generate --list shows all"},
         {"--signal steady-50hz --set x=1", 2,
          "--set: 'x=1': expected PARAMETER=NUMBER; steady-50hz has the parameters frequency, "
          "seconds"},

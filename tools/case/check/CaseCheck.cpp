@@ -17,9 +17,6 @@ constexpr double kMaxWaitSeconds = 5.0;
 /** Each of two neighbours was rounded to a whole number. */
 constexpr qint64 kRoundingOfValues = 1;
 
-/** An item on the 32-bit device: a pointer to its virtual operations, the record, the frequency. */
-constexpr qint64 kItemBytesOn32Bits = 4 + qint64{sizeof(SampleRecord)} + 4;
-
 bool isPlayed(const configuration::CaseEntry& entry, const FileFacts& facts)
 {
     return entry.mRepetitions > 0 && facts.mSamples > 0;
@@ -122,9 +119,9 @@ void CaseCheck::checkPlay(const configuration::CaseEntry& entry, const FileFacts
             file, lineOfSample(entry.mFileName, facts.mInsideBlocks.mFirst),
             facts.mInsideBlocks.mFrequency, kSamplesPerPeriod, facts.mInsideBlocks.mCount));
     }
-    if (facts.mSeconds > kMaxWaitSeconds) {
+    if (facts.seconds() > kMaxWaitSeconds) {
         mWarnings.push_back(fmt::format("{}: plays for {:.1f} s, and a command waits until its end",
-                                        file, facts.mSeconds));
+                                        file, facts.seconds()));
     }
 }
 
@@ -180,7 +177,7 @@ void CaseCheck::describe(qint32 number, const QList<configuration::CaseEntry>& e
         }
         const bool isFirst = result.mSamples == 0;
         result.mSamples += facts.mSamples * entry.mRepetitions;
-        result.mSeconds += facts.mSeconds * entry.mRepetitions;
+        result.mSeconds += facts.seconds() * entry.mRepetitions;
         result.mLowestHz = isFirst ? facts.mLowestHz : std::min(result.mLowestHz, facts.mLowestHz);
         result.mHighestHz = std::max(result.mHighestHz, facts.mHighestHz);
     }
@@ -217,7 +214,7 @@ qint64 CaseCheck::bytesHere() const
 
 qint64 CaseCheck::bytesOn32Bits() const
 {
-    return mLoadedSamples * kItemBytesOn32Bits;
+    return check::bytesOn32Bits(mLoadedSamples);
 }
 
 } // namespace check

@@ -5,13 +5,15 @@
 #include <cstdlib>
 
 #include "SampleStep.h"
-#include "base/Numbers.h"
 #include "waveform/ProgramMessages.h"
 #include "waveform/ValueLines.h"
 
 namespace check {
 
 namespace {
+/** An item on the 32-bit device: a pointer to its virtual operations, the record, the frequency. */
+constexpr qint64 kItemBytesOn32Bits = 4 + qint64{sizeof(SampleRecord)} + 4;
+
 void addErrors(const std::vector<std::string>& errors, FileFacts* facts)
 {
     for (const std::string& error : errors) {
@@ -49,7 +51,7 @@ public:
         } else if (!isSame(item.mFrequency, mBlockFrequency)) {
             add(&mFacts.mInsideBlocks, mFacts.mSamples, item.mFrequency);
         }
-        mFacts.mSeconds += static_cast<double>(mStep) * base::kSecondsPerNanosecond;
+        mFacts.mNanoseconds += mStep;
         takeValues(item);
         ++mFacts.mSamples;
     }
@@ -109,6 +111,11 @@ private:
     quint32 mLine = 0;
 };
 } // namespace
+
+qint64 bytesOn32Bits(qint64 samples)
+{
+    return samples * kItemBytesOn32Bits;
+}
 
 FileFacts factsOf(const QString& fileName)
 {

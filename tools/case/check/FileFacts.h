@@ -28,7 +28,7 @@ struct FileFacts
     bool mIsThere = true; ///< false when it could not be opened
 
     qint64 mSamples = 0;
-    double mSeconds = 0; ///< of one play, in the simulator's steps of whole ns
+    qint64 mNanoseconds = 0; ///< of one play, in the simulator's steps of whole ns
     float mLowestHz = 0;
     float mHighestHz = 0;
     Finding mUnplayable;   ///< frequencies outside the design, where a block begins
@@ -39,7 +39,12 @@ struct FileFacts
     Values mLargestStep{}; ///< between neighbours in the file, each channel by itself
 
     static constexpr int kMaxErrors = 20;
+
+    double seconds() const { return static_cast<double>(mNanoseconds) * 1e-9; }
 };
+
+/** Memory in bytes that the program on the 32-bit device takes for so many samples. */
+qint64 bytesOn32Bits(qint64 samples);
 
 /**
  * Reads a value file as the simulator does, with its classes and in its words, and continues after

@@ -306,8 +306,9 @@ std::string unknownSignal(const std::string& name)
     for (const Signal& signal : signalTable()) {
         names.push_back(signal.mName);
     }
-    return fmt::format("'{}': no signal has this name; near it are {}, and --list shows all", name,
-                       fmt::join(base::nearestNames(name, names, 3), ", "));
+    return fmt::format(
+        "'{}': no signal has this name; near it are {}, and vx-case generate --list shows all",
+        name, fmt::join(base::nearestNames(name, names, 3), ", "));
 }
 
 } // namespace generate

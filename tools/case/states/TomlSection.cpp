@@ -61,6 +61,14 @@ void TomlSection::fail(const toml::node& node, std::string_view key,
                           problem);
 }
 
+TomlSection TomlSection::section(const toml::node& node, std::string_view key) const
+{
+    if (!node.is_table()) {
+        fail(node, key, "expected a table");
+    }
+    return {mFileName, *node.as_table(), nameOf(key)};
+}
+
 TomlSection TomlSection::section(const toml::node& node, std::string_view key,
                                  const std::vector<std::string>& keys) const
 {

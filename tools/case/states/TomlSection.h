@@ -85,7 +85,10 @@ public:
     const toml::node* find(std::string_view key) const { return mTable.get(key); }
     const toml::table& table() const { return mTable; }
 
-    /** Of a node that is a table. */
+    /** Of a node that is a table, whatever its keys. */
+    TomlSection section(const toml::node& node, std::string_view key) const;
+
+    /** Of a node that is a table with those keys at most. */
     TomlSection section(const toml::node& node, std::string_view key,
                         const std::vector<std::string>& keys) const;
 
