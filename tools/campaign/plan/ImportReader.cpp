@@ -1,0 +1,153 @@
+#include "plan/ImportReader.h"
+
+#include <fmt/format.h>
+
+#include "SampleStep.h"
+#include "base/TextEncoding.h"
+#include "plan/PlanValues.h"
+
+namespace plan {
+
+namespace {
+/** More periods are a matter of `seconds`. */
+constexpr double kMaxRepeatedPeriods = 100'000.0;
+constexpr double kMaxRecordedSeconds = 1e6;
+constexpr double kMaxCounts = 1e9;
+} // namespace
+
+std::vector<std::string> ImportReader::keys()
+{
+    return {"channels", "scale",  "side",  "clip", "frequency", "from",
+            "to",       "before", "after", "loop", "encoding"};
+}
+
+std::string ImportReader::read(importing::ImportOptions& options, std::string& encoding)
+{
+    mMistakes.collect([&] { readChannels(options.mMapping); });
+    mMistakes.collect([&] { readScale(options.mMapping); });
+    mMistakes.collect([&] { readSide(options.mMapping); });
+    mMistakes.collect([&] { readFlag("clip", options.mClip); });
+    mMistakes.collect([&] { readFrequency(options); });
+    mMistakes.collect([&] { readSeconds("from", options.mFrom); });
+    mMistakes.collect([&] { readSeconds("to", options.mTo); });
+    mMistakes.collect([&] { readPeriods("before", options.mBefore); });
+    mMistakes.collect([&] { readPeriods("after", options.mAfter); });
+    mMistakes.collect([&] { readFlag("loop", options.mDoLoop); });
+    mMistakes.collect([&] { readEncoding(encoding); });
+    mMistakes.collect([&] {
+        if (options.mDoLoop && mSection.find("after") != nullptr) {
+            mSection.fail(*mSection.find("after"), "after",
+                          "there is loop, too; expected one of the two");
+        }
+    });
+    return mText;
+}
+
+void ImportReader::describe(const char* key, const std::string& value)
+{
+    mText += fmt::format(", {}={}", key, value);
+}
+
+void ImportReader::readChannels(importing::MappingOptions& mapping)
+{
+    const std::optional<std::string> text = plainText(mSection, "channels");
+    if (!text) {
+        return;
+    }
+    const std::string problem = importing::readAssignments(*text, mapping.mAssignments);
+    if (!problem.empty()) {
+        mSection.fail(*mSection.find("channels"), "channels", problem);
+    }
+    describe("channels", *text);
+}
+
+void ImportReader::readScale(importing::MappingOptions& mapping)
+{
+    const toml::node* const node = mSection.find("scale");
+    if (node == nullptr) {
+        return;
+    }
+    const toml::array* const pair = node->as_array();
+    if (pair == nullptr || pair->size() != 2) {
+        mSection.fail(*node, "scale", "expected two numbers: counts for a volt and for an ampere");
+    }
+    const states::Range range{0.0, kMaxCounts, true};
+    mapping.mCountsPerVolt = mSection.numberOf(*pair->get(0), "scale", range);
+    mapping.mCountsPerAmpere = mSection.numberOf(*pair->get(1), "scale", range);
+    describe("scale", fmt::format("{},{}", mapping.mCountsPerVolt, mapping.mCountsPerAmpere));
+}
+
+void ImportReader::readSide(importing::MappingOptions& mapping)
+{
+    const std::optional<std::string> text = plainText(mSection, "side");
+    if (!text) {
+        return;
+    }
+    if (*text != "primary" && *text != "secondary") {
+        mSection.fail(*mSection.find("side"), "side", "expected \"primary\" or \"secondary\"");
+    }
+    mapping.mSide = *text == "primary" ? importing::TransformerSide::Primary
+                                       : importing::TransformerSide::Secondary;
+    describe("side", *text);
+}
+
+/** A number, or one of two words. */
+void ImportReader::readFrequency(importing::ImportOptions& options)
+{
+    const toml::node* const node = mSection.find("frequency");
+    if (node == nullptr) {
+        return;
+    }
+    const std::string text = node->is_string() ? node->as_string()->get() : "";
+    if (text == "track" || text == "nominal") {
+        options.mTiming =
+            text == "track" ? importing::LineTiming::Phase : importing::LineTiming::Nominal;
+        describe("frequency", text);
+        return;
+    }
+    options.mTiming = importing::LineTiming::Fixed;
+    options.mHz = node->is_number() ? static_cast<float>(node->value_or(0.0)) : 0.0F;
+    if (!isPlayableStep(sampleStepOf(options.mHz))) {
+        mSection.fail(*node, "frequency",
+                      "expected \"track\", \"nominal\" or a frequency in Hz that can be played");
+    }
+    describe("frequency", fmt::format("{}", options.mHz));
+}
+
+void ImportReader::readEncoding(std::string& encoding)
+{
+    encoding = plainText(mSection, "encoding").value_or("");
+    if (encoding.empty()) {
+        return;
+    }
+    if (!base::isEncoding(encoding)) {
+        mSection.fail(*mSection.find("encoding"), "encoding", "no encoding of this name is known");
+    }
+    describe("encoding", encoding);
+}
+
+void ImportReader::readSeconds(const char* key, std::optional<double>& seconds)
+{
+    seconds = mSection.number(key, {-kMaxRecordedSeconds, kMaxRecordedSeconds});
+    if (seconds) {
+        describe(key, fmt::format("{}", *seconds));
+    }
+}
+
+void ImportReader::readPeriods(const char* key, size_t& periods)
+{
+    periods = wholeNumber(mSection, key, {0.0, kMaxRepeatedPeriods}).value_or(0);
+    if (periods > 0) {
+        describe(key, std::to_string(periods));
+    }
+}
+
+void ImportReader::readFlag(const char* key, bool& isSet)
+{
+    isSet = flag(mSection, key);
+    if (isSet) {
+        mText += fmt::format(", {}", key);
+    }
+}
+
+} // namespace plan

@@ -1,0 +1,218 @@
+#include "plan/PlanReader.h"
+
+#include <fmt/format.h>
+
+#include <QFileInfo>
+#include <algorithm>
+#include <cmath>
+
+#include "base/NearestName.h"
+#include "base/Numbers.h"
+#include "plan/PlanValues.h"
+#include "plan/SourceReader.h"
+
+namespace plan {
+
+namespace {
+constexpr size_t kMaxCases = 10'000;
+constexpr size_t kMaxPlays = 100'000;
+constexpr double kMaxTimes = double(kMaxPlays);
+constexpr double kMaxGapSeconds = 3600.0;
+constexpr double kDefaultGapSeconds = 2.0;
+constexpr double kMaxPlaySeconds = 7.0 * 86400.0;
+
+/** The steady signal's file has this name. */
+constexpr const char* kReservedName = "steady";
+
+const std::vector<std::string>& caseKeys()
+{
+    static const std::vector<std::string> kKeys = [] {
+        std::vector<std::string> keys = SourceReader::keys();
+        keys.insert(keys.begin(), {"name", "times", "seconds", "expect"});
+        return keys;
+    }();
+    return kKeys;
+}
+
+} // namespace
+
+PlanReader::PlanReader(Plan& plan, Mistakes& mistakes)
+    : mPlan(plan),
+      mFolder(QFileInfo(QString::fromStdString(plan.mFileName)).absolutePath().toStdString()),
+      mMistakes(mistakes)
+{
+}
+
+void PlanReader::read(const toml::table& table)
+{
+    const states::TomlSection file(mPlan.mFileName, table);
+    mMistakes.add(file.unknownKeys({"name", "steady", "gap", "case", "group"}));
+    readHead(file);
+    mMistakes.collect([&] { readSteady(file); });
+    mMistakes.collect([&] { readCases(file); });
+    mMistakes.collect([&] { readGroups(file); });
+}
+
+void PlanReader::readHead(const states::TomlSection& file)
+{
+    mPlan.mName =
+        QFileInfo(QString::fromStdString(mPlan.mFileName)).completeBaseName().toStdString();
+    mMistakes.collect([&] { mPlan.mName = plainText(file, "name").value_or(mPlan.mName); });
+    mMistakes.collect([&] {
+        const double seconds =
+            file.number("gap", {0.0, kMaxGapSeconds}).value_or(kDefaultGapSeconds);
+        mPlan.mGapNs = std::llround(seconds * base::kNanosecondsPerSecond);
+    });
+}
+
+/** Without one, the first signal of the table plays between the cases. */
+void PlanReader::readSteady(const states::TomlSection& file)
+{
+    mPlan.mSteady.mSignal = generate::signalTable().front();
+    mPlan.mSteady.mText = "signal " + mPlan.mSteady.mSignal.mName;
+    mPlan.mSteady.mLocation = {1, 1};
+    const toml::node* const node = file.find("steady");
+    if (node == nullptr) {
+        return;
+    }
+    const states::TomlSection section = file.section(*node, "steady");
+    mMistakes.add(section.unknownKeys(SourceReader::keys()));
+    mPlan.mSteady = SourceReader(section, mFolder, mMistakes).read();
+}
+
+void PlanReader::readCases(const states::TomlSection& file)
+{
+    const toml::node* const list = file.find("case");
+    if (list == nullptr) {
+        throw base::CaseError(states::messagePrefix(mPlan.mFileName, {1, 1}) +
+                              "expected cases, each below [[case]]");
+    }
+    if (!list->is_array_of_tables()) {
+        file.fail(*list, "case", "expected [[case]] before each case");
+    }
+    if (list->as_array()->size() > kMaxCases) {
+        file.fail(
+            *list, "case",
+            fmt::format("{} cases: expected at most {}", list->as_array()->size(), kMaxCases));
+    }
+    for (const toml::node& node : *list->as_array()) {
+        readCase(*node.as_table());
+    }
+    expectFewPlays();
+}
+
+/** A case with a mistake is left out of the plan. */
+void PlanReader::readCase(const toml::table& table)
+{
+    const states::TomlSection section(mPlan.mFileName, table);
+    const size_t mistakesBefore = mMistakes.texts().size();
+    mMistakes.add(section.unknownKeys(caseKeys()));
+    SourceReader source(section, mFolder, mMistakes);
+    Case it;
+    it.mLocation = states::locationOf(table);
+    it.mSource = source.read();
+    mMistakes.collect([&] { readName(section, source.defaultName(), it); });
+    readNumbers(section, it);
+    mMistakes.collect([&] { it.mExpected = names(section, "expect"); });
+    if (mMistakes.texts().size() == mistakesBefore) {
+        mPlan.mCases.push_back(std::move(it));
+    }
+}
+
+/** @param defaultName empty where the source is faulty: then that was said */
+void PlanReader::readName(const states::TomlSection& section, const std::string& defaultName,
+                          Case& it)
+{
+    const std::optional<std::string> given = section.text("name");
+    it.mName = given.value_or(defaultName);
+    if (!given && defaultName.empty()) {
+        return;
+    }
+    const toml::node& node = given ? *section.find("name") : section.table();
+    if (!isName(it.mName)) {
+        section.fail(
+            node, "name",
+            given ? kExpectedName
+                  : fmt::format("missing, and '{}' cannot be one: {}", it.mName, kExpectedName));
+    }
+    if (it.mName == kReservedName) {
+        section.fail(node, "name", "'steady' is what plays between the cases; expected another");
+    }
+    const auto [known, isNew] = mLineOfName.emplace(it.mName, it.mLocation.mLine);
+    if (!isNew) {
+        section.fail(node, "name",
+                     fmt::format("the case of line {} is '{}', too; expected a name of its own",
+                                 known->second, it.mName));
+    }
+}
+
+void PlanReader::readNumbers(const states::TomlSection& section, Case& it)
+{
+    mMistakes.collect([&] {
+        it.mTimes = static_cast<int>(wholeNumber(section, "times", {1.0, kMaxTimes}).value_or(1));
+    });
+    mMistakes.collect([&] {
+        it.mSeconds = section.number("seconds", {0.0, kMaxPlaySeconds, true});
+    });
+}
+
+void PlanReader::expectFewPlays()
+{
+    size_t plays = 0;
+    for (const Case& it : mPlan.mCases) {
+        plays += static_cast<size_t>(it.mTimes);
+        if (plays > kMaxPlays) {
+            throw base::CaseError(states::messagePrefix(mPlan.mFileName, it.mLocation) +
+                                  fmt::format("times: more than {} plays in all", kMaxPlays));
+        }
+    }
+}
+
+void PlanReader::readGroups(const states::TomlSection& file)
+{
+    const toml::node* const node = file.find("group");
+    if (node == nullptr) {
+        return;
+    }
+    if (!node->is_table()) {
+        file.fail(*node, "group", "expected a table for each group, such as [group.nightly]");
+    }
+    for (const auto& [key, group] : *node->as_table()) {
+        const std::string name(key.str());
+        mMistakes.collect(
+            [&, &entry = group] { readGroup(file.section(entry, "group." + name), name); });
+    }
+}
+
+void PlanReader::readGroup(const states::TomlSection& section, const std::string& name)
+{
+    mMistakes.add(section.unknownKeys({"cases"}));
+    const std::vector<std::string> members = names(section, "cases");
+    if (members.empty()) {
+        section.fail(section.table(), "cases", "missing; expected the names of cases");
+    }
+    if (!isName(name)) {
+        section.fail(section.table(), "cases",
+                     std::string("of a group that is no name; ") + kExpectedName);
+    }
+    std::vector<std::string> known;
+    for (const auto& [caseName, line] : mLineOfName) {
+        known.push_back(caseName);
+    }
+    const toml::array& list = *section.find("cases")->as_array();
+    for (size_t i = 0; i < members.size(); ++i) {
+        if (mLineOfName.count(members[i]) == 0) {
+            mMistakes.collect([&] {
+                const std::string nearest =
+                    known.empty()
+                        ? "; there is none"
+                        : "; the nearest is " + base::nearestNames(members[i], known, 1).front();
+                section.fail(*list.get(i), "cases",
+                             fmt::format("'{}': no case has this name{}", members[i], nearest));
+            });
+        }
+    }
+    mPlan.mGroups[name] = members;
+}
+
+} // namespace plan
