@@ -10,10 +10,11 @@
 #include "base/CaseError.h"
 #include "base/StandardOutput.h"
 #include "cli/Subcommands.h"
+#include "plan/Plan.h"
 
 namespace {
 constexpr int kInputAtFault = 1;
-constexpr int kCommandLineAtFault = 2;
+constexpr int kCommandLineAtFault = 2; ///< or the plan
 
 /** What was not understood comes before what is missing: it is why that is missing. */
 std::string failureMessage(const CLI::App* app, const CLI::Error& error)
@@ -31,6 +32,7 @@ void declare(CLI::App& app)
     app.set_version_flag("-v,--version", "vx-campaign " VX_VERSION);
     app.require_subcommand(1);
     app.failure_message(failureMessage);
+    cli::addCheckCommand(app);
     cli::addReportCommand(app);
 }
 
@@ -58,6 +60,9 @@ int main(int argc, char** argv)
     declare(app);
     try {
         return parseAndRun(app, argc, argv);
+    } catch (const plan::PlanError& error) {
+        std::cerr << "vx-campaign: " << error.what() << std::endl;
+        return kCommandLineAtFault;
     } catch (const base::CaseError& error) {
         std::cerr << "vx-campaign: " << error.what() << std::endl;
     } catch (const cli::EndWith& end) {

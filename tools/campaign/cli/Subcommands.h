@@ -13,6 +13,7 @@ namespace cli {
  * subcommand was given; the work itself is done in the other rooms. A subcommand throws CaseError
  * when its input is at fault and CLI::ValidationError when its options contradict each other.
  */
+void addCheckCommand(CLI::App& app);
 
 void addReportCommand(CLI::App& app);
 

@@ -1,0 +1,253 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+
+#include "CommandRunner.h"
+#include "stage/Stage.h"
+
+using namespace stage;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+/** A plan and its files in a folder of the test, and the folder of a night beside them. */
+class StageTest : public testing::Test
+{
+protected:
+    Stage make(const std::string& text) const
+    {
+        const plan::Plan plan = plan::parsePlan(text, mFiles.path("night.toml"));
+        return makeStage(plan, mFiles.path("night"));
+    }
+
+    /** What is wrong; the folder of the test is left out of it. */
+    std::string mistakesOf(const std::string& text) const
+    {
+        try {
+            make(text);
+        } catch (const plan::PlanError& error) {
+            return QString(error.what())
+                .replace(QString::fromStdString(mFiles.path("")), "")
+                .toStdString();
+        }
+        return "";
+    }
+
+    std::string staged(const std::string& name) const { return readFile(pathOf(name)); }
+
+    std::string pathOf(const std::string& name) const { return mFiles.path("night/stage/" + name); }
+
+    /** Names in a folder, hidden ones as well. */
+    std::string foundIn(const std::string& folder) const
+    {
+        const QDir::Filters all = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
+        return QDir(QString::fromStdString(mFiles.path(folder)))
+            .entryList(all)
+            .join(',')
+            .toStdString();
+    }
+
+    TestFiles mFiles;
+    CommandRunner mRunner;
+};
+
+/** A value file without the comments before its lines. */
+std::string linesOf(const std::string& text)
+{
+    return text.substr(text.find('\n', text.rfind('#')) + 1);
+}
+
+std::string oneBlock(const std::string& frequency)
+{
+    return repeated(valueLine("7", frequency), 360);
+}
+
+TEST_F(StageTest, FilesAreMadeOnceAndNumberedAsInThePlan)
+{
+    mFiles.make("mine.csv", oneBlock("60"));
+    const Stage stage = make(R"(
+[[case]]
+name = "first"
+signal = "steady-60hz"
+set = { seconds = 0.5 }
+times = 3
+expect = ["rms"]
+[[case]]
+file = "mine.csv"
+seconds = 1
+[[case]]
+name = "again"
+signal = "steady-60hz"
+set = { seconds = 0.5 }
+)");
+    EXPECT_EQ(staged("cases.conf"),
+              "# made by vx-campaign from the plan \"night\"\n"
+              "# number of the configuration, how often in a row, value file\n"
+              "0,1,steady.csv\n1,1,first.csv\n2,60,mine.csv\n3,1,first.csv\n-1,0,\n");
+    EXPECT_EQ(stage.mConfiguration, mFiles.path("night/stage/cases.conf"));
+    EXPECT_THAT(QDir(QString::fromStdString(stage.mDirectory)).entryList(QDir::Files),
+                ElementsAre("cases.conf", "first.csv", "mine.csv", "steady.csv"));
+    EXPECT_EQ(staged("mine.csv"), oneBlock("60"));
+
+    EXPECT_EQ(stage.mSteady.mDurationNs, 360 * 55'555);
+    ASSERT_EQ(stage.mCases.size(), 3U);
+    const journal::StagedCase& first = stage.mCases[0];
+    EXPECT_EQ(first.mName, "first");
+    EXPECT_EQ(first.mNumber, 1);
+    EXPECT_EQ(first.mFile, "first.csv");
+    EXPECT_EQ(first.mSamples, 30U * 360U);
+    EXPECT_EQ(first.mDurationNs, 30LL * 360 * 46'296);
+    EXPECT_EQ(first.mTimes, 3);
+    EXPECT_EQ(first.mSource, "signal steady-60hz, seconds=0.5");
+    EXPECT_THAT(first.mExpected, ElementsAre("rms"));
+    const journal::StagedCase& mine = stage.mCases[1];
+    EXPECT_EQ(mine.mFileRepetitions, 60U);
+    EXPECT_EQ(mine.mSamples, 60U * 360U);
+    EXPECT_EQ(mine.mDurationNs, 60LL * 360 * 46'296);
+    EXPECT_EQ(stage.mCases[2].mFile, "first.csv");
+
+    // Each configuration has samples of its own in the program.
+    EXPECT_EQ(stage.mBytesOnDevice, (1 + 30 + 1 + 30) * 360 * 56);
+    EXPECT_EQ(nightNs(stage, 1'000'000'000),
+              6 * (1'000'000'000LL + 360 * 55'555) + (4 * 30 + 60) * 360LL * 46'296);
+}
+
+/** The very lines that vx-case makes. */
+TEST_F(StageTest, SignalsRecordingsAndStatesAreAsVxCaseMakesThem)
+{
+    const std::string states = VX_EXAMPLES "/inrush.toml";
+    const std::string recording = VX_EXAMPLES "/recordings/inrush.cfg";
+    const std::tuple<const char*, std::string, Words> rows[] = {
+        {"dip",
+         "signal = \"dip-0-half-50hz\"\nset = { phases = 2 }",
+         {"generate", "--signal", "dip-0-half-50hz", "--set", "phases=2"}},
+        {"inrush", "states = \"" + states + '"', {"generate", "--states", states}},
+        {"recorded",
+         "recording = \"" + recording +
+             "\"\nbefore = 2\nto = 0.3\nchannels = \"3=UA*0.5\"\nfrequency = \"nominal\"",
+         {"import", recording, "--before", "2", "--to", "0.3", "--channels", "3=UA*0.5",
+          "--frequency", "nominal"}},
+    };
+    std::string plan;
+    for (const auto& [name, keys, words] : rows) {
+        plan += std::string("[[case]]\nname = \"") + name + "\"\n" + keys + '\n';
+    }
+    make(plan);
+    for (const auto& [name, keys, words] : rows) {
+        const CommandResult result = mRunner.run(joined({VX_CASE}, words));
+        EXPECT_GT(linesOf(result.mOutput).size(), 100'000U) << result.mErrors;
+        EXPECT_TRUE(linesOf(staged(std::string(name) + ".csv")) == linesOf(result.mOutput)) << name;
+    }
+}
+
+TEST_F(StageTest, AllMistakesOfAllFilesAreReportedAndNothingIsLeft)
+{
+    mFiles.make("bad.csv", oneBlock("50") + "1;2\n" + oneBlock("50") + "3\n");
+    mFiles.make("empty.csv", "# nothing\n");
+    mFiles.make("slow.csv", oneBlock("50") + oneBlock("0.001"));
+    mFiles.make("block.csv", oneBlock("50"));
+    mFiles.make("states.toml", "[[state]]\nperiods = 0\n");
+    EXPECT_EQ(
+        mistakesOf(R"([[case]]
+file = "none.csv"
+[[case]]
+file = "bad.csv"
+[[case]]
+file = "empty.csv"
+[[case]]
+file = "slow.csv"
+[[case]]
+recording = "block.csv"
+[[case]]
+states = "states.toml"
+[[case]]
+signal = "dip-80-250-50hz"
+seconds = 5
+)"),
+        "night.toml:1:1: none: none.csv: no such file\n"
+        "night.toml:3:1: bad: bad.csv:361: Wrong number of parameter. Expected: 13, found 2: "
+        "1;2\n"
+        "  bad.csv:722: Wrong number of parameter. Expected: 13, found 1: 3\n"
+        "night.toml:5:1: empty: empty.csv: has no samples to play\n"
+        "night.toml:7:1: slow: slow.csv:361: frequency of 0.001 Hz cannot be played\n"
+        "night.toml:9:1: block: block.csv: is a value file already; name it with file\n"
+        "night.toml:11:1: states: states.toml:2:11: periods: expected a number above 0 and at "
+        "most 1e+07\n"
+        "night.toml:13:1: dip-80-250-50hz: seconds: the file alone lasts 5.500 s; expected no "
+        "less");
+    EXPECT_EQ(foundIn("night"), "");
+}
+
+/** The same plan makes the same stage, wherever it is; so what is there is kept or refused. */
+TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
+{
+    mFiles.make("mine.csv", oneBlock("50"));
+    const std::string text = "[[case]]\nfile = \"mine.csv\"\n[[case]]\nsignal = \"steady-60hz\"\n";
+    const std::string hash = make(text).mHash;
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(pathOf("steady-60hz.csv"))));
+    mFiles.make("night/stage/mine of the user.txt", "kept");
+    EXPECT_EQ(make(text).mHash, hash);
+    EXPECT_EQ(foundIn("night/stage"),
+              "cases.conf,mine of the user.txt,mine.csv,steady-60hz.csv,steady.csv");
+    EXPECT_EQ(foundIn("night"), "stage");
+
+    mFiles.make("mine.csv", oneBlock("60"));
+    EXPECT_EQ(mistakesOf(text),
+              "night/stage/mine.csv: is not what the plan makes; expected another folder, or the "
+              "plan and its files as they were");
+    EXPECT_EQ(staged("mine.csv"), oneBlock("50"));
+
+    ASSERT_TRUE(QDir(QString::fromStdString(pathOf(""))).removeRecursively());
+    EXPECT_NE(make(text).mHash, hash);
+}
+
+/** What a user sees; the temporary files of a check go away. */
+TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
+{
+    mRunner.writeFile("a.toml",
+                      "gap = 1\n[[case]]\nsignal = \"steady-60hz\"\ntimes = 2\n"
+                      "seconds = 1\n[group.g]\ncases = [\"steady-60hz\"]\n");
+    mRunner.writeFile("bad.toml", "gap = -1\n[[case]]\nfile = \"none.csv\"\n");
+    const std::string table =
+        "number  case         times  samples  repetitions  duration/s  source\n"
+        "     0  steady           -      360            1       0.020  signal steady-50hz\n"
+        "     1  steady-60hz      2    21600           60       1.000  signal steady-60hz\n"
+        "memory for the samples: 0.0 MiB on the 32-bit device\n"
+        "1 cases, 2 plays, 1 s between them: about 0:00:06\n";
+    const std::tuple<Words, int, std::string, std::string> rows[] = {
+        {{"a.toml", "--group", "g"}, 0, table, ""},
+        {{"a.toml", "-o", "kept"}, 0, table, ""},
+        {{"bad.toml"},
+         2,
+         "",
+         "vx-campaign: bad.toml:1:7: gap: expected a number of at least 0 and at most 3600\n"
+         "bad.toml:2:1: none: " +
+             mRunner.path("none.csv") + ": no such file\n"},
+        {{"none.toml"}, 2, "", "vx-campaign: none.toml: no such file\n"},
+        {{"a.toml", "--only", "b"},
+         2,
+         "",
+         "vx-campaign: --only: 'b': the plan has no such case; the nearest is steady-60hz\n"},
+    };
+    for (const auto& [words, status, output, errors] : rows) {
+        const CommandResult result = mRunner.run(joined({VX_CAMPAIGN, "check"}, words));
+        EXPECT_EQ(result.mExitCode, status) << result;
+        EXPECT_EQ(result.mOutput, output);
+        EXPECT_EQ(result.mErrors, errors);
+    }
+    EXPECT_THAT(mRunner.readFile("kept/stage/cases.conf"), HasSubstr("1,60,steady-60hz.csv\n"));
+}
+
+TEST_F(StageTest, TheExamplesAreGood)
+{
+    for (const auto& [name, cases] : {std::pair("night", 10U), std::pair("compliance", 33U)}) {
+        const plan::Plan plan = plan::readPlan(std::string(VX_EXAMPLES "/") + name + ".toml");
+        EXPECT_EQ(plan.mCases.size(), cases);
+    }
+    const Stage night = makeStage(plan::readPlan(VX_EXAMPLES "/night.toml"), mFiles.path("night"));
+    EXPECT_LT(nightNs(night, 1'000'000'000), 40'000'000'000) << "CI plays it";
+}
+
+} // namespace

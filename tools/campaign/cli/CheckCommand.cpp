@@ -1,0 +1,99 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <QTemporaryDir>
+#include <memory>
+#include <optional>
+
+#include "base/StandardOutput.h"
+#include "base/TextTable.h"
+#include "cli/PlanOptions.h"
+#include "cli/Subcommands.h"
+#include "plan/Draft.h"
+#include "stage/Stage.h"
+
+namespace cli {
+
+namespace {
+constexpr double kBytesPerMebibyte = 1048576.0;
+
+struct CheckOptions
+{
+    PlanOptions mPlan;
+    std::string mFolder; ///< empty: what was made goes away
+};
+
+std::vector<std::string> rowOf(const journal::StagedCase& it)
+{
+    return {std::to_string(it.mNumber),
+            it.mName,
+            it.mTimes > 0 ? std::to_string(it.mTimes) : "-",
+            std::to_string(it.mSamples),
+            std::to_string(it.mFileRepetitions),
+            fmt::format("{:.3f}", double(it.mDurationNs) * 1e-9),
+            it.mSource};
+}
+
+std::string tableOf(const plan::Plan& plan, const stage::Stage& stage)
+{
+    base::TextTable table(
+        {">number", "case", ">times", ">samples", ">repetitions", ">duration/s", "source"});
+    table.add(rowOf(stage.mSteady));
+    for (const journal::StagedCase& it : stage.mCases) {
+        table.add(rowOf(it));
+    }
+    std::string text = table.text();
+    for (const std::string& remark : stage.mRemarks) {
+        text += "remark: " + remark + "\n";
+    }
+    return text + fmt::format(
+                      "memory for the samples: {:.1f} MiB on the 32-bit device\n"
+                      "{} cases, {} plays, {:g} s between them: about {}\n",
+                      double(stage.mBytesOnDevice) / kBytesPerMebibyte, stage.mCases.size(),
+                      plan.playCount(), double(plan.mGapNs) * 1e-9,
+                      durationText(stage::nightNs(stage, plan.mGapNs)));
+}
+
+/** In a folder that goes away, unless the user names one. */
+stage::Stage makeIn(const std::string& folder, const plan::Plan& plan)
+{
+    if (!folder.empty()) {
+        return stage::makeStage(plan, folder);
+    }
+    const QTemporaryDir temporary;
+    if (!temporary.isValid()) {
+        throw base::CaseError(temporary.errorString().toStdString());
+    }
+    return stage::makeStage(plan, temporary.path().toStdString());
+}
+
+/** What is good is made although other cases are not: it may have mistakes of its own. */
+void check(const CheckOptions& options)
+{
+    plan::Draft draft = plan::draftPlan(plan::planText(options.mPlan.mPlan), options.mPlan.mPlan);
+    const bool isReadable = draft.mMistakes.texts().empty();
+    std::optional<stage::Stage> stage;
+    draft.mMistakes.collect([&] {
+        if (isReadable) {
+            draft.mPlan = plan::selected(std::move(draft.mPlan), options.mPlan.mSelection);
+        }
+        stage = makeIn(isReadable ? options.mFolder : "", draft.mPlan);
+    });
+    draft.mMistakes.expectNone();
+    base::writeToStandardOutput(tableOf(draft.mPlan, *stage));
+}
+} // namespace
+
+void addCheckCommand(CLI::App& app)
+{
+    CLI::App& command = *app.add_subcommand(
+        "check", "Makes and checks everything that a plan plays, and plays nothing");
+    const auto options = std::make_shared<CheckOptions>();
+    addPlanOptions(command, options->mPlan);
+    command.add_option("-o", options->mFolder, "Keeps what was made, in FOLDER/stage")
+        ->type_name("FOLDER");
+    command.footer("Example:\n  vx-campaign check night.toml");
+    command.callback([options] { check(*options); });
+}
+
+} // namespace cli

@@ -1,0 +1,86 @@
+#include "stage/Stage.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include "plan/Hashes.h"
+#include "stage/StageMaker.h"
+
+namespace stage {
+
+namespace {
+/** Nothing that is there may be lost by it, so both names are made by the caller. */
+void moveTo(const QString& from, const QString& to)
+{
+    if (!QDir().rename(from, to)) {
+        throw base::CaseError(to.toStdString() +
+                              ": cannot be made; is the disk full, or is it "
+                              "there by now?");
+    }
+}
+
+/** Names of those files that are not there yet. Throws where one that is there differs. */
+std::vector<std::string> missingFiles(const std::vector<std::string>& files, const QDir& made,
+                                      const QDir& present)
+{
+    plan::Mistakes mistakes;
+    std::vector<std::string> missing;
+    for (const std::string& name : files) {
+        const QString file = QString::fromStdString(name);
+        const std::string path = present.filePath(file).toStdString();
+        if (!present.exists(file)) {
+            missing.push_back(name);
+        } else if (plan::fileHash(path) != plan::fileHash(made.filePath(file).toStdString())) {
+            mistakes.add(path +
+                         ": is not what the plan makes; expected another folder, or the plan "
+                         "and its files as they were");
+        }
+    }
+    mistakes.expectNone();
+    return missing;
+}
+
+/** The stage appears as a whole; in one that is there, files that are missing are added. */
+void publish(const std::vector<std::string>& files, const QDir& made, const QDir& present)
+{
+    if (!QFileInfo::exists(present.path())) {
+        moveTo(made.path(), present.path());
+        return;
+    }
+    for (const std::string& name : missingFiles(files, made, present)) {
+        const QString file = QString::fromStdString(name);
+        moveTo(made.filePath(file), present.filePath(file));
+    }
+}
+} // namespace
+
+Stage makeStage(const plan::Plan& plan, const std::string& folder)
+{
+    const QDir night(QString::fromStdString(folder));
+    if (!night.mkpath(".")) {
+        throw base::CaseError(folder + ": cannot be made as a folder");
+    }
+    const QTemporaryDir work(night.filePath(".stage-XXXXXX"));
+    if (!work.isValid()) {
+        throw base::CaseError(folder + ": " + work.errorString().toStdString());
+    }
+    StageMaker maker(plan, work.path().toStdString());
+    Stage stage = maker.make();
+    stage.mDirectory = night.filePath(kStageFolder).toStdString();
+    stage.mConfiguration = stage.mDirectory + '/' + kCasesFile;
+    publish(maker.files(), QDir(work.path()), QDir(QString::fromStdString(stage.mDirectory)));
+    return stage;
+}
+
+qint64 nightNs(const Stage& stage, qint64 gapNs)
+{
+    const qint64 between = gapNs + stage.mSteady.mDurationNs;
+    qint64 night = between;
+    for (const journal::StagedCase& it : stage.mCases) {
+        night += (between + it.mDurationNs) * it.mTimes;
+    }
+    return night;
+}
+
+} // namespace stage

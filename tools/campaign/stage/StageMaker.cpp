@@ -1,0 +1,185 @@
+#include "stage/StageMaker.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/Numbers.h"
+#include "base/ProgressLine.h"
+#include "base/ResultFile.h"
+#include "plan/Hashes.h"
+#include "stage/ValueFileMaker.h"
+
+namespace stage {
+
+namespace {
+constexpr const char* kSteadyName = "steady";
+
+/** The program takes a command when a pass of the steady signal has ended. */
+constexpr qint64 kMaxSteadyNs = 5'000'000'000;
+
+/** The device's step is a whole number of ns: its time may differ from the file's by so much. */
+constexpr double kRoundingOfSteps = 1e-4;
+} // namespace
+
+Stage StageMaker::make()
+{
+    base::ProgressLine progress("making");
+    makeSteady();
+    size_t done = 0;
+    for (const plan::Case& it : mPlan.mCases) {
+        progress.show(double(++done) / double(mPlan.mCases.size() + 1));
+        makeCase(it);
+    }
+    mMistakes.expectNone();
+    writeConfiguration();
+    return std::move(mStage);
+}
+
+void StageMaker::makeSteady()
+{
+    const MadeFile& file = fileOf(mPlan.mSteady, kSteadyName);
+    if (!file.mIsGood) {
+        return;
+    }
+    journal::StagedCase& steady = mStage.mSteady;
+    steady.mName = kSteadyName;
+    steady.mFile = file.mName;
+    steady.mSamples = static_cast<quint64>(file.mFacts.mSamples);
+    steady.mDurationNs = file.mFacts.mNanoseconds;
+    steady.mTimes = 0;
+    steady.mSource = mPlan.mSteady.mText;
+    mStage.mBytesOnDevice += check::bytesOn32Bits(file.mFacts.mSamples);
+    if (steady.mDurationNs > kMaxSteadyNs) {
+        mStage.mRemarks.push_back(
+            fmt::format("{}the steady signal lasts {:.1f} s, and each case waits for its end",
+                        prefixOf(mPlan.mSteady.mLocation), double(steady.mDurationNs) / 1e9));
+    }
+}
+
+void StageMaker::makeCase(const plan::Case& it)
+{
+    const MadeFile& file = fileOf(it.mSource, it.mName);
+    if (!file.mIsGood) {
+        return;
+    }
+    journal::StagedCase staged;
+    staged.mName = it.mName;
+    staged.mNumber = static_cast<int>(mStage.mCases.size()) + 1;
+    staged.mFile = file.mName;
+    staged.mTimes = it.mTimes;
+    staged.mSource = it.mSource.mText;
+    staged.mExpected = it.mExpected;
+    setRepetitions(it, file, staged);
+    mStage.mBytesOnDevice += check::bytesOn32Bits(file.mFacts.mSamples);
+    mStage.mCases.push_back(std::move(staged));
+}
+
+/** The number of plays whose length is nearest to what is wanted. */
+void StageMaker::setRepetitions(const plan::Case& it, const MadeFile& file,
+                                journal::StagedCase& staged)
+{
+    const double fileSeconds = double(file.mFacts.mNanoseconds) * base::kSecondsPerNanosecond;
+    const double wanted = it.mSeconds.value_or(fileSeconds);
+    if (wanted < fileSeconds * (1.0 - kRoundingOfSteps)) {
+        mMistakes.add(fmt::format("{}{}: seconds: the file alone lasts {:.3f} s; expected no less",
+                                  prefixOf(it.mLocation), it.mName, fileSeconds));
+    }
+    const double repetitions = std::max(1.0, std::round(wanted / fileSeconds));
+    if (repetitions > double(std::numeric_limits<quint32>::max())) {
+        mMistakes.add(fmt::format("{}{}: seconds: the file lasts {:g} s; expected at most {} of it",
+                                  prefixOf(it.mLocation), it.mName, fileSeconds,
+                                  std::numeric_limits<quint32>::max()));
+        return;
+    }
+    staged.mFileRepetitions = static_cast<quint64>(repetitions);
+    staged.mSamples = static_cast<quint64>(file.mFacts.mSamples) * staged.mFileRepetitions;
+    staged.mDurationNs = file.mFacts.mNanoseconds * static_cast<qint64>(staged.mFileRepetitions);
+}
+
+/** Makes it where no case before had the same source. */
+const StageMaker::MadeFile& StageMaker::fileOf(const plan::Source& source, const std::string& name)
+{
+    const auto [known, isNew] = mMadeFrom.emplace(source.mText, MadeFile());
+    MadeFile& file = known->second;
+    if (!isNew) {
+        return file;
+    }
+    file.mName = name + ".csv";
+    try {
+        addRemarks(name, makeValueFile(source, pathOf(file.mName)));
+        file.mFacts = check::factsOf(QString::fromStdString(pathOf(file.mName)));
+        expectPlayable(source, file);
+        file.mHash = plan::fileHash(pathOf(file.mName));
+        file.mIsGood = true;
+        mFiles.push_back(file.mName);
+    } catch (const base::CaseError& error) {
+        mMistakes.add(prefixOf(source.mLocation) + name + ": " + error.what());
+    }
+    return file;
+}
+
+/** Messages begin with the made file's name; what its user knows is the file of the source. */
+void StageMaker::expectPlayable(const plan::Source& source, const MadeFile& file) const
+{
+    const check::FileFacts& facts = file.mFacts;
+    const std::string made = pathOf(file.mName);
+    const std::string& shown = source.mPath.empty() ? file.mName : source.mPath;
+    if (facts.mErrorCount > 0) {
+        std::vector<std::string> errors = facts.mErrors;
+        for (std::string& error : errors) {
+            if (error.compare(0, made.size(), made) == 0) {
+                error.replace(0, made.size(), shown);
+            }
+        }
+        if (facts.mErrorCount > qint64(errors.size())) {
+            errors.push_back(fmt::format("and {} more", facts.mErrorCount - qint64(errors.size())));
+        }
+        throw base::CaseError(fmt::format("{}", fmt::join(errors, "\n  ")));
+    }
+    if (facts.mSamples == 0) {
+        throw base::CaseError(shown + ": has no samples to play");
+    }
+    if (facts.mUnplayable.mCount > 0) {
+        throw base::CaseError(
+            fmt::format("{}:{}: frequency of {} Hz cannot be played", shown,
+                        check::lineOfSample(QString::fromStdString(made), facts.mUnplayable.mFirst),
+                        facts.mUnplayable.mFrequency));
+    }
+}
+
+void StageMaker::addRemarks(const std::string& name, const std::vector<std::string>& remarks)
+{
+    for (const std::string& remark : remarks) {
+        mStage.mRemarks.push_back(name + ": " + remark);
+    }
+}
+
+/** Files have no folder in it; see Stage. */
+void StageMaker::writeConfiguration()
+{
+    std::string text = fmt::format(
+        "# made by vx-campaign from the plan \"{}\"\n"
+        "# number of the configuration, how often in a row, value file\n0,1,{}\n",
+        mPlan.mName, mStage.mSteady.mFile);
+    for (const journal::StagedCase& it : mStage.mCases) {
+        text += fmt::format("{},{},{}\n", it.mNumber, it.mFileRepetitions, it.mFile);
+    }
+    text += "-1,0,\n";
+    base::ResultFile output(pathOf(kCasesFile));
+    output.write(text);
+    output.commit();
+    mFiles.emplace_back(kCasesFile);
+    for (const auto& [source, file] : mMadeFrom) {
+        text += file.mName + ' ' + file.mHash + '\n';
+    }
+    mStage.mHash = plan::textHash(text);
+}
+
+std::string StageMaker::prefixOf(const states::Location& location) const
+{
+    return states::messagePrefix(mPlan.mFileName, location);
+}
+
+} // namespace stage
