@@ -6,9 +6,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-# As release, but each file by itself.
+# As release: each file by itself, and several files joined as one.
 database=build/lint
+joined=build/lint-joined
 cmake --preset release -B "$database" -D CMAKE_UNITY_BUILD=OFF >/dev/null
+cmake --preset release -B "$joined" >/dev/null
 jobs=$(nproc)
 programs=(source externals tools)
 status=0
@@ -27,22 +29,39 @@ echo "lint: each file by itself, and one definition for each name"
 cmake --preset odr >/dev/null
 cmake --build --preset odr -- --quiet -k 0 || status=1
 
-echo "lint: clang-tidy"
+# tidy DATABASE OPTION... FOLDER...: reads all files of the folders that the database knows, one by
+# one or joined. How many warnings it suppressed in the headers of others is not printed.
 tidy() {
-    local checks=$1
+    local in=$1 options=() folders
     shift
-    # How many warnings it suppressed in the headers of others says nothing.
-    find "$@" -name '*.cpp' -print0 |
-        xargs -0 -n 1 -P "$jobs" clang-tidy --quiet -p "$database" --checks="$checks" 2>&1 |
+    while [[ $1 == -* ]]; do
+        options+=("$1")
+        shift
+    done
+    folders=$(IFS='|' && echo "$*")
+    grep -o '"file": "[^"]*"' "$in/compile_commands.json" | cut -d '"' -f 4 |
+        grep -E "^$PWD/($in/)?($folders)/" | sort -u | tr '\n' '\0' |
+        xargs -0 -n 1 -P "$jobs" clang-tidy --quiet -p "$in" --config-file=.clang-tidy \
+            --header-filter="/($folders)/.*\.(h|cpp)$" \
+            --extra-arg=-Wno-unknown-warning-option "${options[@]}" 2>&1 |
         sed '/^[0-9]* warnings\{0,1\} generated\.$/d'
 }
-if [[ $# -gt 0 ]]; then
-    tidy "" "$@" || status=1
-    exit "$status"
-fi
-tidy "" "${programs[@]}" || status=1
-# Tests are not tuned, they join literals on purpose, and the analyzer takes minutes for them.
-tidy "-clang-analyzer-*,-performance-*,-bugprone-suspicious-missing-comma" tests benchmarks ||
-    status=1
 
+folders=("$@")
+[[ $# -gt 0 ]] || folders=("${programs[@]}")
+
+# Joined, because the headers of the libraries take most of the time.
+echo "lint: clang-tidy"
+tidy "$joined" --checks=-clang-analyzer-*,-bugprone-suspicious-include "${folders[@]}" || status=1
+
+# It analyzes functions of the file alone, so not those that were joined to it.
+echo "lint: analyzer of clang-tidy"
+tidy "$database" --checks=-*,clang-analyzer-* "${folders[@]}" || status=1
+
+if [[ $# -eq 0 ]]; then
+    # Tests are not tuned, they join literals on purpose, and the analyzer takes minutes for them.
+    echo "lint: clang-tidy of the tests"
+    tidy "$joined" --checks=-clang-analyzer-*,-performance-*,-bugprone-suspicious-* \
+        tests benchmarks || status=1
+fi
 exit "$status"

@@ -238,8 +238,8 @@ void PlaybackTracker::addUnknownCommands(const SampleContent* next)
             cheapest = &it;
         }
     }
-    if (cheapest == nullptr
-        || cheapest->mCost + kCostOfUnknownCommand > likeliest().mCost + kMaxCostAboveLikeliest) {
+    if (cheapest == nullptr ||
+        cheapest->mCost + kCostOfUnknownCommand > likeliest().mCost + kMaxCostAboveLikeliest) {
         return; // no case has just ended, or what follows would be dropped at once
     }
     Hypothesis commanded = *cheapest;
