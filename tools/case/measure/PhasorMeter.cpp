@@ -1,0 +1,125 @@
+#include "measure/PhasorMeter.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/Numbers.h"
+
+namespace measure {
+
+namespace {
+constexpr qint64 kNsInSecond = 1'000'000'000;
+
+/** Of the nominal value. */
+constexpr double kLeastWithAngle = 1e-4;
+constexpr double kLeastWithFrequency = 0.05;
+
+constexpr std::array<Channel, kPhasorCount> kPhasorChannels{Channel::UA, Channel::UB, Channel::UC,
+                                                            Channel::IA, Channel::IB, Channel::IC};
+
+bool isVoltage(Channel channel)
+{
+    return channel <= Channel::UN || channel == Channel::U;
+}
+
+/** Outputs the rows of one frame. */
+class FrameRows
+{
+public:
+    FrameRows(qint64 utcNs, const MeterSettings& settings, MeasurementOutput& output)
+        : mUtcNs(utcNs), mSettings(settings), mOutput(output)
+    {
+    }
+
+    void add(QuantityId id, Channel channel, double value)
+    {
+        mOutput.add({mUtcNs, value, {id}, channel});
+    }
+
+    void add(QuantityId magnitude, QuantityId angle, Channel channel, std::complex<double> phasor)
+    {
+        const double nominal =
+            isVoltage(channel) ? mSettings.mNominalVolts : mSettings.mNominalAmperes;
+        add(magnitude, channel, std::abs(phasor));
+        if (std::abs(phasor) > kLeastWithAngle * nominal) {
+            add(angle, channel, std::arg(phasor) / base::kRadiansPerDegree);
+        }
+    }
+
+private:
+    qint64 mUtcNs;
+    const MeterSettings& mSettings;
+    MeasurementOutput& mOutput;
+};
+} // namespace
+
+PhasorMeter::PhasorMeter(const MeterSettings& settings, PhasorClass phasorClass,
+                         int framesPerSecond)
+    : mSettings(settings),
+      mRate(framesPerSecond),
+      mDemodulator(settings.mBeginUtcNs, settings.mNominalHz),
+      mEstimator({phasorClass, framesPerSecond, settings.mNominalHz}, settings.mNominalHz,
+                 {kLeastWithFrequency * settings.mNominalVolts,
+                  kLeastWithFrequency * settings.mNominalAmperes}),
+      mNextFrame(firstFrameFrom(mEstimator.reach()))
+{
+}
+
+void PhasorMeter::add(const waveform::SignalBlock& block, MeasurementOutput& output)
+{
+    mDemodulator.add(block);
+    const auto& groups = mDemodulator.groups();
+    if (groups.empty()) {
+        return;
+    }
+    const double reach = mEstimator.reach();
+    mNextFrame = std::max(mNextFrame, firstFrameFrom(mDemodulator.coveredFrom() + reach));
+    for (; secondsOf(mNextFrame) + reach <= groups.back().mSeconds; ++mNextFrame) {
+        const PhasorFrame frame = mEstimator.frameAt(groups, secondsOf(mNextFrame));
+        this->output(stampOf(mNextFrame), frame, output);
+    }
+    mDemodulator.dropBefore(secondsOf(mNextFrame) - reach);
+}
+
+void PhasorMeter::finish(MeasurementOutput& /*output*/) {}
+
+/** Since the first sample. */
+double PhasorMeter::secondsOf(qint64 frame) const
+{
+    const qint64 wholeNs = frame / mRate * kNsInSecond - mSettings.mBeginUtcNs;
+    return static_cast<double>(wholeNs) * base::kSecondsPerNanosecond +
+           static_cast<double>(frame % mRate) / static_cast<double>(mRate);
+}
+
+qint64 PhasorMeter::stampOf(qint64 frame) const
+{
+    const qint64 part = (frame % mRate * kNsInSecond + mRate / 2) / mRate;
+    return frame / mRate * kNsInSecond + part;
+}
+
+qint64 PhasorMeter::firstFrameFrom(double seconds) const
+{
+    const qint64 second = mSettings.mBeginUtcNs / kNsInSecond;
+    const double fromSecond = seconds + static_cast<double>(mSettings.mBeginUtcNs % kNsInSecond) *
+                                            base::kSecondsPerNanosecond;
+    return second * mRate + static_cast<qint64>(std::ceil(fromSecond * static_cast<double>(mRate)));
+}
+
+void PhasorMeter::output(qint64 utcNs, const PhasorFrame& frame, MeasurementOutput& output) const
+{
+    FrameRows rows(utcNs, mSettings, output);
+    for (size_t i = 0; i < kPhasorCount; ++i) {
+        rows.add(QuantityId::PhasorMagnitude, QuantityId::PhasorAngle, kPhasorChannels[i],
+                 frame.mPhases[i]);
+    }
+    rows.add(QuantityId::PositivePhasorMagnitude, QuantityId::PositivePhasorAngle, Channel::U,
+             frame.mPositiveVoltage);
+    rows.add(QuantityId::PositivePhasorMagnitude, QuantityId::PositivePhasorAngle, Channel::I,
+             frame.mPositiveCurrent);
+    if (frame.mHz) {
+        rows.add(QuantityId::PhasorFrequency, Channel::None, *frame.mHz);
+        rows.add(QuantityId::Rocof, Channel::None, *frame.mHzPerSecond);
+    }
+}
+
+} // namespace measure
