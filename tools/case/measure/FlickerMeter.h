@@ -1,0 +1,87 @@
+#pragma once
+
+#include <optional>
+
+#include "measure/FlickerFilter.h"
+#include "measure/FlickerLevels.h"
+#include "measure/Meter.h"
+
+namespace measure {
+
+/**
+ * Block 1 of the flickermeter, and the square of block 2: relates the square of a voltage to its
+ * rms, which follows with 27.3 s, that is with 1 minute from 10 to 90 % of a step. The rms of half
+ * a nominal period is what follows; at the beginning it is the mean of all there are.
+ */
+class VoltageAdaptor
+{
+public:
+    /** @param least rms in V that is followed, above 0 */
+    VoltageAdaptor(double nominalHz, double least)
+        : mHalfPeriod(0.5 / nominalHz), mRms(least), mLeast(least)
+    {
+    }
+
+    /**
+     * @param meanSquare of `step` seconds of the voltage
+     * @return its ratio; nothing until there is an rms
+     */
+    std::optional<double> add(double meanSquare, double step);
+
+private:
+    double mHalfPeriod;
+    double mRms;
+    double mLeast;
+    double mSum = 0.0; ///< of the half period, up to now
+    double mSeconds = 0.0;
+    double mCount = 0.0; ///< of the half periods
+};
+
+/**
+ * The digital flickermeter of IEC 61000-4-15 for UA, UB and UC: `pinst` is the largest
+ * instantaneous flicker sensation of a second, `pst` is of 10 minutes and `plt` of two hours, all
+ * aligned to UTC and stamped at their ends.
+ *
+ * What comes in the first 30 s, while the filters settle, counts for nothing; so the first Pst is
+ * that of the first whole 10 minutes after them. The same holds after a gap of more than a quarter
+ * of a period.
+ */
+class FlickerMeter : public Meter
+{
+public:
+    FlickerMeter(const MeterSettings& settings, Lamp lamp);
+
+    void add(const waveform::SignalBlock& block, MeasurementOutput& output) override;
+    void finish(MeasurementOutput& output) override;
+
+private:
+    static constexpr size_t kVoltageCount = 3;
+
+    /** One voltage. */
+    struct Voltage
+    {
+        VoltageAdaptor mAdaptor;
+        FlickerFilter mFilter;
+        FlickerLevels mLevels;
+        double mSquares = 0.0; ///< of the open group
+    };
+
+    void restart(double seconds);
+    void endGroup(double seconds, MeasurementOutput& output);
+    void takeLevels(qint64 tick, MeasurementOutput& output);
+
+    MeterSettings mSettings;
+    Lamp mLamp;
+    std::vector<Voltage> mVoltages;
+    std::optional<FlickerCoefficients> mCoefficients;
+    std::array<double, kVoltageCount> mLevels{}; ///< the latest
+
+    double mBegin = 0.0;      ///< s: of what is measured without a gap
+    double mLast = 0.0;       ///< s: of the latest sample
+    double mGroupBegin = 0.0; ///< s: of the last sample before the open group
+    size_t mInGroup = 0;
+    size_t mGroupSize = 0; ///< 0: no sample yet
+    qint64 mLastTick = 0;
+};
+
+} // namespace measure
