@@ -1,0 +1,62 @@
+#include "measure/EventMeter.h"
+
+namespace measure {
+
+namespace {
+/** A steady value at the threshold is not beyond it: both are rounded. */
+constexpr double kRoundingMargin = 1e-5;
+
+RmsThreshold lowerThresholdOf(const EventSettings& settings, double percent)
+{
+    const double unit = settings.mDeclaredVolts / 100.0 * (1.0 - kRoundingMargin);
+    return {unit * percent, unit * (percent + settings.mHysteresisPercent)};
+}
+
+RmsThreshold upperThresholdOf(const EventSettings& settings, double percent)
+{
+    const double unit = settings.mDeclaredVolts / 100.0 * (1.0 + kRoundingMargin);
+    return {unit * percent, unit * (percent - settings.mHysteresisPercent)};
+}
+} // namespace
+
+EventMeter::EventMeter(const EventSettings& settings)
+    : mDip(lowerThresholdOf(settings, settings.mDipPercent)),
+      mSwell(upperThresholdOf(settings, settings.mSwellPercent)),
+      mDips(mDip, ThresholdEvents::Together::Any,
+            {QuantityId::DipResidual, QuantityId::DipDuration}),
+      mSwells(mSwell, ThresholdEvents::Together::Any,
+              {QuantityId::SwellMax, QuantityId::SwellDuration}),
+      mInterruptions(lowerThresholdOf(settings, settings.mInterruptionPercent),
+                     ThresholdEvents::Together::All,
+                     {QuantityId::InterruptionResidual, QuantityId::InterruptionDuration}),
+      mRapidChanges(settings)
+{
+}
+
+void EventMeter::add(const HalfPeriodValues& values, MeasurementOutput& output)
+{
+    const auto channel = static_cast<size_t>(values.mChannel);
+    if (channel >= kEventChannelCount) {
+        return;
+    }
+    if (mDip.isBack(values.mRms) && mSwell.isBack(values.mRms)) {
+        mInService.set(channel);
+    }
+    const bool wasSpoiled = mDips.isOpen(channel) || mSwells.isOpen(channel);
+    mDips.add(values, mInService, output);
+    mSwells.add(values, mInService, output);
+    mInterruptions.add(values, mInService, output);
+    const bool isSpoiled =
+        wasSpoiled || mDips.isOpen(channel) || mSwells.isOpen(channel) || !mInService.test(channel);
+    mRapidChanges.add(values, isSpoiled, output);
+}
+
+void EventMeter::finish(MeasurementOutput& output)
+{
+    mDips.finish(output);
+    mSwells.finish(output);
+    mInterruptions.finish(output);
+    mRapidChanges.finish(output);
+}
+
+} // namespace measure

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "measure/Measurement.h"
+
+namespace measure {
+
+/** One event of a voltage, or of the three together. */
+struct VoltageEvent
+{
+    Channel mChannel;
+    qint64 mBeginUtcNs;
+    std::optional<qint64> mEndUtcNs;       ///< none where the signal ended first
+    double mExtreme;                       ///< V
+    std::optional<double> mSteadyChange{}; ///< V; of rapid changes
+};
+
+/** The rows of one kind of event, and the quantities in them. */
+struct EventRows
+{
+    QuantityId mExtreme;
+    QuantityId mDuration;
+    std::optional<QuantityId> mSteadyChange{};
+};
+
+/**
+ * Outputs the events of one kind in the order of their beginnings, although they become known at
+ * their ends.
+ */
+class EventQueue
+{
+public:
+    explicit EventQueue(EventRows rows) : mRows(rows) {}
+
+    void add(const VoltageEvent& event) { mEvents.push_back(event); }
+
+    /** Outputs those that began up to the time. */
+    void outputUpTo(qint64 utcNs, MeasurementOutput& output);
+
+    bool isEmpty() const { return mEvents.empty(); }
+
+private:
+    void output(const VoltageEvent& event, MeasurementOutput& output) const;
+
+    EventRows mRows;
+    std::vector<VoltageEvent> mEvents;
+};
+
+} // namespace measure

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "measure/EventSettings.h"
+#include "measure/ThresholdEvents.h"
+
+namespace measure {
+
+/**
+ * Whether one voltage is steady, by IEC 61000-4-30: all of the last 100/120 half-period values lie
+ * within the threshold of their mean; half of the threshold once it is not.
+ */
+class SteadyVoltage
+{
+public:
+    /** A change from one steady voltage to the next. */
+    struct Change
+    {
+        qint64 mBeginUtcNs;
+        qint64 mEndUtcNs;
+        double mLargest;      ///< V: largest deviation from the steady voltage before
+        double mSteadyChange; ///< V: between the two steady voltages
+    };
+
+    SteadyVoltage(size_t count, double thresholdVolts) : mCount(count), mThreshold(thresholdVolts)
+    {
+    }
+
+    /** @return the change that is over with this value. */
+    std::optional<Change> add(const HalfPeriodValues& values);
+
+    /** Where the change began that goes on. */
+    std::optional<qint64> changingSince() const { return mBeginUtcNs; }
+
+private:
+    void updateMean();
+    bool isSteadyWithin(double volts) const;
+    const HalfPeriodValues& oldest() const { return mLast[mNext]; }
+
+    size_t mCount;
+    double mThreshold;
+    std::vector<HalfPeriodValues> mLast; ///< a ring; one more than count
+    size_t mNext = 0;                    ///< where the next value goes
+    bool mIsSteady = false;
+    double mMean = 0.0;   ///< of the last values
+    double mBefore = 0.0; ///< the last steady mean
+    double mLargest = 0.0;
+    std::optional<qint64> mBeginUtcNs; ///< of the change that goes on
+};
+
+/**
+ * Rapid voltage changes, of each voltage and of the three together, by IEC 61000-4-30: from where
+ * the first period begins that is not steady, up to 100/120 half periods before the voltage is
+ * steady again. A change in which a dip or a swell begins or ends is none.
+ */
+class RapidChanges
+{
+public:
+    explicit RapidChanges(const EventSettings& settings);
+
+    /** @param isSpoiled the voltage is in a dip or swell, or not in service */
+    void add(const HalfPeriodValues& values, bool isSpoiled, MeasurementOutput& output);
+
+    /** The signal is over: what goes on is not known to be a rapid change. */
+    void finish(MeasurementOutput& output);
+
+private:
+    void takeIntoSystem(const SteadyVoltage::Change& change);
+    qint64 firstOpen() const;
+
+    std::vector<SteadyVoltage> mVoltages;
+    EventChannels mSpoiled; ///< voltages whose change is none
+    EventQueue mQueue;
+
+    /** Of the three together: since one is not steady, until all are. */
+    std::optional<SteadyVoltage::Change> mSystem;
+    bool mIsSystemSpoiled = false;
+};
+
+} // namespace measure
