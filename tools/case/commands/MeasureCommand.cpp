@@ -110,6 +110,48 @@ void addMeasuredInput(CLI::App& command, measure::SignalOptions& signal)
         ->type_name("CHANNEL=SOURCE,...");
     addEncodingOption(command, &signal.mEncoding);
 }
+
+/** An option that is one of two words. */
+template <typename Value>
+void addChoice(CLI::App& command, const std::string& name, Value& value,
+               const std::array<std::pair<const char*, Value>, 2>& choices, const std::string& text)
+{
+    const std::string names = fmt::format("{}|{}", choices[0].first, choices[1].first);
+    command
+        .add_option_function<std::string>(
+            name,
+            [&value, name, choices](const std::string& word) {
+                const auto* const found =
+                    std::find_if(choices.begin(), choices.end(),
+                                 [&](const auto& each) { return word == each.first; });
+                if (found == choices.end()) {
+                    throw CLI::ValidationError(
+                        name, fmt::format("'{}': expected {} or {}", word, choices[0].first,
+                                          choices[1].first));
+                }
+                value = found->second;
+            },
+            text)
+        ->type_name(names);
+}
+
+/** How some quantities are measured. */
+void addMeterOptions(CLI::App& command, measure::MeasureOptions& measuring)
+{
+    using measure::Lamp;
+    using measure::PhasorClass;
+    command
+        .add_option("--rate", measuring.mFramesPerSecond,
+                    "Phasors a second (default: one a nominal period)")
+        ->check(CLI::Range(1, measure::PhasorWindow::kMaxRate))
+        ->type_name("N");
+    addChoice<PhasorClass>(command, "--class", measuring.mPhasorClass,
+                           {{{"P", PhasorClass::P}, {"M", PhasorClass::M}}},
+                           "The phasors' performance class (default: M)");
+    addChoice<Lamp>(command, "--lamp", measuring.mLamp,
+                    {{{"230", Lamp::V230}, {"120", Lamp::V120}}},
+                    "The voltage of the lamp for flicker (default: 230)");
+}
 } // namespace
 
 void addMeasureCommand(CLI::App& app)
@@ -142,6 +184,7 @@ void addMeasureCommand(CLI::App& app)
         .add_flag_callback(
             "--json", [&] { measuring.mForm = measure::TableForm::Json; }, "An object a line")
         ->excludes(wide);
+    addMeterOptions(command, measuring);
     command.callback([options] { runMeasure(*options); });
 }
 

@@ -113,6 +113,9 @@ void FlickerMeter::takeLevels(qint64 tick, MeasurementOutput& output)
 {
     const qint64 end = (tick + 1) * FlickerLevels::kTickNs;
     for (size_t channel = 0; channel < kVoltageCount; ++channel) {
+        if (!mSettings.mChannels.test(channel)) {
+            continue;
+        }
         const FlickerValues values = mVoltages[channel].mLevels.add(tick, mLevels[channel]);
         const auto put = [&](QuantityId id, const std::optional<double>& value) {
             if (value) {

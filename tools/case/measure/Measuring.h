@@ -4,8 +4,10 @@
 #include <vector>
 
 #include "base/ResultFile.h"
+#include "measure/FlickerFilter.h"
 #include "measure/MeasuredSignal.h"
 #include "measure/MeasurementWriters.h"
+#include "measure/PhasorWindow.h"
 
 namespace measure {
 
@@ -17,6 +19,9 @@ struct MeasureOptions
     double mNominalVolts = 230.0;
     double mNominalAmperes = 5.0;
     TableForm mForm = TableForm::Long;
+    std::optional<int> mFramesPerSecond; ///< of phasors; else one a nominal period
+    PhasorClass mPhasorClass = PhasorClass::M;
+    Lamp mLamp = Lamp::V230;
 };
 
 /**

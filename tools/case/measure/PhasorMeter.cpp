@@ -109,13 +109,22 @@ void PhasorMeter::output(qint64 utcNs, const PhasorFrame& frame, MeasurementOutp
 {
     FrameRows rows(utcNs, mSettings, output);
     for (size_t i = 0; i < kPhasorCount; ++i) {
+        if (!mSettings.mChannels.test(static_cast<size_t>(kPhasorChannels[i]))) {
+            continue;
+        }
         rows.add(QuantityId::PhasorMagnitude, QuantityId::PhasorAngle, kPhasorChannels[i],
                  frame.mPhases[i]);
     }
-    rows.add(QuantityId::PositivePhasorMagnitude, QuantityId::PositivePhasorAngle, Channel::U,
-             frame.mPositiveVoltage);
-    rows.add(QuantityId::PositivePhasorMagnitude, QuantityId::PositivePhasorAngle, Channel::I,
-             frame.mPositiveCurrent);
+    const auto addSystem = [&](Channel system, Channel first, std::complex<double> phasor) {
+        const auto channel = static_cast<size_t>(first);
+        if (mSettings.mChannels.test(channel) && mSettings.mChannels.test(channel + 1) &&
+            mSettings.mChannels.test(channel + 2)) {
+            rows.add(QuantityId::PositivePhasorMagnitude, QuantityId::PositivePhasorAngle, system,
+                     phasor);
+        }
+    };
+    addSystem(Channel::U, Channel::UA, frame.mPositiveVoltage);
+    addSystem(Channel::I, Channel::IA, frame.mPositiveCurrent);
     if (frame.mHz) {
         rows.add(QuantityId::PhasorFrequency, Channel::None, *frame.mHz);
         rows.add(QuantityId::Rocof, Channel::None, *frame.mHzPerSecond);

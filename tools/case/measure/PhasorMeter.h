@@ -14,8 +14,9 @@ namespace measure {
  *   degrees.
  * - The stamp of a frame is the middle of its window, so there is no group delay in it. Frames
  *   whose window reaches beyond the signal or across a gap are left out.
- * - A phasor of less than 0.01 % of the nominal value has no angle; positive sequences of less than
- *   5 % have no frequency. Both are left out.
+ * - Positive sequences are of three channels that the signal has. A phasor of less than 0.01 % of
+ * the nominal value has no angle; positive sequences of less than 5 % have no frequency. Both are
+ * left out.
  */
 class PhasorMeter : public Meter
 {
