@@ -6,6 +6,7 @@
 #include "ClosedForm.h"
 #include "CommandRunner.h"
 #include "Files.h"
+#include "SeededRandom.h"
 #include "base/CaseError.h"
 #include "importing/Importer.h"
 
@@ -68,10 +69,11 @@ struct Imported
     std::vector<std::vector<double>> mLines; ///< field by field
 };
 
-Imported import(const ClosedForm& signal, double seconds, const importing::ImportOptions& options)
+Imported import(const ClosedForm& signal, double seconds, const importing::ImportOptions& options,
+                double rate = 4800.0)
 {
     const TestFiles files;
-    ClosedFormSource source(signal, 4800.0, seconds);
+    ClosedFormSource source(signal, rate, seconds);
     base::ResultFile output(files.path("case.csv"));
     Imported imported{importing::importSignal(source, options, output), {}};
     output.commit();
@@ -125,6 +127,45 @@ TEST(ImportTest, LinesCanBeFoundAgain)
                 ASSERT_NEAR(line[9 + channel], signal.valueAt(line[1], channel), 2.0);
             }
             ASSERT_EQ(line[8] + line[12], 0.0);
+        }
+    }
+}
+
+/** Sums of channels at any rate, from any part of the recording, in each way of timing. */
+TEST(ImportTest, AnyMappingHoldsWhatWasRecorded)
+{
+    std::mt19937 random = seededRandom();
+    const auto number = [&random](double min, double max) {
+        return std::uniform_real_distribution<double>(min, max)(random);
+    };
+    const ClosedForm signal;
+    for (int round = 0; round < 12; ++round) {
+        std::string text;
+        std::array<std::array<double, 3>, 8> factors{};
+        for (size_t channel = 0; channel < 8; ++channel) {
+            const char quantity = random() % 2 == 0 ? 'U' : 'I';
+            text += fmt::format("{}{}=", text.empty() ? "" : ",", channel);
+            for (size_t phase = 0; phase < 3; ++phase) {
+                factors[channel][phase] = std::round(number(-200.0, 200.0)) / 100.0;
+                text += fmt::format("{}{}{}*{}", phase == 0 ? "" : "+", quantity, "ABC"[phase],
+                                    factors[channel][phase]);
+            }
+        }
+        importing::ImportOptions options;
+        ASSERT_EQ(importing::readAssignments(text, options.mMapping.mAssignments), "") << text;
+        options.mTiming =
+            round % 2 == 0 ? importing::LineTiming::Phase : importing::LineTiming::Nominal;
+        options.mFrom = number(0.06, 0.1);
+        options.mTo = number(0.14, 0.2);
+        for (const std::vector<double>& line :
+             import(signal, 0.3, options, number(4'600.0, 20'000.0)).mLines) {
+            for (size_t channel = 0; channel < 8; ++channel) {
+                double sum = 0.0;
+                for (size_t phase = 0; phase < 3; ++phase) {
+                    sum += factors[channel][phase] * signal.valueAt(line[1], int(phase));
+                }
+                ASSERT_NEAR(line[5 + channel], sum, 20.0) << text << ' ' << line[1];
+            }
         }
     }
 }

@@ -1,11 +1,14 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "CommandRunner.h"
 #include "Files.h"
 #include "ReadSignal.h"
+#include "SeededRandom.h"
 #include "input/OpenInput.h"
 #include "waveform/Measures.h"
 
@@ -46,6 +49,35 @@ TEST(InputTest, TextFilesWithAHeading)
                 testing::ElementsAre("the time column \"t\" has no unit: s is taken"));
     EXPECT_THAT(errorOf([&] { readAll(*late); }),
                 HasSubstr("scope:62: expected a number in field 2, found \"x\""));
+}
+
+/** Any separator, decimal sign, line end and number of decimals; the numbers are the same. */
+TEST(InputTest, TextFilesOfAnyForm)
+{
+    std::mt19937 random = seededRandom();
+    const TestFiles files;
+    for (int round = 0; round < 200; ++round) {
+        const char separator = ";\t,"[random() % 3];
+        const char decimalSign = separator != ',' && random() % 2 == 0 ? ',' : '.';
+        const std::string lineEnd = random() % 2 == 0 ? "\r\n" : "\n";
+        const auto decimals = static_cast<int>(1 + random() % 6);
+        std::string text = "Time (ms)" + std::string(1, separator) + "U1 (kV)" + lineEnd;
+        std::vector<double> written;
+        for (int line = 0; line < 20; ++line) {
+            // Four digits ahead of the sign show that it separates no thousands.
+            std::string number = fmt::format(
+                "{:.{}f}", std::uniform_real_distribution<double>(-4e3, 4e3)(random), decimals);
+            written.push_back(std::stod(number));
+            std::replace(number.begin(), number.end(), '.', decimalSign);
+            text += fmt::format("{}{}5{}{}{}", line, decimalSign, separator, number, lineEnd);
+            text += random() % 9 == 0 ? lineEnd : "";
+        }
+        const auto source = input::openInput(files.make("scope", text).toStdString(), {});
+        const waveform::SignalBlock all = readAll(*source);
+        ASSERT_EQ(all.size(), written.size()) << text;
+        EXPECT_EQ(all.mValues[0], written) << text;
+        EXPECT_NEAR(all.mSeconds.back(), 0.019, 1e-12) << text;
+    }
 }
 
 TEST(InputTest, MissingValuesOfTextFilesAreReported)

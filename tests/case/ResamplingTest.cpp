@@ -2,6 +2,7 @@
 
 #include "ClosedForm.h"
 #include "SampleStep.h"
+#include "SeededRandom.h"
 #include "resampling/Interpolator.h"
 #include "resampling/PhaseFollower.h"
 #include "resampling/Schedule.h"
@@ -149,6 +150,69 @@ double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, d
     return largest;
 }
 } // namespace
+
+/** Tones up to four tenths of the rate, at instants that meet no sample; a recorder's own clock. */
+TEST(RecorderTest, AnyBandLimitedSignalIsExactBetweenItsSamples)
+{
+    std::mt19937 random = seededRandom();
+    const auto number = [&random](double min, double max) {
+        return std::uniform_real_distribution<double>(min, max)(random);
+    };
+    for (int round = 0; round < 20; ++round) {
+        const double rate = number(1'000.0, 17'000.0);
+        std::vector<std::array<double, 2>> tones(5); // Hz and the phase in periods
+        for (auto& tone : tones) {
+            tone = {number(0.0, 0.4 * rate), number(0.0, 1.0)};
+        }
+        const auto valueAt = [&tones](double seconds) {
+            double sum = 0.0;
+            for (const auto& [hertz, phase] : tones) {
+                sum += std::sin(ClosedForm::kTwoPi * (hertz * seconds + phase));
+            }
+            return sum;
+        };
+        std::vector<resampling::SourceColumn> columns(1);
+        const std::vector<double> times = uniformTimes(rate, 400.0 / rate);
+        for (const double seconds : times) {
+            columns[0].mValues.push_back(valueAt(seconds));
+        }
+        const resampling::SampleTimes sampleTimes(times, true);
+        resampling::Interpolator interpolator(sampleTimes, columns, 18'000.0);
+        std::vector<double> values;
+        for (int i = 0; i < 200; ++i) {
+            const double seconds = number(60.0, 340.0) / rate;
+            interpolator.valuesAt(seconds, values);
+            ASSERT_NEAR(values[0], valueAt(seconds), 1e-5) << rate << ' ' << seconds;
+        }
+    }
+}
+
+/** A constant and harmonics vanish under the window. */
+TEST(PhaseMeterTest, SeesTheFundamentalAlone)
+{
+    std::mt19937 random = seededRandom();
+    const auto number = [&random](double min, double max) {
+        return std::uniform_real_distribution<double>(min, max)(random);
+    };
+    for (int round = 0; round < 50; ++round) {
+        const double hertz = number(45.0, 65.0);
+        const double cycles = number(-0.5, 0.5);
+        const double constant = number(-1.0, 1.0);
+        const auto order = static_cast<double>(2 + random() % 20);
+        resampling::ComplexSignal signal;
+        const std::vector<double> times = uniformTimes(4800.0, 0.2);
+        for (const double seconds : times) {
+            const double phase = ClosedForm::kTwoPi * (hertz * seconds + cycles);
+            signal.push_back(std::polar(7.0, phase) + std::polar(2.0, order * phase) + constant);
+        }
+        const resampling::SampleTimes sampleTimes(times, true);
+        const double at = number(0.05, 0.15);
+        const auto phasor = resampling::PhaseMeter(sampleTimes, signal).measure(at, hertz);
+        ASSERT_TRUE(phasor);
+        EXPECT_NEAR(phasor->mAmplitude, 7.0, 1e-3) << hertz;
+        EXPECT_NEAR(std::remainder(phasor->mCycles - cycles - hertz * at, 1.0), 0.0, 1e-5) << hertz;
+    }
+}
 
 /** A clock of whole microseconds, a change of the rate, a gap, and a skew. */
 TEST(RecorderTest, TimesAreTakenAsTheyAre)
