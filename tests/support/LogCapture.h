@@ -30,6 +30,9 @@ public:
     /** "LEVEL text" of each event since the last call. */
     Lines take();
 
+    /** The same, and expects that each has that origin. */
+    Lines takeFrom(const std::string& origin);
+
     std::vector<LogEvent> mEvents; ///< since the last take()
     bool mFull = false;            ///< fails as an appender does whose disk is full
 
