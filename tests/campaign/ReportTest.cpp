@@ -7,7 +7,6 @@
 
 #include "base/CaseError.h"
 #include "report/CaseTable.h"
-#include "report/CompactSvg.h"
 #include "report/HtmlPage.h"
 #include "report/JunitFile.h"
 #include "report/NightSummary.h"
@@ -259,6 +258,23 @@ TEST(ReportTest, TextsOfFilesAreTextsInEveryReport)
                  "\"<script>\" & 'more', \nend");
     EXPECT_NE(caseTable(night).find(",\"\"\"<script>\"\" & 'more',\x01\nend\"\n"),
               std::string::npos);
+}
+
+TEST(ReportTest, WhatWasMeasuredCountsAsWell)
+{
+    NightSummary night =
+        Steps().play(0, kPassed).play(1, kPassed).play(2, kPassed).over(kDone).summary();
+    night.mCases[0].mAssessments = {{"rms-half UA", "within", "0.02 % of 0.1 %", true}};
+    EXPECT_EQ(statusOf(night), 0);
+    night.mCases[0].mAssessments.push_back({"phasor UA", "BEYOND", "1.2 % > 1 %", false});
+    EXPECT_EQ(statusOf(night), 1);
+    EXPECT_EQ(verdictText(night), "Failed: 1 assessment not good");
+    Pictures pictures;
+    pictures.mCases.resize(night.mCases.size());
+    EXPECT_NE(htmlPage(night, pictures).find("1.2 % &gt; 1 %"), std::string::npos);
+    pugi::xml_document junit;
+    ASSERT_TRUE(junit.load_string(junitFile(night).c_str()));
+    expectCount(junit, "failure", "failures", 1);
 }
 
 TEST(ReportTest, WhatCannotBeANightIsRefused)

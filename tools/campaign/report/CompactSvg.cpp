@@ -27,10 +27,13 @@ void dropUsual(pugi::xml_node group)
     }
 }
 
+/** White space in a text may be meant, in a group it is not. */
 bool isEmpty(pugi::xml_node node)
 {
     const std::string_view name = node.name();
-    return (name == "g" || name == "text") && node.first_child().empty();
+    const auto isElement = [](pugi::xml_node child) { return child.type() == pugi::node_element; };
+    return (name == "g" && !node.find_child(isElement)) ||
+           (name == "text" && node.first_child().empty());
 }
 
 /** From the inside out: a group whose parts were all empty is empty as well. */
@@ -67,7 +70,7 @@ std::string compactSvg(const std::string& svg)
     }
     dropEmpty(canvas);
     std::ostringstream text;
-    document.save(text, "", pugi::format_raw, pugi::encoding_utf8);
+    document.save(text, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
     return text.str();
 }
 

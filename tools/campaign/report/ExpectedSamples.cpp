@@ -36,7 +36,8 @@ void addStretch(const Stretch& stretch, std::vector<ExpectedSample>* samples)
 {
     const explain::PlayedFile& file = *stretch.mFile;
     const qint64 durationNs = file.durationNs();
-    const qint64 pass = floorQuotient(stretch.mFromNs - stretch.mOriginNs, durationNs);
+    // The last sample of a pass is at the origin of the next one.
+    const qint64 pass = floorQuotient(stretch.mFromNs - stretch.mOriginNs - 1, durationNs);
     for (qint64 beginNs = stretch.mOriginNs + pass * durationNs; beginNs < stretch.mToNs;
          beginNs += durationNs) {
         for (size_t i = 0; i < file.size(); ++i) {

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "report/HtmlParts.h"
 #include "report/HtmlText.h"
 #include "report/ReportText.h"
@@ -20,6 +22,10 @@ constexpr char kPlaysHead[] =
     "<th scope=\"col\" class=\"number\">Samples</th>"
     "<th scope=\"col\" class=\"number\">Delay</th>"
     "<th scope=\"col\" class=\"number\">Findings</th></tr></thead>\n<tbody>\n";
+
+constexpr char kMeasuredHead[] =
+    "<table class=\"plays\">\n<thead><tr><th scope=\"col\">Measured</th>"
+    "<th scope=\"col\">Verdict</th><th scope=\"col\">Largest error</th></tr></thead>\n<tbody>\n";
 
 std::string numberCell(const char* label, const std::string& value)
 {
@@ -59,7 +65,33 @@ std::string caseRow(const NightSummary& night, const CaseSummary& it)
         numberCell("Findings", std::to_string(it.mFindings)));
 }
 
-/** Folded: the picture of the case, and its plays. */
+std::string assessmentsTable(const CaseSummary& it)
+{
+    if (it.mAssessments.empty()) {
+        return "";
+    }
+    std::string rows;
+    for (const Assessment& assessment : it.mAssessments) {
+        rows += fmt::format(
+            "<tr><th scope=\"row\">{}</th>"
+            "<td data-label=\"Verdict\"><span class=\"{}\">{}</span></td>"
+            "<td data-label=\"Largest error\"><span>{}</span></td></tr>\n",
+            htmlText(assessment.mName), assessment.mIsGood ? "passed" : "failed",
+            htmlText(assessment.mVerdict), htmlText(assessment.mText));
+    }
+    return kMeasuredHead + rows + "</tbody></table>\n";
+}
+
+/** Opens what is folded: its words say what is in it. */
+std::string summaryOf(const CaseSummary& it)
+{
+    const bool isMeasured = !it.mAssessments.empty();
+    return fmt::format("Picture of {}, and {} (number {}){}", htmlText(it.mStaged.mName),
+                       countText(it.mPlays.size(), "play"), it.mStaged.mNumber,
+                       isMeasured ? ", and what was measured" : "");
+}
+
+/** Folded: the picture of the case, what was measured, and its plays. */
 std::string moreRow(const NightSummary& night, const CaseSummary& it, const Drawing& drawing)
 {
     std::string rows;
@@ -68,10 +100,9 @@ std::string moreRow(const NightSummary& night, const CaseSummary& it, const Draw
     }
     return fmt::format(
         "<tr class=\"more\"><td colspan=\"6\"><details>"
-        "<summary>Picture of {}, and {} (number {})</summary>\n{}{}{}</tbody></table>\n"
+        "<summary>{}</summary>\n{}{}{}{}</tbody></table>\n"
         "</details></td></tr>\n",
-        htmlText(it.mStaged.mName), countText(it.mPlays.size(), "play"), it.mStaged.mNumber,
-        figureOf(drawing, it.mStaged.mName), kPlaysHead, rows);
+        summaryOf(it), figureOf(drawing, it.mStaged.mName), assessmentsTable(it), kPlaysHead, rows);
 }
 
 /** What was not seen, a list entry each. */
@@ -95,11 +126,15 @@ private:
 
 void NotObserved::addWhatIsNeverSeen()
 {
-    add(mNight.mNight.mIsObserved
-            ? "What was made of the samples. This report covers what arrived at the driver, "
-              "sample by sample, with its time stamps."
-            : "The stream. The commands and the answers in the log of the program are all that is "
-              "known.");
+    if (!mNight.mNight.mIsObserved) {
+        add("The stream. The commands and the answers in the log of the program are all that is "
+            "known.");
+    }
+    const auto isMeasured = [](const CaseSummary& it) { return !it.mAssessments.empty(); };
+    if (std::none_of(mNight.mCases.begin(), mNight.mCases.end(), isMeasured)) {
+        add("What the receiver made of the samples. This report covers what arrived at the "
+            "driver.");
+    }
 }
 
 void NotObserved::addPlays(Outcome outcome, const char* what)

@@ -147,6 +147,14 @@ void addPlay(const NightSummary& night, const PlaySummary& play, Suite* suite)
     }
 }
 
+void addAssessment(const Assessment& assessment, Suite* suite)
+{
+    suite->addTest("measured: " + assessment.mName, 0);
+    if (!assessment.mIsGood) {
+        suite->setResult("failure", assessment.mVerdict, assessment.mText, {});
+    }
+}
+
 /** What no play has: findings outside of them, and a night that was not done. */
 void addNight(const NightSummary& night, pugi::xml_node root)
 {
@@ -177,6 +185,9 @@ std::string junitFile(const NightSummary& night)
         Suite suite(root, night, it.mStaged.mName);
         for (const size_t play : it.mPlays) {
             addPlay(night, night.mPlays[play], &suite);
+        }
+        for (const Assessment& assessment : it.mAssessments) {
+            addAssessment(assessment, &suite);
         }
         suite.finish();
     }

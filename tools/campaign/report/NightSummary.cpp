@@ -246,10 +246,21 @@ size_t OutcomeCounts::ended() const
     return of(Outcome::Passed) + of(Outcome::NotObserved) + of(Outcome::Failed);
 }
 
+size_t NightSummary::badAssessments() const
+{
+    size_t count = 0;
+    for (const CaseSummary& it : mCases) {
+        count += static_cast<size_t>(
+            std::count_if(it.mAssessments.begin(), it.mAssessments.end(),
+                          [](const Assessment& assessment) { return !assessment.mIsGood; }));
+    }
+    return count;
+}
+
 bool NightSummary::isGood() const
 {
     return mState == NightState::Done && !mPlays.empty() && mOutside.empty() &&
-           mCounts.of(wanted()) == mPlays.size();
+           mCounts.of(wanted()) == mPlays.size() && badAssessments() == 0;
 }
 
 NightSummary summarize(const std::vector<journal::Entry>& entries)

@@ -61,6 +61,15 @@ struct PlaySummary
     std::vector<journal::FoundWrong> mFound; ///< those of attempts that were cut off included
 };
 
+/** What somebody measured in a case, held against what was to be expected. */
+struct Assessment
+{
+    std::string mName;    ///< quantity and channel: "rms-half UA"
+    std::string mVerdict; ///< in a word: "within"
+    std::string mText;    ///< the largest error, when, and the limit
+    bool mIsGood = false;
+};
+
 /** All plays of a case. */
 struct CaseSummary
 {
@@ -70,6 +79,7 @@ struct CaseSummary
     Outcome mOutcome = Outcome::Passed;
     quint64 mFindings = 0;
     std::optional<DelaySpread> mDelays;
+    std::vector<Assessment> mAssessments; ///< empty where nothing was measured; not in the journal
 };
 
 /** From the start, or from going on after a cut, to the next cut or the end. */
@@ -109,7 +119,9 @@ struct NightSummary
     /** What a play that is good comes to: on a device nothing can be observed. */
     Outcome wanted() const { return mNight.mIsObserved ? Outcome::Passed : Outcome::NotObserved; }
 
-    /** Done, and each play came to what is wanted, and nothing was found outside. */
+    size_t badAssessments() const;
+
+    /** Done, each play came to what is wanted, nothing was found outside, no assessment is bad. */
     bool isGood() const;
 };
 

@@ -65,6 +65,9 @@ std::vector<std::string> faultsOf(const NightSummary& night, bool isBrokenOff)
     if (!night.mOutside.empty()) {
         faults.push_back(countText(night.mOutside.size(), "finding") + " outside the plays");
     }
+    if (const size_t count = night.badAssessments(); count > 0) {
+        faults.push_back(countText(count, "assessment") + " not good");
+    }
     return faults;
 }
 
