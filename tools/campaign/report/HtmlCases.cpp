@@ -9,6 +9,12 @@
 namespace report {
 
 namespace {
+/** Of the plays of a case that are good, and of the others, so many are listed. */
+constexpr size_t kMaxListedPlays = 200;
+
+/** Of plays that were not played or not finished. */
+constexpr size_t kMaxNamedPlays = 20;
+
 constexpr char kCasesHead[] =
     "<table>\n<thead><tr><th scope=\"col\">Case</th><th scope=\"col\">Verdict</th>"
     "<th scope=\"col\" class=\"number\">Plays</th>"
@@ -65,6 +71,26 @@ std::string caseRow(const NightSummary& night, const CaseSummary& it)
         numberCell("Findings", std::to_string(it.mFindings)));
 }
 
+std::string playsTable(const NightSummary& night, const CaseSummary& it)
+{
+    std::string rows;
+    size_t good = 0;
+    size_t bad = 0;
+    for (const size_t index : it.mPlays) {
+        const PlaySummary& play = night.mPlays[index];
+        size_t& count = play.mOutcome == night.wanted() ? good : bad;
+        if (count++ < kMaxListedPlays) {
+            rows += playRow(night, play);
+        }
+    }
+    const size_t left =
+        it.mPlays.size() - std::min(good, kMaxListedPlays) - std::min(bad, kMaxListedPlays);
+    return kPlaysHead + rows + "</tbody></table>\n" +
+           (left > 0 ? fmt::format("<p class=\"muted\">{} more: see cases.csv.</p>\n",
+                                   countText(left, "play"))
+                     : "");
+}
+
 std::string assessmentsTable(const CaseSummary& it)
 {
     if (it.mAssessments.empty()) {
@@ -94,15 +120,12 @@ std::string summaryOf(const CaseSummary& it)
 /** Folded: the picture of the case, what was measured, and its plays. */
 std::string moreRow(const NightSummary& night, const CaseSummary& it, const Drawing& drawing)
 {
-    std::string rows;
-    for (const size_t play : it.mPlays) {
-        rows += playRow(night, night.mPlays[play]);
-    }
     return fmt::format(
         "<tr class=\"more\"><td colspan=\"6\"><details>"
-        "<summary>{}</summary>\n{}{}{}{}</tbody></table>\n"
+        "<summary>{}</summary>\n{}{}{}"
         "</details></td></tr>\n",
-        summaryOf(it), figureOf(drawing, it.mStaged.mName), assessmentsTable(it), kPlaysHead, rows);
+        summaryOf(it), figureOf(drawing, it.mStaged.mName), assessmentsTable(it),
+        playsTable(night, it));
 }
 
 /** What was not seen, a list entry each. */
@@ -142,13 +165,14 @@ void NotObserved::addPlays(Outcome outcome, const char* what)
     std::string names;
     size_t count = 0;
     for (const PlaySummary& play : mNight.mPlays) {
-        if (play.mOutcome == outcome && ++count <= 20) {
+        if (play.mOutcome == outcome && ++count <= kMaxNamedPlays) {
             names += (names.empty() ? "" : ", ") + playText(mNight, play);
         }
     }
     if (count > 0) {
-        add(fmt::format("{} {}: {}{}", countText(count, "play"), what, htmlText(names),
-                        count > 20 ? fmt::format(" and {} more", count - 20) : ""));
+        add(fmt::format(
+            "{} {}: {}{}", countText(count, "play"), what, htmlText(names),
+            count > kMaxNamedPlays ? fmt::format(" and {} more", count - kMaxNamedPlays) : ""));
     }
 }
 

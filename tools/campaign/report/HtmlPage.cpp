@@ -14,7 +14,7 @@ namespace report {
 
 namespace {
 /** Of the night, as its verdict is coloured. */
-Outcome outcomeOf(const NightSummary& night)
+Outcome headOutcome(const NightSummary& night)
 {
     if (night.isGood()) {
         return night.wanted();
@@ -43,10 +43,12 @@ std::string stateText(const NightSummary& night)
             return "The journal has no end: the night was cut off, or it is still going on. Here "
                    "is what "
                    "was on the disk by then. <code>vx-campaign run</code> with "
-                   "<code>--resume</code> goes on with the first play that has not ended.";
+                   "<code class=\"option\">--resume</code> goes on with the first play that has "
+                   "not ended.";
         case NightState::Interrupted:
             return "The night was ended by a signal. <code>vx-campaign run</code> with "
-                   "<code>--resume</code> goes on with the first play that has not ended.";
+                   "<code class=\"option\">--resume</code> goes on with the first play that has "
+                   "not ended.";
         case NightState::FirstFailure:
             return "The plan was played again and again, until the first play that failed.";
         case NightState::GaveUp:
@@ -69,7 +71,7 @@ std::string headOf(const NightSummary& night)
 
 std::string verdictPart(const NightSummary& night)
 {
-    std::string text = fmt::format("<h1 class=\"{}\">{}</h1>\n", styleOf(outcomeOf(night)),
+    std::string text = fmt::format("<h1 class=\"{}\">{}</h1>\n", styleOf(headOutcome(night)),
                                    htmlText(verdictText(night)));
     if (!night.mSessions.empty()) {
         text += fmt::format("<p>Night <strong>{}</strong> of the plan <code>{}</code>, {}</p>\n",

@@ -11,8 +11,7 @@ namespace report {
 
 namespace {
 /** Plays whose findings are listed; the table of plays has them all. */
-constexpr size_t kMaxListedPlays = 50;
-constexpr size_t kMaxNamedPlays = 20;
+constexpr size_t kMaxPlaysWithFindings = 50;
 
 void addNumber(const char* name, const std::string& value, const std::string& more,
                std::string* text)
@@ -102,10 +101,14 @@ std::string numbersPart(const NightSummary& night)
     if (night.mNight.mIsObserved) {
         addNumber("Samples of the cases that arrived", groupedText(night.mSamples), "", &text);
     }
-    addNumber("From command to first sample, median", delayText(night.mDelays), "", &text);
-    addNumber("Runs of the program", std::to_string(night.mProgramRuns),
-              night.mDeaths.empty() ? "" : fmt::format("{} of them died", night.mDeaths.size()),
-              &text);
+    addNumber(night.mNight.mIsObserved ? "From command to first sample, median"
+                                       : "From command to answer, median",
+              delayText(night.mDelays), "", &text);
+    if (night.mProgramRuns > 0) {
+        addNumber("Runs of the program", std::to_string(night.mProgramRuns),
+                  night.mDeaths.empty() ? "" : fmt::format("{} of them died", night.mDeaths.size()),
+                  &text);
+    }
     if (night.mSessions.size() > 1) {
         addNumber("Went on after a cut", countText(night.mSessions.size() - 1, "time"), "", &text);
     }
@@ -121,7 +124,7 @@ std::string findingsPart(const NightSummary& night, const Pictures& pictures)
         if (night.mPlays[i].mOutcome != Outcome::Failed) {
             continue;
         }
-        if (listed++ < kMaxListedPlays) {
+        if (listed++ < kMaxPlaysWithFindings) {
             text += playFindings(night, i, pictures);
         } else {
             ++others;

@@ -59,6 +59,7 @@ figcaption { color: var(--muted); font-size: 0.85rem; }
 .facts dt { color: var(--muted); }
 .facts dd { margin: 0; overflow-wrap: anywhere; }
 code { overflow-wrap: anywhere; }
+.option { white-space: nowrap; }
 @media screen and (max-width: 44rem) {
   body { padding: 0.75rem; }
   h1 { font-size: 1.25rem; }
