@@ -13,7 +13,7 @@ inline constexpr char kPageStyle[] = R"(
 @media (prefers-color-scheme: dark) {
   :root { --text: #e6e8eb; --muted: #a3abb6; --page: #14171a; --panel: #1e2328; --line: #39414a;
     --good: #56c271; --bad: #ff7b85; --other: #9db0d3; --warn: #e8a94c; --label: #101214; }
-  img { filter: invert(0.91) hue-rotate(180deg); } }
+  img { filter: brightness(0.88); border-radius: 0.3rem; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; padding: 1.5rem; max-width: 72rem; background: var(--page);
   color: var(--text); font: 1rem/1.5 system-ui, "DejaVu Sans", sans-serif; }
