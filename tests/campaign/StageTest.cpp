@@ -215,7 +215,7 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
         "     0  steady           -      360            1       0.020  signal steady-50hz\n"
         "     1  steady-60hz      2    21600           60       1.000  signal steady-60hz\n"
         "memory for the samples: 0.0 MiB on the 32-bit device\n"
-        "1 cases, 2 plays, 1 s between them: about 0:00:06\n";
+        "1 case, 2 plays, 1 s between them: about 5.06 s\n";
     const std::tuple<Words, int, std::string, std::string> rows[] = {
         {{"a.toml", "--group", "g"}, 0, table, ""},
         {{"a.toml", "-o", "kept"}, 0, table, ""},

@@ -5,11 +5,13 @@
 #include <memory>
 #include <optional>
 
+#include "base/Numbers.h"
 #include "base/StandardOutput.h"
 #include "base/TextTable.h"
 #include "cli/PlanOptions.h"
 #include "cli/Subcommands.h"
 #include "plan/Draft.h"
+#include "report/ReportText.h"
 #include "stage/Stage.h"
 
 namespace cli {
@@ -30,7 +32,7 @@ std::vector<std::string> rowOf(const journal::StagedCase& it)
             it.mTimes > 0 ? std::to_string(it.mTimes) : "-",
             std::to_string(it.mSamples),
             std::to_string(it.mFileRepetitions),
-            fmt::format("{:.3f}", double(it.mDurationNs) * 1e-9),
+            fmt::format("{:.3f}", double(it.mDurationNs) * base::kSecondsPerNanosecond),
             it.mSource};
 }
 
@@ -48,10 +50,12 @@ std::string tableOf(const plan::Plan& plan, const stage::Stage& stage)
     }
     return text + fmt::format(
                       "memory for the samples: {:.1f} MiB on the 32-bit device\n"
-                      "{} cases, {} plays, {:g} s between them: about {}\n",
-                      double(stage.mBytesOnDevice) / kBytesPerMebibyte, stage.mCases.size(),
-                      plan.playCount(), double(plan.mGapNs) * 1e-9,
-                      durationText(stage::nightNs(stage, plan.mGapNs)));
+                      "{}, {}, {:g} s between them: about {}\n",
+                      double(stage.mBytesOnDevice) / kBytesPerMebibyte,
+                      report::countText(stage.mCases.size(), "case"),
+                      report::countText(size_t(plan.playCount()), "play"),
+                      double(plan.mGapNs) * base::kSecondsPerNanosecond,
+                      report::durationText(stage::nightNs(stage, plan.mGapNs)));
 }
 
 /** In a folder that goes away, unless the user names one. */

@@ -1,7 +1,5 @@
 #include "cli/PlanOptions.h"
 
-#include <fmt/format.h>
-
 #include <CLI/CLI.hpp>
 
 namespace cli {
@@ -19,16 +17,6 @@ void addPlanOptions(CLI::App& command, PlanOptions& options)
         ->type_name("NAME,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-}
-
-std::string durationText(qint64 nanoseconds)
-{
-    constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
-    constexpr qint64 kSecondsPerMinute = 60;
-    const qint64 seconds = (nanoseconds + kNanosecondsPerSecond - 1) / kNanosecondsPerSecond;
-    const qint64 minutes = seconds / kSecondsPerMinute;
-    return fmt::format("{}:{:02}:{:02}", minutes / kSecondsPerMinute, minutes % kSecondsPerMinute,
-                       seconds % kSecondsPerMinute);
 }
 
 } // namespace cli

@@ -20,7 +20,4 @@ struct PlanOptions
 /** Declares PLAN, --only and --group. The options must outlive the command. */
 void addPlanOptions(CLI::App& command, PlanOptions& options);
 
-/** "1:02:03", rounded up to whole seconds. */
-std::string durationText(qint64 nanoseconds);
-
 } // namespace cli

@@ -54,7 +54,8 @@ void StageMaker::makeSteady()
     if (steady.mDurationNs > kMaxSteadyNs) {
         mStage.mRemarks.push_back(
             fmt::format("{}the steady signal lasts {:.1f} s, and each case waits for its end",
-                        prefixOf(mPlan.mSteady.mLocation), double(steady.mDurationNs) / 1e9));
+                        prefixOf(mPlan.mSteady.mLocation),
+                        double(steady.mDurationNs) * base::kSecondsPerNanosecond));
     }
 }
 
