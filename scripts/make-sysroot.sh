@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 
 directory=$(realpath -m "${1:-build/sysroot-armhf}")
 packages=libc6-dev,qtbase5-dev,liblog4cxx-dev,libfuse3-dev,libgtest-dev,libgmock-dev,libbenchmark-dev
-packages+=,libcli11-dev,libfmt-dev,nlohmann-json3-dev,libtomlplusplus-dev
+packages+=,libcli11-dev,libfmt-dev,nlohmann-json3-dev,libtomlplusplus-dev,libpugixml-dev,libkissfft-dev
 
 fail() {
     echo "make-sysroot: $*" >&2
