@@ -75,9 +75,9 @@ if(NOT TARGET vx-sandbox)
   return()
 endif()
 
-install(TARGETS vx-sandbox vx-case RUNTIME COMPONENT tools)
-vx_install_manual(tools vx-sandbox.1 vx-case.1)
-install(FILES completions/vx-sandbox completions/vx-case
+install(TARGETS vx-campaign vx-case vx-sandbox RUNTIME COMPONENT tools)
+vx_install_manual(tools vx-campaign.1 vx-case.1 vx-sandbox.1)
+install(FILES completions/vx-campaign completions/vx-case completions/vx-sandbox
   DESTINATION ${completions} COMPONENT tools)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vx-simulator-tools
   USE_SOURCE_PERMISSIONS COMPONENT tools)

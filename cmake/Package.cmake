@@ -64,11 +64,12 @@ are played is chosen by one-line commands while it runs.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_name})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION misc)
-# vx-case plot draws with gnuplot, and its PNG pictures need a font.
+# vx-case plot and vx-campaign draw with gnuplot, and its PNG pictures need a font.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "${program_name}, gnuplot-nox, fonts-dejavu-core")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "simulated driver and case tools for vx-simulator
 vx-sandbox runs a program with a simulated ADC driver, without any change on
 the host, and reports what arrived. vx-case makes, imports and checks what is
-played, and explains what was recorded.")
+played, and explains what was recorded. vx-campaign plays the cases of a plan,
+judges what arrives and reports.")
 
 include(CPack)

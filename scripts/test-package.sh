@@ -39,11 +39,13 @@ for package in vx-simulator vx-simulator-tools; do
 done
 
 # Each option that a program explains is completed.
-case=tools/case/vx-case
-commands=(source/vx-simulator tools/sandbox/vx-sandbox tools/control/vx-control "$case")
-while read -r subcommand; do
-    commands+=("$case $subcommand")
-done < <("build/package/$case" --help | sed '1,/^Subcommands:/d' | sed -n 's/^  \([a-z]*\).*/\1/p')
+commands=(source/vx-simulator tools/sandbox/vx-sandbox tools/control/vx-control)
+for tool in tools/case/vx-case tools/campaign/vx-campaign; do
+    commands+=("$tool")
+    while read -r subcommand; do
+        commands+=("$tool $subcommand")
+    done < <("build/package/$tool" --help | sed '1,/^Subcommands:/d' | sed -n 's/^  \([a-z]*\).*/\1/p')
+done
 for command in "${commands[@]}"; do
     read -ra words <<<"build/package/$command"
     completion=completions/${words[0]##*/}
