@@ -211,7 +211,9 @@ protected:
     void judge(bool withEvents, Told* told)
     {
         const explain::PlayPlan plan(mFiles.path("c.conf"), mFiles.path(""));
-        explain::Judge judge(plan, withEvents, *told);
+        explain::JudgeOptions options;
+        options.mHasEvents = withEvents;
+        explain::Judge judge(plan, options, *told);
         for (const Block& block : mBlocks) {
             const qint64 nowNs = waveform::stampNsOf(block.mRecords.back());
             for (const std::string& command : block.mCommands) {

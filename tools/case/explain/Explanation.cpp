@@ -25,7 +25,9 @@ bool explainRecording(const PlayPlan& plan, RecordingReader& recording,
                       const std::vector<std::string>& eventFiles, ExplanationOutput& output)
 {
     EventFiles events(eventFiles);
-    Judge judge(plan, !eventFiles.empty(), output);
+    JudgeOptions options;
+    options.mHasEvents = !eventFiles.empty();
+    Judge judge(plan, options, output);
     size_t records = 0;
     while (true) {
         const std::vector<SampleRecord>& next = recording.next();

@@ -33,7 +33,7 @@ bool FindingCounts::add(const Finding& finding)
 {
     const auto kind = static_cast<size_t>(finding.mKind);
     mCounts[kind] += finding.mCount;
-    return ++mListed[kind] <= kMaxListed;
+    return ++mListed[kind] <= mMaxListed;
 }
 
 bool FindingCounts::isClean() const

@@ -50,8 +50,10 @@ struct Finding
 class FindingCounts
 {
 public:
-    /** Max number that is listed of each kind; all are counted. */
+    /** Max number that is listed of each kind, unless another is given; all are counted. */
     static constexpr size_t kMaxListed = 20;
+
+    explicit FindingCounts(size_t maxListed = kMaxListed) : mMaxListed(maxListed) {}
 
     /** Counts the finding; true when it is one of those to be listed. */
     bool add(const Finding& finding);
@@ -62,6 +64,7 @@ public:
 private:
     static constexpr auto kKinds = static_cast<size_t>(FindingKind::Count);
 
+    size_t mMaxListed;
     std::array<size_t, kKinds> mCounts{};
     std::array<size_t, kKinds> mListed{};
 };

@@ -32,14 +32,16 @@ std::string valueText(size_t field, quint32 value)
 }
 } // namespace
 
-Judge::Judge(const PlayPlan& plan, bool hasEvents, ExplanationOutput& output)
+Judge::Judge(const PlayPlan& plan, const JudgeOptions& options, ExplanationOutput& output)
     : mPlan(plan),
-      mHasEvents(hasEvents),
+      mHasEvents(options.mHasEvents),
+      mIsFromStart(options.mIsFromStart),
       mOutput(output),
       mTracker(PlaybackTracker::atStart(plan)),
       mResynchronizer(plan),
       mCommands(plan.configurationCount(), plan.longestCaseNs()),
-      mMerger(plan, !hasEvents, output)
+      mMerger(plan, !options.mHasEvents, output),
+      mFindings(options.mMaxListed)
 {
 }
 
@@ -68,6 +70,9 @@ void Judge::begin()
         return;
     }
     mHasBegun = true;
+    if (mIsFromStart) {
+        return;
+    }
     const ContentSearch search(mPlan);
     std::vector<Positions> fronts = search.scan({contentOf(mWindow.next())});
     if (fronts.size() > kMaxFronts) {
@@ -255,7 +260,7 @@ void Judge::continueElsewhere(const Repair& found)
         addFinding(
             FindingKind::Missing, found.mSamples,
             fmt::format("{} samples are missing before it, from {} on", found.mSamples, expected));
-    } else if (mLastStampNs) {
+    } else if (mLastStampNs || mIsFromStart) {
         addFinding(FindingKind::Elsewhere, 1,
                    fmt::format("it is {} instead of {}", expectedText(), expected));
     }

@@ -10,6 +10,16 @@
 
 namespace explain {
 
+/** What is known of a recording before it comes, and what is wanted. */
+struct JudgeOptions
+{
+    /** Events will come; without them what was commanded is taken from what was played. */
+    bool mHasEvents = false;
+
+    bool mIsFromStart = false; ///< it begins with the first sample that the program played
+    size_t mMaxListed = FindingCounts::kMaxListed; ///< findings of each kind that are output
+};
+
 /**
  * Finds out from a recording of the driver what was played when, and what is wrong with it. Records
  * and events go in piece by piece as they come, and what is found out comes out as soon as it is
@@ -24,11 +34,7 @@ namespace explain {
 class Judge
 {
 public:
-    /**
-     * @param hasEvents whether events will come; without them what was commanded is taken from what
-     *        was played
-     */
-    Judge(const PlayPlan& plan, bool hasEvents, ExplanationOutput& output);
+    Judge(const PlayPlan& plan, const JudgeOptions& options, ExplanationOutput& output);
 
     /**
      * Takes the events that happened next. Records are judged once the events cover them, so
@@ -41,6 +47,9 @@ public:
 
     /** Number of records in the events. */
     size_t recordsInEvents() const { return mEvents.samples(); }
+
+    /** The whole passes that were played last, which are not output yet; nothing if all are. */
+    const std::optional<PlayedSegment>& playedLast() const { return mMerger.segment(); }
 
     /** What was found so far. */
     const FindingCounts& findings() const { return mFindings; }
@@ -95,6 +104,7 @@ private:
 
     const PlayPlan& mPlan;
     bool mHasEvents;
+    bool mIsFromStart;
     ExplanationOutput& mOutput;
     RecordWindow mWindow;
     RunEvents mEvents;

@@ -27,6 +27,9 @@ public:
 
     void add(const PlayedPasses& played);
 
+    /** What was merged and is not output yet. */
+    const std::optional<PlayedSegment>& segment() const { return mSegment; }
+
     /** Outputs what there is; what follows begins a new segment. */
     void flush();
 

@@ -98,6 +98,9 @@ public:
     /** What arrives next begins a pass, wherever in its file it stands. */
     void forgetPasses();
 
+    /** Follows what the other does, too. */
+    void alsoFollow(const PlaybackTracker& other) { mBeam.insertOrMerge(other.mBeam.all()); }
+
     /** With these hypotheses instead of its own. */
     PlaybackTracker replacedBy(std::vector<Hypothesis> hypotheses) const;
 

@@ -135,11 +135,16 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
     } else {
         const GapAnswer behind = searchAfterGap(expected, gapNs);
         const bool anyLost = !behind.mAfter.empty() && behind.mLost > 0;
+        std::optional<Repair> brokenOff = missingWithinCase(window, expected, gapNs);
         if (anyLost && goesOn(window, behind.mAfter, 0)) {
-            return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
-        }
-        if (std::optional<Repair> found = missingWithinCase(window, expected, gapNs)) {
+            Repair found{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
+            if (brokenOff && brokenOff->mSamples == behind.mLost) {
+                found.mAfter.alsoFollow(brokenOff->mAfter); // the two may be alike for a while
+            }
             return found;
+        }
+        if (brokenOff) {
+            return brokenOff;
         }
         if (anyLost && mostlyGoesOn(window, behind.mAfter)) {
             return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};

@@ -1,0 +1,229 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "SeededRandom.h"
+#include "SimulatedDesk.h"
+
+using journal::NightEnd;
+using journal::PlayEnd;
+using journal::PlayVerdict;
+
+namespace {
+
+/** What a night left, in short: "p" and "f" a play, then how it ended. */
+std::string verdictsOf(const MemoryJournal& journal)
+{
+    std::string text;
+    for (const PlayEnd& end : journal.all<PlayEnd>()) {
+        text += end.mVerdict == PlayVerdict::Passed ? 'p' : 'f';
+    }
+    for (const NightEnd& end : journal.all<NightEnd>()) {
+        const char* const kReasons[] = {" done", " interrupted", " first failure", " gave up"};
+        text += kReasons[static_cast<int>(end.mReason)];
+    }
+    return text;
+}
+
+/** The plays with findings; -1 is the night itself. */
+std::set<int> playsFoundWrong(const MemoryJournal& journal)
+{
+    std::set<int> plays;
+    for (const journal::FoundWrong& found : journal.all<journal::FoundWrong>()) {
+        plays.insert(found.mPlay.value_or(-1));
+    }
+    return plays;
+}
+
+std::string textOf(const MemoryJournal& journal)
+{
+    std::string text;
+    for (const journal::Entry& entry : journal.mEntries) {
+        text += lineOf(entry) + '\n';
+    }
+    return text;
+}
+
+class NightTest : public testing::Test
+{
+protected:
+    size_t between(size_t min, size_t max)
+    {
+        return std::uniform_int_distribution<size_t>(min, max)(mRandom);
+    }
+
+    std::vector<SampleRecord> samples(size_t min, size_t max)
+    {
+        return randomSamples(mRandom, between(min, max));
+    }
+
+    /** A steady signal of a few equal periods. */
+    SimulatedCase steady()
+    {
+        SimulatedCase it;
+        const std::vector<SampleRecord> period = randomSamples(mRandom, 360);
+        for (size_t periods = between(1, 4); periods > 0; --periods) {
+            it.mSamples.insert(it.mSamples.end(), period.begin(), period.end());
+        }
+        return it;
+    }
+
+    /** Three cases, of which one begins like the steady signal and one is repeated; six plays. */
+    SimulatedNight sixPlays()
+    {
+        std::vector<SimulatedCase> cases = {steady()};
+        SimulatedCase disturbed = cases[0];
+        const std::vector<SampleRecord> event = samples(400, 1100);
+        disturbed.mSamples.insert(disturbed.mSamples.end(), event.begin(), event.end());
+        cases.push_back(disturbed);
+        cases.push_back({samples(720, 2000), static_cast<int>(between(2, 3))});
+        cases.push_back({samples(1100, 2000), 1});
+        return {cases, {2, 2, 2}, 4'000'000'000};
+    }
+
+    /** Plays the night to its end. */
+    static void playNight(const SimulatedNight& night, SimulatedDesk& desk, MemoryJournal& journal,
+                          const run::NightOptions& options = {})
+    {
+        run::Night played(night.mBegin, *night.mPlan, options, desk, journal);
+        played.begin(desk.now());
+        desk.play(played);
+    }
+
+    std::mt19937 mRandom = seededRandom();
+};
+
+/** A fault that is put into one block. */
+struct BlockFault
+{
+    const char* mName;
+    bool mActsLater; ///< at the end of a case, or when the program looks at the clock
+    std::function<void(SimulatedDesk*, Block*)> mDo;
+    bool mIsWithinCase = false; ///< that is like no other
+};
+
+const BlockFault kBlockFaults[] = {
+    {"a refused block", false, [](SimulatedDesk*, Block* block) { block->mIsAccepted = false; }},
+    {"a doubled block", false,
+     [](SimulatedDesk*, Block* block) {
+         const std::vector<SampleRecord> once = block->mRecords;
+         block->mRecords.insert(block->mRecords.end(), once.begin(), once.end());
+     }},
+    {"a changed sample", false,
+     [](SimulatedDesk*, Block* block) { block->mRecords.back().mValues[3] ^= 1; }},
+    {"a changed block", false,
+     [](SimulatedDesk*, Block* block) {
+         for (SampleRecord& record : block->mRecords) {
+             record.mValues[0] += 1000;
+         }
+     }},
+    {"the death of the program", false, [](SimulatedDesk*, Block* block) { block->mKills = true; }},
+    {"a clock that is set forward", true,
+     [](SimulatedDesk*, Block* block) { block->mClockStepNs = 3'600'000'000'000; }},
+    {"a clock that is set back", true,
+     [](SimulatedDesk*, Block* block) { block->mClockStepNs = -3'600'000'000'000; }},
+    {"a driver that stands still", true,
+     [](SimulatedDesk* desk, Block*) { desk->mStandsStill = true; }},
+    {"two blocks that change places", false,
+     [](SimulatedDesk* desk, Block*) { desk->mSwapsNext = true; }, true},
+    {"somebody else's command", true, [](SimulatedDesk* desk, Block*) { desk->sendForeign("s2"); }},
+    {"somebody else's command for good", true,
+     [](SimulatedDesk* desk, Block*) { desk->sendForeign("3"); }},
+};
+
+} // namespace
+
+TEST_F(NightTest, PlaysThePlanAndSaysWhatArrived)
+{
+    const SimulatedNight night = sixPlays();
+    SimulatedDesk desk(night.mCases);
+    MemoryJournal journal;
+    playNight(night, desk, journal);
+    EXPECT_EQ(verdictsOf(journal), "pppppp done") << textOf(journal);
+    const std::vector<PlayEnd> ends = journal.all<PlayEnd>();
+    const std::vector<journal::CommandSent> commands = journal.all<journal::CommandSent>();
+    qint64 lastNs = 0;
+    for (size_t play = 0; play < ends.size(); ++play) {
+        const journal::StagedCase& it =
+            night.mBegin.mCases[static_cast<size_t>(night.mBegin.mOrder[play])];
+        EXPECT_EQ(commands[play].mText, "s" + std::to_string(it.mNumber));
+        EXPECT_EQ(ends[play].mSamples, it.mSamples);
+        EXPECT_EQ(ends[play].mLastStampNs - ends[play].mFirstStampNs,
+                  it.mDurationNs - SimulatedNight::kStepNs);
+        EXPECT_GE(ends[play].mFirstStampNs - lastNs, night.mBegin.mGapNs);
+        EXPECT_GE(ends[play].mDelayNs.value_or(-1), 0);
+        lastNs = ends[play].mLastStampNs;
+    }
+}
+
+TEST_F(NightTest, NoCleanNightFails)
+{
+    for (int round = 0; round < 200; ++round) {
+        std::vector<SimulatedCase> cases = {steady()};
+        std::vector<int> times;
+        for (size_t count = between(1, 3); count > 0; --count) {
+            cases.push_back(between(0, 3) == 0
+                                ? SimulatedCase{cases[between(0, cases.size() - 1)].mSamples, 1}
+                                : SimulatedCase{samples(1, 1500), static_cast<int>(between(1, 3))});
+            times.push_back(static_cast<int>(between(1, 2)));
+        }
+        SimulatedNight night(cases, times, static_cast<qint64>(between(0, 9'000'000'000)));
+        std::shuffle(night.mBegin.mOrder.begin(), night.mBegin.mOrder.end(), mRandom);
+        SimulatedDesk desk(cases);
+        MemoryJournal journal;
+        playNight(night, desk, journal);
+        ASSERT_EQ(verdictsOf(journal), std::string(night.mBegin.mOrder.size(), 'p') + " done")
+            << "round " << round << '\n'
+            << textOf(journal);
+        ASSERT_TRUE(playsFoundWrong(journal).empty());
+    }
+}
+
+TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
+{
+    const SimulatedNight night = sixPlays();
+    SimulatedDesk clean(night.mCases);
+    MemoryJournal cleanJournal;
+    std::vector<size_t> inner; // blocks before two more of their case
+    size_t inRow = 0;
+    int before = 0;
+    clean.mFault = [&](const Block* block) {
+        inRow = block->mConfiguration == before ? inRow + 1 : 1;
+        before = block->mConfiguration;
+        if (before >= 2 && inRow >= 3) {
+            inner.push_back(block->mIndex - 2);
+        }
+    };
+    playNight(night, clean, cleanJournal);
+    constexpr size_t kLater = 14; // blocks
+    for (const BlockFault& fault : kBlockFaults) {
+        for (int round = 0; round < 20; ++round) {
+            const size_t at = fault.mIsWithinCase ? inner[between(0, inner.size() - 1)]
+                                                  : between(1, clean.mBlocks - 40);
+            SimulatedDesk desk(night.mCases);
+            MemoryJournal journal;
+            std::set<int> suspects; // the play that the block is in
+            desk.mFault = [&](Block* block) {
+                if (block->mIndex == at) {
+                    fault.mDo(&desk, block);
+                    // A program that dies fails the play that has not ended yet.
+                    suspects = {block->mKills ? static_cast<int>(journal.all<PlayEnd>().size())
+                                              : desk.playsEnded()};
+                }
+                if (fault.mActsLater && block->mIndex > at && block->mIndex <= at + kLater) {
+                    suspects.insert(desk.playsEnded());
+                }
+            };
+            playNight(night, desk, journal);
+            SCOPED_TRACE(std::string(fault.mName) + " at block " + std::to_string(at) + ", play " +
+                         std::to_string(*suspects.begin()));
+            const std::set<int> wrong = playsFoundWrong(journal);
+            ASSERT_EQ(wrong.size(), 1U) << textOf(journal);
+            EXPECT_EQ(suspects.count(*wrong.begin()), 1U) << textOf(journal);
+            std::string verdicts(6, 'p');
+            verdicts[static_cast<size_t>(*wrong.begin())] = 'f';
+            EXPECT_EQ(verdictsOf(journal), verdicts + " done") << textOf(journal);
+        }
+    }
+}

@@ -1,0 +1,167 @@
+#include "judge/PlayJudge.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "waveform/RecordStamp.h"
+
+namespace judge {
+
+namespace {
+using explain::FindingKind;
+
+bool contains(const std::vector<int>& numbers, int number)
+{
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+} // namespace
+
+PlayJudge::PlayJudge(const explain::PlayPlan& plan)
+    : mPlan(plan), mJudge(plan, {true, true, std::numeric_limits<size_t>::max()}, *this)
+{
+}
+
+void PlayJudge::expect(int configuration, quint64 samples)
+{
+    mExpected = Expected{configuration, samples};
+    mPlayed = Played();
+    mHasBegun = false;
+}
+
+void PlayJudge::add(const SampleRecord* records, size_t count)
+{
+    if (count == 0) {
+        return;
+    }
+    countHeard(records, count);
+    mSamples.add(records, count);
+    mJudge.add(records, count);
+    closePlay();
+}
+
+void PlayJudge::countHeard(const SampleRecord* records, size_t count)
+{
+    const qint64 endNs = waveform::stampNsOf(records[count - 1]);
+    const qint64 maxNs = static_cast<qint64>(count) * mPlan.longestBlockNs() / kSamplesPerPeriod;
+    mHeardNs += std::clamp<qint64>(endNs - mLastStampNs.value_or(endNs), 0, maxNs);
+    mLastStampNs = endNs;
+}
+
+void PlayJudge::finish(size_t restBytes)
+{
+    mJudge.finish(restBytes, true);
+    closePlay();
+}
+
+std::vector<Outcome> PlayJudge::take()
+{
+    std::vector<Outcome> outcomes;
+    outcomes.swap(mOutcomes);
+    return outcomes;
+}
+
+/** A play that is complete is over where it was; what was found after it belongs to the next one.
+ */
+void PlayJudge::closePlay()
+{
+    const bool isLost = std::exchange(mIsLost, false);
+    if (mPlayedAt) {
+        endPlay(Played::Ending::Complete, *mPlayedAt);
+    }
+    if (isLost) {
+        endPlay(Played::Ending::Lost, mOutcomes.size());
+    } else if (isBackToSteady()) {
+        endPlay(Played::Ending::Incomplete, mOutcomes.size());
+    }
+}
+
+void PlayJudge::endPlay(Played::Ending ending, size_t place)
+{
+    mPlayed.mEnding = ending;
+    mOutcomes.insert(mOutcomes.begin() + static_cast<std::ptrdiff_t>(place), mPlayed);
+    mPlayed = Played();
+    mExpected.reset();
+    mPlayedAt.reset();
+    mHasBegun = false;
+}
+
+/** Whether the steady signal was played once after a part of the case. */
+bool PlayJudge::isBackToSteady() const
+{
+    const std::optional<explain::PlayedSegment>& last = mJudge.playedLast();
+    return mHasBegun && last && contains(last->mConfigurations, 0) &&
+           !contains(last->mConfigurations, mExpected->mConfiguration);
+}
+
+bool PlayJudge::plays(const explain::PlayedSegment& segment, int configuration) const
+{
+    return std::any_of(segment.mConfigurations.begin(), segment.mConfigurations.end(), [&](int it) {
+        return contains(mPlan.equalConfigurations(it), configuration);
+    });
+}
+
+void PlayJudge::add(const explain::PlayedSegment& segment)
+{
+    if (mHasBegun && !mPlayedAt && plays(segment, mExpected->mConfiguration)) {
+        mPlayed.mFirstStampNs =
+            mPlayed.mSamples == 0 ? segment.mFirstStampNs : mPlayed.mFirstStampNs;
+        mPlayed.mLastStampNs = segment.mLastStampNs;
+        mPlayed.mSamples += segment.mSamples;
+        if (mPlayed.mSamples >= mExpected->mSamples && !mIsLost) {
+            mPlayedAt = mOutcomes.size();
+        }
+        return;
+    }
+    if (!plays(segment, 0)) {
+        addFound({kNotPlanned,
+                  fmt::format("{} was played, which was not its turn: {} samples from {} on",
+                              segment.mFile, segment.mSamples,
+                              explain::stampText(segment.mFirstStampNs)),
+                  0, segment.mSamples, segment.mFirstStampNs, false});
+        mIsLost = true;
+    }
+}
+
+void PlayJudge::add(const explain::CommandOutcome& command)
+{
+    const bool isExpected =
+        mExpected && command.mText == 's' + std::to_string(mExpected->mConfiguration);
+    if (isExpected && command.mFirstSampleArrivalNs) {
+        mHasBegun = true;
+        mPlayed.mDelayNs = *command.mFirstSampleArrivalNs - command.mArrivalNs;
+    }
+}
+
+void PlayJudge::add(const explain::Finding& finding)
+{
+    const explain::FindingName& name = explain::nameOf(finding.mKind);
+    addFound({name.mKey, finding.mText, finding.mRecord, finding.mCount,
+              name.mIsOfRun ? std::nullopt : mSamples.stampNsAt(finding.mRecord), name.mIsOfRun});
+    mIsLost = mIsLost || finding.mKind == FindingKind::NotGiven ||
+              finding.mKind == FindingKind::NotFollowed;
+}
+
+void PlayJudge::add(const explain::Verdict& /*verdict*/) {}
+
+void PlayJudge::addFound(Found found)
+{
+    if (mPlayedAt && belongsToPlayed(found)) {
+        mOutcomes.insert(mOutcomes.begin() + static_cast<std::ptrdiff_t>((*mPlayedAt)++),
+                         std::move(found));
+    } else {
+        mOutcomes.emplace_back(std::move(found));
+    }
+}
+
+/** Of what is found once the play is complete. */
+bool PlayJudge::belongsToPlayed(const Found& found) const
+{
+    const bool isTwice = found.mKind == explain::nameOf(FindingKind::Twice).mKey;
+    return found.mIsOfRun || (isTwice && found.mRecord > 0 &&
+                              mSamples.stampNsAt(found.mRecord - 1) == mPlayed.mLastStampNs);
+}
+
+} // namespace judge

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <map>
+
+#include "journal/JournalWriter.h"
+#include "run/Desk.h"
+
+namespace run {
+
+/**
+ * Writes what happens into the journal, and counts what is found in the play that is on. When the
+ * journal cannot be written any more, it keeps the reason and writes nothing from then on.
+ *
+ * Borrows the journal.
+ */
+class Chronicle
+{
+public:
+    /** Findings of a kind that are written for one play; all are counted. */
+    static constexpr int kMaxListed = 20;
+
+    explicit Chronicle(journal::JournalSink& sink) : mSink(sink) {}
+
+    /** When the steps that follow happen. */
+    void setTime(const Moment& now) { mNow = now; }
+
+    void write(journal::Step step);
+
+    /** @param findings that the play already has from before the night was cut off */
+    void beginPlay(int play, quint64 findings);
+
+    /** Whether a finding of this kind would be written. */
+    bool lists(const std::string& kind) const;
+
+    /** Adds it to the play that is on, or to the night. */
+    void find(journal::FoundWrong found);
+
+    /**
+     * Ends the play that is on. One with findings has failed.
+     * @return how it ended
+     */
+    journal::PlayVerdict endPlay(journal::PlayEnd end);
+
+    /** The play that is on. */
+    const std::optional<int>& play() const { return mPlay; }
+
+    /** Of the play that is on, or since the last one. */
+    quint64 findings() const { return mFindings; }
+
+    quint64 allFindings() const { return mAllFindings; }
+    void setAllFindings(quint64 count) { mAllFindings = count; }
+
+    /** Why the journal could not be written; empty while it can. */
+    const std::string& problem() const { return mProblem; }
+
+private:
+    void forgetFindings(quint64 count);
+
+    journal::JournalSink& mSink;
+    Moment mNow;
+    std::optional<int> mPlay;
+    quint64 mFindings = 0;
+    quint64 mAllFindings = 0;
+    std::map<std::string, int> mListed;
+    std::string mProblem;
+};
+
+} // namespace run

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "run/Chronicle.h"
+#include "run/PlayOrder.h"
+
+namespace run {
+
+/** What the command line asks of a night beyond its plan. */
+struct NightOptions
+{
+    bool mUntilFailure = false;       ///< again and again, until a play fails
+    std::optional<qint64> mStartAtNs; ///< on the wall clock; none: at once
+};
+
+/** How far a night is. */
+struct Progress
+{
+    const journal::StagedCase* mCase = nullptr; ///< null: no play is on
+    int mPlay = 0;
+    size_t mCaseIndex = 0;
+    int mRepetition = 1;  ///< of the case, from 1
+    qint64 mLeftNs = 0;   ///< until the play ends, about
+    qint64 mEndsAtNs = 0; ///< of the whole night, on the wall clock, about
+    quint64 mFindings = 0;
+};
+
+/**
+ * The course of a night, whoever plays it: which play is on, which is next, and why it ends. Writes
+ * that into the journal. Borrows the night and the journal.
+ */
+class Course
+{
+public:
+    /** @param overheadNs what a play takes beside the gap and its case, about */
+    Course(const journal::NightBegin& night, const NightOptions& options, qint64 overheadNs,
+           journal::JournalSink& sink);
+
+    /** To be called before anything else that happens at this moment. */
+    void setTime(const Moment& now);
+
+    void begin();
+
+    /** Goes on after the night was cut off. */
+    void resume(const ResumePoint& point, const std::map<std::string, std::string>& environment);
+
+    /** Whether it is time to begin. */
+    bool isDue() const { return !mOptions.mStartAtNs || mNow.mWallNs >= *mOptions.mStartAtNs; }
+
+    /** Whether there is a play after the one that is on or was on last. */
+    bool hasNext() const { return !isFailureFound() && mOrder.has(mNext); }
+
+    /** Begins the next play. Requires: hasNext(). */
+    void beginNext();
+
+    /** Of the play that is on. Requires: one is on. */
+    const journal::StagedCase& currentCase() const { return mOrder.caseOf(mNext - 1); }
+
+    /** Ends the play that is on. */
+    journal::PlayVerdict endPlay(const journal::PlayEnd& end);
+
+    /** Why the night ends when there is no next play. */
+    journal::NightEnd::Reason reason() const;
+
+    Chronicle& chronicle() { return mChronicle; }
+    const Chronicle& chronicle() const { return mChronicle; }
+    const Moment& now() const { return mNow; }
+    qint64 gapNs() const { return mNight.mGapNs; }
+
+    Progress progress() const;
+
+private:
+    bool isFailureFound() const { return mOptions.mUntilFailure && mHasFailed; }
+    qint64 playNs(int play) const;
+
+    const journal::NightBegin& mNight;
+    NightOptions mOptions;
+    qint64 mOverheadNs;
+    PlayOrder mOrder;
+    Chronicle mChronicle;
+    Moment mNow;
+    int mNext = 0;
+    quint64 mFindingsOfNext = 0; ///< that it has from before the night was cut off
+    bool mHasFailed = false;
+    qint64 mPlayBeganNs = 0; ///< on the steady clock
+    qint64 mPlaysLeftNs = 0; ///< that all plays after the one that is on take, about
+};
+
+} // namespace run
