@@ -33,6 +33,7 @@ void declare(CLI::App& app)
     app.require_subcommand(1);
     app.failure_message(failureMessage);
     cli::addCheckCommand(app);
+    cli::addRunCommand(app);
     cli::addReportCommand(app);
 }
 

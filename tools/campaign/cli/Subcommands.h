@@ -17,6 +17,8 @@ void addCheckCommand(CLI::App& app);
 
 void addReportCommand(CLI::App& app);
 
+void addRunCommand(CLI::App& app);
+
 /** Everything was said: ends the program with this status. */
 class EndWith : public std::exception
 {

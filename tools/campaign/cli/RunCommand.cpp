@@ -1,0 +1,264 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <random>
+
+#include "base/ResultFile.h"
+#include "base/StandardOutput.h"
+#include "cli/PlanOptions.h"
+#include "cli/Subcommands.h"
+#include "journal/Journal.h"
+#include "plan/Draft.h"
+#include "report/Report.h"
+#include "report/ReportText.h"
+#include "run/Environment.h"
+#include "run/NightLoop.h"
+#include "run/StartTime.h"
+#include "stage/Stage.h"
+
+namespace cli {
+
+namespace {
+constexpr char kRunFooter[] =
+    R"(The reports are FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv. The first
+interrupt ends the night in order, and its reports are written; the second ends
+it at once.
+
+Exit status: 0 when every play passed, 1 when one did not, 2 for a wrong plan or
+command line, 130 when the night was interrupted.
+
+Example:
+  vx-campaign run night.toml -o night-0411)";
+
+struct RunOptions
+{
+    PlanOptions mPlan;
+    std::string mFolder;
+    std::optional<quint64> mSeed;
+    bool mShuffle = false;
+    bool mUntilFailure = false;
+    bool mResume = false;
+    std::string mStartAt;
+    std::string mKeep;
+    std::vector<std::string> mFaults;
+};
+
+/** What is played, and what the journal of its folder has so far. */
+struct Prepared
+{
+    stage::Stage mStage;
+    journal::NightBegin mNight;
+    std::optional<run::ResumePoint> mResume;
+    size_t mJournalBytes = 0;
+};
+
+std::string journalOf(const RunOptions& options)
+{
+    return options.mFolder + '/' + report::kJournalFile;
+}
+
+/** Each play of the plan once, case after case, or in an order that the seed gives. */
+std::vector<int> orderOf(const std::vector<journal::StagedCase>& cases,
+                         const std::optional<quint64>& seed)
+{
+    std::vector<int> order;
+    for (size_t index = 0; index < cases.size(); ++index) {
+        order.insert(order.end(), static_cast<size_t>(cases[index].mTimes),
+                     static_cast<int>(index));
+    }
+    if (seed) {
+        std::mt19937_64 random(*seed);
+        // Not std::shuffle, whose order is another one with another library.
+        for (size_t left = order.size(); left > 1; --left) {
+            std::swap(order[left - 1], order[random() % left]);
+        }
+    }
+    return order;
+}
+
+/** The journal of a night that goes on; nothing when its first line was not written as a whole. */
+std::optional<journal::Journal> journalToResume(const RunOptions& options)
+{
+    const std::string path = journalOf(options);
+    const bool isThere = QFileInfo::exists(QString::fromStdString(path));
+    if (isThere && !options.mResume) {
+        throw CLI::ValidationError("-o", options.mFolder +
+                                             " holds a night; name another folder, or go on with "
+                                             "it: --resume");
+    }
+    if (!isThere && options.mResume) {
+        throw CLI::ValidationError("--resume", options.mFolder + " holds no night");
+    }
+    std::optional<journal::Journal> journal;
+    if (isThere) {
+        journal = journal::readJournal(path);
+    }
+    return journal && journal->night() != nullptr ? journal : std::nullopt;
+}
+
+/** The cases are those that the night began with. */
+void selectCasesOf(const journal::NightBegin& night, RunOptions* options)
+{
+    options->mPlan.mSelection = {};
+    for (const journal::StagedCase& it : night.mCases) {
+        options->mPlan.mSelection.mCases.push_back(it.mName);
+    }
+}
+
+void expectSame(const std::string& now, const std::string& before, const std::string& what)
+{
+    if (now != before) {
+        throw plan::PlanError(what +
+                              ": has changed since the night began; begin a new one in "
+                              "another folder");
+    }
+}
+
+Prepared prepare(RunOptions options)
+{
+    const std::optional<journal::Journal> before = journalToResume(options);
+    if (before) {
+        selectCasesOf(*before->night(), &options);
+    }
+    plan::Plan plan = plan::readPlan(options.mPlan.mPlan);
+    if (before) {
+        expectSame(plan.mHash, before->night()->mPlanHash, options.mPlan.mPlan);
+    }
+    plan = plan::selected(std::move(plan), options.mPlan.mSelection);
+    Prepared prepared;
+    prepared.mStage = stage::makeStage(plan, options.mFolder);
+    if (before) {
+        expectSame(prepared.mStage.mHash, before->night()->mStageHash, prepared.mStage.mDirectory);
+        prepared.mNight = *before->night();
+        prepared.mResume = run::resumePointOf(before->mEntries);
+        prepared.mJournalBytes = before->mWholeBytes;
+        return prepared;
+    }
+    journal::NightBegin& night = prepared.mNight;
+    night.mName = plan.mName;
+    night.mPlanPath = options.mPlan.mPlan;
+    night.mPlanHash = plan.mHash;
+    night.mStageHash = prepared.mStage.mHash;
+    night.mGapNs = plan.mGapNs;
+    night.mCases = prepared.mStage.mCases;
+    if (options.mShuffle) {
+        night.mSeed = options.mSeed ? *options.mSeed : std::random_device()();
+    }
+    night.mOrder = orderOf(night.mCases, night.mSeed);
+    base::ResultFile copy(options.mFolder + "/plan.toml");
+    copy.write(plan.mText);
+    copy.commit();
+    return prepared;
+}
+
+run::SandboxSetup setupOf(const RunOptions& options, const stage::Stage& stage)
+{
+    return {run::programBeside("vx-sandbox"),
+            run::programBeside("vx-simulator"),
+            options.mFolder,
+            stage.mDirectory,
+            options.mFaults,
+            options.mKeep == "all"};
+}
+
+/** Why the journal could not be written; empty when it could. */
+std::string playPrepared(const RunOptions& options, Prepared prepared)
+{
+    const run::SandboxSetup setup = setupOf(options, prepared.mStage);
+    const auto environment = run::environmentNow(VX_VERSION, setup.mSandbox, setup.mSimulator);
+    if (!prepared.mResume) {
+        prepared.mNight.mEnvironment = environment;
+    }
+    run::EndingSignals ending;
+    journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes);
+    const explain::PlayPlan plan(prepared.mStage.mConfiguration, prepared.mStage.mDirectory);
+    run::SandboxDesk desk(setup);
+    run::NightDisplay display(prepared.mNight);
+    run::ToldJournal told(writer, display);
+    run::NightOptions nightOptions;
+    nightOptions.mUntilFailure = options.mUntilFailure;
+    if (!options.mStartAt.empty()) {
+        nightOptions.mStartAtNs = run::startTimeNs(options.mStartAt, run::momentNow().mWallNs);
+    }
+    run::Night night(prepared.mNight, plan, nightOptions, desk, told);
+    if (prepared.mResume) {
+        night.resume(*prepared.mResume, environment, run::momentNow());
+    } else {
+        night.begin(run::momentNow());
+    }
+    run::playNight(night, desk, ending, display);
+    return night.problem();
+}
+
+void runPlan(const RunOptions& options)
+{
+    Prepared prepared = prepare(options);
+    for (const std::string& remark : prepared.mStage.mRemarks) {
+        std::cerr << "vx-campaign: remark: " << remark << std::endl;
+    }
+    const std::string problem = playPrepared(options, std::move(prepared));
+    if (!problem.empty()) {
+        std::cerr << "vx-campaign: the night ends here: " << problem << std::endl;
+    }
+    const report::NightSummary night = report::writeReports(options.mFolder);
+    base::writeToStandardOutput(report::verdictText(night) + "\n" + options.mFolder + "/" +
+                                report::kPageFile + "\n");
+    const int status = problem.empty() ? report::statusOf(night) : EXIT_FAILURE;
+    if (status != EXIT_SUCCESS) {
+        throw EndWith(status);
+    }
+}
+
+void addNightOptions(CLI::App& command, RunOptions& options)
+{
+    CLI::Option* const shuffle =
+        command.add_flag("--shuffle", options.mShuffle, "Plays in a random order");
+    command.add_option("--seed", options.mSeed, "Of the random order, which it gives again")
+        ->type_name("N")
+        ->needs(shuffle);
+    command.add_flag("--until-failure", options.mUntilFailure,
+                     "Plays the plan again and again, until a play fails");
+    command
+        .add_option("--start-at", options.mStartAt,
+                    "Begins then: HH:MM, or YYYY-MM-DDTHH:MM, local time")
+        ->type_name("TIME")
+        ->check([](const std::string& text) { return run::startTimeProblem(text); });
+    command
+        .add_option("--fault", options.mFaults,
+                    "Fault of the driver for the first run of the program, as vx-sandbox takes "
+                    "it; repeatable")
+        ->type_name("FILE:WHEN:WHAT[:COUNT]")
+        ->allow_extra_args(false);
+    command
+        .add_option("--keep", options.mKeep,
+                    "all: keeps the records and the events of each run of the program")
+        ->type_name("all")
+        ->check(CLI::IsMember({"all"}));
+}
+} // namespace
+
+void addRunCommand(CLI::App& app)
+{
+    CLI::App& command =
+        *app.add_subcommand("run", "Plays the cases of a plan and judges what arrives");
+    command.footer(kRunFooter);
+    const auto options = std::make_shared<RunOptions>();
+    addPlanOptions(command, options->mPlan);
+    command.add_option("-o", options->mFolder, "Folder of the night")
+        ->type_name("FOLDER")
+        ->required();
+    addNightOptions(command, *options);
+    CLI::Option* const resume =
+        command.add_flag("--resume", options->mResume, "Goes on with the night in FOLDER");
+    for (const char* name : {"--only", "--group", "--shuffle"}) {
+        resume->excludes(command.get_option(name));
+    }
+    command.callback([options] { runPlan(*options); });
+}
+
+} // namespace cli

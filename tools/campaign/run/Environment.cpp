@@ -1,0 +1,61 @@
+#include "run/Environment.h"
+
+#include <sys/timex.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSysInfo>
+#include <QTimeZone>
+#include <thread>
+
+namespace run {
+
+namespace {
+constexpr int kMaxVersionMilliseconds = 5000;
+
+std::string versionOf(const std::string& program)
+{
+    QProcess process;
+    process.start(QString::fromStdString(program), {QStringLiteral("--version")});
+    if (!process.waitForFinished(kMaxVersionMilliseconds)) {
+        return "unknown: " + process.errorString().toStdString();
+    }
+    return process.readAllStandardOutput().trimmed().toStdString();
+}
+
+std::string clockText()
+{
+    timex state{};
+    const bool isKnown = ntp_adjtime(&state) >= 0;
+    if (!isKnown || (state.status & STA_UNSYNC) != 0) {
+        return "not synchronized";
+    }
+    return "synchronized, within " + std::to_string(state.maxerror) + " us";
+}
+} // namespace
+
+std::map<std::string, std::string> environmentNow(const std::string& version,
+                                                  const std::string& sandbox,
+                                                  const std::string& simulator)
+{
+    return {{"host", QSysInfo::machineHostName().toStdString()},
+            {"system", QSysInfo::prettyProductName().toStdString()},
+            {"kernel", QSysInfo::kernelVersion().toStdString()},
+            {"processor", QSysInfo::currentCpuArchitecture().toStdString() + ", " +
+                              std::to_string(std::thread::hardware_concurrency()) + " cores"},
+            {"clock", clockText()},
+            {"time zone", QTimeZone::systemTimeZoneId().toStdString()},
+            {"vx-campaign", version},
+            {"vx-sandbox", versionOf(sandbox)},
+            {"vx-simulator", versionOf(simulator)}};
+}
+
+std::string programBeside(const std::string& name)
+{
+    const QString own = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
+    const QFileInfo beside(QFileInfo(own).path() + '/' + QString::fromStdString(name));
+    return beside.isExecutable() && beside.isFile() ? beside.filePath().toStdString() : name;
+}
+
+} // namespace run

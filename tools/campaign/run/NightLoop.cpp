@@ -1,0 +1,150 @@
+#include "run/NightLoop.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <sys/signalfd.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+#include "run/PlayOrder.h"
+
+namespace run {
+
+namespace {
+constexpr int kTickMilliseconds = 100;
+constexpr qint64 kNsPerSecond = 1'000'000'000;
+
+qint64 nsOf(clockid_t clock)
+{
+    timespec time{};
+    clock_gettime(clock, &time);
+    return time.tv_sec * kNsPerSecond + time.tv_nsec;
+}
+} // namespace
+
+Moment momentNow()
+{
+    return {nsOf(CLOCK_REALTIME), nsOf(CLOCK_MONOTONIC)};
+}
+
+EndingSignals::EndingSignals()
+{
+    std::signal(SIGPIPE, SIG_IGN); // the sandbox may end before its commands do
+    sigset_t all;
+    sigemptyset(&all);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&all, number);
+    }
+    sigprocmask(SIG_BLOCK, &all, &mOldMask);
+    mFile = files::FileDescriptor(signalfd(-1, &all, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+EndingSignals::~EndingSignals()
+{
+    sigprocmask(SIG_SETMASK, &mOldMask, nullptr);
+}
+
+int EndingSignals::take()
+{
+    int count = 0;
+    signalfd_siginfo info{};
+    while (read(mFile.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
+        ++count;
+    }
+    return count;
+}
+
+std::string progressText(const journal::NightBegin& night, const Progress& progress)
+{
+    const std::string findings =
+        fmt::format("{} finding{}", progress.mFindings, progress.mFindings == 1 ? "" : "s");
+    if (progress.mCase == nullptr) {
+        return findings;
+    }
+    const time_t ends = static_cast<time_t>(progress.mEndsAtNs / kNsPerSecond);
+    tm local{};
+    localtime_r(&ends, &local);
+    const int times = progress.mCase->mTimes;
+    return fmt::format("case {} of {}  {}{}  {:.1f} s left  {}  ends {:%H:%M}",
+                       progress.mCaseIndex + 1, night.mCases.size(), progress.mCase->mName,
+                       times == 1 && progress.mRepetition == 1
+                           ? ""
+                           : fmt::format(" ({} of {})", progress.mRepetition, times),
+                       static_cast<double>(progress.mLeftNs) / kNsPerSecond, findings, local);
+}
+
+NightDisplay::NightDisplay(const journal::NightBegin& night)
+    : mNight(night), mIsTerminal(isatty(STDERR_FILENO) == 1)
+{
+}
+
+NightDisplay::~NightDisplay()
+{
+    clear();
+}
+
+void NightDisplay::show(const Progress& progress, const Moment& now)
+{
+    if (!mIsTerminal || now.mSteadyNs < mNextNs) {
+        return;
+    }
+    mNextNs = now.mSteadyNs + kNsPerSecond / 10;
+    mIsShown = true;
+    fmt::print(stderr, "\r{}\033[K", progressText(mNight, progress));
+    std::fflush(stderr);
+}
+
+void NightDisplay::clear()
+{
+    if (mIsShown) {
+        std::fputs("\r\033[K", stderr);
+        mIsShown = false;
+    }
+}
+
+void NightDisplay::tell(const journal::FoundWrong& found)
+{
+    clear();
+    std::string where = "outside the plays";
+    if (found.mPlay) {
+        const PlayOrder order(mNight, true);
+        where = fmt::format("{} ({} of {})", order.caseOf(*found.mPlay).mName,
+                            order.repetitionOf(*found.mPlay), order.caseOf(*found.mPlay).mTimes);
+    }
+    fmt::print(stderr, "vx-campaign: {}: {}\n", where, found.mText);
+}
+
+void ToldJournal::append(const journal::Entry& entry)
+{
+    mSink.append(entry);
+    if (const auto* found = std::get_if<journal::FoundWrong>(&entry.mStep)) {
+        mDisplay.tell(*found);
+    }
+}
+
+void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisplay& display)
+{
+    bool isInterrupted = false;
+    while (!night.isOver()) {
+        std::vector<pollfd> files = desk.waitsFor();
+        files.push_back({ending.descriptor(), POLLIN, 0});
+        poll(files.data(), files.size(), kTickMilliseconds);
+        const Moment now = momentNow();
+        desk.deliver(night, now);
+        for (int count = ending.take(); count > 0; --count) {
+            if (isInterrupted) {
+                desk.kill();
+                return;
+            }
+            isInterrupted = true;
+            night.interrupt(now);
+        }
+        night.tick(now);
+        display.show(night.progress(), now);
+    }
+}
+
+} // namespace run

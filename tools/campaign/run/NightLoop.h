@@ -1,0 +1,77 @@
+#pragma once
+
+#include "run/SandboxDesk.h"
+
+namespace run {
+
+/** Now, on both clocks. */
+Moment momentNow();
+
+/** Takes the signals that ask a program to end, as long as it lives. */
+class EndingSignals
+{
+public:
+    EndingSignals();
+    EndingSignals(const EndingSignals&) = delete;
+    EndingSignals& operator=(const EndingSignals&) = delete;
+    ~EndingSignals();
+
+    int descriptor() const { return mFile.get(); }
+
+    /** How many have come since the last call. */
+    int take();
+
+private:
+    sigset_t mOldMask{};
+    files::FileDescriptor mFile;
+};
+
+/** Shows how far a night is: a line on a terminal, that makes way for others. */
+class NightDisplay
+{
+public:
+    /** @param night is borrowed */
+    explicit NightDisplay(const journal::NightBegin& night);
+    ~NightDisplay();
+    NightDisplay(const NightDisplay&) = delete;
+    NightDisplay& operator=(const NightDisplay&) = delete;
+
+    void show(const Progress& progress, const Moment& now);
+
+    /** Prints a finding on a line of its own. */
+    void tell(const journal::FoundWrong& found);
+
+private:
+    void clear();
+
+    const journal::NightBegin& mNight;
+    bool mIsTerminal;
+    bool mIsShown = false;
+    qint64 mNextNs = 0;
+};
+
+/** Passes the steps of a night on, and prints its findings. Borrows both. */
+class ToldJournal : public journal::JournalSink
+{
+public:
+    ToldJournal(journal::JournalSink& sink, NightDisplay& display) : mSink(sink), mDisplay(display)
+    {
+    }
+
+    void append(const journal::Entry& entry) override;
+
+private:
+    journal::JournalSink& mSink;
+    NightDisplay& mDisplay;
+};
+
+/** "case 17 of 33  dip1 (4 of 10)  3.2 s left  0 findings  ends 05:12" */
+std::string progressText(const journal::NightBegin& night, const Progress& progress);
+
+/**
+ * Goes through the night, which has begun, until it is over. The first signal interrupts it, the
+ * second ends it at once.
+ */
+void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisplay& display);
+
+} // namespace run

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <poll.h>
+
+#include <memory>
+#include <optional>
+
+#include "run/ChildProcess.h"
+#include "run/Night.h"
+#include "run/NightFolder.h"
+
+namespace run {
+
+/** The programs that a night starts, and how. */
+struct SandboxSetup
+{
+    std::string mSandbox;             ///< vx-sandbox
+    std::string mSimulator;           ///< vx-simulator
+    std::string mFolder;              ///< of the night
+    std::string mStage;               ///< directory of the value files, where cases.conf is
+    std::vector<std::string> mFaults; ///< of --fault, for the first run of the program
+    bool mKeepsAll = false;           ///< records and events of each run stay in the folder
+};
+
+/**
+ * The desk itself: runs the simulator in the sandbox, reads what arrives as it arrives, and hands
+ * on the commands. The sandbox, and with it the program, ends when this object, or the process that
+ * it is in, goes away: their standard input ends then.
+ */
+class SandboxDesk : public Desk
+{
+public:
+    explicit SandboxDesk(SandboxSetup setup);
+
+    void start(int run) override;
+    void send(const std::string& command) override;
+    void stop() override { mCommands.close(); }
+    void kill() override;
+    std::string keep(const std::string& name, const std::vector<SampleRecord>& records) override;
+
+    /** What to wait for: when one of these is readable, call deliver(). */
+    std::vector<pollfd> waitsFor() const;
+
+    /** Tells the night what has happened since the last call. Never waits. */
+    void deliver(Night& night, const Moment& now);
+
+private:
+    /** What comes through one pipe. */
+    struct Stream
+    {
+        files::FileDescriptor mPipe;
+        std::string mUnread; ///< of a line or a record that has not arrived as a whole
+        files::FileDescriptor mCopy;
+    };
+
+    void startProgram(int run);
+    std::vector<std::string> commandFor(int run) const;
+    static void readInto(Stream* stream);
+    void tellEvents(Night& night, const Moment& now);
+    void tellRecords(Night& night, const Moment& now);
+    void tellEnd(Night& night, const Moment& now);
+
+    SandboxSetup mSetup;
+    NightFolder mFolder;
+    std::unique_ptr<ChildProcess> mSandbox;
+    files::FileDescriptor mCommands; ///< standard input of the sandbox
+    Stream mRecords;
+    Stream mEvents;
+    bool mIsRunEndKnown = false;
+    bool mIsFirstRun = true;
+    std::optional<std::string> mStartProblem;
+};
+
+} // namespace run
