@@ -6,6 +6,7 @@
 
 #include "Files.h"
 #include "ReadSignal.h"
+#include "SeededRandom.h"
 #include "input/OpenInput.h"
 
 namespace {
@@ -317,6 +318,45 @@ TEST(ComtradeTest, OddRecordings)
         files.make("c.dat", row.mData);
         const QString config = files.make("c.cfg", edited(row.mConfig, row.mEdits));
         EXPECT_EQ(summaryOf(config.toStdString()), row.mExpected) << row.mName;
+    }
+}
+
+/** In every kind of data and revision; two status words, so that offsets in a record matter. */
+TEST(ComtradeTest, AllKindsHoldTheSameNumbers)
+{
+    std::mt19937 random = seededRandom();
+    const TestFiles files;
+    for (const char* const year : {"1991", "1999", "2013"}) {
+        std::vector<double> expected;
+        std::map<std::string, std::string> data;
+        for (quint32 i = 0; i < 500; ++i) {
+            const auto number = static_cast<qint16>(static_cast<int>(random() % 60'000) - 30'000);
+            const auto states = static_cast<quint16>(random());
+            const quint16 last = i % 2;
+            const auto all = [&](auto value) {
+                return bytes(i + 1, i * 1000, value, states, last);
+            };
+            data["BINARY"] += all(number == -1 ? qint16{0} : number); // which is missing in 1991
+            data["BINARY32"] += all(qint32{number == -1 ? 0 : number});
+            data["FLOAT32"] += all(static_cast<float>(number == -1 ? 0 : number));
+            std::string line = fmt::format("{},{},{}", i + 1, i * 1000, number == -1 ? 0 : number);
+            for (unsigned bit = 0; bit < 16; ++bit) {
+                line += (states >> bit) % 2 == 0 ? ",0" : ",1";
+            }
+            data["ASCII"] += line + fmt::format(",{}\n", last);
+            expected.push_back(0.5 * (number == -1 ? 0 : number) + 1.0);
+        }
+        std::string config = edited(kConfig, {{"2,1A,1D", "18,1A,17D"}, {"1000,3", "1000,500"}});
+        config = edited(config, {{"1,Trip,,,0\n", repeated("1,Trip,,,0\n", 17)}, {"1999", year}});
+        for (const auto& [kind, recorded] : data) {
+            files.make("c.dat", recorded);
+            const auto source = input::openInput(
+                files.make("c.cfg", edited(config, kindOf(kind))).toStdString(), {});
+            EXPECT_EQ(readAll(*source).mValues.at(0), expected) << year << kind;
+            const auto& statuses = source->description().mStatusChannels;
+            EXPECT_EQ(statuses.at(16).mChangeCount, 499U) << year << kind;
+            EXPECT_GT(statuses.at(15).mChangeCount, 150U) << year << kind;
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "CommandRunner.h"
 #include "SampleRecord.h"
+#include "SeededRandom.h"
 #include "input/OpenInput.h"
 
 namespace {
@@ -58,6 +59,40 @@ TEST_F(ExportTest, ReadsBackAsTheSame)
             ASSERT_DOUBLE_EQ(out.mValues[0][i] * 500, in.mValues[0][i]) << name << ' ' << i;
             ASSERT_DOUBLE_EQ(out.mValues[7][i] * 0.25, in.mValues[7][i]) << name << ' ' << i;
         }
+    }
+}
+
+/** Any counts but the smallest, which means missing; the names tell the import where they go. */
+TEST_F(ExportTest, ImportsAsTheSameCounts)
+{
+    std::mt19937 random = seededRandom();
+    std::vector<std::string> counts;
+    std::string text;
+    for (int line = 0; line < 720; ++line) {
+        std::string& values = counts.emplace_back();
+        for (int channel = 0; channel < kChannelCount; ++channel) {
+            const auto count = static_cast<qint32>(static_cast<quint32>(random()));
+            values += ';' + std::to_string(std::max(count, -std::numeric_limits<qint32>::max()));
+        }
+        text += ";;7;0;50" + values + '\n';
+    }
+    mRunner.writeFile("in.csv", text);
+    for (const std::string name : {"out.cfg", "out.cff", "out.csv"}) {
+        ASSERT_EQ(exported("in.csv --scale 500,0.25 -o " + name).mExitCode, 0);
+        const CommandResult result = mRunner.run(
+            {VX_CASE, "import", name, "--scale", "500,0.25", "--frequency", "50", "-o", "back"});
+        ASSERT_EQ(result.mExitCode, 0) << result;
+        std::vector<std::string> back;
+        for (const std::string& line : split(mRunner.readFile("back"), '\n')) {
+            if (line[0] != '#') {
+                size_t begin = 0;
+                for (int field = 0; field < 5; ++field) {
+                    begin = line.find(';', begin + 1);
+                }
+                back.push_back(line.substr(begin));
+            }
+        }
+        EXPECT_EQ(back, counts) << name;
     }
 }
 

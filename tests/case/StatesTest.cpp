@@ -1,16 +1,20 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <nlohmann/json.hpp>
 
 #include "CommandRunner.h"
+#include "ReadSignal.h"
 #include "SeededRandom.h"
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "generate/WaveFile.h"
 #include "states/StateFile.h"
 #include "states/StateOutputs.h"
+#include "waveform/ValueFileSource.h"
 
 /** States of a text, laid out. */
 struct Played
@@ -377,6 +381,54 @@ ct = { knee = 5, burden = 1 }
     EXPECT_EQ(lines[89][4], 0.0);
     EXPECT_NEAR(lines[120][4], -10'000.0 * std::sqrt(2.0) * 0.5, 1e-6);
     EXPECT_EQ(lines[185][4], 0.0);
+}
+
+/** What the JSON says of each state is what a Fourier sum finds in its lines. */
+TEST(StatesTest, TruthIsInTheSamples)
+{
+    std::mt19937 random = seededRandom();
+    const CommandRunner runner;
+    const auto phasor = [&random](double rms) {
+        return fmt::format("\"{}@{}\"", std::uniform_real_distribution<double>(1.0, rms)(random),
+                           std::uniform_real_distribution<double>(-180.0, 180.0)(random));
+    };
+    std::string text;
+    for (int state = 0; state < 12; ++state) {
+        text += fmt::format("[[state]]\nperiods = {}\n", 1.0 + double(random() % 200) / 100.0);
+        for (const std::string quantity : {"voltage", "current"}) {
+            for (const char phase : {'A', 'B', 'C'}) {
+                text += fmt::format("{}.{} = {}\n", quantity, phase, phasor(400.0));
+            }
+        }
+        text += fmt::format("harmonics.voltage = [\"{}:{}%\"]\n", 2 + random() % 30, random() % 20);
+    }
+    runner.writeFile("s.toml", text);
+    ASSERT_EQ(runner.run({VX_CASE, "generate", "--states", "s.toml", "--truth", "t", "-o", "s"})
+                  .mExitCode,
+              0);
+    waveform::ValueFileSource source(runner.path("s"));
+    const waveform::SignalBlock all = readAll(source);
+    const auto truth = nlohmann::json::parse(runner.readFile("t"));
+    ASSERT_EQ(truth["states"].size(), 12U);
+    for (const auto& state : truth["states"]) {
+        const auto begin = state["begin"]["line"].get<size_t>();
+        for (size_t channel = 0; channel < 8; ++channel) {
+            std::complex<double> sum;
+            for (size_t line = begin; line < begin + 360; ++line) {
+                sum += all.mValues[channel][line] *
+                       std::polar(std::sqrt(2.0) / 360.0,
+                                  (90.0 - double(line)) * base::kRadiansPerDegree);
+            }
+            const auto& told = state["channels"][channel];
+            const double rms = told["fundamentalRms"];
+            EXPECT_NEAR(std::abs(sum), rms, 0.1) << begin << ' ' << channel;
+            const std::complex<double> expected =
+                rms == 0.0 ? 0.0
+                           : std::polar(rms, told["fundamentalDegrees"].get<double>() *
+                                                 base::kRadiansPerDegree);
+            EXPECT_LE(std::abs(sum - expected), 0.1) << begin << ' ' << channel;
+        }
+    }
 }
 
 TEST(StatesTest, CommandWritesListsAndMeasures)
