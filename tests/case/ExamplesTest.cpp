@@ -11,7 +11,7 @@ namespace {
 constexpr double kPeakCounts = 1000.0 * 1.4142135623730951; ///< of 1 V or 1 A rms
 constexpr size_t kPhases = 3;
 
-double sine(double degrees)
+double sineOf(double degrees)
 {
     return std::sin(std::fmod(degrees, 360.0) * base::kRadiansPerDegree);
 }
@@ -30,7 +30,7 @@ Phasors balanced(double rms, double degrees)
 }
 
 /** What an example's state says, in closed form. */
-struct State
+struct ClosedState
 {
     Phasors mVoltages;
     Phasors mCurrents;
@@ -44,28 +44,28 @@ struct State
 struct Example
 {
     const char* mName;
-    std::vector<State> mStates;
+    std::vector<ClosedState> mStates;
     bool mIsSaturated;
 };
 
-const Phasors kNone = balanced(0.0, 0.0);
+const Phasors kNoCurrents = balanced(0.0, 0.0);
 const Phasors kOfTwoPhases = {{{60, -70}, {65, 170}, {5, 90}}};
 
 const Example kExamples[] = {
     {"ct-saturation",
      {{balanced(230, 0), balanced(1, -20)},
       {balanced(80, 0), balanced(20, -80), {0.08, 0.08, 0.08}, {1, 1, 1}},
-      {balanced(230, 0), kNone}},
+      {balanced(230, 0), kNoCurrents}},
      true},
     {"evolving-fault",
      {{balanced(230, 0), balanced(5, -30)},
       {{{{90, -5}, {230, -120}, {230, 120}}}, {{{60, -70}, {5, -150}, {5, 90}}}, {0.05}, {1}},
       {{{{90, -5}, {85, -125}, {230, 120}}}, kOfTwoPhases, {0.05, 0.05}, {1, 2}},
-      {balanced(225, 0), kNone},
+      {balanced(225, 0), kNoCurrents},
       {balanced(230, 0), balanced(5, -30), {}, {}, true}},
      false},
     {"inrush",
-     {{balanced(230, 0), kNone}, {balanced(230, 0), kNone, {}, {}, false, false, true}},
+     {{balanced(230, 0), kNoCurrents}, {balanced(230, 0), kNoCurrents, {}, {}, false, false, true}},
      false},
     {"power-swing",
      {{balanced(230, 0), balanced(5, -10)},
@@ -129,31 +129,33 @@ private:
 
     double swingAt(size_t state, size_t line) const
     {
-        return mExample.mStates[state].mSwings ? sine(360.0 * 1.2 * secondsSince(state, line))
+        return mExample.mStates[state].mSwings ? sineOf(360.0 * 1.2 * secondsSince(state, line))
                                                : 0.0;
     }
 
     double voltageAt(size_t number, size_t phase, size_t line) const
     {
-        const State& state = mExample.mStates[number];
+        const ClosedState& state = mExample.mStates[number];
         const auto [rms, angle] = state.mVoltages[phase];
         const double degrees = double(line) + angle;
         const double harmonics =
-            state.mHasHarmonics ? 0.03 * sine(5 * degrees) + 0.02 * sine(7 * degrees + 180.0) : 0.0;
+            state.mHasHarmonics ? 0.03 * sineOf(5 * degrees) + 0.02 * sineOf(7 * degrees + 180.0)
+                                : 0.0;
         return kPeakCounts * rms * (1.0 - 0.1 * swingAt(number, line)) *
-               (sine(degrees) + harmonics);
+               (sineOf(degrees) + harmonics);
     }
 
     double waveAt(size_t state, size_t phase, size_t line) const
     {
         const auto [rms, angle] = mExample.mStates[state].mCurrents[phase];
         const double swing = swingAt(state, line);
-        return kPeakCounts * rms * (1.0 + 0.4 * swing) * sine(double(line) + angle + 20.0 * swing);
+        return kPeakCounts * rms * (1.0 + 0.4 * swing) *
+               sineOf(double(line) + angle + 20.0 * swing);
     }
 
     double currentAt(size_t number, size_t phase, size_t line) const
     {
-        const State& state = mExample.mStates[number];
+        const ClosedState& state = mExample.mStates[number];
         double current = waveAt(number, phase, line);
         if (state.mTau[phase] > 0.0) {
             const size_t since = state.mOffsetOf[phase];
@@ -169,9 +171,9 @@ private:
     {
         const double remanence = phase == 0 ? 0.4 : -0.2;
         const double angle = mExample.mStates[state].mVoltages[phase].mDegrees + 90.0;
-        const double flux = (remanence + sine(double(mBegins[state]) + angle)) *
+        const double flux = (remanence + sineOf(double(mBegins[state]) + angle)) *
                                 std::exp(-secondsSince(state, line) / 0.2) -
-                            sine(double(line) + angle);
+                            sineOf(double(line) + angle);
         return std::copysign(std::max(0.0, std::abs(flux) - 1.2), flux) / 0.8 * 40'000.0;
     }
 

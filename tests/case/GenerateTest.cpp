@@ -79,7 +79,7 @@ private:
     std::mt19937 mRandom = seededRandom();
 };
 
-double sine(double degrees)
+double sineOfDegrees(double degrees)
 {
     return std::sin(degrees / 180.0 * M_PI);
 }
@@ -99,7 +99,7 @@ std::optional<double> closedFormOf(const generate::WaveParameters& wave, qint64 
         }
         if (it.mChannels.test(channel) && since > 0.0) {
             tones += amplitude * it.mRatio * std::exp(-since / it.mTimeConstant) *
-                     sine(360.0 * it.mHertz * since + it.mPhase);
+                     sineOfDegrees(360.0 * it.mHertz * since + it.mPhase);
         }
     }
     for (const generate::Disturbance& it : wave.mDisturbances) {
@@ -119,9 +119,11 @@ std::optional<double> closedFormOf(const generate::WaveParameters& wave, qint64 
             degrees -= it.mPhaseDepth * shape * 180.0 / M_PI;
         }
     }
-    double sum = sine(degrees);
+    double sum = sineOfDegrees(degrees);
     for (const generate::Harmonic& it : wave.mHarmonics) {
-        sum += it.mChannels.test(channel) ? it.mRatio * sine(it.mOrder * degrees + it.mPhase) : 0.0;
+        sum += it.mChannels.test(channel)
+                   ? it.mRatio * sineOfDegrees(it.mOrder * degrees + it.mPhase)
+                   : 0.0;
     }
     return amplitude * sum + tones;
 }

@@ -222,6 +222,34 @@ TEST(MeasuresTest, RmsPeaksAndFrequency)
     }
 }
 
+/** Any frequency near the nominal one, beside harmonics, a constant and noise. */
+TEST(MeasuresTest, AnyFrequencyIsMeasured)
+{
+    std::mt19937 random = seededRandom();
+    const auto number = [&random](double min, double max) {
+        return std::uniform_real_distribution<double>(min, max)(random);
+    };
+    for (int round = 0; round < 40; ++round) {
+        waveform::SignalDescription signal;
+        signal.mNominalHz = round % 2 == 0 ? 50.0 : 60.0;
+        signal.mChannels.resize(1);
+        const double hertz = signal.mNominalHz + number(-2.0, 2.0);
+        const double constant = number(-3.0, 3.0);
+        const auto order = static_cast<double>(2 + random() % 20);
+        waveform::Measures measures(signal);
+        waveform::SignalBlock block;
+        block.resize(1, 9600);
+        for (size_t i = 0; i < block.size(); ++i) {
+            block.mSeconds[i] = double(i) / 4800.0;
+            const double phase = 2 * M_PI * hertz * block.mSeconds[i];
+            block.mValues[0][i] =
+                10 * std::sin(phase) + 2 * std::sin(order * phase) + constant + number(-0.1, 0.1);
+        }
+        measures.add(block);
+        EXPECT_NEAR(measures.frequency().mHertz, hertz, 0.002) << signal.mNominalHz;
+    }
+}
+
 /** A transformer that saturates in the fault and recovers slowly: its phase creeps. */
 TEST(MeasuresTest, FrequencyIsMeasuredWhereTheSignalIsSteady)
 {

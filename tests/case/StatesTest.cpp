@@ -241,6 +241,7 @@ swing = { hz = 25, voltage = 0.5, current = -0.5, degrees = 90 }
     }
 }
 
+namespace {
 /** A random sequence of states: at, periods or seconds, steps and ramps of the frequency, swings.
  */
 std::string randomStates(std::mt19937& random)
@@ -267,13 +268,15 @@ std::string randomStates(std::mt19937& random)
 }
 
 /** Of the space vector of three phases, less a degree for each line: no amplitude changes it. */
-double degreesOf(const generate::LineValues& values, size_t first, size_t line)
+double degreesOfPhases(const generate::LineValues& values, size_t first, size_t line)
 {
     const double alpha = (2.0 * values[first] - values[first + 1] - values[first + 2]) / 3.0;
     const double beta = (values[first + 1] - values[first + 2]) / std::sqrt(3.0);
     return std::remainder(std::atan2(alpha, -beta) / base::kRadiansPerDegree - double(line % 360),
                           360.0);
 }
+
+} // namespace
 
 /** The voltages turn on through every state; a swing moves the currents by what it says. */
 TEST(StateSignalTest, PhaseIsContinuous)
@@ -286,7 +289,7 @@ TEST(StateSignalTest, PhaseIsContinuous)
         size_t state = 0;
         for (size_t line = 0; line < played.mLines.size(); ++line) {
             state += played.mLayout.beginOf(state + 1) == qint64(line) ? 1 : 0;
-            ASSERT_NEAR(degreesOf(played.mLines[line], 0, line), 17.0, 1e-6) << line;
+            ASSERT_NEAR(degreesOfPhases(played.mLines[line], 0, line), 17.0, 1e-6) << line;
             double moved = -40.0;
             if (const auto& swing = played.mPlan.mStates[state].mSwing) {
                 const auto& timeline = played.mLayout.timeline();
@@ -294,7 +297,7 @@ TEST(StateSignalTest, PhaseIsContinuous)
                                        timeline.secondsOf(played.mLayout.beginOf(swing->mSince));
                 moved += swing->mDegrees * std::sin(2.0 * base::kPi * swing->mHertz * seconds);
             }
-            ASSERT_NEAR(degreesOf(played.mLines[line], 4, line), moved, 1e-6) << line;
+            ASSERT_NEAR(degreesOfPhases(played.mLines[line], 4, line), moved, 1e-6) << line;
         }
     }
 }
