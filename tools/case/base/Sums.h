@@ -11,13 +11,13 @@ namespace base {
 inline double dotProduct(const double* a, const double* b, size_t count)
 {
     std::array<double, 4> sums{};
-    size_t i = 0;
-    for (; i + sums.size() <= count; i += sums.size()) {
+    const size_t whole = count - count % sums.size();
+    for (size_t i = 0; i < whole; i += sums.size()) {
         for (size_t lane = 0; lane < sums.size(); ++lane) {
             sums[lane] += a[i + lane] * b[i + lane];
         }
     }
-    for (; i < count; ++i) {
+    for (size_t i = whole; i < count; ++i) {
         sums[0] += a[i] * b[i];
     }
     return (sums[0] + sums[1]) + (sums[2] + sums[3]);
