@@ -137,6 +137,7 @@ public:
     void addWhatIsNeverSeen();
     void addPlays(Outcome outcome, const char* what);
     void addCuts();
+    void addUnkept();
     void addMissingPictures(const Pictures& pictures);
 
     std::string mText;
@@ -186,6 +187,20 @@ void NotObserved::addCuts()
     }
 }
 
+/** A finding at a sample has the samples around it, as long as there was room for them. */
+void NotObserved::addUnkept()
+{
+    size_t count = 0;
+    for (const PlaySummary& play : mNight.mPlays) {
+        count += static_cast<size_t>(std::count_if(
+            play.mFound.begin(), play.mFound.end(),
+            [](const auto& found) { return found.mStampNs && found.mSamplesFile.empty(); }));
+    }
+    if (count > 0) {
+        add("The samples around " + countText(count, "finding") + ": they were not kept.");
+    }
+}
+
 /** With the same reason, all in one. */
 void NotObserved::addMissingPictures(const Pictures& pictures)
 {
@@ -228,6 +243,7 @@ std::string notObservedPart(const NightSummary& night, const Pictures& pictures)
     part.addPlays(Outcome::NotPlayed, "not played");
     part.addPlays(Outcome::Unfinished, "not finished");
     part.addCuts();
+    part.addUnkept();
     part.addMissingPictures(pictures);
     return "<h2>What was not observed</h2>\n<ul>\n" + part.mText + "</ul>\n";
 }
