@@ -9,6 +9,7 @@
 #include "report/CaseTable.h"
 #include "report/HtmlPage.h"
 #include "report/JunitFile.h"
+#include "report/NightBar.h"
 #include "report/NightSummary.h"
 #include "report/ReportText.h"
 
@@ -171,6 +172,54 @@ void expectCount(const pugi::xml_document& junit, const char* element, const cha
     EXPECT_EQ(sum, expected) << attribute;
 }
 
+/** Every element that is opened is closed, in order; but for those that have no end. */
+void expectBalanced(const std::string& page)
+{
+    std::vector<std::string> open;
+    for (size_t at = page.find('<'); at != std::string::npos; at = page.find('<', at + 1)) {
+        const size_t end = page.find('>', at);
+        ASSERT_NE(end, std::string::npos);
+        const bool isClosing = page[at + 1] == '/';
+        const size_t begin = at + (isClosing ? 2 : 1);
+        const std::string name = page.substr(begin, page.find_first_of(" \n>/", begin) - begin);
+        const bool isVoid = name == "meta" || name == "br" || name == "img" || name[0] == '!';
+        if (isClosing) {
+            ASSERT_FALSE(open.empty()) << name;
+            ASSERT_EQ(open.back(), name);
+            open.pop_back();
+        } else if (!isVoid && page[end - 1] != '/') {
+            open.push_back(name);
+        }
+    }
+    EXPECT_TRUE(open.empty());
+}
+
+/** So many plays of one case, a second each; each seventh of them fails where that is wanted. */
+NightSummary longNight(int plays, bool hasFailures)
+{
+    journal::NightBegin night;
+    night.mCases = {{"dip", 1, "stage/dip.csv", 7200, 1, 400'000'000, plays, "signal dip", {}}};
+    night.mOrder.assign(static_cast<size_t>(plays), 0);
+    std::vector<journal::Entry> entries = {{kBeginNs, night}};
+    for (int play = 0; play < plays; ++play) {
+        const auto verdict =
+            hasFailures && play % 7 == 3 ? PlayVerdict::Failed : PlayVerdict::Passed;
+        entries.push_back({kBeginNs + play * kSecondNs, journal::PlayBegin{play}});
+        entries.push_back(
+            {kBeginNs + (play + 1) * kSecondNs, journal::PlayEnd{play, verdict, 1, 2, 3, 4, 0}});
+    }
+    return summarize(entries);
+}
+
+size_t countOf(const std::string& text, const std::string& part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
 TEST(ReportTest, EveryKindOfNightHasTheSameVerdictEverywhere)
 {
     for (const NightCase& it : nights()) {
@@ -197,6 +246,7 @@ TEST(ReportTest, EveryKindOfNightHasTheSameVerdictEverywhere)
         EXPECT_NE(page.find(std::string("<title>") + it.mVerdict), std::string::npos);
         const size_t firstLine = page.find("<body>\n<main>\n<h1 ");
         EXPECT_LT(page.find(it.mVerdict, firstLine), page.find("</h1>"));
+        expectBalanced(page);
     }
 }
 
@@ -259,6 +309,55 @@ TEST(ReportTest, TextsOfFilesAreTextsInEveryReport)
                  "\"<script>\" & 'more', \nend");
     EXPECT_NE(caseTable(night).find(",\"\"\"<script>\"\" & 'more',\x01\nend\"\n"),
               std::string::npos);
+}
+
+TEST(ReportTest, LongNightsStayReadable)
+{
+    Pictures pictures;
+    pictures.mCases.resize(1);
+    const std::string page = htmlPage(longNight(2000, true), pictures);
+    EXPECT_EQ(countOf(page, "<span class=\"failed\">"), 200U);
+    EXPECT_EQ(countOf(page, "<span class=\"passed\">"), 200U);
+    EXPECT_NE(page.find("1600 more plays: see cases.csv"), std::string::npos);
+    EXPECT_NE(page.find("236 more plays failed"), std::string::npos);
+    EXPECT_LT(page.size(), 300'000U);
+    expectBalanced(page);
+}
+
+TEST(ReportTest, TheBarShowsEveryFailure)
+{
+    // Neighbours become one.
+    EXPECT_EQ(countOf(nightBar(longNight(2000, false)), "<rect class=\"passed\""), 1U);
+
+    const std::string bar = nightBar(longNight(2000, true));
+    EXPECT_EQ(countOf(bar, "<rect class=\"failed\""), 286U);
+    EXPECT_EQ(countOf(bar, "width=\"3.0\" height=\"40\""), 286U);
+    EXPECT_LT(bar.rfind("<rect class=\"passed\""), bar.find("<rect class=\"failed\""));
+    EXPECT_NE(bar.find("failed: 286 plays"), std::string::npos);
+    EXPECT_NE(bar.find("left:30.00%\">22:10<"), std::string::npos);
+    EXPECT_EQ(nightBar(summarize({})), "");
+}
+
+TEST(ReportTest, ANightThatWentOnSaysWhenItStoppedAndWhatChanged)
+{
+    const NightSummary night = Steps()
+                                   .play(0, kPassed)
+                                   .begin(1)
+                                   .add(journal::Resumed{{{"clock", "not synchronized"}}})
+                                   .play(1, kPassed)
+                                   .play(2, kPassed)
+                                   .over(kDone)
+                                   .summary();
+    Pictures pictures;
+    pictures.mCases.resize(2);
+    const std::string page = htmlPage(night, pictures);
+    EXPECT_NE(
+        page.find(
+            "From 2025-11-25 22:00:03 to 2025-11-25 22:00:04 UTC (1 s): the night had stopped"),
+        std::string::npos);
+    EXPECT_NE(page.find("<h3>From 2025-11-25 22:00:04 UTC on</h3>"), std::string::npos);
+    EXPECT_NE(page.find("not synchronized"), std::string::npos);
+    EXPECT_EQ(night.mPlays[1].mAttempts, 2);
 }
 
 TEST(ReportTest, WhatWasMeasuredCountsAsWell)

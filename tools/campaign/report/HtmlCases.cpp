@@ -86,8 +86,8 @@ std::string playsTable(const NightSummary& night, const CaseSummary& it)
     const size_t left =
         it.mPlays.size() - std::min(good, kMaxListedPlays) - std::min(bad, kMaxListedPlays);
     return kPlaysHead + rows + "</tbody></table>\n" +
-           (left > 0 ? fmt::format("<p class=\"muted\">{} more: see cases.csv.</p>\n",
-                                   countText(left, "play"))
+           (left > 0 ? fmt::format("<p class=\"muted\">{}: see cases.csv.</p>\n",
+                                   countText(left, "more play"))
                      : "");
 }
 

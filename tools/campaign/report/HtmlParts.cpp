@@ -131,8 +131,8 @@ std::string findingsPart(const NightSummary& night, const Pictures& pictures)
         }
     }
     if (others > 0) {
-        text += fmt::format("<p>{} more failed: see the cases, or cases.csv.</p>\n",
-                            countText(others, "play"));
+        text += fmt::format("<p>{} failed: see the cases, or cases.csv.</p>\n",
+                            countText(others, "more play"));
     }
     if (!night.mOutside.empty()) {
         text += "<h3>Outside the plays</h3>\n" +
