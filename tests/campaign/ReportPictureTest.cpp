@@ -63,7 +63,7 @@ protected:
         journal::NightBegin night;
         night.mName = "night";
         night.mGapNs = kSecond;
-        night.mCases = {{"dip", 1, "stage/dip.csv", kCaseSamples, 4, 80'000'000, 1, "file", {}}};
+        night.mCases = {{"dip", 1, "dip.csv", kCaseSamples, 4, 80'000'000, 1, "file", {}}};
         night.mOrder = {0};
         std::vector<journal::Entry> entries = {{1, night}, {2, journal::PlayBegin{0}}};
         for (const journal::FoundWrong& found : findings) {

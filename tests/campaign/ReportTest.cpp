@@ -31,9 +31,8 @@ public:
         journal::NightBegin night;
         night.mName = "night";
         night.mIsObserved = isObserved;
-        night.mCases = {
-            {"dip", 1, "stage/dip.csv", 7200, 1, 400'000'000, 2, "signal dip", {}},
-            {"swell", 2, "stage/swell.csv", 3600, 1, 200'000'000, 1, "swell & <b>", {}}};
+        night.mCases = {{"dip", 1, "dip.csv", 7200, 1, 400'000'000, 2, "signal dip", {}},
+                        {"swell", 2, "swell.csv", 3600, 1, 200'000'000, 1, "swell & <b>", {}}};
         night.mOrder = {0, 0, 1};
         night.mEnvironment = {{"clock", "<script>alert(1)</script>"}};
         add(night);
@@ -198,7 +197,7 @@ void expectBalanced(const std::string& page)
 NightSummary longNight(int plays, bool hasFailures)
 {
     journal::NightBegin night;
-    night.mCases = {{"dip", 1, "stage/dip.csv", 7200, 1, 400'000'000, plays, "signal dip", {}}};
+    night.mCases = {{"dip", 1, "dip.csv", 7200, 1, 400'000'000, plays, "signal dip", {}}};
     night.mOrder.assign(static_cast<size_t>(plays), 0);
     std::vector<journal::Entry> entries = {{kBeginNs, night}};
     for (int play = 0; play < plays; ++play) {

@@ -24,7 +24,7 @@ struct StagedCase
 {
     std::string mName;
     int mNumber = 0;                    ///< of its configuration; that of the steady signal is 0
-    std::string mFile;                  ///< its value file, relative to the folder of the night
+    std::string mFile;                  ///< its value file, in the folder "stage" of the night
     quint64 mSamples = 0;               ///< of one play, with the repetitions of the file
     quint64 mFileRepetitions = 1;       ///< of the value file in one play
     qint64 mDurationNs = 0;             ///< of one play

@@ -4,6 +4,7 @@
 
 #include "CaseConfiguration.h"
 #include "base/CaseError.h"
+#include "stage/Stage.h"
 
 namespace report {
 
@@ -50,11 +51,16 @@ void addStretch(const Stretch& stretch, std::vector<ExpectedSample>* samples)
 }
 } // namespace
 
+ExpectedSamples::ExpectedSamples(const std::string& folder)
+    : mStage(folder + "/" + stage::kStageFolder + "/")
+{
+}
+
 const explain::PlayedFile& ExpectedSamples::caseFile(const std::string& name)
 {
     if (!mCase || mCaseName != name) {
         mCase.reset();
-        mCase = readFile(mFolder + "/" + name);
+        mCase = readFile(mStage + name);
         mCaseName = name;
     }
     return *mCase;
@@ -64,13 +70,13 @@ const explain::PlayedFile& ExpectedSamples::steadyFile()
 {
     if (!mSteady) {
         configuration::CaseConfiguration cases;
-        cases.read(QString::fromStdString(mFolder + "/stage/cases.conf"),
-                   configuration::CaseConfiguration::Rejected::GoOn);
+        const std::string path = mStage + stage::kCasesFile;
+        cases.read(QString::fromStdString(path), configuration::CaseConfiguration::Rejected::GoOn);
         const QList<configuration::CaseEntry> steady = cases.configurations().value(0);
         if (steady.isEmpty()) {
-            throw base::CaseError(mFolder + "/stage/cases.conf: has no configuration 0");
+            throw base::CaseError(path + ": has no configuration 0");
         }
-        mSteady = readFile(mFolder + "/stage/" + steady.front().mFileName.toStdString());
+        mSteady = readFile(mStage + steady.front().mFileName.toStdString());
     }
     return *mSteady;
 }

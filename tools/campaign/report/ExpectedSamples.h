@@ -27,7 +27,7 @@ class ExpectedSamples
 {
 public:
     /** @param folder of the night */
-    explicit ExpectedSamples(std::string folder) : mFolder(std::move(folder)) {}
+    explicit ExpectedSamples(const std::string& folder);
 
     /**
      * The samples with stamps in this range, which is cut to the gaps around the play; valid until
@@ -42,7 +42,7 @@ private:
     const explain::PlayedFile& caseFile(const std::string& name);
     const explain::PlayedFile& steadyFile();
 
-    std::string mFolder;
+    std::string mStage; ///< folder of the value files
     std::string mCaseName;
     std::unique_ptr<explain::PlayedFile> mCase;
     std::unique_ptr<explain::PlayedFile> mSteady;

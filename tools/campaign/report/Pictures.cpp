@@ -9,6 +9,7 @@
 #include "report/CompactSvg.h"
 #include "report/FindingPicture.h"
 #include "report/ThinnedCurves.h"
+#include "stage/Stage.h"
 
 namespace report {
 
@@ -44,14 +45,15 @@ Drawing PictureDrawer::draw(const plot::Picture& picture)
 
 Drawing PictureDrawer::drawCase(const journal::StagedCase& staged)
 {
+    const std::string file = std::string(stage::kStageFolder) + "/" + staged.mFile;
     if (mBytes > kMaxBytes) {
         return {"",
                 fmt::format("the report has no room for more pictures; vx-case plot {} draws it",
-                            staged.mFile)};
+                            file)};
     }
     try {
         plot::PictureRequest request;
-        request.mInputs = {mFolder + "/" + staged.mFile};
+        request.mInputs = {mFolder + "/" + file};
         base::ProgressLine progress("drawing");
         plot::Picture picture = plot::makePicture(request, progress);
         picture.mTitle = staged.mName;
