@@ -115,11 +115,18 @@ TEST_F(ReportPictureTest, WhatIsExpectedIsKnownAtEveryTimeStamp)
             EXPECT_EQ((*samples[i].mContent)[2], static_cast<quint32>(row.mValues[i]));
         }
     }
+    // Of a play that broke off the rest is expected as well.
+    PlaySummary shortened = mNight.mPlays[0];
+    shortened.mLastStampNs = kFirstNs + 5 * kStepNs;
+    const auto rest = mExpected.around(mNight, shortened, kLastNs - kStepNs, kLastNs + kStepNs);
+    ASSERT_EQ(rest.size(), 3U);
+    EXPECT_EQ((*rest[1].mContent)[2], 5359U);
+    EXPECT_EQ((*rest[2].mContent)[2], 1000U);
     // Nothing is said of times at which another play may have been on.
     const std::string error = errorOf([this] {
         mExpected.around(mNight, mNight.mPlays[0], kLastNs + 2 * kSecond, kLastNs + 3 * kSecond);
     });
-    EXPECT_EQ(error, "they are not within a play that arrived");
+    EXPECT_EQ(error, "another play may have been on");
 }
 
 TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)

@@ -85,16 +85,22 @@ std::vector<ExpectedSample> ExpectedSamples::around(const NightSummary& night,
                                                     const PlaySummary& play, qint64 fromNs,
                                                     qint64 toNs)
 {
-    const qint64 gapNs = night.mNight.mGapNs;
-    const qint64 firstNs = play.mFirstStampNs;
-    const qint64 lastNs = play.mLastStampNs;
-    fromNs = std::max(fromNs, firstNs - gapNs);
-    toNs = std::min(toNs, lastNs + gapNs);
-    if (firstNs == 0 || fromNs > toNs) {
-        throw base::CaseError("they are not within a play that arrived");
+    if (play.mFirstStampNs == 0) {
+        throw base::CaseError("nothing of the play arrived");
     }
-    const explain::PlayedFile& played = caseFile(night.mCases[play.mCase].mStaged.mFile);
+    const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
+    const explain::PlayedFile& played = caseFile(staged.mFile);
+    const qint64 firstNs = play.mFirstStampNs;
     const qint64 beforeNs = firstNs - played.stepAt(0);
+    // What arrived may end early; more than was wanted means that the clock was set.
+    const qint64 wantedNs =
+        beforeNs + static_cast<qint64>(staged.mFileRepetitions) * played.durationNs();
+    const qint64 lastNs = std::max(play.mLastStampNs, wantedNs);
+    fromNs = std::max(fromNs, firstNs - night.mNight.mGapNs);
+    toNs = std::min(toNs, lastNs + night.mNight.mGapNs);
+    if (fromNs > toNs) {
+        throw base::CaseError("another play may have been on");
+    }
     std::vector<ExpectedSample> samples;
     if (fromNs <= beforeNs) {
         addStretch({&steadyFile(), beforeNs, fromNs, std::min(toNs, beforeNs)}, &samples);
