@@ -30,7 +30,7 @@ small { display: block; font-weight: normal; }
 .mark { padding: 0.1rem 0.5rem; border-radius: 0.3rem; background: currentColor;
   font-size: 0.85rem; white-space: nowrap; }
 .mark span { color: var(--label); }
-.numbers { display: grid; grid-template-columns: repeat(auto-fill, minmax(13rem, 1fr)); gap: 0.75rem; }
+.numbers { display: grid; grid-template-columns: repeat(auto-fill, minmax(11rem, 1fr)); gap: 0.75rem; }
 .numbers div { padding: 0.6rem 0.9rem; background: var(--panel); border-radius: 0.3rem; }
 .numbers dt { color: var(--muted); font-size: 0.85rem; }
 .numbers dd { margin: 0; font-size: 1.15rem; font-variant-numeric: tabular-nums; }
