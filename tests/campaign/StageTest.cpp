@@ -191,7 +191,8 @@ TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
     EXPECT_EQ(make(text).mHash, hash);
     EXPECT_EQ(foundIn("night/stage"),
               "cases.conf,mine of the user.txt,mine.csv,steady-60hz.csv,steady.csv");
-    EXPECT_EQ(foundIn("night"), "stage");
+    EXPECT_EQ(foundIn("night"), "plan.toml,stage");
+    EXPECT_EQ(readFile(mFiles.path("night/plan.toml")), text);
 
     mFiles.make("mine.csv", oneBlock("60"));
     EXPECT_EQ(mistakesOf(text),
@@ -201,6 +202,9 @@ TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
 
     ASSERT_TRUE(QDir(QString::fromStdString(pathOf(""))).removeRecursively());
     EXPECT_NE(make(text).mHash, hash);
+    EXPECT_THAT(mistakesOf("# another\n" + text),
+                HasSubstr("night/plan.toml: is not what the plan"));
+    EXPECT_EQ(readFile(mFiles.path("night/plan.toml")), text);
 }
 
 /** What a user sees; the temporary files of a check go away. */

@@ -4,12 +4,17 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include "base/ResultFile.h"
 #include "plan/Hashes.h"
 #include "stage/StageMaker.h"
 
 namespace stage {
 
 namespace {
+constexpr const char* kDiffers =
+    ": is not what the plan makes; expected another folder, or the plan "
+    "and its files as they were";
+
 /** Nothing that is there may be lost by it, so both names are made by the caller. */
 void moveTo(const QString& from, const QString& to)
 {
@@ -53,6 +58,25 @@ void publish(const std::vector<std::string>& files, const QDir& made, const QDir
         moveTo(made.filePath(file), present.filePath(file));
     }
 }
+
+/** @return whether it is missing */
+bool expectSamePlan(const plan::Plan& plan, const std::string& path)
+{
+    if (!QFileInfo::exists(QString::fromStdString(path))) {
+        return true;
+    }
+    if (plan::fileHash(path) != plan.mHash) {
+        throw plan::PlanError(path + kDiffers);
+    }
+    return false;
+}
+
+void writePlan(const plan::Plan& plan, const std::string& path)
+{
+    base::ResultFile copy(path);
+    copy.write(plan.mText);
+    copy.commit();
+}
 } // namespace
 
 Stage makeStage(const plan::Plan& plan, const std::string& folder)
@@ -61,6 +85,8 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
     if (!night.mkpath(".")) {
         throw base::CaseError(folder + ": cannot be made as a folder");
     }
+    const std::string copy = night.filePath(kPlanFile).toStdString();
+    const bool isPlanMissing = expectSamePlan(plan, copy);
     const QTemporaryDir work(night.filePath(".stage-XXXXXX"));
     if (!work.isValid()) {
         throw base::CaseError(folder + ": " + work.errorString().toStdString());
@@ -70,6 +96,9 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
     stage.mDirectory = night.filePath(kStageFolder).toStdString();
     stage.mConfiguration = stage.mDirectory + '/' + kCasesFile;
     publish(maker.files(), QDir(work.path()), QDir(QString::fromStdString(stage.mDirectory)));
+    if (isPlanMissing) {
+        writePlan(plan, copy);
+    }
     return stage;
 }
 

@@ -10,6 +10,7 @@
 namespace stage {
 
 /** In the folder of a night. */
+inline constexpr const char* kPlanFile = "plan.toml";
 inline constexpr const char* kStageFolder = "stage";
 inline constexpr const char* kCasesFile = "cases.conf";
 
@@ -30,12 +31,12 @@ struct Stage
 };
 
 /**
- * Makes FOLDER/stage. It appears when all of it is made and found good. Where it is there already,
- * it is compared with what the plan makes: what is missing is added, and nothing is overwritten.
+ * Makes FOLDER/stage and FOLDER/plan.toml, a copy. They appear when all is made and found good.
+ * What is there already is compared: what is missing is added, and nothing is overwritten.
  *
  * @param folder is made when it is missing
- * @throws plan::PlanError with every mistake of every case, and for a file in the stage that is not
- *         what the plan makes; CaseError for what cannot be written
+ * @throws plan::PlanError with every mistake of every case, and for a file that is there and
+ *         not what the plan makes; CaseError for what cannot be written
  */
 Stage makeStage(const plan::Plan& plan, const std::string& folder);
 
