@@ -244,6 +244,17 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
     EXPECT_THAT(mRunner.readFile("kept/stage/cases.conf"), HasSubstr("1,60,steady-60hz.csv\n"));
 }
 
+/** That is no mistake of the plan. */
+TEST_F(StageTest, AFullDiskIsAFailure)
+{
+    mRunner.writeFile("a.toml", "[[case]]\nsignal = \"steady-60hz\"\n");
+    const CommandResult result = mRunner.run(
+        {"sh", "-c", "trap '' XFSZ; ulimit -f 8; exec \"$0\" check a.toml -o night", VX_CAMPAIGN});
+    EXPECT_EQ(result.mExitCode, 1) << result;
+    EXPECT_THAT(result.mErrors, HasSubstr("/steady.csv: File too large\n"));
+    EXPECT_EQ(mRunner.readFile("night/plan.toml"), "");
+}
+
 TEST_F(StageTest, TheExamplesAreGood)
 {
     for (const auto& [name, cases] : {std::pair("night", 10U), std::pair("compliance", 33U)}) {

@@ -77,12 +77,14 @@ void check(const CheckOptions& options)
     plan::Draft draft = plan::draftPlan(plan::planText(options.mPlan.mPlan), options.mPlan.mPlan);
     const bool isReadable = draft.mMistakes.texts().empty();
     std::optional<stage::Stage> stage;
-    draft.mMistakes.collect([&] {
+    try {
         if (isReadable) {
             draft.mPlan = plan::selected(std::move(draft.mPlan), options.mPlan.mSelection);
         }
         stage = makeIn(isReadable ? options.mFolder : "", draft.mPlan);
-    });
+    } catch (const plan::PlanError& error) {
+        draft.mMistakes.add(error.what());
+    }
     draft.mMistakes.expectNone();
     base::writeToStandardOutput(tableOf(draft.mPlan, *stage));
 }

@@ -116,7 +116,11 @@ const StageMaker::MadeFile& StageMaker::fileOf(const plan::Source& source, const
         file.mIsGood = true;
         mFiles.push_back(file.mName);
     } catch (const base::CaseError& error) {
-        mMistakes.add(prefixOf(source.mLocation) + name + ": " + error.what());
+        const std::string text = error.what();
+        if (text.find(mDirectory) == 0) {
+            throw; // no mistake of the case: it cannot be written, and so cannot the others
+        }
+        mMistakes.add(prefixOf(source.mLocation) + name + ": " + text);
     }
     return file;
 }

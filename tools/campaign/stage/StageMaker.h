@@ -19,7 +19,7 @@ public:
     {
     }
 
-    /** @throws plan::PlanError with every mistake of every case */
+    /** @throws plan::PlanError with every mistake of every case, CaseError for a full disk */
     Stage make();
 
     /** Names of the files that were made. */
