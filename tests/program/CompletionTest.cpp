@@ -78,7 +78,7 @@ TEST_F(CompletionTest, OffersWhatTheOtherProgramsTake)
         {{"vx-case", "import", "fa"}, "file"},
         {{"vx-case", "catalogue", ""}, "file-d"},
         {{"vx-case", "check", "--directory", ""}, "file-d"},
-        {{"vx-campaign", "r"}, "report"},
+        {{"vx-campaign", "r"}, "report\nrun"},
         {{"vx-campaign", "check", "n"}, "filetoml"},
         {{"vx-campaign", "check", "--"}, "--group\n--help\n--only"},
         {{"vx-campaign", "report", "n"}, "file-d"},
