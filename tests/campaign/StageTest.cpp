@@ -111,7 +111,7 @@ set = { seconds = 0.5 }
     // Each configuration has samples of its own in the program.
     EXPECT_EQ(stage.mBytesOnDevice, (1 + 30 + 1 + 30) * 360 * 56);
     EXPECT_EQ(nightNs(stage, 1'000'000'000),
-              6 * (1'000'000'000LL + 360 * 55'555) + (4 * 30 + 60) * 360LL * 46'296);
+              6 * (1'500'000'000LL + 360 * 55'555) + (4 * 30 + 60) * 360LL * 46'296);
 }
 
 /** The very lines that vx-case makes. */
@@ -193,6 +193,8 @@ TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
               "cases.conf,mine of the user.txt,mine.csv,steady-60hz.csv,steady.csv");
     EXPECT_EQ(foundIn("night"), "plan.toml,stage");
     EXPECT_EQ(readFile(mFiles.path("night/plan.toml")), text);
+    EXPECT_EQ(QFile::permissions(QString::fromStdString(pathOf(""))),
+              QFile::permissions(QString::fromStdString(mFiles.path("night"))));
 
     mFiles.make("mine.csv", oneBlock("60"));
     EXPECT_EQ(mistakesOf(text),
@@ -219,7 +221,7 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
         "     0  steady           -      360            1       0.020  signal steady-50hz\n"
         "     1  steady-60hz      2    21600           60       1.000  signal steady-60hz\n"
         "memory for the samples: 0.0 MiB on the 32-bit device\n"
-        "1 case, 2 plays, 1 s between them: about 5.06 s\n";
+        "1 case, 2 plays, 1 s between them: about 6.56 s\n";
     const std::tuple<Words, int, std::string, std::string> rows[] = {
         {{"a.toml", "--group", "g"}, 0, table, ""},
         {{"a.toml", "-o", "kept"}, 0, table, ""},

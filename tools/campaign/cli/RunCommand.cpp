@@ -8,7 +8,6 @@
 #include <memory>
 #include <random>
 
-#include "base/ResultFile.h"
 #include "base/StandardOutput.h"
 #include "cli/PlanOptions.h"
 #include "cli/Subcommands.h"
@@ -101,6 +100,17 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
     return journal && journal->night() != nullptr ? journal : std::nullopt;
 }
 
+/** What the reports are called may be a file of the user's. */
+void expectNoReports(const std::string& folder)
+{
+    for (const char* name : {report::kPageFile, report::kJunitFile, report::kTableFile}) {
+        const std::string path = folder + '/' + name;
+        if (QFileInfo::exists(QString::fromStdString(path))) {
+            throw CLI::ValidationError("-o", path + " is there; name another folder");
+        }
+    }
+}
+
 /** The cases are those that the night began with. */
 void selectCasesOf(const journal::NightBegin& night, RunOptions* options)
 {
@@ -124,6 +134,8 @@ Prepared prepare(RunOptions options)
     const std::optional<journal::Journal> before = journalToResume(options);
     if (before) {
         selectCasesOf(*before->night(), &options);
+    } else {
+        expectNoReports(options.mFolder);
     }
     plan::Plan plan = plan::readPlan(options.mPlan.mPlan);
     if (before) {
@@ -150,9 +162,6 @@ Prepared prepare(RunOptions options)
         night.mSeed = options.mSeed ? *options.mSeed : std::random_device()();
     }
     night.mOrder = orderOf(night.mCases, night.mSeed);
-    base::ResultFile copy(options.mFolder + "/plan.toml");
-    copy.write(plan.mText);
-    copy.commit();
     return prepared;
 }
 

@@ -11,11 +11,15 @@
 namespace stage {
 
 namespace {
+/** The program plays some blocks ahead, and the end of a case is known some thousand samples later.
+ */
+constexpr qint64 kReactionNs = 500'000'000;
+
 constexpr const char* kDiffers =
     ": is not what the plan makes; expected another folder, or the plan "
     "and its files as they were";
 
-/** Nothing that is there may be lost by it, so both names are made by the caller. */
+/** Never replaces what is there. */
 void moveTo(const QString& from, const QString& to)
 {
     if (!QDir().rename(from, to)) {
@@ -91,11 +95,16 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
     if (!work.isValid()) {
         throw base::CaseError(folder + ": " + work.errorString().toStdString());
     }
-    StageMaker maker(plan, work.path().toStdString());
+    // In it one as the user makes them: the temporary one is for its owner alone.
+    const QDir made(work.filePath(kStageFolder));
+    if (!made.mkpath(".")) {
+        throw base::CaseError(made.path().toStdString() + ": cannot be made as a folder");
+    }
+    StageMaker maker(plan, made.path().toStdString());
     Stage stage = maker.make();
     stage.mDirectory = night.filePath(kStageFolder).toStdString();
     stage.mConfiguration = stage.mDirectory + '/' + kCasesFile;
-    publish(maker.files(), QDir(work.path()), QDir(QString::fromStdString(stage.mDirectory)));
+    publish(maker.files(), made, QDir(QString::fromStdString(stage.mDirectory)));
     if (isPlanMissing) {
         writePlan(plan, copy);
     }
@@ -104,7 +113,7 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
 
 qint64 nightNs(const Stage& stage, qint64 gapNs)
 {
-    const qint64 between = gapNs + stage.mSteady.mDurationNs;
+    const qint64 between = gapNs + stage.mSteady.mDurationNs + kReactionNs;
     qint64 night = between;
     for (const journal::StagedCase& it : stage.mCases) {
         night += (between + it.mDurationNs) * it.mTimes;

@@ -1,0 +1,61 @@
+#include <gmock/gmock.h>
+
+#include "CommandRunner.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+/** Nights with the real programs, in real time. */
+class CampaignTest : public testing::Test
+{
+protected:
+    CommandResult runExample(const Words& options) const
+    {
+        const auto folderOf = [](const std::string& program) {
+            return program.substr(0, program.rfind('/'));
+        };
+        const std::string path =
+            "PATH=" + folderOf(VX_SANDBOX) + ':' + folderOf(VX_SIMULATOR) + ":/usr/bin:/bin";
+        return mRunner.run(joined(
+            {"env", path, VX_CAMPAIGN, "run", VX_EXAMPLES "/night.toml", "-o", "night"}, options));
+    }
+
+    CommandRunner mRunner;
+};
+
+TEST_F(CampaignTest, TheExampleNightPasses)
+{
+    const CommandResult result = runExample({});
+    EXPECT_EQ(result.mExitCode, 0) << result;
+    EXPECT_EQ(result.mOutput, "Passed: 11 plays of 10 cases\nnight/report.html\n");
+    EXPECT_EQ(mRunner.readFile("night/plan.toml"), readFile(VX_EXAMPLES "/night.toml"));
+
+    const CommandResult again = runExample({});
+    EXPECT_EQ(again.mExitCode, 2);
+    EXPECT_THAT(again.mErrors, HasSubstr("night holds a night; name another folder"));
+}
+
+TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)
+{
+    const CommandResult result =
+        runExample({"--only", "harmonics,unbalance-negative", "--fault", "adc-in:85:EIO"});
+    EXPECT_EQ(result.mExitCode, 1) << result;
+    const std::string table = mRunner.readFile("night/cases.csv");
+    EXPECT_THAT(table, HasSubstr("\nharmonics,1,1,failed,"));
+    EXPECT_THAT(table, HasSubstr("\nunbalance-negative,1,2,passed,"));
+    EXPECT_THAT(mRunner.readFile("night/junit.xml"), HasSubstr("<failure "));
+}
+
+/** A table of the user's that has the name of one of ours. */
+TEST_F(CampaignTest, AFileOfTheUserIsNotOverwritten)
+{
+    ASSERT_EQ(mRunner.run({"mkdir", "night"}).mExitCode, 0);
+    mRunner.writeFile("night/cases.csv", "mine");
+    const CommandResult result = runExample({"--only", "harmonics"});
+    EXPECT_EQ(result.mExitCode, 2) << result;
+    EXPECT_THAT(result.mErrors, HasSubstr("night/cases.csv is there; name another folder"));
+    EXPECT_EQ(mRunner.readFile("night/cases.csv"), "mine");
+}
+
+} // namespace
