@@ -89,10 +89,12 @@ double PeriodGrid::nextCycles() const
 void PeriodGrid::makeInterval()
 {
     const size_t first = mInterval * kHopLines;
-    if (first >= mLines.end()) {
+    const ClockPoint& end = mPoints[2];
+    // Between lines, the phase must be known.
+    const bool isUnknown = !end.mIsOnLines && (end.mIsBeyond || !(mHasStarted || end.mIsMeasured));
+    if (first >= mLines.end() || isUnknown) {
         return;
     }
-    const ClockPoint& end = mPoints[2];
     const Arc arc{mPoints[1].mCycles, end.mCycles, (end.mCycles - mPoints[0].mCycles) / 2.0,
                   (mPoints[3].mCycles - mPoints[1].mCycles) / 2.0};
     const size_t firstSample = mGrid.end();
@@ -146,7 +148,7 @@ void PeriodGrid::addSample(double line)
     for (size_t channel = 0; channel < values.size(); ++channel) {
         values[channel] =
             base::dotProduct(mLines.valuesFrom(channel, before + 1 - mKernel.halfWidth()),
-                             mWeights.data(), mWeights.size());
+                             mWeights.data(), 2 * mKernel.halfWidth());
     }
     mGrid.append(mLines.secondsAt(line), values);
 }

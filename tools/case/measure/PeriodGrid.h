@@ -19,7 +19,8 @@ struct ClockPeriod
 
 /**
  * Samples of which exactly 360 are a period of the fundamental, whatever it lasts. Where the lines
- * keep to the fundamental these are the lines; else values between the lines, band-limited.
+ * keep to the fundamental these are the lines; else values between the lines, band-limited, from
+ * the first measurement of the phase to the last: about a period is lost at either end.
  */
 class PeriodGrid
 {

@@ -116,7 +116,7 @@ bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
 
 void PhaseClock::pushMeasured(double turn)
 {
-    ClockPoint point{0.0, turn, true, mIsOnLines};
+    ClockPoint point{0.0, turn, true, mIsOnLines, false};
     if (mIsOnLines && isLeavingLines()) {
         mIsOnLines = point.mIsOnLines = false;
     }
@@ -143,7 +143,7 @@ void PhaseClock::pushExtrapolated()
 {
     const double turn = mIsOnLines ? kHalfCycle : mTurn;
     const double cycles = mPoints.empty() ? 0.0 : mPoints.back().mCycles + turn;
-    mPoints.push_back({cycles, turn, false, mIsOnLines});
+    mPoints.push_back({cycles, turn, false, mIsOnLines, false});
 }
 
 /** Withdraws the points whose windows held the beginning of the fault. */
@@ -223,11 +223,13 @@ bool PhaseClock::isOnLineTurn(double turn) const
 /** The run is trusted from now on. */
 void PhaseClock::resume()
 {
+    refineRun();
     const Sighting& last = mRun.back();
-    const double turn = (last.mCycles - mRun[mRun.size() - 3].mCycles) / 2.0;
+    const double turn =
+        (last.mCycles - mRun.front().mCycles) / static_cast<double>(mRun.size() - 1);
     mIsOnLines = mIsOnLines && isOnLineTurn(turn);
     if (!mHasBegun) {
-        begin(turn);
+        begin();
     }
     mIsFollowing = true;
     mHasBegun = true;
@@ -238,20 +240,48 @@ void PhaseClock::resume()
     mDrift.clear();
 }
 
-/** The points before the fundamental was found get its frequency, too. */
-void PhaseClock::begin(double turn)
+/** Measures the run once more, with its mean frequency and then with that around each point. What
+ * a wider window at the beginning does not reach is given up. */
+void PhaseClock::refineRun()
 {
+    const double mean = (mRun.back().mCycles - mRun.front().mCycles) /
+                        static_cast<double>((mRun.size() - 1) * kHopLines);
+    while (mRun.size() > 2 && !mSamples.covers(mRun.front().mHop * kHopLines, mean)) {
+        mRun.erase(mRun.begin());
+    }
+    const size_t last = mRun.size() - 1;
+    for (size_t i = 0; i <= last; ++i) {
+        refine(i, mRun[0], mRun[last]);
+    }
+    for (size_t i = 0; i <= last; ++i) {
+        refine(i, mRun[std::max<size_t>(i, 1) - 1], mRun[std::min(i + 1, last)]);
+    }
+}
+
+/** With the frequency between two points. */
+void PhaseClock::refine(size_t index, const Sighting& before, const Sighting& after)
+{
+    const double frequency = (after.mCycles - before.mCycles) /
+                             static_cast<double>((after.mHop - before.mHop) * kHopLines);
+    Sighting& sighting = mRun[index];
+    if (mSamples.covers(sighting.mHop * kHopLines, frequency)) {
+        const auto phasor = mSamples.measure(mReference, sighting.mHop * kHopLines, frequency);
+        sighting.mCycles += wrappedCycles(phasor.mCycles - sighting.mCycles);
+    }
+}
+
+/** The points before the fundamental was found get its frequency. */
+void PhaseClock::begin()
+{
+    const double firstTurn = mRun[1].mCycles - mRun[0].mCycles;
     for (size_t i = mTaken; i < mPoints.size(); ++i) {
         ClockPoint& point = mPoints[i];
         const size_t hop = mNextHop + 1 + i - mPoints.size();
         point.mIsOnLines = mIsOnLines;
-        point.mTurn = turn;
-        const bool isInRun = hop > mRun.front().mHop && hop <= mRun.back().mHop;
-        if (isInRun) {
-            const size_t index = mRun.size() - 1 - (mRun.back().mHop - hop);
-            point.mTurn = mRun[index].mCycles - mRun[index - 1].mCycles;
-            point.mIsMeasured = true;
-        }
+        point.mIsMeasured = hop > mRun[0].mHop;
+        point.mTurn = point.mIsMeasured
+                          ? mRun[hop - mRun[0].mHop].mCycles - mRun[hop - mRun[0].mHop - 1].mCycles
+                          : firstTurn;
         const double clockTurn = mIsOnLines ? kHalfCycle : point.mTurn;
         point.mCycles = i == 0 ? 0.0 : mPoints[i - 1].mCycles + clockTurn;
     }
@@ -262,6 +292,7 @@ void PhaseClock::finish()
     mIsFinished = true;
     while (mNextHop * kHopLines < mSamples.end() + 2 * kHopLines) {
         pushExtrapolated();
+        mPoints.back().mIsBeyond = mIsFollowing;
         ++mNextHop;
     }
 }

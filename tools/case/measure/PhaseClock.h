@@ -18,6 +18,7 @@ struct ClockPoint
     double mTurn = 0.0;   ///< by how much the fundamental turned since the hop before, in cycles
     bool mIsMeasured = false; ///< the turn is; else it is extrapolated
     bool mIsOnLines = false;  ///< since the hop before, 360 lines are a period of the clock
+    bool mIsBeyond = false;   ///< after the last measurement, where the signal ends
 };
 
 /**
@@ -34,6 +35,8 @@ struct ClockPoint
 class PhaseClock
 {
 public:
+    PhaseClock();
+
     void add(const waveform::SignalBlock& block);
 
     /** No line follows: the last points are extrapolated. */
@@ -57,7 +60,9 @@ private:
     void search(SequenceSamples::Phasor phasor);
     void extendRun(const SequenceSamples::Phasor& phasor);
     void resume();
-    void begin(double turn);
+    void refineRun();
+    void refine(size_t index, const Sighting& before, const Sighting& after);
+    void begin();
     void pushExtrapolated();
     void pushMeasured(double turn);
     bool isLeavingLines();
@@ -80,9 +85,6 @@ private:
     double mAmplitude = 0.0;
     std::vector<Sighting> mRun;
     std::deque<double> mDrift; ///< of the phase against the lines, the last hops
-
-public:
-    PhaseClock();
 };
 
 } // namespace measure

@@ -12,10 +12,10 @@ namespace measure {
 namespace {
 constexpr size_t kFirstCurrentChannel = kChannelCount / 2;
 
-double squareSum(const std::vector<double>& window, const double* values)
+double squareSum(const double* window, const double* values, size_t count)
 {
     double sum = 0.0;
-    for (size_t i = 0; i < window.size(); ++i) {
+    for (size_t i = 0; i < count; ++i) {
         sum += window[i] * values[i] * values[i];
     }
     return sum;
@@ -67,6 +67,7 @@ void SequenceSamples::prepareWeights(double cyclesPerLine)
     }
     mCyclesPerLine = cyclesPerLine;
     const auto half = static_cast<int>(1.0 / cyclesPerLine);
+    mWindowLength = static_cast<size_t>(2 * half + 1);
     mWindow.clear();
     mCos.clear();
     mSin.clear();
@@ -92,17 +93,19 @@ SequenceSamples::Phasor SequenceSamples::measure(PhaseReference reference, size_
     const bool isReversed = reference == PhaseReference::ReversedVoltages ||
                             reference == PhaseReference::ReversedCurrents;
     const Sequence& sequence = mSequences[isCurrent ? 1 : 0];
-    const size_t begin = middle - mFirst - mWindow.size() / 2;
+    const size_t begin = middle - mFirst - mWindowLength / 2;
     const double* const real = sequence.mReal.data() + begin;
     const double* const imaginary = sequence.mImaginary.data() + begin;
     const double sign = isReversed ? -1.0 : 1.0;
-    const size_t count = mWindow.size();
+    const size_t count = mWindowLength;
     const std::complex<double> sum(base::dotProduct(real, mCos.data(), count) +
                                        sign * base::dotProduct(imaginary, mSin.data(), count),
                                    sign * base::dotProduct(imaginary, mCos.data(), count) -
                                        base::dotProduct(real, mSin.data(), count));
     const std::complex<double> phasor = sum / mWindowSum;
-    const double power = (squareSum(mWindow, real) + squareSum(mWindow, imaginary)) / mWindowSum;
+    const double power =
+        (squareSum(mWindow.data(), real, count) + squareSum(mWindow.data(), imaginary, count)) /
+        mWindowSum;
     return {std::abs(phasor), std::arg(phasor) / base::kTwoPi,
             power > 0.0 ? std::norm(phasor) / power : 0.0};
 }

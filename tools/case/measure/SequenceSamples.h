@@ -63,6 +63,7 @@ private:
     size_t mFirst = 0;                  ///< line of the first that is kept
     std::array<Sequence, 2> mSequences; ///< of the voltages and the currents
     double mCyclesPerLine = 0.0;        ///< of the weights
+    size_t mWindowLength = 0;
     std::vector<double> mWindow;
     std::vector<double> mCos; ///< of the window and the rotation
     std::vector<double> mSin;
