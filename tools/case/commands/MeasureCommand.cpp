@@ -78,6 +78,9 @@ void runMeasure(const MeasureCommandOptions& options)
 {
     CommandFiles files;
     files.addSignal("the signal", options.mMeasure.mSignal.mPath);
+    if (!options.mMeasure.mTruth.empty()) {
+        files.addInput("--truth", options.mMeasure.mTruth);
+    }
     files.addOutput("-o", options.mOutput);
     files.expectNoConflict();
     base::ResultFile output(options.mOutput);
@@ -177,6 +180,10 @@ void addMeasureCommand(CLI::App& app)
             "Voltage to neutral, current and frequency that percent refers to (default: 230,5 and "
             "the signal's own 50 or 60)")
         ->type_name("V,A,HZ");
+    command
+        .add_option("--truth", measuring.mTruth,
+                    "What generate --truth wrote: where it has a value, that one is given")
+        ->type_name("FILE");
     CLI::Option* const wide = command.add_flag_callback(
         "--wide", [&] { measuring.mForm = measure::TableForm::Wide; },
         "A row an instant, a column a quantity and channel");

@@ -1,10 +1,13 @@
 #include "measure/Measuring.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 
 #include "base/CaseError.h"
 #include "base/ProgressLine.h"
+#include "measure/ClosedForm.h"
 #include "measure/EventMeter.h"
 #include "measure/FlickerMeter.h"
 #include "measure/OrderedOutput.h"
@@ -76,6 +79,28 @@ Meters makeMeters(const MeasureOptions& options, const Selection& selection,
     }
     return meters;
 }
+
+std::optional<ClosedForm> readTruth(const MeasureOptions& options, const MeterSettings& settings)
+{
+    return options.mTruth.empty()
+               ? std::nullopt
+               : std::optional<ClosedForm>(
+                     std::in_place, options.mTruth,
+                     std::array{options.mSignal.mCountsPerVolt, options.mSignal.mCountsPerAmpere},
+                     settings);
+}
+
+/** @throws CaseError where the truth is that of another signal */
+void expectLines(const std::optional<ClosedForm>& closedForm, size_t lines,
+                 const MeasureOptions& options)
+{
+    if (closedForm && closedForm->lines() != lines) {
+        throw base::CaseError(
+            fmt::format("{}: has {} lines, but {} is about {}: it is another "
+                        "signal's",
+                        options.mSignal.mPath, lines, options.mTruth, closedForm->lines()));
+    }
+}
 } // namespace
 
 std::vector<std::string> measureSignal(const MeasureOptions& options, base::ResultFile& output)
@@ -83,12 +108,20 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     MeasuredSignal signal(options.mSignal);
     const Selection selection(options.mGroups.empty() ? quantityGroups() : options.mGroups);
     const auto writer = makeWriter(options.mForm, selection, output);
-    OrderedOutput rows(*writer);
-    const Meters meters = makeMeters(options, selection, settingsOf(options, signal));
+    const MeterSettings settings = settingsOf(options, signal);
+    const std::optional<ClosedForm> closedForm = readTruth(options, settings);
+    std::optional<ClosedFormOutput> known;
+    if (closedForm) {
+        known.emplace(*closedForm, *writer);
+    }
+    OrderedOutput rows(known ? static_cast<MeasurementOutput&>(*known) : *writer);
+    const Meters meters = makeMeters(options, selection, settings);
     base::ProgressLine progress("measuring");
+    size_t lines = 0;
     waveform::SignalBlock block;
     while (signal.read(block)) {
         progress.show(signal.progress());
+        lines += block.size();
         for (const auto& meter : meters.mAll) {
             meter->add(block, rows);
         }
@@ -96,6 +129,7 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     for (const auto& meter : meters.mAll) {
         meter->finish(rows);
     }
+    expectLines(closedForm, lines, options);
     rows.flush();
     writer->finish();
     return signal.remarks();

@@ -18,6 +18,7 @@ struct MeasureOptions
     std::vector<std::string> mGroups; ///< of quantities; empty for all
     double mNominalVolts = 230.0;
     double mNominalAmperes = 5.0;
+    std::string mTruth; ///< of vx-case generate; empty for none
     TableForm mForm = TableForm::Long;
     std::optional<int> mFramesPerSecond; ///< of phasors; else one a nominal period
     PhasorClass mPhasorClass = PhasorClass::M;

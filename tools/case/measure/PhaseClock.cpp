@@ -15,6 +15,9 @@ constexpr double kHalfCycle = 0.5;
  * needs 0.57 degrees. */
 constexpr double kMaxBend = 1.0 / 360.0;
 
+/** Likewise how much its amplitude grows. A modulation by 10 % at 5 Hz needs 1 %. */
+constexpr double kMaxGrowthChange = 0.015;
+
 /** Amplitudes below this part of the one before are a fault. */
 constexpr double kMinAmplitude = 0.5;
 
@@ -50,6 +53,9 @@ constexpr size_t kShortDriftHops = 20;
 constexpr double kShortDrift = 4e-4;
 constexpr size_t kLongDriftHops = 200;
 constexpr double kLongDrift = 1e-3;
+
+/** So many hops in a row: longer than a fault is in the windows. */
+constexpr size_t kDriftingHops = 6;
 
 double wrappedCycles(double cycles)
 {
@@ -101,7 +107,10 @@ bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
 {
     const double expected = mCycles + mTurn + mBend;
     const double difference = wrappedCycles(phasor.mCycles - expected);
-    if (std::abs(difference) > kMaxBend || phasor.mAmplitude < kMinAmplitude * mAmplitude) {
+    const double growth = phasor.mAmplitude - mAmplitude;
+    const bool isEven = std::abs(difference) <= kMaxBend &&
+                        std::abs(growth - mGrowth) <= kMaxGrowthChange * mAmplitude;
+    if (!isEven || phasor.mAmplitude < kMinAmplitude * mAmplitude) {
         lose();
         return false;
     }
@@ -110,6 +119,7 @@ bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
     mTurn = turn;
     mCycles += turn;
     mAmplitude = phasor.mAmplitude;
+    mGrowth = growth;
     pushMeasured(turn);
     return true;
 }
@@ -131,12 +141,13 @@ bool PhaseClock::isLeavingLines()
         return mDrift.size() > hops ? std::abs(mDrift.back() - mDrift[mDrift.size() - 1 - hops])
                                     : 0.0;
     };
-    const bool isLeaving =
+    const bool isDrifting =
         driftOver(kShortDriftHops) > kShortDrift || driftOver(kLongDriftHops) > kLongDrift;
+    mDrifting = isDrifting ? mDrifting + 1 : 0;
     if (mDrift.size() > kLongDriftHops) {
         mDrift.pop_front();
     }
-    return isLeaving;
+    return mDrifting > kDriftingHops;
 }
 
 void PhaseClock::pushExtrapolated()
@@ -237,7 +248,9 @@ void PhaseClock::resume()
     mBend = 0.0;
     mCycles = last.mCycles;
     mAmplitude = last.mAmplitude;
+    mGrowth = last.mAmplitude - mRun[mRun.size() - 2].mAmplitude;
     mDrift.clear();
+    mDrifting = 0;
 }
 
 /** Measures the run once more, with its mean frequency and then with that around each point. What

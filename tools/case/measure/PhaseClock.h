@@ -26,9 +26,9 @@ struct ClockPoint
  *
  * Every half period the phase of the positive sequence is measured. Where it turns evenly the clock
  * follows it. A fault ends that: the turn changes by more than a degree from one hop to the next,
- * or the amplitude falls below half. From there the clock goes on at the frequency from before,
- * until six measurements in a row are even again. What the phase has jumped by then is left out,
- * so that periods have their true length again right after the fault.
+ * or the amplitude by more than modulation can. From there the clock goes on at the frequency from
+ * before, until six measurements in a row are even again. What the phase has jumped by then is left
+ * out, so that periods have their true length again right after the fault.
  *
  * Where the lines keep to the fundamental the clock keeps to the lines, exactly.
  */
@@ -83,8 +83,10 @@ private:
     double mBend = 0.0;   ///< change of the last turn
     double mCycles = 0.0; ///< last that was measured
     double mAmplitude = 0.0;
+    double mGrowth = 0.0; ///< of the amplitude, in the last hop
     std::vector<Sighting> mRun;
     std::deque<double> mDrift; ///< of the phase against the lines, the last hops
+    size_t mDrifting = 0;      ///< hops in a row with too much of it
 };
 
 } // namespace measure

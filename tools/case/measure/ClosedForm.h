@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "measure/Measurement.h"
+#include "measure/Meter.h"
+
+namespace measure {
+
+/**
+ * What a truth file of vx-case generate knows of a signal without measuring it: rms, harmonics,
+ * thd, unbalance and frequency, where no disturbance, tone or modulation is in the window.
+ */
+class ClosedForm
+{
+public:
+    /**
+     * @param scale counts per volt and per ampere
+     * @throws CaseError for a file that cannot be read, or describes no such signal
+     */
+    ClosedForm(const std::string& path, std::array<double, 2> scale, const MeterSettings& settings);
+
+    /** The lines that the truth is about. */
+    size_t lines() const { return mLines; }
+
+    /** The value of a row, where it is known. */
+    std::optional<double> valueOf(const Measurement& row) const;
+
+private:
+    struct Channel
+    {
+        double mRms = 0.0; ///< V or A
+        std::optional<double> mThd;
+        std::array<std::optional<double>, 51> mPercents; ///< of the harmonics, by their order
+        bool mHasHarmonics = false;                      ///< they and the rms are known
+    };
+
+    /** Time in which it does not hold, s from the first line. */
+    struct Span
+    {
+        double mBegin;
+        double mEnd;
+    };
+
+    bool isUndisturbed(double begin, double end) const;
+    double secondsOf(const RowKind& kind) const;
+    std::optional<double> channelValue(const Channel& channel, const RowKind& kind) const;
+
+    MeterSettings mSettings;
+    size_t mLines = 0;
+    double mSeconds = 0.0;
+    std::array<Channel, kChannelCount> mChannels;
+    std::optional<double> mNegativePercent;
+    std::optional<double> mZeroPercent;
+    std::optional<double> mHertz; ///< where it is constant
+    bool mIsModulated = false;
+    std::vector<Span> mDisturbed;
+
+    friend class TruthReader;
+};
+
+/** Puts the value of the closed form in place of the measured one, where there is one. */
+class ClosedFormOutput : public MeasurementOutput
+{
+public:
+    /** Borrows both. */
+    ClosedFormOutput(const ClosedForm& closedForm, MeasurementOutput& output)
+        : mClosedForm(closedForm), mOutput(output)
+    {
+    }
+
+    void add(const Measurement& value) override;
+
+private:
+    const ClosedForm& mClosedForm;
+    MeasurementOutput& mOutput;
+};
+
+} // namespace measure
