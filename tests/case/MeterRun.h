@@ -10,11 +10,14 @@
 struct MeasuredRows
 {
     /** Of one quantity and channel. */
-    std::vector<measure::Measurement> of(measure::QuantityId id, measure::Channel channel) const
+    std::vector<measure::Measurement> of(
+        measure::QuantityId id, measure::Channel channel, int order = 0,
+        measure::Interval interval = measure::Interval::Basic) const
     {
+        const measure::RowKind kind{id, order, interval};
         std::vector<measure::Measurement> found;
         for (const measure::Measurement& row : mRows) {
-            if (row.mKind.mId == id && row.mChannel == channel) {
+            if (row.mKind == kind && row.mChannel == channel) {
                 found.push_back(row);
             }
         }

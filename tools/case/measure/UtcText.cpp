@@ -12,6 +12,7 @@ namespace measure {
 namespace {
 constexpr size_t kSecondsEnd = 19; ///< length of "2026-11-25T20:00:00"
 constexpr size_t kDigits = 9;
+constexpr int kFirstYear = 1970;
 constexpr int kLastYear = 2199;
 
 std::string_view withoutZone(std::string_view text)
@@ -69,14 +70,14 @@ std::optional<qint64> parseUtc(std::string_view text)
         return std::nullopt;
     }
     const QString seconds = QString::fromLatin1(text.data(), static_cast<int>(kSecondsEnd));
-    const QDateTime time(QDate::fromString(seconds.left(10), "yyyy-MM-dd"),
-                         QTime::fromString(seconds.mid(11), "HH:mm:ss"), Qt::UTC);
+    const QDate date = QDate::fromString(seconds.left(10), "yyyy-MM-dd");
+    const QTime time = QTime::fromString(seconds.mid(11), "HH:mm:ss");
     const auto fraction = parseFraction(text.substr(kSecondsEnd));
-    const int year = time.date().year();
-    if (!time.isValid() || year < 1970 || year > kLastYear || !fraction) {
+    if (!date.isValid() || date.year() < kFirstYear || date.year() > kLastYear || !time.isValid() ||
+        !fraction) {
         return std::nullopt;
     }
-    return time.toSecsSinceEpoch() * waveform::kSecondInNs + *fraction;
+    return QDateTime(date, time, Qt::UTC).toSecsSinceEpoch() * waveform::kSecondInNs + *fraction;
 }
 
 } // namespace measure
