@@ -2,9 +2,9 @@
 
 #include <cmath>
 #include <limits>
-#include <pugixml.hpp>
+#include <tuple>
 
-#include "Files.h"
+#include "CommandRunner.h"
 #include "ReadSignal.h"
 #include "Records.h"
 #include "journal/Journal.h"
@@ -193,6 +193,29 @@ TEST_F(ReportPictureTest, ANightIsGoodOnlyWithTheLastByteOfItsJournal)
         EXPECT_EQ(night.isGood(), cut == text.size()) << cut;
         EXPECT_EQ(verdictText(night).rfind("Cut off", 0) == 0, cut < text.size()) << cut;
     }
+}
+
+TEST_F(ReportPictureTest, TheCommandEndsWithTheVerdict)
+{
+    std::vector<journal::Entry> good = entries();
+    const std::vector<journal::Entry> cut(good.begin(), good.end() - 1);
+    std::vector<journal::Entry> interrupted = cut;
+    interrupted.push_back({9, journal::NightEnd{journal::NightEnd::Reason::Interrupted, ""}});
+    const std::tuple<std::string, int, const char*> rows[] = {
+        {journalOf(good), 0, "Passed: 1 play of 1 case\n"},
+        {journalOf(cut), 1, "Cut off after 1 of 1 play\n"},
+        {journalOf(interrupted), 130, "Interrupted after 1 of 1 play\n"},
+        {"", 1, "Cut off after 0 of 0 plays\n"},
+        {"no journal\n{}\n", 1, ""},
+    };
+    const CommandRunner runner;
+    for (const auto& [text, status, line] : rows) {
+        mFiles.make("journal.jsonl", text);
+        const CommandResult result = runner.run({VX_CAMPAIGN, "report", mFiles.path("")});
+        EXPECT_EQ(result.mExitCode, status) << result;
+        EXPECT_EQ(result.mOutput.substr(0, result.mOutput.find('\n') + 1), line) << result;
+    }
+    EXPECT_EQ(runner.run({VX_CAMPAIGN, "report", mFiles.path("stage")}).mExitCode, 2);
 }
 
 TEST(ReportSizeTest, ThinnedCurvesStayWhereTheyWere)

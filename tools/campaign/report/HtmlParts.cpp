@@ -110,7 +110,8 @@ std::string numbersPart(const NightSummary& night)
                   &text);
     }
     if (night.mSessions.size() > 1) {
-        addNumber("Went on after a cut", countText(night.mSessions.size() - 1, "time"), "", &text);
+        addNumber("Stops, after which it went on", std::to_string(night.mSessions.size() - 1), "",
+                  &text);
     }
     return text + "</dl>\n";
 }
