@@ -98,7 +98,7 @@ std::vector<Quantity> makeQuantities()
          "product of the rms values; the total is their sum"},
         {Id::PowerFactor, "power-factor", "power", "", power, 0, 0, true, "p by s"},
         {Id::InstantaneousFlicker, "pinst", "flicker", "", phaseVoltages, 0, 0, false,
-         "instantaneous flicker sensation"},
+         "largest instantaneous flicker sensation of a second"},
         {Id::ShortFlicker, "pst", "flicker", "", phaseVoltages, 0, 0, false, "of 10 minutes"},
         {Id::LongFlicker, "plt", "flicker", "", phaseVoltages, 0, 0, false, "of 2 hours"},
         {Id::DipResidual, "dip-residual", "events", "V", events, 0, 0, false,
