@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <set>
 
+#include "Sanitizer.h"
 #include "SeededRandom.h"
 #include "SimulatedDesk.h"
 
@@ -226,4 +228,147 @@ TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
             EXPECT_EQ(verdictsOf(journal), verdicts + " done") << textOf(journal);
         }
     }
+}
+
+/** What fails more than one play, or the night itself. */
+TEST_F(NightTest, OtherFaultsEndAsTheyShould)
+{
+    const SimulatedNight night = sixPlays();
+    const struct
+    {
+        const char* mName;
+        std::function<void(SimulatedDesk*)> mPrepare;
+        const char* mVerdicts;
+        std::set<int> mWrong;
+    } rows[] = {
+        {"a wrong file",
+         [](SimulatedDesk* desk) {
+             desk->mWrongFile = {2, 3};
+         },
+         "ppffpp done",
+         {2, 3}},
+        {"commands that are refused",
+         [](SimulatedDesk* desk) { desk->mRefusesCommands = true; },
+         "ffffff done",
+         {0, 1, 2, 3, 4, 5}},
+        {"commands that nobody takes",
+         [](SimulatedDesk* desk) { desk->mLosesCommands = true; },
+         "ffffff done",
+         {0, 1, 2, 3, 4, 5}},
+        {"a program that dies at once",
+         [](SimulatedDesk* desk) { desk->mFault = [](Block* block) { block->mKills = true; }; },
+         "ff gave up",
+         {0, 1}},
+        {"a first block that is refused",
+         [](SimulatedDesk* desk) {
+             desk->mFault = [](Block* block) { block->mIsAccepted = block->mIndex > 0; };
+         },
+         "fppppp done",
+         {0}},
+        {"a fault after the last play",
+         [](SimulatedDesk* desk) {
+             desk->mFault = [desk, left = 15](Block* block) mutable {
+                 left -= desk->playsEnded() == 6 ? 1 : 0;
+                 block->mRecords[0].mValues[0] += left == 0 ? 1 : 0;
+             };
+         },
+         "pppppp done",
+         {-1}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.mName);
+        SimulatedDesk desk(night.mCases);
+        row.mPrepare(&desk);
+        MemoryJournal journal;
+        playNight(night, desk, journal);
+        EXPECT_EQ(verdictsOf(journal), row.mVerdicts) << textOf(journal);
+        EXPECT_EQ(playsFoundWrong(journal), row.mWrong) << textOf(journal);
+    }
+}
+
+TEST_F(NightTest, UntilFailureGoesOnInRounds)
+{
+    const SimulatedNight night = sixPlays();
+    SimulatedDesk desk(night.mCases);
+    desk.mFault = [&desk](Block* block) { block->mKills = desk.playsEnded() == 14; };
+    MemoryJournal journal;
+    run::NightOptions options;
+    options.mUntilFailure = true;
+    playNight(night, desk, journal, options);
+    EXPECT_EQ(verdictsOf(journal), std::string(13, 'p') + "f first failure") << textOf(journal);
+}
+
+/** No play is lost and none has two ends, wherever it stops: cut off, interrupted, or a full disk.
+ */
+TEST_F(NightTest, GoesOnWithThePlayThatHadNotEnded)
+{
+    const SimulatedNight night = sixPlays();
+    for (int round = 0; round < 50; ++round) {
+        SCOPED_TRACE(round);
+        SimulatedDesk desk(night.mCases);
+        MemoryJournal journal;
+        run::Night first(night.mBegin, *night.mPlan, {}, desk, journal);
+        const size_t at = between(1, 60);
+        desk.mFault = [&](const Block* block) {
+            if (round % 3 == 0 && block->mIndex == 4 * at) {
+                first.interrupt(desk.now());
+            }
+        };
+        journal.mMaxEntries = round % 3 == 1 ? between(2, 20) : SIZE_MAX;
+        first.begin(desk.now());
+        desk.play(first);
+        EXPECT_EQ(first.problem().empty(), round % 3 != 1);
+        if (round % 3 == 2) { // cut off
+            journal.mEntries.resize(between(1, journal.mEntries.size()));
+        }
+        journal.mMaxEntries = SIZE_MAX;
+        SimulatedDesk again(night.mCases);
+        run::Night second(night.mBegin, *night.mPlan, {}, again, journal);
+        second.resume(run::resumePointOf(journal.mEntries), {}, again.now());
+        again.play(second);
+        std::vector<int> plays;
+        for (const PlayEnd& end : journal.all<PlayEnd>()) {
+            EXPECT_EQ(end.mVerdict, PlayVerdict::Passed) << textOf(journal);
+            plays.push_back(end.mPlay);
+        }
+        EXPECT_EQ(plays, (std::vector<int>{0, 1, 2, 3, 4, 5})) << textOf(journal);
+    }
+}
+
+/** What was found before the cut is not forgotten because the play is played again. */
+TEST_F(NightTest, APlayWithAFindingFailsAlsoWhenItIsPlayedAgain)
+{
+    const SimulatedNight night = sixPlays();
+    MemoryJournal journal;
+    journal.mEntries = {{1, night.mBegin},
+                        {2, journal::ProgramStarted{1}},
+                        {3, journal::PlayBegin{0}},
+                        {4, journal::FoundWrong{0, "missing", "360 samples", {}, ""}}};
+    SimulatedDesk desk(night.mCases);
+    run::Night played(night.mBegin, *night.mPlan, {}, desk, journal);
+    played.resume(run::resumePointOf(journal.mEntries), {}, desk.now());
+    desk.play(played);
+    EXPECT_EQ(verdictsOf(journal), "fppppp done") << textOf(journal);
+}
+
+TEST_F(NightTest, EightHoursAndAThousandPlaysTakeNoMoreMemory)
+{
+    SimulatedNight night({steady(), {samples(720, 720), 1}, {samples(400, 400), 2}}, {500, 500},
+                         5'000'000'000);
+    SimulatedDesk desk(night.mCases);
+    const qint64 beginNs = desk.now().mSteadyNs;
+    std::vector<size_t> resident; // in pages, once a burst
+    desk.mEachBurst = [&] {
+        size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages >> pages;
+        resident.push_back(pages);
+    };
+    MemoryJournal journal;
+    playNight(night, desk, journal);
+    EXPECT_EQ(verdictsOf(journal), std::string(1000, 'p') + " done");
+    EXPECT_GT(desk.now().mSteadyNs - beginNs, 8 * 3600 * 1'000'000'000LL);
+#ifndef VX_HAS_ADDRESS_SANITIZER            // which keeps what was freed
+    constexpr size_t kPagesOfJournal = 512; // 2 MiB: this one is in memory
+    EXPECT_LT(resident.back(), resident[resident.size() / 4] + kPagesOfJournal);
+#endif
 }
