@@ -45,6 +45,10 @@ struct RunOptions
     std::string mStartAt;
     std::string mKeep;
     std::vector<std::string> mFaults;
+    std::string mFifo; ///< of a device; empty: at the desk
+    std::string mLog;
+
+    bool isOnDevice() const { return !mFifo.empty(); }
 };
 
 /** What is played, and what the journal of its folder has so far. */
@@ -156,6 +160,7 @@ Prepared prepare(RunOptions options)
     night.mPlanPath = options.mPlan.mPlan;
     night.mPlanHash = plan.mHash;
     night.mStageHash = prepared.mStage.mHash;
+    night.mIsObserved = !options.isOnDevice();
     night.mGapNs = plan.mGapNs;
     night.mCases = prepared.mStage.mCases;
     if (options.mShuffle) {
@@ -175,33 +180,55 @@ run::SandboxSetup setupOf(const RunOptions& options, const stage::Stage& stage)
             options.mKeep == "all"};
 }
 
-/** Why the journal could not be written; empty when it could. */
-std::string playPrepared(const RunOptions& options, Prepared prepared)
+run::NightOptions nightOptionsOf(const RunOptions& options)
 {
-    const run::SandboxSetup setup = setupOf(options, prepared.mStage);
-    const auto environment = run::environmentNow(VX_VERSION, setup.mSandbox, setup.mSimulator);
-    if (!prepared.mResume) {
-        prepared.mNight.mEnvironment = environment;
-    }
-    run::EndingSignals ending;
-    journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes);
-    const explain::PlayPlan plan(prepared.mStage.mConfiguration, prepared.mStage.mDirectory);
-    run::SandboxDesk desk(setup);
-    run::NightDisplay display(prepared.mNight);
-    run::ToldJournal told(writer, display);
-    run::NightOptions nightOptions;
-    nightOptions.mUntilFailure = options.mUntilFailure;
+    run::NightOptions night;
+    night.mUntilFailure = options.mUntilFailure;
     if (!options.mStartAt.empty()) {
-        nightOptions.mStartAtNs = run::startTimeNs(options.mStartAt, run::momentNow().mWallNs);
+        night.mStartAtNs = run::startTimeNs(options.mStartAt, run::momentNow().mWallNs);
     }
-    run::Night night(prepared.mNight, plan, nightOptions, desk, told);
+    return night;
+}
+
+template <typename Night, typename Player>
+std::string playWith(Night& night, Player& player, const Prepared& prepared,
+                     const run::Environment& environment, run::EndingSignals& ending,
+                     run::NightDisplay& display)
+{
     if (prepared.mResume) {
         night.resume(*prepared.mResume, environment, run::momentNow());
     } else {
         night.begin(run::momentNow());
     }
-    run::playNight(night, desk, ending, display);
+    run::playNight(night, player, ending, display);
     return night.problem();
+}
+
+/** Why the journal could not be written; empty when it could. */
+std::string playPrepared(const RunOptions& options, Prepared prepared)
+{
+    const run::SandboxSetup setup = setupOf(options, prepared.mStage);
+    const run::Environment environment =
+        options.isOnDevice() ? run::environmentNow(VX_VERSION)
+                             : run::environmentNow(VX_VERSION, setup.mSandbox, setup.mSimulator);
+    if (!prepared.mResume) {
+        prepared.mNight.mEnvironment = environment;
+    }
+    run::EndingSignals ending;
+    journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes);
+    run::NightDisplay display(prepared.mNight);
+    run::ToldJournal told(writer, display);
+    const run::NightOptions nightOptions = nightOptionsOf(options);
+    if (options.isOnDevice()) {
+        run::RealDevice device(options.mFifo, options.mLog);
+        run::DeviceNight night(prepared.mNight, prepared.mStage.mSteady.mDurationNs, nightOptions,
+                               device, told);
+        return playWith(night, device, prepared, environment, ending, display);
+    }
+    const explain::PlayPlan plan(prepared.mStage.mConfiguration, prepared.mStage.mDirectory);
+    run::SandboxDesk desk(setup);
+    run::Night night(prepared.mNight, plan, nightOptions, desk, told);
+    return playWith(night, desk, prepared, environment, ending, display);
 }
 
 void runPlan(const RunOptions& options)
@@ -262,6 +289,17 @@ void addRunCommand(CLI::App& app)
         ->type_name("FOLDER")
         ->required();
     addNightOptions(command, *options);
+    CLI::Option* const fifo =
+        command
+            .add_option("--fifo", options->mFifo,
+                        "Control FIFO of a program that runs on a device: it is commanded, and "
+                        "nothing is judged")
+            ->type_name("FILE");
+    CLI::Option* const log =
+        command.add_option("--log", options->mLog, "Log of that program, which answers")
+            ->type_name("FILE")
+            ->needs(fifo);
+    fifo->needs(log)->excludes("--fault")->excludes("--keep");
     CLI::Option* const resume =
         command.add_flag("--resume", options->mResume, "Goes on with the night in FOLDER");
     for (const char* name : {"--only", "--group", "--shuffle"}) {

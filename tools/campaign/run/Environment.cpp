@@ -35,9 +35,7 @@ std::string clockText()
 }
 } // namespace
 
-std::map<std::string, std::string> environmentNow(const std::string& version,
-                                                  const std::string& sandbox,
-                                                  const std::string& simulator)
+Environment environmentNow(const std::string& version)
 {
     return {{"host", QSysInfo::machineHostName().toStdString()},
             {"system", QSysInfo::prettyProductName().toStdString()},
@@ -46,9 +44,16 @@ std::map<std::string, std::string> environmentNow(const std::string& version,
                               std::to_string(std::thread::hardware_concurrency()) + " cores"},
             {"clock", clockText()},
             {"time zone", QTimeZone::systemTimeZoneId().toStdString()},
-            {"vx-campaign", version},
-            {"vx-sandbox", versionOf(sandbox)},
-            {"vx-simulator", versionOf(simulator)}};
+            {"vx-campaign", version}};
+}
+
+Environment environmentNow(const std::string& version, const std::string& sandbox,
+                           const std::string& simulator)
+{
+    Environment environment = environmentNow(version);
+    environment["vx-sandbox"] = versionOf(sandbox);
+    environment["vx-simulator"] = versionOf(simulator);
+    return environment;
 }
 
 std::string programBeside(const std::string& name)

@@ -387,8 +387,9 @@ void Night::countDeath()
 {
     ++mDeaths;
     if (mDeaths >= kMaxDeaths && mCourse.hasNext() && !mEnd) {
-        mEnd = NightEnd{NightEnd::Reason::GaveUp,
-                        fmt::format("the program was lost {} times in a row", mDeaths)};
+        mEnd = NightEnd{
+            NightEnd::Reason::GaveUp,
+            fmt::format("the program was lost {} times in a row; see program.log", mDeaths)};
     }
 }
 

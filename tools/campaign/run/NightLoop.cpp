@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 
+#include "base/CaseError.h"
 #include "run/PlayOrder.h"
 
 namespace run {
@@ -122,6 +123,44 @@ void ToldJournal::append(const journal::Entry& entry)
     mSink.append(entry);
     if (const auto* found = std::get_if<journal::FoundWrong>(&entry.mStep)) {
         mDisplay.tell(*found);
+    }
+}
+
+RealDevice::RealDevice(const std::string& fifo, const std::string& log)
+    : mFifo(QString::fromStdString(fifo)), mLog(QString::fromStdString(log))
+{
+    if (!mLog.problem().isEmpty()) {
+        throw base::CaseError(mLog.problem().toStdString());
+    }
+}
+
+std::string RealDevice::send(const std::string& line)
+{
+    control::ControlFifo fifo(mFifo);
+    const QString problem = fifo.open();
+    return (problem.isEmpty() ? fifo.write(QByteArray::fromStdString(line)) : problem)
+        .toStdString();
+}
+
+void RealDevice::deliver(DeviceNight& night, const Moment& now)
+{
+    for (QByteArray line = mLog.nextLine(); !line.isEmpty(); line = mLog.nextLine()) {
+        night.addLogLine(line.toStdString(), now);
+    }
+}
+
+void playNight(DeviceNight& night, RealDevice& device, EndingSignals& ending, NightDisplay& display)
+{
+    while (!night.isOver()) {
+        pollfd signalFile{ending.descriptor(), POLLIN, 0};
+        poll(&signalFile, 1, kTickMilliseconds);
+        const Moment now = momentNow();
+        device.deliver(night, now);
+        if (ending.take() > 0) {
+            night.interrupt(now);
+        }
+        night.tick(now);
+        display.show(night.progress(), now);
     }
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "ControlFifo.h"
+#include "LogWatch.h"
+#include "run/DeviceNight.h"
 #include "run/SandboxDesk.h"
 
 namespace run {
@@ -73,5 +76,26 @@ std::string progressText(const journal::NightBegin& night, const Progress& progr
  * second ends it at once.
  */
 void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisplay& display);
+
+/** The control FIFO of a device and the log of the program there. */
+class RealDevice : public Device
+{
+public:
+    /** @throws CaseError when the log cannot be read */
+    RealDevice(const std::string& fifo, const std::string& log);
+
+    std::string send(const std::string& line) override;
+
+    /** Tells the night what the log has said since the last call. */
+    void deliver(DeviceNight& night, const Moment& now);
+
+private:
+    QString mFifo;
+    control::LogWatch mLog;
+};
+
+/** The same for a night on a device. */
+void playNight(DeviceNight& night, RealDevice& device, EndingSignals& ending,
+               NightDisplay& display);
 
 } // namespace run

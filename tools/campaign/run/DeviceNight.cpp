@@ -1,0 +1,138 @@
+#include "run/DeviceNight.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace run {
+
+namespace {
+using journal::NightEnd;
+
+/** What an answer may take beyond the longest case. */
+constexpr qint64 kAnswerToleranceNs = 10'000'000'000;
+
+/** The program is ahead of the wall clock, or behind it, by this much. */
+constexpr qint64 kPlayingToleranceNs = 1'000'000'000;
+} // namespace
+
+DeviceNight::DeviceNight(const journal::NightBegin& night, qint64 steadyNs,
+                         const NightOptions& options, Device& device, journal::JournalSink& sink)
+    : mCourse(night, options, steadyNs + kPlayingToleranceNs, sink),
+      mDevice(device),
+      mSteadyFileNs(steadyNs)
+{
+    for (const journal::StagedCase& it : night.mCases) {
+        mLongestCaseNs = std::max(mLongestCaseNs, it.mDurationNs);
+    }
+}
+
+void DeviceNight::begin(const Moment& now)
+{
+    mCourse.setTime(now);
+    mCourse.begin();
+    tick(now);
+}
+
+void DeviceNight::resume(const ResumePoint& point,
+                         const std::map<std::string, std::string>& environment, const Moment& now)
+{
+    mCourse.setTime(now);
+    mCourse.resume(point, environment);
+    tick(now);
+}
+
+void DeviceNight::addLogLine(const std::string& line, const Moment& now)
+{
+    mCourse.setTime(now);
+    if (mState != State::Commanded) {
+        return;
+    }
+    switch (control::verdictOf(QByteArray::fromStdString(line), mRequest)) {
+        case control::RequestVerdict::Executed:
+            enter(State::Playing);
+            return;
+        case control::RequestVerdict::Rejected:
+            fail("rejected", "the program rejects the command: " +
+                                 QByteArray::fromStdString(line).trimmed().toStdString());
+            return;
+        case control::RequestVerdict::Unknown:
+            return;
+    }
+}
+
+void DeviceNight::interrupt(const Moment& now)
+{
+    mCourse.setTime(now);
+    if (!isOver()) {
+        finish(NightEnd::Reason::Interrupted);
+    }
+}
+
+void DeviceNight::tick(const Moment& now)
+{
+    mCourse.setTime(now);
+    if (!problem().empty()) {
+        mState = State::Over;
+    } else if (mState == State::Waiting && mCourse.isDue()) {
+        nextPlay();
+    } else if (mState == State::Gap && inStateNs() >= mCourse.gapNs()) {
+        sendCommand();
+    } else if (mState == State::Commanded &&
+               inStateNs() > mSteadyFileNs + mLongestCaseNs + kAnswerToleranceNs) {
+        fail("notAnswered", "the log does not answer the command");
+    } else if (mState == State::Playing &&
+               inStateNs() >= mCourse.currentCase().mDurationNs + kPlayingToleranceNs) {
+        endPlay();
+    }
+}
+
+void DeviceNight::enter(State state)
+{
+    mState = state;
+    mSinceNs = mCourse.now().mSteadyNs;
+}
+
+void DeviceNight::nextPlay()
+{
+    if (!mCourse.hasNext()) {
+        finish(mCourse.reason());
+        return;
+    }
+    mCourse.beginNext();
+    enter(State::Gap);
+}
+
+void DeviceNight::sendCommand()
+{
+    mRequest = {true, mCourse.currentCase().mNumber};
+    const QByteArray line = mRequest.line();
+    mCourse.chronicle().write(
+        journal::CommandSent{*mCourse.chronicle().play(), line.trimmed().toStdString()});
+    const std::string problem = mDevice.send(line.toStdString());
+    if (problem.empty()) {
+        enter(State::Commanded);
+    } else {
+        fail("notSent", problem);
+    }
+}
+
+void DeviceNight::fail(const std::string& kind, const std::string& text)
+{
+    mCourse.chronicle().find({std::nullopt, kind, text, std::nullopt, ""});
+    endPlay();
+}
+
+void DeviceNight::endPlay()
+{
+    mCourse.endPlay({0, journal::PlayVerdict::NotObserved, 0, 0, 0, std::nullopt, 0});
+    nextPlay();
+}
+
+void DeviceNight::finish(NightEnd::Reason reason)
+{
+    mCourse.chronicle().write(NightEnd{reason, ""});
+    mState = State::Over;
+}
+
+} // namespace run
