@@ -180,6 +180,7 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
         {caseWith("name = \"" + std::string(61, 'a') + '"'), "3:8: name: " + name},
         {"[[case]]\nfile = \"my file.csv\"",
          "1:1: name: missing, and 'my file' cannot be one: " + name},
+        {"[[case]]\nfile = \".csv\"", "1:1: name: missing, and '' cannot be one: " + name},
         {caseWith("name = \"steady\""),
          "3:8: name: 'steady' is what plays between the cases; expected another"},
         {caseWith("times = 60000") + caseWith("name = \"b\"\ntimes = 60000"),

@@ -119,15 +119,15 @@ void PlanReader::readCase(const toml::table& table)
     }
 }
 
-/** @param defaultName empty where the source is faulty: then that was said */
-void PlanReader::readName(const states::TomlSection& section, const std::string& defaultName,
-                          Case& it)
+/** @param defaultName none where the source is faulty: then that was said */
+void PlanReader::readName(const states::TomlSection& section,
+                          const std::optional<std::string>& defaultName, Case& it)
 {
     const std::optional<std::string> given = section.text("name");
-    it.mName = given.value_or(defaultName);
-    if (!given && defaultName.empty()) {
+    if (!given && !defaultName) {
         return;
     }
+    it.mName = given ? *given : *defaultName;
     const toml::node& node = given ? *section.find("name") : section.table();
     if (!isName(it.mName)) {
         section.fail(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "plan/Mistakes.h"
@@ -25,7 +26,8 @@ private:
     void readSteady(const states::TomlSection& file);
     void readCases(const states::TomlSection& file);
     void readCase(const toml::table& table);
-    void readName(const states::TomlSection& section, const std::string& defaultName, Case& it);
+    void readName(const states::TomlSection& section, const std::optional<std::string>& defaultName,
+                  Case& it);
     void readNumbers(const states::TomlSection& section, Case& it);
     void expectFewPlays();
     void readGroups(const states::TomlSection& file);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,8 @@ public:
     /** What it is in spite of mistakes. */
     Source read();
 
-    /** A name for it where the plan gives none: that of the signal or of the file. */
-    std::string defaultName() const { return mDefaultName; }
+    /** For a case without a name: that of the signal or of the file. None: that is faulty. */
+    const std::optional<std::string>& defaultName() const { return mDefaultName; }
 
 private:
     void findKind();
@@ -40,7 +41,7 @@ private:
     std::string mFolder;
     Mistakes& mMistakes;
     Source mSource;
-    std::string mDefaultName;
+    std::optional<std::string> mDefaultName;
 };
 
 } // namespace plan
