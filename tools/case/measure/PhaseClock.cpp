@@ -177,14 +177,16 @@ void PhaseClock::lose()
 /** Takes another system where this one shows no fundamental. */
 bool PhaseClock::chooseReference()
 {
-    for (const PhaseReference reference : kPhaseReferences) {
-        const auto phasor = mSamples.measure(reference, mNextHop * kHopLines, windowFrequency());
-        if (phasor.mShare >= kMinShare) {
-            mReference = reference;
-            return true;
-        }
+    const auto found = std::find_if(
+        kPhaseReferences.begin(), kPhaseReferences.end(), [this](PhaseReference reference) {
+            const size_t middle = mNextHop * kHopLines;
+            return mSamples.measure(reference, middle, windowFrequency()).mShare >= kMinShare;
+        });
+    if (found == kPhaseReferences.end()) {
+        return false;
     }
-    return false;
+    mReference = *found;
+    return true;
 }
 
 void PhaseClock::search(SequenceSamples::Phasor phasor)
