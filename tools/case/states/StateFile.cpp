@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "base/CaseError.h"
-#include "base/InputFile.h"
+#include "base/WholeFile.h"
 #include "generate/WaveParameters.h"
 #include "states/StateRange.h"
 #include "states/StateText.h"
@@ -420,12 +420,7 @@ StatePlan parseStates(std::string_view text, const std::string& name)
 
 StatePlan readStates(const std::string& path)
 {
-    base::InputFile file(path);
-    if (file.size() > kMaxBytes) {
-        throw base::CaseError(
-            fmt::format("{}: {} bytes: expected at most {}", path, file.size(), kMaxBytes));
-    }
-    return parseStates(file.peek(file.size()), path);
+    return parseStates(base::readWholeFile(path, kMaxBytes), path);
 }
 
 } // namespace states

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace base {
+
+/** The text of a small file. Throws CaseError where it cannot be read, or has more bytes than that.
+ */
+std::string readWholeFile(const std::string& path, size_t maxBytes);
+
+} // namespace base
