@@ -1,0 +1,129 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "assess/Limits.h"
+#include "assess/Matching.h"
+#include "assess/ValueTable.h"
+
+namespace assess {
+
+/** In the order in which one prevails over the others where several are true. */
+enum class Verdict
+{
+    Beyond,      ///< a value is beyond its limit
+    Incomplete,  ///< values are missing, additional, doubled, late or early
+    NotObserved, ///< nothing was measured
+    NotJudged,   ///< no value was under the conditions of a limit
+    Within,
+    NoLimit, ///< the table has none for it
+};
+
+/** "within", "BEYOND", ... */
+const char* nameOf(Verdict verdict);
+
+/** A value that was compared. */
+struct JudgedValue
+{
+    qint64 mUtcNs = 0;
+    double mExpected = 0.0;
+    double mMeasured = 0.0;
+    double mError = 0.0; ///< measured - expected; the shorter way round for angles
+    double mLimit = 0.0; ///< 0: none applies
+
+    /** How much of the limit it takes; the error itself where none applies. */
+    double load() const;
+};
+
+/** Rounding of a table's decimals is no error. */
+inline bool isBeyond(const JudgedValue& value)
+{
+    constexpr double kRounding = 1e-9;
+    return value.mLimit > 0.0 && value.load() > 1.0 + kRounding;
+}
+
+/** What became of one quantity and channel. */
+struct SeriesResult
+{
+    SeriesKey mKey;
+    std::string mUnit;
+    MatchCounts mCounts;
+    size_t mCompared = 0;
+    size_t mJudged = 0; ///< of those, under the conditions of a limit
+    size_t mBeyond = 0;
+    std::optional<JudgedValue> mLargest; ///< that takes most of its limit
+    std::string mLimit;                  ///< of that value, in words
+    std::string mClause;
+    qint64 mStampDistanceNs = 0;     ///< mean of measured - expected
+    std::vector<qint64> mMissing;    ///< times, at most Matching::kMaxListed
+    std::vector<qint64> mAdditional; ///< likewise
+    std::vector<qint64> mDoubled;
+    Verdict mVerdict = Verdict::NoLimit;
+};
+
+/** A value of a series, for the list of the worst ones. */
+struct WorstValue
+{
+    SeriesKey mKey;
+    JudgedValue mValue;
+};
+
+struct AssessmentResult
+{
+    Verdict mVerdict = Verdict::NotObserved;
+    std::vector<SeriesResult> mSeries;    ///< in the order of their names
+    std::vector<WorstValue> mWorst;       ///< at most ten, the worst first; only with a limit
+    std::vector<std::string> mFindings;   ///< lost frames and events, in words
+    std::vector<std::string> mDiagnoses;  ///< what may be the cause, in words; nothing is corrected
+    std::vector<std::string> mUnexpected; ///< measured series of which nothing is expected
+
+    bool isGood() const { return mVerdict == Verdict::Within; }
+};
+
+/** What a caller decides. */
+struct AssessmentOptions
+{
+    Nominal mNominal;                  ///< where 0, that of the table of limits
+    std::set<std::string> mQuantities; ///< families; empty: all
+    /**
+     * Measured values outside of the time of the expected ones are no fault: a file of a whole
+     * night is compared with the expected values of one case.
+     */
+    bool mIsPart = false;
+};
+
+/**
+ * Compares measured with expected values, and both with limits. Borrows the tables and the limits,
+ * which must stay.
+ *
+ * For a night, one Assessment a case: the expected values of its play, and the same measured ones
+ * each time.
+ */
+class Assessment
+{
+public:
+    /** Throws CaseError where a limit needs a nominal value that nobody has given. */
+    Assessment(const ValueTable& expected, const ValueTable& measured, const LimitTable& limits,
+               AssessmentOptions options);
+    Assessment(const Assessment&) = delete;
+    Assessment& operator=(const Assessment&) = delete;
+    ~Assessment();
+
+    const AssessmentResult& result() const;
+
+    /** All values of a series that were compared, in the order of time, with their limits. */
+    std::vector<JudgedValue> valuesOf(const SeriesKey& key) const;
+
+private:
+    class Work;
+    std::unique_ptr<Work> mWork;
+};
+
+/** "BAD: 3 of 1200 values beyond their limits, 1 missing"; "good: 1200 values within". */
+std::string verdictText(const AssessmentResult& result);
+
+} // namespace assess

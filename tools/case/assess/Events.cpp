@@ -1,0 +1,182 @@
+#include "assess/Events.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <set>
+
+#include "assess/QuantityNames.h"
+#include "base/Numbers.h"
+
+namespace assess {
+
+namespace {
+constexpr size_t kMaxCandidates = 32; ///< before and after an expected event
+
+using Starts = std::vector<qint64>;
+
+/** What two tables say of the events of one kind and channel. */
+struct EventRows
+{
+    std::set<std::string> mQuantities; ///< of the expected ones
+    std::set<qint64> mExpected;        ///< starts
+    std::set<qint64> mMeasured;
+};
+
+/** A possible pair: indices of starts. */
+struct Candidate
+{
+    qint64 mDistanceNs;
+    size_t mExpected;
+    size_t mMeasured;
+};
+
+std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTable& measured)
+{
+    std::map<SeriesKey, EventRows> events; // by kind and channel
+    for (const auto& [key, series] : expected.all()) {
+        if (const auto kind = eventKindOf(key.mQuantity)) {
+            EventRows& rows = events[{*kind, key.mChannel}];
+            rows.mQuantities.insert(key.mQuantity);
+            for (const Sample& sample : series.mSamples) {
+                rows.mExpected.insert(sample.mUtcNs);
+            }
+        }
+    }
+    for (const auto& [key, series] : measured.all()) {
+        const auto kind = eventKindOf(key.mQuantity);
+        for (size_t i = 0; kind && i < series.mSamples.size(); ++i) {
+            events[{*kind, key.mChannel}].mMeasured.insert(series.mSamples[i].mUtcNs);
+        }
+    }
+    return events;
+}
+
+/** For each expected start the measured one, if there is one. */
+std::vector<std::optional<size_t>> matchStarts(const Starts& expected, const Starts& measured,
+                                               qint64 toleranceNs)
+{
+    std::vector<Candidate> candidates;
+    for (size_t i = 0; i < expected.size(); ++i) {
+        const auto near = std::lower_bound(measured.begin(), measured.end(), expected[i]);
+        const auto index = static_cast<size_t>(near - measured.begin());
+        const size_t end = std::min(index + kMaxCandidates, measured.size());
+        for (size_t j = index - std::min(index, kMaxCandidates); j < end; ++j) {
+            const qint64 distance = std::abs(measured[j] - expected[i]);
+            if (distance <= toleranceNs) {
+                candidates.push_back({distance, i, j});
+            }
+        }
+    }
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [](const auto& a, const auto& b) { return a.mDistanceNs < b.mDistanceNs; });
+    std::vector<std::optional<size_t>> matches(expected.size());
+    std::vector<bool> isTaken(measured.size());
+    for (const Candidate& it : candidates) {
+        if (!matches[it.mExpected] && !isTaken[it.mMeasured]) {
+            matches[it.mExpected] = it.mMeasured;
+            isTaken[it.mMeasured] = true;
+        }
+    }
+    return matches;
+}
+
+std::optional<double> valueAt(const ValueTable& table, const SeriesKey& key, qint64 utcNs)
+{
+    const Series* const series = table.find(key);
+    if (series == nullptr) {
+        return std::nullopt;
+    }
+    const auto isEarlier = [](const Sample& sample, qint64 ns) { return sample.mUtcNs < ns; };
+    const auto found =
+        std::lower_bound(series->mSamples.begin(), series->mSamples.end(), utcNs, isEarlier);
+    const bool isThere = found != series->mSamples.end() && found->mUtcNs == utcNs;
+    return isThere ? std::optional(found->mValue) : std::nullopt;
+}
+
+/** Works on the events of one kind and channel. */
+class EventMatcher
+{
+public:
+    EventMatcher(const EventRows& rows, qint64 toleranceNs, bool isPart)
+        : mExpected(rows.mExpected.begin(), rows.mExpected.end())
+    {
+        for (const qint64 start : rows.mMeasured) {
+            const bool isNear = !mExpected.empty() && start >= mExpected.front() - toleranceNs &&
+                                start <= mExpected.back() + toleranceNs;
+            if (!isPart || isNear) {
+                mMeasured.push_back(start);
+            }
+        }
+        mMatches = matchStarts(mExpected, mMeasured, toleranceNs);
+    }
+
+    Matching starts() const;
+    Matching values(const ValueTable& expected, const ValueTable& measured,
+                    const SeriesKey& key) const;
+
+private:
+    Starts mExpected;
+    Starts mMeasured;
+    std::vector<std::optional<size_t>> mMatches;
+};
+
+Matching EventMatcher::starts() const
+{
+    Matching matching;
+    matching.mCounts.mExpected = mExpected.size();
+    std::vector<bool> isTaken(mMeasured.size());
+    for (size_t i = 0; i < mExpected.size(); ++i) {
+        if (!mMatches[i]) {
+            ++matching.mCounts.mMissing;
+            matching.mMissing.push_back(mExpected[i]);
+            continue;
+        }
+        isTaken[*mMatches[i]] = true;
+        matching.mPairs.push_back({mExpected[i], 0.0,
+                                   static_cast<double>(mMeasured[*mMatches[i]] - mExpected[i]) *
+                                       base::kSecondsPerNanosecond});
+    }
+    for (size_t i = 0; i < mMeasured.size(); ++i) {
+        if (!isTaken[i]) {
+            ++matching.mCounts.mAdditional;
+            matching.mAdditional.push_back(mMeasured[i]);
+        }
+    }
+    return matching;
+}
+
+Matching EventMatcher::values(const ValueTable& expected, const ValueTable& measured,
+                              const SeriesKey& key) const
+{
+    Matching matching;
+    for (size_t i = 0; i < mExpected.size(); ++i) {
+        const auto wanted = valueAt(expected, key, mExpected[i]);
+        const auto found =
+            mMatches[i] ? valueAt(measured, key, mMeasured[*mMatches[i]]) : std::nullopt;
+        matching.mCounts.mExpected += wanted ? 1 : 0;
+        if (wanted && found) {
+            matching.mPairs.push_back({mExpected[i], *wanted, *found});
+        } else if (wanted) {
+            ++matching.mCounts.mMissing;
+            matching.mMissing.push_back(mExpected[i]);
+        }
+    }
+    return matching;
+}
+} // namespace
+
+void addEvents(const ValueTable& expected, const ValueTable& measured, qint64 toleranceNs,
+               bool isPart, ComputedSeries& computed)
+{
+    for (const auto& [key, rows] : collect(expected, measured)) {
+        const EventMatcher matcher(rows, toleranceNs, isPart);
+        computed[{startOf(key.mQuantity), key.mChannel}] = matcher.starts();
+        for (const std::string& quantity : rows.mQuantities) {
+            computed[{quantity, key.mChannel}] =
+                matcher.values(expected, measured, {quantity, key.mChannel});
+        }
+    }
+}
+
+} // namespace assess

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <QtGlobal>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "assess/ValueTable.h"
+
+namespace assess {
+
+/** What percent of the nominal value refers to, and periods of the nominal frequency. 0: not known.
+ */
+struct Nominal
+{
+    double mVolts = 0.0; ///< phase to neutral, rms
+    double mAmperes = 0.0;
+    double mHertz = 0.0;
+};
+
+/** A time: the longest of seconds, periods of the nominal frequency and intervals between frames.
+ */
+struct Span
+{
+    double mSeconds = 0.0;
+    double mPeriods = 0.0;
+    double mFrames = 0.0;
+};
+
+/** What the expected phasors do at an instant. */
+enum class SignalState
+{
+    Steady,
+    Ramp,    ///< the frequency changes at a constant rate
+    Varying, ///< magnitude or frequency change in another way, as under modulation
+};
+
+/** An end of a range of expected values, in the unit of the quantity or in percent of the nominal.
+ */
+struct Bound
+{
+    double mValue = 0.0;
+    bool mIsPercent = false;
+};
+
+/** How much a value may be wrong, and under which conditions that holds. */
+struct Limit
+{
+    std::string mQuantity;              ///< or its family: "harmonic" for all orders and intervals
+    std::vector<std::string> mChannels; ///< empty: all
+
+    // The limit is the sum of these.
+    double mAbsolute = 0.0; ///< in the unit of the quantity
+    Span mTime;             ///< of a quantity in seconds
+    double mReading = 0.0;  ///< percent of the expected value
+    double mNominal = 0.0;  ///< percent of the nominal value
+
+    // Conditions.
+    std::optional<Bound> mFrom; ///< of the expected value, without its sign
+    std::optional<Bound> mTo;   ///< exclusive
+    std::optional<SignalState> mState;
+    std::optional<Span> mEdge;  ///< not so close to a step, or to the start or end of an event
+    std::optional<Span> mAfter; ///< no event or step in the value's interval, nor so long before it
+
+    std::string mClause; ///< of the standard
+    std::string mNote;
+};
+
+/** A table of limits. For each value the first row whose conditions hold applies. */
+struct LimitTable
+{
+    std::string mName; ///< for messages: the file's, or that of the built-in table
+    std::string mTitle;
+    double mToleranceSeconds = 0.0;      ///< of time stamps: more is late or early
+    double mEventToleranceSeconds = 1.0; ///< events that begin so far apart are the same one
+    Nominal mNominal;                    ///< what the table itself says
+    std::vector<Limit> mLimits;
+};
+
+/** Names of the built-in tables. */
+std::vector<std::string> builtInLimitNames();
+
+/** A built-in table by its name, or the file of that name. Throws CaseError. */
+LimitTable readLimits(const std::string& nameOrPath);
+
+/** Reads limits, in TOML. @param name as messages give it. Throws CaseError with line and column.
+ */
+LimitTable parseLimits(std::string_view text, const std::string& name);
+
+/** The table for a reader, a row a limit. */
+std::string textOf(const LimitTable& table);
+
+/** "0.1 % of nominal", "1 %", "0.04 s", with the unit of the quantity. */
+std::string amountText(const Limit& limit);
+
+/** "10 % to 150 % of nominal; steady; not until 0.2 s after a step or event"; empty for none. */
+std::string conditionText(const Limit& limit);
+
+/** What 100 % of a quantity is; 0 where it is not known or does not exist. */
+double nominalOf(const SeriesKey& key, const Nominal& nominal);
+
+/** In ns. @param frameNs the interval between two values */
+qint64 nanosecondsOf(const Span& span, const Nominal& nominal, qint64 frameNs);
+
+} // namespace assess

@@ -1,0 +1,110 @@
+#include "assess/LostValues.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <iterator>
+#include <map>
+
+#include "assess/QuantityNames.h"
+#include "measure/UtcText.h"
+
+namespace assess {
+
+namespace {
+constexpr size_t kMaxSentences = 20;
+constexpr size_t kMaxNamed = 4;
+constexpr qint64 kLongestRunStepNs = 1'000'000'000; ///< between times that are a run
+
+using Names = std::vector<std::string>;
+
+/** Names of series by the time at which each has something odd. */
+using ByTime = std::map<qint64, Names>;
+
+std::string utcTextOf(qint64 ns)
+{
+    return std::string(measure::UtcText().of(ns));
+}
+
+std::string listed(const Names& names)
+{
+    if (names.size() <= kMaxNamed) {
+        return fmt::format("{}", fmt::join(names, ", "));
+    }
+    const auto end = names.begin() + kMaxNamed;
+    return fmt::format("{} and {} more", fmt::join(names.begin(), end, ", "),
+                       names.size() - kMaxNamed);
+}
+
+/** One sentence for times in a row at which the same series are concerned. */
+void addRuns(const std::string& what, const ByTime& times, Names& sentences)
+{
+    for (auto begin = times.begin(); begin != times.end();) {
+        auto end = std::next(begin);
+        size_t count = 1;
+        qint64 last = begin->first;
+        const qint64 firstStep = end == times.end() ? 0 : end->first - last;
+        while (end != times.end() && end->second == begin->second &&
+               end->first - last <= firstStep + firstStep / 2 && firstStep < kLongestRunStepNs) {
+            last = end->first;
+            ++end;
+            ++count;
+        }
+        sentences.push_back(
+            count == 1
+                ? fmt::format("{} at {}: {}", what, utcTextOf(begin->first), listed(begin->second))
+                : fmt::format("{} {} times from {} to {}: {}", what, count, utcTextOf(begin->first),
+                              utcTextOf(last), listed(begin->second)));
+        begin = end;
+    }
+}
+
+void addTimes(const std::vector<qint64>& times, const std::string& name, ByTime& all)
+{
+    for (const qint64 ns : times) {
+        all[ns].push_back(name);
+    }
+}
+
+/** An event has a name of its own: "dip UA". */
+std::string eventName(const SeriesKey& key)
+{
+    return nameOf(SeriesKey{*eventKindOf(key.mQuantity), key.mChannel});
+}
+} // namespace
+
+std::vector<std::string> lostValues(const std::vector<SeriesResult>& series)
+{
+    ByTime missing;
+    ByTime doubled;
+    ByTime missingEvents;
+    ByTime additionalEvents;
+    Names sentences;
+    for (const SeriesResult& it : series) {
+        const auto kind = eventKindOf(it.mKey.mQuantity);
+        if (kind && it.mKey.mQuantity == startOf(*kind)) {
+            addTimes(it.mMissing, eventName(it.mKey), missingEvents);
+            addTimes(it.mAdditional, eventName(it.mKey), additionalEvents);
+        } else if (!kind && it.mCompared > 0 && !isComputed(it.mKey.mQuantity)) {
+            addTimes(it.mMissing, nameOf(it.mKey), missing);
+            addTimes(it.mDoubled, nameOf(it.mKey), doubled);
+        }
+        if (it.mCounts.mOutOfOrder > 0) {
+            sentences.push_back(
+                fmt::format("{}: {} rows with a time before that of a row above them",
+                            nameOf(it.mKey), it.mCounts.mOutOfOrder));
+        }
+    }
+    addRuns("missing event", missingEvents, sentences);
+    addRuns("additional event", additionalEvents, sentences);
+    addRuns("lost", missing, sentences);
+    addRuns("doubled", doubled, sentences);
+    if (sentences.size() > kMaxSentences) {
+        const size_t more = sentences.size() - kMaxSentences;
+        sentences.resize(kMaxSentences);
+        sentences.push_back(fmt::format("and {} more of that", more));
+    }
+    return sentences;
+}
+
+} // namespace assess

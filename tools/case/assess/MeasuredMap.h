@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QtGlobal>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "assess/TimeFormat.h"
+#include "states/Location.h"
+
+namespace assess {
+
+/** A column of a table: by the name in its heading, or by its number. */
+struct ColumnName
+{
+    std::string mName;
+    size_t mNumber = 0; ///< from 1; 0: by the name
+    states::Location mLocation;
+};
+
+/** A column of a wide table, which holds one quantity of one channel. */
+struct WideColumn
+{
+    ColumnName mColumn;
+    std::string mQuantity;
+    std::string mChannel;
+    double mFactor = 1.0; ///< turns its numbers into the unit of the quantity
+};
+
+/** A long table has a row a value, and columns that say of what. */
+struct LongColumns
+{
+    ColumnName mQuantity;
+    std::optional<ColumnName> mChannel; ///< none: no channel
+    ColumnName mValue;
+    std::optional<ColumnName> mUnit; ///< none: that of the quantity
+};
+
+/** How a table of measured values is written. */
+struct MeasuredMap
+{
+    std::string mFileName; ///< of the map, for messages; empty for the table of `vx-case measure`
+    ColumnName mTime;
+    TimeFormat mFormat;
+    qint64 mOffsetNs = 0; ///< is added to each time
+    char mSeparator = ',';
+    char mDecimalSign = '.';
+    size_t mHeadingLine = 1;
+    std::vector<std::string> mMissing{""}; ///< words that stand for no value
+    std::vector<WideColumn> mWide;
+    std::optional<LongColumns> mLong;
+    double mFactor = 1.0; ///< of all values of a long table
+
+    // What the long table says, in our words; what is not named stays as it is.
+    std::map<std::string, std::string> mQuantities;
+    std::map<std::string, std::string> mChannels;
+};
+
+/** How `vx-case measure` writes: utc,quantity,channel,value,unit,origin. */
+MeasuredMap measureMap();
+
+/**
+ * Reads a map, in TOML. Throws CaseError with file, line and column for what is wrong in it:
+ * unknown keys, quantities, channels and units, and what contradicts something else.
+ */
+MeasuredMap readMeasuredMap(const std::string& path);
+
+/** The same for a text. @param name of the file, as messages give it */
+MeasuredMap parseMeasuredMap(std::string_view text, const std::string& name);
+
+} // namespace assess

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "assess/Matching.h"
+#include "assess/ValueTable.h"
+
+namespace assess {
+
+/** A series that is computed from the rows of both files, with what was matched for it. */
+using ComputedSeries = std::map<SeriesKey, Matching>;
+
+/**
+ * Adds the total vector error of each channel that has magnitudes and angles in both tables, in
+ * percent: 100 |measured - expected| / |expected|. Its expected value is 0.
+ * @param isPart as in AssessmentOptions
+ */
+void addVectorErrors(const ValueTable& expected, const ValueTable& measured, qint64 toleranceNs,
+                     bool isPart, ComputedSeries& computed);
+
+/** The samples of a series from a while before the expected ones to a while after them. */
+Series partOf(const Series& measured, const Series& expected);
+
+} // namespace assess

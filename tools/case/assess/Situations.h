@@ -1,0 +1,49 @@
+#pragma once
+
+#include <vector>
+
+#include "assess/Limits.h"
+#include "assess/ValueTable.h"
+
+namespace assess {
+
+/** What is going on when, as far as limits depend on it: known from the expected values alone. */
+class Situations
+{
+public:
+    explicit Situations(const ValueTable& expected);
+
+    /** True where a step or an event, or the time after it, touches that time. */
+    bool isTouched(qint64 beginNs, qint64 endNs) const;
+
+    /** True within that distance of a step, or of the start or end of an event. */
+    bool isNearEdge(qint64 utcNs, qint64 distanceNs) const;
+
+    /** Steady where no phasors are expected. */
+    SignalState stateAt(qint64 utcNs) const;
+
+private:
+    struct Interval
+    {
+        qint64 mBeginNs;
+        qint64 mEndNs;
+    };
+    struct StateSpan
+    {
+        qint64 mBeginNs;
+        SignalState mState;
+    };
+
+    void addEvents(const ValueTable& expected);
+    void addSteps(const ValueTable& expected);
+    void join();
+    void findStates(const ValueTable& expected);
+    Interval windowAround(qint64 utcNs) const;
+
+    std::vector<Interval> mIntervals; ///< apart, in order
+    std::vector<Interval> mSteps;     ///< in order; those of several series may overlap
+    std::vector<qint64> mEdges;       ///< in order
+    std::vector<StateSpan> mStates;   ///< each lasts until the next begins
+};
+
+} // namespace assess

@@ -1,0 +1,31 @@
+#include "assess/ValueTable.h"
+
+#include <algorithm>
+
+namespace assess {
+
+void Series::add(const Sample& sample)
+{
+    if (!mSamples.empty() && sample.mUtcNs < mSamples.back().mUtcNs) {
+        ++mOutOfOrder;
+    }
+    mSamples.push_back(sample);
+}
+
+const Series* ValueTable::find(const SeriesKey& key) const
+{
+    const auto found = mSeries.find(key);
+    return found == mSeries.end() ? nullptr : &found->second;
+}
+
+void ValueTable::sort()
+{
+    const auto isEarlier = [](const Sample& a, const Sample& b) { return a.mUtcNs < b.mUtcNs; };
+    for (auto& [key, series] : mSeries) {
+        if (series.mOutOfOrder > 0) {
+            std::stable_sort(series.mSamples.begin(), series.mSamples.end(), isEarlier);
+        }
+    }
+}
+
+} // namespace assess
