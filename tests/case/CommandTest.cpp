@@ -10,8 +10,8 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-const Words kCommands = {"generate", "catalogue", "check",   "import",
-                         "info",     "export",    "explain", "plot"};
+const Words kCommands = {"generate", "catalogue", "check", "import", "info",
+                         "export",   "explain",   "judge", "plot"};
 
 /** The lines of a help text that can be typed. */
 Words examplesOf(const std::string& help)
@@ -57,6 +57,9 @@ TEST_F(CommandTest, HelpShowsExamplesThatWork)
     mRunner.writeFile("events.jsonl", mRunner.readFile("e.jsonl"));
     ASSERT_EQ(vxCase("export event.csv -o fault.cfg").mExitCode, 0);
     mRunner.writeFile("event.toml", "[[state]]\nperiods = 1\n");
+    mRunner.writeFile("expected.csv",
+                      "utc,quantity,channel,value,unit,origin\n"
+                      "2026-01-01T00:00:01Z,rms,UA,230,V,measured\n");
     // Whether pictures are drawn is not the question, and gnuplot need not be there.
     mRunner.writeFile("gnuplot", "#!/bin/sh\nexec cat\n");
     mRunner.run({"chmod", "+x", mRunner.path("gnuplot")});

@@ -77,6 +77,8 @@ TEST_F(CompletionTest, OffersWhatTheOtherProgramsTake)
         {{"vx-case", "import", "--scale", ""}, ""},
         {{"vx-case", "import", "fa"}, "file"},
         {{"vx-case", "catalogue", ""}, "file-d"},
+        {{"vx-case", "judge", "--limits", "pq"}, "file\npq-a\npq-s"},
+        {{"vx-case", "judge", "--json", ""}, "file"},
         {{"vx-case", "check", "--directory", ""}, "file-d"},
         {{"vx-campaign", "r"}, "report\nrun"},
         {{"vx-campaign", "check", "n"}, "filetoml"},

@@ -9,6 +9,7 @@
 #include "CaseConfiguration.h"
 #include "base/CaseError.h"
 #include "base/StandardOutput.h"
+#include "base/WrongInput.h"
 #include "commands/Commands.h"
 
 namespace {
@@ -39,6 +40,7 @@ void declare(CLI::App& app)
     commands::addCatalogueCommand(app);
     commands::addImportCommand(app);
     commands::addMeasureCommand(app);
+    commands::addJudgeCommand(app);
     commands::addPlotCommand(app);
 }
 
@@ -66,6 +68,9 @@ int main(int argc, char** argv)
     declare(app);
     try {
         return parseAndRun(app, argc, argv);
+    } catch (const base::WrongInput& error) {
+        std::cerr << "vx-case: " << error.what() << std::endl;
+        return kCommandLineAtFault;
     } catch (const base::CaseError& error) {
         std::cerr << "vx-case: " << error.what() << std::endl;
     } catch (const base::BadVerdict&) {

@@ -20,6 +20,7 @@ void addExportCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
 void addImportCommand(CLI::App& app);
 void addMeasureCommand(CLI::App& app);
+void addJudgeCommand(CLI::App& app);
 void addPlotCommand(CLI::App& app);
 
 } // namespace commands

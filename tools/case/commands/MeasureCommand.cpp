@@ -5,10 +5,10 @@
 #include <memory>
 
 #include "base/NearestName.h"
-#include "base/Numbers.h"
 #include "commands/CommandFiles.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
+#include "commands/NominalOption.h"
 #include "commands/ScaleOption.h"
 #include "measure/Measuring.h"
 #include "measure/UtcText.h"
@@ -44,24 +44,6 @@ void readQuantities(const std::string& text, std::vector<std::string>& groups)
         }
         groups.push_back(group);
     }
-}
-
-void readNominal(const std::string& text, measure::MeasureOptions& options)
-{
-    const auto fields = base::splitText(text, ',');
-    std::array<double, 3> values{};
-    bool isGood = fields.size() == values.size();
-    for (size_t i = 0; isGood && i < values.size(); ++i) {
-        isGood = base::parseNumber(fields[i], &values[i]) && values[i] > 0.0;
-    }
-    if (!isGood || (values[2] != 50.0 && values[2] != 60.0)) {
-        throw CLI::ValidationError(
-            "--nominal",
-            fmt::format("'{}': expected V,A,HZ with 50 or 60 Hz, for example 230,5,50", text));
-    }
-    options.mNominalVolts = values[0];
-    options.mNominalAmperes = values[1];
-    options.mSignal.mNominalHz = values[2];
 }
 
 void readBegin(const std::string& text, std::optional<qint64>& begin)
@@ -174,12 +156,15 @@ void addMeasureCommand(CLI::App& app)
             "What is measured (default: all): " +
                 fmt::format("{}", fmt::join(measure::quantityGroups(), ",")))
         ->type_name("NAME,...");
-    command
-        .add_option_function<std::string>(
-            "--nominal", [&](const std::string& text) { readNominal(text, measuring); },
-            "Voltage to neutral, current and frequency that percent refers to (default: 230,5 and "
-            "the signal's own 50 or 60)")
-        ->type_name("V,A,HZ");
+    addNominalOption(
+        command,
+        [&measuring](const NominalValues& nominal) {
+            measuring.mNominalVolts = nominal[0];
+            measuring.mNominalAmperes = nominal[1];
+            measuring.mSignal.mNominalHz = nominal[2];
+        },
+        "Voltage to neutral, current and frequency that percent refers to (default: 230,5 and "
+        "the signal's own 50 or 60)");
     command
         .add_option("--truth", measuring.mTruth,
                     "What generate --truth wrote: where it has a value, that one is given")

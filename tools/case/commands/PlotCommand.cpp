@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <QFileInfo>
 #include <algorithm>
 #include <iterator>
 #include <memory>
@@ -15,6 +14,7 @@
 #include "commands/CommandFiles.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
+#include "commands/PictureFile.h"
 #include "plot/Gnuplot.h"
 #include "plot/GnuplotScript.h"
 #include "plot/PictureMaker.h"
@@ -40,18 +40,6 @@ struct PlotOptions
     plot::PictureRequest mRequest;
     std::string mOutput; ///< empty for the terminal
 };
-
-plot::PictureFormat formatOf(const std::string& name)
-{
-    const QString suffix = QFileInfo(QString::fromStdString(name)).suffix().toLower();
-    if (suffix == "svg") {
-        return plot::PictureFormat::Svg;
-    }
-    if (suffix == "png") {
-        return plot::PictureFormat::Png;
-    }
-    throw CLI::ValidationError("-o", "'" + name + "': expected a name that ends in .svg or .png");
-}
 
 int terminalColumns()
 {
@@ -127,14 +115,11 @@ plot::Picture readPicture(const plot::PictureRequest& request)
 
 void plotIntoFile(const PlotOptions& options)
 {
-    const plot::PictureFormat format = formatOf(options.mOutput);
+    const plot::PictureFormat format = pictureFormatOf("-o", options.mOutput);
     expectNoConflict(options);
     base::ResultFile result(options.mOutput);
-    if (format == plot::PictureFormat::Png) {
-        plot::expectFont();
-    }
-    const plot::Picture picture = readPicture(options.mRequest);
-    result.write(plot::runGnuplot(plot::gnuplotScript(plot::layOut(picture), format)));
+    expectDrawable(format);
+    result.write(drawn(readPicture(options.mRequest), format));
     result.commit();
 }
 
