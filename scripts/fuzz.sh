@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:-30}
 scripts/setup.sh build asan
 cmake --preset asan
-names=(values cases commands comtrade single texts states plans)
+names=(values cases commands comtrade single texts states plans maps limits tables)
 cmake --build --preset asan --target "${names[@]/#/vx-fuzz-}"
 mkdir -p build/fuzz/findings
 for name in "${names[@]}"; do
