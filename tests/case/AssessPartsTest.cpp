@@ -155,9 +155,10 @@ TEST(EventMatchingTest, NearestEventsBelongTogether)
         EXPECT_EQ(starts.mCounts.mAdditional, it.mAdditional);
         const assess::Matching& residuals = computed[{"dip-residual", "UA"}];
         EXPECT_EQ(residuals.mPairs.size(), it.mLateMs.size());
-        EXPECT_EQ(computed[{"dip-duration", "UA"}].mCounts.mMissing, it.mExpected.size())
-            << "the device does not say it";
-        EXPECT_EQ(computed[{"swell-start", "UA"}].mCounts.mAdditional, it.mMeasured.size());
+        const assess::Matching& durations = computed[{"dip-duration", "UA"}];
+        EXPECT_EQ(durations.mCounts.mMissing, it.mExpected.size()) << "the device does not say it";
+        const assess::Matching& swells = computed[{"swell-start", "UA"}];
+        EXPECT_EQ(swells.mCounts.mAdditional, it.mMeasured.size());
     }
 }
 

@@ -85,7 +85,7 @@ plot::Picture pictureOf(const SeriesResult& series, const std::vector<JudgedValu
     picture.mWhole.push_back(
         panelOf(axisOf("error", series.mUnit), {{"error", kErrorColour, false, envelope.curve(2)},
                                                 {"limit", kLimitColour, false, envelope.curve(3)},
-                                                {"", kLimitColour, false, envelope.curve(4)}}));
+                                                {"-limit", kLimitColour, false, envelope.curve(4)}}));
     return picture;
 }
 

@@ -9,7 +9,7 @@
 namespace assess {
 
 namespace {
-constexpr size_t kPlateau = 3; ///< differences that are alike, before and after
+constexpr size_t kPlateau = 8; ///< differences that are alike, before and after
 constexpr qint64 kLongestNs = waveform::kSecondInNs / 5;
 constexpr size_t kMinValues = 4; ///< that a step may take
 constexpr double kMinShare = 0.01;

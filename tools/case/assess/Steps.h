@@ -17,7 +17,7 @@ struct Step
 };
 
 /**
- * Finds steps: the values are steady, or change at a constant rate, over four values before and
+ * Finds steps: the values are steady, or change at a constant rate, over nine values before and
  * after, and differ by more than 1 % (1 degree for angles). A step may take up to 0.2 s, or four
  * values: those of a filter. Modulation and ramps have none.
  */
