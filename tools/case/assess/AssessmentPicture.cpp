@@ -82,10 +82,10 @@ plot::Picture pictureOf(const SeriesResult& series, const std::vector<JudgedValu
     picture.mWhole.push_back(panelOf(axisOf(series.mKey.mQuantity, series.mUnit),
                                      {{"expected", 0, false, envelope.curve(0)},
                                       {"measured", kErrorColour, false, envelope.curve(1)}}));
-    picture.mWhole.push_back(
-        panelOf(axisOf("error", series.mUnit), {{"error", kErrorColour, false, envelope.curve(2)},
-                                                {"limit", kLimitColour, false, envelope.curve(3)},
-                                                {"-limit", kLimitColour, false, envelope.curve(4)}}));
+    picture.mWhole.push_back(panelOf(axisOf("error", series.mUnit),
+                                     {{"error", kErrorColour, false, envelope.curve(2)},
+                                      {"limit", kLimitColour, false, envelope.curve(3)},
+                                      {"-limit", kLimitColour, false, envelope.curve(4)}}));
     return picture;
 }
 

@@ -330,10 +330,9 @@ std::string_view builtInLimits(std::string_view name)
 
 std::vector<std::string> builtInLimitNames()
 {
-    std::vector<std::string> names;
-    for (const BuiltIn& it : kBuiltIns) {
-        names.emplace_back(it.mName);
-    }
+    std::vector<std::string> names(kBuiltIns.size());
+    std::transform(kBuiltIns.begin(), kBuiltIns.end(), names.begin(),
+                   [](const BuiltIn& it) { return std::string(it.mName); });
     return names;
 }
 

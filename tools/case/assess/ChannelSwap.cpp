@@ -51,7 +51,7 @@ std::optional<double> errorBetween(const Series& expected, const Series& measure
 class SwapSearch
 {
 public:
-    SwapSearch(const ValueTable& expected, const ValueTable& measured, std::string quantity,
+    SwapSearch(const ValueTable& expected, const ValueTable& measured, const std::string& quantity,
                const Members& group, qint64 toleranceNs);
 
     /** Nothing where each channel is nearest to itself, or no clear exchange is found. */
@@ -66,8 +66,8 @@ private:
     std::array<std::array<double, kMaxMembers>, kMaxMembers> mErrors{}; ///< [measured][expected]
 };
 
-SwapSearch::SwapSearch(const ValueTable& expected, const ValueTable& measured, std::string quantity,
-                       const Members& group, qint64 toleranceNs)
+SwapSearch::SwapSearch(const ValueTable& expected, const ValueTable& measured,
+                       const std::string& quantity, const Members& group, qint64 toleranceNs)
 {
     for (const std::string& channel : group) {
         const Series* const found = measured.find({quantity, channel});
