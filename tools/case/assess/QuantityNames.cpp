@@ -11,8 +11,6 @@
 namespace assess {
 
 namespace {
-using measure::QuantityId;
-
 constexpr std::array<std::pair<std::string_view, const char*>, 10> kComputed{
     {{kTve, "%"},
      {"step-response-tve", "s"},
@@ -155,6 +153,7 @@ qint64 intervalNsOf(const std::string& quantity)
 std::vector<std::string> limitNames()
 {
     std::vector<std::string> names;
+    names.reserve(measure::quantities().size() + kComputed.size());
     for (const measure::Quantity& quantity : measure::quantities()) {
         names.emplace_back(quantity.mName);
     }
@@ -172,6 +171,7 @@ std::vector<std::string> measuredNames()
 std::vector<std::string> channelNames()
 {
     std::vector<std::string> names;
+    names.reserve(static_cast<size_t>(measure::Channel::None));
     for (int i = 0; i < static_cast<int>(measure::Channel::None); ++i) {
         names.emplace_back(measure::nameOf(static_cast<measure::Channel>(i)));
     }
