@@ -22,6 +22,7 @@ std::string unknownName(const std::string& what, const std::string& name,
 std::vector<std::string> namesOf(const std::vector<Case>& cases)
 {
     std::vector<std::string> names;
+    names.reserve(cases.size());
     for (const Case& it : cases) {
         names.push_back(it.mName);
     }
