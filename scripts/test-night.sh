@@ -10,6 +10,8 @@ export LC_ALL=C.UTF-8
 scripts/setup.sh build demo sandbox
 cmake --preset release
 cmake --build --preset release --target vx-simulator vx-sandbox vx-campaign
+built=$PWD/build/release
+export PATH=$built/source:$built/tools/sandbox:$built/tools/campaign:$PATH
 folder=build/night
 rm -rf "$folder"
 mkdir -p "$folder"
@@ -18,7 +20,7 @@ mkdir -p "$folder"
 night() {
     local name=$1 expected=$2 status=0
     shift 2
-    build/release/tools/campaign/vx-campaign run examples/night.toml -o "$folder/$name" "$@" ||
+    vx-campaign run examples/night.toml -o "$folder/$name" "$@" ||
         status=$?
     if [[ $status -ne $expected ]]; then
         echo "test-night: $name ended with status $status, expected $expected" >&2
