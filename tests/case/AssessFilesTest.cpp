@@ -17,7 +17,7 @@ constexpr qint64 kMillisecond = 1'000'000;
 
 /** What an operation throws; empty when it does not. */
 template <typename Operation>
-std::string errorOf(Operation operation)
+std::string refusalOf(Operation operation)
 {
     try {
         operation();
@@ -123,7 +123,7 @@ TEST(MapTest, SaysWhatIsWrongAndWhere)
          "6:8: quantities.Urms: 'rmss' is not known; the nearest are rms, "},
     };
     for (const Case& it : cases) {
-        EXPECT_THAT(errorOf([&it] { assess::parseMeasuredMap(it.mText, "m.toml"); }),
+        EXPECT_THAT(refusalOf([&it] { assess::parseMeasuredMap(it.mText, "m.toml"); }),
                     StartsWith("m.toml:" + std::string(it.mMessage)))
             << it.mText;
     }
@@ -202,7 +202,7 @@ TEST(TableTest, SaysWhatIsWrongAndWhere)
     for (const Case& it : cases) {
         const auto map =
             it.mMap == nullptr ? assess::measureMap() : assess::parseMeasuredMap(it.mMap, "m.toml");
-        EXPECT_THAT(errorOf([&] { readText(it.mTable, map); }), HasSubstr(it.mMessage))
+        EXPECT_THAT(refusalOf([&] { readText(it.mTable, map); }), HasSubstr(it.mMessage))
             << it.mTable;
     }
 }
@@ -239,13 +239,13 @@ TEST(LimitFileTest, SaysWhatIsWrongAndWhere)
     };
     for (const Case& it : cases) {
         const std::string text = std::string("tolerance = 0.01\n[[limit]]\n") + it.mRow + "\n";
-        EXPECT_THAT(errorOf([&text] { assess::parseLimits(text, "l.toml"); }),
+        EXPECT_THAT(refusalOf([&text] { assess::parseLimits(text, "l.toml"); }),
                     StartsWith("l.toml:" + std::string(it.mMessage)))
             << it.mRow;
     }
-    EXPECT_EQ(errorOf([] { assess::parseLimits("[[limit]]\n", "l.toml"); }),
+    EXPECT_EQ(refusalOf([] { assess::parseLimits("[[limit]]\n", "l.toml"); }),
               "l.toml:1:1: tolerance: missing");
-    EXPECT_THAT(errorOf([] { assess::readLimits("pq-b"); }), HasSubstr("pq-b: no such file"));
+    EXPECT_THAT(refusalOf([] { assess::readLimits("pq-b"); }), HasSubstr("pq-b: no such file"));
 }
 
 /** The command, as its user calls it. */
@@ -349,7 +349,7 @@ TEST_F(JudgeCommandTest, ResultsAgree)
     EXPECT_EQ(json["series"][0]["beyond"], 5);
     EXPECT_NEAR(json["series"][1]["largest"]["error"], -0.1, 1e-9);
     EXPECT_EQ(json["series"][1]["largest"]["utc"], "2026-11-25T20:00:03.000000000Z");
-    EXPECT_EQ(json["worst"].size(), 9U);
+    EXPECT_EQ(json["worst"].size(), 6U) << "exact values are not among the worst";
     const std::string junit = mRunner.readFile("j.xml");
     EXPECT_THAT(junit, HasSubstr(R"(tests="3" failures="3" errors="0" skipped="0")"));
     EXPECT_THAT(junit, HasSubstr("message=\"" + verdict + '"'));

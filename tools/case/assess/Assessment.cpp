@@ -94,6 +94,9 @@ private:
 
 void WorstList::add(const SeriesKey& key, const JudgedValue& value)
 {
+    if (value.load() == 0.0) {
+        return;
+    }
     const bool isFull = mHeap.size() == kMaxWorst;
     if (isFull && value.load() <= mHeap.front().mValue.load()) {
         return;

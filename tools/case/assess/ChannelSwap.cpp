@@ -17,7 +17,7 @@ namespace assess {
 namespace {
 constexpr size_t kMaxMembers = 4;
 constexpr size_t kMaxCompared = 5000;
-constexpr double kFarBetter = 0.3; ///< of the error
+constexpr double kSwappedShare = 0.3; ///< of the error
 
 using Members = std::vector<std::string>;
 using Permutation = std::vector<size_t>; ///< [i]: whose expected values channel i has
@@ -90,7 +90,7 @@ size_t SwapSearch::nearest(size_t member) const
 {
     size_t best = member;
     for (size_t j = 0; j < mMembers.size(); ++j) {
-        best = mErrors[member][j] < kFarBetter * mErrors[member][member] &&
+        best = mErrors[member][j] < kSwappedShare * mErrors[member][member] &&
                        mErrors[member][j] < mErrors[member][best]
                    ? j
                    : best;
