@@ -25,8 +25,7 @@ namespace cli {
 namespace {
 constexpr char kRunFooter[] =
     R"(The reports are FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv. The first
-interrupt ends the night in order, and its reports are written; the second ends
-it at once.
+interrupt ends the night and writes its reports; the second ends it at once.
 
 Exit status: 0 when every play passed, 1 when one did not, 2 for a wrong plan or
 command line, 130 when the night was interrupted.
@@ -217,17 +216,17 @@ std::string playPrepared(const RunOptions& options, Prepared prepared)
     run::EndingSignals ending;
     journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes);
     run::NightDisplay display(prepared.mNight);
-    run::ToldJournal told(writer, display);
+    run::DisplayedJournal displayed(writer, display);
     const run::NightOptions nightOptions = nightOptionsOf(options);
     if (options.isOnDevice()) {
         run::RealDevice device(options.mFifo, options.mLog);
         run::DeviceNight night(prepared.mNight, prepared.mStage.mSteady.mDurationNs, nightOptions,
-                               device, told);
+                               device, displayed);
         return playWith(night, device, prepared, environment, ending, display);
     }
     const explain::PlayPlan plan(prepared.mStage.mConfiguration, prepared.mStage.mDirectory);
     run::SandboxDesk desk(setup);
-    run::Night night(prepared.mNight, plan, nightOptions, desk, told);
+    run::Night night(prepared.mNight, plan, nightOptions, desk, displayed);
     return playWith(night, desk, prepared, environment, ending, display);
 }
 
@@ -254,14 +253,14 @@ void addNightOptions(CLI::App& command, RunOptions& options)
 {
     CLI::Option* const shuffle =
         command.add_flag("--shuffle", options.mShuffle, "Plays in a random order");
-    command.add_option("--seed", options.mSeed, "Of the random order, which it gives again")
+    command.add_option("--seed", options.mSeed, "The same seed gives the same random order")
         ->type_name("N")
         ->needs(shuffle);
     command.add_flag("--until-failure", options.mUntilFailure,
                      "Plays the plan again and again, until a play fails");
     command
         .add_option("--start-at", options.mStartAt,
-                    "Begins then: HH:MM, or YYYY-MM-DDTHH:MM, local time")
+                    "Begins at HH:MM or YYYY-MM-DDTHH:MM, local time")
         ->type_name("TIME")
         ->check([](const std::string& text) { return run::startTimeProblem(text); });
     command
@@ -296,7 +295,7 @@ void addRunCommand(CLI::App& app)
                         "nothing is judged")
             ->type_name("FILE");
     CLI::Option* const log =
-        command.add_option("--log", options->mLog, "Log of that program, which answers")
+        command.add_option("--log", options->mLog, "Log of that program, with its answers")
             ->type_name("FILE")
             ->needs(fifo);
     fifo->needs(log)->excludes("--fault")->excludes("--keep");

@@ -78,10 +78,10 @@ void PlayJudge::closePlay()
     }
 }
 
-void PlayJudge::endPlay(Played::Ending ending, size_t place)
+void PlayJudge::endPlay(Played::Ending ending, size_t index)
 {
     mPlayed.mEnding = ending;
-    mOutcomes.insert(mOutcomes.begin() + static_cast<std::ptrdiff_t>(place), mPlayed);
+    mOutcomes.insert(mOutcomes.begin() + static_cast<std::ptrdiff_t>(index), mPlayed);
     mPlayed = Played();
     mExpected.reset();
     mPlayedAt.reset();
@@ -117,7 +117,7 @@ void PlayJudge::add(const explain::PlayedSegment& segment)
     }
     if (!plays(segment, 0)) {
         addFound({kNotPlanned,
-                  fmt::format("{} was played, which was not its turn: {} samples from {} on",
+                  fmt::format("{} was played although it was not its turn: {} samples from {} on",
                               segment.mFile, segment.mSamples,
                               explain::stampText(segment.mFirstStampNs)),
                   0, segment.mSamples, segment.mFirstStampNs, false});

@@ -50,7 +50,7 @@ inline constexpr const char* kNotPlanned = "notPlanned";
  *
  * A finding belongs to the play in whose range it is: after the last sample of the play before, up
  * to its own last sample. Samples that come twice belong to the play that they come from; findings
- * about the whole run belong to the play that is on.
+ * about the whole run belong to the current play.
  *
  * Borrows the plan.
  */
@@ -101,7 +101,7 @@ private:
     void addFound(Found found);
     bool belongsToPlayed(const Found& found) const;
     void closePlay();
-    void endPlay(Played::Ending ending, size_t place);
+    void endPlay(Played::Ending ending, size_t index);
     bool plays(const explain::PlayedSegment& segment, int configuration) const;
     bool isBackToSteady() const;
 
@@ -113,7 +113,7 @@ private:
     std::optional<Expected> mExpected;
     Played mPlayed;
     bool mHasBegun = false;          ///< the first sample of the play has arrived
-    std::optional<size_t> mPlayedAt; ///< place among the outcomes where the play was complete
+    std::optional<size_t> mPlayedAt; ///< index among the outcomes at which the play was complete
     bool mIsLost = false;
     std::vector<Outcome> mOutcomes;
 };

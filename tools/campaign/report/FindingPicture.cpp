@@ -21,7 +21,7 @@ namespace {
 constexpr double kHeadroomShare = 1.15;
 
 /** Two samples further apart than that are not joined by a line: at 40 Hz they are 70 µs apart. */
-constexpr qint64 kLongestStepNs = 100'000;
+constexpr qint64 kMaxStepNs = 100'000;
 
 /** Samples that arrived or should have, in one shape. */
 struct DrawnSamples
@@ -83,7 +83,7 @@ plot::Curve FindingPictureMaker::curveOf(const DrawnSamples& samples,
     for (size_t i = 0; i < samples.mStampsNs.size(); ++i) {
         const double seconds = secondsOf(samples.mStampsNs[i]);
         const qint64 stepNs = i == 0 ? 1 : samples.mStampsNs[i] - samples.mStampsNs[i - 1];
-        if (stepNs <= 0 || stepNs > kLongestStepNs) {
+        if (stepNs <= 0 || stepNs > kMaxStepNs) {
             curve.mPoints.push_back({seconds, kNothing});
         }
         curve.mPoints.push_back(
@@ -118,7 +118,7 @@ std::string addExpected(const NightSummary& night, const PlaySummary* play, qint
                         qint64 toNs, ExpectedSamples* expected, std::vector<DrawnSamples>* drawn)
 {
     if (play == nullptr) {
-        return "what was expected is not drawn: no play was on";
+        return "what was expected is not drawn: there was no play";
     }
     try {
         DrawnSamples samples;

@@ -8,7 +8,7 @@
 namespace run {
 
 /**
- * Writes what happens into the journal, and counts what is found in the play that is on. When the
+ * Writes what happens into the journal, and counts what is found in the current play. When the
  * journal cannot be written any more, it keeps the reason and writes nothing from then on.
  *
  * Borrows the journal.
@@ -32,19 +32,19 @@ public:
     /** Whether a finding of this kind would be written. */
     bool lists(const std::string& kind) const;
 
-    /** Adds it to the play that is on, or to the night. */
+    /** Adds it to the current play, or to the night. */
     void find(journal::FoundWrong found);
 
     /**
-     * Ends the play that is on. One with findings has failed.
+     * Ends the current play. One with findings has failed.
      * @return how it ended
      */
     journal::PlayVerdict endPlay(journal::PlayEnd end);
 
-    /** The play that is on. */
+    /** The current play. */
     const std::optional<int>& play() const { return mPlay; }
 
-    /** Of the play that is on, or since the last one. */
+    /** Of the current play, or since the last one. */
     quint64 findings() const { return mFindings; }
 
     quint64 allFindings() const { return mAllFindings; }

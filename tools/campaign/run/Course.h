@@ -15,7 +15,7 @@ struct NightOptions
 /** How far a night is. */
 struct Progress
 {
-    const journal::StagedCase* mCase = nullptr; ///< null: no play is on
+    const journal::StagedCase* mCase = nullptr; ///< null: between plays
     int mPlay = 0;
     size_t mCaseIndex = 0;
     int mRepetition = 1;  ///< of the case, from 1
@@ -25,8 +25,8 @@ struct Progress
 };
 
 /**
- * The course of a night, whoever plays it: which play is on, which is next, and why it ends. Writes
- * that into the journal. Borrows the night and the journal.
+ * The course of a night, whoever plays it: which play is current, which is next, and why it ends.
+ * Writes that into the journal. Borrows the night and the journal.
  */
 class Course
 {
@@ -46,16 +46,16 @@ public:
     /** Whether it is time to begin. */
     bool isDue() const { return !mOptions.mStartAtNs || mNow.mWallNs >= *mOptions.mStartAtNs; }
 
-    /** Whether there is a play after the one that is on or was on last. */
+    /** Whether there is a play after the current or the last one. */
     bool hasNext() const { return !isFailureFound() && mOrder.has(mNext); }
 
     /** Begins the next play. Requires: hasNext(). */
     void beginNext();
 
-    /** Of the play that is on. Requires: one is on. */
+    /** Of the current play. Requires: there is one. */
     const journal::StagedCase& currentCase() const { return mOrder.caseOf(mNext - 1); }
 
-    /** Ends the play that is on. */
+    /** Ends the current play. */
     journal::PlayVerdict endPlay(const journal::PlayEnd& end);
 
     /** Why the night ends when there is no next play. */
@@ -82,7 +82,7 @@ private:
     quint64 mFindingsOfNext = 0; ///< that it has from before the night was cut off
     bool mHasFailed = false;
     qint64 mPlayBeganNs = 0; ///< on the steady clock
-    qint64 mPlaysLeftNs = 0; ///< that all plays after the one that is on take, about
+    qint64 mPlaysLeftNs = 0; ///< that all plays after the current one take, about
 };
 
 } // namespace run

@@ -106,7 +106,7 @@ void NightDisplay::clear()
     }
 }
 
-void NightDisplay::tell(const journal::FoundWrong& found)
+void NightDisplay::print(const journal::FoundWrong& found)
 {
     clear();
     std::string where = "outside the plays";
@@ -118,11 +118,11 @@ void NightDisplay::tell(const journal::FoundWrong& found)
     fmt::print(stderr, "vx-campaign: {}: {}\n", where, found.mText);
 }
 
-void ToldJournal::append(const journal::Entry& entry)
+void DisplayedJournal::append(const journal::Entry& entry)
 {
     mSink.append(entry);
     if (const auto* found = std::get_if<journal::FoundWrong>(&entry.mStep)) {
-        mDisplay.tell(*found);
+        mDisplay.print(*found);
     }
 }
 

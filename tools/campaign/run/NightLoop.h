@@ -29,7 +29,7 @@ private:
     files::FileDescriptor mFile;
 };
 
-/** Shows how far a night is: a line on a terminal, that makes way for others. */
+/** Shows how far a night is: a line on a terminal, cleared before another text is printed. */
 class NightDisplay
 {
 public:
@@ -42,7 +42,7 @@ public:
     void show(const Progress& progress, const Moment& now);
 
     /** Prints a finding on a line of its own. */
-    void tell(const journal::FoundWrong& found);
+    void print(const journal::FoundWrong& found);
 
 private:
     void clear();
@@ -54,10 +54,11 @@ private:
 };
 
 /** Passes the steps of a night on, and prints its findings. Borrows both. */
-class ToldJournal : public journal::JournalSink
+class DisplayedJournal : public journal::JournalSink
 {
 public:
-    ToldJournal(journal::JournalSink& sink, NightDisplay& display) : mSink(sink), mDisplay(display)
+    DisplayedJournal(journal::JournalSink& sink, NightDisplay& display)
+        : mSink(sink), mDisplay(display)
     {
     }
 

@@ -69,7 +69,7 @@ Verdict worstOf(const std::vector<SeriesResult>& series)
     for (const SeriesResult& it : series) {
         worst = std::min(worst, it.mVerdict);
     }
-    // What cannot be judged beside what is within is told, and does no harm.
+    // Beside values that are within, those that cannot be judged are counted only.
     const bool hasWithin = std::any_of(series.begin(), series.end(), [](const auto& it) {
         return it.mVerdict == Verdict::Within;
     });
@@ -89,7 +89,7 @@ private:
         return a.mValue.load() > b.mValue.load();
     }
 
-    std::vector<WorstValue> mHeap; ///< the mildest at the front
+    std::vector<WorstValue> mHeap; ///< the least bad one at the front
 };
 
 void WorstList::add(const SeriesKey& key, const JudgedValue& value)

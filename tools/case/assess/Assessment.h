@@ -35,7 +35,7 @@ struct JudgedValue
     double mError = 0.0; ///< measured - expected; the shorter way round for angles
     double mLimit = 0.0; ///< 0: none applies
 
-    /** How much of the limit it takes; the error itself where none applies. */
+    /** The error as a part of the limit; the error itself where no limit applies. */
     double load() const;
 };
 
@@ -123,7 +123,8 @@ private:
     std::unique_ptr<Work> mWork;
 };
 
-/** "BAD: 3 of 1200 values beyond their limits, 1 missing"; "good: 1200 values within". */
+/** "BAD: 3 of 1200 values beyond their limits, 1 missing"; "good: 1200 values within their limits".
+ */
 std::string verdictText(const AssessmentResult& result);
 
 } // namespace assess

@@ -104,7 +104,7 @@ std::string unknownOf(const Totals& totals)
     return parts.empty() ? "" : fmt::format("; not judged: {}", fmt::join(parts, ", "));
 }
 
-std::string oddText(const MatchCounts& counts)
+std::string deviationsText(const MatchCounts& counts)
 {
     std::vector<std::string> parts;
     addCount(parts, counts.mMissing, "missing");
@@ -133,7 +133,7 @@ std::string seriesTable(const AssessmentResult& result)
                    std::to_string(it.mJudged), std::to_string(it.mBeyond),
                    it.mLargest ? withUnit(it.mLargest->mError, it.mUnit) : "",
                    it.mLargest ? stampText(it.mLargest->mUtcNs) : "", limitText(it),
-                   nameOf(it.mVerdict), oddText(it.mCounts)});
+                   nameOf(it.mVerdict), deviationsText(it.mCounts)});
     }
     return table.text();
 }
@@ -202,8 +202,8 @@ std::string messageOf(const SeriesResult& series)
                         series.mJudged, withUnit(series.mLargest->mError, series.mUnit),
                         stampText(series.mLargest->mUtcNs), limitText(series));
     }
-    const std::string odd = oddText(series.mCounts);
-    return odd.empty() ? text : text + "; " + odd;
+    const std::string deviations = deviationsText(series.mCounts);
+    return deviations.empty() ? text : text + "; " + deviations;
 }
 } // namespace
 
@@ -235,7 +235,7 @@ std::string textOf(const AssessmentResult& result, const LimitTable& limits)
     text += seriesTable(result);
     text += result.mWorst.empty() ? "" : "\nworst values\n" + worstTable(result);
     text += listText("found", result.mFindings);
-    text += listText("perhaps (nothing of it was corrected)", result.mDiagnoses);
+    text += listText("possible causes (nothing was corrected)", result.mDiagnoses);
     text += listText("measured and not expected", result.mUnexpected);
     return text;
 }

@@ -21,10 +21,10 @@ using Samples = std::vector<Sample>;
 constexpr size_t kMaxProbes = 2000;
 constexpr size_t kMaxProbedSeries = 4;
 constexpr double kFarBetter = 0.3; ///< of the error
-constexpr double kMostOf = 0.98;
+constexpr double kNearlyAll = 0.98;
 constexpr int kMaxShift = 20; ///< intervals
 constexpr int kShiftsPerInterval = 4;
-constexpr qint64 kLongestIntervalNs = 86400 * waveform::kSecondInNs;
+constexpr qint64 kMaxIntervalNs = 86400 * waveform::kSecondInNs;
 
 /** How well a series agrees when its time stamps are shifted. */
 struct Agreement
@@ -101,8 +101,8 @@ double variationOf(const Samples& samples)
 /** Not more than a quarter of the interval: a window of all times would fit everywhere. */
 qint64 windowOf(const Samples& expected, qint64 toleranceNs)
 {
-    constexpr qint64 kLeastNs = waveform::kSecondInNs / 1000;
-    return std::min(std::max(toleranceNs, kLeastNs), spacingOf(expected) / 4);
+    constexpr qint64 kMinNs = waveform::kSecondInNs / 1000;
+    return std::min(std::max(toleranceNs, kMinNs), spacingOf(expected) / 4);
 }
 
 /** Those that say most about the time: they vary most, and are no angles. */
@@ -195,10 +195,10 @@ Agreement OffsetSearch::agreement(qint64 offsetNs) const
 bool OffsetSearch::isFarBetter(const Agreement& it) const
 {
     constexpr size_t kFew = 4;
-    const auto most = static_cast<size_t>(kMostOf * static_cast<double>(it.mProbes));
-    if (it.mMatched >= std::max(most, kFew) && it.mMatched > mBase.mMatched) {
+    const auto nearlyAll = static_cast<size_t>(kNearlyAll * static_cast<double>(it.mProbes));
+    if (it.mMatched >= std::max(nearlyAll, kFew) && it.mMatched > mBase.mMatched) {
         const bool isRarer =
-            static_cast<double>(mBase.mMatched) < kMostOf * static_cast<double>(it.mMatched);
+            static_cast<double>(mBase.mMatched) < kNearlyAll * static_cast<double>(it.mMatched);
         return isRarer && (mBase.mMatched < kFew || it.error() <= mBase.error() * 1.5 + 1e-9);
     }
     return it.mMatched >= kFew && 2 * it.mMatched >= it.mProbes &&
@@ -237,7 +237,7 @@ std::vector<std::string> diagnoseClock(const ValueTable& expected, const ValueTa
 double delayOf(const std::vector<Sample>& expected, const std::vector<Sample>& measured)
 {
     const qint64 spacingNs = spacingOf(expected);
-    const qint64 stepNs = spacingNs < kLongestIntervalNs ? spacingNs / kShiftsPerInterval : 0;
+    const qint64 stepNs = spacingNs < kMaxIntervalNs ? spacingNs / kShiftsPerInterval : 0;
     const size_t stride = measured.size() / kMaxProbes + 1;
     const auto errorAt = [&](qint64 shiftNs) {
         Agreement sum;

@@ -148,8 +148,8 @@ qint64 nanosecondsOf(const Span& span, const Nominal& nominal, qint64 frameNs)
 {
     const double periods = nominal.mHertz > 0.0 ? span.mPeriods / nominal.mHertz : 0.0;
     const double frames = span.mFrames * static_cast<double>(frameNs) * base::kSecondsPerNanosecond;
-    constexpr double kLongest = 1e8;
-    const double seconds = std::min(std::max({span.mSeconds, periods, frames}), kLongest);
+    constexpr double kMaxLimitedSeconds = 1e8;
+    const double seconds = std::min(std::max({span.mSeconds, periods, frames}), kMaxLimitedSeconds);
     return std::llround(seconds * base::kNanosecondsPerSecond);
 }
 

@@ -61,7 +61,8 @@ struct Limit
     std::optional<Bound> mFrom; ///< of the expected value, without its sign
     std::optional<Bound> mTo;   ///< exclusive
     std::optional<SignalState> mState;
-    std::optional<Span> mEdge;  ///< not so close to a step, or to the start or end of an event
+    std::optional<Span>
+        mEdge; ///< at least so far from a step, and from the start and end of an event
     std::optional<Span> mAfter; ///< no event or step in the value's interval, nor so long before it
 
     std::string mClause; ///< of the standard
@@ -92,10 +93,10 @@ LimitTable parseLimits(std::string_view text, const std::string& name);
 /** The table for a reader, a row a limit. */
 std::string textOf(const LimitTable& table);
 
-/** "0.1 % of nominal", "1 %", "0.04 s", with the unit of the quantity. */
+/** "0.1 % of nominal", "1 % of reading", "0.04 s", with the unit of the quantity. */
 std::string amountText(const Limit& limit);
 
-/** "10 % to 150 % of nominal; steady; not until 0.2 s after a step or event"; empty for none. */
+/** "from 10 % up to 150 % of nominal; steady", for example; empty for none. */
 std::string conditionText(const Limit& limit);
 
 /** What 100 % of a quantity is; 0 where it is not known or does not exist. */

@@ -14,7 +14,7 @@ namespace assess {
 namespace {
 constexpr size_t kMaxSentences = 20;
 constexpr size_t kMaxNamed = 4;
-constexpr qint64 kLongestRunStepNs = 1'000'000'000; ///< between times that are a run
+constexpr qint64 kMaxRunStepNs = 1'000'000'000; ///< between times that are a run
 
 using Names = std::vector<std::string>;
 
@@ -45,7 +45,7 @@ void addRuns(const std::string& what, const ByTime& times, Names& sentences)
         qint64 last = begin->first;
         const qint64 firstStep = end == times.end() ? 0 : end->first - last;
         while (end != times.end() && end->second == begin->second &&
-               end->first - last <= firstStep + firstStep / 2 && firstStep < kLongestRunStepNs) {
+               end->first - last <= firstStep + firstStep / 2 && firstStep < kMaxRunStepNs) {
             last = end->first;
             ++end;
             ++count;

@@ -92,7 +92,7 @@ bool SeriesJudge::applies(const Row& row, const Pair& pair) const
         return false;
     }
     return row.mAfterNs < 0 ||
-           !mSituations.isTouched(pair.mUtcNs - mIntervalNs - row.mAfterNs, pair.mUtcNs);
+           !mSituations.overlapsEvent(pair.mUtcNs - mIntervalNs - row.mAfterNs, pair.mUtcNs);
 }
 
 JudgedValue SeriesJudge::judge(const Pair& pair, const Limit** limit) const

@@ -15,7 +15,7 @@ namespace {
 constexpr qint64 kStateWindowNs = waveform::kSecondInNs / 4; ///< to either side
 constexpr double kSteadyShare = 0.01;                        ///< of the magnitude
 constexpr double kSteadyRocof = 0.05;                        ///< Hz/s
-constexpr double kLongestEventSeconds = 1e8;
+constexpr double kMaxEventSeconds = 1e8;
 constexpr double kConstantRocof = 0.1; ///< Hz/s; how far a ramp's may vary
 
 const std::vector<Sample>* samplesOf(const ValueTable& table, const SeriesKey& key)
@@ -86,7 +86,7 @@ void Situations::addEvents(const ValueTable& expected)
             continue;
         }
         for (const Sample& event : series.mSamples) {
-            const double seconds = std::clamp(event.mValue, 0.0, kLongestEventSeconds);
+            const double seconds = std::clamp(event.mValue, 0.0, kMaxEventSeconds);
             const auto ns = std::llround(seconds * base::kNanosecondsPerSecond);
             mIntervals.push_back({event.mUtcNs, event.mUtcNs + ns});
         }
@@ -168,7 +168,7 @@ void Situations::findStates(const ValueTable& expected)
     }
 }
 
-bool Situations::isTouched(qint64 beginNs, qint64 endNs) const
+bool Situations::overlapsEvent(qint64 beginNs, qint64 endNs) const
 {
     const auto found =
         std::partition_point(mIntervals.begin(), mIntervals.end(),

@@ -13,8 +13,8 @@ class Situations
 public:
     explicit Situations(const ValueTable& expected);
 
-    /** True where a step or an event, or the time after it, touches that time. */
-    bool isTouched(qint64 beginNs, qint64 endNs) const;
+    /** True where a step or an event overlaps that time. */
+    bool overlapsEvent(qint64 beginNs, qint64 endNs) const;
 
     /** True within that distance of a step, or of the start or end of an event. */
     bool isNearEdge(qint64 utcNs, qint64 distanceNs) const;

@@ -10,7 +10,7 @@ namespace assess {
 
 namespace {
 constexpr size_t kPlateau = 8; ///< differences that are alike, before and after
-constexpr qint64 kLongestNs = waveform::kSecondInNs / 5;
+constexpr qint64 kMaxStepDurationNs = waveform::kSecondInNs / 5;
 constexpr size_t kMinValues = 4; ///< that a step may take
 constexpr double kMinShare = 0.01;
 constexpr double kMinDegrees = 1.0;
@@ -85,7 +85,7 @@ std::optional<Step> StepFinder::stepAfter(size_t first) const
     double change = 0.0;
     for (size_t end = begin + 1; end + kPlateau <= mDifferences.size(); ++end) {
         change += mDifferences[end - 1];
-        const bool isLong = mSamples[end].mUtcNs - mSamples[begin].mUtcNs > kLongestNs;
+        const bool isLong = mSamples[end].mUtcNs - mSamples[begin].mUtcNs > kMaxStepDurationNs;
         if (isLong && end - begin > kMinValues) {
             return std::nullopt;
         }

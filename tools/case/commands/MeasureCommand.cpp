@@ -39,7 +39,7 @@ void readQuantities(const std::string& text, std::vector<std::string>& groups)
         if (std::find(known.begin(), known.end(), group) == known.end()) {
             throw CLI::ValidationError(
                 "--quantities",
-                fmt::format("'{}': expected some of {}; nearest is {}", group,
+                fmt::format("'{}': expected some of {}; the nearest is {}", group,
                             fmt::join(known, ","), base::nearestNames(group, known, 1).front()));
         }
         groups.push_back(group);
@@ -171,10 +171,11 @@ void addMeasureCommand(CLI::App& app)
         ->type_name("FILE");
     CLI::Option* const wide = command.add_flag_callback(
         "--wide", [&] { measuring.mForm = measure::TableForm::Wide; },
-        "A row an instant, a column a quantity and channel");
+        "A row for each instant, a column for each quantity and channel");
     command
         .add_flag_callback(
-            "--json", [&] { measuring.mForm = measure::TableForm::Json; }, "An object a line")
+            "--json", [&] { measuring.mForm = measure::TableForm::Json; },
+            "A JSON object for each value")
         ->excludes(wide);
     addMeterOptions(command, measuring);
     command.callback([options] { runMeasure(*options); });

@@ -62,7 +62,7 @@ private:
     friend class TruthReader;
 };
 
-/** Puts the value of the closed form in place of the measured one, where there is one. */
+/** Replaces a measured value by that of the closed form, where there is one. */
 class ClosedFormOutput : public MeasurementOutput
 {
 public:

@@ -42,13 +42,13 @@ void EventMeter::add(const HalfPeriodValues& values, MeasurementOutput& output)
     if (mDip.isBack(values.mRms) && mSwell.isBack(values.mRms)) {
         mInService.set(channel);
     }
-    const bool wasSpoiled = mDips.isOpen(channel) || mSwells.isOpen(channel);
+    const bool wasExcluded = mDips.isOpen(channel) || mSwells.isOpen(channel);
     mDips.add(values, mInService, output);
     mSwells.add(values, mInService, output);
     mInterruptions.add(values, mInService, output);
-    const bool isSpoiled =
-        wasSpoiled || mDips.isOpen(channel) || mSwells.isOpen(channel) || !mInService.test(channel);
-    mRapidChanges.add(values, isSpoiled, output);
+    const bool isExcluded = wasExcluded || mDips.isOpen(channel) || mSwells.isOpen(channel) ||
+                            !mInService.test(channel);
+    mRapidChanges.add(values, isExcluded, output);
 }
 
 void EventMeter::finish(MeasurementOutput& output)

@@ -14,10 +14,10 @@ constexpr double kSettlingSeconds = 30.0;
 /** The filters work on the mean of the squares over this time. */
 constexpr double kGroupSeconds = 0.5e-3;
 
-constexpr double kLongestStepPeriods = 0.25;
+constexpr double kMaxFlickerStepPeriods = 0.25;
 
 /** Of the nominal voltage: what is lower cannot light a lamp. */
-constexpr double kLeastVoltage = 1e-3;
+constexpr double kMinVoltage = 1e-3;
 
 /** Steps that differ by less, relatively, are one. */
 constexpr double kSameStep = 1e-6;
@@ -28,7 +28,7 @@ std::optional<double> VoltageAdaptor::add(double meanSquare, double step)
     mSum += meanSquare * step;
     mSeconds += step;
     if (mSeconds + step / 2.0 >= mHalfPeriod) {
-        const double rms = std::max(mLeast, std::sqrt(mSum / mSeconds));
+        const double rms = std::max(mMinRms, std::sqrt(mSum / mSeconds));
         mCount += 1.0;
         const double share = std::max(1.0 / mCount, 1.0 - std::exp(-mSeconds / kAdaptorSeconds));
         mRms += share * (rms - mRms);
@@ -48,7 +48,7 @@ void FlickerMeter::add(const waveform::SignalBlock& block, MeasurementOutput& ou
     for (size_t i = 0; i < block.size(); ++i) {
         const double seconds = block.mSeconds[i];
         const double step = seconds - mLast;
-        if (mVoltages.empty() || step * mSettings.mNominalHz > kLongestStepPeriods) {
+        if (mVoltages.empty() || step * mSettings.mNominalHz > kMaxFlickerStepPeriods) {
             restart(seconds);
             continue;
         }
@@ -72,10 +72,10 @@ void FlickerMeter::finish(MeasurementOutput& /*output*/) {}
 /** As if the signal began with this sample. */
 void FlickerMeter::restart(double seconds)
 {
-    const double least = std::max(1e-9, kLeastVoltage * mSettings.mNominalVolts);
+    const double minRms = std::max(1e-9, kMinVoltage * mSettings.mNominalVolts);
     mVoltages.clear();
     for (size_t i = 0; i < kVoltageCount; ++i) {
-        mVoltages.push_back({{mSettings.mNominalHz, least}, {}, {}});
+        mVoltages.push_back({{mSettings.mNominalHz, minRms}, {}, {}});
     }
     mBegin = seconds;
     mLast = seconds;

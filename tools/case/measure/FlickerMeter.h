@@ -16,9 +16,9 @@ namespace measure {
 class VoltageAdaptor
 {
 public:
-    /** @param least rms in V that is followed, above 0 */
-    VoltageAdaptor(double nominalHz, double least)
-        : mHalfPeriod(0.5 / nominalHz), mRms(least), mLeast(least)
+    /** @param minRms in V that is followed, above 0 */
+    VoltageAdaptor(double nominalHz, double minRms)
+        : mHalfPeriod(0.5 / nominalHz), mRms(minRms), mMinRms(minRms)
     {
     }
 
@@ -31,7 +31,7 @@ public:
 private:
     double mHalfPeriod;
     double mRms;
-    double mLeast;
+    double mMinRms;
     double mSum = 0.0; ///< of the half period, up to now
     double mSeconds = 0.0;
     double mCount = 0.0; ///< of the half periods

@@ -15,7 +15,7 @@ constexpr size_t kIntervals = 3;
 constexpr size_t kOrders = 51;
 constexpr size_t kChannels = static_cast<size_t>(Channel::None) + 1;
 
-/** A place for each kind of row, for tables. */
+/** The index of each kind of row in tables. */
 size_t indexOf(const RowKind& kind)
 {
     const auto id = static_cast<size_t>(kind.mId);

@@ -13,7 +13,7 @@ constexpr double kHalfCycle = 0.5;
 
 /** How much a turn may differ from the one before it. A modulation of the phase by 0.1 rad at 5 Hz
  * needs 0.57 degrees. */
-constexpr double kMaxBend = 1.0 / 360.0;
+constexpr double kMaxTurnChangeCycles = 1.0 / 360.0;
 
 /** Likewise how much its amplitude grows. A modulation by 10 % at 5 Hz needs 1 %. */
 constexpr double kMaxGrowthChange = 0.015;
@@ -38,7 +38,7 @@ constexpr size_t kFrequencyHops = 4;
 constexpr size_t kMaxWait = 50;
 
 /** A line that every window before it reaches. */
-constexpr size_t kLongestWindow = size_t{3} * kSamplesPerPeriod;
+constexpr size_t kMaxWindow = size_t{3} * kSamplesPerPeriod;
 
 /** Turns of a period, in cycles, that half of it may have: 20 to 85 Hz for lines of 50 Hz. */
 constexpr double kMinTurn = 0.2;
@@ -69,7 +69,7 @@ void PhaseClock::add(const waveform::SignalBlock& block)
 {
     mSamples.append(block);
     while (mSamples.end() > (mNextHop + 1) * kHopLines &&
-           mSamples.covers(std::max(mNextHop * kHopLines, kLongestWindow), windowFrequency())) {
+           mSamples.covers(std::max(mNextHop * kHopLines, kMaxWindow), windowFrequency())) {
         measureHop();
     }
     constexpr size_t kKept = size_t{8} * kSamplesPerPeriod;
@@ -95,7 +95,7 @@ double PhaseClock::windowFrequency() const
 {
     const double turn = !mIsFollowing && mRun.size() > 1
                             ? mRun.back().mCycles - mRun[mRun.size() - 2].mCycles
-                            : mTurn + mBend;
+                            : mTurn + mTurnChange;
     constexpr double kSame = 1e-4;
     return std::abs(turn - kHalfCycle) < kSame
                ? kLineCycles
@@ -105,17 +105,17 @@ double PhaseClock::windowFrequency() const
 /** @return false where a fault begins */
 bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
 {
-    const double expected = mCycles + mTurn + mBend;
+    const double expected = mCycles + mTurn + mTurnChange;
     const double difference = wrappedCycles(phasor.mCycles - expected);
     const double growth = phasor.mAmplitude - mAmplitude;
-    const bool isEven = std::abs(difference) <= kMaxBend &&
+    const bool isEven = std::abs(difference) <= kMaxTurnChangeCycles &&
                         std::abs(growth - mGrowth) <= kMaxGrowthChange * mAmplitude;
     if (!isEven || phasor.mAmplitude < kMinAmplitude * mAmplitude) {
         lose();
         return false;
     }
-    const double turn = mTurn + mBend + difference;
-    mBend = turn - mTurn;
+    const double turn = mTurn + mTurnChange + difference;
+    mTurnChange = turn - mTurn;
     mTurn = turn;
     mCycles += turn;
     mAmplitude = phasor.mAmplitude;
@@ -162,7 +162,7 @@ void PhaseClock::lose()
 {
     mIsFollowing = false;
     mRun.clear();
-    mBend = 0.0;
+    mTurnChange = 0.0;
     const size_t count = std::min(kWithdrawn, mPoints.size() - mTaken);
     const size_t last = mPoints.size() - 1 - count;
     if (!mIsOnLines && last >= kFrequencyHops) {
@@ -214,10 +214,10 @@ void PhaseClock::extendRun(const SequenceSamples::Phasor& phasor)
         mRun.push_back({mNextHop, phasor.mCycles, phasor.mAmplitude});
         return;
     }
-    const Sighting& last = mRun.back();
+    const HopMeasurement& last = mRun.back();
     const double difference = wrappedCycles(phasor.mCycles - last.mCycles - expectedTurn);
     const double ratio = phasor.mAmplitude / last.mAmplitude;
-    const bool isEven = mRun.size() < 2 || std::abs(difference) <= kMaxBend;
+    const bool isEven = mRun.size() < 2 || std::abs(difference) <= kMaxTurnChangeCycles;
     const double turn = expectedTurn + difference;
     if (!isEven || ratio < kMinAmplitude || ratio * kMinAmplitude > 1.0 || turn < kMinTurn ||
         turn > kMaxTurn) {
@@ -237,7 +237,7 @@ bool PhaseClock::isOnLineTurn(double turn) const
 void PhaseClock::resume()
 {
     refineRun();
-    const Sighting& last = mRun.back();
+    const HopMeasurement& last = mRun.back();
     const double turn =
         (last.mCycles - mRun.front().mCycles) / static_cast<double>(mRun.size() - 1);
     mIsOnLines = mIsOnLines && isOnLineTurn(turn);
@@ -247,7 +247,7 @@ void PhaseClock::resume()
     mIsFollowing = true;
     mHasBegun = true;
     mTurn = last.mCycles - mRun[mRun.size() - 2].mCycles;
-    mBend = 0.0;
+    mTurnChange = 0.0;
     mCycles = last.mCycles;
     mAmplitude = last.mAmplitude;
     mGrowth = last.mAmplitude - mRun[mRun.size() - 2].mAmplitude;
@@ -274,14 +274,14 @@ void PhaseClock::refineRun()
 }
 
 /** With the frequency between two points. */
-void PhaseClock::refine(size_t index, const Sighting& before, const Sighting& after)
+void PhaseClock::refine(size_t index, const HopMeasurement& before, const HopMeasurement& after)
 {
     const double frequency = (after.mCycles - before.mCycles) /
                              static_cast<double>((after.mHop - before.mHop) * kHopLines);
-    Sighting& sighting = mRun[index];
-    if (mSamples.covers(sighting.mHop * kHopLines, frequency)) {
-        const auto phasor = mSamples.measure(mReference, sighting.mHop * kHopLines, frequency);
-        sighting.mCycles += wrappedCycles(phasor.mCycles - sighting.mCycles);
+    HopMeasurement& measurement = mRun[index];
+    if (mSamples.covers(measurement.mHop * kHopLines, frequency)) {
+        const auto phasor = mSamples.measure(mReference, measurement.mHop * kHopLines, frequency);
+        measurement.mCycles += wrappedCycles(phasor.mCycles - measurement.mCycles);
     }
 }
 

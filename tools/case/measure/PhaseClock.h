@@ -47,7 +47,7 @@ public:
 
 private:
     /** A measurement, in a row of even ones. */
-    struct Sighting
+    struct HopMeasurement
     {
         size_t mHop;
         double mCycles; ///< rises from one to the next
@@ -61,7 +61,7 @@ private:
     void extendRun(const SequenceSamples::Phasor& phasor);
     void resume();
     void refineRun();
-    void refine(size_t index, const Sighting& before, const Sighting& after);
+    void refine(size_t index, const HopMeasurement& before, const HopMeasurement& after);
     void begin();
     void pushExtrapolated();
     void pushMeasured(double turn);
@@ -79,12 +79,12 @@ private:
     bool mIsFollowing = false;
     bool mIsOnLines = true;
     bool mIsFinished = false;
-    double mTurn;         ///< last one, or that of the extrapolation
-    double mBend = 0.0;   ///< change of the last turn
-    double mCycles = 0.0; ///< last that was measured
+    double mTurn;             ///< last one, or that of the extrapolation
+    double mTurnChange = 0.0; ///< in the last hop
+    double mCycles = 0.0;     ///< last that was measured
     double mAmplitude = 0.0;
     double mGrowth = 0.0; ///< of the amplitude, in the last hop
-    std::vector<Sighting> mRun;
+    std::vector<HopMeasurement> mRun;
     std::deque<double> mDrift; ///< of the phase against the lines, the last hops
     size_t mDrifting = 0;      ///< hops in a row with too much of it
 };

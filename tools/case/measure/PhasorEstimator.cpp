@@ -12,7 +12,7 @@ constexpr size_t kVoltages = 0;
 constexpr size_t kCurrents = 3;
 
 /** Beyond the frequency at which the window has half its gain nothing is corrected. */
-constexpr double kLeastGain = 0.5;
+constexpr double kMinGain = 0.5;
 
 constexpr int kMaxPasses = 5;
 constexpr double kSameDeviation = 1e-6; ///< rad/s
@@ -55,8 +55,8 @@ private:
 };
 } // namespace
 
-PhasorEstimator::PhasorEstimator(PhasorWindow window, double nominalHz, Least least)
-    : mWindow(std::move(window)), mNominalHz(nominalHz), mLeast(least)
+PhasorEstimator::PhasorEstimator(PhasorWindow window, double nominalHz, MinSequences minSequences)
+    : mWindow(std::move(window)), mNominalHz(nominalHz), mMinSequences(minSequences)
 {
 }
 
@@ -146,16 +146,16 @@ bool PhasorEstimator::setGains(double deviation)
         mCentres[c].mGain = gains[c] * back;
         mCentres[c].mImage = images[c] * std::conj(back);
     }
-    return std::abs(mCentres[kMiddle].mGain) >= kLeastGain * mTotal;
+    return std::abs(mCentres[kMiddle].mGain) >= kMinGain * mTotal;
 }
 
 /** The first phase of the system whose frequency counts, where one has a positive sequence. */
 std::optional<size_t> PhasorEstimator::firstOfReference() const
 {
-    if (std::abs(positiveAt(mCentres[kMiddle], kVoltages)) > mLeast.mVolts) {
+    if (std::abs(positiveAt(mCentres[kMiddle], kVoltages)) > mMinSequences.mVolts) {
         return kVoltages;
     }
-    if (std::abs(positiveAt(mCentres[kMiddle], kCurrents)) > mLeast.mAmperes) {
+    if (std::abs(positiveAt(mCentres[kMiddle], kCurrents)) > mMinSequences.mAmperes) {
         return kCurrents;
     }
     return std::nullopt;

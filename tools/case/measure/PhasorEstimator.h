@@ -38,14 +38,15 @@ struct PhasorFrame
 class PhasorEstimator
 {
 public:
-    /** The least positive sequences of voltages and currents, in V and A, that have a frequency. */
-    struct Least
+    /** The positive sequences of voltages and currents, in V and A, below which there is no
+     * frequency. */
+    struct MinSequences
     {
         double mVolts;
         double mAmperes;
     };
 
-    PhasorEstimator(PhasorWindow window, double nominalHz, Least least);
+    PhasorEstimator(PhasorWindow window, double nominalHz, MinSequences minSequences);
 
     /** s before and after an instant that must be covered by groups. */
     double reach() const { return mWindow.halfWidth() + mWindow.step(); }
@@ -77,7 +78,7 @@ private:
 
     PhasorWindow mWindow;
     double mNominalHz;
-    Least mLeast;
+    MinSequences mMinSequences;
 
     /** Of the present frame. */
     std::array<Centre, kCentreCount> mCentres;

@@ -11,8 +11,8 @@ namespace {
 constexpr qint64 kNsInSecond = 1'000'000'000;
 
 /** Of the nominal value. */
-constexpr double kLeastWithAngle = 1e-4;
-constexpr double kLeastWithFrequency = 0.05;
+constexpr double kMinWithAngle = 1e-4;
+constexpr double kMinWithFrequency = 0.05;
 
 constexpr std::array<Channel, kPhasorCount> kPhasorChannels{Channel::UA, Channel::UB, Channel::UC,
                                                             Channel::IA, Channel::IB, Channel::IC};
@@ -41,7 +41,7 @@ public:
         const double nominal =
             isVoltage(channel) ? mSettings.mNominalVolts : mSettings.mNominalAmperes;
         add(magnitude, channel, std::abs(phasor));
-        if (std::abs(phasor) > kLeastWithAngle * nominal) {
+        if (std::abs(phasor) > kMinWithAngle * nominal) {
             add(angle, channel, std::arg(phasor) / base::kRadiansPerDegree);
         }
     }
@@ -59,8 +59,8 @@ PhasorMeter::PhasorMeter(const MeterSettings& settings, PhasorClass phasorClass,
       mRate(framesPerSecond),
       mDemodulator(settings.mBeginUtcNs, settings.mNominalHz),
       mEstimator({phasorClass, framesPerSecond, settings.mNominalHz}, settings.mNominalHz,
-                 {kLeastWithFrequency * settings.mNominalVolts,
-                  kLeastWithFrequency * settings.mNominalAmperes}),
+                 {kMinWithFrequency * settings.mNominalVolts,
+                  kMinWithFrequency * settings.mNominalAmperes}),
       mNextFrame(firstFrameFrom(mEstimator.reach()))
 {
 }

@@ -62,24 +62,24 @@ RapidChanges::RapidChanges(const EventSettings& settings)
     mVoltages.assign(kEventChannelCount, SteadyVoltage(halfPeriodsInSecond, threshold));
 }
 
-void RapidChanges::add(const HalfPeriodValues& values, bool isSpoiled, MeasurementOutput& output)
+void RapidChanges::add(const HalfPeriodValues& values, bool isExcluded, MeasurementOutput& output)
 {
     const auto channel = static_cast<size_t>(values.mChannel);
     SteadyVoltage& voltage = mVoltages[channel];
     const bool wasChanging = voltage.changingSince().has_value();
     const auto change = voltage.add(values);
     const auto begin = voltage.changingSince();
-    mSpoiled.set(channel, (wasChanging && mSpoiled.test(channel)) || isSpoiled);
+    mExcluded.set(channel, (wasChanging && mExcluded.test(channel)) || isExcluded);
     if (begin && !mSystem) {
         mSystem = SteadyVoltage::Change{*begin, *begin, 0.0, 0.0};
-        mIsSystemSpoiled = false;
+        mIsSystemExcluded = false;
     }
     if (begin || change) {
-        mIsSystemSpoiled = mIsSystemSpoiled || mSpoiled.test(channel);
+        mIsSystemExcluded = mIsSystemExcluded || mExcluded.test(channel);
     }
     if (change) {
         takeIntoSystem(*change);
-        if (!mSpoiled.test(channel)) {
+        if (!mExcluded.test(channel)) {
             mQueue.add({values.mChannel, change->mBeginUtcNs, change->mEndUtcNs, change->mLargest,
                         change->mSteadyChange});
         }
@@ -106,7 +106,7 @@ void RapidChanges::takeIntoSystem(const SteadyVoltage::Change& change)
     if (goesOn) {
         return;
     }
-    if (!mIsSystemSpoiled) {
+    if (!mIsSystemExcluded) {
         mQueue.add({Channel::U, mSystem->mBeginUtcNs, mSystem->mEndUtcNs, mSystem->mLargest,
                     mSystem->mSteadyChange});
     }

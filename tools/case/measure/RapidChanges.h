@@ -60,8 +60,8 @@ class RapidChanges
 public:
     explicit RapidChanges(const EventSettings& settings);
 
-    /** @param isSpoiled the voltage is in a dip or swell, or not in service */
-    void add(const HalfPeriodValues& values, bool isSpoiled, MeasurementOutput& output);
+    /** @param isExcluded the voltage is in a dip or swell, or not in service */
+    void add(const HalfPeriodValues& values, bool isExcluded, MeasurementOutput& output);
 
     /** The signal is over: what goes on is not known to be a rapid change. */
     void finish(MeasurementOutput& output);
@@ -71,12 +71,12 @@ private:
     qint64 firstOpen() const;
 
     std::vector<SteadyVoltage> mVoltages;
-    EventChannels mSpoiled; ///< voltages whose change is none
+    EventChannels mExcluded; ///< voltages whose change is no rapid change
     EventQueue mQueue;
 
     /** Of the three together: since one is not steady, until all are. */
     std::optional<SteadyVoltage::Change> mSystem;
-    bool mIsSystemSpoiled = false;
+    bool mIsSystemExcluded = false;
 };
 
 } // namespace measure

@@ -8,7 +8,7 @@
 
 namespace measure {
 
-/** The latest samples of all channels with their times; older ones are given up. */
+/** The latest samples of all channels with their times; older ones are dropped. */
 class SampleHistory
 {
 public:
@@ -53,11 +53,11 @@ public:
         }
     }
 
-    /** Gives up the samples before it, once they are worth it. */
+    /** Drops the samples before it, once there are enough of them. */
     void dropBefore(size_t index)
     {
-        constexpr size_t kWorthIt = 8192;
-        if (index < mFirst + kWorthIt) {
+        constexpr size_t kMinDropped = 8192;
+        if (index < mFirst + kMinDropped) {
             return;
         }
         const auto count = static_cast<std::ptrdiff_t>(index - mFirst);

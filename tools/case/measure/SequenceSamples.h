@@ -40,7 +40,7 @@ public:
 
     void append(const waveform::SignalBlock& block);
 
-    /** Gives up the lines before it. */
+    /** Drops the lines before it. */
     void dropBefore(size_t line);
 
     size_t end() const { return mFirst + mSequences[0].mReal.size(); }
