@@ -109,11 +109,11 @@ void DeviceNight::sendCommand()
     const QByteArray line = mRequest.line();
     mCourse.chronicle().write(
         journal::CommandSent{*mCourse.chronicle().play(), line.trimmed().toStdString()});
-    const std::string problem = mDevice.send(line.toStdString());
-    if (problem.empty()) {
+    const std::string refusal = mDevice.send(line.toStdString());
+    if (refusal.empty()) {
         enter(State::Commanded);
     } else {
-        fail("notSent", problem);
+        fail("notSent", refusal);
     }
 }
 

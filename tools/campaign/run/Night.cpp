@@ -276,9 +276,9 @@ std::string Night::keepSamples(const judge::Found& found)
         return "";
     }
     constexpr size_t kPeriod = kSamplesPerPeriod;
-    const size_t begin = found.mRecord - std::min(found.mRecord, kPeriod);
+    const size_t first = found.mRecord - std::min(found.mRecord, kPeriod);
     const size_t end = found.mRecord + std::min(found.mCount, kMaxKeptWrong) + kPeriod;
-    const std::vector<SampleRecord> samples = mJudge->samples().part(begin, end);
+    const std::vector<SampleRecord> samples = mJudge->samples().part(first, end);
     if (samples.empty()) {
         return "";
     }

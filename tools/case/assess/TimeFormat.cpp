@@ -177,9 +177,9 @@ std::optional<qint64> TimeParser::time() const
         return std::nullopt;
     }
     const qint64 day = mDayOfYear > 0 ? daysToMonth(mYear, 1) + mDayOfYear - 1 : month + mDay - 1;
-    const qint64 seconds = day * kSecondsPerDay +
-                           kSecondsPerMinute * (60 * qint64{mHour} + mMinute) + mSecond -
-                           mZoneSeconds;
+    const qint64 minutes = qint64{mHour} * 60 + mMinute;
+    const qint64 seconds =
+        day * kSecondsPerDay + minutes * kSecondsPerMinute + mSecond - mZoneSeconds;
     if (seconds < 0 || seconds >= kEndSeconds) {
         return std::nullopt;
     }

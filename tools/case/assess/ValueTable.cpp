@@ -21,9 +21,9 @@ const Series* ValueTable::find(const SeriesKey& key) const
 void ValueTable::sort()
 {
     const auto isEarlier = [](const Sample& a, const Sample& b) { return a.mUtcNs < b.mUtcNs; };
-    for (auto& [key, series] : mSeries) {
-        if (series.mOutOfOrder > 0) {
-            std::stable_sort(series.mSamples.begin(), series.mSamples.end(), isEarlier);
+    for (auto& [key, sorted] : mSeries) {
+        if (sorted.mOutOfOrder > 0) {
+            std::stable_sort(sorted.mSamples.begin(), sorted.mSamples.end(), isEarlier);
         }
     }
 }

@@ -342,10 +342,10 @@ void addStateOptions(CLI::App& command, GenerateOptions& options)
 void addSignalOptions(CLI::App& command, GenerateOptions& options)
 {
     command.add_option("--signal", options.mSignal, "A signal with a name")->type_name("NAME");
-    CLI::Option& set =
+    CLI::Option& settings =
         *command.add_option("--set", options.mSettings, "Changes the signal; repeatable");
-    set.type_name("PARAMETER=NUMBER")->needs("--signal");
-    takeOneValueEach(set);
+    settings.type_name("PARAMETER=NUMBER")->needs("--signal");
+    takeOneValueEach(settings);
     command.add_flag("--list", options.mIsList, "Lists the signals and ends");
     command.add_option("--truth", options.mTruth, "Writes what is in the samples, as JSON")
         ->type_name("FILE");

@@ -133,7 +133,7 @@ std::vector<Quantity> makeQuantities()
 
 const char* suffixOf(Interval interval)
 {
-    return kIntervalSuffixes[static_cast<size_t>(interval)];
+    return kIntervalSuffixes.at(static_cast<size_t>(interval));
 }
 
 bool endsWith(std::string_view text, std::string_view ending)
@@ -163,7 +163,7 @@ std::optional<RowKind> findBasicKind(std::string_view name)
 
 const char* nameOf(Channel channel)
 {
-    return kChannelNames[static_cast<size_t>(channel)];
+    return kChannelNames.at(static_cast<size_t>(channel));
 }
 
 const std::vector<Quantity>& quantities()

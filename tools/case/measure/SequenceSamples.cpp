@@ -32,10 +32,13 @@ void SequenceSamples::append(const waveform::SignalBlock& block)
     const double sine = std::sin(base::kTwoPi / 3.0);
     for (size_t system = 0; system < mSequences.size(); ++system) {
         Sequence& sequence = mSequences[system];
-        const auto* const columns = &block.mValues[system * kFirstCurrentChannel];
+        const size_t first = system * kFirstCurrentChannel;
+        const std::vector<double>& a = block.mValues[first];
+        const std::vector<double>& b = block.mValues[first + 1];
+        const std::vector<double>& c = block.mValues[first + 2];
         for (size_t i = 0; i < block.size(); ++i) {
-            sequence.mReal.push_back(columns[0][i] - 0.5 * (columns[1][i] + columns[2][i]));
-            sequence.mImaginary.push_back(sine * (columns[1][i] - columns[2][i]));
+            sequence.mReal.push_back(a[i] - 0.5 * (b[i] + c[i]));
+            sequence.mImaginary.push_back(sine * (b[i] - c[i]));
         }
     }
 }

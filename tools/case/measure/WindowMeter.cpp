@@ -35,11 +35,11 @@ WindowValues WindowMeter::measure(const SampleHistory& samples, size_t first)
 {
     WindowValues values;
     std::array<Line, kChannelCount> fundamentals{};
-    const auto length = static_cast<double>(mLength);
+    const auto samplesInWindow = static_cast<double>(mLength);
     for (size_t channel = 0; channel < kChannelCount; ++channel) {
         if (mChannels.test(channel)) {
             const double* const column = samples.valuesFrom(channel, first);
-            values.mChannels[channel].mRms = base::sumOfSquares(column, mLength) / length;
+            values.mChannels[channel].mRms = base::sumOfSquares(column, mLength) / samplesInWindow;
             addSpectrum(column, &values.mChannels[channel], &fundamentals[channel]);
         }
     }
@@ -50,7 +50,7 @@ WindowValues WindowMeter::measure(const SampleHistory& samples, size_t first)
         values.mPower[phase] = {
             base::dotProduct(samples.valuesFrom(phase, first), samples.valuesFrom(current, first),
                              mLength) /
-                length,
+                samplesInWindow,
             complexPower.imag(),
             std::sqrt(values.mChannels[phase].mRms * values.mChannels[current].mRms)};
     }
@@ -66,8 +66,8 @@ double WindowMeter::power(size_t firstLine, size_t lastLine) const
     for (size_t line = firstLine; line <= lastLine; ++line) {
         sum += std::norm(mSpectrum[line]);
     }
-    const auto length = static_cast<double>(mLength);
-    return 2.0 * sum / (length * length);
+    const auto samplesInWindow = static_cast<double>(mLength);
+    return 2.0 * sum / (samplesInWindow * samplesInWindow);
 }
 
 void WindowMeter::addSpectrum(const double* values, ChannelSquares* squares, Line* fundamental)
