@@ -350,3 +350,25 @@ TEST_F(MeasureCommandTest, MeasuresARecordingOfOthers)
     const size_t frequency = result.mOutput.find(",frequency,,");
     EXPECT_NEAR(std::stod(result.mOutput.substr(frequency + 12)), 49.97, 1e-4);
 }
+
+/** A table that is empty, or not true in a part, is not written without a word. */
+TEST_F(MeasureCommandTest, SaysWhatTheSignalDoesNotHave)
+{
+    ASSERT_EQ(run("generate --signal steady-50hz -o period.csv").mExitCode, 0);
+    const CommandResult period = run("measure period.csv --quantities rms-half,rms,flicker");
+    EXPECT_EQ(period.mExitCode, 0) << period;
+    EXPECT_NE(period.mErrors.find("no rows of rms, flicker: the signal is too short"),
+              std::string::npos)
+        << period.mErrors;
+
+    std::string text = "t [s],UA [V]\n";
+    for (int i = 0; i < 6400; ++i) {
+        text += i < 3200 || i >= 3840 ? std::to_string(i / 6400.0) + ",1\n" : "";
+    }
+    mRunner.writeFile("gap.csv", text);
+    const CommandResult gap = run("measure gap.csv --quantities rms");
+    EXPECT_NE(gap.mErrors.find("samples are missing, 1 times, the first for 0.100156 s after "
+                               "0.499844 s"),
+              std::string::npos)
+        << gap.mErrors;
+}

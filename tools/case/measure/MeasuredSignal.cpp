@@ -111,6 +111,9 @@ bool MeasuredSignal::read(waveform::SignalBlock& block)
     } else if (!mSource->read(block)) {
         return false;
     }
+    if (description().mFormat == "recording of the driver") {
+        mGaps.add(block.mSeconds);
+    }
     scale(block);
     return true;
 }
@@ -144,6 +147,10 @@ std::vector<std::string> MeasuredSignal::remarks() const
             fmt::format("its rate changes or samples are missing, {} times: values "
                         "between are interpolated",
                         mRecording->breaks()));
+    }
+    const std::string gaps = (mRecording ? mRecording->gaps() : mGaps).remark();
+    if (!gaps.empty()) {
+        remarks.push_back(gaps);
     }
     return remarks;
 }

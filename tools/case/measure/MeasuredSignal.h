@@ -9,6 +9,7 @@
 
 #include "importing/ChannelMap.h"
 #include "measure/RecordingLines.h"
+#include "measure/SampleGaps.h"
 #include "waveform/SignalSource.h"
 
 namespace measure {
@@ -65,6 +66,7 @@ private:
     std::bitset<kChannelCount> mChannels;
     std::array<double, kChannelCount> mLastValues{};
     size_t mMissing = 0;
+    SampleGaps mGaps; ///< of a driver's recording
     qint64 mBeginUtcNs = 0;
     std::vector<std::string> mRemarks;
     double mNominalHz = 0.0;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cmath>
 
 #include "base/CaseError.h"
@@ -90,6 +91,39 @@ std::optional<ClosedForm> readTruth(const MeasureOptions& options, const MeterSe
                      settings);
 }
 
+/** Passes rows on and remembers their groups. */
+class GroupWatch : public MeasurementOutput
+{
+public:
+    explicit GroupWatch(MeasurementOutput& output) : mOutput(output) {}
+
+    void add(const Measurement& value) override
+    {
+        mHasRows.set(static_cast<size_t>(value.mKind.mId));
+        mOutput.add(value);
+    }
+
+    /** What is selected and has no row. No event is a result as well. */
+    std::vector<std::string> emptyGroups(const Selection& selection) const
+    {
+        std::vector<std::string> empty;
+        for (const std::string& group : quantityGroups()) {
+            const auto& all = quantities();
+            const bool hasRow = std::any_of(all.begin(), all.end(), [&](const Quantity& quantity) {
+                return quantity.mGroup == group && mHasRows.test(static_cast<size_t>(quantity.mId));
+            });
+            if (selection.has(group) && !hasRow && group != "events") {
+                empty.push_back(group);
+            }
+        }
+        return empty;
+    }
+
+private:
+    MeasurementOutput& mOutput;
+    std::bitset<static_cast<size_t>(QuantityId::Rocof) + 1> mHasRows;
+};
+
 /** @throws CaseError where the truth is that of another signal */
 void expectLines(const std::optional<ClosedForm>& closedForm, size_t lines,
                  const MeasureOptions& options)
@@ -114,7 +148,8 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     if (closedForm) {
         known.emplace(*closedForm, *writer);
     }
-    OrderedOutput rows(known ? static_cast<MeasurementOutput&>(*known) : *writer);
+    GroupWatch watch(known ? static_cast<MeasurementOutput&>(*known) : *writer);
+    OrderedOutput rows(watch);
     const Meters meters = makeMeters(options, selection, settings);
     base::ProgressLine progress("measuring");
     size_t lines = 0;
@@ -132,7 +167,14 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     expectLines(closedForm, lines, options);
     rows.flush();
     writer->finish();
-    return signal.remarks();
+    std::vector<std::string> remarks = signal.remarks();
+    const auto empty = watch.emptyGroups(selection);
+    if (!empty.empty()) {
+        remarks.push_back(fmt::format(
+            "no rows of {}: the signal is too short for it, or has no steady fundamental",
+            fmt::join(empty, ", ")));
+    }
+    return remarks;
 }
 
 } // namespace measure

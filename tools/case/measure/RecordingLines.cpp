@@ -49,6 +49,7 @@ bool RecordingLines::collect()
 {
     while (!mIsAtEnd && mSeconds.size() < kPartSamples) {
         mIsAtEnd = !mSource.read(mRead);
+        mGaps.add(mRead.mSeconds);
         mSeconds.insert(mSeconds.end(), mRead.mSeconds.begin(), mRead.mSeconds.end());
         for (size_t column = 0; column < mSources.size() && !mIsAtEnd; ++column) {
             const std::vector<double>& values = mRead.mValues[mSources[column]];

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "importing/ChannelMap.h"
+#include "measure/SampleGaps.h"
 #include "resampling/Interpolator.h"
 #include "waveform/SignalSource.h"
 
@@ -30,6 +31,7 @@ public:
 
     /** How often the rate changed or samples were missing. */
     size_t breaks() const { return mBreaks; }
+    const SampleGaps& gaps() const { return mGaps; }
 
 private:
     /** What a channel gets from one of the source. */
@@ -63,6 +65,7 @@ private:
     double mMaxHertz = 0.0;
     bool mIsAtEnd = false; ///< of the source
     size_t mBreaks = 0;
+    SampleGaps mGaps;
 };
 
 } // namespace measure
