@@ -88,11 +88,11 @@ void PlayJudge::endPlay(Played::Ending ending, size_t index)
     mHasBegun = false;
 }
 
-/** Whether the steady signal was played once after a part of the case. */
+/** Whether the steady signal was played once after a part of the case, not only before it. */
 bool PlayJudge::isBackToSteady() const
 {
     const std::optional<explain::PlayedSegment>& last = mJudge.playedLast();
-    return mHasBegun && last && contains(last->mConfigurations, 0) &&
+    return mHasBegun && mPlayed.mSamples > 0 && last && contains(last->mConfigurations, 0) &&
            !contains(last->mConfigurations, mExpected->mConfiguration);
 }
 
