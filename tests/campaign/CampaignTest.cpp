@@ -2,6 +2,7 @@
 
 #include "CommandRunner.h"
 
+using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {
@@ -12,13 +13,17 @@ class CampaignTest : public testing::Test
 protected:
     CommandResult runExample(const Words& options) const
     {
+        return runPlan(VX_EXAMPLES "/night.toml", options);
+    }
+
+    CommandResult runPlan(const std::string& plan, const Words& options) const
+    {
         const auto folderOf = [](const std::string& program) {
             return program.substr(0, program.rfind('/'));
         };
         const std::string path =
             "PATH=" + folderOf(VX_SANDBOX) + ':' + folderOf(VX_SIMULATOR) + ":/usr/bin:/bin";
-        return mRunner.run(joined(
-            {"env", path, VX_CAMPAIGN, "run", VX_EXAMPLES "/night.toml", "-o", "night"}, options));
+        return mRunner.run(joined({"env", path, VX_CAMPAIGN, "run", plan, "-o", "night"}, options));
     }
 
     CommandRunner mRunner;
@@ -45,6 +50,31 @@ TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)
     EXPECT_THAT(table, HasSubstr("\nharmonics,1,1,failed,"));
     EXPECT_THAT(table, HasSubstr("\nunbalance-negative,1,2,passed,"));
     EXPECT_THAT(mRunner.readFile("night/junit.xml"), HasSubstr("<failure "));
+}
+
+/** What is expected of a play is measured, and good when it is what a device measured. */
+TEST_F(CampaignTest, MeasuredValuesAreJudged)
+{
+    mRunner.writeFile("dip.toml",
+                      "gap = 0.5\n[[case]]\nname = \"dip\"\nsignal = \"dip-70-25-50hz\"\n"
+                      "expect = [\"rms-half\", \"events\"]\n");
+    const CommandResult run = runPlan("dip.toml", {});
+    ASSERT_EQ(run.mExitCode, 0) << run;
+    EXPECT_EQ(mRunner.readFile("night/expected/dip-0.bin"), "");
+    EXPECT_THAT(mRunner.readFile("night/expected/dip-0.csv"),
+                AllOf(HasSubstr(",dip-residual,U,161"), HasSubstr(",dip-duration,U,0.5")));
+    const auto judge = [this](const std::string& measured) {
+        return mRunner.run({VX_CAMPAIGN, "judge", "night", measured, "--limits", "pq-a"});
+    };
+    const CommandResult good = judge("night/expected/dip-0.csv");
+    EXPECT_EQ(good.mExitCode, 0) << good;
+    EXPECT_THAT(good.mOutput, HasSubstr("\ndip  good: 1 play within the limits\n"));
+    mRunner.writeFile("nothing.csv", "utc,quantity,channel,value,unit,origin\n");
+    EXPECT_EQ(judge("nothing.csv").mExitCode, 1);
+    EXPECT_THAT(mRunner.readFile("night/junit.xml"), HasSubstr("type=\"NOT OBSERVED\""));
+    const CommandResult unsafe = judge("night/cases.csv");
+    EXPECT_EQ(unsafe.mExitCode, 2) << unsafe;
+    EXPECT_THAT(unsafe.mErrors, HasSubstr("would overwrite the measured values"));
 }
 
 /** A table of the user's that has the name of one of ours. */

@@ -26,6 +26,7 @@ NightBegin wholeNight()
     night.mCases = {{"dip", 1, "stage/dip.csv", 7200, 2, 400'000'000, 10, "signal dip", {"rms"}}};
     night.mOrder = {0, 0};
     night.mEnvironment = {{"host", "desk"}};
+    night.mMeasuring = {100.0, 10.0, 63.5, 1.0, 60.0};
     return night;
 }
 

@@ -8,6 +8,7 @@
 #include "SeededRandom.h"
 #include "SimulatedDesk.h"
 #include "run/DeviceNight.h"
+#include "waveform/RecordStamp.h"
 
 using journal::NightEnd;
 using journal::PlayEnd;
@@ -180,6 +181,39 @@ TEST_F(NightTest, NoCleanNightFails)
             << "round " << round << '\n'
             << textOf(journal);
         ASSERT_TRUE(playsFoundWrong(journal).empty());
+    }
+}
+
+/** A play that fails is not; around the others there is nothing but the steady signal. */
+TEST_F(NightTest, APlayIsRecordedWithTheSteadySignalAroundIt)
+{
+    SimulatedNight night = sixPlays();
+    night.mBegin.mCases[1].mExpected = {"rms"};
+    night.mBegin.mOrder = {1, 0, 1, 1, 2};
+    SimulatedDesk desk(night.mCases);
+    bool isChanged = false;
+    desk.mFault = [&](Block* block) {
+        if (block->mConfiguration == 2 && desk.playsEnded() == 2 && !isChanged) {
+            block->mRecords.back().mValues[3] ^= 1;
+            isChanged = true;
+        }
+    };
+    MemoryJournal journal;
+    playNight(night, desk, journal);
+    ASSERT_EQ(verdictsOf(journal), "ppfpp done") << textOf(journal);
+    const std::vector<PlayEnd> ends = journal.all<PlayEnd>();
+    ASSERT_EQ(desk.mRecordings.size(), 2U);
+    for (const size_t play : {size_t{0}, size_t{3}}) {
+        const auto& records =
+            desk.mRecordings.at(expectedName(night.mBegin.mCases[1], static_cast<int>(play)));
+        const qint64 fromNs = waveform::stampNsOf(records.front());
+        const qint64 toNs = waveform::stampNsOf(records.back());
+        EXPECT_EQ((toNs - fromNs) / SimulatedNight::kStepNs + 1,
+                  static_cast<qint64>(records.size()));
+        EXPECT_GE(ends[play].mFirstStampNs - fromNs, night.mBegin.mGapNs);
+        EXPECT_GT(fromNs, play == 0 ? 0 : ends[play - 1].mLastStampNs);
+        EXPECT_GE(toNs - ends[play].mLastStampNs, night.mBegin.mGapNs);
+        EXPECT_LT(toNs, ends[play + 1].mFirstStampNs);
     }
 }
 

@@ -36,6 +36,8 @@ std::vector<std::string> namesOf(const std::vector<Case>& cases)
 constexpr char kWholePlan[] = R"(name = "all kinds"
 gap = 0.5
 steady = { signal = "steady-60hz", set = { seconds = 0.1 } }
+scale = [100, 10]
+nominal = [63.5, 1, 60]
 [[case]]
 name = "dip1"
 signal = "dip-70-25-50hz"
@@ -72,6 +74,9 @@ TEST(PlanTest, EveryKindOfSourceIsRead)
     EXPECT_EQ(plan.mGapNs, 500'000'000);
     EXPECT_EQ(plan.mSteady.mText, "signal steady-60hz, seconds=0.1");
     EXPECT_EQ(plan.playCount(), 13);
+    EXPECT_EQ(plan.mMeasuring.mCountsPerAmpere, 10.0);
+    EXPECT_EQ(plan.mMeasuring.mNominalVolts, 63.5);
+    EXPECT_EQ(plan.mMeasuring.mNominalHz, 60.0);
     EXPECT_THAT(namesOf(plan.mCases), ElementsAre("dip1", "fault", "evolving", "mine"));
 
     const Case& dip = plan.mCases[0];
@@ -175,6 +180,14 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
         {caseWith("seconds = inf"), "3:11: seconds: expected a number above 0 and at most 604800"},
         {caseWith("expect = \"rms\""),
          "3:10: expect: expected a list of names such as [\"dip\", \"swell\"]"},
+        {caseWith("expect = [\"thd\", \"phasor\"]"),
+         "3:18: expect: 'phasor': no such quantity; the nearest is phasors"},
+        {"scale = [1, 0]\n" + caseWith(""),
+         "1:13: scale: expected a number above 0 and at most 1000000000"},
+        {"nominal = [230, 5]\n" + caseWith(""),
+         "1:11: nominal: expected volts, amperes and 50 or 60 Hz such as [230, 5, 50]"},
+        {"nominal = [230, 5, 55]\n" + caseWith(""),
+         "1:11: nominal: expected volts, amperes and 50 or 60 Hz such as [230, 5, 50]"},
         {caseWith("expect = [\"rms\", \"rms\"]"), "3:18: expect: 'rms' is listed twice"},
         {caseWith("name = \"../a\""), "3:8: name: " + name},
         {caseWith("name = \"" + std::string(61, 'a') + '"'), "3:8: name: " + name},

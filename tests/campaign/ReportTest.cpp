@@ -363,17 +363,21 @@ TEST(ReportTest, WhatWasMeasuredCountsAsWell)
 {
     NightSummary night =
         Steps().play(0, kPassed).play(1, kPassed).play(2, kPassed).over(kDone).summary();
-    night.mCases[0].mAssessments = {{"rms-half UA", "within", "0.02 % of 0.1 %", true}};
+    std::vector<Assessment>& values = night.mCases[0].mAssessment.mValues;
+    night.mCases[0].mAssessment.mVerdict = "good";
+    values = {{"rms-half UA", "within", "0.02 % of 0.1 %", Grade::Good},
+              {"u2 U", "no limit", "", Grade::NotJudged}};
     EXPECT_EQ(statusOf(night), 0);
-    night.mCases[0].mAssessments.push_back({"phasor UA", "BEYOND", "1.2 % > 1 %", false});
+    values.push_back({"phasor UA", "BEYOND", "1.2 % > 1 %", Grade::Bad});
     EXPECT_EQ(statusOf(night), 1);
-    EXPECT_EQ(verdictText(night), "Failed: 1 assessment not good");
+    EXPECT_EQ(verdictText(night), "Failed: 1 measured result not good");
     Pictures pictures;
     pictures.mCases.resize(night.mCases.size());
     EXPECT_NE(htmlPage(night, pictures).find("1.2 % &gt; 1 %"), std::string::npos);
     pugi::xml_document junit;
     ASSERT_TRUE(junit.load_string(junitFile(night).c_str()));
     expectCount(junit, "failure", "failures", 1);
+    expectCount(junit, "skipped", "skipped", 1);
 }
 
 TEST(ReportTest, WhatCannotBeANightIsRefused)

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <random>
@@ -77,6 +78,19 @@ public:
     void kill() override { mIsAsked = true; }
     std::string keep(const std::string& name, const std::vector<SampleRecord>& records) override;
 
+    void record(const std::string& name, const SampleRecord* records, size_t count) override
+    {
+        std::vector<SampleRecord>& recording = mRecordings[name];
+        recording.insert(recording.end(), records, records + count);
+    }
+
+    void endRecording(const std::string& name, bool isWanted) override
+    {
+        if (!isWanted) {
+            mRecordings.erase(name);
+        }
+    }
+
     /** Commands of somebody else. */
     void sendForeign(const std::string& command) { mFifo.push_back(command); }
 
@@ -88,6 +102,7 @@ public:
     bool mStandsStill = false;
     size_t mBlocks = 0; ///< written so far in the night
     std::vector<std::string> mKept;
+    std::map<std::string, std::vector<SampleRecord>> mRecordings; ///< of plays
     std::vector<int> mWrongFile; ///< played instead: {configuration, the other one}
 
 private:

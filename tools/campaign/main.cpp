@@ -9,6 +9,7 @@
 #include "CaseConfiguration.h"
 #include "base/CaseError.h"
 #include "base/StandardOutput.h"
+#include "base/WrongInput.h"
 #include "cli/Subcommands.h"
 #include "plan/Plan.h"
 
@@ -35,6 +36,7 @@ void declare(CLI::App& app)
     cli::addCheckCommand(app);
     cli::addRunCommand(app);
     cli::addReportCommand(app);
+    cli::addJudgeCommand(app);
 }
 
 /** Help and version are no errors; every other remark of the parser is one of status 2. */
@@ -62,6 +64,9 @@ int main(int argc, char** argv)
     try {
         return parseAndRun(app, argc, argv);
     } catch (const plan::PlanError& error) {
+        std::cerr << "vx-campaign: " << error.what() << std::endl;
+        return kCommandLineAtFault;
+    } catch (const base::WrongInput& error) {
         std::cerr << "vx-campaign: " << error.what() << std::endl;
         return kCommandLineAtFault;
     } catch (const base::CaseError& error) {

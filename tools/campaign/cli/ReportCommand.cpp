@@ -1,8 +1,8 @@
 #include <CLI/CLI.hpp>
-#include <QFileInfo>
 #include <string>
 
 #include "base/StandardOutput.h"
+#include "cli/NightArgument.h"
 #include "cli/Subcommands.h"
 #include "report/Report.h"
 #include "report/ReportText.h"
@@ -20,18 +20,8 @@ of a night, 130 when the night was interrupted.
 Example:
   vx-campaign report night-0411)";
 
-void expectNight(const std::string& folder)
-{
-    const std::string journal = folder + "/" + report::kJournalFile;
-    if (!QFileInfo(QString::fromStdString(journal)).isFile()) {
-        throw CLI::ValidationError("FOLDER", folder + ": has no " + report::kJournalFile +
-                                                 ": expected the folder of a night");
-    }
-}
-
 void reportNight(const std::string& folder)
 {
-    expectNight(folder);
     const report::NightSummary night = report::writeReports(folder);
     base::writeToStandardOutput(report::verdictText(night) + "\n" + folder + "/" +
                                 report::kPageFile + "\n");
@@ -46,9 +36,7 @@ void addReportCommand(CLI::App& app)
     CLI::App& command = *app.add_subcommand("report", "Reports on a night, from what is on disk");
     command.footer(kReportFooter);
     const auto folder = std::make_shared<std::string>();
-    command.add_option("FOLDER", *folder, "Folder of the night, that run wrote")
-        ->required()
-        ->type_name("");
+    addNightArgument(command, *folder);
     command.callback([folder] { reportNight(*folder); });
 }
 

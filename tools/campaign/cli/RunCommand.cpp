@@ -11,6 +11,7 @@
 #include "base/StandardOutput.h"
 #include "cli/PlanOptions.h"
 #include "cli/Subcommands.h"
+#include "expected/PlayMeasuring.h"
 #include "journal/Journal.h"
 #include "plan/Draft.h"
 #include "report/Report.h"
@@ -161,6 +162,10 @@ Prepared prepare(RunOptions options)
     night.mStageHash = prepared.mStage.mHash;
     night.mIsObserved = !options.isOnDevice();
     night.mGapNs = plan.mGapNs;
+    night.mMeasuring = plan.mMeasuring;
+    if (night.mMeasuring.mNominalHz == 0.0) {
+        night.mMeasuring.mNominalHz = nominalHz(prepared.mStage);
+    }
     night.mCases = prepared.mStage.mCases;
     if (options.mShuffle) {
         night.mSeed = options.mSeed ? *options.mSeed : std::random_device()();
@@ -241,6 +246,9 @@ void runPlan(const RunOptions& options)
         std::cerr << "vx-campaign: the night ends here: " << problem << std::endl;
     }
     const report::NightSummary night = report::writeReports(options.mFolder);
+    for (const std::string& remark : expected::measurePlays(options.mFolder, night)) {
+        std::cerr << "vx-campaign: remark: " << remark << std::endl;
+    }
     base::writeToStandardOutput(report::verdictText(night) + "\n" + options.mFolder + "/" +
                                 report::kPageFile + "\n");
     const int status = problem.empty() ? report::statusOf(night) : EXIT_FAILURE;

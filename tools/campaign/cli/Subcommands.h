@@ -15,6 +15,8 @@ namespace cli {
  */
 void addCheckCommand(CLI::App& app);
 
+void addJudgeCommand(CLI::App& app);
+
 void addReportCommand(CLI::App& app);
 
 void addRunCommand(CLI::App& app);

@@ -66,6 +66,26 @@ StagedCase stagedCaseOf(const Json& json)
     return it;
 }
 
+Json jsonOf(const Measuring& it)
+{
+    return {{"countsPerVolt", it.mCountsPerVolt},
+            {"countsPerAmpere", it.mCountsPerAmpere},
+            {"nominalVolts", it.mNominalVolts},
+            {"nominalAmperes", it.mNominalAmperes},
+            {"nominalHz", it.mNominalHz}};
+}
+
+Measuring measuringOf(const Json& json)
+{
+    Measuring it;
+    json.at("countsPerVolt").get_to(it.mCountsPerVolt);
+    json.at("countsPerAmpere").get_to(it.mCountsPerAmpere);
+    json.at("nominalVolts").get_to(it.mNominalVolts);
+    json.at("nominalAmperes").get_to(it.mNominalAmperes);
+    json.at("nominalHz").get_to(it.mNominalHz);
+    return it;
+}
+
 /** Writes each kind of step; its name comes first. */
 struct Writer
 {
@@ -93,6 +113,7 @@ struct Writer
         }
         json["order"] = step.mOrder;
         json["environment"] = step.mEnvironment;
+        json["measuring"] = jsonOf(step.mMeasuring);
     }
 
     void operator()(const Resumed& step) const
@@ -160,6 +181,9 @@ NightBegin nightOf(const Json& json)
     }
     json.at("order").get_to(step.mOrder);
     json.at("environment").get_to(step.mEnvironment);
+    if (json.contains("measuring")) { // not in a journal of an earlier version
+        step.mMeasuring = measuringOf(json["measuring"]);
+    }
     return step;
 }
 
@@ -218,6 +242,11 @@ Step stepOf(const Json& json)
     return reader->second(json);
 }
 } // namespace
+
+std::string expectedName(const StagedCase& played, int play)
+{
+    return "expected/" + played.mName + '-' + std::to_string(play);
+}
 
 std::string lineOf(const Entry& entry)
 {

@@ -33,6 +33,16 @@ struct StagedCase
     std::vector<std::string> mExpected; ///< quantities whose expected values are wanted
 };
 
+/** How what arrived is measured, for the cases whose expected values are wanted. */
+struct Measuring
+{
+    double mCountsPerVolt = 1000.0;
+    double mCountsPerAmpere = 1000.0;
+    double mNominalVolts = 230.0; ///< phase to neutral, rms; what percent refers to
+    double mNominalAmperes = 5.0;
+    double mNominalHz = 0.0; ///< 50 or 60; 0: as the steady signal has it
+};
+
 /** The first line. */
 struct NightBegin
 {
@@ -46,6 +56,7 @@ struct NightBegin
     std::vector<StagedCase> mCases;
     std::vector<int> mOrder;                         ///< for each play the index of its case
     std::map<std::string, std::string> mEnvironment; ///< versions, machine, state of the clock
+    Measuring mMeasuring;
 };
 
 /** The night goes on after it was cut off. */
@@ -131,6 +142,12 @@ struct Entry
     qint64 mTimeNs = 0;
     Step mStep;
 };
+
+/**
+ * Where the expected values of a play are, without the suffix, relative to the folder of the night:
+ * "expected/dip1-3". Its records have ".bin" until they are measured, the values ".csv".
+ */
+std::string expectedName(const StagedCase& played, int play);
 
 /** One line without its line end. */
 std::string lineOf(const Entry& entry);

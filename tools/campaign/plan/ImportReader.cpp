@@ -12,7 +12,6 @@ namespace {
 /** More periods are a matter of `seconds`. */
 constexpr double kMaxRepeatedPeriods = 100'000.0;
 constexpr double kMaxRecordedSeconds = 1e6;
-constexpr double kMaxCounts = 1e9;
 } // namespace
 
 std::vector<std::string> ImportReader::keys()
@@ -63,17 +62,12 @@ void ImportReader::readChannels(importing::MappingOptions& mapping)
 
 void ImportReader::readScale(importing::MappingOptions& mapping)
 {
-    const toml::node* const node = mSection.find("scale");
-    if (node == nullptr) {
+    const auto scale = numbers(mSection, "scale", {0.0, kMaxCounts, true}, kExpectedScale);
+    if (!scale) {
         return;
     }
-    const toml::array* const pair = node->as_array();
-    if (pair == nullptr || pair->size() != 2) {
-        mSection.fail(*node, "scale", "expected two numbers: counts for a volt and for an ampere");
-    }
-    const states::Range range{0.0, kMaxCounts, true};
-    mapping.mCountsPerVolt = mSection.numberOf(*pair->get(0), "scale", range);
-    mapping.mCountsPerAmpere = mSection.numberOf(*pair->get(1), "scale", range);
+    mapping.mCountsPerVolt = scale->at(0);
+    mapping.mCountsPerAmpere = scale->at(1);
     describe("scale", fmt::format("{},{}", mapping.mCountsPerVolt, mapping.mCountsPerAmpere));
 }
 

@@ -9,6 +9,7 @@
 #include "base/CaseError.h"
 #include "generate/SignalTable.h"
 #include "importing/ImportOptions.h"
+#include "journal/Entries.h"
 #include "states/Location.h"
 
 namespace plan {
@@ -44,7 +45,7 @@ struct Case
     Source mSource;
     int mTimes = 1;                     ///< plays; at least 1
     std::optional<double> mSeconds;     ///< the file is repeated for so long; none: once
-    std::vector<std::string> mExpected; ///< quantities whose expected values are wanted
+    std::vector<std::string> mExpected; ///< groups of quantities whose expected values are wanted
     states::Location mLocation;         ///< in the plan
 };
 
@@ -60,6 +61,7 @@ struct Plan
     std::string mName;
     Source mSteady; ///< what plays between cases
     qint64 mGapNs = 0;
+    journal::Measuring mMeasuring;
     std::vector<Case> mCases; ///< at least one; no name twice
     Groups mGroups;
 

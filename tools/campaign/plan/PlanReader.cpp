@@ -8,6 +8,7 @@
 
 #include "base/NearestName.h"
 #include "base/Numbers.h"
+#include "measure/Quantities.h"
 #include "plan/PlanValues.h"
 #include "plan/SourceReader.h"
 
@@ -20,6 +21,10 @@ constexpr double kMaxTimes = double(kMaxPlays);
 constexpr double kMaxGapSeconds = 3600.0;
 constexpr double kDefaultGapSeconds = 2.0;
 constexpr double kMaxPlaySeconds = 7.0 * 86400.0;
+
+constexpr double kMaxNominal = 1e9;
+constexpr ExpectedNumbers kExpectedNominal{
+    3, "expected volts, amperes and 50 or 60 Hz such as [230, 5, 50]"};
 
 /** The steady signal's file has this name. */
 constexpr const char* kReservedName = "steady";
@@ -34,6 +39,21 @@ const std::vector<std::string>& caseKeys()
     return kKeys;
 }
 
+/** Groups, as vx-case measure has them. */
+std::vector<std::string> expectedQuantities(const states::TomlSection& section)
+{
+    const std::vector<std::string> known = measure::quantityGroups();
+    std::vector<std::string> wanted = names(section, "expect");
+    for (size_t i = 0; i < wanted.size(); ++i) {
+        if (std::find(known.begin(), known.end(), wanted[i]) == known.end()) {
+            section.fail(*section.find("expect")->as_array()->get(i), "expect",
+                         fmt::format("'{}': no such quantity; the nearest is {}", wanted[i],
+                                     base::nearestNames(wanted[i], known, 1).front()));
+        }
+    }
+    return wanted;
+}
+
 } // namespace
 
 PlanReader::PlanReader(Plan& plan, Mistakes& mistakes)
@@ -46,8 +66,9 @@ PlanReader::PlanReader(Plan& plan, Mistakes& mistakes)
 void PlanReader::read(const toml::table& table)
 {
     const states::TomlSection file(mPlan.mFileName, table);
-    mMistakes.add(file.unknownKeys({"name", "steady", "gap", "case", "group"}));
+    mMistakes.add(file.unknownKeys({"name", "steady", "gap", "scale", "nominal", "case", "group"}));
     readHead(file);
+    readMeasuring(file);
     mMistakes.collect([&] { readSteady(file); });
     mMistakes.collect([&] { readCases(file); });
     mMistakes.collect([&] { readGroups(file); });
@@ -62,6 +83,28 @@ void PlanReader::readHead(const states::TomlSection& file)
         const double seconds =
             file.number("gap", {0.0, kMaxGapSeconds}).value_or(kDefaultGapSeconds);
         mPlan.mGapNs = std::llround(seconds * base::kNanosecondsPerSecond);
+    });
+}
+
+void PlanReader::readMeasuring(const states::TomlSection& file)
+{
+    journal::Measuring& measuring = mPlan.mMeasuring;
+    mMistakes.collect([&] {
+        if (const auto scale = numbers(file, "scale", {0.0, kMaxCounts, true}, kExpectedScale)) {
+            measuring.mCountsPerVolt = scale->at(0);
+            measuring.mCountsPerAmpere = scale->at(1);
+        }
+    });
+    mMistakes.collect([&] {
+        if (const auto nominal =
+                numbers(file, "nominal", {0.0, kMaxNominal, true}, kExpectedNominal)) {
+            measuring.mNominalVolts = nominal->at(0);
+            measuring.mNominalAmperes = nominal->at(1);
+            measuring.mNominalHz = nominal->at(2);
+            if (measuring.mNominalHz != 50.0 && measuring.mNominalHz != 60.0) {
+                file.fail(*file.find("nominal"), "nominal", kExpectedNominal.mText);
+            }
+        }
     });
 }
 
@@ -113,7 +156,7 @@ void PlanReader::readCase(const toml::table& table)
     it.mSource = source.read();
     mMistakes.collect([&] { readName(section, source.defaultName(), it); });
     readNumbers(section, it);
-    mMistakes.collect([&] { it.mExpected = names(section, "expect"); });
+    mMistakes.collect([&] { it.mExpected = expectedQuantities(section); });
     if (mMistakes.texts().size() == mistakesBefore) {
         mPlan.mCases.push_back(std::move(it));
     }

@@ -23,6 +23,7 @@ public:
 
 private:
     void readHead(const states::TomlSection& file);
+    void readMeasuring(const states::TomlSection& file);
     void readSteady(const states::TomlSection& file);
     void readCases(const states::TomlSection& file);
     void readCase(const toml::table& table);

@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -33,6 +34,22 @@ constexpr char kMeasuredHead[] =
     "<table class=\"plays\">\n<thead><tr><th scope=\"col\">Measured</th>"
     "<th scope=\"col\">Verdict</th><th scope=\"col\">Largest error</th></tr></thead>\n<tbody>\n";
 
+const char* styleOf(Grade grade)
+{
+    return grade == Grade::Good ? "passed" : grade == Grade::Bad ? "failed" : "not-observed";
+}
+
+/** Below the verdict of a case: what became of the values that were measured in it. */
+std::string measuredText(const CaseAssessment& it)
+{
+    if (!it.isThere()) {
+        return "";
+    }
+    const size_t bad = it.bad();
+    return fmt::format("<small class=\"{}\">measured: {}</small>", bad == 0 ? "passed" : "failed",
+                       bad == 0 ? "good" : fmt::format("{} not good", bad));
+}
+
 std::string numberCell(const char* label, const std::string& value)
 {
     return fmt::format("<td class=\"number\" data-label=\"{}\"><span>{}</span></td>", label, value);
@@ -61,8 +78,9 @@ std::string caseRow(const NightSummary& night, const CaseSummary& it)
 {
     return fmt::format(
         "<tr><th scope=\"row\">{}<small>{}</small></th><td "
-        "data-label=\"Verdict\">{}</td>{}{}{}{}</tr>\n",
+        "data-label=\"Verdict\"><span>{}{}</span></td>{}{}{}{}</tr>\n",
         htmlText(it.mStaged.mName), htmlText(it.mStaged.mSource), outcomeMark(it.mOutcome),
+        measuredText(it.mAssessment),
         numberCell("Plays",
                    fmt::format("{} of {}", it.mCounts.of(night.wanted()), it.mPlays.size())),
         numberCell("Delay", delayText(it.mDelays)),
@@ -93,25 +111,30 @@ std::string playsTable(const NightSummary& night, const CaseSummary& it)
 
 std::string assessmentsTable(const CaseSummary& it)
 {
-    if (it.mAssessments.empty()) {
+    if (!it.mAssessment.isThere()) {
         return "";
     }
     std::string rows;
-    for (const Assessment& assessment : it.mAssessments) {
+    for (const Assessment& assessment : it.mAssessment.mValues) {
         rows += fmt::format(
             "<tr><th scope=\"row\">{}</th>"
             "<td data-label=\"Verdict\"><span class=\"{}\">{}</span></td>"
             "<td data-label=\"Largest error\"><span>{}</span></td></tr>\n",
-            htmlText(assessment.mName), assessment.mIsGood ? "passed" : "failed",
-            htmlText(assessment.mVerdict), htmlText(assessment.mText));
+            htmlText(assessment.mName), styleOf(assessment.mGrade), htmlText(assessment.mVerdict),
+            htmlText(assessment.mText));
     }
-    return kMeasuredHead + rows + "</tbody></table>\n";
+    std::string remarks;
+    for (const std::string& remark : it.mAssessment.mRemarks) {
+        remarks += "<li>" + htmlText(remark) + "</li>\n";
+    }
+    return kMeasuredHead + rows + "</tbody></table>\n" +
+           (remarks.empty() ? "" : "<ul>\n" + remarks + "</ul>\n");
 }
 
 /** Opens what is folded: its words say what is in it. */
 std::string summaryOf(const CaseSummary& it)
 {
-    const bool isMeasured = !it.mAssessments.empty();
+    const bool isMeasured = it.mAssessment.isThere();
     return fmt::format("Picture of {}, and {} (number {}){}", htmlText(it.mStaged.mName),
                        countText(it.mPlays.size(), "play"), it.mStaged.mNumber,
                        isMeasured ? ", and what was measured" : "");
@@ -135,6 +158,7 @@ public:
     explicit NotObserved(const NightSummary& night) : mNight(night) {}
 
     void addWhatIsNeverSeen();
+    void addUnmeasured();
     void addPlays(Outcome outcome, const char* what);
     void addCuts();
     void addUnkept();
@@ -154,10 +178,30 @@ void NotObserved::addWhatIsNeverSeen()
         add("The stream. The commands and the answers in the log of the program are all that is "
             "known.");
     }
-    const auto isMeasured = [](const CaseSummary& it) { return !it.mAssessments.empty(); };
-    if (std::none_of(mNight.mCases.begin(), mNight.mCases.end(), isMeasured)) {
+    addUnmeasured();
+}
+
+/** What the receiver made of the samples is known for cases that were assessed. */
+void NotObserved::addUnmeasured()
+{
+    std::vector<std::string> names;
+    for (const CaseSummary& it : mNight.mCases) {
+        if (!it.mAssessment.isThere() && names.size() <= kMaxNamedPlays) {
+            names.push_back(htmlText(it.mStaged.mName));
+        }
+    }
+    if (mNight.assessedCases() == 0) {
         add("What the receiver made of the samples. This report covers what arrived at the "
             "driver.");
+    } else if (!names.empty()) {
+        const bool isLong = names.size() > kMaxNamedPlays;
+        add(
+            fmt::format("What the receiver made of the samples of cases without expected values: "
+                        "{}{}",
+                        fmt::join(names, ", "), isLong ? " and more" : ""));
+    }
+    if (!mNight.mAssessmentProblem.empty()) {
+        add(htmlText(mNight.mAssessmentProblem));
     }
 }
 

@@ -109,6 +109,13 @@ std::string numbersPart(const NightSummary& night)
                   night.mDeaths.empty() ? "" : fmt::format("{} of them died", night.mDeaths.size()),
                   &text);
     }
+    if (const size_t assessed = night.assessedCases(); assessed > 0) {
+        const size_t bad = night.badAssessments();
+        addNumber("Cases with measured values", std::to_string(assessed),
+                  fmt::format("{} not good; limits {}", bad == 0 ? "none" : std::to_string(bad),
+                              htmlText(night.mLimits)),
+                  &text);
+    }
     if (night.mSessions.size() > 1) {
         addNumber("Stops, after which it went on", std::to_string(night.mSessions.size() - 1), "",
                   &text);

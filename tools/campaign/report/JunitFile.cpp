@@ -150,8 +150,10 @@ void addPlay(const NightSummary& night, const PlaySummary& play, Suite* suite)
 void addAssessment(const Assessment& assessment, Suite* suite)
 {
     suite->addTest("measured: " + assessment.mName, 0);
-    if (!assessment.mIsGood) {
+    if (assessment.mGrade == Grade::Bad) {
         suite->setResult("failure", assessment.mVerdict, assessment.mText, {});
+    } else if (assessment.mGrade == Grade::NotJudged) {
+        suite->skip(assessment.mVerdict + ": " + assessment.mText);
     }
 }
 
@@ -186,7 +188,7 @@ std::string junitFile(const NightSummary& night)
         for (const size_t play : it.mPlays) {
             addPlay(night, night.mPlays[play], &suite);
         }
-        for (const Assessment& assessment : it.mAssessments) {
+        for (const Assessment& assessment : it.mAssessment.mValues) {
             addAssessment(assessment, &suite);
         }
         suite.finish();

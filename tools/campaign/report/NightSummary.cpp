@@ -246,13 +246,23 @@ size_t OutcomeCounts::ended() const
     return of(Outcome::Passed) + of(Outcome::NotObserved) + of(Outcome::Failed);
 }
 
+size_t CaseAssessment::bad() const
+{
+    return static_cast<size_t>(std::count_if(
+        mValues.begin(), mValues.end(), [](const auto& it) { return it.mGrade == Grade::Bad; }));
+}
+
+size_t NightSummary::assessedCases() const
+{
+    return static_cast<size_t>(std::count_if(
+        mCases.begin(), mCases.end(), [](const auto& it) { return it.mAssessment.isThere(); }));
+}
+
 size_t NightSummary::badAssessments() const
 {
     size_t count = 0;
     for (const CaseSummary& it : mCases) {
-        count += static_cast<size_t>(
-            std::count_if(it.mAssessments.begin(), it.mAssessments.end(),
-                          [](const Assessment& assessment) { return !assessment.mIsGood; }));
+        count += it.mAssessment.bad();
     }
     return count;
 }

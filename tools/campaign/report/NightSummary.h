@@ -61,13 +61,31 @@ struct PlaySummary
     std::vector<journal::FoundWrong> mFound; ///< those of attempts that were cut off included
 };
 
+enum class Grade
+{
+    Good,
+    NotJudged, ///< no limit is known, or none holds here
+    Bad,       ///< or not observed
+};
+
 /** What somebody measured in a case, held against what was to be expected. */
 struct Assessment
 {
-    std::string mName;    ///< quantity and channel: "rms-half UA"
+    std::string mName;    ///< quantity and channel: "rms-half UA"; or a play
     std::string mVerdict; ///< in a word: "within"
     std::string mText;    ///< the largest error, when, and the limit
-    bool mIsGood = false;
+    Grade mGrade = Grade::Bad;
+};
+
+/** Of all plays of a case. */
+struct CaseAssessment
+{
+    std::string mVerdict; ///< in words; empty where nothing was assessed
+    std::vector<Assessment> mValues;
+    std::vector<std::string> mRemarks; ///< what was found, and what may be the cause
+
+    bool isThere() const { return !mVerdict.empty(); }
+    size_t bad() const;
 };
 
 /** All plays of a case. */
@@ -79,7 +97,7 @@ struct CaseSummary
     Outcome mOutcome = Outcome::Passed;
     quint64 mFindings = 0;
     std::optional<DelaySpread> mDelays;
-    std::vector<Assessment> mAssessments; ///< empty where nothing was measured; not in the journal
+    CaseAssessment mAssessment; ///< not from the journal
 };
 
 /** From the start, or from going on after a cut, to the next cut or the end. */
@@ -99,7 +117,7 @@ enum class NightState
     GaveUp,
 };
 
-/** What a night came to, computed from its journal alone. */
+/** What a night came to, computed from its journal; what was measured is added. */
 struct NightSummary
 {
     journal::NightBegin mNight; ///< empty where the journal has no whole line
@@ -115,9 +133,14 @@ struct NightSummary
     quint64 mFindings = 0; ///< of all plays, and outside
     quint64 mSamples = 0;
     std::optional<DelaySpread> mDelays;
+    std::string mLimits;            ///< that measured values were held against; may be empty
+    std::string mAssessmentProblem; ///< why there is no assessment though it was made
 
     /** What a play that is good comes to: on a device nothing can be observed. */
     Outcome wanted() const { return mNight.mIsObserved ? Outcome::Passed : Outcome::NotObserved; }
+
+    /** Cases with measured values held against limits. */
+    size_t assessedCases() const;
 
     size_t badAssessments() const;
 

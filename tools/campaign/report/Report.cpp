@@ -2,6 +2,7 @@
 
 #include "base/ResultFile.h"
 #include "journal/Journal.h"
+#include "report/AssessmentFile.h"
 #include "report/CaseTable.h"
 #include "report/HtmlPage.h"
 #include "report/JunitFile.h"
@@ -22,6 +23,7 @@ NightSummary writeReports(const std::string& folder)
 {
     const journal::Journal journal = journal::readJournal(folder + "/" + kJournalFile);
     NightSummary night = summarize(journal.mEntries);
+    addAssessment(folder, journal.mWholeBytes, &night);
     writeReport(folder + "/" + kTableFile, caseTable(night));
     writeReport(folder + "/" + kJunitFile, junitFile(night));
     // Drawing takes its time: should it be cut off, no page of an earlier night is left.

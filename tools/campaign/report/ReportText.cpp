@@ -66,7 +66,7 @@ std::vector<std::string> faultsOf(const NightSummary& night, bool isBrokenOff)
         faults.push_back(countText(night.mOutside.size(), "finding") + " outside the plays");
     }
     if (const size_t count = night.badAssessments(); count > 0) {
-        faults.push_back(countText(count, "assessment") + " not good");
+        faults.push_back(countText(count, "measured result") + " not good");
     }
     return faults;
 }
@@ -77,7 +77,11 @@ std::string goodText(const NightSummary& night)
     if (!night.mNight.mIsObserved) {
         return fmt::format("Commanded, not observed: {} commanded and answered", plays);
     }
-    return fmt::format("Passed: {} of {}", plays, countText(night.mCases.size(), "case"));
+    const size_t assessed = night.assessedCases();
+    return fmt::format("Passed: {} of {}{}", plays, countText(night.mCases.size(), "case"),
+                       assessed == 0 ? ""
+                                     : fmt::format(", measured values of {} within the limits",
+                                                   countText(assessed, "case")));
 }
 
 /** What a night that was not done says first. */

@@ -44,6 +44,15 @@ public:
      * @return its path relative to the folder of the night; empty when it was not kept
      */
     virtual std::string keep(const std::string& name, const std::vector<SampleRecord>& records) = 0;
+
+    /**
+     * Adds records to a recording of a play, which begins with the first of them.
+     * @param name relative to the folder of the night, without a suffix
+     */
+    virtual void record(const std::string& name, const SampleRecord* records, size_t count) = 0;
+
+    /** No more of it comes. @param isWanted else it is thrown away */
+    virtual void endRecording(const std::string& name, bool isWanted) = 0;
 };
 
 } // namespace run

@@ -66,6 +66,7 @@ Night::Night(const journal::NightBegin& night, const explain::PlayPlan& plan,
              const NightOptions& options, Desk& desk, journal::JournalSink& sink)
     : mPlan(plan),
       mDesk(desk),
+      mRecorder(desk),
       mCourse(night, options, 2 * steadyNsOf(plan) + lagNs(plan) / 2, sink)
 {
 }
@@ -116,6 +117,7 @@ void Night::add(const SampleRecord* records, size_t count, const Moment& now)
         return;
     }
     mLastHeardNs = now.mSteadyNs;
+    mRecorder.add(records, count);
     mJudge->add(records, count);
     takeOutcomes();
     stopIfJournalFailed();
@@ -136,6 +138,7 @@ void Night::programEnded(const std::string& problem, size_t restBytes, const Mom
     if (mJudge) {
         judgeRest(restBytes);
     }
+    mRecorder.stop();
     mCourse.chronicle().write(journal::ProgramEnded{mRun, mHow});
     nextProgram();
 }
@@ -217,6 +220,10 @@ void Night::beginPlay()
 {
     mCourse.beginNext();
     mKeptOfPlay = 0;
+    const journal::StagedCase& next = mCourse.currentCase();
+    if (!next.mExpected.empty()) {
+        mRecorder.begin(expectedName(next, *mCourse.chronicle().play()));
+    }
     mState = State::Gap;
     mPhaseFromNs = mJudge->heardNs();
 }
@@ -226,6 +233,7 @@ void Night::sendCommand()
     const journal::StagedCase& next = mCourse.currentCase();
     const std::string command = 's' + std::to_string(next.mNumber);
     mCourse.chronicle().write(journal::CommandSent{*mCourse.chronicle().play(), command});
+    mRecorder.endBefore();
     mState = State::Playing;
     mPhaseFromNs = mJudge->heardNs();
     mCommandedAt = mCourse.now();
@@ -298,6 +306,7 @@ void Night::endPlay(const judge::Played& played)
     const PlayVerdict verdict =
         mCourse.endPlay({0, PlayVerdict::Passed, played.mFirstStampNs, played.mLastStampNs,
                          played.mSamples, wasClockSet() ? std::nullopt : played.mDelayNs, 0});
+    mRecorder.endPlay(verdict == PlayVerdict::Passed);
     mDeaths = verdict == PlayVerdict::Passed ? 0 : mDeaths;
 }
 

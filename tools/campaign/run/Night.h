@@ -2,6 +2,7 @@
 
 #include "judge/PlayJudge.h"
 #include "run/Course.h"
+#include "run/PlayRecorder.h"
 
 namespace run {
 
@@ -92,6 +93,7 @@ private:
 
     const explain::PlayPlan& mPlan;
     Desk& mDesk;
+    PlayRecorder mRecorder;
     Course mCourse;
     State mState = State::Waiting;
     int mRun = 0;                           ///< of the program

@@ -35,7 +35,10 @@ std::string endText(int waitStatus)
 }
 } // namespace
 
-SandboxDesk::SandboxDesk(SandboxSetup setup) : mSetup(std::move(setup)), mFolder(mSetup.mFolder) {}
+SandboxDesk::SandboxDesk(SandboxSetup setup)
+    : mSetup(std::move(setup)), mFolder(mSetup.mFolder), mRecordings(mSetup.mFolder)
+{
+}
 
 void SandboxDesk::start(int run)
 {

@@ -8,6 +8,7 @@
 #include "run/ChildProcess.h"
 #include "run/Night.h"
 #include "run/NightFolder.h"
+#include "run/PlayRecordings.h"
 
 namespace run {
 
@@ -38,6 +39,16 @@ public:
     void kill() override;
     std::string keep(const std::string& name, const std::vector<SampleRecord>& records) override;
 
+    void record(const std::string& name, const SampleRecord* records, size_t count) override
+    {
+        mRecordings.add(name, records, count);
+    }
+
+    void endRecording(const std::string& name, bool isWanted) override
+    {
+        mRecordings.end(name, isWanted);
+    }
+
     /** What to wait for: when one of these is readable, call deliver(). */
     std::vector<pollfd> waitsFor() const;
 
@@ -62,6 +73,7 @@ private:
 
     SandboxSetup mSetup;
     NightFolder mFolder;
+    PlayRecordings mRecordings;
     std::unique_ptr<ChildProcess> mSandbox;
     files::FileDescriptor mCommands; ///< standard input of the sandbox
     Stream mRecords;

@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include "SampleRecord.h"
+#include "base/Numbers.h"
 #include "base/ResultFile.h"
 #include "plan/Hashes.h"
 #include "stage/StageMaker.h"
@@ -109,6 +111,15 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
         writePlan(plan, copy);
     }
     return stage;
+}
+
+double nominalHz(const Stage& stage)
+{
+    constexpr double kFifty = 50.0;
+    constexpr double kSixty = 60.0;
+    const double periods = double(stage.mSteady.mSamples) / kSamplesPerPeriod;
+    const double seconds = double(stage.mSteady.mDurationNs) * base::kSecondsPerNanosecond;
+    return periods > seconds * (kFifty + kSixty) / 2.0 ? kSixty : kFifty;
 }
 
 qint64 nightNs(const Stage& stage, qint64 gapNs)

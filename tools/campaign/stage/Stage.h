@@ -43,4 +43,7 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder);
 /** How long the night will be, about: gaps, waits for the end of the steady signal, and plays. */
 qint64 nightNs(const Stage& stage, qint64 gapNs);
 
+/** The nominal frequency of the steady signal: 50 or 60 Hz, whichever is nearer. */
+double nominalHz(const Stage& stage);
+
 } // namespace stage

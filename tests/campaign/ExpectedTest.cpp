@@ -1,0 +1,179 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+
+#include "Files.h"
+#include "SampleRecord.h"
+#include "assess/TableReader.h"
+#include "expected/NightJudge.h"
+#include "expected/PlayMeasuring.h"
+#include "report/ReportText.h"
+
+using journal::PlayVerdict;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+constexpr qint64 kBeginNs = 1'764'108'000'000'000'000;
+constexpr qint64 kStepNs = 55'555;
+constexpr char kHeading[] = "utc,quantity,channel,value,unit,origin\n";
+constexpr char kLimits[] = "tolerance = 0.001\n[[limit]]\nquantity = \"rms\"\nabsolute = 0.5\n";
+
+/** A night of "dip", played twice, with expected values of 230 V each. */
+class ExpectedTest : public testing::Test
+{
+protected:
+    ExpectedTest()
+    {
+        mBegin.mCases = {{"dip", 1, "dip.csv", 7200, 1, 400'000'000, 2, "", {"rms"}}};
+        mBegin.mOrder = {0, 0};
+        QDir().mkpath(QString::fromStdString(mFiles.path("expected")));
+        expect(0, row(0, 230.0));
+        expect(1, row(1, 230.0));
+    }
+
+    void expect(int play, const std::string& rows) const
+    {
+        mFiles.make(expectedName(mBegin.mCases[0], play) + ".csv", kHeading + rows);
+    }
+
+    /** A value in the second of a play. */
+    static std::string row(int play, double volts)
+    {
+        return report::utcText(kBeginNs + play * 1'000'000'000) + ",rms,UA," +
+               std::to_string(volts) + ",V,measured\n";
+    }
+
+    report::NightSummary night(const std::vector<PlayVerdict>& verdicts) const
+    {
+        std::vector<journal::Entry> entries = {{kBeginNs, mBegin}};
+        for (const PlayVerdict verdict : verdicts) {
+            const int play = static_cast<int>(entries.size()) / 2;
+            entries.push_back({kBeginNs, journal::PlayBegin{play}});
+            entries.push_back({kBeginNs, journal::PlayEnd{play, verdict, kBeginNs,
+                                                          kBeginNs + 7199 * kStepNs, 7200, 1, 0}});
+        }
+        entries.push_back({kBeginNs, journal::NightEnd{}});
+        return report::summarize(entries);
+    }
+
+    report::CaseAssessment judge(const std::vector<PlayVerdict>& verdicts,
+                                 const std::string& rows) const
+    {
+        expected::MeasuredNight measured;
+        measured.mLimits = assess::parseLimits(kLimits, "limits.toml");
+        const std::string file = mFiles.make("measured.csv", kHeading + rows).toStdString();
+        measured.mValues = assess::readTable(file, assess::measureMap()).mValues;
+        return judgeNight(mFiles.path(""), night(verdicts), measured).mCases.at("dip");
+    }
+
+    TestFiles mFiles;
+    journal::NightBegin mBegin;
+};
+
+constexpr auto kPassed = PlayVerdict::Passed;
+constexpr auto kFailed = PlayVerdict::Failed;
+
+TEST_F(ExpectedTest, OfEachQuantityTheWorstPlayCounts)
+{
+    const struct
+    {
+        std::vector<PlayVerdict> mPlays;
+        std::string mMeasured;
+        size_t mBad;
+        const char* mVerdict;
+        const char* mLast; ///< of the last value
+    } rows[] = {
+        {{kPassed, kPassed},
+         row(0, 230.25) + row(1, 229.75),
+         0,
+         "good: 2 plays within the limits",
+         "within"},
+        {{kPassed, kPassed},
+         row(0, 230.0) + row(1, 231.0),
+         1,
+         "not good: 1 of 2 plays; dip (2 of 2): BAD: 1 of 1 values beyond",
+         "BEYOND"},
+        {{kPassed, kPassed},
+         row(0, 231.0) + row(1, 230.0),
+         1,
+         "not good: 1 of 2 plays; dip (1 of 2): BAD: 1 of 1 values beyond",
+         "BEYOND"},
+        {{kPassed, kPassed},
+         row(1, 230.0),
+         1,
+         "not good: 1 of 2 plays; dip (1 of 2): NOT OBSERVED",
+         "NOT OBSERVED"},
+        {{kPassed, kFailed},
+         row(0, 230.0) + row(1, 230.0),
+         1,
+         "not good: 1 of 2 plays; dip (2 of 2): no expected values: the play is failed",
+         "within"},
+        {{kPassed},
+         row(0, 230.0) + row(1, 230.0),
+         1,
+         "not good: 1 of 2 plays; dip (2 of 2): no expected values: the play is not played",
+         "within"},
+        {{kPassed, kPassed}, "", 1, "not good: 2 of 2 plays", "NOT OBSERVED"},
+    };
+    for (const auto& it : rows) {
+        const report::CaseAssessment assessed = judge(it.mPlays, it.mMeasured);
+        EXPECT_EQ(assessed.bad(), it.mBad) << it.mVerdict;
+        EXPECT_THAT(assessed.mVerdict, HasSubstr(it.mVerdict));
+        EXPECT_EQ(assessed.mValues.back().mVerdict, it.mLast) << it.mVerdict;
+    }
+}
+
+TEST_F(ExpectedTest, ExpectedValuesThatTellNothingAreNoneOfAGoodNight)
+{
+    expect(1, "");
+    const std::string all = row(0, 230.0) + row(1, 230.0);
+    EXPECT_EQ(judge({kPassed, kPassed}, all).bad(), 1U);
+    QFile::remove(QString::fromStdString(mFiles.path("expected/dip-1.csv")));
+    EXPECT_THAT(judge({kPassed, kPassed}, all).mVerdict,
+                HasSubstr("there is no expected/dip-1.csv"));
+}
+
+/** It is of the journal that was judged, and of no later one. */
+TEST_F(ExpectedTest, AnAssessmentIsFoundAgainByTheReport)
+{
+    report::NightAssessment assessment;
+    assessment.mJournalBytes = 99;
+    assessment.mLimits = "pq-a";
+    assessment.mCases["dip"] = judge({kPassed, kPassed}, row(0, 230.0) + row(1, 231.0));
+    writeAssessment(mFiles.path(""), assessment);
+    report::NightSummary same = night({kPassed, kPassed});
+    addAssessment(mFiles.path(""), 99, &same);
+    EXPECT_EQ(same.mCases[0].mAssessment.mValues[0].mText,
+              assessment.mCases["dip"].mValues[0].mText);
+    EXPECT_EQ(same.badAssessments(), 1U);
+    report::NightSummary later = night({kPassed, kPassed});
+    addAssessment(mFiles.path(""), 100, &later);
+    EXPECT_EQ(later.assessedCases(), 0U);
+    EXPECT_THAT(later.mAssessmentProblem, HasSubstr("of an earlier state"));
+    mFiles.make("assessment.json", "{\"journalBytes\": 100");
+    addAssessment(mFiles.path(""), 100, &later);
+    EXPECT_THAT(later.mAssessmentProblem, HasSubstr("is not as judge wrote it"));
+}
+
+/** A recording that lacks a sample of the play is not measured, and stays. */
+TEST_F(ExpectedTest, APlayThatWasNotRecordedHasNoExpectedValues)
+{
+    QFile::remove(QString::fromStdString(mFiles.path("expected/dip-0.csv")));
+    std::string records;
+    for (qint64 k = -720; k < 7200; ++k) {
+        SampleRecord record = {};
+        const qint64 stampNs = kBeginNs + k * kStepNs;
+        record.mSeconds = static_cast<quint32>(stampNs / 1'000'000'000);
+        record.mNanoseconds = static_cast<quint32>(stampNs % 1'000'000'000);
+        records += k == 7000 ? "" : std::string(reinterpret_cast<char*>(&record), sizeof record);
+    }
+    mFiles.make("expected/dip-0.bin", records);
+    const std::vector<std::string> remarks =
+        expected::measurePlays(mFiles.path(""), night({kPassed, kPassed}));
+    EXPECT_THAT(remarks, ElementsAre(HasSubstr("dip (1 of 2): no expected values: ")));
+    EXPECT_THAT(remarks.front(), HasSubstr("has 7199 of 7200 samples"));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(mFiles.path("expected/dip-0.csv"))));
+}
+
+} // namespace
