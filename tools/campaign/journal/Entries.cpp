@@ -245,7 +245,7 @@ Step stepOf(const Json& json)
 
 std::string expectedName(const StagedCase& played, int play)
 {
-    return "expected/" + played.mName + '-' + std::to_string(play);
+    return std::string(kExpectedFolder) + '/' + played.mName + '-' + std::to_string(play);
 }
 
 std::string lineOf(const Entry& entry)

@@ -143,6 +143,8 @@ struct Entry
     Step mStep;
 };
 
+inline constexpr const char* kExpectedFolder = "expected";
+
 /**
  * Where the expected values of a play are, without the suffix, relative to the folder of the night:
  * "expected/dip1-3". Its records have ".bin" until they are measured, the values ".csv".
