@@ -78,15 +78,17 @@ TEST_F(CampaignTest, MeasuredValuesAreJudged)
     EXPECT_THAT(unsafe.mErrors, HasSubstr("would overwrite the measured values"));
 }
 
-/** A table of the user's that has the name of one of ours. */
+/** Files of the user's that have the name of one of ours. */
 TEST_F(CampaignTest, AFileOfTheUserIsNotOverwritten)
 {
     ASSERT_EQ(mRunner.run({"mkdir", "night"}).mExitCode, 0);
-    mRunner.writeFile("night/cases.csv", "mine");
-    const CommandResult result = runExample({"--only", "harmonics"});
-    EXPECT_EQ(result.mExitCode, 2) << result;
-    EXPECT_THAT(result.mErrors, HasSubstr("night/cases.csv is there; name another folder"));
-    EXPECT_EQ(mRunner.readFile("night/cases.csv"), "mine");
+    for (const std::string name : {"program.log", "cases.csv"}) {
+        mRunner.writeFile("night/" + name, "mine");
+        const CommandResult result = runExample({"--only", "harmonics"});
+        EXPECT_EQ(result.mExitCode, 2) << result;
+        EXPECT_THAT(result.mErrors, HasSubstr("night/" + name + " is there; name another folder"));
+        EXPECT_EQ(mRunner.readFile("night/" + name), "mine");
+    }
 }
 
 } // namespace

@@ -73,14 +73,16 @@ TEST(JournalTest, WhereverItIsCutTheStepsBeforeAreRead)
     const Step steps[] = {wholeNight(), ProgramStarted{1}, PlayBegin{0}, CommandSent{0, "s1"}};
     std::vector<size_t> ends;
     {
-        JournalWriter writer(path, 0);
-        EXPECT_THROW(JournalWriter(path, 0), base::CaseError); // one at a time
+        JournalWriter writer(path, 0, 0);
+        EXPECT_THROW(JournalWriter(path, 0, 0), base::CaseError); // one at a time
         for (const Step& step : steps) {
             writer.append({5, step});
             ends.push_back(readFile(path).size());
         }
     }
     const std::string whole = readFile(path);
+    EXPECT_THROW(JournalWriter(path, 0, 0), base::CaseError); // another one's night
+    EXPECT_EQ(readFile(path), whole);
     for (size_t cut = 0; cut <= whole.size(); ++cut) {
         writeFile(path, whole.substr(0, cut));
         const Journal journal = readJournal(path);
@@ -91,17 +93,31 @@ TEST(JournalTest, WhereverItIsCutTheStepsBeforeAreRead)
         if (cut % 40 != 0) { // each flush to the disk takes its time
             continue;
         }
-        JournalWriter(path, journal.mWholeBytes).append({6, Resumed{}});
+        JournalWriter(path, journal.mWholeBytes, cut).append({6, Resumed{}});
         ASSERT_EQ(readFile(path),
                   whole.substr(0, count > 0 ? ends[count - 1] : 0) + lineOf({6, Resumed{}}) + "\n");
     }
+}
+
+TEST(JournalTest, TheLargestPlanHasALineThatIsRead)
+{
+    const TestFiles files;
+    NightBegin night = wholeNight();
+    night.mCases.resize(10'000, night.mCases.front());
+    night.mOrder.assign(100'000, 9'999);
+    const std::string line = lineOf({1, night}) + '\n';
+    const std::string path =
+        files.make("journal.jsonl", line + lineOf({2, ProgramStarted{1}}) + '\n').toStdString();
+    const Journal journal = readJournal(path);
+    ASSERT_EQ(journal.mEntries.size(), 2U);
+    EXPECT_EQ(journal.night()->mOrder, night.mOrder);
 }
 
 TEST(JournalTest, AFullDiskLeavesTheEntriesBefore)
 {
     const TestFiles files;
     const std::string path = files.path("journal.jsonl");
-    JournalWriter writer(path, 0);
+    JournalWriter writer(path, 0, 0);
     writer.append({5, wholeNight()});
     const std::string before = readFile(path);
     rlimit old{};

@@ -58,7 +58,8 @@ struct Prepared
     stage::Stage mStage;
     journal::NightBegin mNight;
     std::optional<run::ResumePoint> mResume;
-    size_t mJournalBytes = 0;
+    size_t mJournalBytes = 0; ///< of whole lines
+    size_t mFoundBytes = 0;   ///< of the file
 };
 
 std::string journalOf(const RunOptions& options)
@@ -105,11 +106,12 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
     return journal && journal->night() != nullptr ? journal : std::nullopt;
 }
 
-/** What the reports are called may be a file of the user's. */
-void expectNoReports(const std::string& folder)
+/** What a file of the night is called may be a file of the user's. */
+void expectNoFiles(const std::string& folder)
 {
     for (const char* name : {report::kPageFile, report::kJunitFile, report::kTableFile,
-                             report::kAssessmentFile, journal::kExpectedFolder}) {
+                             report::kAssessmentFile, journal::kExpectedFolder, "program.log",
+                             "recording-1.bin", "events-1.jsonl"}) {
         const std::string path = folder + '/' + name;
         if (QFileInfo::exists(QString::fromStdString(path))) {
             throw CLI::ValidationError("-o", path + " is there; name another folder");
@@ -137,18 +139,20 @@ void expectSame(const std::string& now, const std::string& before, const std::st
 
 Prepared prepare(RunOptions options)
 {
+    Prepared prepared;
+    prepared.mFoundBytes =
+        static_cast<size_t>(QFileInfo(QString::fromStdString(journalOf(options))).size());
     const std::optional<journal::Journal> before = journalToResume(options);
     if (before) {
         selectCasesOf(*before->night(), &options);
     } else {
-        expectNoReports(options.mFolder);
+        expectNoFiles(options.mFolder);
     }
     plan::Plan plan = plan::readPlan(options.mPlan.mPlan);
     if (before) {
         expectSame(plan.mHash, before->night()->mPlanHash, options.mPlan.mPlan);
     }
     plan = plan::selected(std::move(plan), options.mPlan.mSelection);
-    Prepared prepared;
     prepared.mStage = stage::makeStage(plan, options.mFolder);
     if (before) {
         expectSame(prepared.mStage.mHash, before->night()->mStageHash, prepared.mStage.mDirectory);
@@ -221,7 +225,7 @@ std::string playPrepared(const RunOptions& options, Prepared prepared)
         prepared.mNight.mEnvironment = environment;
     }
     run::EndingSignals ending;
-    journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes);
+    journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes, prepared.mFoundBytes);
     run::NightDisplay display(prepared.mNight);
     run::DisplayedJournal displayed(writer, display);
     const run::NightOptions nightOptions = nightOptionsOf(options);
@@ -296,6 +300,9 @@ void addRunCommand(CLI::App& app)
     addPlanOptions(command, options->mPlan);
     command.add_option("-o", options->mFolder, "Folder of the night")
         ->type_name("FOLDER")
+        ->check([](const std::string& folder) {
+            return folder.empty() ? "expected the name of a folder" : "";
+        })
         ->required();
     addNightOptions(command, *options);
     CLI::Option* const fifo =

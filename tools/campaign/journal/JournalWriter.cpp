@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,7 +17,7 @@ namespace {
 constexpr mode_t kJournalMode = 0666;
 } // namespace
 
-JournalWriter::JournalWriter(const std::string& path, size_t keepBytes)
+JournalWriter::JournalWriter(const std::string& path, size_t keepBytes, size_t foundBytes)
     : mPath(path),
       mFile(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kJournalMode)),
       mBytes(keepBytes)
@@ -27,6 +28,7 @@ JournalWriter::JournalWriter(const std::string& path, size_t keepBytes)
     if (::flock(mFile.get(), LOCK_EX | LOCK_NB) != 0) {
         throw base::CaseError(path + ": another vx-campaign is writing it");
     }
+    expectSize(foundBytes);
     cutAt(keepBytes);
     flushToDisk();
     flushDirectory();
@@ -47,6 +49,18 @@ void JournalWriter::append(const Entry& entry)
 void JournalWriter::fail(int error) const
 {
     throw base::CaseError(mPath + ": " + std::strerror(error));
+}
+
+/** Another process may have written a night between the reading and the lock. */
+void JournalWriter::expectSize(size_t bytes) const
+{
+    struct stat status = {};
+    if (::fstat(mFile.get(), &status) != 0) {
+        fail(errno);
+    }
+    if (static_cast<size_t>(status.st_size) != bytes) {
+        throw base::CaseError(mPath + ": another vx-campaign has written it by now");
+    }
 }
 
 void JournalWriter::cutAt(size_t bytes) const

@@ -33,14 +33,17 @@ public:
     /**
      * Makes the journal, or goes on with it.
      * @param keepBytes of an existing journal: Journal::mWholeBytes; what is behind it goes
-     * @throws CaseError when it cannot be opened, or another process writes it
+     * @param foundBytes its size when it was read; 0 when there was none
+     * @throws CaseError when it cannot be opened, another process writes it, or has written it
+     *         since it was read
      */
-    JournalWriter(const std::string& path, size_t keepBytes);
+    JournalWriter(const std::string& path, size_t keepBytes, size_t foundBytes);
 
     void append(const Entry& entry) override;
 
 private:
     [[noreturn]] void fail(int error) const;
+    void expectSize(size_t bytes) const;
     void cutAt(size_t bytes) const;
     void flushToDisk() const;
     void flushDirectory() const;
