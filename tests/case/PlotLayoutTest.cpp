@@ -31,11 +31,16 @@ public:
         for (int i = number(1, 5); i > 0; --i) {
             picture.mWhole.push_back(panel(i == 1));
         }
+        const bool isSquare = number(0, 1) == 0;
         for (int i = number(0, 3); i > 0; --i) {
-            picture.mColumns.push_back({text(80), 0.0, 0.0, std::nullopt, {panel(false)}});
+            picture.mColumns.push_back(
+                {text(80), 0.0, 0.0, std::nullopt, {panel(false)}, isSquare});
             picture.mColumns.back().mFrom = picture.mEnd * number(0, 1000) / 1001.0;
             picture.mColumns.back().mTo =
                 picture.mColumns.back().mFrom + std::pow(10.0, number(-5, 0));
+        }
+        if (!picture.mColumns.empty() && number(0, 2) == 0) {
+            picture.mWhole.clear();
         }
         for (int i = number(0, 40); i > 0; --i) {
             picture.mCommands.push_back({picture.mEnd * number(0, 1000) / 1000.0, text(300)});

@@ -16,28 +16,10 @@ constexpr size_t kColumns = 1000; // of the picture
 constexpr size_t kErrorColour = 1;
 constexpr size_t kLimitColour = 3;
 
-/** Leaves room around the curves, also around one that is constant. */
-void setRange(plot::Panel& panel)
-{
-    constexpr double kMargin = 0.08;
-    double low = std::numeric_limits<double>::infinity();
-    double high = -low;
-    for (const plot::Curve& curve : panel.mCurves) {
-        for (const plot::Point& point : curve.mPoints) {
-            low = std::min(low, point.mY);
-            high = std::max(high, point.mY);
-        }
-    }
-    const double room =
-        high > low ? kMargin * (high - low) : std::max(kMargin * std::abs(high), 1e-6);
-    panel.mLow = low - room;
-    panel.mHigh = high + room;
-}
-
 plot::Panel panelOf(const std::string& axis, std::vector<plot::Curve> curves)
 {
     plot::Panel panel{axis, 0.0, 0.0, std::move(curves)};
-    setRange(panel);
+    fitRange(panel);
     return panel;
 }
 
@@ -46,6 +28,25 @@ std::string axisOf(const std::string& what, const std::string& unit)
     return unit.empty() ? what : what + ", " + unit;
 }
 } // namespace
+
+void fitRange(plot::Panel& panel)
+{
+    constexpr double kMargin = 0.08;
+    constexpr double kMinPart = 5e-5; // of the value: so the numbers at the axis differ
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (const plot::Curve& curve : panel.mCurves) {
+        for (const plot::Point& point : curve.mPoints) {
+            low = std::min(low, point.mY);
+            high = std::max(high, point.mY);
+        }
+    }
+    const double largest = std::max(std::abs(low), std::abs(high));
+    const double room = high > low ? std::max(kMargin * (high - low), kMinPart * largest)
+                                   : std::max(kMargin * largest, 1e-6);
+    panel.mLow = low - room;
+    panel.mHigh = high + room;
+}
 
 const SeriesResult* worstSeries(const AssessmentResult& result)
 {
@@ -77,6 +78,7 @@ plot::Picture pictureOf(const SeriesResult& series, const std::vector<JudgedValu
     picture.mCaption = fmt::format("from {}: {} values compared, {} of {} judged beyond the limit",
                                    std::string(measure::UtcText().of(begin)), series.mCompared,
                                    series.mBeyond, series.mJudged);
+    picture.mBelow = "time since the first value, s";
     picture.mEnd = std::max(
         static_cast<double>(values.back().mUtcNs - begin) * base::kSecondsPerNanosecond, 1e-3);
     picture.mWhole.push_back(panelOf(axisOf(series.mKey.mQuantity, series.mUnit),

@@ -8,6 +8,12 @@
 
 namespace assess {
 
+/**
+ * Leaves room around the curves of a panel, also around one that is constant. Points that are not
+ * a number count for nothing. Requires: a point that is a number.
+ */
+void fitRange(plot::Panel& panel);
+
 /** The series whose values take most of their limits; none where nothing was compared. */
 const SeriesResult* worstSeries(const AssessmentResult& result);
 

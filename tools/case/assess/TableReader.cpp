@@ -246,6 +246,9 @@ FieldTarget Reader::makeTarget(std::string_view quantity, std::string_view chann
     if (!factor) {
         fail(*mUnitField, "a unit of " + key.mQuantity + ", which is in '" + unitOf(key) + "'");
     }
+    if (mTable.mFirstQuantity.empty()) {
+        mTable.mFirstQuantity = key.mQuantity;
+    }
     return {&mTable.mValues.series(key), *factor * mMap.mFactor};
 }
 

@@ -13,6 +13,7 @@ struct ReadTable
 {
     ValueTable mValues;               ///< sorted
     size_t mRows = 0;                 ///< below the heading
+    std::string mFirstQuantity;       ///< of the first row of a long table that is known
     size_t mMissing = 0;              ///< fields with a word that stands for no value
     std::vector<std::string> mUnused; ///< quantities of a long table that nothing is known of
 };

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <memory>
 
+#include "assess/TablePicture.h"
 #include "base/CaseError.h"
 #include "base/Numbers.h"
 #include "base/ResultFile.h"
@@ -15,6 +16,7 @@
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "commands/PictureFile.h"
+#include "measure/UtcText.h"
 #include "plot/Gnuplot.h"
 #include "plot/GnuplotScript.h"
 #include "plot/PictureMaker.h"
@@ -24,11 +26,12 @@ namespace commands {
 namespace {
 constexpr char kPlotFooter[] =
     R"(INPUT is a value file, a recording of the driver, a COMTRADE recording or a text file
-with a heading. A second one is drawn over it, dashed. FILE ends in .svg or .png; without it the picture is
+with a heading, or the table that measure wrote. A second signal is drawn over the first, dashed. FILE ends in .svg or .png; without it the picture is
 drawn on the terminal.
 
 Examples:
   vx-case plot fault.cfg
+  vx-case plot expected.csv --quantity rms -o rms.svg
   vx-case plot recording.bin --events events.jsonl --config vx-simulator.conf -o run.svg)";
 
 // Of characters, on a terminal.
@@ -38,7 +41,10 @@ constexpr int kMinColumns = 40;
 struct PlotOptions
 {
     plot::PictureRequest mRequest;
-    std::string mOutput; ///< empty for the terminal
+    std::string mOutput;   ///< empty for the terminal
+    std::string mQuantity; ///< of a table; empty for its first
+    std::string mAt;       ///< seconds; of a table UTC, too
+    bool mIsTable = false;
 };
 
 int terminalColumns()
@@ -67,6 +73,14 @@ std::string reasonNotSeconds(const std::string& text)
     return base::parseNumber(text, &seconds) && seconds >= 0.0
                ? ""
                : "'" + text + "': expected seconds, 0 or more";
+}
+
+std::string reasonNotMoment(const std::string& text)
+{
+    const std::string reason = reasonNotSeconds(text);
+    return reason.empty() || measure::parseUtc(text)
+               ? ""
+               : reason + "; of a table also UTC, as 2026-01-01T00:00:00Z";
 }
 
 /**
@@ -103,8 +117,54 @@ void expectNoConflict(const PlotOptions& options)
     files.expectNoConflict();
 }
 
-plot::Picture readPicture(const plot::PictureRequest& request)
+void expectTableOptions(const CLI::App& command, const PlotOptions& options)
 {
+    if (options.mRequest.mInputs.size() > 1) {
+        throw CLI::ValidationError("INPUT", "a table that measure wrote is drawn by itself");
+    }
+    for (const char* const name :
+         {"--events", "--config", "--directory", "--from", "--to", "--encoding"}) {
+        if (command.count(name) > 0) {
+            throw CLI::ValidationError(name, "does not apply to a table that measure wrote");
+        }
+    }
+    if (!options.mAt.empty() && !assess::isOfMoment(options.mQuantity)) {
+        throw CLI::ValidationError("--at", "of a table only with --quantity harmonics or phasors");
+    }
+    // Characters are higher than wide: angles would be wrong.
+    if (options.mOutput.empty() && options.mQuantity == assess::kPhasors) {
+        throw CLI::ValidationError("--quantity", "phasors need a picture: expected -o FILE");
+    }
+}
+
+/** Finds out what the inputs are, and takes --at as they need it. */
+void findTable(const CLI::App& command, PlotOptions& options)
+{
+    std::vector<std::string>& inputs = options.mRequest.mInputs;
+    options.mIsTable = std::any_of(inputs.begin(), inputs.end(), assess::isMeasuredTable);
+    if (options.mIsTable) {
+        expectTableOptions(command, options);
+        return;
+    }
+    if (!options.mQuantity.empty()) {
+        throw CLI::ValidationError("--quantity",
+                                   "'" + inputs.front() + "' is no table that measure wrote");
+    }
+    if (!options.mAt.empty()) {
+        const std::string reason = reasonNotSeconds(options.mAt);
+        if (!reason.empty()) {
+            throw CLI::ValidationError("--at", reason);
+        }
+        base::parseNumber(options.mAt, &options.mRequest.mMoments.mAt.emplace());
+    }
+}
+
+plot::Picture readPicture(const PlotOptions& options)
+{
+    const plot::PictureRequest& request = options.mRequest;
+    if (options.mIsTable) {
+        return assess::pictureOfTable({request.mInputs.front(), options.mQuantity, options.mAt});
+    }
     base::ProgressLine progress("reading");
     plot::Picture picture = plot::makePicture(request, progress);
     for (const std::string& remark : picture.mRemarks) {
@@ -119,7 +179,7 @@ void plotIntoFile(const PlotOptions& options)
     expectNoConflict(options);
     base::ResultFile result(options.mOutput);
     expectDrawable(format);
-    result.write(drawn(readPicture(options.mRequest), format));
+    result.write(drawn(readPicture(options), format));
     result.commit();
 }
 
@@ -129,11 +189,37 @@ void plotOnTerminal(PlotOptions options)
     options.mRequest.mMoments.mMax = 1;
     options.mRequest.mColumns = static_cast<size_t>(columns);
     base::ResultFile result("");
-    const plot::Picture picture = readPicture(options.mRequest);
+    const plot::Picture picture = readPicture(options);
     const std::string script = plot::gnuplotScript(plot::layOutOnTerminal(picture, columns),
                                                    columns, isatty(STDOUT_FILENO) != 0);
     result.write(headOf(picture) + withoutPages(plot::runGnuplot(script)));
     result.commit();
+}
+
+/** What is shown of the whole. */
+void addMomentOptions(CLI::App& command, PlotOptions& options)
+{
+    plot::MomentRequest& moments = options.mRequest.mMoments;
+    command
+        .add_option("--quantity", options.mQuantity,
+                    "Of a table: a quantity over time, or harmonics or phasors of a moment "
+                    "(default: that of its first row)")
+        ->type_name("NAME")
+        ->check(assess::reasonNotDrawn);
+    CLI::Option* const at =
+        command
+            .add_option("--at", options.mAt,
+                        "Waveforms around this time; the moment of harmonics or phasors")
+            ->type_name("SECONDS|UTC")
+            ->check(reasonNotMoment);
+    command.add_option("--from", moments.mFrom, "Waveforms from this time on")
+        ->type_name("SECONDS")
+        ->check(reasonNotSeconds)
+        ->excludes(at);
+    command.add_option("--to", moments.mTo, "Waveforms up to this time")
+        ->type_name("SECONDS")
+        ->check(reasonNotSeconds)
+        ->excludes(at);
 }
 } // namespace
 
@@ -163,20 +249,10 @@ void addPlotCommand(CLI::App& app)
         .add_option("--directory", request.mDirectory,
                     "Where relative names of value files begin (default: here)")
         ->type_name("DIRECTORY");
-    CLI::Option* const at =
-        command.add_option("--at", request.mMoments.mAt, "Waveforms around this time")
-            ->type_name("SECONDS")
-            ->check(reasonNotSeconds);
-    command.add_option("--from", request.mMoments.mFrom, "Waveforms from this time on")
-        ->type_name("SECONDS")
-        ->check(reasonNotSeconds)
-        ->excludes(at);
-    command.add_option("--to", request.mMoments.mTo, "Waveforms up to this time")
-        ->type_name("SECONDS")
-        ->check(reasonNotSeconds)
-        ->excludes(at);
+    addMomentOptions(command, *options);
     addEncodingOption(command, &request.mInputOptions.mEncoding);
-    command.callback([options] {
+    command.callback([options, &command] {
+        findTable(command, *options);
         options->mOutput.empty() ? plotOnTerminal(*options) : plotIntoFile(*options);
     });
 }

@@ -33,6 +33,9 @@ struct FormatSettings
 constexpr FormatSettings kSvg = {"svg", 1.0, 14, 21};
 constexpr FormatSettings kPng = {"pngcairo", 6.0 / 7.0, 9, 14};
 
+/** Of lines as broad as a bar; those of four channels fit side by side for each harmonic. */
+constexpr double kBarWidth = 4.0;
+
 /** Lines of characters for a panel on a terminal. */
 constexpr int kTerminalLines = 14;
 
@@ -105,8 +108,9 @@ void Script::addPlot(const Panel& panel, double lineWidth, const std::vector<std
     const size_t first = mBlocks - panel.mCurves.size();
     for (size_t i = 0; i < panel.mCurves.size(); ++i) {
         const Curve& curve = panel.mCurves[i];
-        add("{} $data{} using 1:2 with lines lw {} lc rgb '{}'{} {}", i == 0 ? "plot" : ",\\\n    ",
-            first + i, lineWidth, colourOf(curve), curve.mIsSecond ? " dt 2" : "",
+        add("{} $data{} using 1:2 with {} lw {} lc rgb '{}'{} {}", i == 0 ? "plot" : ",\\\n    ",
+            first + i, curve.mHasBars ? "impulses" : "lines",
+            curve.mHasBars ? kBarWidth : lineWidth, colourOf(curve), curve.mIsSecond ? " dt 2" : "",
             names.empty() ? "notitle" : "title " + quoted(names[i]));
     }
     mText += "\n";

@@ -99,7 +99,8 @@ struct Layout
     std::vector<LaidPanel> mPanels;
 };
 
-/** Borrows the picture, which must stay. Requires: a panel over the whole and in each column. */
+/** Borrows the picture, which must stay. Requires: a panel over the whole or a column, and a
+ * panel in each column. */
 Layout layOut(const Picture& picture);
 
 } // namespace plot

@@ -16,10 +16,11 @@ inline constexpr size_t kFrequencyColour = kConductorColours;
 
 struct Curve
 {
-    std::string mLabel; ///< may have an index, as "U_{L1}"
-    size_t mColour;     ///< 0 to kFrequencyColour
-    bool mIsSecond;     ///< of the second signal
-    std::vector<Point> mPoints;
+    std::string mLabel;         ///< may have an index, as "U_{L1}"; empty: not in the key
+    size_t mColour;             ///< 0 to kFrequencyColour
+    bool mIsSecond;             ///< of the second signal
+    std::vector<Point> mPoints; ///< a line is broken at one that is not a number
+    bool mHasBars = false;      ///< from 0 to each point, instead of a line
 };
 
 /** Curves with a common axis. */
@@ -47,7 +48,7 @@ struct GivenCommand
     std::string mText;
 };
 
-/** Waveforms around a moment. */
+/** Waveforms around a moment, or whatever else stands beside others. */
 struct WaveColumn
 {
     std::string mTitle;
@@ -55,6 +56,7 @@ struct WaveColumn
     double mTo;
     std::optional<double> mMark; ///< a line at this time
     std::vector<Panel> mPanels;  ///< one above the other
+    bool mIsSquare = false;      ///< each panel is as high as wide; all columns or none
 };
 
 struct Picture
@@ -68,6 +70,7 @@ struct Picture
     std::vector<Panel> mWhole;         ///< over the whole, one above the other
     std::vector<WaveColumn> mColumns;  ///< side by side
     std::vector<std::string> mRemarks; ///< what is odd in the inputs, or not shown
+    std::string mBelow = "time since the first sample, s"; ///< what the numbers below panels are
 };
 
 } // namespace plot

@@ -20,6 +20,7 @@ constexpr double kHeadHeight = 76.0; ///< with one line of the caption
 constexpr double kPanelHeight = 126.0;
 constexpr double kHertzHeight = 76.0;
 constexpr double kWaveHeight = 250.0;
+constexpr double kMaxSquare = 560.0;
 constexpr double kGap = 20.0; ///< between panels one above the other
 
 // Below the lowest panel of a column: its numbers, and what they are.
@@ -55,8 +56,6 @@ constexpr double kPanelTicks = 4.0;
 constexpr double kHertzTicks = 2.0;
 constexpr double kWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
 
-constexpr char kTimeTitle[] = "time since the first sample, s";
-
 double widthOf(const std::string& text)
 {
     return static_cast<double>(letterCount(text)) * kLetterWidth;
@@ -90,7 +89,7 @@ private:
     void addBar();
     void addWhole();
     void addColumns();
-    void addColumn(const WaveColumn& column, double left, double right);
+    void addColumn(const WaveColumn& column, double left, double right, double height);
     void addValueTexts(const LaidPanel& panel);
     void addTimeTexts(const LaidPanel& panel);
     void addKey(const LaidPanel& panel);
@@ -162,6 +161,9 @@ void LayoutBuilder::addBar()
 
 void LayoutBuilder::addWhole()
 {
+    if (mPicture.mWhole.empty()) {
+        return;
+    }
     std::vector<Mark> marks;
     for (const GivenCommand& command : mPicture.mCommands) {
         marks.push_back({command.mSeconds, true});
@@ -189,17 +191,20 @@ void LayoutBuilder::addColumns()
         return;
     }
     const auto columns = static_cast<double>(mPicture.mColumns.size());
-    const double width = (mRight - mLeft - (columns - 1.0) * kColumnGap) / columns;
+    const double share = (mRight - mLeft - (columns - 1.0) * kColumnGap) / columns;
+    const bool isSquare = mPicture.mColumns[0].mIsSquare;
+    const double width = isSquare ? std::min(share, kMaxSquare) : share;
+    const double height = isSquare ? width : kWaveHeight;
     double left = mLeft;
     for (const WaveColumn& column : mPicture.mColumns) {
-        addColumn(column, left, left + width);
+        addColumn(column, left, left + width, height);
         left += width + kColumnGap;
     }
     const auto panels = static_cast<double>(mPicture.mColumns[0].mPanels.size());
-    mTop += kColumnTitleHeight + panels * (kWaveHeight + kGap) + kTimeHeight;
+    mTop += kColumnTitleHeight + panels * (height + kGap) + kTimeHeight;
 }
 
-void LayoutBuilder::addColumn(const WaveColumn& column, double left, double right)
+void LayoutBuilder::addColumn(const WaveColumn& column, double left, double right, double height)
 {
     double top = mTop + kColumnTitleHeight;
     std::vector<Mark> marks;
@@ -211,7 +216,7 @@ void LayoutBuilder::addColumn(const WaveColumn& column, double left, double righ
         {shortened(column.mTitle, static_cast<size_t>((right - left) / kLetterWidth)),
          (left + right) / 2.0, top - kColumnTitleMiddle, Anchor::Centre});
     for (const Panel& panel : column.mPanels) {
-        const Box area{left, top, right, top + kWaveHeight};
+        const Box area{left, top, right, top + height};
         mLayout.mPanels.push_back({area, time, waveAxis(panel), kWaveLineWidth, marks, &panel});
         if (left == mLeft) {
             addValueTexts(mLayout.mPanels.back());
@@ -246,7 +251,7 @@ void LayoutBuilder::addTimeTexts(const LaidPanel& panel)
             mLayout.mTexts.push_back(text);
         }
     }
-    mLayout.mTexts.push_back({kTimeTitle, (area.mLeft + area.mRight) / 2.0,
+    mLayout.mTexts.push_back({mPicture.mBelow, (area.mLeft + area.mRight) / 2.0,
                               area.mBottom + kTimeTitleMiddle, Anchor::Centre});
 }
 
@@ -255,7 +260,7 @@ void LayoutBuilder::addKey(const LaidPanel& panel)
 {
     double middle = panel.mArea.mTop + kKeyFirst;
     for (const Curve& curve : panel.mPanel->mCurves) {
-        if (curve.mIsSecond) {
+        if (curve.mIsSecond || curve.mLabel.empty()) {
             continue;
         }
         const double top = middle - kLineHeight / 2.0;
