@@ -13,7 +13,7 @@ using measure::QuantityId;
 using Complex = std::complex<double>;
 
 namespace {
-constexpr double kVolts = 230.0;
+constexpr double kPhasorVolts = 230.0;
 constexpr double kAmperes = 5.0;
 
 /** The signal begins 0.3 s after a full second; times in the tests are from that second. */
@@ -53,7 +53,8 @@ struct System
         const double shift = base::kTwoPi * static_cast<double>(phase % 3) / 3.0;
         const Complex unit = positive * std::polar(1.0, -shift) +
                              mNegative * positive * std::polar(1.0, shift + 1.0);
-        return phase < 3 ? kVolts * unit : kAmperes * unit * std::polar(1.0, -base::kPi / 6.0);
+        return phase < 3 ? kPhasorVolts * unit
+                         : kAmperes * unit * std::polar(1.0, -base::kPi / 6.0);
     }
 
     double valueAt(size_t channel, double t) const
@@ -165,8 +166,8 @@ class PhasorTest : public testing::TestWithParam<PhasorCase>
 protected:
     static MeasuredRows measure(const PhasorCase& testCase, const std::vector<double>& times)
     {
-        measure::PhasorMeter meter({kFullSecondNs + qint64(kBeginSeconds * 1e9), kVolts, kAmperes,
-                                    testCase.mSystem.mNominalHz},
+        measure::PhasorMeter meter({kFullSecondNs + qint64(kBeginSeconds * 1e9), kPhasorVolts,
+                                    kAmperes, testCase.mSystem.mNominalHz},
                                    testCase.mClass, testCase.mRate);
         return runMeter(meter, times, [&](size_t channel, double seconds) {
             return testCase.mSystem.valueAt(channel, kBeginSeconds + seconds);
@@ -260,9 +261,9 @@ TEST_P(PhasorTest, IsExact)
                   testCase.mVectorError)
             << measure::nameOf(channel);
     }
-    EXPECT_LE(
-        vectorError(rows, Channel::U, [&](double t) { return kVolts * system.positiveAt(t); }),
-        testCase.mVectorError);
+    EXPECT_LE(vectorError(rows, Channel::U,
+                          [&](double t) { return kPhasorVolts * system.positiveAt(t); }),
+              testCase.mVectorError);
     EXPECT_LE(vectorError(rows, Channel::I,
                           [&](double t) {
                               return std::polar(kAmperes, -base::kPi / 6.0) * system.positiveAt(t);
@@ -287,14 +288,15 @@ TEST_P(PhasorDynamicsTest, IsTheFilterOfTheClass)
     const System& system = testCase.mSystem;
     const MeasuredRows rows = measure(testCase);
     const auto filtered = [&](double t) { return Filtered(system, testCase.mFilter, t); };
-    EXPECT_LE(vectorError(rows, Channel::U, [&](double t) { return kVolts * filtered(t).mPhasor; }),
-              testCase.mVectorError);
+    EXPECT_LE(
+        vectorError(rows, Channel::U, [&](double t) { return kPhasorVolts * filtered(t).mPhasor; }),
+        testCase.mVectorError);
     EXPECT_LE(errorOf(rows, QuantityId::PhasorFrequency, [&](double t) { return filtered(t).mHz; }),
               testCase.mHz);
     EXPECT_LE(errorOf(rows, QuantityId::Rocof, [&](double t) { return filtered(t).mHzPerSecond; }),
               testCase.mHzPerSecond);
-    const double classError =
-        vectorError(rows, Channel::U, [&](double t) { return kVolts * system.positiveAt(t); });
+    const double classError = vectorError(
+        rows, Channel::U, [&](double t) { return kPhasorVolts * system.positiveAt(t); });
     const double classHz =
         errorOf(rows, QuantityId::PhasorFrequency, [&](double t) { return system.hertzAt(t); });
     RecordProperty("classVectorError", std::to_string(classError));
@@ -336,7 +338,7 @@ TEST_F(PhasorTest, FramesNeedAWholeWindow)
 /** A voltage of nothing has a magnitude, but neither angle nor frequency. */
 TEST_F(PhasorTest, NothingHasNoAngle)
 {
-    measure::PhasorMeter meter({kFullSecondNs, kVolts, kAmperes, 50.0}, PhasorClass::M, 25);
+    measure::PhasorMeter meter({kFullSecondNs, kPhasorVolts, kAmperes, 50.0}, PhasorClass::M, 25);
     const MeasuredRows rows = runMeter(meter, timesOf(18'000, 1.0), [](size_t channel, double t) {
         return channel == 1 ? 100.0 * std::cos(base::kTwoPi * 50.0 * t) : 0.0;
     });
