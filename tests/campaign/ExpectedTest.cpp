@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
-constexpr qint64 kBeginNs = 1'764'108'000'000'000'000;
+constexpr qint64 kNightBeginNs = 1'764'108'000'000'000'000;
 constexpr qint64 kStepNs = 55'555;
 constexpr char kHeading[] = "utc,quantity,channel,value,unit,origin\n";
 constexpr char kLimits[] = "tolerance = 0.001\n[[limit]]\nquantity = \"rms\"\nabsolute = 0.5\n";
@@ -40,20 +40,21 @@ protected:
     /** A value in the second of a play. */
     static std::string row(int play, double volts)
     {
-        return report::utcText(kBeginNs + play * 1'000'000'000) + ",rms,UA," +
+        return report::utcText(kNightBeginNs + play * 1'000'000'000) + ",rms,UA," +
                std::to_string(volts) + ",V,measured\n";
     }
 
     report::NightSummary night(const std::vector<PlayVerdict>& verdicts) const
     {
-        std::vector<journal::Entry> entries = {{kBeginNs, mBegin}};
+        std::vector<journal::Entry> entries = {{kNightBeginNs, mBegin}};
         for (const PlayVerdict verdict : verdicts) {
             const int play = static_cast<int>(entries.size()) / 2;
-            entries.push_back({kBeginNs, journal::PlayBegin{play}});
-            entries.push_back({kBeginNs, journal::PlayEnd{play, verdict, kBeginNs,
-                                                          kBeginNs + 7199 * kStepNs, 7200, 1, 0}});
+            entries.push_back({kNightBeginNs, journal::PlayBegin{play}});
+            entries.push_back(
+                {kNightBeginNs, journal::PlayEnd{play, verdict, kNightBeginNs,
+                                                 kNightBeginNs + 7199 * kStepNs, 7200, 1, 0}});
         }
-        entries.push_back({kBeginNs, journal::NightEnd{}});
+        entries.push_back({kNightBeginNs, journal::NightEnd{}});
         return report::summarize(entries);
     }
 
@@ -71,8 +72,8 @@ protected:
     journal::NightBegin mBegin;
 };
 
-constexpr auto kPassed = PlayVerdict::Passed;
-constexpr auto kFailed = PlayVerdict::Failed;
+constexpr auto kPlayPassed = PlayVerdict::Passed;
+constexpr auto kPlayFailed = PlayVerdict::Failed;
 
 TEST_F(ExpectedTest, OfEachQuantityTheWorstPlayCounts)
 {
@@ -84,37 +85,37 @@ TEST_F(ExpectedTest, OfEachQuantityTheWorstPlayCounts)
         const char* mVerdict;
         const char* mLast; ///< of the last value
     } rows[] = {
-        {{kPassed, kPassed},
+        {{kPlayPassed, kPlayPassed},
          row(0, 230.25) + row(1, 229.75),
          0,
          "good: 2 plays within the limits",
          "within"},
-        {{kPassed, kPassed},
+        {{kPlayPassed, kPlayPassed},
          row(0, 230.0) + row(1, 231.0),
          1,
          "not good: 1 of 2 plays; dip (2 of 2): BAD: 1 of 1 values beyond",
          "BEYOND"},
-        {{kPassed, kPassed},
+        {{kPlayPassed, kPlayPassed},
          row(0, 231.0) + row(1, 230.0),
          1,
          "not good: 1 of 2 plays; dip (1 of 2): BAD: 1 of 1 values beyond",
          "BEYOND"},
-        {{kPassed, kPassed},
+        {{kPlayPassed, kPlayPassed},
          row(1, 230.0),
          1,
          "not good: 1 of 2 plays; dip (1 of 2): NOT OBSERVED",
          "NOT OBSERVED"},
-        {{kPassed, kFailed},
+        {{kPlayPassed, kPlayFailed},
          row(0, 230.0) + row(1, 230.0),
          1,
          "not good: 1 of 2 plays; dip (2 of 2): no expected values: the play is failed",
          "within"},
-        {{kPassed},
+        {{kPlayPassed},
          row(0, 230.0) + row(1, 230.0),
          1,
          "not good: 1 of 2 plays; dip (2 of 2): no expected values: the play is not played",
          "within"},
-        {{kPassed, kPassed}, "", 1, "not good: 2 of 2 plays", "NOT OBSERVED"},
+        {{kPlayPassed, kPlayPassed}, "", 1, "not good: 2 of 2 plays", "NOT OBSERVED"},
     };
     for (const auto& it : rows) {
         const report::CaseAssessment assessed = judge(it.mPlays, it.mMeasured);
@@ -128,9 +129,9 @@ TEST_F(ExpectedTest, ExpectedValuesThatTellNothingAreNoneOfAGoodNight)
 {
     expect(1, "");
     const std::string all = row(0, 230.0) + row(1, 230.0);
-    EXPECT_EQ(judge({kPassed, kPassed}, all).bad(), 1U);
+    EXPECT_EQ(judge({kPlayPassed, kPlayPassed}, all).bad(), 1U);
     QFile::remove(QString::fromStdString(mFiles.path("expected/dip-1.csv")));
-    EXPECT_THAT(judge({kPassed, kPassed}, all).mVerdict,
+    EXPECT_THAT(judge({kPlayPassed, kPlayPassed}, all).mVerdict,
                 HasSubstr("there is no expected/dip-1.csv"));
 }
 
@@ -140,14 +141,14 @@ TEST_F(ExpectedTest, AnAssessmentIsFoundAgainByTheReport)
     report::NightAssessment assessment;
     assessment.mJournalBytes = 99;
     assessment.mLimits = "pq-a";
-    assessment.mCases["dip"] = judge({kPassed, kPassed}, row(0, 230.0) + row(1, 231.0));
+    assessment.mCases["dip"] = judge({kPlayPassed, kPlayPassed}, row(0, 230.0) + row(1, 231.0));
     writeAssessment(mFiles.path(""), assessment);
-    report::NightSummary same = night({kPassed, kPassed});
+    report::NightSummary same = night({kPlayPassed, kPlayPassed});
     addAssessment(mFiles.path(""), 99, &same);
     EXPECT_EQ(same.mCases[0].mAssessment.mValues[0].mText,
               assessment.mCases["dip"].mValues[0].mText);
     EXPECT_EQ(same.badAssessments(), 1U);
-    report::NightSummary later = night({kPassed, kPassed});
+    report::NightSummary later = night({kPlayPassed, kPlayPassed});
     addAssessment(mFiles.path(""), 100, &later);
     EXPECT_EQ(later.assessedCases(), 0U);
     EXPECT_THAT(later.mAssessmentProblem, HasSubstr("of an earlier state"));
@@ -163,14 +164,14 @@ TEST_F(ExpectedTest, APlayThatWasNotRecordedHasNoExpectedValues)
     std::string records;
     for (qint64 k = -720; k < 7200; ++k) {
         SampleRecord record = {};
-        const qint64 stampNs = kBeginNs + k * kStepNs;
+        const qint64 stampNs = kNightBeginNs + k * kStepNs;
         record.mSeconds = static_cast<quint32>(stampNs / 1'000'000'000);
         record.mNanoseconds = static_cast<quint32>(stampNs % 1'000'000'000);
         records += k == 7000 ? "" : std::string(reinterpret_cast<char*>(&record), sizeof record);
     }
     mFiles.make("expected/dip-0.bin", records);
     const std::vector<std::string> remarks =
-        expected::measurePlays(mFiles.path(""), night({kPassed, kPassed}));
+        expected::measurePlays(mFiles.path(""), night({kPlayPassed, kPlayPassed}));
     EXPECT_THAT(remarks, ElementsAre(HasSubstr("dip (1 of 2): no expected values: ")));
     EXPECT_THAT(remarks.front(), HasSubstr("has 7199 of 7200 samples"));
     EXPECT_FALSE(QFile::exists(QString::fromStdString(mFiles.path("expected/dip-0.csv"))));

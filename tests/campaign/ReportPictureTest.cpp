@@ -18,11 +18,11 @@ using namespace report;
 
 namespace {
 
-constexpr qint64 kStepNs = 55'555; ///< at 50 Hz
+constexpr qint64 kRecordStepNs = 55'555; ///< at 50 Hz
 constexpr qint64 kFirstNs = 1764108010'000000000;
 constexpr qint64 kPeriodSamples = 360;
 constexpr qint64 kCaseSamples = 4 * kPeriodSamples; ///< one period, four times
-constexpr qint64 kLastNs = kFirstNs + (kCaseSamples - 1) * kStepNs;
+constexpr qint64 kLastNs = kFirstNs + (kCaseSamples - 1) * kRecordStepNs;
 
 /** A period whose first channel counts up from a number. */
 std::string periodFrom(int first)
@@ -98,27 +98,28 @@ TEST_F(ReportPictureTest, WhatIsExpectedIsKnownAtEveryTimeStamp)
         std::vector<int> mValues; ///< one a step
     };
     const Row rows[] = {
-        {"up to its first sample", kFirstNs - 2 * kStepNs, {1358, 1359, 5000, 5001}},
-        {"a period before it", kFirstNs - 361 * kStepNs, {1359, 1000, 1001}},
-        {"where its file is repeated", kFirstNs + 359 * kStepNs, {5359, 5000, 5001}},
-        {"after its last sample", kLastNs - kStepNs, {5358, 5359, 1000, 1001}},
-        {"a period after it", kLastNs + 360 * kStepNs, {1359, 1000}},
+        {"up to its first sample", kFirstNs - 2 * kRecordStepNs, {1358, 1359, 5000, 5001}},
+        {"a period before it", kFirstNs - 361 * kRecordStepNs, {1359, 1000, 1001}},
+        {"where its file is repeated", kFirstNs + 359 * kRecordStepNs, {5359, 5000, 5001}},
+        {"after its last sample", kLastNs - kRecordStepNs, {5358, 5359, 1000, 1001}},
+        {"a period after it", kLastNs + 360 * kRecordStepNs, {1359, 1000}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.mWhere);
         const auto count = static_cast<qint64>(row.mValues.size());
         const std::vector<ExpectedSample> samples = mExpected.around(
-            mNight, mNight.mPlays[0], row.mFromNs, row.mFromNs + (count - 1) * kStepNs);
+            mNight, mNight.mPlays[0], row.mFromNs, row.mFromNs + (count - 1) * kRecordStepNs);
         ASSERT_EQ(samples.size(), row.mValues.size());
         for (size_t i = 0; i < samples.size(); ++i) {
-            EXPECT_EQ(samples[i].mStampNs, row.mFromNs + static_cast<qint64>(i) * kStepNs);
+            EXPECT_EQ(samples[i].mStampNs, row.mFromNs + static_cast<qint64>(i) * kRecordStepNs);
             EXPECT_EQ((*samples[i].mContent)[2], static_cast<quint32>(row.mValues[i]));
         }
     }
     // Of a play that broke off the rest is expected as well.
     PlaySummary shortened = mNight.mPlays[0];
-    shortened.mLastStampNs = kFirstNs + 5 * kStepNs;
-    const auto rest = mExpected.around(mNight, shortened, kLastNs - kStepNs, kLastNs + kStepNs);
+    shortened.mLastStampNs = kFirstNs + 5 * kRecordStepNs;
+    const auto rest =
+        mExpected.around(mNight, shortened, kLastNs - kRecordStepNs, kLastNs + kRecordStepNs);
     ASSERT_EQ(rest.size(), 3U);
     EXPECT_EQ((*rest[1].mContent)[2], 5359U);
     EXPECT_EQ((*rest[2].mContent)[2], 1000U);
@@ -133,14 +134,15 @@ TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)
 {
     std::string kept;
     const auto keep = [&kept](qint64 sample, qint32 value) {
-        const SampleRecord record = recordAt(kFirstNs + sample * kStepNs, value);
+        const SampleRecord record = recordAt(kFirstNs + sample * kRecordStepNs, value);
         kept.append(reinterpret_cast<const char*>(&record), sizeof(record));
     };
     for (const qint64 sample : {10, 11, 12, 16, 17}) {
         keep(sample, 5000 + static_cast<qint32>(sample));
     }
     mFiles.make("kept.bin", kept);
-    const journal::FoundWrong found{0, "missing", "3 samples", kFirstNs + 16 * kStepNs, "kept.bin"};
+    const journal::FoundWrong found{0, "missing", "3 samples", kFirstNs + 16 * kRecordStepNs,
+                                    "kept.bin"};
     const plot::Picture picture =
         findingPicture(mFiles.path(""), mNight, mNight.mPlays.data(), found, &mExpected);
 
@@ -154,9 +156,9 @@ TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)
     ASSERT_EQ(arrived.mPoints.size(), 6U); // a gap is a point without a value
     EXPECT_DOUBLE_EQ(arrived.mPoints[2].mY, 5.012);
     EXPECT_TRUE(std::isnan(arrived.mPoints[3].mY));
-    EXPECT_DOUBLE_EQ(arrived.mPoints[4].mX, 6 * kStepNs * 1e-9);
+    EXPECT_DOUBLE_EQ(arrived.mPoints[4].mX, 6 * kRecordStepNs * 1e-9);
     ASSERT_EQ(picture.mCommands.size(), 1U);
-    EXPECT_DOUBLE_EQ(picture.mCommands[0].mSeconds, 6 * kStepNs * 1e-9);
+    EXPECT_DOUBLE_EQ(picture.mCommands[0].mSeconds, 6 * kRecordStepNs * 1e-9);
 
     const plot::Picture outside =
         findingPicture(mFiles.path(""), mNight, nullptr, found, &mExpected);
