@@ -109,9 +109,9 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
 /** What a file of the night is called may be a file of the user's. */
 void expectNoFiles(const std::string& folder)
 {
-    for (const char* name : {report::kPageFile, report::kJunitFile, report::kTableFile,
-                             report::kAssessmentFile, journal::kExpectedFolder, "program.log",
-                             "recording-1.bin", "events-1.jsonl"}) {
+    for (const char* name :
+         {report::kPageFile, report::kJunitFile, report::kTableFile, report::kAssessmentFile,
+          journal::kExpectedFolder, "program.log", "recording-1.bin", "events-1.jsonl"}) {
         const std::string path = folder + '/' + name;
         if (QFileInfo::exists(QString::fromStdString(path))) {
             throw CLI::ValidationError("-o", path + " is there; name another folder");
