@@ -224,6 +224,7 @@ TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
     MemoryJournal cleanJournal;
     std::vector<size_t> inner; // blocks before two more of their case
     size_t inRow = 0;
+    size_t lastOfCases = 0; // block
     int before = 0;
     clean.mFault = [&](const Block* block) {
         inRow = block->mConfiguration == before ? inRow + 1 : 1;
@@ -231,13 +232,16 @@ TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
         if (before >= 2 && inRow >= 3) {
             inner.push_back(block->mIndex - 2);
         }
+        lastOfCases = before >= 2 ? block->mIndex : lastOfCases;
     };
     playNight(night, clean, cleanJournal);
     constexpr size_t kLater = 14; // blocks
     for (const BlockFault& fault : kBlockFaults) {
         for (int round = 0; round < 20; ++round) {
-            const size_t at = fault.mIsWithinCase ? inner[between(0, inner.size() - 1)]
-                                                  : between(1, clean.mBlocks - 40);
+            // What acts only after the last play fails the night and no play.
+            const size_t last = fault.mActsLater ? lastOfCases - kLater : lastOfCases;
+            const size_t at =
+                fault.mIsWithinCase ? inner[between(0, inner.size() - 1)] : between(1, last);
             SimulatedDesk desk(night.mCases);
             MemoryJournal journal;
             std::set<int> suspects; // the play that the block is in
