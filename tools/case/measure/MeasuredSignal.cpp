@@ -102,9 +102,16 @@ void MeasuredSignal::mapRecording(const importing::Assignments& assignments)
 
 bool MeasuredSignal::read(waveform::SignalBlock& block)
 {
-    if (mRecording) {
-        return mRecording->read(block);
+    const bool hasMore = mRecording ? mRecording->read(block) : readDeviceBlock(block);
+    const std::string gap = (mRecording ? mRecording->gaps() : mGaps).problem();
+    if (!gap.empty()) {
+        throw base::CaseError(description().mFileName + ": " + gap);
     }
+    return hasMore;
+}
+
+bool MeasuredSignal::readDeviceBlock(waveform::SignalBlock& block)
+{
     if (mFirstBlock.size() > 0) {
         std::swap(block, mFirstBlock);
         mFirstBlock = {};
@@ -147,10 +154,6 @@ std::vector<std::string> MeasuredSignal::remarks() const
             fmt::format("its rate changes or samples are missing, {} times: values "
                         "between are interpolated",
                         mRecording->breaks()));
-    }
-    const std::string gaps = (mRecording ? mRecording->gaps() : mGaps).remark();
-    if (!gaps.empty()) {
-        remarks.push_back(gaps);
     }
     return remarks;
 }

@@ -58,6 +58,7 @@ private:
     void findBegin(const std::optional<qint64>& given);
     void findNominal(const std::optional<double>& given);
     void mapRecording(const importing::Assignments& assignments);
+    bool readDeviceBlock(waveform::SignalBlock& block);
     void scale(waveform::SignalBlock& block);
 
     std::unique_ptr<waveform::SignalSource> mSource;

@@ -14,11 +14,12 @@ void SampleGaps::add(const std::vector<double>& seconds)
 {
     for (const double now : seconds) {
         const double step = mHasLast ? now - mLast : 0.0;
-        if (mStep > 0.0 && step > kMinGapSeconds && step > kMinGapSteps * mStep) {
-            mFirstSeconds = mCount == 0 ? mLast : mFirstSeconds;
-            mFirstLength = mCount == 0 ? step : mFirstLength;
-            ++mCount;
-        } else if (step > 0.0) {
+        const bool isGap = mStep > 0.0 && step > kMinGapSeconds && step > kMinGapSteps * mStep;
+        if (isGap && mGapLength == 0.0) {
+            mGapSeconds = mLast;
+            mGapLength = step;
+        }
+        if (!isGap && step > 0.0) {
             mStep = step;
         }
         mLast = now;
@@ -26,13 +27,13 @@ void SampleGaps::add(const std::vector<double>& seconds)
     }
 }
 
-std::string SampleGaps::remark() const
+std::string SampleGaps::problem() const
 {
-    return mCount == 0 ? ""
-                       : fmt::format(
-                             "samples are missing, {} times, the first for {:.6f} s after "
-                             "{:.6f} s: values of that time are not true",
-                             mCount, mFirstLength, mFirstSeconds);
+    return mGapLength == 0.0 ? ""
+                             : fmt::format(
+                                   "samples are missing for {:.6f} s after {:.6f} s: nothing "
+                                   "true can be measured across; cut the recording there",
+                                   mGapLength, mGapSeconds);
 }
 
 } // namespace measure
