@@ -65,7 +65,7 @@ std::string progressText(const journal::NightBegin& night, const Progress& progr
     if (progress.mCase == nullptr) {
         return findings;
     }
-    const time_t ends = static_cast<time_t>(progress.mEndsAtNs / kNsPerSecond);
+    const auto ends = static_cast<time_t>(progress.mEndsAtNs / kNsPerSecond);
     tm local{};
     localtime_r(&ends, &local);
     const int times = progress.mCase->mTimes;

@@ -177,7 +177,7 @@ void PhaseClock::lose()
 /** Takes another system where this one shows no fundamental. */
 bool PhaseClock::chooseReference()
 {
-    const auto found = std::find_if(
+    const auto* const found = std::find_if(
         kPhaseReferences.begin(), kPhaseReferences.end(), [this](PhaseReference reference) {
             const size_t middle = mNextHop * kHopLines;
             return mSamples.measure(reference, middle, windowFrequency()).mShare >= kMinShare;

@@ -216,7 +216,7 @@ std::optional<RowKind> findRowKind(std::string_view name)
 
 std::optional<Channel> findChannel(std::string_view name)
 {
-    const auto found = std::find(kChannelNames.begin(), kChannelNames.end(), name);
+    const auto* const found = std::find(kChannelNames.begin(), kChannelNames.end(), name);
     return found == kChannelNames.end()
                ? std::nullopt
                : std::optional(static_cast<Channel>(found - kChannelNames.begin()));

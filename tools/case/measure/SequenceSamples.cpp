@@ -70,7 +70,7 @@ void SequenceSamples::prepareWeights(double cyclesPerLine)
     }
     mCyclesPerLine = cyclesPerLine;
     const auto half = static_cast<int>(1.0 / cyclesPerLine);
-    mWindowLength = static_cast<size_t>(2 * half + 1);
+    mWindowLength = 2 * static_cast<size_t>(half) + 1;
     mWindow.clear();
     mCos.clear();
     mSin.clear();
