@@ -31,11 +31,11 @@ std::string verdictsOf(const MemoryJournal& journal)
 }
 
 /** The plays with findings; -1 is the night itself. */
-std::set<int> playsFoundWrong(const MemoryJournal& journal)
+std::set<int> playsWithFindings(const MemoryJournal& journal)
 {
     std::set<int> plays;
-    for (const journal::FoundWrong& found : journal.all<journal::FoundWrong>()) {
-        plays.insert(found.mPlay.value_or(-1));
+    for (const journal::Finding& finding : journal.all<journal::Finding>()) {
+        plays.insert(finding.mPlay.value_or(-1));
     }
     return plays;
 }
@@ -180,7 +180,7 @@ TEST_F(NightTest, NoCleanNightFails)
         ASSERT_EQ(verdictsOf(journal), std::string(night.mBegin.mOrder.size(), 'p') + " done")
             << "round " << round << '\n'
             << textOf(journal);
-        ASSERT_TRUE(playsFoundWrong(journal).empty());
+        ASSERT_TRUE(playsWithFindings(journal).empty());
     }
 }
 
@@ -259,7 +259,7 @@ TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
             playNight(night, desk, journal);
             SCOPED_TRACE(std::string(fault.mName) + " at block " + std::to_string(at) + ", play " +
                          std::to_string(*suspects.begin()));
-            const std::set<int> wrong = playsFoundWrong(journal);
+            const std::set<int> wrong = playsWithFindings(journal);
             ASSERT_EQ(wrong.size(), 1U) << textOf(journal);
             EXPECT_EQ(suspects.count(*wrong.begin()), 1U) << textOf(journal);
             std::string verdicts(6, 'p');
@@ -321,7 +321,7 @@ TEST_F(NightTest, OtherFaultsEndAsTheyShould)
         MemoryJournal journal;
         playNight(night, desk, journal);
         EXPECT_EQ(verdictsOf(journal), row.mVerdicts) << textOf(journal);
-        EXPECT_EQ(playsFoundWrong(journal), row.mWrong) << textOf(journal);
+        EXPECT_EQ(playsWithFindings(journal), row.mWrong) << textOf(journal);
     }
 }
 
@@ -382,7 +382,7 @@ TEST_F(NightTest, APlayWithAFindingFailsAlsoWhenItIsPlayedAgain)
     journal.mEntries = {{1, night.mBegin},
                         {2, journal::ProgramStarted{1}},
                         {3, journal::PlayBegin{0}},
-                        {4, journal::FoundWrong{0, "missing", "360 samples", {}, ""}}};
+                        {4, journal::Finding{0, "missing", "360 samples", {}, ""}}};
     SimulatedDesk desk(night.mCases);
     run::Night played(night.mBegin, *night.mPlan, {}, desk, journal);
     played.resume(run::resumePointOf(journal.mEntries), {}, desk.now());

@@ -57,8 +57,7 @@ protected:
     }
 
     /** @param findings of the play */
-    static std::vector<journal::Entry> entries(
-        const std::vector<journal::FoundWrong>& findings = {})
+    static std::vector<journal::Entry> entries(const std::vector<journal::Finding>& findings = {})
     {
         journal::NightBegin night;
         night.mName = "night";
@@ -66,8 +65,8 @@ protected:
         night.mCases = {{"dip", 1, "dip.csv", kCaseSamples, 4, 80'000'000, 1, "file", {}}};
         night.mOrder = {0};
         std::vector<journal::Entry> entries = {{1, night}, {2, journal::PlayBegin{0}}};
-        for (const journal::FoundWrong& found : findings) {
-            entries.push_back({3, found});
+        for (const journal::Finding& finding : findings) {
+            entries.push_back({3, finding});
         }
         entries.push_back({4, journal::PlayEnd{0, journal::PlayVerdict::Passed, kFirstNs, kLastNs,
                                                kCaseSamples, 1000, findings.size()}});
@@ -141,10 +140,10 @@ TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)
         keep(sample, 5000 + static_cast<qint32>(sample));
     }
     mFiles.make("kept.bin", kept);
-    const journal::FoundWrong found{0, "missing", "3 samples", kFirstNs + 16 * kRecordStepNs,
-                                    "kept.bin"};
+    const journal::Finding finding{0, "missing", "3 samples", kFirstNs + 16 * kRecordStepNs,
+                                   "kept.bin"};
     const plot::Picture picture =
-        findingPicture(mFiles.path(""), mNight, mNight.mPlays.data(), found, &mExpected);
+        findingPicture(mFiles.path(""), mNight, mNight.mPlays.data(), finding, &mExpected);
 
     ASSERT_EQ(picture.mWhole.size(), 2U);
     ASSERT_EQ(picture.mWhole[0].mCurves.size(), 8U);
@@ -161,7 +160,7 @@ TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)
     EXPECT_DOUBLE_EQ(picture.mCommands[0].mSeconds, 6 * kRecordStepNs * 1e-9);
 
     const plot::Picture outside =
-        findingPicture(mFiles.path(""), mNight, nullptr, found, &mExpected);
+        findingPicture(mFiles.path(""), mNight, nullptr, finding, &mExpected);
     EXPECT_EQ(outside.mWhole[0].mCurves.size(), 4U);
     EXPECT_NE(outside.mCaption.find("not drawn"), std::string::npos);
 }
@@ -170,8 +169,8 @@ TEST_F(ReportPictureTest, ReportsAreWrittenWithoutPictures)
 {
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/nowhere");
-    const journal::FoundWrong found{0, "died", "by 9", std::nullopt, "kept/lost.bin"};
-    mFiles.make("journal.jsonl", journalOf(entries({found})));
+    const journal::Finding finding{0, "died", "by 9", std::nullopt, "kept/lost.bin"};
+    mFiles.make("journal.jsonl", journalOf(entries({finding})));
     const NightSummary night = writeReports(mFiles.path(""));
     qputenv("PATH", path);
     EXPECT_EQ(statusOf(night), 1);

@@ -53,7 +53,7 @@ public:
     Steps& play(int play, PlayVerdict verdict) { return begin(play).end(play, verdict); }
     Steps& found(std::optional<int> play, const std::string& text = "9 samples are missing")
     {
-        return add(journal::FoundWrong{play, "missing", text, kBeginNs + 1, ""});
+        return add(journal::Finding{play, "missing", text, kBeginNs + 1, ""});
     }
     Steps& over(NightEnd::Reason reason) { return add(NightEnd{reason, "it died twice"}); }
 

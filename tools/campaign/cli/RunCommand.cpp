@@ -93,11 +93,11 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
     const bool isThere = QFileInfo::exists(QString::fromStdString(path));
     if (isThere && !options.mResume) {
         throw CLI::ValidationError("-o", options.mFolder +
-                                             " holds a night; name another folder, or go on with "
-                                             "it: --resume");
+                                             " holds a night; name another folder, or continue it "
+                                             "with --resume");
     }
     if (!isThere && options.mResume) {
-        throw CLI::ValidationError("--resume", options.mFolder + " holds no night");
+        throw CLI::ValidationError("--resume", options.mFolder + " has no night to resume");
     }
     std::optional<journal::Journal> journal;
     if (isThere) {
@@ -200,18 +200,14 @@ run::NightOptions nightOptionsOf(const RunOptions& options)
     return night;
 }
 
-template <typename Night, typename Player>
-std::string playWith(Night& night, Player& player, const Prepared& prepared,
-                     const run::Environment& environment, run::EndingSignals& ending,
-                     run::NightDisplay& display)
+void beginOrResume(run::ScheduledNight& night, const Prepared& prepared,
+                   const run::Environment& environment)
 {
     if (prepared.mResume) {
         night.resume(*prepared.mResume, environment, run::momentNow());
     } else {
         night.begin(run::momentNow());
     }
-    run::playNight(night, player, ending, display);
-    return night.problem();
 }
 
 /** Why the journal could not be written; empty when it could. */
@@ -233,12 +229,16 @@ std::string playPrepared(const RunOptions& options, Prepared prepared)
         run::RealDevice device(options.mFifo, options.mLog);
         run::DeviceNight night(prepared.mNight, prepared.mStage.mSteady.mDurationNs, nightOptions,
                                device, displayed);
-        return playWith(night, device, prepared, environment, ending, display);
+        beginOrResume(night, prepared, environment);
+        run::playNight(night, device, ending, display);
+        return night.problem();
     }
     const explain::PlayPlan plan(prepared.mStage.mConfiguration, prepared.mStage.mDirectory);
     run::SandboxDesk desk(setup);
     run::Night night(prepared.mNight, plan, nightOptions, desk, displayed);
-    return playWith(night, desk, prepared, environment, ending, display);
+    beginOrResume(night, prepared, environment);
+    run::playNight(night, desk, ending, display);
+    return night.problem();
 }
 
 void runPlan(const RunOptions& options)
@@ -249,7 +249,7 @@ void runPlan(const RunOptions& options)
     }
     const std::string problem = playPrepared(options, std::move(prepared));
     if (!problem.empty()) {
-        std::cerr << "vx-campaign: the night ends here: " << problem << std::endl;
+        std::cerr << "vx-campaign: the night ends: " << problem << std::endl;
     }
     const report::NightSummary night = report::writeReports(options.mFolder);
     for (const std::string& remark : expected::measurePlays(options.mFolder, night)) {

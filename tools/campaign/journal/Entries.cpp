@@ -131,7 +131,7 @@ struct Writer
         (*mJson)["text"] = step.mText;
     }
 
-    void operator()(const FoundWrong& step) const
+    void operator()(const Finding& step) const
     {
         Json& json = begin("finding");
         addOptional(&json, "play", step.mPlay);
@@ -187,7 +187,7 @@ NightBegin nightOf(const Json& json)
     return step;
 }
 
-FoundWrong findingOf(const Json& json)
+Finding findingOf(const Json& json)
 {
     return {optionalAt<int>(json, "play"), json.at("kind").get<std::string>(),
             json.at("text").get<std::string>(), optionalAt<qint64>(json, "stamp"),

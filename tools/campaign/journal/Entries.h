@@ -85,7 +85,7 @@ struct CommandSent
 };
 
 /** Something is wrong. */
-struct FoundWrong
+struct Finding
 {
     std::optional<int> mPlay; ///< none: before the first or after the last one
     std::string mKind;        ///< as explain names it ("missing"), or one of the campaign's own
@@ -134,7 +134,7 @@ struct NightEnd
     std::string mText; ///< why it gave up
 };
 
-using Step = std::variant<NightBegin, Resumed, ProgramStarted, PlayBegin, CommandSent, FoundWrong,
+using Step = std::variant<NightBegin, Resumed, ProgramStarted, PlayBegin, CommandSent, Finding,
                           PlayEnd, ProgramEnded, NightEnd>;
 
 struct Entry

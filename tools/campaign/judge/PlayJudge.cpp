@@ -116,11 +116,11 @@ void PlayJudge::add(const explain::PlayedSegment& segment)
         return;
     }
     if (!plays(segment, 0)) {
-        addFound({kNotPlanned,
-                  fmt::format("{} was played although it was not its turn: {} samples from {} on",
-                              segment.mFile, segment.mSamples,
-                              explain::stampText(segment.mFirstStampNs)),
-                  0, segment.mSamples, segment.mFirstStampNs, false});
+        addFinding({kNotPlanned,
+                    fmt::format("{} was played although it was not its turn: {} samples from {} on",
+                                segment.mFile, segment.mSamples,
+                                explain::stampText(segment.mFirstStampNs)),
+                    0, segment.mSamples, segment.mFirstStampNs, false});
         mIsLost = true;
     }
 }
@@ -138,30 +138,30 @@ void PlayJudge::add(const explain::CommandOutcome& command)
 void PlayJudge::add(const explain::Finding& finding)
 {
     const explain::FindingName& name = explain::nameOf(finding.mKind);
-    addFound({name.mKey, finding.mText, finding.mRecord, finding.mCount,
-              name.mIsOfRun ? std::nullopt : mSamples.stampNsAt(finding.mRecord), name.mIsOfRun});
+    addFinding({name.mKey, finding.mText, finding.mRecord, finding.mCount,
+                name.mIsOfRun ? std::nullopt : mSamples.stampNsAt(finding.mRecord), name.mIsOfRun});
     mIsLost = mIsLost || finding.mKind == FindingKind::NotGiven ||
               finding.mKind == FindingKind::NotFollowed;
 }
 
 void PlayJudge::add(const explain::Verdict& /*verdict*/) {}
 
-void PlayJudge::addFound(Found found)
+void PlayJudge::addFinding(Finding finding)
 {
-    if (mPlayedAt && belongsToPlayed(found)) {
+    if (mPlayedAt && belongsToPlayed(finding)) {
         mOutcomes.insert(mOutcomes.begin() + static_cast<std::ptrdiff_t>((*mPlayedAt)++),
-                         std::move(found));
+                         std::move(finding));
     } else {
-        mOutcomes.emplace_back(std::move(found));
+        mOutcomes.emplace_back(std::move(finding));
     }
 }
 
 /** Of what is found once the play is complete. */
-bool PlayJudge::belongsToPlayed(const Found& found) const
+bool PlayJudge::belongsToPlayed(const Finding& finding) const
 {
-    const bool isTwice = found.mKind == explain::nameOf(FindingKind::Twice).mKey;
-    return found.mIsOfRun || (isTwice && found.mRecord > 0 &&
-                              mSamples.stampNsAt(found.mRecord - 1) == mPlayed.mLastStampNs);
+    const bool isTwice = finding.mKind == explain::nameOf(FindingKind::Twice).mKey;
+    return finding.mIsOfRun || (isTwice && finding.mRecord > 0 &&
+                                mSamples.stampNsAt(finding.mRecord - 1) == mPlayed.mLastStampNs);
 }
 
 } // namespace judge

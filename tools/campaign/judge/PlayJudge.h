@@ -11,7 +11,7 @@
 namespace judge {
 
 /** Something is wrong. */
-struct Found
+struct Finding
 {
     std::string mKind; ///< as explain names it, or kNotPlanned
     std::string mText;
@@ -38,7 +38,7 @@ struct Played
     std::optional<qint64> mDelayNs; ///< from the command to the arrival of its first sample
 };
 
-using Outcome = std::variant<Found, Played>;
+using Outcome = std::variant<Finding, Played>;
 
 /** A configuration was played that nobody planned: neither the steady signal nor the case. */
 inline constexpr const char* kNotPlanned = "notPlanned";
@@ -98,8 +98,8 @@ private:
     void add(const explain::Verdict& verdict) override;
 
     void countHeard(const SampleRecord* records, size_t count);
-    void addFound(Found found);
-    bool belongsToPlayed(const Found& found) const;
+    void addFinding(Finding finding);
+    bool belongsToPlayed(const Finding& finding) const;
     void closePlay();
     void endPlay(Played::Ending ending, size_t index);
     bool plays(const explain::PlayedSegment& segment, int configuration) const;

@@ -26,8 +26,8 @@ std::string field(const std::string& text)
 std::string whatOf(const PlaySummary& play)
 {
     std::string what;
-    for (const journal::FoundWrong& found : play.mFound) {
-        what += (what.empty() ? "" : "; ") + found.mText;
+    for (const journal::Finding& finding : play.mListedFindings) {
+        what += (what.empty() ? "" : "; ") + finding.mText;
     }
     return what;
 }

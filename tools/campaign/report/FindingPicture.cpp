@@ -137,16 +137,16 @@ std::string addExpected(const NightSummary& night, const PlaySummary* play, qint
 } // namespace
 
 plot::Picture findingPicture(const std::string& folder, const NightSummary& night,
-                             const PlaySummary* play, const journal::FoundWrong& found,
+                             const PlaySummary* play, const journal::Finding& finding,
                              ExpectedSamples* expected)
 {
-    std::vector<DrawnSamples> drawn{readKept(folder + "/" + found.mSamplesFile)};
+    std::vector<DrawnSamples> drawn{readKept(folder + "/" + finding.mSamplesFile)};
     const auto [first, last] =
         std::minmax_element(drawn[0].mStampsNs.begin(), drawn[0].mStampsNs.end());
     const qint64 fromNs = *first;
     const qint64 toNs = *last;
     if (fromNs == toNs) {
-        throw base::CaseError(found.mSamplesFile + ": all samples have the same time stamp");
+        throw base::CaseError(finding.mSamplesFile + ": all samples have the same time stamp");
     }
     plot::Picture picture;
     picture.mTitle = (play == nullptr ? "Outside the plays" : playText(night, *play)) +
@@ -156,8 +156,8 @@ plot::Picture findingPicture(const std::string& folder, const NightSummary& nigh
     const FindingPictureMaker maker(fromNs, std::move(drawn));
     maker.addPanels(&picture);
     picture.mEnd = maker.secondsOf(toNs);
-    if (found.mStampNs && *found.mStampNs >= fromNs && *found.mStampNs <= toNs) {
-        picture.mCommands.push_back({maker.secondsOf(*found.mStampNs), found.mKind});
+    if (finding.mStampNs && *finding.mStampNs >= fromNs && *finding.mStampNs <= toNs) {
+        picture.mCommands.push_back({maker.secondsOf(*finding.mStampNs), finding.mKind});
     }
     return picture;
 }

@@ -18,7 +18,7 @@ inline constexpr size_t kMaxDrawnRecords = 20'000;
  * @throws CaseError when the kept samples cannot be read or drawn
  */
 plot::Picture findingPicture(const std::string& folder, const NightSummary& night,
-                             const PlaySummary* play, const journal::FoundWrong& found,
+                             const PlaySummary* play, const journal::Finding& finding,
                              ExpectedSamples* expected);
 
 } // namespace report

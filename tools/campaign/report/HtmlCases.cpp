@@ -237,7 +237,7 @@ void NotObserved::addUnkept()
     size_t count = 0;
     for (const PlaySummary& play : mNight.mPlays) {
         count += static_cast<size_t>(std::count_if(
-            play.mFound.begin(), play.mFound.end(),
+            play.mListedFindings.begin(), play.mListedFindings.end(),
             [](const auto& found) { return found.mStampNs && found.mSamplesFile.empty(); }));
     }
     if (count > 0) {

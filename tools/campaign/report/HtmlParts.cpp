@@ -34,22 +34,22 @@ std::string othersText(const NightSummary& night)
     return text;
 }
 
-std::string foundText(const journal::FoundWrong& found)
+std::string findingText(const journal::Finding& finding)
 {
-    return fmt::format("<li><strong>{}</strong>: {}{}</li>\n", htmlText(found.mKind),
-                       htmlText(found.mText),
-                       found.mStampNs ? " <small>at " + utcText(*found.mStampNs) + "</small>" : "");
+    return fmt::format(
+        "<li><strong>{}</strong>: {}{}</li>\n", htmlText(finding.mKind), htmlText(finding.mText),
+        finding.mStampNs ? " <small>at " + utcText(*finding.mStampNs) + "</small>" : "");
 }
 
 /** One list, and each file of kept samples once. */
-std::string foundList(const std::vector<journal::FoundWrong>& found, const Pictures& pictures,
-                      const std::string& what)
+std::string findingList(const std::vector<journal::Finding>& findings, const Pictures& pictures,
+                        const std::string& what)
 {
     std::string list;
     std::string figures;
     std::set<std::string> shown;
-    for (const journal::FoundWrong& it : found) {
-        list += foundText(it);
+    for (const journal::Finding& it : findings) {
+        list += findingText(it);
         const auto drawing = pictures.mFindings.find(it.mSamplesFile);
         if (drawing != pictures.mFindings.end() && shown.insert(it.mSamplesFile).second) {
             figures += figureOf(drawing->second, "the samples around a finding of " + what);
@@ -68,11 +68,11 @@ std::string playFindings(const NightSummary& night, size_t index, const Pictures
     if (play.mAttempts > 1) {
         text += "<p>An attempt was cut off; what was found in it counts as well.</p>\n";
     }
-    if (play.mFindings > play.mFound.size()) {
+    if (play.mFindings > play.mListedFindings.size()) {
         text += fmt::format("<p>{}, of which these are listed:</p>\n",
                             countText(play.mFindings, "finding"));
     }
-    return text + foundList(play.mFound, pictures, name);
+    return text + findingList(play.mListedFindings, pictures, name);
 }
 } // namespace
 
@@ -144,7 +144,7 @@ std::string findingsPart(const NightSummary& night, const Pictures& pictures)
     }
     if (!night.mOutside.empty()) {
         text += "<h3>Outside the plays</h3>\n" +
-                foundList(night.mOutside, pictures, "the time outside the plays");
+                findingList(night.mOutside, pictures, "the time outside the plays");
     }
     for (const journal::ProgramEnded& death : night.mDeaths) {
         text +=

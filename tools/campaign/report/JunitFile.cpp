@@ -17,10 +17,10 @@ std::string timestampOf(qint64 ns)
     return text.substr(0, text.find('.'));
 }
 
-std::string textOf(const std::vector<journal::FoundWrong>& found)
+std::string textOf(const std::vector<journal::Finding>& findings)
 {
     std::string text;
-    for (const journal::FoundWrong& it : found) {
+    for (const journal::Finding& it : findings) {
         text +=
             (it.mStampNs ? utcText(*it.mStampNs) + " " : "") + it.mKind + ": " + it.mText + "\n";
     }
@@ -65,9 +65,9 @@ void addPlay(const NightSummary& night, const PlaySummary& play, Suite& suite)
         suite.addTest(playText(night, play), hasEnded ? play.mEndNs - play.mBeginNs : 0);
     switch (play.mOutcome) {
         case Outcome::Failed:
-            test.fail(play.mFound.empty() ? "failed" : play.mFound.front().mKind,
-                      play.mFound.empty() ? "failed" : play.mFound.front().mText,
-                      textOf(play.mFound));
+            test.fail(play.mListedFindings.empty() ? "failed" : play.mListedFindings.front().mKind,
+                      play.mListedFindings.empty() ? "failed" : play.mListedFindings.front().mText,
+                      textOf(play.mListedFindings));
             break;
         case Outcome::Unfinished:
             test.failToRun("not finished", "the night ended while it was played", "");

@@ -63,7 +63,7 @@ public:
     void operator()(const journal::ProgramStarted&) { ++mSummary.mProgramRuns; }
     void operator()(const journal::PlayBegin& begin);
     void operator()(const journal::CommandSent&) {}
-    void operator()(const journal::FoundWrong& found);
+    void operator()(const journal::Finding& finding);
     void operator()(const journal::PlayEnd& end);
     void operator()(const journal::ProgramEnded& end);
     void operator()(const journal::NightEnd& end);
@@ -119,12 +119,12 @@ void SummaryBuilder::operator()(const journal::PlayBegin& begin)
     play.mOutcome = std::max(play.mOutcome, Outcome::Unfinished);
 }
 
-void SummaryBuilder::operator()(const journal::FoundWrong& found)
+void SummaryBuilder::operator()(const journal::Finding& finding)
 {
-    if (found.mPlay) {
-        playAt(*found.mPlay).mFound.push_back(found);
+    if (finding.mPlay) {
+        playAt(*finding.mPlay).mListedFindings.push_back(finding);
     } else {
-        mSummary.mOutside.push_back(found);
+        mSummary.mOutside.push_back(finding);
     }
 }
 
@@ -186,7 +186,7 @@ void SummaryBuilder::addPlay()
 
 void SummaryBuilder::finishPlay(PlaySummary* play)
 {
-    play->mFindings = std::max<quint64>(play->mFindings, play->mFound.size());
+    play->mFindings = std::max<quint64>(play->mFindings, play->mListedFindings.size());
     if (play->mFindings > 0) {
         play->mOutcome = Outcome::Failed;
     }

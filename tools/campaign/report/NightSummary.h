@@ -57,8 +57,8 @@ struct PlaySummary
     qint64 mLastStampNs = 0;
     quint64 mSamples = 0;
     std::optional<qint64> mDelayNs;
-    quint64 mFindings = 0;                   ///< may be more than are listed
-    std::vector<journal::FoundWrong> mFound; ///< those of attempts that were cut off included
+    quint64 mFindings = 0;                         ///< may be more than are listed
+    std::vector<journal::Finding> mListedFindings; ///< those of attempts that were cut off included
 };
 
 enum class Grade
@@ -126,7 +126,7 @@ struct NightSummary
     std::vector<Session> mSessions;
     std::vector<PlaySummary> mPlays;
     std::vector<CaseSummary> mCases;
-    std::vector<journal::FoundWrong> mOutside; ///< before the first play or after the last one
+    std::vector<journal::Finding> mOutside; ///< before the first play or after the last one
     std::vector<journal::ProgramEnded> mDeaths;
     size_t mProgramRuns = 0;
     OutcomeCounts mCounts;

@@ -77,30 +77,30 @@ void PictureDrawer::drawCases(bool areGood)
 void PictureDrawer::drawFindings()
 {
     for (const PlaySummary& play : mNight.mPlays) {
-        for (const journal::FoundWrong& found : play.mFound) {
-            drawFinding(&play, found);
+        for (const journal::Finding& finding : play.mListedFindings) {
+            drawFinding(&play, finding);
         }
     }
-    for (const journal::FoundWrong& found : mNight.mOutside) {
-        drawFinding(nullptr, found);
+    for (const journal::Finding& finding : mNight.mOutside) {
+        drawFinding(nullptr, finding);
     }
 }
 
 /** Findings near to each other have their samples in one file. */
-void PictureDrawer::drawFinding(const PlaySummary* play, const journal::FoundWrong& found)
+void PictureDrawer::drawFinding(const PlaySummary* play, const journal::Finding& finding)
 {
-    if (found.mSamplesFile.empty() || mPictures.mFindings.count(found.mSamplesFile) > 0) {
+    if (finding.mSamplesFile.empty() || mPictures.mFindings.count(finding.mSamplesFile) > 0) {
         return;
     }
-    Drawing& drawing = mPictures.mFindings[found.mSamplesFile];
+    Drawing& drawing = mPictures.mFindings[finding.mSamplesFile];
     if (mBytes > kMaxBytes / 2) {
         drawing.mWhyNot =
             fmt::format("the report has no room for more of them; vx-case plot {} draws it",
-                        found.mSamplesFile);
+                        finding.mSamplesFile);
         return;
     }
     try {
-        plot::Picture picture = findingPicture(mFolder, mNight, play, found, &mExpected);
+        plot::Picture picture = findingPicture(mFolder, mNight, play, finding, &mExpected);
         thinCurves(&picture);
         drawing = draw(picture);
     } catch (const base::CaseError& error) {

@@ -41,7 +41,7 @@ public:
 private:
     Drawing draw(const plot::Picture& picture);
     Drawing drawCase(const journal::StagedCase& staged);
-    void drawFinding(const PlaySummary* play, const journal::FoundWrong& found);
+    void drawFinding(const PlaySummary* play, const journal::Finding& finding);
     void drawFindings();
     void drawCases(bool areGood);
 

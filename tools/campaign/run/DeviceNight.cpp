@@ -18,7 +18,7 @@ constexpr qint64 kPlayingToleranceNs = 1'000'000'000;
 
 DeviceNight::DeviceNight(const journal::NightBegin& night, qint64 steadyNs,
                          const NightOptions& options, Device& device, journal::JournalSink& sink)
-    : mCourse(night, options, steadyNs + kPlayingToleranceNs, sink),
+    : ScheduledNight(night, options, steadyNs + kPlayingToleranceNs, sink),
       mDevice(device),
       mSteadyFileNs(steadyNs)
 {
@@ -27,24 +27,9 @@ DeviceNight::DeviceNight(const journal::NightBegin& night, qint64 steadyNs,
     }
 }
 
-void DeviceNight::begin(const Moment& now)
-{
-    mCourse.setTime(now);
-    mCourse.begin();
-    tick(now);
-}
-
-void DeviceNight::resume(const ResumePoint& point,
-                         const std::map<std::string, std::string>& environment, const Moment& now)
-{
-    mCourse.setTime(now);
-    mCourse.resume(point, environment);
-    tick(now);
-}
-
 void DeviceNight::addLogLine(const std::string& line, const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     if (mState != State::Commanded) {
         return;
     }
@@ -63,7 +48,7 @@ void DeviceNight::addLogLine(const std::string& line, const Moment& now)
 
 void DeviceNight::interrupt(const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     if (!isOver()) {
         finish(NightEnd::Reason::Interrupted);
     }
@@ -71,18 +56,18 @@ void DeviceNight::interrupt(const Moment& now)
 
 void DeviceNight::tick(const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     if (!problem().empty()) {
         mState = State::Over;
-    } else if (mState == State::Waiting && mCourse.isDue()) {
+    } else if (mState == State::Waiting && schedule().isDue()) {
         nextPlay();
-    } else if (mState == State::Gap && inStateNs() >= mCourse.gapNs()) {
+    } else if (mState == State::Gap && inStateNs() >= schedule().gapNs()) {
         sendCommand();
     } else if (mState == State::Commanded &&
                inStateNs() > mSteadyFileNs + mLongestCaseNs + kAnswerToleranceNs) {
         fail("notAnswered", "the log does not answer the command");
     } else if (mState == State::Playing &&
-               inStateNs() >= mCourse.currentCase().mDurationNs + kPlayingToleranceNs) {
+               inStateNs() >= schedule().currentCase().mDurationNs + kPlayingToleranceNs) {
         endPlay();
     }
 }
@@ -90,25 +75,24 @@ void DeviceNight::tick(const Moment& now)
 void DeviceNight::enter(State state)
 {
     mState = state;
-    mSinceNs = mCourse.now().mSteadyNs;
+    mSinceNs = schedule().now().mSteadyNs;
 }
 
 void DeviceNight::nextPlay()
 {
-    if (!mCourse.hasNext()) {
-        finish(mCourse.reason());
+    if (!schedule().hasNext()) {
+        finish(schedule().reason());
         return;
     }
-    mCourse.beginNext();
+    schedule().beginNext();
     enter(State::Gap);
 }
 
 void DeviceNight::sendCommand()
 {
-    mRequest = {true, mCourse.currentCase().mNumber};
+    mRequest = {true, schedule().currentCase().mNumber};
     const QByteArray line = mRequest.line();
-    mCourse.chronicle().write(
-        journal::CommandSent{*mCourse.chronicle().play(), line.trimmed().toStdString()});
+    playJournal().write(journal::CommandSent{*playJournal().play(), line.trimmed().toStdString()});
     const std::string refusal = mDevice.send(line.toStdString());
     if (refusal.empty()) {
         enter(State::Commanded);
@@ -119,19 +103,19 @@ void DeviceNight::sendCommand()
 
 void DeviceNight::fail(const std::string& kind, const std::string& text)
 {
-    mCourse.chronicle().find({std::nullopt, kind, text, std::nullopt, ""});
+    playJournal().addFinding({std::nullopt, kind, text, std::nullopt, ""});
     endPlay();
 }
 
 void DeviceNight::endPlay()
 {
-    mCourse.endPlay({0, journal::PlayVerdict::NotObserved, 0, 0, 0, std::nullopt, 0});
+    schedule().endPlay({0, journal::PlayVerdict::NotObserved, 0, 0, 0, std::nullopt, 0});
     nextPlay();
 }
 
 void DeviceNight::finish(NightEnd::Reason reason)
 {
-    mCourse.chronicle().write(NightEnd{reason, ""});
+    playJournal().write(NightEnd{reason, ""});
     mState = State::Over;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "PlayRequest.h"
-#include "run/Course.h"
+#include "run/ScheduledNight.h"
 
 namespace run {
 
@@ -25,31 +25,19 @@ public:
  *
  * Borrows all that it is given.
  */
-class DeviceNight
+class DeviceNight : public ScheduledNight
 {
 public:
     /** @param steadyNs of the steady signal's file: a command is taken at its end */
     DeviceNight(const journal::NightBegin& night, qint64 steadyNs, const NightOptions& options,
                 Device& device, journal::JournalSink& sink);
 
-    void begin(const Moment& now);
-    void resume(const ResumePoint& point, const std::map<std::string, std::string>& environment,
-                const Moment& now);
-
     /** The log has one more line. */
     void addLogLine(const std::string& line, const Moment& now);
 
-    void interrupt(const Moment& now);
-
-    /** Time passes; to be called often. */
-    void tick(const Moment& now);
-
-    bool isOver() const { return mState == State::Over; }
-
-    /** Why the journal could not be written; empty when all of it was. */
-    const std::string& problem() const { return mCourse.chronicle().problem(); }
-
-    Progress progress() const { return mCourse.progress(); }
+    void interrupt(const Moment& now) override;
+    void tick(const Moment& now) override;
+    bool isOver() const override { return mState == State::Over; }
 
 private:
     enum class State
@@ -67,9 +55,8 @@ private:
     void endPlay();
     void enter(State state);
     void finish(journal::NightEnd::Reason reason);
-    qint64 inStateNs() const { return mCourse.now().mSteadyNs - mSinceNs; }
+    qint64 inStateNs() const { return schedule().now().mSteadyNs - mSinceNs; }
 
-    Course mCourse;
     Device& mDevice;
     qint64 mSteadyFileNs;
     qint64 mLongestCaseNs = 0;

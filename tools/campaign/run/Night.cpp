@@ -64,32 +64,16 @@ qint64 samplesIn(const explain::PlayPlan& plan)
 
 Night::Night(const journal::NightBegin& night, const explain::PlayPlan& plan,
              const NightOptions& options, Desk& desk, journal::JournalSink& sink)
-    : mPlan(plan),
+    : ScheduledNight(night, options, 2 * steadyNsOf(plan) + lagNs(plan) / 2, sink),
+      mPlan(plan),
       mDesk(desk),
-      mRecorder(desk),
-      mCourse(night, options, 2 * steadyNsOf(plan) + lagNs(plan) / 2, sink)
+      mRecorder(desk)
 {
-}
-
-void Night::begin(const Moment& now)
-{
-    mCourse.setTime(now);
-    mCourse.begin();
-    tick(now);
-}
-
-void Night::resume(const ResumePoint& point, const std::map<std::string, std::string>& environment,
-                   const Moment& now)
-{
-    mCourse.setTime(now);
-    mCourse.resume(point, environment);
-    mRun = point.mRuns;
-    tick(now);
 }
 
 void Night::add(const explain::Event& event, const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     if (!mJudge) {
         return;
     }
@@ -102,7 +86,8 @@ void Night::add(const explain::Event& event, const Moment& now)
     }
     if (event.mKind == explain::Event::Kind::Block && !event.mAccepted && !mJudge->hasBegun()) {
         find(explain::nameOf(explain::FindingKind::Missing).mKey,
-             fmt::format("{} samples are missing, the first of all", event.mSamples));
+             fmt::format("the first {} samples of the run are missing: the driver refused them",
+                         event.mSamples));
     }
     if (event.mKind == explain::Event::Kind::ProgramEnd) {
         mHow = event.mText;
@@ -112,7 +97,7 @@ void Night::add(const explain::Event& event, const Moment& now)
 
 void Night::add(const SampleRecord* records, size_t count, const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     if (!mJudge) {
         return;
     }
@@ -125,7 +110,7 @@ void Night::add(const SampleRecord* records, size_t count, const Moment& now)
 
 void Night::programEnded(const std::string& problem, size_t restBytes, const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     const bool wasAsked = mState == State::Stopping;
     mState = State::Stopping;
     mHow = mHow.empty() ? problem : mHow;
@@ -139,7 +124,7 @@ void Night::programEnded(const std::string& problem, size_t restBytes, const Mom
         judgeRest(restBytes);
     }
     mRecorder.stop();
-    mCourse.chronicle().write(journal::ProgramEnded{mRun, mHow});
+    schedule().endRun(mHow);
     nextProgram();
 }
 
@@ -151,7 +136,7 @@ void Night::judgeRest(size_t restBytes)
     if (!mHow.empty() && !mIsDeathFound) {
         find(explain::nameOf(explain::FindingKind::Died).mKey, mHow);
     }
-    if (mCourse.chronicle().play() && mCourse.chronicle().findings() > 0) {
+    if (playJournal().play() && playJournal().findings() > 0) {
         endPlay(mJudge->soFar());
     }
     mJudge.reset();
@@ -159,7 +144,7 @@ void Night::judgeRest(size_t restBytes)
 
 void Night::interrupt(const Moment& now)
 {
-    mCourse.setTime(now);
+    schedule().setTime(now);
     if (mState == State::Over) {
         return;
     }
@@ -173,8 +158,8 @@ void Night::interrupt(const Moment& now)
 
 void Night::tick(const Moment& now)
 {
-    mCourse.setTime(now);
-    if (mState == State::Waiting && mCourse.isDue()) {
+    schedule().setTime(now);
+    if (mState == State::Waiting && schedule().isDue()) {
         nextProgram();
     }
     if (isProgramUp()) {
@@ -198,7 +183,7 @@ bool Night::isProgramUp() const
 /** Starts the program for the next play, or ends the night. */
 void Night::nextProgram()
 {
-    if (mEnd || !mCourse.hasNext() || !problem().empty()) {
+    if (mEnd || !schedule().hasNext() || !problem().empty()) {
         finish();
         return;
     }
@@ -207,22 +192,22 @@ void Night::nextProgram()
 
 void Night::startProgram()
 {
-    mCourse.chronicle().write(journal::ProgramStarted{++mRun});
+    schedule().beginRun();
     mJudge.emplace(mPlan);
     mHow.clear();
     mIsDeathFound = false;
-    mLastHeardNs = mCourse.now().mSteadyNs;
+    mLastHeardNs = schedule().now().mSteadyNs;
     beginPlay();
-    mDesk.start(mRun);
+    mDesk.start(schedule().run());
 }
 
 void Night::beginPlay()
 {
-    mCourse.beginNext();
+    schedule().beginNext();
     mKeptOfPlay = 0;
-    const journal::StagedCase& next = mCourse.currentCase();
+    const journal::StagedCase& next = schedule().currentCase();
     if (!next.mExpected.empty()) {
-        mRecorder.begin(expectedName(next, *mCourse.chronicle().play()));
+        mRecorder.begin(expectedName(next, *playJournal().play()));
     }
     mState = State::Gap;
     mPhaseFromNs = mJudge->heardNs();
@@ -230,13 +215,13 @@ void Night::beginPlay()
 
 void Night::sendCommand()
 {
-    const journal::StagedCase& next = mCourse.currentCase();
+    const journal::StagedCase& next = schedule().currentCase();
     const std::string command = 's' + std::to_string(next.mNumber);
-    mCourse.chronicle().write(journal::CommandSent{*mCourse.chronicle().play(), command});
+    playJournal().write(journal::CommandSent{*playJournal().play(), command});
     mRecorder.endBefore();
     mState = State::Playing;
     mPhaseFromNs = mJudge->heardNs();
-    mCommandedAt = mCourse.now();
+    mCommandedAt = schedule().now();
     mJudge->expect(next.mNumber, next.mSamples);
     mDesk.send(command);
 }
@@ -251,17 +236,17 @@ void Night::takeOutcomes()
     }
 }
 
-void Night::take(const judge::Found& found)
+void Night::take(const judge::Finding& finding)
 {
-    const bool isDeath = found.mKind == explain::nameOf(explain::FindingKind::Died).mKey;
+    const bool isDeath = finding.mKind == explain::nameOf(explain::FindingKind::Died).mKey;
     mIsDeathFound = mIsDeathFound || isDeath;
-    mCourse.chronicle().find(
-        {std::nullopt, found.mKind, found.mText, found.mStampNs, keepSamples(found)});
+    playJournal().addFinding(
+        {std::nullopt, finding.mKind, finding.mText, finding.mStampNs, keepSamples(finding)});
 }
 
 void Night::take(const judge::Played& played)
 {
-    if (mCourse.chronicle().play()) {
+    if (playJournal().play()) {
         endPlay(played);
     }
     if (played.mEnding == judge::Played::Ending::Lost && isProgramUp()) {
@@ -273,39 +258,39 @@ void Night::take(const judge::Played& played)
 
 void Night::find(const std::string& kind, const std::string& text)
 {
-    mCourse.chronicle().find({std::nullopt, kind, text, std::nullopt, ""});
+    playJournal().addFinding({std::nullopt, kind, text, std::nullopt, ""});
 }
 
 /** From one period before to one period after what is wrong. */
-std::string Night::keepSamples(const judge::Found& found)
+std::string Night::keepSamples(const judge::Finding& finding)
 {
-    const Chronicle& chronicle = mCourse.chronicle();
-    if (found.mIsOfRun || !chronicle.lists(found.mKind) || mKeptOfPlay >= kMaxKeptOfPlay) {
+    const PlayJournal& journal = playJournal();
+    if (finding.mIsOfRun || !journal.lists(finding.mKind) || mKeptOfPlay >= kMaxKeptOfPlay) {
         return "";
     }
     constexpr size_t kPeriod = kSamplesPerPeriod;
-    const size_t first = found.mRecord - std::min(found.mRecord, kPeriod);
-    const size_t end = found.mRecord + std::min(found.mCount, kMaxKeptWrong) + kPeriod;
+    const size_t first = finding.mRecord - std::min(finding.mRecord, kPeriod);
+    const size_t end = finding.mRecord + std::min(finding.mCount, kMaxKeptWrong) + kPeriod;
     const std::vector<SampleRecord> samples = mJudge->samples().part(first, end);
     if (samples.empty()) {
         return "";
     }
     ++mKeptOfPlay;
-    return mDesk.keep(chronicle.play()
-                          ? fmt::format("{}-{}", mCourse.currentCase().mName, *chronicle.play())
+    return mDesk.keep(journal.play()
+                          ? fmt::format("{}-{}", schedule().currentCase().mName, *journal.play())
                           : "night",
                       samples);
 }
 
 void Night::endPlay(const judge::Played& played)
 {
-    const quint64 wanted = mCourse.currentCase().mSamples;
-    if (played.mSamples != wanted && mCourse.chronicle().findings() == 0) {
+    const quint64 wanted = schedule().currentCase().mSamples;
+    if (played.mSamples != wanted && playJournal().findings() == 0) {
         find("incomplete", fmt::format("{} of {} samples arrived", played.mSamples, wanted));
     }
     const PlayVerdict verdict =
-        mCourse.endPlay({0, PlayVerdict::Passed, played.mFirstStampNs, played.mLastStampNs,
-                         played.mSamples, wasClockSet() ? std::nullopt : played.mDelayNs, 0});
+        schedule().endPlay({0, PlayVerdict::Passed, played.mFirstStampNs, played.mLastStampNs,
+                            played.mSamples, wasClockSet() ? std::nullopt : played.mDelayNs, 0});
     mRecorder.endPlay(verdict == PlayVerdict::Passed);
     mDeaths = verdict == PlayVerdict::Passed ? 0 : mDeaths;
 }
@@ -313,8 +298,8 @@ void Night::endPlay(const judge::Played& played)
 /** Whether the wall clock was set since the command: then no time measured with it is true. */
 bool Night::wasClockSet() const
 {
-    const qint64 passedNs = mCourse.now().mSteadyNs - mCommandedAt.mSteadyNs;
-    const qint64 wallNs = mCourse.now().mWallNs - mCommandedAt.mWallNs;
+    const qint64 passedNs = schedule().now().mSteadyNs - mCommandedAt.mSteadyNs;
+    const qint64 wallNs = schedule().now().mWallNs - mCommandedAt.mWallNs;
     return std::abs(wallNs - passedNs) > kClockToleranceNs + passedNs / kMaxClockRate;
 }
 
@@ -324,9 +309,9 @@ void Night::goOn()
     if (mState != State::Playing && mState != State::Gap) {
         return;
     }
-    if (mCourse.hasNext()) {
+    if (schedule().hasNext()) {
         beginPlay();
-    } else if (mCourse.reason() == NightEnd::Reason::Done) {
+    } else if (schedule().reason() == NightEnd::Reason::Done) {
         mState = State::Closing;
         mPhaseFromNs = mJudge->heardNs();
     } else {
@@ -336,7 +321,7 @@ void Night::goOn()
 
 void Night::watchSilence()
 {
-    const qint64 silentNs = mCourse.now().mSteadyNs - mLastHeardNs;
+    const qint64 silentNs = schedule().now().mSteadyNs - mLastHeardNs;
     if (silentNs <= maxSilenceNs()) {
         return;
     }
@@ -359,13 +344,14 @@ void Night::watchPlay()
     const qint64 heardNs = mJudge->heardNs() - mPhaseFromNs;
     if (mState == State::Playing) {
         if (heardNs > maxPlayNs()) {
-            find("notPlayed", fmt::format("nothing came of the command within {} s of the signal",
-                                          heardNs / kSecondInNs));
+            find("notPlayed",
+                 fmt::format("the case did not play within {} s of signal after the command",
+                             heardNs / kSecondInNs));
             loseProgram();
         }
         return;
     }
-    if (heardNs < mCourse.gapNs() || mJudge->samples().arrived() == 0) {
+    if (heardNs < schedule().gapNs() || mJudge->samples().arrived() == 0) {
         return;
     }
     if (mState == State::Gap) {
@@ -378,14 +364,15 @@ void Night::watchPlay()
 /** Waiting for the end of a case, the play itself, what makes it certain, and the judge. */
 qint64 Night::maxPlayNs() const
 {
-    return mPlan.longestCaseNs() + explain::kWaitToleranceNs + mCourse.currentCase().mDurationNs +
-           kMaxSteadyPasses * steadyNsOf(mPlan) + lagNs(mPlan) + kPlayToleranceNs;
+    return mPlan.longestCaseNs() + explain::kWaitToleranceNs +
+           schedule().currentCase().mDurationNs + kMaxSteadyPasses * steadyNsOf(mPlan) +
+           lagNs(mPlan) + kPlayToleranceNs;
 }
 
 /** The program does what it should not: the play that is on fails, and it is started anew. */
 void Night::loseProgram()
 {
-    if (mCourse.chronicle().play()) {
+    if (playJournal().play()) {
         endPlay(mJudge->soFar());
     }
     mJudge.reset();
@@ -395,17 +382,17 @@ void Night::loseProgram()
 void Night::countDeath()
 {
     ++mDeaths;
-    if (mDeaths >= kMaxDeaths && mCourse.hasNext() && !mEnd) {
-        mEnd = NightEnd{
-            NightEnd::Reason::GaveUp,
-            fmt::format("the program was lost {} times in a row; see program.log", mDeaths)};
+    if (mDeaths >= kMaxDeaths && schedule().hasNext() && !mEnd) {
+        mEnd =
+            NightEnd{NightEnd::Reason::GaveUp,
+                     fmt::format("the program failed {} times in a row; see program.log", mDeaths)};
     }
 }
 
 void Night::stopProgram()
 {
     mState = State::Stopping;
-    mStopNs = mCourse.now().mSteadyNs;
+    mStopNs = schedule().now().mSteadyNs;
     mDesk.stop();
 }
 
@@ -418,7 +405,7 @@ void Night::stopIfJournalFailed()
 
 void Night::finish()
 {
-    mCourse.chronicle().write(mEnd.value_or(NightEnd{mCourse.reason(), ""}));
+    playJournal().write(mEnd.value_or(NightEnd{schedule().reason(), ""}));
     mState = State::Over;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "judge/PlayJudge.h"
-#include "run/Course.h"
 #include "run/PlayRecorder.h"
+#include "run/ScheduledNight.h"
 
 namespace run {
 
@@ -16,7 +16,7 @@ namespace run {
  *
  * Borrows all that it is given.
  */
-class Night
+class Night : public ScheduledNight
 {
 public:
     /** Deaths in a row, without a play between them that passed, at which the night gives up. */
@@ -25,12 +25,7 @@ public:
     Night(const journal::NightBegin& night, const explain::PlayPlan& plan,
           const NightOptions& options, Desk& desk, journal::JournalSink& sink);
 
-    /** Each of the following is called when it happens, in this order at the same moment. */
-    void begin(const Moment& now);
-    void resume(const ResumePoint& point, const std::map<std::string, std::string>& environment,
-                const Moment& now);
-
-    /** The sandbox tells of an event. */
+    /** The sandbox tells of an event. What happens at one moment is told in the order below. */
     void add(const explain::Event& event, const Moment& now);
 
     /** Records have arrived. */
@@ -43,18 +38,9 @@ public:
      */
     void programEnded(const std::string& problem, size_t restBytes, const Moment& now);
 
-    /** The user wants it to end. */
-    void interrupt(const Moment& now);
-
-    /** Time passes; to be called often, after all that has happened by now. */
-    void tick(const Moment& now);
-
-    bool isOver() const { return mState == State::Over; }
-
-    /** Why the journal could not be written; empty when all of it was. */
-    const std::string& problem() const { return mCourse.chronicle().problem(); }
-
-    Progress progress() const { return mCourse.progress(); }
+    void interrupt(const Moment& now) override;
+    void tick(const Moment& now) override;
+    bool isOver() const override { return mState == State::Over; }
 
 private:
     enum class State
@@ -71,10 +57,10 @@ private:
     void beginPlay();
     void sendCommand();
     void takeOutcomes();
-    void take(const judge::Found& found);
+    void take(const judge::Finding& finding);
     void take(const judge::Played& played);
     void find(const std::string& kind, const std::string& text);
-    std::string keepSamples(const judge::Found& found);
+    std::string keepSamples(const judge::Finding& finding);
     void endPlay(const judge::Played& played);
     void goOn();
     bool wasClockSet() const;
@@ -94,9 +80,7 @@ private:
     const explain::PlayPlan& mPlan;
     Desk& mDesk;
     PlayRecorder mRecorder;
-    Course mCourse;
     State mState = State::Waiting;
-    int mRun = 0;                           ///< of the program
     std::optional<judge::PlayJudge> mJudge; ///< of this run; none: nobody listens any more
     qint64 mPhaseFromNs = 0;                ///< signal that was heard when the state began
     Moment mCommandedAt;

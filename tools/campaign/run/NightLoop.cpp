@@ -106,23 +106,24 @@ void NightDisplay::clear()
     }
 }
 
-void NightDisplay::print(const journal::FoundWrong& found)
+void NightDisplay::print(const journal::Finding& finding)
 {
     clear();
     std::string where = "outside the plays";
-    if (found.mPlay) {
+    if (finding.mPlay) {
         const PlayOrder order(mNight, true);
-        where = fmt::format("{} ({} of {})", order.caseOf(*found.mPlay).mName,
-                            order.repetitionOf(*found.mPlay), order.caseOf(*found.mPlay).mTimes);
+        where =
+            fmt::format("{} ({} of {})", order.caseOf(*finding.mPlay).mName,
+                        order.repetitionOf(*finding.mPlay), order.caseOf(*finding.mPlay).mTimes);
     }
-    fmt::print(stderr, "vx-campaign: {}: {}\n", where, found.mText);
+    fmt::print(stderr, "vx-campaign: {}: {}\n", where, finding.mText);
 }
 
 void DisplayedJournal::append(const journal::Entry& entry)
 {
     mSink.append(entry);
-    if (const auto* found = std::get_if<journal::FoundWrong>(&entry.mStep)) {
-        mDisplay.print(*found);
+    if (const auto* finding = std::get_if<journal::Finding>(&entry.mStep)) {
+        mDisplay.print(*finding);
     }
 }
 

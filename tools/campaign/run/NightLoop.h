@@ -42,7 +42,7 @@ public:
     void show(const Progress& progress, const Moment& now);
 
     /** Prints a finding on a line of its own. */
-    void print(const journal::FoundWrong& found);
+    void print(const journal::Finding& finding);
 
 private:
     void clear();

@@ -26,7 +26,7 @@ struct ResumeReader
         mPoint->mFindings = 0;
     }
 
-    void operator()(const journal::FoundWrong& step) const
+    void operator()(const journal::Finding& step) const
     {
         ++mPoint->mAllFindings;
         mPoint->mFindings += step.mPlay == mPoint->mPlay ? 1U : 0U;

@@ -13,13 +13,13 @@ namespace run {
  *
  * Borrows the journal.
  */
-class Chronicle
+class PlayJournal
 {
 public:
     /** Findings of a kind that are written for one play; all are counted. */
     static constexpr int kMaxListed = 20;
 
-    explicit Chronicle(journal::JournalSink& sink) : mSink(sink) {}
+    explicit PlayJournal(journal::JournalSink& sink) : mSink(sink) {}
 
     /** When the steps that follow happen. */
     void setTime(const Moment& now) { mNow = now; }
@@ -33,7 +33,7 @@ public:
     bool lists(const std::string& kind) const;
 
     /** Adds it to the current play, or to the night. */
-    void find(journal::FoundWrong found);
+    void addFinding(journal::Finding finding);
 
     /**
      * Ends the current play. One with findings has failed.

@@ -1,10 +1,10 @@
-#include "run/Chronicle.h"
+#include "run/PlayJournal.h"
 
 #include "base/CaseError.h"
 
 namespace run {
 
-void Chronicle::write(journal::Step step)
+void PlayJournal::write(journal::Step step)
 {
     if (!mProblem.empty()) {
         return;
@@ -16,32 +16,32 @@ void Chronicle::write(journal::Step step)
     }
 }
 
-void Chronicle::beginPlay(int play, quint64 findings)
+void PlayJournal::beginPlay(int play, quint64 findings)
 {
     write(journal::PlayBegin{play});
     mPlay = play;
     forgetFindings(findings);
 }
 
-bool Chronicle::lists(const std::string& kind) const
+bool PlayJournal::lists(const std::string& kind) const
 {
     const auto listed = mListed.find(kind);
     return listed == mListed.end() || listed->second < kMaxListed;
 }
 
-void Chronicle::find(journal::FoundWrong found)
+void PlayJournal::addFinding(journal::Finding finding)
 {
     ++mFindings;
     ++mAllFindings;
-    if (!lists(found.mKind)) {
+    if (!lists(finding.mKind)) {
         return;
     }
-    ++mListed[found.mKind];
-    found.mPlay = mPlay;
-    write(std::move(found));
+    ++mListed[finding.mKind];
+    finding.mPlay = mPlay;
+    write(std::move(finding));
 }
 
-journal::PlayVerdict Chronicle::endPlay(journal::PlayEnd end)
+journal::PlayVerdict PlayJournal::endPlay(journal::PlayEnd end)
 {
     end.mPlay = mPlay.value_or(0);
     end.mFindings = mFindings;
@@ -54,7 +54,7 @@ journal::PlayVerdict Chronicle::endPlay(journal::PlayEnd end)
     return end.mVerdict;
 }
 
-void Chronicle::forgetFindings(quint64 count)
+void PlayJournal::forgetFindings(quint64 count)
 {
     mFindings = count;
     mListed.clear();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/Chronicle.h"
+#include "run/PlayJournal.h"
 #include "run/PlayOrder.h"
 
 namespace run {
@@ -25,15 +25,16 @@ struct Progress
 };
 
 /**
- * The course of a night, whoever plays it: which play is current, which is next, and why it ends.
- * Writes that into the journal. Borrows the night and the journal.
+ * The schedule of a night, at the desk or on a device: which play is current, which is next, which
+ * run of the program it is, and why the night ends. Writes that into the journal. Borrows the night
+ * and the journal.
  */
-class Course
+class PlaySchedule
 {
 public:
     /** @param overheadNs what a play takes beside the gap and its case, about */
-    Course(const journal::NightBegin& night, const NightOptions& options, qint64 overheadNs,
-           journal::JournalSink& sink);
+    PlaySchedule(const journal::NightBegin& night, const NightOptions& options, qint64 overheadNs,
+                 journal::JournalSink& sink);
 
     /** To be called before anything else that happens at this moment. */
     void setTime(const Moment& now);
@@ -49,6 +50,15 @@ public:
     /** Whether there is a play after the current or the last one. */
     bool hasNext() const { return !isFailureFound() && mOrder.has(mNext); }
 
+    /** The program is started once more. */
+    void beginRun();
+
+    /** @param how in words; empty when it was stopped as planned */
+    void endRun(const std::string& how);
+
+    /** Of the program, from 1; 0: it was not started yet. */
+    int run() const { return mRun; }
+
     /** Begins the next play. Requires: hasNext(). */
     void beginNext();
 
@@ -61,8 +71,8 @@ public:
     /** Why the night ends when there is no next play. */
     journal::NightEnd::Reason reason() const;
 
-    Chronicle& chronicle() { return mChronicle; }
-    const Chronicle& chronicle() const { return mChronicle; }
+    PlayJournal& playJournal() { return mPlayJournal; }
+    const PlayJournal& playJournal() const { return mPlayJournal; }
     const Moment& now() const { return mNow; }
     qint64 gapNs() const { return mNight.mGapNs; }
 
@@ -76,9 +86,10 @@ private:
     NightOptions mOptions;
     qint64 mOverheadNs;
     PlayOrder mOrder;
-    Chronicle mChronicle;
+    PlayJournal mPlayJournal;
     Moment mNow;
     int mNext = 0;
+    int mRun = 0;                ///< of the program
     quint64 mFindingsOfNext = 0; ///< that it has from before the night was cut off
     bool mHasFailed = false;
     qint64 mPlayBeganNs = 0; ///< on the steady clock
