@@ -1,109 +1,16 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <functional>
+#include <cmath>
+#include <random>
+#include <tuple>
 
-#include "ClosedForm.h"
-#include "CommandRunner.h"
-#include "Files.h"
+#include "ClosedFormImport.h"
 #include "SeededRandom.h"
-#include "base/CaseError.h"
-#include "importing/Importer.h"
 
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
-
-namespace {
-/** Three voltages in kV and three currents in A, in closed form. */
-class ClosedFormSource : public waveform::SignalSource
-{
-public:
-    ClosedFormSource(const ClosedForm& signal, double rate, double seconds)
-        : mSignal(signal), mRate(rate), mSamples(static_cast<size_t>(rate * seconds) + 1)
-    {
-        mDescription.mFileName = "closed.cfg";
-        mDescription.mNominalHz = 50.0;
-        mDescription.mRates = {{rate, mSamples}};
-        for (const char* const name : {"UA", "UB", "UC", "IA", "IB", "IC"}) {
-            waveform::ChannelDescription channel;
-            channel.mNumber = static_cast<int>(mDescription.mChannels.size()) + 1;
-            channel.mName = name;
-            channel.mUnit = name[0] == 'U' ? "kV" : "A";
-            mDescription.mChannels.push_back(channel);
-        }
-    }
-
-    const waveform::SignalDescription& description() const override { return mDescription; }
-    double progress() const override { return 1.0; }
-
-    bool read(waveform::SignalBlock& block) override
-    {
-        const size_t count = std::min<size_t>(1000, mSamples - mPlace);
-        block.resize(6, count);
-        for (size_t i = 0; i < count; ++i) {
-            block.mSeconds[i] =
-                static_cast<double>(mPlace + i) / mRate + (mPlace > 0 ? mGapSeconds : 0.0);
-            for (size_t channel = 0; channel < 6; ++channel) {
-                const double counts = mSignal.valueAt(block.mSeconds[i], int(channel % 3));
-                block.mValues[channel][i] = counts / (channel < 3 ? 1e6 : 1e3);
-            }
-        }
-        mPlace += count;
-        return count > 0;
-    }
-
-    waveform::SignalDescription mDescription;
-    double mGapSeconds = 0.0; ///< behind the first 1000 samples
-
-private:
-    ClosedForm mSignal;
-    double mRate;
-    size_t mSamples;
-    size_t mPlace = 0;
-};
-
-struct Imported
-{
-    importing::ImportReport mReport;
-    std::vector<std::vector<double>> mLines; ///< field by field
-};
-
-Imported import(const ClosedForm& signal, double seconds, const importing::ImportOptions& options,
-                double rate = 4800.0)
-{
-    const TestFiles files;
-    ClosedFormSource source(signal, rate, seconds);
-    base::ResultFile output(files.path("case.csv"));
-    Imported imported{importing::importSignal(source, options, output), {}};
-    output.commit();
-    for (const std::string& text : split(readFile(files.path("case.csv")), '\n')) {
-        if (text.front() != '#') {
-            std::vector<double>& line = imported.mLines.emplace_back();
-            for (const std::string& field : split(text, ';')) {
-                line.push_back(std::stod(field));
-            }
-        }
-    }
-    return imported;
-}
-
-/** The message of what is thrown; empty for none. */
-std::string errorOf(const std::function<void()>& act)
-{
-    try {
-        act();
-    } catch (const base::CaseError& error) {
-        return error.what();
-    }
-    return "";
-}
-
-std::string errorOf(const importing::ImportOptions& options)
-{
-    return errorOf([&] { import({}, 0.5, options); });
-}
-} // namespace
 
 /** Each line says where in the recording it was taken, and holds what was there. */
 TEST(ImportTest, LinesCanBeFoundAgain)
@@ -279,7 +186,8 @@ TEST(ImportTest, WhatIsNotSteadyIsReported)
         tooShort.mBefore = before;
         tooShort.mAfter = after;
         tooShort.mDoLoop = doLoop;
-        EXPECT_THAT(errorOf(tooShort), HasSubstr("expected a recording of one period at least"));
+        EXPECT_THAT(importError(tooShort),
+                    HasSubstr("expected a recording of one period at least"));
     }
 }
 
@@ -287,19 +195,19 @@ TEST(ImportTest, NothingWraps)
 {
     importing::ImportOptions options;
     options.mMapping.mCountsPerVolt = 2e6;
-    const std::string error = errorOf(options);
+    const std::string error = importError(options);
     EXPECT_THAT(error, HasSubstr("closed.cfg: channel 0 (UA) at 0.000000000 s: "));
     const size_t begin = error.find("--scale ") + 8;
     const Words scales = split(error.substr(begin, error.find(" would fit") - begin), ',');
     ASSERT_EQ(scales.size(), 2U) << error;
     EXPECT_EQ(scales[1], "1000");
     options.mMapping.mCountsPerVolt = std::stod(scales[0]);
-    EXPECT_EQ(errorOf(options), "");
+    EXPECT_EQ(importError(options), "");
     options.mMapping.mCountsPerVolt *= 1.02;
-    EXPECT_NE(errorOf(options), "");
+    EXPECT_NE(importError(options), "");
 
     options.mMapping.mCountsPerVolt = HUGE_VAL;
-    EXPECT_THAT(errorOf(options),
+    EXPECT_THAT(importError(options),
                 testing::EndsWith(" inf counts do not fit 32 bits; --clip limits such values"));
 
     options.mClip = true;
@@ -307,133 +215,6 @@ TEST(ImportTest, NothingWraps)
     const Imported imported = import({}, 0.5, options);
     EXPECT_EQ(imported.mLines[0][5], 2147483647.0);
     EXPECT_THAT(imported.mReport.mRemarks, Contains(HasSubstr("values limited to 32 bits")));
-}
-
-TEST(ImportTest, ReportsWhatItDid)
-{
-    importing::ImportOptions options;
-    const Imported imported = import({}, 0.1, options);
-    const importing::ChannelReport& row = imported.mReport.mChannels[0];
-    EXPECT_EQ(row.mSource, "UA");
-    EXPECT_EQ(row.mFactor, 1e6);
-    EXPECT_NEAR(row.mPeak, 1.18, 0.001); // the sum of all harmonics at the first sample
-    EXPECT_NEAR(row.mWrittenPeak, 1.18, 0.002);
-    EXPECT_NEAR(row.mRms, 0.7099, 0.002);
-    EXPECT_THAT(imported.mReport.mRemarks,
-                Contains("the recording has fewer than six periods: 50 Hz is played"));
-    EXPECT_EQ(imported.mReport.mLines, imported.mLines.size());
-    for (const auto& [from, to] : {std::pair{0.2, 0.1}, {-1.0, 0.1}, {0.0, 0.6}, {0.5, 0.5}}) {
-        options.mFrom = from;
-        options.mTo = to;
-        EXPECT_THAT(errorOf(options), HasSubstr("expected a part of 0 to 0.5 s"));
-    }
-}
-
-/** Few samples a period, which miss the crests; and states that change, in the order of time. */
-TEST(ImportTest, PeaksAndStatesAreReported)
-{
-    const TestFiles files;
-    ClosedForm signal;
-    signal.mHz = 50.0; // UB is sampled 24 degrees from its crest
-    ClosedFormSource source(signal, 250.0, 0.5);
-    for (int i = 1; i < 11; ++i) {
-        waveform::StatusChannel status;
-        status.mNumber = i;
-        status.mName = i == 2 ? "TRIP" : "";
-        status.mChangeCount = 7;
-        status.mChanges = {{i == 2 ? 0.125 : 0.2, true}, {0.3, false}, {0.9, true}};
-        source.mDescription.mStatusChannels.push_back(status);
-    }
-    base::ResultFile output(files.path("case.csv"));
-    const auto report = importing::importSignal(source, {}, output);
-    EXPECT_GT(report.mChannels[1].mWrittenPeak, 1.01 * report.mChannels[1].mPeak);
-    EXPECT_THAT(report.mRemarks,
-                Contains(AllOf(HasSubstr("peaks written differ from those recorded: channel "),
-                               HasSubstr("channel 1 (UB) by +"), Not(HasSubstr("(UA)")))));
-    EXPECT_THAT(report.mRemarks, Contains("status channel TRIP is not played: 0→1 at 0.125 s, 1→0 "
-                                          "at 0.300 s and 4 more"));
-    EXPECT_THAT(report.mRemarks, Contains(testing::StartsWith("status channel 8 is not played: ")));
-    EXPECT_THAT(report.mRemarks, Contains("and 2 more status channels change, see vx-case info"));
-}
-
-/** What no power system has is taken for a slip of the recorder. */
-TEST(ImportTest, NominalFrequencyIsFound)
-{
-    const std::tuple<double, double, const char*> rows[] = {
-        {0.0, 16.7, "the recording states no nominal frequency: 16.67 Hz is taken"},
-        {1e9, 60.1,
-         "the recording's nominal frequency, 1e+09 Hz, is none of a power system: 60 Hz is taken"},
-    };
-    for (const auto& [nominal, actual, remark] : rows) {
-        const TestFiles files;
-        ClosedForm signal;
-        signal.mHz = actual;
-        ClosedFormSource source(signal, 4800.0, 1.0);
-        source.mDescription.mNominalHz = nominal;
-        base::ResultFile output(files.path("case.csv"));
-        EXPECT_THAT(importing::importSignal(source, {}, output).mRemarks, Contains(remark));
-    }
-}
-
-/** In what is the same in all phases nothing turns; the first phase tells the frequency. */
-TEST(ImportTest, EqualPhasesAreFollowedByTheFirst)
-{
-    const TestFiles files;
-    ClosedFormSource source({}, 4800.0, 1.0);
-    source.mDescription.mNominalHz = 0.0;
-    importing::ImportOptions options;
-    importing::readAssignments("0=UA,1=UA,2=UA", options.mMapping.mAssignments);
-    base::ResultFile output(files.path("case.csv"));
-    const auto remarks = importing::importSignal(source, options, output).mRemarks;
-    EXPECT_THAT(remarks, Contains("the three phases are equal: the first alone is followed"));
-    EXPECT_THAT(remarks, Contains("the recording states no nominal frequency: 50 Hz is taken"));
-    EXPECT_THAT(remarks, Contains("the frequency is followed: 50.020 to 50.020 Hz"));
-}
-
-/** Where fewer than four samples are a period, whatever the format. */
-TEST(ImportTest, WhatShowsNoWaveformIsRefused)
-{
-    const TestFiles files;
-    for (const auto& [rate, isGood] : {std::pair{200.0, true}, {190.0, false}, {5.0, false}}) {
-        for (const bool isStamped : {false, true}) {
-            if (isGood && isStamped) {
-                continue; // one of them is enough, as it takes its time
-            }
-            ClosedFormSource source({}, rate, 0.4);
-            if (isStamped) {
-                source.mDescription.mRates.clear();
-            }
-            base::ResultFile output(files.path("case.csv"));
-            const std::string error = errorOf([&] { importing::importSignal(source, {}, output); });
-            EXPECT_EQ(error.empty(), isGood) << rate << error;
-            EXPECT_THAT(error, HasSubstr(isGood ? "" : "samples a period of 50 Hz from 0 to"));
-        }
-    }
-}
-
-/** Only three phases turn. */
-TEST(ImportTest, OrderOfPhasesIsReported)
-{
-    for (const auto& [assigned, isReversed] :
-         {std::pair{"0=UA,1=UB,2=UC", false}, {"0=UA,1=UC,2=UB", true}, {"0=UA,1=UC,2=0", false}}) {
-        importing::ImportOptions options;
-        importing::readAssignments(assigned, options.mMapping.mAssignments);
-        const auto remarks = import({}, 0.5, options).mReport.mRemarks;
-        EXPECT_EQ(testing::Value(remarks, Contains("the phases turn in the order A, C, B")),
-                  isReversed)
-            << assigned;
-    }
-}
-
-TEST(ImportTest, GapsAreReported)
-{
-    const TestFiles files;
-    ClosedFormSource source({}, 4800.0, 0.5);
-    source.mDescription.mRates.clear();
-    source.mGapSeconds = 0.0123;
-    base::ResultFile output(files.path("case.csv"));
-    EXPECT_THAT(importing::importSignal(source, {}, output).mRemarks,
-                Contains("no samples from 0.208125 to 0.220633 s: bridged"));
 }
 
 /** From a recording to a configuration, as its user does it. */
