@@ -4,32 +4,13 @@
 
 #include <algorithm>
 
+#include "explain/SampleText.h"
+
 namespace explain {
 
 namespace {
 /** With more beginnings than these, more than the first record decides between them. */
 constexpr size_t kMaxFronts = 64;
-
-std::string sampleText(const PlayedFile& file, size_t sample)
-{
-    return fmt::format("sample {} of {}", sample + 1, file.name());
-}
-
-constexpr size_t kFieldsBeforeChannels = 2;
-
-std::string fieldName(size_t field)
-{
-    if (field < kFieldsBeforeChannels) {
-        return field == 0 ? "auxiliary word" : "flag word";
-    }
-    return fmt::format("channel {}", field - kFieldsBeforeChannels);
-}
-
-std::string valueText(size_t field, quint32 value)
-{
-    return field < kFieldsBeforeChannels ? std::to_string(value)
-                                         : std::to_string(static_cast<qint32>(value));
-}
 } // namespace
 
 Judge::Judge(const PlayPlan& plan, const JudgeOptions& options, ExplanationOutput& output)
@@ -274,7 +255,9 @@ void Judge::passDifferent(const Repair& found)
         const bool fits = mTracker.keep(contentOf(mWindow.next()), std::nullopt);
         const qint64 stampNs = judgedStampNs(fits);
         if (!fits) {
-            addFinding(FindingKind::Differs, 1, differenceText());
+            addFinding(FindingKind::Differs, 1,
+                       differenceText(mTracker.likeliestFile(), mTracker.likeliest().mSample,
+                                      contentOf(mWindow.next())));
             mTracker.splitUnequal();
         }
         pass(stampNs);
@@ -351,22 +334,6 @@ void Judge::addRunFinding(FindingKind kind, size_t count, const std::string& tex
 std::string Judge::expectedText() const
 {
     return sampleText(mTracker.likeliestFile(), mTracker.likeliest().mSample);
-}
-
-std::string Judge::differenceText() const
-{
-    const SampleContent found = contentOf(mWindow.next());
-    const SampleContent& expected =
-        mTracker.likeliestFile().samples()[mTracker.likeliest().mSample];
-    std::string text;
-    for (size_t field = 0; field < found.size(); ++field) {
-        if (found[field] != expected[field]) {
-            text += fmt::format("{} {} has {} instead of {}", text.empty() ? ":" : ",",
-                                fieldName(field), valueText(field, found[field]),
-                                valueText(field, expected[field]));
-        }
-    }
-    return expectedText() + text;
 }
 
 void Judge::finish(size_t restBytes, bool isComplete)

@@ -95,7 +95,6 @@ private:
     void addFinding(FindingKind kind, size_t count, const std::string& text);
     void addRunFinding(FindingKind kind, size_t count, const std::string& text);
     std::string expectedText() const;
-    std::string differenceText() const;
     void finishCommands();
     void finishRun(bool isComplete);
     void finishBlocks();
