@@ -47,19 +47,22 @@ private:
     std::vector<std::string> mNames;
 };
 
-/** Formats each value by itself, into memory that is used again. */
-class LongWriter : public MeasurementWriter
+constexpr const char* kLongLine = "{},{},{},{:.10g},{},{}\n";
+constexpr const char* kJsonLine = R"({{"utc":"{}","quantity":"{}","channel":"{}","value":{:.10g},)"
+                                  R"("unit":"{}","origin":"{}"}})"
+                                  "\n";
+
+/** A line a value, formatted in memory that is used again. */
+class LineWriter : public MeasurementWriter
 {
 public:
-    explicit LongWriter(base::ResultFile& output) : mOutput(output)
-    {
-        mOutput.write(std::string(kLongHeading) + "\n");
-    }
+    /** @param format of a line: time, quantity, channel, value, unit, origin */
+    LineWriter(base::ResultFile& output, const char* format) : mOutput(output), mFormat(format) {}
 
     void add(const Measurement& value) override
     {
         mLine.clear();
-        fmt::format_to(std::back_inserter(mLine), "{},{},{},{:.10g},{},{}\n", mUtc.of(value.mUtcNs),
+        fmt::format_to(std::back_inserter(mLine), fmt::runtime(mFormat), mUtc.of(value.mUtcNs),
                        mNames.of(value.mKind), nameOf(value.mChannel), value.mValue,
                        unitOf(value.mKind.mId, value.mChannel), nameOf(value.mOrigin));
         mOutput.write({mLine.data(), mLine.size()});
@@ -69,33 +72,7 @@ public:
 
 private:
     base::ResultFile& mOutput;
-    UtcText mUtc;
-    RowNames mNames;
-    fmt::memory_buffer mLine;
-};
-
-class JsonWriter : public MeasurementWriter
-{
-public:
-    explicit JsonWriter(base::ResultFile& output) : mOutput(output) {}
-
-    void add(const Measurement& value) override
-    {
-        mLine.clear();
-        fmt::format_to(std::back_inserter(mLine),
-                       R"({{"utc":"{}","quantity":"{}","channel":"{}","value":{:.10g},)"
-                       R"("unit":"{}","origin":"{}"}})"
-                       "\n",
-                       mUtc.of(value.mUtcNs), mNames.of(value.mKind), nameOf(value.mChannel),
-                       value.mValue, unitOf(value.mKind.mId, value.mChannel),
-                       nameOf(value.mOrigin));
-        mOutput.write({mLine.data(), mLine.size()});
-    }
-
-    void finish() override {}
-
-private:
-    base::ResultFile& mOutput;
+    const char* mFormat;
     UtcText mUtc;
     RowNames mNames;
     fmt::memory_buffer mLine;
@@ -199,11 +176,12 @@ std::unique_ptr<MeasurementWriter> makeWriter(TableForm form, const Selection& s
         case TableForm::Wide:
             return std::make_unique<WideWriter>(selection, output);
         case TableForm::Json:
-            return std::make_unique<JsonWriter>(output);
+            return std::make_unique<LineWriter>(output, kJsonLine);
         case TableForm::Long:
             break;
     }
-    return std::make_unique<LongWriter>(output);
+    output.write(std::string(kLongHeading) + "\n");
+    return std::make_unique<LineWriter>(output, kLongLine);
 }
 
 } // namespace measure
