@@ -134,7 +134,7 @@ void judgeNight(const JudgeNightOptions& options)
     base::writeToStandardOutput(report::verdictText(night) + "\n" + linesOf(assessment) +
                                 options.mFolder + "/" + report::kPageFile + "\n");
     if (!night.isGood()) {
-        throw EndWith(EXIT_FAILURE);
+        throw base::EndWith(EXIT_FAILURE);
     }
 }
 } // namespace

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "base/CaseError.h"
 #include "base/StandardOutput.h"
 #include "cli/NightArgument.h"
 #include "cli/Subcommands.h"
@@ -26,7 +27,7 @@ void reportNight(const std::string& folder)
     base::writeToStandardOutput(report::verdictText(night) + "\n" + folder + "/" +
                                 report::kPageFile + "\n");
     if (const int status = report::statusOf(night); status != EXIT_SUCCESS) {
-        throw EndWith(status);
+        throw base::EndWith(status);
     }
 }
 } // namespace

@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 
+#include "base/CaseError.h"
 #include "base/StandardOutput.h"
 #include "cli/PlanOptions.h"
 #include "cli/Subcommands.h"
@@ -259,7 +260,7 @@ void runPlan(const RunOptions& options)
                                 report::kPageFile + "\n");
     const int status = problem.empty() ? report::statusOf(night) : EXIT_FAILURE;
     if (status != EXIT_SUCCESS) {
-        throw EndWith(status);
+        throw base::EndWith(status);
     }
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <exception>
-
 namespace CLI {
 class App;
 }
@@ -20,17 +18,5 @@ void addJudgeCommand(CLI::App& app);
 void addReportCommand(CLI::App& app);
 
 void addRunCommand(CLI::App& app);
-
-/** Everything was said: ends the program with this status. */
-class EndWith : public std::exception
-{
-public:
-    explicit EndWith(int status) : mStatus(status) {}
-
-    int status() const { return mStatus; }
-
-private:
-    int mStatus;
-};
 
 } // namespace cli

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/CaseError.h"
+#include "base/WrongInput.h"
 #include "generate/SignalTable.h"
 #include "importing/ImportOptions.h"
 #include "journal/Entries.h"
@@ -70,10 +70,10 @@ struct Plan
 };
 
 /** The plan, or what it is made from, is wrong: ends the command with status 2. */
-class PlanError : public base::CaseError
+class PlanError : public base::WrongInput
 {
 public:
-    using CaseError::CaseError;
+    using WrongInput::WrongInput;
 };
 
 /**

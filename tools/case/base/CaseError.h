@@ -17,9 +17,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/** A command has said in its result that its input is not good: ends it with status 1. */
-class BadVerdict : public std::exception
+/** A command has said everything in its result: ends it with this status. */
+class EndWith : public std::exception
 {
+public:
+    explicit EndWith(int status) : mStatus(status) {}
+
+    int status() const { return mStatus; }
+
+private:
+    int mStatus;
 };
 
 } // namespace base

@@ -81,7 +81,7 @@ void explain(const ExplainOptions& options)
     const bool isGood = explain::explainRecording(plan, recording, options.mEvents, *output);
     result.commit();
     if (!isGood) {
-        throw base::BadVerdict();
+        throw base::EndWith(EXIT_FAILURE);
     }
 }
 } // namespace

@@ -168,7 +168,7 @@ void judge(const JudgeOptions& options)
     writeIfWanted(options.mJson, assess::jsonOf(result, files.mLimits));
     plotIfWanted(options, *assessment);
     if (!result.isGood()) {
-        throw base::BadVerdict();
+        throw base::EndWith(EXIT_FAILURE);
     }
 }
 

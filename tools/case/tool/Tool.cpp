@@ -1,0 +1,77 @@
+#include "tool/Tool.h"
+
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <cstdlib>
+#include <iostream>
+#include <new>
+#include <sstream>
+#include <vector>
+
+#include "CaseConfiguration.h"
+#include "base/CaseError.h"
+#include "base/StandardOutput.h"
+#include "base/WrongInput.h"
+
+namespace tool {
+
+namespace {
+constexpr int kInputAtFault = 1;
+constexpr int kCommandLineAtFault = 2;
+
+/** What was not understood comes before what is missing: it is why that is missing. */
+std::string failureMessage(const CLI::App* app, const CLI::Error& error)
+{
+    const std::vector<std::string> unknown = app->remaining(true);
+    return app->get_name() + ": " +
+           (unknown.empty() ? error.what() : "'" + unknown.front() + "' is not known here") +
+           "; see --help\n";
+}
+
+void declare(const Tool& tool, CLI::App& app)
+{
+    app.name(tool.mName);
+    app.description(tool.mDescription);
+    app.set_version_flag("-v,--version", tool.mName + " " + tool.mVersion);
+    app.require_subcommand(1);
+    app.failure_message(failureMessage);
+    tool.mAddSubcommands(app);
+}
+
+int parseAndRun(CLI::App& app, int argc, char** argv)
+{
+    try {
+        app.parse(argc, argv);
+        return EXIT_SUCCESS;
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream result;
+        const int status = app.exit(error, result, std::cerr);
+        base::writeToStandardOutput(result.str());
+        return status == EXIT_SUCCESS ? EXIT_SUCCESS : kCommandLineAtFault;
+    }
+}
+} // namespace
+
+int runTool(const Tool& tool, int argc, char** argv)
+{
+    // The program's messages go through log4cxx, which goes by the locale and else loses umlauts.
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    configuration::CaseConfiguration::keepLogSilent();
+    CLI::App app;
+    declare(tool, app);
+    try {
+        return parseAndRun(app, argc, argv);
+    } catch (const base::EndWith& end) {
+        return end.status();
+    } catch (const base::WrongInput& error) {
+        std::cerr << tool.mName << ": " << error.what() << std::endl;
+        return kCommandLineAtFault;
+    } catch (const base::CaseError& error) {
+        std::cerr << tool.mName << ": " << error.what() << std::endl;
+    } catch (const std::bad_alloc&) {
+        std::cerr << tool.mName << ": out of memory" << std::endl;
+    }
+    return kInputAtFault;
+}
+
+} // namespace tool
