@@ -228,9 +228,18 @@ void PhaseClock::extendRun(const SequenceSamples::Phasor& phasor)
     mRun.push_back({mNextHop, last.mCycles + turn, phasor.mAmplitude});
 }
 
-bool PhaseClock::isOnLineTurn(double turn) const
+/** By its last two points, in whose windows no line of a fault is. The window is that of the lines:
+ * under any other one a system that is not balanced has an image. */
+bool PhaseClock::isRunOnLines()
 {
-    return std::abs(turn - kHalfCycle) < kLineTurn;
+    const size_t middle = mRun.back().mHop * kHopLines;
+    if (!mSamples.covers(middle, kLineCycles) ||
+        !mSamples.covers(middle - kHopLines, kLineCycles)) {
+        return false;
+    }
+    const double before = mSamples.measure(mReference, middle - kHopLines, kLineCycles).mCycles;
+    const double turn = mSamples.measure(mReference, middle, kLineCycles).mCycles - before;
+    return std::abs(wrappedCycles(turn - kHalfCycle)) < kLineTurn;
 }
 
 /** The run is trusted from now on. */
@@ -238,9 +247,7 @@ void PhaseClock::resume()
 {
     refineRun();
     const HopMeasurement& last = mRun.back();
-    const double turn =
-        (last.mCycles - mRun.front().mCycles) / static_cast<double>(mRun.size() - 1);
-    mIsOnLines = mIsOnLines && isOnLineTurn(turn);
+    mIsOnLines = mIsOnLines && isRunOnLines();
     if (!mHasBegun) {
         begin();
     }

@@ -68,7 +68,7 @@ private:
     bool isLeavingLines();
     bool chooseReference();
     double windowFrequency() const;
-    bool isOnLineTurn(double turn) const;
+    bool isRunOnLines();
 
     SequenceSamples mSamples;
     PhaseReference mReference = PhaseReference::Voltages;
