@@ -96,7 +96,8 @@ public:
 
     void add(const Measurement& value) override
     {
-        std::string& cell = mCells[mColumns[columnKey(value.mKind, value.mChannel)]];
+        const size_t column = mColumns[columnKey(value.mKind, value.mChannel)];
+        std::string& cell = mCells[column];
         // A second value of the same column is another row, as two events of one instant are.
         if (mHasRow && (value.mUtcNs != mUtcNs || !cell.empty())) {
             finish();
@@ -106,6 +107,7 @@ public:
         mUtcNs = value.mUtcNs;
         mHasRow = true;
         cell = fmt::format("{:.10g}", value.mValue);
+        mFilled.push_back(column);
     }
 
     void finish() override
@@ -115,10 +117,16 @@ public:
         }
         std::string line(mUtc.of(mUtcNs));
         line += std::string(",") + (mIsMixed ? "mixed" : nameOf(mOrigin));
-        for (std::string& cell : mCells) {
-            line += ',' + cell;
-            cell.clear();
+        std::sort(mFilled.begin(), mFilled.end());
+        size_t next = 0;
+        for (const size_t column : mFilled) { // most of the thousands are empty
+            line.append(column + 1 - next, ',');
+            line += mCells[column];
+            mCells[column].clear();
+            next = column + 1;
         }
+        line.append(mCells.size() - next, ',');
+        mFilled.clear();
         mOutput.write(line + "\n");
         mHasRow = false;
     }
@@ -157,6 +165,7 @@ private:
     UtcText mUtc;
     std::vector<size_t> mColumns; ///< index of the cell
     std::vector<std::string> mCells;
+    std::vector<size_t> mFilled; ///< cells of this row
     bool mHasRow = false;
     bool mIsMixed = false; ///< values of both origins
     Origin mOrigin = Origin::Measured;
