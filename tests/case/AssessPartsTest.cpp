@@ -10,7 +10,6 @@
 #include "SeededRandom.h"
 #include "assess/AssessmentPicture.h"
 #include "assess/ClockDiagnosis.h"
-#include "assess/Events.h"
 #include "assess/QuantityNames.h"
 #include "assess/SeriesJudge.h"
 #include "assess/Steps.h"
@@ -106,59 +105,6 @@ TEST(MatchingTest, SingleValueIsMatchedWithinTheTolerance)
         EXPECT_EQ(matching.mPairs.size(), size_t(pairs)) << offset;
         EXPECT_EQ(matching.mCounts.mMissing + matching.mPairs.size(), 1U);
         EXPECT_EQ(matching.mCounts.mAdditional + matching.mPairs.size(), 1U);
-    }
-}
-
-/** Events by their starts in ms; each measured one has the number of the one it is for. */
-TEST(EventMatchingTest, NearestEventsBelongTogether)
-{
-    struct Case
-    {
-        std::vector<int> mExpected;
-        std::vector<int> mMeasured;
-        std::vector<double> mLateMs; ///< of those that were matched
-        size_t mMissing;
-        size_t mAdditional;
-    };
-    const Case cases[] = {
-        {{0, 5000}, {3, 4990}, {3.0, -10.0}, 0, 0},
-        {{0, 5000}, {4990}, {-10.0}, 1, 0},
-        {{0}, {1001}, {}, 1, 1},
-        {{0}, {1000}, {1000.0}, 0, 0},
-        {{}, {700}, {}, 0, 1},
-        // The nearest pair is first, even where that leaves another one alone.
-        {{0, 900}, {800}, {-100.0}, 1, 0},
-        {{0, 900}, {800, 1900}, {-100.0}, 1, 1},
-        {{0, 100, 200}, {110, 210, 10}, {10.0, 10.0, 10.0}, 0, 0},
-    };
-    for (const Case& it : cases) {
-        assess::ValueTable expected;
-        assess::ValueTable measured;
-        for (const int ms : it.mExpected) {
-            expected.series({"dip-residual", "UA"}).add({kStart + ms * kMs, 100.0});
-            expected.series({"dip-duration", "UA"}).add({kStart + ms * kMs, 0.1});
-        }
-        for (const int ms : it.mMeasured) {
-            measured.series({"dip-residual", "UA"}).add({kStart + ms * kMs, 101.0});
-            measured.series({"swell-max", "UA"}).add({kStart + ms * kMs, 270.0});
-        }
-        measured.sort();
-        assess::ComputedSeries computed;
-        assess::addEvents(expected, measured, 1000 * kMs, false, computed);
-        const assess::Matching& starts = computed[{"dip-start", "UA"}];
-        std::vector<double> late;
-        for (const assess::Pair& pair : starts.mPairs) {
-            late.push_back(std::round(1e6 * pair.mMeasured) / 1e3);
-        }
-        EXPECT_EQ(late, it.mLateMs);
-        EXPECT_EQ(starts.mCounts.mMissing, it.mMissing);
-        EXPECT_EQ(starts.mCounts.mAdditional, it.mAdditional);
-        const assess::Matching& residuals = computed[{"dip-residual", "UA"}];
-        EXPECT_EQ(residuals.mPairs.size(), it.mLateMs.size());
-        const assess::Matching& durations = computed[{"dip-duration", "UA"}];
-        EXPECT_EQ(durations.mCounts.mMissing, it.mExpected.size()) << "the device does not say it";
-        const assess::Matching& swells = computed[{"swell-start", "UA"}];
-        EXPECT_EQ(swells.mCounts.mAdditional, it.mMeasured.size());
     }
 }
 

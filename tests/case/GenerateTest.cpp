@@ -147,18 +147,19 @@ TEST(SampleMeterTest, FindsEventsAsTheStandardDoes)
                         0.01);
         }
     };
-    // A period that is half in the event is beyond the threshold as well.
-    expectEvents(values.mEvents, {{EventKind::Dip, 0x3, 1620, 7200, 25.0},
-                                  {EventKind::Dip, 0x4, 14400, 17820, 89.0},
-                                  {EventKind::Swell, 0x2, 21420, 23400, 120.0},
-                                  {EventKind::Interruption, 0x7, 25020, 27000, 4.0},
+    // A period that is half in the event is beyond the threshold as well; the one that is back is
+    // in it.
+    expectEvents(values.mEvents, {{EventKind::Dip, 0x3, 1620, 7560, 25.0},
+                                  {EventKind::Dip, 0x4, 14400, 18180, 89.0},
+                                  {EventKind::Swell, 0x2, 21420, 23760, 120.0},
+                                  {EventKind::Interruption, 0x7, 25020, 27360, 4.0},
                                   {EventKind::Dip, 0x1, 34020, -1, 30.0}});
-    expectEvents(values.mChannels[1].mEvents, {{EventKind::Dip, 0x2, 3420, 7200, 60.0},
-                                               {EventKind::Swell, 0x2, 21420, 23400, 120.0},
-                                               {EventKind::Dip, 0x2, 25020, 27000, 4.0}});
+    expectEvents(values.mChannels[1].mEvents, {{EventKind::Dip, 0x2, 3420, 7560, 60.0},
+                                               {EventKind::Swell, 0x2, 21420, 23760, 120.0},
+                                               {EventKind::Dip, 0x2, 25020, 27360, 4.0}});
     ASSERT_EQ(values.mEvents[3].mInterruptions.size(), 1U);
     EXPECT_EQ(values.mEvents[3].mInterruptions[0].mBegin.mLine, 25200);
-    EXPECT_EQ(values.mEvents[3].mInterruptions[0].mEnd->mLine, 26820);
+    EXPECT_EQ(values.mEvents[3].mInterruptions[0].mEnd->mLine, 27180);
 }
 
 /** Runs the program as its user does. */

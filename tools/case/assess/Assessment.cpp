@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "assess/Diagnosis.h"
+#include "assess/EventDiagnosis.h"
 #include "assess/Events.h"
 #include "assess/LostValues.h"
 #include "assess/Phasors.h"
@@ -185,7 +186,7 @@ Assessment::Work::Work(const ValueTable& expected, const ValueTable& measured,
     addEvents(expected, measured, nsOf(limits.mEventToleranceSeconds), mOptions.mIsPart, mComputed);
     addStepResponses(expected, measured, limits, mComputed);
     for (const auto& [key, series] : expected.all()) {
-        if (!eventKindOf(key.mQuantity)) {
+        if (!eventKindOf(key.mQuantity) && key.mQuantity != kEventCount) {
             assessSeries(key);
         }
     }
@@ -199,6 +200,9 @@ Assessment::Work::Work(const ValueTable& expected, const ValueTable& measured,
     findUnexpected();
     mResult.mFindings = lostValues(mResult.mSeries);
     mResult.mDiagnoses = diagnose(expected, measured, mResult.mSeries, mToleranceNs);
+    for (const std::string& text : diagnoseEvents(mComputed, mNominal.mHertz)) {
+        mResult.mDiagnoses.push_back(text);
+    }
 }
 
 bool Assessment::Work::isWanted(const SeriesKey& key) const
@@ -273,10 +277,11 @@ void Assessment::Work::judgeValues(const Matching& matching, const SeriesJudge& 
 
 void Assessment::Work::findUnexpected()
 {
+    const bool hasEvents = areEventsExpected(mExpected);
     for (const auto& [key, series] : mMeasured.all()) {
-        const bool isKnown =
-            mExpected.find(key) != nullptr || eventKindOf(key.mQuantity) || !isWanted(key);
-        if (!isKnown && !series.mSamples.empty()) {
+        const bool isEvent = eventKindOf(key.mQuantity) || key.mQuantity == kEventCount;
+        const bool isKnown = isEvent ? hasEvents : mExpected.find(key) != nullptr;
+        if (!isKnown && isWanted(key) && !series.mSamples.empty()) {
             mResult.mUnexpected.push_back(nameOf(key));
         }
     }

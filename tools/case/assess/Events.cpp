@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <optional>
 #include <set>
 
@@ -42,6 +43,9 @@ std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTa
                 rows.mExpected.insert(sample.mUtcNs);
             }
         }
+    }
+    if (!areEventsExpected(expected)) {
+        return {};
     }
     for (const auto& [key, series] : measured.all()) {
         const auto kind = eventKindOf(key.mQuantity);
@@ -94,17 +98,39 @@ std::optional<double> valueAt(const ValueTable& table, const SeriesKey& key, qin
     return isThere ? std::optional(found->mValue) : std::nullopt;
 }
 
+/** From the first to the last expected value. */
+struct ExpectedTime
+{
+    qint64 mBeginNs = std::numeric_limits<qint64>::max();
+    qint64 mEndNs = std::numeric_limits<qint64>::min();
+
+    bool holds(qint64 ns) const { return ns > mBeginNs && ns < mEndNs; }
+};
+
+ExpectedTime expectedTimeOf(const ValueTable& expected)
+{
+    ExpectedTime time;
+    for (const auto& [key, series] : expected.all()) {
+        if (!series.mSamples.empty()) {
+            time.mBeginNs = std::min(time.mBeginNs, series.mSamples.front().mUtcNs);
+            time.mEndNs = std::max(time.mEndNs, series.mSamples.back().mUtcNs);
+        }
+    }
+    return time;
+}
+
 /** Works on the events of one kind and channel. */
 class EventMatcher
 {
 public:
-    EventMatcher(const EventRows& rows, qint64 toleranceNs, bool isPart)
+    /** @param part the time in which measured events count; none for all */
+    EventMatcher(const EventRows& rows, qint64 toleranceNs, const std::optional<ExpectedTime>& part)
         : mExpected(rows.mExpected.begin(), rows.mExpected.end())
     {
         for (const qint64 start : rows.mMeasured) {
             const bool isNear = !mExpected.empty() && start >= mExpected.front() - toleranceNs &&
                                 start <= mExpected.back() + toleranceNs;
-            if (!isPart || isNear) {
+            if (!part || isNear || part->holds(start)) {
                 mMeasured.push_back(start);
             }
         }
@@ -166,11 +192,20 @@ Matching EventMatcher::values(const ValueTable& expected, const ValueTable& meas
 }
 } // namespace
 
+bool areEventsExpected(const ValueTable& expected)
+{
+    return std::any_of(expected.all().begin(), expected.all().end(), [](const auto& it) {
+        const std::string& quantity = it.first.mQuantity;
+        return eventKindOf(quantity) || quantity == kEventCount;
+    });
+}
+
 void addEvents(const ValueTable& expected, const ValueTable& measured, qint64 toleranceNs,
                bool isPart, ComputedSeries& computed)
 {
+    const auto part = isPart ? std::optional(expectedTimeOf(expected)) : std::nullopt;
     for (const auto& [key, rows] : collect(expected, measured)) {
-        const EventMatcher matcher(rows, toleranceNs, isPart);
+        const EventMatcher matcher(rows, toleranceNs, part);
         computed[{startOf(key.mQuantity), key.mChannel}] = matcher.starts();
         for (const std::string& quantity : rows.mQuantities) {
             computed[{quantity, key.mChannel}] =

@@ -25,6 +25,9 @@ inline constexpr char kPositiveAngle[] = "positive-sequence-angle";
 inline constexpr char kPhasorHz[] = "frequency-pmu";
 inline constexpr char kRocof[] = "rocof";
 
+/** Says that events were looked for, and how many were found; not compared. */
+inline constexpr char kEventCount[] = "event-count";
+
 /** The rows of one event begin with this: "dip" for "dip-residual", "dip-duration". */
 std::optional<std::string> eventKindOf(std::string_view quantity);
 

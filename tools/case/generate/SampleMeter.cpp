@@ -31,15 +31,16 @@ ThresholdMeter upperThreshold(double declared, double percent)
 EventSpan spanOf(const Crossing& crossing, const Timeline& timeline)
 {
     EventSpan span{timeline.positionOf(crossing.mBegin), std::nullopt};
-    if (crossing.mEnd) {
-        span.mEnd = timeline.positionOf(*crossing.mEnd);
+    if (crossing.mBack) {
+        span.mEnd = timeline.positionOf(*crossing.mBack + kSamplesPerPeriod);
     }
     return span;
 }
 
-qint64 endOf(const Crossing& crossing)
+/** The first line of the period that is back; of none, after all others. */
+qint64 backOf(const Crossing& crossing)
 {
-    return crossing.mEnd.value_or(std::numeric_limits<qint64>::max());
+    return crossing.mBack.value_or(std::numeric_limits<qint64>::max());
 }
 
 /** A crossing of one of the phases. */
@@ -62,12 +63,12 @@ std::vector<SystemCrossing> unionOf(std::vector<PhaseCrossing> crossings, bool i
               [](const auto& a, const auto& b) { return a.mCrossing.mBegin < b.mCrossing.mBegin; });
     std::vector<SystemCrossing> result;
     for (const auto& [channel, crossing] : crossings) {
-        if (result.empty() || endOf(result.back().mCrossing) < crossing.mBegin) {
+        if (result.empty() || backOf(result.back().mCrossing) < crossing.mBegin) {
             result.push_back({{}, crossing});
         }
         Crossing& whole = result.back().mCrossing;
-        if (endOf(crossing) > endOf(whole)) {
-            whole.mEnd = crossing.mEnd;
+        if (backOf(crossing) > backOf(whole)) {
+            whole.mBack = crossing.mBack;
         }
         whole.mExtreme = isLower ? std::min(whole.mExtreme, crossing.mExtreme)
                                  : std::max(whole.mExtreme, crossing.mExtreme);
@@ -90,9 +91,9 @@ std::vector<Crossing> intersectionOf(const std::vector<Crossing>& a, const std::
     for (const Crossing& one : a) {
         for (const Crossing& other : b) {
             const qint64 begin = std::max(one.mBegin, other.mBegin);
-            const Crossing& first = endOf(one) < endOf(other) ? one : other;
-            if (begin < endOf(first)) {
-                result.push_back({begin, first.mEnd, 0.0});
+            const Crossing& first = backOf(one) < backOf(other) ? one : other;
+            if (begin < backOf(first)) {
+                result.push_back({begin, first.mBack, 0.0});
             }
         }
     }
@@ -128,7 +129,7 @@ std::optional<double> RmsMeter::add(qint64 line, qint32 value)
 void ThresholdMeter::add(qint64 line, double rms)
 {
     const bool isLower = mBack > mBeyond;
-    const bool isOpen = !mCrossings.empty() && !mCrossings.back().mEnd;
+    const bool isOpen = !mCrossings.empty() && !mCrossings.back().mBack;
     if (!isOpen) {
         if (isLower ? rms < mBeyond : rms > mBeyond) {
             mCrossings.push_back({line, std::nullopt, rms});
@@ -137,7 +138,7 @@ void ThresholdMeter::add(qint64 line, double rms)
     }
     Crossing& open = mCrossings.back();
     if (isLower ? rms >= mBack : rms <= mBack) {
-        open.mEnd = line;
+        open.mBack = line;
         return;
     }
     open.mExtreme = isLower ? std::min(open.mExtreme, rms) : std::max(open.mExtreme, rms);
@@ -232,7 +233,7 @@ std::vector<VoltageEvent> SampleMeter::systemEvents(const Timeline& timeline) co
     for (const auto& [channels, dip] : systemDips) {
         VoltageEvent event{EventKind::Dip, channels, spanOf(dip, timeline), dip.mExtreme, {}};
         for (const Crossing& interruption : interruptions) {
-            if (interruption.mBegin >= dip.mBegin && interruption.mBegin < endOf(dip)) {
+            if (interruption.mBegin >= dip.mBegin && interruption.mBegin < backOf(dip)) {
                 event.mKind = EventKind::Interruption;
                 event.mInterruptions.push_back(spanOf(interruption, timeline));
             }

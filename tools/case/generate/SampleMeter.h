@@ -29,7 +29,8 @@ enum class EventKind
     Interruption ///< a dip in which all voltages fall below the threshold of an interruption
 };
 
-/** From the first period beyond the threshold up to the first one that is back. */
+/** From the begin of the first period beyond the threshold up to the end of the first one that is
+ * back, as IEC 61000-4-30 has it. */
 struct EventSpan
 {
     Position mBegin;
@@ -93,7 +94,7 @@ public:
     struct Crossing
     {
         qint64 mBegin;
-        std::optional<qint64> mEnd;
+        std::optional<qint64> mBack; ///< first line of the period that ends it
         double mExtreme;
     };
 

@@ -20,13 +20,13 @@ RmsThreshold upperThresholdOf(const EventSettings& settings, double percent)
 } // namespace
 
 EventMeter::EventMeter(const EventSettings& settings)
-    : mDip(lowerThresholdOf(settings, settings.mDipPercent)),
-      mSwell(upperThresholdOf(settings, settings.mSwellPercent)),
+    : mDip(lowerThresholdOf(settings, settings.mPercents.mDip)),
+      mSwell(upperThresholdOf(settings, settings.mPercents.mSwell)),
       mDips(mDip, ThresholdEvents::Together::Any,
             {QuantityId::DipResidual, QuantityId::DipDuration}),
       mSwells(mSwell, ThresholdEvents::Together::Any,
               {QuantityId::SwellMax, QuantityId::SwellDuration}),
-      mInterruptions(lowerThresholdOf(settings, settings.mInterruptionPercent),
+      mInterruptions(lowerThresholdOf(settings, settings.mPercents.mInterruption),
                      ThresholdEvents::Together::All,
                      {QuantityId::InterruptionResidual, QuantityId::InterruptionDuration}),
       mRapidChanges(settings)
@@ -49,6 +49,7 @@ void EventMeter::add(const HalfPeriodValues& values, MeasurementOutput& output)
     const bool isExcluded = wasExcluded || mDips.isOpen(channel) || mSwells.isOpen(channel) ||
                             !mInService.test(channel);
     mRapidChanges.add(values, isExcluded, output);
+    mEndUtcNs = values.mEndUtcNs;
 }
 
 void EventMeter::finish(MeasurementOutput& output)
@@ -57,6 +58,11 @@ void EventMeter::finish(MeasurementOutput& output)
     mSwells.finish(output);
     mInterruptions.finish(output);
     mRapidChanges.finish(output);
+    if (mInService.any()) {
+        const size_t count = mDips.systemCount() + mSwells.systemCount() +
+                             mInterruptions.systemCount() + mRapidChanges.systemCount();
+        output.add({mEndUtcNs, static_cast<double>(count), {QuantityId::EventCount}, Channel::U});
+    }
 }
 
 } // namespace measure

@@ -14,6 +14,9 @@ namespace measure {
  * A voltage takes part from its first rms on that is neither in a dip nor in a swell: what is
  * not connected has no events, and one that began before the signal has no beginning. An event
  * that the signal cuts off has no duration.
+ *
+ * At the end stands how many events there were, also where there was none; not where no voltage
+ * ever took part.
  */
 class EventMeter : public HalfPeriodMeter
 {
@@ -32,6 +35,7 @@ private:
     ThresholdEvents mSwells;
     ThresholdEvents mInterruptions;
     RapidChanges mRapidChanges;
+    qint64 mEndUtcNs = 0; ///< of the last period
 };
 
 } // namespace measure

@@ -7,6 +7,12 @@
 
 namespace measure {
 
+void EventQueue::add(const VoltageEvent& event)
+{
+    mEvents.push_back(event);
+    mSystemCount += event.mChannel == Channel::U ? 1 : 0;
+}
+
 void EventQueue::outputUpTo(qint64 utcNs, MeasurementOutput& output)
 {
     std::stable_sort(mEvents.begin(), mEvents.end(), [](const auto& a, const auto& b) {

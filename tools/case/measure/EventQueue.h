@@ -34,7 +34,10 @@ class EventQueue
 public:
     explicit EventQueue(EventRows rows) : mRows(rows) {}
 
-    void add(const VoltageEvent& event) { mEvents.push_back(event); }
+    void add(const VoltageEvent& event);
+
+    /** Events of the three voltages together, so far. */
+    size_t systemCount() const { return mSystemCount; }
 
     /** Outputs those that began up to the time. */
     void outputUpTo(qint64 utcNs, MeasurementOutput& output);
@@ -46,6 +49,7 @@ private:
 
     EventRows mRows;
     std::vector<VoltageEvent> mEvents;
+    size_t mSystemCount = 0;
 };
 
 } // namespace measure

@@ -4,15 +4,20 @@
 
 namespace measure {
 
-/** What is an event, in percent of the declared voltage; as the truth of generated signals has it.
- */
+/** In percent of the declared voltage; as the truth of generated signals has them. */
+struct EventPercents
+{
+    double mDip = generate::EventThresholds::kDipPercent;
+    double mSwell = generate::EventThresholds::kSwellPercent;
+    double mInterruption = generate::EventThresholds::kInterruptionPercent;
+};
+
+/** What is an event. */
 struct EventSettings
 {
     double mDeclaredVolts = 230.0; ///< above 0
     double mNominalHz = 50.0;
-    double mDipPercent = generate::EventThresholds::kDipPercent;
-    double mSwellPercent = generate::EventThresholds::kSwellPercent;
-    double mInterruptionPercent = generate::EventThresholds::kInterruptionPercent;
+    EventPercents mPercents;
     double mHysteresisPercent = generate::EventThresholds::kHysteresisPercent;
     double mRapidChangePercent = 5.0; ///< its hysteresis is half of it
 };

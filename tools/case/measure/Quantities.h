@@ -68,6 +68,7 @@ enum class QuantityId : unsigned char
     RapidChangeMax,
     RapidChangeSteady,
     RapidChangeDuration,
+    EventCount,
     PhasorMagnitude,
     PhasorAngle,
     PositivePhasorMagnitude,

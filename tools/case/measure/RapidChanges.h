@@ -66,6 +66,9 @@ public:
     /** The signal is over: what goes on is not known to be a rapid change. */
     void finish(MeasurementOutput& output);
 
+    /** Changes of the three together that are over. */
+    size_t systemCount() const { return mQueue.systemCount(); }
+
 private:
     void takeIntoSystem(const SteadyVoltage::Change& change);
     qint64 firstOpen() const;

@@ -13,7 +13,7 @@ void ThresholdEvents::add(const HalfPeriodValues& values, EventChannels inServic
     if (!open && inService.test(channel) && mThreshold.isBeyond(values.mRms)) {
         open = OpenEvent{values.mBeginUtcNs, values.mRms};
     } else if (open && mThreshold.isBack(values.mRms)) {
-        close(open, values.mChannel, values.mBeginUtcNs);
+        close(open, values.mChannel, values.mEndUtcNs);
     } else if (open) {
         open->mExtreme = mThreshold.extremeOf(open->mExtreme, values.mRms);
     }
@@ -49,7 +49,7 @@ bool ThresholdEvents::isSystemBeyond(EventChannels inService) const
 void ThresholdEvents::updateSystem(const HalfPeriodValues& values, bool isBeyond)
 {
     if (!isBeyond) {
-        close(mSystem, Channel::U, values.mBeginUtcNs);
+        close(mSystem, Channel::U, values.mEndUtcNs);
         return;
     }
     const auto& open = mOpen[static_cast<size_t>(values.mChannel)];

@@ -26,10 +26,10 @@ struct RmsThreshold
 /**
  * Dips, swells or interruptions: of each voltage, and of the three together.
  *
- * An event begins where the first period begins whose rms is beyond the threshold, and ends where
- * the first period begins that is back by the hysteresis. The event of all three begins with
- * the first and ends with the last of them; an interruption begins when the last of them is below
- * and ends with the first that is back.
+ * By IEC 61000-4-30 an event begins where the first period begins whose rms is beyond the
+ * threshold, and ends where the first period ends that is back by the hysteresis. The event of all
+ * three begins with the first and ends with the last of them; an interruption begins when the last
+ * of them is below and ends with the first that is back.
  */
 class ThresholdEvents
 {
@@ -54,6 +54,9 @@ public:
 
     /** The signal is over. */
     void finish(MeasurementOutput& output);
+
+    /** Events of the three together that are over. */
+    size_t systemCount() const { return mQueue.systemCount(); }
 
     /** Whether the voltage is beyond the threshold. */
     bool isOpen(size_t channel) const { return mOpen[channel].has_value(); }
