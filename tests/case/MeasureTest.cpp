@@ -282,7 +282,7 @@ TEST_F(MeasureCommandTest, ClosedFormWinsWhereItHolds)
     EXPECT_NE(rows.find("00.799992000Z,rms,UA,198.5"), std::string::npos) << "half of it is a dip";
     ASSERT_EQ(run("generate --duration 0.1 -o other.csv").mExitCode, 0);
     const CommandResult other = run("measure other.csv --truth t.json -o m.csv");
-    EXPECT_EQ(other.mExitCode, 1);
+    EXPECT_EQ(other.mExitCode, 2);
     EXPECT_NE(other.mErrors.find("other.csv: has 1800 lines, but t.json is about 18000"),
               std::string::npos)
         << other.mErrors;
@@ -291,6 +291,10 @@ TEST_F(MeasureCommandTest, ClosedFormWinsWhereItHolds)
 TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
 {
     ASSERT_EQ(run("generate --duration 0.1 --truth t.json -o s.csv").mExitCode, 0);
+    ASSERT_EQ(run("generate --duration 0.1 --amplitudes 300000,325269,325269,0,7071,7071,7071,0 "
+                  "--truth other.json -o other.csv")
+                  .mExitCode,
+              0);
     const std::pair<const char*, const char*> rows[] = {
         {"--quantities rms,harmonic", "'harmonic': expected some of rms-half,"},
         {"--nominal 230,5", "'230,5': expected V,A,HZ with 50 or 60 Hz"},
@@ -299,6 +303,13 @@ TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
         {"--wide --json", "excludes"},
         {"-o s.csv", "s.csv"},
         {"--truth t.json -o t.json", "t.json"},
+        {"--truth none.json", "none.json"},
+        {"--truth other.json", "other.json is another signal's: the rms-half of UA at"},
+        {"--class M --rate 7", "--rate: "},
+        {"--thresholds 90,110", "'90,110': expected percent of the nominal voltage"},
+        {"--thresholds 99,110,5", "expected percent"},
+        {"--thresholds 90,101,5", "expected percent"},
+        {"--thresholds 5,110,90", "expected percent"},
     };
     for (const auto& [options, message] : rows) {
         const CommandResult result = run(std::string("measure s.csv ") + options);

@@ -120,6 +120,24 @@ void addChoice(CLI::App& command, const std::string& name, Value& value,
         ->type_name(names);
 }
 
+void readThresholds(const std::string& text, measure::EventPercents& percents)
+{
+    constexpr double kHysteresis = generate::EventThresholds::kHysteresisPercent;
+    const auto fields = base::splitText(text, ',');
+    const bool isGood = fields.size() == 3 && base::parseNumber(fields[0], &percents.mDip) &&
+                        base::parseNumber(fields[1], &percents.mSwell) &&
+                        base::parseNumber(fields[2], &percents.mInterruption) &&
+                        percents.mInterruption > 0.0 && percents.mInterruption < percents.mDip &&
+                        percents.mDip <= 100.0 - kHysteresis &&
+                        percents.mSwell >= 100.0 + kHysteresis;
+    if (!isGood) {
+        throw CLI::ValidationError(
+            "--thresholds", fmt::format("'{}': expected percent of the nominal voltage for dips, "
+                                        "swells and interruptions, for example 90,110,5",
+                                        text));
+    }
+}
+
 /** How some quantities are measured. */
 void addMeterOptions(CLI::App& command, measure::MeasureOptions& measuring)
 {
@@ -136,6 +154,14 @@ void addMeterOptions(CLI::App& command, measure::MeasureOptions& measuring)
     addChoice<Lamp>(command, "--lamp", measuring.mLamp,
                     {{{"230", Lamp::V230}, {"120", Lamp::V120}}},
                     "The voltage of the lamp for flicker (default: 230)");
+    command
+        .add_option_function<std::string>(
+            "--thresholds",
+            [&measuring](const std::string& text) {
+                readThresholds(text, measuring.mEventPercents);
+            },
+            "Where events begin, percent of the nominal voltage (default: 90,110,5)")
+        ->type_name("DIP,SWELL,INTERRUPTION");
 }
 } // namespace
 

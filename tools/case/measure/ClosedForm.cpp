@@ -1,5 +1,7 @@
 #include "measure/ClosedForm.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -8,6 +10,7 @@
 #include "base/CaseError.h"
 #include "base/InputFile.h"
 #include "base/Numbers.h"
+#include "measure/UtcText.h"
 
 namespace measure {
 
@@ -172,10 +175,25 @@ std::optional<double> ClosedForm::channelValue(const Channel& channel, const Row
     }
 }
 
+void ClosedFormOutput::compare(const Measurement& measured, double known)
+{
+    constexpr double kSame = 1e-3; // what is measured is off by 20 ppm at most
+    constexpr double kRounding = 0.01;
+    const QuantityId id = measured.mKind.mId;
+    const bool isRms = id == QuantityId::Rms || id == QuantityId::RmsHalf;
+    if (isRms && mDisagreement.empty() &&
+        std::abs(measured.mValue - known) > kSame * known + kRounding) {
+        mDisagreement = fmt::format("the {} of {} at {} is {:.7g}, but it says {:.7g}",
+                                    nameOf(measured.mKind), nameOf(measured.mChannel),
+                                    UtcText().of(measured.mUtcNs), measured.mValue, known);
+    }
+}
+
 void ClosedFormOutput::add(const Measurement& value)
 {
     Measurement row = value;
     if (const auto known = mClosedForm.valueOf(value)) {
+        compare(value, *known);
         row.mValue = *known;
         row.mOrigin = Origin::ClosedForm;
     }

@@ -74,9 +74,15 @@ public:
 
     void add(const Measurement& value) override;
 
+    /** The first rms that was measured otherwise than it is known, in words; empty for none. */
+    const std::string& disagreement() const { return mDisagreement; }
+
 private:
+    void compare(const Measurement& measured, double known);
+
     const ClosedForm& mClosedForm;
     MeasurementOutput& mOutput;
+    std::string mDisagreement;
 };
 
 } // namespace measure

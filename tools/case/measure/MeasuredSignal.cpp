@@ -3,10 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "base/CaseError.h"
 #include "input/OpenInput.h"
+#include "measure/NominalFrequency.h"
 #include "measure/UtcText.h"
 #include "waveform/DeviceChannels.h"
 
@@ -16,6 +18,7 @@ namespace {
 constexpr double kLowerNominal = 50.0;
 constexpr double kHigherNominal = 60.0;
 constexpr double kBetweenNominals = 55.0;
+constexpr double kUsualDistance = 10.0; ///< from between: 45 to 65 Hz
 
 bool isOfDevice(const waveform::SignalDescription& description)
 {
@@ -28,8 +31,7 @@ MeasuredSignal::MeasuredSignal(const SignalOptions& options)
 {
     findBegin(options.mBeginUtcNs);
     if (!isOfDevice(description())) {
-        findNominal(options.mNominalHz);
-        mapRecording(options.mAssignments);
+        mapRecording(options);
         return;
     }
     const auto& assignments = options.mAssignments;
@@ -55,7 +57,14 @@ void MeasuredSignal::findBegin(const std::optional<qint64>& given)
 {
     const auto recorded = parseUtc(description().mStartTime);
     mBeginUtcNs = given.value_or(recorded.value_or(0));
-    if (given || description().mFormat == "recording of the driver") {
+    const bool isOfDriver = description().mFormat == "recording of the driver";
+    if (given && isOfDriver) {
+        mRemarks.push_back(
+            fmt::format("the UTC that it has of its first sample, {}, is replaced by "
+                        "--begin",
+                        description().mStartTime));
+    }
+    if (given || isOfDriver) {
         return;
     }
     mRemarks.push_back(
@@ -65,25 +74,40 @@ void MeasuredSignal::findBegin(const std::optional<qint64>& given)
               "--begin");
 }
 
-/** 50 or 60 Hz, whichever is nearer to what the file says. */
+/** 50 or 60 Hz, whichever is nearer to what the steps of the lines say. */
 void MeasuredSignal::findNominal(const std::optional<double>& given)
 {
     double hertz = description().mNominalHz;
-    if (mFirstBlock.size() > 1) {
-        const double step = mFirstBlock.mSeconds[1] - mFirstBlock.mSeconds[0];
-        hertz = step > 0.0 ? 1.0 / (step * kSamplesPerPeriod) : hertz;
-        mMaxHertz = hertz * kSamplesPerPeriod / 2.0;
-    }
-    if (hertz == 0.0 && !given) {
-        mRemarks.emplace_back("its nominal frequency is not known: 50 Hz is taken; see --nominal");
-    }
+    const double step = mFirstBlock.mSeconds[1] - mFirstBlock.mSeconds[0];
+    hertz = step > 0.0 ? 1.0 / (step * kSamplesPerPeriod) : hertz;
+    mMaxHertz = hertz * kSamplesPerPeriod / 2.0;
     mNominalHz = given.value_or(hertz > kBetweenNominals ? kHigherNominal : kLowerNominal);
 }
 
-void MeasuredSignal::mapRecording(const importing::Assignments& assignments)
+/** 50 or 60 Hz as the recording states it; else as its samples have it. */
+void MeasuredSignal::findNominal(const SignalOptions& options, const importing::ChannelMap& map)
+{
+    const double stated = description().mNominalHz;
+    const bool isUsual = std::abs(stated - kBetweenNominals) <= kUsualDistance;
+    if (options.mNominalHz || isUsual) {
+        mNominalHz =
+            options.mNominalHz.value_or(stated > kBetweenNominals ? kHigherNominal : kLowerNominal);
+        return;
+    }
+    const auto source = input::openInput(options.mPath, {options.mEncoding});
+    const auto recognized = recognizeNominal(*source, map);
+    mNominalHz = recognized.value_or(kLowerNominal);
+    const std::string what = stated == 0.0
+                                 ? "its nominal frequency is not known"
+                                 : fmt::format("its nominal frequency is {:g} Hz", stated);
+    mRemarks.push_back(fmt::format("{}: {:g} Hz is taken{}; see --nominal", what, mNominalHz,
+                                   recognized ? ", which its samples have" : ""));
+}
+
+void MeasuredSignal::mapRecording(const SignalOptions& options)
 {
     const importing::ChannelMap map = importing::mapChannels(
-        description(), {assignments, importing::TransformerSide::AsRecorded, 1.0, 1.0});
+        description(), {options.mAssignments, importing::TransformerSide::AsRecorded, 1.0, 1.0});
     for (size_t channel = 0; channel < kChannelCount; ++channel) {
         const importing::MappedChannel& mapped = map.mChannels[channel];
         mChannels.set(channel, !mapped.mTerms.empty());
@@ -96,6 +120,7 @@ void MeasuredSignal::mapRecording(const importing::Assignments& assignments)
         }
     }
     mRemarks.insert(mRemarks.end(), map.mRemarks.begin(), map.mRemarks.end());
+    findNominal(options, map);
     mRecording = std::make_unique<RecordingLines>(*mSource, map, mNominalHz * kSamplesPerPeriod);
     mMaxHertz = mRecording->maxHertz();
 }

@@ -23,7 +23,7 @@ struct SignalOptions
     double mCountsPerVolt = 1000.0;      ///< of a value file or recording of the driver
     double mCountsPerAmpere = 1000.0;
     std::optional<qint64> mBeginUtcNs; ///< of the first sample, where the file does not say it
-    std::optional<double> mNominalHz;  ///< 50 or 60; else as the file has it
+    std::optional<double> mNominalHz;  ///< 50 or 60; else as the file, or its samples, have it
 };
 
 /**
@@ -57,7 +57,8 @@ public:
 private:
     void findBegin(const std::optional<qint64>& given);
     void findNominal(const std::optional<double>& given);
-    void mapRecording(const importing::Assignments& assignments);
+    void findNominal(const SignalOptions& options, const importing::ChannelMap& map);
+    void mapRecording(const SignalOptions& options);
     bool readDeviceBlock(waveform::SignalBlock& block);
     void scale(waveform::SignalBlock& block);
 

@@ -8,12 +8,14 @@
 
 #include "base/CaseError.h"
 #include "base/ProgressLine.h"
+#include "base/WrongInput.h"
 #include "measure/ClosedForm.h"
 #include "measure/EventMeter.h"
 #include "measure/FlickerMeter.h"
 #include "measure/OrderedOutput.h"
 #include "measure/PeriodMeters.h"
 #include "measure/PhasorMeter.h"
+#include "measure/SignalCheck.h"
 
 namespace measure {
 
@@ -31,7 +33,7 @@ std::unique_ptr<Meter> makePhasorMeter(const MeasureOptions& options, const Mete
     const std::string problem =
         PhasorWindow::problemOf(options.mPhasorClass, rate, settings.mNominalHz);
     if (!problem.empty()) {
-        throw base::CaseError("--rate: " + problem);
+        throw base::WrongInput("--rate: " + problem);
     }
     return std::make_unique<PhasorMeter>(settings, options.mPhasorClass, rate);
 }
@@ -53,13 +55,14 @@ bool hasPeriodQuantity(const Selection& selection)
     });
 }
 
-std::unique_ptr<Meter> makePeriodMeters(const Selection& selection, const MeterSettings& settings,
+std::unique_ptr<Meter> makePeriodMeters(const EventPercents& percents, const Selection& selection,
+                                        const MeterSettings& settings,
                                         std::unique_ptr<EventMeter>& events)
 {
     auto meters = std::make_unique<PeriodMeters>(selection, settings);
     if (selection.has(QuantityId::DipResidual)) {
         events = std::make_unique<EventMeter>(
-            EventSettings{settings.mNominalVolts, settings.mNominalHz});
+            EventSettings{settings.mNominalVolts, settings.mNominalHz, percents});
         meters->handTo(*events);
     }
     return meters;
@@ -70,7 +73,8 @@ Meters makeMeters(const MeasureOptions& options, const Selection& selection,
 {
     Meters meters;
     if (hasPeriodQuantity(selection)) {
-        meters.mAll.push_back(makePeriodMeters(selection, settings, meters.mEvents));
+        meters.mAll.push_back(
+            makePeriodMeters(options.mEventPercents, selection, settings, meters.mEvents));
     }
     if (selection.has(QuantityId::PhasorMagnitude)) {
         meters.mAll.push_back(makePhasorMeter(options, settings));
@@ -83,15 +87,20 @@ Meters makeMeters(const MeasureOptions& options, const Selection& selection,
 
 std::optional<ClosedForm> readTruth(const MeasureOptions& options, const MeterSettings& settings)
 {
-    return options.mTruth.empty()
-               ? std::nullopt
-               : std::optional<ClosedForm>(
-                     std::in_place, options.mTruth,
-                     std::array{options.mSignal.mCountsPerVolt, options.mSignal.mCountsPerAmpere},
-                     settings);
+    if (options.mTruth.empty()) {
+        return std::nullopt;
+    }
+    const SignalOptions& signal = options.mSignal;
+    try {
+        return std::optional<ClosedForm>(std::in_place, options.mTruth,
+                                         std::array{signal.mCountsPerVolt, signal.mCountsPerAmpere},
+                                         settings);
+    } catch (const base::CaseError& error) {
+        throw base::WrongInput(error.what());
+    }
 }
 
-/** Passes rows on and remembers their groups. */
+/** Passes rows on and remembers their groups. What is no number does not become a row. */
 class GroupWatch : public MeasurementOutput
 {
 public:
@@ -99,9 +108,16 @@ public:
 
     void add(const Measurement& value) override
     {
+        if (!std::isfinite(value.mValue)) {
+            ++mNotFinite;
+            return;
+        }
         mHasRows.set(static_cast<size_t>(value.mKind.mId));
         mOutput.add(value);
     }
+
+    /** Values that were left out: too large for a number. */
+    size_t notFinite() const { return mNotFinite; }
 
     /** What is selected and has no row. No event is a result as well. */
     std::vector<std::string> emptyGroups(const Selection& selection) const
@@ -121,19 +137,49 @@ public:
 
 private:
     MeasurementOutput& mOutput;
+    size_t mNotFinite = 0;
     std::bitset<static_cast<size_t>(QuantityId::Rocof) + 1> mHasRows;
 };
 
-/** @throws CaseError where the truth is that of another signal */
-void expectLines(const std::optional<ClosedForm>& closedForm, size_t lines,
-                 const MeasureOptions& options)
+/** @throws WrongInput where the truth is that of another signal */
+void expectOwnTruth(const std::optional<ClosedForm>& closedForm, size_t lines,
+                    const MeasureOptions& options)
 {
     if (closedForm && closedForm->lines() != lines) {
-        throw base::CaseError(
-            fmt::format("{}: has {} lines, but {} is about {}: it is another "
-                        "signal's",
+        throw base::WrongInput(
+            fmt::format("{}: has {} lines, but {} is about {}: it is another signal's",
                         options.mSignal.mPath, lines, options.mTruth, closedForm->lines()));
     }
+}
+
+/** @throws WrongInput where a measured value is not what the truth says */
+void expectAgreement(const std::optional<ClosedFormOutput>& known, const MeasureOptions& options)
+{
+    if (known && !known->disagreement().empty()) {
+        throw base::WrongInput(fmt::format("{}: {} is another signal's: {}", options.mSignal.mPath,
+                                           options.mTruth, known->disagreement()));
+    }
+}
+
+std::vector<std::string> remarksOf(const MeasuredSignal& signal, const SignalCheck& check,
+                                   const GroupWatch& watch, const Selection& selection)
+{
+    std::vector<std::string> remarks = signal.remarks();
+    for (const std::string& remark : check.remarks()) {
+        remarks.push_back(remark);
+    }
+    if (watch.notFinite() > 0) {
+        remarks.push_back(
+            fmt::format("{} values are left out: they are too large for a number; see --scale",
+                        watch.notFinite()));
+    }
+    const auto empty = watch.emptyGroups(selection);
+    if (!empty.empty()) {
+        remarks.push_back(fmt::format(
+            "no rows of {}: the signal is too short for it, or has no steady fundamental",
+            fmt::join(empty, ", ")));
+    }
+    return remarks;
 }
 } // namespace
 
@@ -151,12 +197,14 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     GroupWatch watch(known ? static_cast<MeasurementOutput&>(*known) : *writer);
     OrderedOutput rows(watch);
     const Meters meters = makeMeters(options, selection, settings);
+    SignalCheck check(settings.mNominalVolts);
     base::ProgressLine progress("measuring");
     size_t lines = 0;
     waveform::SignalBlock block;
     while (signal.read(block)) {
         progress.show(signal.progress());
         lines += block.size();
+        check.add(block, rows);
         for (const auto& meter : meters.mAll) {
             meter->add(block, rows);
         }
@@ -164,17 +212,11 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     for (const auto& meter : meters.mAll) {
         meter->finish(rows);
     }
-    expectLines(closedForm, lines, options);
+    expectOwnTruth(closedForm, lines, options);
     rows.flush();
+    expectAgreement(known, options);
     writer->finish();
-    std::vector<std::string> remarks = signal.remarks();
-    const auto empty = watch.emptyGroups(selection);
-    if (!empty.empty()) {
-        remarks.push_back(fmt::format(
-            "no rows of {}: the signal is too short for it, or has no steady fundamental",
-            fmt::join(empty, ", ")));
-    }
-    return remarks;
+    return remarksOf(signal, check, watch, selection);
 }
 
 } // namespace measure

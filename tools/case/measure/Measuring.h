@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/ResultFile.h"
+#include "measure/EventSettings.h"
 #include "measure/FlickerFilter.h"
 #include "measure/MeasuredSignal.h"
 #include "measure/MeasurementWriters.h"
@@ -23,11 +24,13 @@ struct MeasureOptions
     std::optional<int> mFramesPerSecond; ///< of phasors; else one a nominal period
     PhasorClass mPhasorClass = PhasorClass::M;
     Lamp mLamp = Lamp::V230;
+    EventPercents mEventPercents;
 };
 
 /**
  * Reads the signal once and writes what was measured; the caller commits the file.
- * @return remarks for the user. @throws CaseError for what cannot be read
+ * @return remarks for the user. @throws CaseError for what cannot be read, WrongInput for options
+ * that do not go together or with the signal
  */
 std::vector<std::string> measureSignal(const MeasureOptions& options, base::ResultFile& output);
 

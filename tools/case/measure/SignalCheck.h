@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <complex>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "measure/Meter.h"
+
+namespace measure {
+
+/**
+ * Looks for what was probably not meant: a nominal voltage that the signal does not have, phases
+ * that turn the wrong way round. Takes periods of 360 lines as they come, so its values are rough
+ * where the frequency is not that of the lines. Outputs no values, only remarks.
+ */
+class SignalCheck : public Meter
+{
+public:
+    explicit SignalCheck(double nominalVolts) : mNominalVolts(nominalVolts) {}
+
+    void add(const waveform::SignalBlock& block, MeasurementOutput& output) override;
+    void finish(MeasurementOutput& /*output*/) override {}
+
+    /** For the user. */
+    std::vector<std::string> remarks() const;
+
+private:
+    static constexpr size_t kPhases = 3;
+
+    /** One phase of the period that goes on. */
+    struct Phase
+    {
+        double mSquares = 0.0;
+        std::complex<double> mFundamental; ///< times 360
+    };
+
+    /** Voltages or currents. */
+    struct System
+    {
+        std::array<Phase, kPhases> mPhases;
+        size_t mPeriods = 0; ///< that are not 0
+        size_t mReversed = 0;
+    };
+
+    void addLines(const waveform::SignalBlock& block, size_t begin, size_t end);
+    void endPeriod();
+    std::string nominalRemark() const;
+
+    double mNominalVolts;
+    size_t mLine = 0; ///< in the period
+    std::array<System, 2> mSystems;
+    /** Of each phase: how many periods have a rms of that level, in thousandths of a natural
+     * logarithm above the nominal voltage. */
+    std::array<std::map<int, size_t>, kPhases> mLevels;
+};
+
+} // namespace measure
