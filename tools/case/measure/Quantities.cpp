@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "base/Numbers.h"
 
@@ -25,119 +26,126 @@ const Channels& deviceChannelSet()
     return kChannels;
 }
 
-std::vector<Quantity> makeQuantities()
+/** One without orders and without longer intervals. */
+Quantity single(Id id, const char* name, const char* group, const char* unit,
+                const Channels& channels, const char* text)
+{
+    return {id, name, group, unit, channels, 0, 0, false, text};
+}
+
+/** One without orders that is aggregated. */
+Quantity aggregated(Id id, const char* name, const char* group, const char* unit,
+                    const Channels& channels, const char* text)
+{
+    return {id, name, group, unit, channels, 0, 0, true, text};
+}
+
+std::vector<Quantity> waveformQuantities()
 {
     const Channels& all = deviceChannelSet();
-    const Channels phaseVoltages{Channel::UA, Channel::UB, Channel::UC};
-    const Channels phases{Channel::UA, Channel::UB, Channel::UC,
-                          Channel::IA, Channel::IB, Channel::IC};
-    const Channels events{Channel::UA, Channel::UB, Channel::UC, Channel::U};
-    const Channels systems{Channel::U, Channel::I};
-    const Channels power{Channel::A, Channel::B, Channel::C, Channel::Total};
     const Channels none{Channel::None};
     const char* const own = kUnitOfChannel;
     return {
-        {Id::RmsHalf, "rms-half", "rms-half", own, all, 0, 0, false,
-         "rms of one period, every half period"},
-        {Id::Rms, "rms", "rms", own, all, 0, 0, true, "rms of 10/12 periods"},
-        {Id::Thd, "thd", "thd", "%", all, 0, 0, true,
-         "harmonic subgroups 2 to 50, of the subgroup of the fundamental"},
+        single(Id::RmsHalf, "rms-half", "rms-half", own, all,
+               "rms of one period, every half period"),
+        aggregated(Id::Rms, "rms", "rms", own, all, "rms of 10/12 periods"),
+        aggregated(Id::Thd, "thd", "thd", "%", all,
+                   "harmonic subgroups 2 to 50, of the subgroup of the fundamental"),
         {Id::Harmonic, "harmonic", "harmonics", "%", all, 2, kLastHarmonic, true,
          "harmonic subgroup, of the subgroup of the fundamental"},
         {Id::Interharmonic, "interharmonic", "interharmonics", "%", all, 1, kLastInterharmonic,
          true, "centred interharmonic subgroup, of the subgroup of the fundamental"},
-        {Id::Frequency, "frequency", "frequency", "Hz", none, 0, 0, false, "of one period"},
-        {Id::FrequencyTenSeconds, "frequency-10s", "frequency", "Hz", none, 0, 0, false,
-         "whole periods in 10 s by their duration"},
-        {Id::NegativeVoltageUnbalance,
-         "u2",
-         "unbalance",
-         "%",
-         {Channel::U},
-         0,
-         0,
-         true,
-         "negative sequence, of the positive one"},
-        {Id::ZeroVoltageUnbalance,
-         "u0",
-         "unbalance",
-         "%",
-         {Channel::U},
-         0,
-         0,
-         true,
-         "zero sequence, of the positive one"},
-        {Id::NegativeCurrentUnbalance,
-         "i2",
-         "unbalance",
-         "%",
-         {Channel::I},
-         0,
-         0,
-         true,
-         "negative sequence, of the positive one"},
-        {Id::ZeroCurrentUnbalance,
-         "i0",
-         "unbalance",
-         "%",
-         {Channel::I},
-         0,
-         0,
-         true,
-         "zero sequence, of the positive one"},
-        {Id::PositiveSequence, "sequence-positive", "unbalance", own, systems, 0, 0, true,
-         "rms of the fundamental"},
-        {Id::NegativeSequence, "sequence-negative", "unbalance", own, systems, 0, 0, true,
-         "rms of the fundamental"},
-        {Id::ZeroSequence, "sequence-zero", "unbalance", own, systems, 0, 0, true,
-         "rms of the fundamental"},
-        {Id::ActivePower, "p", "power", "W", power, 0, 0, true, "active power"},
-        {Id::ReactivePower, "q", "power", "var", power, 0, 0, true,
-         "reactive power of the fundamental"},
-        {Id::ApparentPower, "s", "power", "VA", power, 0, 0, true,
-         "product of the rms values; the total is their sum"},
-        {Id::PowerFactor, "power-factor", "power", "", power, 0, 0, true, "p by s"},
-        {Id::InstantaneousFlicker, "pinst", "flicker", "", phaseVoltages, 0, 0, false,
-         "largest instantaneous flicker sensation of a second"},
-        {Id::ShortFlicker, "pst", "flicker", "", phaseVoltages, 0, 0, false, "of 10 minutes"},
-        {Id::LongFlicker, "plt", "flicker", "", phaseVoltages, 0, 0, false, "of 2 hours"},
-        {Id::DipResidual, "dip-residual", "events", "V", events, 0, 0, false,
-         "lowest rms-half of a dip"},
-        {Id::DipDuration, "dip-duration", "events", "s", events, 0, 0, false, "of a dip"},
-        {Id::SwellMax, "swell-max", "events", "V", events, 0, 0, false,
-         "highest rms-half of a swell"},
-        {Id::SwellDuration, "swell-duration", "events", "s", events, 0, 0, false, "of a swell"},
-        {Id::InterruptionResidual, "interruption-residual", "events", "V", events, 0, 0, false,
-         "lowest rms-half of an interruption"},
-        {Id::InterruptionDuration, "interruption-duration", "events", "s", events, 0, 0, false,
-         "of an interruption"},
-        {Id::RapidChangeMax, "rapid-change-max", "events", "V", events, 0, 0, false,
-         "largest deviation from the steady voltage before"},
-        {Id::RapidChangeSteady, "rapid-change-steady", "events", "V", events, 0, 0, false,
-         "difference of the steady voltages before and after"},
-        {Id::RapidChangeDuration, "rapid-change-duration", "events", "s", events, 0, 0, false,
-         "between the steady voltages"},
-        {Id::EventCount,
-         "event-count",
-         "events",
-         "",
-         {Channel::U},
-         0,
-         0,
-         false,
-         "events of the three voltages together; 0 for none"},
-        {Id::PhasorMagnitude, "phasor-magnitude", "phasors", own, phases, 0, 0, false,
-         "rms of the synchrophasor"},
-        {Id::PhasorAngle, "phasor-angle", "phasors", "deg", phases, 0, 0, false,
-         "of the synchrophasor, to a cosine on UTC"},
-        {Id::PositivePhasorMagnitude, "positive-sequence-magnitude", "phasors", own, systems, 0, 0,
-         false, "rms of the synchrophasor"},
-        {Id::PositivePhasorAngle, "positive-sequence-angle", "phasors", "deg", systems, 0, 0, false,
-         "of the synchrophasor, to a cosine on UTC"},
-        {Id::PhasorFrequency, "frequency-pmu", "phasors", "Hz", none, 0, 0, false,
-         "from the positive sequence"},
-        {Id::Rocof, "rocof", "phasors", "Hz/s", none, 0, 0, false, "rate of change of frequency"},
+        single(Id::Frequency, "frequency", "frequency", "Hz", none, "of one period"),
+        single(Id::FrequencyTenSeconds, "frequency-10s", "frequency", "Hz", none,
+               "whole periods in 10 s by their duration"),
     };
+}
+
+std::vector<Quantity> systemQuantities()
+{
+    const Channels voltage{Channel::U};
+    const Channels current{Channel::I};
+    const Channels systems{Channel::U, Channel::I};
+    const Channels power{Channel::A, Channel::B, Channel::C, Channel::Total};
+    const char* const own = kUnitOfChannel;
+    const char* const negative = "negative sequence, of the positive one";
+    const char* const zero = "zero sequence, of the positive one";
+    const char* const rms = "rms of the fundamental";
+    return {
+        aggregated(Id::NegativeVoltageUnbalance, "u2", "unbalance", "%", voltage, negative),
+        aggregated(Id::ZeroVoltageUnbalance, "u0", "unbalance", "%", voltage, zero),
+        aggregated(Id::NegativeCurrentUnbalance, "i2", "unbalance", "%", current, negative),
+        aggregated(Id::ZeroCurrentUnbalance, "i0", "unbalance", "%", current, zero),
+        aggregated(Id::PositiveSequence, "sequence-positive", "unbalance", own, systems, rms),
+        aggregated(Id::NegativeSequence, "sequence-negative", "unbalance", own, systems, rms),
+        aggregated(Id::ZeroSequence, "sequence-zero", "unbalance", own, systems, rms),
+        aggregated(Id::ActivePower, "p", "power", "W", power, "active power"),
+        aggregated(Id::ReactivePower, "q", "power", "var", power,
+                   "reactive power of the fundamental"),
+        aggregated(Id::ApparentPower, "s", "power", "VA", power,
+                   "product of the rms values; the total is their sum"),
+        aggregated(Id::PowerFactor, "power-factor", "power", "", power, "p by s"),
+    };
+}
+
+std::vector<Quantity> eventQuantities()
+{
+    const Channels phaseVoltages{Channel::UA, Channel::UB, Channel::UC};
+    const Channels events{Channel::UA, Channel::UB, Channel::UC, Channel::U};
+    return {
+        single(Id::InstantaneousFlicker, "pinst", "flicker", "", phaseVoltages,
+               "largest instantaneous flicker sensation of a second"),
+        single(Id::ShortFlicker, "pst", "flicker", "", phaseVoltages, "of 10 minutes"),
+        single(Id::LongFlicker, "plt", "flicker", "", phaseVoltages, "of 2 hours"),
+        single(Id::DipResidual, "dip-residual", "events", "V", events, "lowest rms-half of a dip"),
+        single(Id::DipDuration, "dip-duration", "events", "s", events, "of a dip"),
+        single(Id::SwellMax, "swell-max", "events", "V", events, "highest rms-half of a swell"),
+        single(Id::SwellDuration, "swell-duration", "events", "s", events, "of a swell"),
+        single(Id::InterruptionResidual, "interruption-residual", "events", "V", events,
+               "lowest rms-half of an interruption"),
+        single(Id::InterruptionDuration, "interruption-duration", "events", "s", events,
+               "of an interruption"),
+        single(Id::RapidChangeMax, "rapid-change-max", "events", "V", events,
+               "largest deviation from the steady voltage before"),
+        single(Id::RapidChangeSteady, "rapid-change-steady", "events", "V", events,
+               "difference of the steady voltages before and after"),
+        single(Id::RapidChangeDuration, "rapid-change-duration", "events", "s", events,
+               "between the steady voltages"),
+        single(Id::EventCount, "event-count", "events", "", {Channel::U},
+               "events of the three voltages together; 0 for none"),
+    };
+}
+
+std::vector<Quantity> phasorQuantities()
+{
+    const Channels phases{Channel::UA, Channel::UB, Channel::UC,
+                          Channel::IA, Channel::IB, Channel::IC};
+    const Channels systems{Channel::U, Channel::I};
+    const Channels none{Channel::None};
+    const char* const own = kUnitOfChannel;
+    return {
+        single(Id::PhasorMagnitude, "phasor-magnitude", "phasors", own, phases,
+               "rms of the synchrophasor"),
+        single(Id::PhasorAngle, "phasor-angle", "phasors", "deg", phases,
+               "of the synchrophasor, to a cosine on UTC"),
+        single(Id::PositivePhasorMagnitude, "positive-sequence-magnitude", "phasors", own, systems,
+               "rms of the synchrophasor"),
+        single(Id::PositivePhasorAngle, "positive-sequence-angle", "phasors", "deg", systems,
+               "of the synchrophasor, to a cosine on UTC"),
+        single(Id::PhasorFrequency, "frequency-pmu", "phasors", "Hz", none,
+               "from the positive sequence"),
+        single(Id::Rocof, "rocof", "phasors", "Hz/s", none, "rate of change of frequency"),
+    };
+}
+
+std::vector<Quantity> makeQuantities()
+{
+    std::vector<Quantity> all = waveformQuantities();
+    for (std::vector<Quantity> group :
+         {systemQuantities(), eventQuantities(), phasorQuantities()}) {
+        std::move(group.begin(), group.end(), std::back_inserter(all));
+    }
+    return all;
 }
 
 const char* suffixOf(Interval interval)
