@@ -53,13 +53,6 @@ double PhaseTrack::cyclesAt(double seconds) const
     return curveAt(mCycles, interval, points - static_cast<double>(interval)).mValue;
 }
 
-double PhaseTrack::frequencyAt(double seconds) const
-{
-    const double points = (seconds - mBegin) / mHop;
-    const size_t interval = intervalOf(points);
-    return curveAt(mCycles, interval, points - static_cast<double>(interval)).mSlope / mHop;
-}
-
 double PhaseTrack::secondsAt(double cycles) const
 {
     const auto next = std::upper_bound(mCycles.begin(), mCycles.end(), cycles);

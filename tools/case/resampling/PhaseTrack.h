@@ -29,8 +29,6 @@ public:
     /** When that phase is reached, in s. */
     double secondsAt(double cycles) const;
 
-    double frequencyAt(double seconds) const; ///< Hz
-
     /** In their order; at the ends those that last longer than a window. */
     const std::vector<Gap>& gaps() const { return mGaps; }
 
