@@ -62,7 +62,7 @@ void ImportReader::readChannels(importing::MappingOptions& mapping)
 
 void ImportReader::readScale(importing::MappingOptions& mapping)
 {
-    const auto scale = numbers(mSection, "scale", {0.0, kMaxCounts, true}, kExpectedScale);
+    const auto scale = mSection.numbers("scale", {0.0, kMaxCounts, true}, states::kExpectedScale);
     if (!scale) {
         return;
     }

@@ -23,7 +23,7 @@ constexpr double kDefaultGapSeconds = 2.0;
 constexpr double kMaxPlaySeconds = 7.0 * 86400.0;
 
 constexpr double kMaxNominal = 1e9;
-constexpr ExpectedNumbers kExpectedNominal{
+constexpr states::ExpectedNumbers kExpectedNominal{
     3, "expected volts, amperes and 50 or 60 Hz such as [230, 5, 50]"};
 
 /** The steady signal's file has this name. */
@@ -90,14 +90,15 @@ void PlanReader::readMeasuring(const states::TomlSection& file)
 {
     journal::Measuring& measuring = mPlan.mMeasuring;
     mMistakes.collect([&] {
-        if (const auto scale = numbers(file, "scale", {0.0, kMaxCounts, true}, kExpectedScale)) {
+        if (const auto scale =
+                file.numbers("scale", {0.0, kMaxCounts, true}, states::kExpectedScale)) {
             measuring.mCountsPerVolt = scale->at(0);
             measuring.mCountsPerAmpere = scale->at(1);
         }
     });
     mMistakes.collect([&] {
         if (const auto nominal =
-                numbers(file, "nominal", {0.0, kMaxNominal, true}, kExpectedNominal)) {
+                file.numbers("nominal", {0.0, kMaxNominal, true}, kExpectedNominal)) {
             measuring.mNominalVolts = nominal->at(0);
             measuring.mNominalAmperes = nominal->at(1);
             measuring.mNominalHz = nominal->at(2);
@@ -125,20 +126,12 @@ void PlanReader::readSteady(const states::TomlSection& file)
 
 void PlanReader::readCases(const states::TomlSection& file)
 {
-    const toml::node* const list = file.find("case");
-    if (list == nullptr) {
-        throw base::CaseError(states::messagePrefix(mPlan.mFileName, {1, 1}) +
-                              "expected cases, each below [[case]]");
+    const toml::array& cases = file.requiredTables("case");
+    if (cases.size() > kMaxCases) {
+        file.fail(cases, "case",
+                  fmt::format("{} cases: expected at most {}", cases.size(), kMaxCases));
     }
-    if (!list->is_array_of_tables()) {
-        file.fail(*list, "case", "expected [[case]] before each case");
-    }
-    if (list->as_array()->size() > kMaxCases) {
-        file.fail(
-            *list, "case",
-            fmt::format("{} cases: expected at most {}", list->as_array()->size(), kMaxCases));
-    }
-    for (const toml::node& node : *list->as_array()) {
+    for (const toml::node& node : cases) {
         readCase(*node.as_table());
     }
     expectFewPlays();

@@ -62,25 +62,6 @@ std::optional<std::string> plainText(const states::TomlSection& section, std::st
     return text;
 }
 
-std::optional<std::vector<double>> numbers(const states::TomlSection& section, std::string_view key,
-                                           const states::Range& range,
-                                           const ExpectedNumbers& expected)
-{
-    const toml::node* const node = section.find(key);
-    if (node == nullptr) {
-        return std::nullopt;
-    }
-    const toml::array* const list = node->as_array();
-    if (list == nullptr || list->size() != expected.mCount) {
-        section.fail(*node, key, expected.mText);
-    }
-    std::vector<double> values;
-    for (const toml::node& entry : *list) {
-        values.push_back(section.numberOf(entry, key, range));
-    }
-    return values;
-}
-
 std::vector<std::string> names(const states::TomlSection& section, std::string_view key)
 {
     std::vector<std::string> result;

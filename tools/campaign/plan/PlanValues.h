@@ -27,22 +27,8 @@ bool flag(const states::TomlSection& section, std::string_view key);
 /** A text that is not empty and has no control characters. */
 std::optional<std::string> plainText(const states::TomlSection& section, std::string_view key);
 
-/** How many numbers a key has, and how to say so. */
-struct ExpectedNumbers
-{
-    size_t mCount;
-    const char* mText;
-};
-
-/** A scale. */
-inline constexpr ExpectedNumbers kExpectedScale{
-    2, "expected two numbers: counts for a volt and for an ampere"};
+/** Of a scale. */
 inline constexpr double kMaxCounts = 1e9;
-
-/** A list of numbers; none where the key is missing. */
-std::optional<std::vector<double>> numbers(const states::TomlSection& section, std::string_view key,
-                                           const states::Range& range,
-                                           const ExpectedNumbers& expected);
 
 /** Names, none of them twice; empty where the key is missing. */
 std::vector<std::string> names(const states::TomlSection& section, std::string_view key);

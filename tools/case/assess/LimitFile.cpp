@@ -60,32 +60,17 @@ void LimitReader::read()
     mLimits.mEventToleranceSeconds =
         mFile.number("event-tolerance", kSecondsRange).value_or(mLimits.mEventToleranceSeconds);
     readNominal();
-    const toml::node* const list = mFile.find("limit");
-    if (list == nullptr) {
-        throw base::CaseError(states::messagePrefix(mLimits.mName, {1, 1}) +
-                              "expected limits, each below [[limit]]");
-    }
-    if (!list->is_array_of_tables()) {
-        mFile.fail(*list, "limit", "expected [[limit]] before each limit");
-    }
-    for (const toml::node& node : *list->as_array()) {
+    for (const toml::node& node : mFile.requiredTables("limit")) {
         readLimit(node);
     }
 }
 
 void LimitReader::readNominal()
 {
-    const toml::node* const node = mFile.find("nominal");
-    if (node == nullptr) {
-        return;
+    if (const auto nominal = mFile.numbers(
+            "nominal", kLimitRange, {3, "expected three numbers: volts, amperes and hertz"})) {
+        mLimits.mNominal = {nominal->at(0), nominal->at(1), nominal->at(2)};
     }
-    const toml::array* const list = node->as_array();
-    if (list == nullptr || list->size() != 3) {
-        mFile.fail(*node, "nominal", "expected three numbers: volts, amperes and hertz");
-    }
-    mLimits.mNominal = {mFile.numberOf(*list->get(0), "nominal", kLimitRange),
-                        mFile.numberOf(*list->get(1), "nominal", kLimitRange),
-                        mFile.numberOf(*list->get(2), "nominal", kLimitRange)};
 }
 
 void LimitReader::readLimit(const toml::node& node)

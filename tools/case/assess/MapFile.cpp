@@ -195,14 +195,11 @@ WideColumn MapReader::wideColumn(const toml::node& node) const
 
 void MapReader::readWide()
 {
-    const toml::node* const list = mFile.find("column");
+    const toml::array* const list = mFile.tables("column");
     if (list == nullptr) {
         return;
     }
-    if (!list->is_array_of_tables()) {
-        mFile.fail(*list, "column", "expected [[column]] before each column");
-    }
-    for (const toml::node& node : *list->as_array()) {
+    for (const toml::node& node : *list) {
         const WideColumn wide = wideColumn(node);
         for (const WideColumn& other : mMap.mWide) {
             if (other.mQuantity == wide.mQuantity && other.mChannel == wide.mChannel) {

@@ -63,15 +63,7 @@ void Reader::read(const toml::table& table)
     mPlan.mHertz = file.number("frequency", {kMinHertz, kMaxHertz}).value_or(mPlan.mHertz);
     readScale(file);
     readNeutral(file);
-    const toml::node* const list = file.find("state");
-    if (list == nullptr) {
-        throw base::CaseError(mPlan.messagePrefix({1, 1}) +
-                              "expected states, each below [[state]]");
-    }
-    if (!list->is_array_of_tables()) {
-        file.fail(*list, "state", "expected [[state]] before each state");
-    }
-    for (const toml::node& node : *list->as_array()) {
+    for (const toml::node& node : file.requiredTables("state")) {
         readState(node, mPlan.mStates.size());
     }
     expectNeutralGiven(file);
@@ -79,17 +71,10 @@ void Reader::read(const toml::table& table)
 
 void Reader::readScale(const TomlSection& file)
 {
-    const toml::node* const node = file.find("scale");
-    if (node == nullptr) {
-        return;
+    if (const auto scale = file.numbers("scale", {0.0, kMaxValue, true}, kExpectedScale)) {
+        mPlan.mCountsPerVolt = scale->at(0);
+        mPlan.mCountsPerAmpere = scale->at(1);
     }
-    const toml::array* const pair = node->as_array();
-    if (pair == nullptr || pair->size() != 2) {
-        file.fail(*node, "scale", "expected two numbers: counts for a volt and for an ampere");
-    }
-    const Range range{0.0, kMaxValue, true};
-    mPlan.mCountsPerVolt = file.numberOf(*pair->get(0), "scale", range);
-    mPlan.mCountsPerAmpere = file.numberOf(*pair->get(1), "scale", range);
 }
 
 void Reader::readNeutral(const TomlSection& file)
@@ -380,14 +365,9 @@ void Reader::readInrush(const TomlSection& section)
                   parts.number("knee", {1.0, 1.9}).value_or(kDefaultKnee),
                   {},
                   mNumber};
-    if (const toml::node* const remanence = parts.find("remanence")) {
-        const toml::array* const list = remanence->as_array();
-        if (list == nullptr || list->size() != inrush.mRemanence.size()) {
-            parts.fail(*remanence, "remanence", "expected three numbers, one for each phase");
-        }
-        for (size_t i = 0; i < inrush.mRemanence.size(); ++i) {
-            inrush.mRemanence[i] = parts.numberOf(*list->get(i), "remanence", {-1.0, 1.0});
-        }
+    if (const auto remanence = parts.numbers("remanence", {-1.0, 1.0},
+                                             {3, "expected three numbers, one for each phase"})) {
+        std::copy(remanence->begin(), remanence->end(), inrush.mRemanence.begin());
     }
     mState.mInrush = inrush;
 }

@@ -118,6 +118,43 @@ double TomlSection::numberOf(const toml::node& node, std::string_view key, const
     return *value;
 }
 
+std::optional<std::vector<double>> TomlSection::numbers(std::string_view key, const Range& range,
+                                                        const ExpectedNumbers& expected) const
+{
+    const toml::node* const node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    const toml::array* const list = node->as_array();
+    if (list == nullptr || list->size() != expected.mCount) {
+        fail(*node, key, expected.mText);
+    }
+    std::vector<double> values;
+    for (const toml::node& entry : *list) {
+        values.push_back(numberOf(entry, key, range));
+    }
+    return values;
+}
+
+const toml::array* TomlSection::tables(std::string_view key) const
+{
+    const toml::node* const list = find(key);
+    if (list != nullptr && !list->is_array_of_tables()) {
+        fail(*list, key, fmt::format("expected [[{0}]] before each {0}", key));
+    }
+    return list == nullptr ? nullptr : list->as_array();
+}
+
+const toml::array& TomlSection::requiredTables(std::string_view key) const
+{
+    const toml::array* const list = tables(key);
+    if (list == nullptr) {
+        throw base::CaseError(messagePrefix(mFileName, {1, 1}) +
+                              fmt::format("expected {0}s, each below [[{0}]]", key));
+    }
+    return *list;
+}
+
 std::string TomlSection::nameOf(std::string_view key) const
 {
     return mPath.empty() ? std::string(key) : mPath + "." + std::string(key);

@@ -56,6 +56,16 @@ struct Range
     bool mIsMinExcluded = false;
 };
 
+/** How many numbers a list has, and how to say so. */
+struct ExpectedNumbers
+{
+    size_t mCount;
+    const char* mText;
+};
+
+inline constexpr ExpectedNumbers kExpectedScale{
+    2, "expected two numbers: counts for a volt and for an ampere"};
+
 /**
  * The tables of a text, whose characters beyond ASCII are in comments alone and whose strings are
  * each on one line. Throws CaseError with line and column for any other text, and for what is no
@@ -101,6 +111,16 @@ public:
     std::optional<std::string> text(std::string_view key) const;
 
     double numberOf(const toml::node& node, std::string_view key, const Range& range) const;
+
+    /** A list of so many numbers; none where the key is missing. @param expected in messages */
+    std::optional<std::vector<double>> numbers(std::string_view key, const Range& range,
+                                               const ExpectedNumbers& expected) const;
+
+    /** The tables below [[key]]; null where there are none. */
+    const toml::array* tables(std::string_view key) const;
+
+    /** The same; throws where there are none. */
+    const toml::array& requiredTables(std::string_view key) const;
 
 private:
     std::string nameOf(std::string_view key) const;
