@@ -98,18 +98,19 @@ std::optional<double> valueAt(const ValueTable& table, const SeriesKey& key, qin
     return isThere ? std::optional(found->mValue) : std::nullopt;
 }
 
-/** From the first to the last expected value. */
-struct ExpectedTime
+/** The time in which measured events count: all of it, if nothing else is said. */
+struct JudgedTime
 {
-    qint64 mBeginNs = std::numeric_limits<qint64>::max();
-    qint64 mEndNs = std::numeric_limits<qint64>::min();
+    qint64 mBeginNs = std::numeric_limits<qint64>::min();
+    qint64 mEndNs = std::numeric_limits<qint64>::max();
 
     bool holds(qint64 ns) const { return ns > mBeginNs && ns < mEndNs; }
 };
 
-ExpectedTime expectedTimeOf(const ValueTable& expected)
+/** From the first to the last expected value. */
+JudgedTime timeOf(const ValueTable& expected)
 {
-    ExpectedTime time;
+    JudgedTime time{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
     for (const auto& [key, series] : expected.all()) {
         if (!series.mSamples.empty()) {
             time.mBeginNs = std::min(time.mBeginNs, series.mSamples.front().mUtcNs);
@@ -123,14 +124,14 @@ ExpectedTime expectedTimeOf(const ValueTable& expected)
 class EventMatcher
 {
 public:
-    /** @param part the time in which measured events count; none for all */
-    EventMatcher(const EventRows& rows, qint64 toleranceNs, const std::optional<ExpectedTime>& part)
+    /** Near expected events, measured ones count as well where that is outside of the time. */
+    EventMatcher(const EventRows& rows, qint64 toleranceNs, const JudgedTime& time)
         : mExpected(rows.mExpected.begin(), rows.mExpected.end())
     {
         for (const qint64 start : rows.mMeasured) {
             const bool isNear = !mExpected.empty() && start >= mExpected.front() - toleranceNs &&
                                 start <= mExpected.back() + toleranceNs;
-            if (!part || isNear || part->holds(start)) {
+            if (isNear || time.holds(start)) {
                 mMeasured.push_back(start);
             }
         }
@@ -203,9 +204,9 @@ bool areEventsExpected(const ValueTable& expected)
 void addEvents(const ValueTable& expected, const ValueTable& measured, qint64 toleranceNs,
                bool isPart, ComputedSeries& computed)
 {
-    const auto part = isPart ? std::optional(expectedTimeOf(expected)) : std::nullopt;
+    const JudgedTime time = isPart ? timeOf(expected) : JudgedTime();
     for (const auto& [key, rows] : collect(expected, measured)) {
-        const EventMatcher matcher(rows, toleranceNs, part);
+        const EventMatcher matcher(rows, toleranceNs, time);
         computed[{startOf(key.mQuantity), key.mChannel}] = matcher.starts();
         for (const std::string& quantity : rows.mQuantities) {
             computed[{quantity, key.mChannel}] =
