@@ -42,13 +42,42 @@ TEST_F(CampaignTest, TheExampleNightPasses)
 
 TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)
 {
-    const CommandResult result =
-        runExample({"--only", "harmonics,unbalance-negative", "--fault", "adc-in:85:EIO"});
+    const CommandResult result = runExample({"--only", "harmonics,unbalance-negative", "--fault",
+                                             "adc-in:85:EIO", "--fault", "r2h:99999:EIO"});
+    EXPECT_THAT(result.mErrors, HasSubstr("remark: the fault r2h:99999:EIO did not happen"));
+    EXPECT_THAT(mRunner.readFile("night/report.html"), HasSubstr("the fault r2h:99999:EIO"));
     EXPECT_EQ(result.mExitCode, 1) << result;
     const std::string table = mRunner.readFile("night/cases.csv");
     EXPECT_THAT(table, HasSubstr("\nharmonics,1,1,failed,"));
     EXPECT_THAT(table, HasSubstr("\nunbalance-negative,1,2,passed,"));
     EXPECT_THAT(mRunner.readFile("night/junit.xml"), HasSubstr("<failure "));
+}
+
+/** What cannot be played is refused before a folder is made. */
+TEST_F(CampaignTest, WhatCannotBePlayedIsRefused)
+{
+    mRunner.writeFile("file", "");
+    ASSERT_EQ(mRunner.run({"mkfifo", "fifo"}).mExitCode, 0);
+    const struct
+    {
+        Words mOptions;
+        const char* mMessage;
+    } rows[] = {
+        {{"--fault", "adc-in:3s:EFOO"}, "vx-sandbox: --fault takes FILE:WHEN:WHAT"},
+        {{"--fifo", "none", "--log", "file"}, "--fifo: none: there is no such FIFO"},
+        {{"--fifo", "file", "--log", "file"}, "--fifo: file: not a FIFO"},
+        {{"--fifo", "fifo", "--log", "file"}, "--fifo: fifo: nobody reads it"},
+    };
+    for (const auto& row : rows) {
+        const CommandResult result = runExample(row.mOptions);
+        EXPECT_EQ(result.mExitCode, 2) << result;
+        EXPECT_THAT(result.mErrors, HasSubstr(row.mMessage));
+    }
+    const CommandResult noSandbox = mRunner.run({"env", "PATH=/usr/bin:/bin", VX_CAMPAIGN, "run",
+                                                 VX_EXAMPLES "/night.toml", "-o", "night"});
+    EXPECT_EQ(noSandbox.mExitCode, 2) << noSandbox;
+    EXPECT_THAT(noSandbox.mErrors, HasSubstr("cannot run vx-sandbox"));
+    EXPECT_NE(mRunner.run({"ls", "night"}).mExitCode, 0);
 }
 
 /** What is expected of a play is measured, and good when it is what a device measured. */

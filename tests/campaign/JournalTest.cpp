@@ -39,6 +39,7 @@ TEST(JournalTest, EveryStepSurvivesItsLine)
                           CommandSent{7, "s1"},
                           Finding{7, "missing", "60 samples", 1764100000000000001, "kept/7.bin"},
                           Finding{std::nullopt, "died", "by \"9\"\n", std::nullopt, ""},
+                          Remark{"a fault did not happen"},
                           PlayEnd{7, PlayVerdict::NotObserved, 1, 2, 3, 4, 5},
                           PlayEnd{8, PlayVerdict::Passed, 0, 0, 0, std::nullopt, 0},
                           ProgramEnded{2, "the program was killed by signal 9"},

@@ -325,6 +325,18 @@ TEST_F(NightTest, OtherFaultsEndAsTheyShould)
     }
 }
 
+TEST_F(NightTest, WhatTheSandboxRemarksFailsNoPlay)
+{
+    const SimulatedNight night = sixPlays();
+    SimulatedDesk desk(night.mCases);
+    desk.mEndRemarks = {"a fault did not happen"};
+    MemoryJournal journal;
+    playNight(night, desk, journal);
+    EXPECT_EQ(verdictsOf(journal), "pppppp done") << textOf(journal);
+    ASSERT_EQ(journal.all<journal::Remark>().size(), 1U);
+    EXPECT_EQ(journal.all<journal::Remark>()[0].mText, "a fault did not happen");
+}
+
 TEST_F(NightTest, UntilFailureGoesOnInRounds)
 {
     const SimulatedNight night = sixPlays();
@@ -423,6 +435,11 @@ TEST_F(NightTest, ADeviceIsCommandedAndNotObserved)
             mAnswer = mAnswers[mCount++ % 6];
             return mAnswer == "gone" ? "nobody reads it" : "";
         }
+        std::string problem() override
+        {
+            return mCount == 5 && ++mLooks > 3 ? "nobody reads it" : "";
+        }
+        int mLooks = 0;
         const char* mAnswers[6] = {"Execute Config 1 once", "Wrong Config: 1",       "gone", "",
                                    "Execute Config 3 once", "Execute Config 30 once"};
         size_t mCount = 0;
@@ -445,6 +462,11 @@ TEST_F(NightTest, ADeviceIsCommandedAndNotObserved)
     for (const PlayEnd& end : journal.all<PlayEnd>()) {
         verdicts += nameOf(end.mVerdict)[0];
     }
-    EXPECT_EQ(verdicts, "nfffnf") << textOf(journal);
+    EXPECT_EQ(verdicts, "nfffff") << textOf(journal);
+    std::string kinds;
+    for (const journal::Finding& finding : journal.all<journal::Finding>()) {
+        kinds += finding.mKind + ' ';
+    }
+    EXPECT_EQ(kinds, "rejected notSent notAnswered died notAnswered ") << textOf(journal);
     EXPECT_EQ(journal.all<NightEnd>().size(), 1U);
 }

@@ -244,6 +244,7 @@ void SimulatedDesk::endProgram(run::Night& night, explain::Event program, const 
     night.add(program, mNow);
     explain::Event over = event(explain::Event::Kind::RunEnd);
     over.mText = reason;
+    over.mRemarks = mEndRemarks;
     night.add(over, mNow);
     night.programEnded("", 0, mNow);
 }

@@ -100,7 +100,8 @@ public:
     bool mLosesCommands = false; ///< they are written, and nobody takes them
     bool mSwapsNext = false;     ///< a block comes after the one behind it
     bool mStandsStill = false;
-    size_t mBlocks = 0; ///< written so far in the night
+    std::vector<std::string> mEndRemarks; ///< of the sandbox, at the end of a run
+    size_t mBlocks = 0;                   ///< written so far in the night
     std::vector<std::string> mKept;
     std::map<std::string, std::vector<SampleRecord>> mRecordings; ///< of plays
     std::vector<int> mWrongFile; ///< played instead: {configuration, the other one}

@@ -217,9 +217,11 @@ protected:
         for (const Block& block : mBlocks) {
             const qint64 nowNs = waveform::stampNsOf(block.mRecords.back());
             for (const std::string& command : block.mCommands) {
-                judge.add({explain::Event::Kind::Command, nowNs - kStepNs, true, 0, command, ""});
+                judge.add(
+                    {explain::Event::Kind::Command, nowNs - kStepNs, true, 0, command, "", {}});
             }
-            judge.add({explain::Event::Kind::Block, nowNs, true, block.mRecords.size(), "", ""});
+            judge.add(
+                {explain::Event::Kind::Block, nowNs, true, block.mRecords.size(), "", "", {}});
             judge.add(block.mRecords.data(), block.mRecords.size());
         }
         judge.finish(0, true);

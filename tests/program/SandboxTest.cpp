@@ -365,11 +365,12 @@ TEST_F(SandboxTest, InvalidFaultsAreRejected)
 TEST_F(SandboxTest, VanishedFileCannotBeFound)
 {
     const CommandResult result =
-        sandbox({"--fault", "adc-in:2:vanish", "--fault", "r2h:9:EIO"},
+        sandbox({"--events", "e", "--fault", "adc-in:2:vanish", "--fault", "r2h:9:EIO"},
                 {"sh", "-c",
                  "try() { head -c 48 /dev/zero >/dev/adc-in && test -e /dev/adc-in; "
                  "echo $?; }; exec 3>/dev/adc-in; try; head -c 48 /dev/zero >&3; try"});
     EXPECT_EQ(programOutput(result), "1\n0\n") << result;
     EXPECT_THAT(result.mErrors, HasSubstr("before any write met the fault r2h:9:EIO"));
+    EXPECT_THAT(mRunner.readFile("e"), HasSubstr(R"("unmetFaults":["r2h:9:EIO"]})"));
     EXPECT_EQ(summary(result)["faulted writes"], "1");
 }

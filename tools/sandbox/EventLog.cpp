@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <nlohmann/json.hpp>
-#include <vector>
 
 namespace sandbox {
 
@@ -68,14 +67,22 @@ void EventLog::addProgramEnd(std::int64_t realtimeNs, const ProgramEnd& end)
             break;
         case ProgramEnd::Kind::Stopped:
             event["program"] = "stopped";
+            if (end.mValue != 0) {
+                event["signal"] = end.mValue;
+            }
             break;
     }
     addLine(event);
 }
 
-void EventLog::addRunEnd(std::int64_t realtimeNs, const std::string& reason)
+void EventLog::addRunEnd(std::int64_t realtimeNs, const std::string& reason,
+                         const std::vector<std::string>& unmetFaults)
 {
-    addLine({{"t", realtimeNs}, {"run", "ended"}, {"reason", reason}});
+    Json event = {{"t", realtimeNs}, {"run", "ended"}, {"reason", reason}};
+    if (!unmetFaults.empty()) {
+        event["unmetFaults"] = unmetFaults;
+    }
+    addLine(event);
     mFile.close();
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <vector>
 
 #include "OutputFile.h"
 
@@ -20,7 +21,7 @@ struct ProgramEnd
     };
 
     Kind mKind;
-    int mValue; ///< of Exited the status, of Killed the signal
+    int mValue; ///< of Exited the status, of Killed the signal, of Stopped SIGKILL if it took that
 };
 
 /**
@@ -54,8 +55,9 @@ public:
 
     void addProgramEnd(std::int64_t realtimeNs, const ProgramEnd& end);
 
-    /** The last line; closes the file. */
-    void addRunEnd(std::int64_t realtimeNs, const std::string& reason);
+    /** The last line; closes the file. `unmetFaults` are those that no write has met. */
+    void addRunEnd(std::int64_t realtimeNs, const std::string& reason,
+                   const std::vector<std::string>& unmetFaults = {});
 
     bool hasFailed() const { return mFile.hasFailed(); }
 

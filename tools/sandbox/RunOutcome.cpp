@@ -31,7 +31,8 @@ std::optional<int> RunOutcome::crashSignal() const
 ProgramEnd RunOutcome::programEnd() const
 {
     if (endedByStop() || endedByInterrupt()) {
-        return {ProgramEnd::Kind::Stopped, 0};
+        const bool tookKill = WIFSIGNALED(mWaitStatus) && WTERMSIG(mWaitStatus) == SIGKILL;
+        return {ProgramEnd::Kind::Stopped, tookKill ? SIGKILL : 0};
     }
     if (WIFSIGNALED(mWaitStatus)) {
         return {ProgramEnd::Kind::Killed, WTERMSIG(mWaitStatus)};

@@ -318,7 +318,7 @@ void Supervisor::recordEnd()
     if (!mOutcome.startFailure()) {
         mDriver.events().addProgramEnd(realtimeNs(), mOutcome.programEnd());
     }
-    mDriver.events().addRunEnd(realtimeNs(), mOutcome.reason());
+    mDriver.events().addRunEnd(realtimeNs(), mOutcome.reason(), mDriver.faults().unmet());
 }
 
 } // namespace sandbox

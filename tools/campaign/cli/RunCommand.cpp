@@ -20,6 +20,7 @@
 #include "report/ReportText.h"
 #include "run/Environment.h"
 #include "run/NightLoop.h"
+#include "run/ProgramCheck.h"
 #include "run/StartTime.h"
 #include "stage/Stage.h"
 
@@ -181,14 +182,24 @@ Prepared prepare(RunOptions options)
     return prepared;
 }
 
-run::SandboxSetup setupOf(const RunOptions& options, const stage::Stage& stage)
+run::SandboxSetup setupOf(const RunOptions& options)
 {
     return {run::programBeside("vx-sandbox"),
             run::programBeside("vx-simulator"),
             options.mFolder,
-            stage.mDirectory,
+            "",
             options.mFaults,
             options.mKeep == "all"};
+}
+
+/** Before anything is made or played. */
+void expectPlayable(const RunOptions& options)
+{
+    if (options.isOnDevice()) {
+        run::checkDevice(options.mFifo, options.mLog);
+    } else {
+        run::checkPrograms(setupOf(options));
+    }
 }
 
 run::NightOptions nightOptionsOf(const RunOptions& options)
@@ -214,7 +225,8 @@ void beginOrResume(run::ScheduledNight& night, const Prepared& prepared,
 /** Why the journal could not be written; empty when it could. */
 std::string playPrepared(const RunOptions& options, Prepared prepared)
 {
-    const run::SandboxSetup setup = setupOf(options, prepared.mStage);
+    run::SandboxSetup setup = setupOf(options);
+    setup.mStage = prepared.mStage.mDirectory;
     const run::Environment environment =
         options.isOnDevice() ? run::environmentNow(VX_VERSION)
                              : run::environmentNow(VX_VERSION, setup.mSandbox, setup.mSimulator);
@@ -244,6 +256,7 @@ std::string playPrepared(const RunOptions& options, Prepared prepared)
 
 void runPlan(const RunOptions& options)
 {
+    expectPlayable(options);
     Prepared prepared = prepare(options);
     for (const std::string& remark : prepared.mStage.mRemarks) {
         std::cerr << "vx-campaign: remark: " << remark << std::endl;

@@ -141,6 +141,8 @@ struct Writer
         json["samples"] = step.mSamplesFile;
     }
 
+    void operator()(const Remark& step) const { begin("remark")["text"] = step.mText; }
+
     void operator()(const PlayEnd& step) const
     {
         Json& json = begin("end");
@@ -224,6 +226,7 @@ Step stepOf(const Json& json)
              return Step(CommandSent{it.at("play").get<int>(), it.at("text").get<std::string>()});
          }},
         {"finding", [](const Json& it) { return Step(findingOf(it)); }},
+        {"remark", [](const Json& it) { return Step(Remark{it.at("text").get<std::string>()}); }},
         {"end", [](const Json& it) { return Step(playEndOf(it)); }},
         {"ended",
          [](const Json& it) {

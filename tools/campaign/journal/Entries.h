@@ -94,6 +94,12 @@ struct Finding
     std::string mSamplesFile; ///< kept samples around it, relative to the folder; may be empty
 };
 
+/** Worth knowing, and nobody's fault: no play fails of it. */
+struct Remark
+{
+    std::string mText;
+};
+
 /** What became of a play. */
 enum class PlayVerdict
 {
@@ -135,7 +141,7 @@ struct NightEnd
 };
 
 using Step = std::variant<NightBegin, Resumed, ProgramStarted, PlayBegin, CommandSent, Finding,
-                          PlayEnd, ProgramEnded, NightEnd>;
+                          Remark, PlayEnd, ProgramEnded, NightEnd>;
 
 struct Entry
 {

@@ -104,7 +104,7 @@ std::string htmlPage(const NightSummary& night, const Pictures& pictures)
         page += "<h2>The night</h2>\n" + bar;
     }
     return page + findingsPart(night, pictures) + casesPart(night, pictures) +
-           notObservedPart(night, pictures) + environmentPart(night) +
+           notObservedPart(night, pictures) + remarksPart(night) + environmentPart(night) +
            "</main>\n</body>\n</html>\n";
 }
 

@@ -153,6 +153,15 @@ std::string findingsPart(const NightSummary& night, const Pictures& pictures)
     return text.empty() ? "" : "<h2>Findings</h2>\n" + text;
 }
 
+std::string remarksPart(const NightSummary& night)
+{
+    std::string text;
+    for (const std::string& remark : night.mRemarks) {
+        text += fmt::format("<li>{}</li>\n", htmlText(remark));
+    }
+    return text.empty() ? "" : "<h2>Remarks</h2>\n<ul>\n" + text + "</ul>\n";
+}
+
 std::string environmentPart(const NightSummary& night)
 {
     std::string text;

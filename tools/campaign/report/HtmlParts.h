@@ -12,6 +12,7 @@ std::string numbersPart(const NightSummary& night);
 std::string findingsPart(const NightSummary& night, const Pictures& pictures);
 std::string casesPart(const NightSummary& night, const Pictures& pictures);
 std::string notObservedPart(const NightSummary& night, const Pictures& pictures);
+std::string remarksPart(const NightSummary& night);
 std::string environmentPart(const NightSummary& night);
 
 /** The picture with its alternative text, or why it is missing. */

@@ -64,6 +64,7 @@ public:
     void operator()(const journal::PlayBegin& begin);
     void operator()(const journal::CommandSent&) {}
     void operator()(const journal::Finding& finding);
+    void operator()(const journal::Remark& remark) { mSummary.mRemarks.push_back(remark.mText); }
     void operator()(const journal::PlayEnd& end);
     void operator()(const journal::ProgramEnded& end);
     void operator()(const journal::NightEnd& end);

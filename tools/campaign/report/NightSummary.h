@@ -128,6 +128,7 @@ struct NightSummary
     std::vector<CaseSummary> mCases;
     std::vector<journal::Finding> mOutside; ///< before the first play or after the last one
     std::vector<journal::ProgramEnded> mDeaths;
+    std::vector<std::string> mRemarks; ///< worth knowing, and nobody's fault
     size_t mProgramRuns = 0;
     OutcomeCounts mCounts;
     quint64 mFindings = 0; ///< of all plays, and outside

@@ -63,6 +63,15 @@ void DeviceNight::tick(const Moment& now)
         nextPlay();
     } else if (mState == State::Gap && inStateNs() >= schedule().gapNs()) {
         sendCommand();
+    } else if (mState == State::Commanded || mState == State::Playing) {
+        watchPlay();
+    }
+}
+
+void DeviceNight::watchPlay()
+{
+    if (const std::string problem = mDevice.problem(); !problem.empty()) {
+        fail("died", "the program ended during the play: " + problem);
     } else if (mState == State::Commanded &&
                inStateNs() > mSteadyFileNs + mLongestCaseNs + kAnswerToleranceNs) {
         fail("notAnswered", "the log does not answer the command");

@@ -16,6 +16,9 @@ public:
 
     /** Writes the line into the control FIFO. @return what is wrong; empty when it was written */
     virtual std::string send(const std::string& line) = 0;
+
+    /** Why the program takes no commands: it has ended, as far as that can be seen; else empty. */
+    virtual std::string problem() = 0;
 };
 
 /**
@@ -51,6 +54,7 @@ private:
 
     void nextPlay();
     void sendCommand();
+    void watchPlay();
     void fail(const std::string& kind, const std::string& text);
     void endPlay();
     void enter(State state);

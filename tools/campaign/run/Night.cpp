@@ -74,6 +74,9 @@ Night::Night(const journal::NightBegin& night, const explain::PlayPlan& plan,
 void Night::add(const explain::Event& event, const Moment& now)
 {
     schedule().setTime(now);
+    for (const std::string& remark : event.mRemarks) {
+        playJournal().write(journal::Remark{remark});
+    }
     if (!mJudge) {
         return;
     }

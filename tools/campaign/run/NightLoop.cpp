@@ -119,11 +119,19 @@ void NightDisplay::print(const journal::Finding& finding)
     fmt::print(stderr, "vx-campaign: {}: {}\n", where, finding.mText);
 }
 
+void NightDisplay::print(const journal::Remark& remark)
+{
+    clear();
+    fmt::print(stderr, "vx-campaign: remark: {}\n", remark.mText);
+}
+
 void DisplayedJournal::append(const journal::Entry& entry)
 {
     mSink.append(entry);
     if (const auto* finding = std::get_if<journal::Finding>(&entry.mStep)) {
         mDisplay.print(*finding);
+    } else if (const auto* remark = std::get_if<journal::Remark>(&entry.mStep)) {
+        mDisplay.print(*remark);
     }
 }
 
@@ -141,6 +149,12 @@ std::string RealDevice::send(const std::string& line)
     const QString problem = fifo.open();
     return (problem.isEmpty() ? fifo.write(QByteArray::fromStdString(line)) : problem)
         .toStdString();
+}
+
+/** The program has its FIFO open for as long as it runs. */
+std::string RealDevice::problem()
+{
+    return control::ControlFifo(mFifo).open().toStdString();
 }
 
 void RealDevice::deliver(DeviceNight& night, const Moment& now)

@@ -41,8 +41,9 @@ public:
 
     void show(const Progress& progress, const Moment& now);
 
-    /** Prints a finding on a line of its own. */
+    /** Prints it on a line of its own. */
     void print(const journal::Finding& finding);
+    void print(const journal::Remark& remark);
 
 private:
     void clear();
@@ -53,7 +54,7 @@ private:
     qint64 mNextNs = 0;
 };
 
-/** Passes the steps of a night on, and prints its findings. Borrows both. */
+/** Passes the steps of a night on, and prints its findings and remarks. Borrows both. */
 class DisplayedJournal : public journal::JournalSink
 {
 public:
@@ -86,6 +87,7 @@ public:
     RealDevice(const std::string& fifo, const std::string& log);
 
     std::string send(const std::string& line) override;
+    std::string problem() override;
 
     /** Tells the night what the log has said since the last call. */
     void deliver(DeviceNight& night, const Moment& now);

@@ -21,6 +21,19 @@ std::string deathOf(const nlohmann::json& line)
     return "";
 }
 
+/** What the ends of the program and of the run tell besides. */
+std::vector<std::string> remarksOf(const nlohmann::json& line)
+{
+    std::vector<std::string> remarks;
+    if (line.value("program", std::string()) == "stopped" && line.contains("signal")) {
+        remarks.emplace_back("the program did not end on SIGTERM and was killed");
+    }
+    for (const auto& fault : line.value("unmetFaults", std::vector<std::string>())) {
+        remarks.push_back("the fault " + fault + " did not happen: the program ended before it");
+    }
+    return remarks;
+}
+
 void readWrite(const nlohmann::json& line, Event* event)
 {
     event->mAccepted = line.at("accepted").get<bool>();
@@ -44,9 +57,11 @@ std::optional<Event> parseEvent(std::string_view line)
         if (json.contains("program")) {
             event.mKind = Event::Kind::ProgramEnd;
             event.mText = deathOf(json);
+            event.mRemarks = remarksOf(json);
         } else if (json.contains("run")) {
             event.mKind = Event::Kind::RunEnd;
             event.mText = json.value("reason", std::string());
+            event.mRemarks = remarksOf(json);
         } else {
             readWrite(json, &event);
         }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace explain {
 
@@ -28,7 +29,8 @@ struct Event
      * run was over, or exited with status 0. RunEnd: why.
      */
     std::string mText;
-    std::string mReason; ///< why a command was not written
+    std::string mReason;               ///< Command: why it was not written
+    std::vector<std::string> mRemarks; ///< ProgramEnd and RunEnd: what is no fault of the stream
 };
 
 /** Nothing when the line is no event. */
