@@ -87,7 +87,7 @@ TEST(ChannelMapTest, VoltagesBetweenPhasesAreNoPhaseVoltages)
             recordingOf({channel(name, "A", "kV"), channel("IA", "A", "A")}), {});
         EXPECT_EQ(sourcesOf(map), "- - - - IA - - -") << name;
         EXPECT_THAT(map.mRemarks, testing::Contains(fmt::format(
-                                      "channel 0 (voltage A) is 0; not taken for it: {} (between "
+                                      "channel 0 (voltage A) is 0; not used for it: {} (between "
                                       "phases); see --channels",
                                       name)));
     }
@@ -162,7 +162,7 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
     EXPECT_THAT(importing::mapChannels(recordingOf(rows[4].first), {}).mRemarks,
                 testing::Contains(HasSubstr("UA, UB, UC are taken for one object, although")));
     EXPECT_THAT(importing::mapChannels(recordingOf(rows[1].first), {}).mRemarks,
-                testing::Contains("channel 7 (neutral current) is 0; not taken for it: IN_T (of "
+                testing::Contains("channel 7 (neutral current) is 0; not used for it: IN_T (of "
                                   "another set); see --channels"));
     const importing::ChannelMap map = importing::mapChannels(recordingOf(rows[0].first), {});
     EXPECT_THAT(map.mRemarks,
@@ -209,16 +209,16 @@ TEST(ChannelMapTest, CandidatesAreNamed)
     EXPECT_THAT(
         importing::mapChannels(unclear, {}).mRemarks,
         testing::ElementsAre(
-            "channel 0 (voltage A) is 0; not taken for it: UEN (phase not known), UA (unit Vrms); "
+            "channel 0 (voltage A) is 0; not used for it: UEN (phase not known), UA (unit Vrms); "
             "see --channels",
-            "channel 1 (voltage B) is 0; not taken for it: UEN (phase not known); see --channels",
-            "channel 3 (neutral voltage) is 0; not taken for it: UEN (phase not known); see "
+            "channel 1 (voltage B) is 0; not used for it: UEN (phase not known); see --channels",
+            "channel 3 (neutral voltage) is 0; not used for it: UEN (phase not known); see "
             "--channels",
-            "channel 4 (current A) is 0; not taken for it: IA1, IB1, IEE (phase not known); see "
+            "channel 4 (current A) is 0; not used for it: IA1, IB1, IEE (phase not known); see "
             "--channels",
-            "channel 5 (current B) is 0; not taken for it: IA1, IB1, IEE (phase not known); see "
+            "channel 5 (current B) is 0; not used for it: IA1, IB1, IEE (phase not known); see "
             "--channels",
-            "channel 6 (current C) is 0; not taken for it: IA1, IB1, IEE (phase not known); see "
+            "channel 6 (current C) is 0; not used for it: IA1, IB1, IEE (phase not known); see "
             "--channels"));
 }
 
@@ -228,8 +228,8 @@ TEST(ChannelMapTest, ChannelsPassedOverAreNamed)
     const std::tuple<std::vector<waveform::ChannelDescription>, const char*, std::string> rows[] = {
         {{channel("UA", "A", "V"), channel("UB", "A", "V"), channel("UC", "A", "V")},
          "3=0,4=0,5=0,6=0,7=0",
-         "channel 1 (voltage B) is 0; not taken for it: UB (phase A by its field); see --channels|"
-         "channel 2 (voltage C) is 0; not taken for it: UC (phase A by its field); see "
+         "channel 1 (voltage B) is 0; not used for it: UB (phase A by its field); see --channels|"
+         "channel 2 (voltage C) is 0; not used for it: UC (phase A by its field); see "
          "--channels|"},
         {{channel("VA", "", "V"), channel("VB", "", "V"), channel("VC", "", "V"),
           channel("VR", "", "V"), channel("VAB", "", "V"), channel("PA", "", "W")},

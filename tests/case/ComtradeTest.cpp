@@ -225,15 +225,13 @@ TEST(ComtradeTest, OddRecordings)
         {"numbers jump",
          {},
          "8,0,2,0\n9,1000,4,1\n12,2000,-6,1\n",
-         plain +
-             "the samples' numbers jump 1 times, as if some were lost: taken as they follow one "
-             "another"},
+         plain + "the sample numbers jump 1 times, as if some were lost: taken in the order of the "
+                 "file"},
         {"numbers repeat and fall",
          {},
          "8,0,2,0\n8,1000,4,1\n7,2000,-6,1\n",
-         plain +
-             "the samples' numbers repeat or fall 2 times, as if records were repeated or out of "
-             "order: taken as they follow one another"},
+         plain + "the sample numbers repeat or fall 2 times, as if records were repeated or out of "
+                 "order: taken in the order of the file"},
         {"no numbers", {}, "0,0,2,0\n0,1000,4,1\n0,2000,-6,1\n", plain},
         {"last line cut off",
          {},

@@ -61,7 +61,8 @@ TEST(ImportReportTest, NominalFrequencyIsFound)
     const std::tuple<double, double, const char*> rows[] = {
         {0.0, 16.7, "the recording states no nominal frequency: 16.67 Hz is taken"},
         {1e9, 60.1,
-         "the recording's nominal frequency, 1e+09 Hz, is none of a power system: 60 Hz is taken"},
+         "the recording's nominal frequency, 1e+09 Hz, is not one of a power system: 60 Hz is "
+         "taken"},
     };
     for (const auto& [nominal, actual, remark] : rows) {
         const TestFiles files;

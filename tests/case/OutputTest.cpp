@@ -165,7 +165,7 @@ TEST_F(OutputTest, ResultsBesideTheNamedOneReplaceNothing)
                     "vx-case catalogue same dip-0-one-50hz && vx-case export v.csv -o old.cfg")
                   .mExitCode,
               0);
-    const std::string other = "is there with other content; remove it or name another directory";
+    const std::string other = "exists with other content; remove it or name another directory";
     const std::tuple<const char*, int, std::string> rows[] = {
         {"catalogue own dip-0-one-50hz", 1, mRunner.path("own/vx-simulator.conf: ") + other},
         {"catalogue values dip-0-one-50hz", 1,

@@ -196,7 +196,7 @@ std::optional<Options> parseOptions(int argc, char** argv)
     app.footer(kFooter);
     app.get_formatter()->label("OPTIONS", "OPTION]... [--] PROGRAM [ARGUMENT...");
     app.get_formatter()->column_width(kHelpColumn);
-    app.set_help_flag("-h,--help", "print this");
+    app.set_help_flag("-h,--help", "print this help");
     app.set_version_flag("-v,--version", "vx-sandbox " VX_VERSION, "print the version");
     app.prefix_command();
     addOptions(app, options);

@@ -75,7 +75,7 @@ void ResultFile::compare(std::string_view bytes)
 {
     const QByteArray kept = mKept.read(std::max<qint64>(qint64(bytes.size()), 1));
     if (bytes != std::string_view(kept.constData(), size_t(kept.size()))) {
-        fail("is there with other content; remove it or name another directory");
+        fail("exists with other content; remove it or name another directory");
     }
 }
 

@@ -14,7 +14,7 @@ void addCatalogueCommand(CLI::App& app)
         std::vector<std::string> mNames;
     };
     CLI::App& command = *app.add_subcommand(
-        "catalogue", "Writes test signals, what they measure, and a case configuration");
+        "catalogue", "Writes test signals, their true values, and a case configuration");
     command.footer(
         "Example, the signals in a directory of their own, and their configuration played:\n"
         "  vx-case catalogue signals\n"

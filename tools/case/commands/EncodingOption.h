@@ -13,8 +13,8 @@ inline void addEncodingOption(CLI::App& command, std::string* encoding)
     command
         .add_option(
             "--encoding", *encoding,
-            "Encoding of the texts in a recording, such as windows-1251 or GB18030 (else UTF-8, or "
-            "Latin-1 where they are not)")
+            "Encoding of the texts in a recording, such as windows-1251 or GB18030 (default: "
+            "UTF-8, or Latin-1 for texts that are not UTF-8)")
         ->type_name("NAME")
         ->check([](const std::string& name) {
             return base::isEncoding(name) ? std::string() : "no encoding '" + name + "' is known";

@@ -65,9 +65,11 @@ void addExportCommand(CLI::App& app)
         ->type_name("FILE")
         ->required();
     addScaleOption(command, &options->mCountsPerVolt, &options->mCountsPerAmpere);
-    command.add_option("--from", options->mPart.mFrom, "Begins there (default 0)")
+    command.add_option("--from", options->mPart.mFrom, "Start of the part to export (default 0)")
         ->type_name("SECONDS");
-    command.add_option("--to", options->mPart.mTo, "Ends before that (default: the end)")
+    command
+        .add_option("--to", options->mPart.mTo,
+                    "End of the part to export, excluded (default: the end)")
         ->type_name("SECONDS");
     command.callback([options] { run(*options); });
 }

@@ -331,8 +331,7 @@ void addStateOptions(CLI::App& command, GenerateOptions& options)
             ->type_name("FILE");
     command.add_flag("--align", options.mIsAligned, "Rounds the states to whole periods")
         ->needs(states);
-    command.add_flag("--list-states", options.mIsStateList, "Lists the states and ends")
-        ->needs(states);
+    command.add_flag("--list-states", options.mIsStateList, "Only lists the states")->needs(states);
     for (const char* other : {"--signal", "--frequency", "--duration", "--amplitudes", "--phases",
                               "--harmonic", "--disturbance"}) {
         states->excludes(command.get_option(other));
@@ -341,13 +340,14 @@ void addStateOptions(CLI::App& command, GenerateOptions& options)
 
 void addSignalOptions(CLI::App& command, GenerateOptions& options)
 {
-    command.add_option("--signal", options.mSignal, "A signal with a name")->type_name("NAME");
+    command.add_option("--signal", options.mSignal, "A signal of --list, by its name")
+        ->type_name("NAME");
     CLI::Option& settings =
         *command.add_option("--set", options.mSettings, "Changes the signal; repeatable");
     settings.type_name("PARAMETER=NUMBER")->needs("--signal");
     takeOneValueEach(settings);
-    command.add_flag("--list", options.mIsList, "Lists the signals and ends");
-    command.add_option("--truth", options.mTruth, "Writes what is in the samples, as JSON")
+    command.add_flag("--list", options.mIsList, "Only lists the signals");
+    command.add_option("--truth", options.mTruth, "Writes the true values of the signal, as JSON")
         ->type_name("FILE");
     command.add_option("-o", options.mOutput, "Writes to FILE instead of standard output")
         ->type_name("FILE");

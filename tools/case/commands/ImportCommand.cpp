@@ -28,7 +28,7 @@ constexpr size_t kMaxRepeatedPeriods = 100'000;
 constexpr char kImportFooter[] =
     R"(Voltages go to channels 0 to 3 and currents to 4 to 7, in mV and mA, in the order
 A, B, C, neutral. --channels overrides that, by name or number: "0" means none, and
-channels that it does not name are found as before.
+channels that it does not name are found as without it.
 
 Example: five repetitions of the first period, and a configuration that plays it over and over:
   vx-case import fault.cfg --before 5 --loop -o fault.csv --configuration fault.conf)";
@@ -163,13 +163,17 @@ void addMapping(CLI::App& command, importing::ImportOptions& options)
 void addTiming(CLI::App& command, importing::ImportOptions& options)
 {
     addReader(command, "--frequency", readFrequency, options,
-              "track: 360 lines are a period of the signal (default); nominal or HZ: they keep "
-              "time at that frequency")
+              "track: 360 lines are a period of the signal (default); nominal or HZ: 360 lines are "
+              "a period of that frequency")
         .type_name("track|nominal|HZ");
     command
-        .add_option("--from", options.mFrom, "Begins there in the recording (default: its start)")
+        .add_option("--from", options.mFrom,
+                    "Start of the part to import (default: that of the recording)")
         ->type_name("S");
-    command.add_option("--to", options.mTo, "Ends there (default: its end)")->type_name("S");
+    command
+        .add_option("--to", options.mTo,
+                    "End of the part to import (default: that of the recording)")
+        ->type_name("S");
     command
         .add_option("--before", options.mBefore,
                     "Repeats the first period N times at the beginning")

@@ -18,8 +18,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr char kInfoFooter[] =
     R"(Reads value files, COMTRADE recordings (.cfg, .dat or .cff), recordings of the
-driver and text files with a heading; what a file is, is found by its content.
-rms counts every sample alike; times are seconds from the first sample.
+driver and text files with a heading; the format is recognized by the content.
+rms gives all samples the same weight; times are seconds from the first sample.
 
 Example:
   vx-case generate --duration 1 -o sine.csv && vx-case info sine.csv)";

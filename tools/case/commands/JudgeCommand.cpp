@@ -236,8 +236,7 @@ void addJudgeCommand(CLI::App& app)
             },
             "What is judged, by name or group (default: all that is expected)")
         ->type_name("NAME,...");
-    command.add_flag("--list-limits", options->mDoesList,
-                     "Prints the table of limits, and no more");
+    command.add_flag("--list-limits", options->mDoesList, "Only prints the table of limits");
     addJudgeResults(command, *options);
     command.callback([options] {
         if (!options->mDoesList && options->mMeasured.empty()) {

@@ -193,7 +193,7 @@ void addMeasureCommand(CLI::App& app)
         "the signal's own 50 or 60)");
     command
         .add_option("--truth", measuring.mTruth,
-                    "What generate --truth wrote: where it has a value, that one is given")
+                    "What generate --truth wrote; its values replace measured ones")
         ->type_name("FILE");
     CLI::Option* const wide = command.add_flag_callback(
         "--wide", [&] { measuring.mForm = measure::TableForm::Wide; },

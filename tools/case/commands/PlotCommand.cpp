@@ -26,8 +26,9 @@ namespace commands {
 namespace {
 constexpr char kPlotFooter[] =
     R"(INPUT is a value file, a recording of the driver, a COMTRADE recording or a text file
-with a heading, or the table that measure wrote. A second signal is drawn over the first, dashed. FILE ends in .svg or .png; without it the picture is
-drawn on the terminal.
+with a heading, or the table that measure wrote. A second signal is drawn over the
+first, dashed. FILE ends in .svg or .png; without it the picture is drawn on the
+terminal.
 
 Examples:
   vx-case plot fault.cfg

@@ -142,14 +142,14 @@ void ComtradeSource::finish()
     }
     if (mJumps > 0) {
         remarks.add(
-            fmt::format("the samples' numbers jump {} times, as if some were lost: taken "
-                        "as they follow one another",
+            fmt::format("the sample numbers jump {} times, as if some were lost: taken "
+                        "in the order of the file",
                         mJumps));
     }
     if (mDisorders > 0) {
         remarks.add(
-            fmt::format("the samples' numbers repeat or fall {} times, as if records were "
-                        "repeated or out of order: taken as they follow one another",
+            fmt::format("the sample numbers repeat or fall {} times, as if records were "
+                        "repeated or out of order: taken in the order of the file",
                         mDisorders));
     }
     mRecords->remarkOn(&remarks);

@@ -283,9 +283,9 @@ qint64 Judge::judgedStampNs(bool fits)
 void Judge::passForeign(const Repair& found)
 {
     breakOff();
-    addFinding(FindingKind::Foreign, found.mSamples,
-               fmt::format("{} samples stand in no file; {} was expected", found.mSamples,
-                           expectedText()));
+    addFinding(
+        FindingKind::Foreign, found.mSamples,
+        fmt::format("{} samples are in no file; {} was expected", found.mSamples, expectedText()));
     for (size_t i = 0; i < found.mRecords; ++i) {
         offerDueCommands();
         if (mLastStampNs) {

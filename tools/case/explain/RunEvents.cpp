@@ -41,7 +41,7 @@ void RunEvents::endRun(const Event& end)
     mEndedWhilePlaying =
         end.mText == "time" || end.mText == "interrupted" || end.mText == "input ended";
     if (mDeath.empty() && end.mText == "no block") {
-        mDeath = "the program wrote no more samples, and the sandbox lost its patience";
+        mDeath = "the program wrote no block before --patience was over";
     }
 }
 

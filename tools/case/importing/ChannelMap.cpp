@@ -216,7 +216,7 @@ void Mapper::remarkMissing()
         mMap.mRemarks.push_back(
             fmt::format("channel {} ({}) is 0", index, nameOfDeviceChannel(index)) +
             (names.empty() ? ": the recording has none"
-                           : "; not taken for it: " + names + "; see --channels"));
+                           : "; not used for it: " + names + "; see --channels"));
     }
     const std::string others = leftOut.passedOver();
     if (!others.empty()) {

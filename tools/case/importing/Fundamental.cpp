@@ -138,7 +138,7 @@ Fundamental findFundamental(const waveform::SignalDescription& description,
             description.mNominalHz == 0.0
                 ? "the recording states no nominal frequency"
                 : fmt::format(
-                      "the recording's nominal frequency, {:g} Hz, is none of a power "
+                      "the recording's nominal frequency, {:g} Hz, is not one of a power "
                       "system",
                       description.mNominalHz);
         fundamental.mRemarks.push_back(

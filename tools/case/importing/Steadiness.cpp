@@ -97,8 +97,8 @@ std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPla
     if (isRepeated && (second + length > plan.mTo + kRoundingOfSeconds ||
                        last - lengthBefore < plan.mFrom - kRoundingOfSeconds)) {
         return {
-            "fewer than two periods are imported: whether the one repeated is steady is not "
-            "known"};
+            "fewer than two periods are imported: it is not known whether the repeated "
+            "one is steady"};
     }
     if (options.mBefore > 0 || options.mDoLoop) {
         const auto found = largestDeviation(

@@ -119,7 +119,7 @@ std::vector<std::string> checkTimes(const waveform::SignalDescription& descripti
     // Where the recording states its frequency, its reader has reported that.
     if (description.mNominalHz == 0.0 && samples < kFewSamples) {
         remarks.push_back(fmt::format(
-            "{:.3g} samples a period only: the recording has been filtered or thinned", samples));
+            "{:.3g} samples in a period: the recording was filtered or thinned", samples));
     }
     if (description.mRates.empty()) {
         if (times.clockTick() > 0.0) {
