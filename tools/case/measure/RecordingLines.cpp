@@ -1,6 +1,7 @@
 #include "measure/RecordingLines.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/CaseError.h"
 #include "base/Numbers.h"
@@ -77,6 +78,8 @@ bool RecordingLines::readPart()
     if (mIsAtEnd) {
         return false;
     }
+    auto kernels =
+        mInterpolator ? mInterpolator->takeKernels() : resampling::Interpolator::Kernels();
     mInterpolator.reset();
     dropOld();
     collect();
@@ -89,7 +92,7 @@ bool RecordingLines::readPart()
     }
     mTimes.emplace(mSeconds, !mSource.description().mRates.empty());
     mBreaks += mTimes->segments().size() - 1;
-    mInterpolator.emplace(*mTimes, mColumns, mLinesPerSecond);
+    mInterpolator.emplace(*mTimes, mColumns, mLinesPerSecond, std::move(kernels));
     if (mMaxHertz == 0.0) {
         findRate();
     }

@@ -40,9 +40,14 @@ double polynomial(const std::vector<std::pair<double, double>>& points, double a
 } // namespace
 
 Interpolator::Interpolator(const SampleTimes& times, const std::vector<SourceColumn>& columns,
-                           double outputRate)
-    : mTimes(times), mColumns(columns), mOutputRate(outputRate)
+                           double outputRate, Kernels kernels)
+    : mTimes(times), mColumns(columns), mOutputRate(outputRate), mKernels(std::move(kernels))
 {
+}
+
+Interpolator::Kernels Interpolator::takeKernels()
+{
+    return mKernels.size() < kMaxKernels ? std::move(mKernels) : Kernels();
 }
 
 void Interpolator::valuesAt(double seconds, std::vector<double>& values)

@@ -26,15 +26,24 @@ struct SourceColumn
 class Interpolator
 {
 public:
-    /** @param outputRate samples a second that are taken; decides what must be filtered away */
+    /** By how much faster than the output a segment is. Making one is slow. */
+    using Kernels = std::map<int, SincKernel>;
+
+    /**
+     * @param outputRate samples a second that are taken; decides what must be filtered away
+     * @param kernels of the part of the source before this one, with the same rate
+     */
     Interpolator(const SampleTimes& times, const std::vector<SourceColumn>& columns,
-                 double outputRate);
+                 double outputRate, Kernels kernels = {});
 
     /**
      * @param seconds on the source's time; clamped to what it covers
      * @param values one per column
      */
     void valuesAt(double seconds, std::vector<double>& values);
+
+    /** For the next part; none where there is no room for another one. No instant follows. */
+    Kernels takeKernels();
 
 private:
     using Segment = SampleTimes::Segment;
@@ -50,7 +59,7 @@ private:
     const SampleTimes& mTimes;
     const std::vector<SourceColumn>& mColumns;
     double mOutputRate;
-    std::map<int, SincKernel> mKernels; ///< by how much faster than the output a segment is
+    Kernels mKernels;
 
     /** Of the present instant. */
     const Segment* mSegment = nullptr;
