@@ -64,6 +64,9 @@ TEST_F(CampaignTest, WhatCannotBePlayedIsRefused)
         const char* mMessage;
     } rows[] = {
         {{"--fault", "adc-in:3s:EFOO"}, "vx-sandbox: --fault takes FILE:WHEN:WHAT"},
+        {{"--seed", "1"}, "--seed requires --shuffle"},
+        {{"--shuffle", "--seed", "-1"}, "--seed: '-1': expected a whole number, 0 to 1844"},
+        {{"--start-at", "2026-01-01T00:00"}, "--start-at: 2026-01-01T00:00 has passed"},
         {{"--fifo", "none", "--log", "file"}, "--fifo: none: there is no such FIFO"},
         {{"--fifo", "file", "--log", "file"}, "--fifo: file: not a FIFO"},
         {{"--fifo", "fifo", "--log", "file"}, "--fifo: fifo: nobody reads it"},

@@ -23,6 +23,7 @@ NightBegin wholeNight()
     night.mIsObserved = false;
     night.mGapNs = 2'000'000'000;
     night.mSeed = 18446744073709551615ULL;
+    night.mUntilFailure = true;
     night.mCases = {{"dip", 1, "stage/dip.csv", 7200, 2, 400'000'000, 10, "signal dip", {"rms"}}};
     night.mOrder = {0, 0};
     night.mEnvironment = {{"host", "desk"}};

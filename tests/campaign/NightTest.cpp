@@ -11,6 +11,7 @@
 #include "waveform/RecordStamp.h"
 
 using journal::NightEnd;
+using journal::PlayBegin;
 using journal::PlayEnd;
 using journal::PlayVerdict;
 
@@ -339,14 +340,25 @@ TEST_F(NightTest, WhatTheSandboxRemarksFailsNoPlay)
 
 TEST_F(NightTest, UntilFailureGoesOnInRounds)
 {
-    const SimulatedNight night = sixPlays();
+    SimulatedNight night = sixPlays();
+    night.mBegin.mUntilFailure = true;
     SimulatedDesk desk(night.mCases);
     desk.mFault = [&desk](Block* block) { block->mKills = desk.playsEnded() == 14; };
     MemoryJournal journal;
-    run::NightOptions options;
-    options.mUntilFailure = true;
-    playNight(night, desk, journal, options);
+    playNight(night, desk, journal);
     EXPECT_EQ(verdictsOf(journal), std::string(13, 'p') + "f first failure") << textOf(journal);
+    for (const bool isCutOff : {false, true}) { // after the last step, and within the second round
+        MemoryJournal resumed;
+        resumed.mEntries = journal.mEntries;
+        resumed.mEntries.resize(isCutOff ? 30 : journal.mEntries.size());
+        SimulatedDesk again(night.mCases);
+        again.mFault = [&again](Block* block) { block->mKills = again.playsEnded() == 8; };
+        run::Night played(night.mBegin, *night.mPlan, {}, again, resumed);
+        played.resume(run::resumePointOf(resumed.mEntries), {}, again.now());
+        again.play(played);
+        EXPECT_EQ(resumed.all<PlayBegin>().size() > 14, isCutOff) << textOf(resumed);
+        EXPECT_EQ(resumed.all<NightEnd>().back().mReason, NightEnd::Reason::FirstFailure);
+    }
 }
 
 /** No play is lost and none has two ends, wherever it stops: cut off, interrupted, or a full disk.

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,6 +9,7 @@
 #include "ReadSignal.h"
 #include "Records.h"
 #include "journal/Journal.h"
+#include "journal/JournalWriter.h"
 #include "report/CompactSvg.h"
 #include "report/FindingPicture.h"
 #include "report/Report.h"
@@ -217,6 +219,12 @@ TEST_F(ReportPictureTest, TheCommandEndsWithTheVerdict)
         EXPECT_EQ(result.mOutput.substr(0, result.mOutput.find('\n') + 1), line) << result;
     }
     EXPECT_EQ(runner.run({VX_CAMPAIGN, "report", mFiles.path("stage")}).mExitCode, 2);
+    mFiles.make("journal.jsonl", journalOf(cut));
+    const size_t bytes = journalOf(cut).size();
+    const journal::JournalWriter writer(mFiles.path("journal.jsonl"), bytes, bytes);
+    const CommandResult running = runner.run({VX_CAMPAIGN, "report", mFiles.path("")});
+    EXPECT_EQ(running.mExitCode, 1) << running;
+    EXPECT_THAT(running.mOutput, testing::StartsWith("Still running after 1 of 1 play\n"));
 }
 
 TEST(ReportSizeTest, ThinnedCurvesStayWhereTheyWere)

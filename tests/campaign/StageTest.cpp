@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <set>
 
 #include "CommandRunner.h"
 #include "stage/Stage.h"
@@ -140,6 +141,22 @@ TEST_F(StageTest, SignalsRecordingsAndStatesAreAsVxCaseMakesThem)
         EXPECT_GT(linesOf(result.mOutput).size(), 100'000U) << result.mErrors;
         EXPECT_TRUE(linesOf(staged(std::string(name) + ".csv")) == linesOf(result.mOutput)) << name;
     }
+}
+
+TEST_F(StageTest, AMovedPlanMakesTheSameFiles)
+{
+    std::set<std::string> hashes;
+    for (const std::string folder : {"here", "there"}) {
+        QDir().mkpath(QString::fromStdString(mFiles.path(folder)));
+        for (const std::string name : {"/inrush.cfg", "/inrush.dat"}) {
+            QFile::copy(QString::fromStdString(VX_EXAMPLES "/recordings" + name),
+                        QString::fromStdString(mFiles.path(folder + name)));
+        }
+        const plan::Plan plan = plan::parsePlan("[[case]]\nrecording = \"inrush.cfg\"\n",
+                                                mFiles.path(folder + "/night.toml"));
+        hashes.insert(makeStage(plan, mFiles.path(folder + "/night")).mHash);
+    }
+    EXPECT_EQ(hashes.size(), 1U);
 }
 
 TEST_F(StageTest, AllMistakesOfAllFilesAreReportedAndNothingIsLeft)

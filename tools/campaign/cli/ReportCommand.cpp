@@ -13,9 +13,9 @@ namespace cli {
 namespace {
 constexpr char kReportFooter[] =
     R"(Writes FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv again, from the journal of the night and
-what else is in the folder; also of a night that was cut off, or is still going on.
+what else is in the folder; also of a night that was cut off, or is still running.
 
-Exit status: 0 when every play passed, 1 when one did not or the night was cut off, 2 when FOLDER is not the folder
+Exit status: 0 when every play passed, 1 when one did not, or the night was cut off or is still running, 2 when FOLDER is not the folder
 of a night, 130 when the night was interrupted.
 
 Example:

@@ -4,7 +4,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
+#include <charconv>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <random>
 
@@ -170,6 +172,7 @@ Prepared prepare(RunOptions options)
     night.mStageHash = prepared.mStage.mHash;
     night.mIsObserved = !options.isOnDevice();
     night.mGapNs = plan.mGapNs;
+    night.mUntilFailure = options.mUntilFailure;
     night.mMeasuring = plan.mMeasuring;
     if (night.mMeasuring.mNominalHz == 0.0) {
         night.mMeasuring.mNominalHz = nominalHz(prepared.mStage);
@@ -205,10 +208,15 @@ void expectPlayable(const RunOptions& options)
 run::NightOptions nightOptionsOf(const RunOptions& options)
 {
     run::NightOptions night;
-    night.mUntilFailure = options.mUntilFailure;
-    if (!options.mStartAt.empty()) {
-        night.mStartAtNs = run::startTimeNs(options.mStartAt, run::momentNow().mWallNs);
+    if (options.mStartAt.empty()) {
+        return night;
     }
+    const qint64 nowNs = run::momentNow().mWallNs;
+    night.mStartAtNs = run::startTimeNs(options.mStartAt, nowNs);
+    if (*night.mStartAtNs < nowNs) {
+        throw CLI::ValidationError("--start-at", options.mStartAt + " has passed");
+    }
+    std::cerr << "vx-campaign: begins at " << run::startTimeText(*night.mStartAtNs) << std::endl;
     return night;
 }
 
@@ -223,7 +231,8 @@ void beginOrResume(run::ScheduledNight& night, const Prepared& prepared,
 }
 
 /** Why the journal could not be written; empty when it could. */
-std::string playPrepared(const RunOptions& options, Prepared prepared)
+std::string playPrepared(const RunOptions& options, const run::NightOptions& nightOptions,
+                         Prepared prepared)
 {
     run::SandboxSetup setup = setupOf(options);
     setup.mStage = prepared.mStage.mDirectory;
@@ -237,7 +246,6 @@ std::string playPrepared(const RunOptions& options, Prepared prepared)
     journal::JournalWriter writer(journalOf(options), prepared.mJournalBytes, prepared.mFoundBytes);
     run::NightDisplay display(prepared.mNight);
     run::DisplayedJournal displayed(writer, display);
-    const run::NightOptions nightOptions = nightOptionsOf(options);
     if (options.isOnDevice()) {
         run::RealDevice device(options.mFifo, options.mLog);
         run::DeviceNight night(prepared.mNight, prepared.mStage.mSteady.mDurationNs, nightOptions,
@@ -256,12 +264,13 @@ std::string playPrepared(const RunOptions& options, Prepared prepared)
 
 void runPlan(const RunOptions& options)
 {
+    const run::NightOptions nightOptions = nightOptionsOf(options);
     expectPlayable(options);
     Prepared prepared = prepare(options);
     for (const std::string& remark : prepared.mStage.mRemarks) {
         std::cerr << "vx-campaign: remark: " << remark << std::endl;
     }
-    const std::string problem = playPrepared(options, std::move(prepared));
+    const std::string problem = playPrepared(options, nightOptions, std::move(prepared));
     if (!problem.empty()) {
         std::cerr << "vx-campaign: the night ends: " << problem << std::endl;
     }
@@ -277,12 +286,25 @@ void runPlan(const RunOptions& options)
     }
 }
 
+/** Why this is no seed; empty when it is one. */
+std::string seedProblem(const std::string& text)
+{
+    quint64 seed = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, seed);
+    return error == std::errc{} && rest == end
+               ? ""
+               : fmt::format("'{}': expected a whole number, 0 to {}", text,
+                             std::numeric_limits<quint64>::max());
+}
+
 void addNightOptions(CLI::App& command, RunOptions& options)
 {
     CLI::Option* const shuffle =
         command.add_flag("--shuffle", options.mShuffle, "Plays in a random order");
     command.add_option("--seed", options.mSeed, "The same seed gives the same random order")
         ->type_name("N")
+        ->check(seedProblem)
         ->needs(shuffle);
     command.add_flag("--until-failure", options.mUntilFailure,
                      "Plays the plan again and again, until a play fails");
@@ -332,7 +354,7 @@ void addRunCommand(CLI::App& app)
     fifo->needs(log)->excludes("--fault")->excludes("--keep");
     CLI::Option* const resume =
         command.add_flag("--resume", options->mResume, "Goes on with the night in FOLDER");
-    for (const char* name : {"--only", "--group", "--shuffle"}) {
+    for (const char* name : {"--only", "--group", "--shuffle", "--until-failure"}) {
         resume->excludes(command.get_option(name));
     }
     command.callback([options] { runPlan(*options); });

@@ -107,6 +107,7 @@ struct Writer
         json["observed"] = step.mIsObserved;
         json["gapNs"] = step.mGapNs;
         addOptional(&json, "seed", step.mSeed);
+        json["untilFailure"] = step.mUntilFailure;
         json["cases"] = Json::array();
         for (const StagedCase& it : step.mCases) {
             json["cases"].push_back(jsonOf(it));
@@ -178,6 +179,7 @@ NightBegin nightOf(const Json& json)
     json.at("observed").get_to(step.mIsObserved);
     json.at("gapNs").get_to(step.mGapNs);
     step.mSeed = optionalAt<quint64>(json, "seed");
+    step.mUntilFailure = json.value("untilFailure", false);
     for (const Json& it : json.at("cases")) {
         step.mCases.push_back(stagedCaseOf(it));
     }

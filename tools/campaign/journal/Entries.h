@@ -53,6 +53,7 @@ struct NightBegin
     bool mIsObserved = true; ///< false on a device, where the stream cannot be seen
     qint64 mGapNs = 0;
     std::optional<quint64> mSeed; ///< of the shuffled order
+    bool mUntilFailure = false;   ///< the plan is played again and again, until a play fails
     std::vector<StagedCase> mCases;
     std::vector<int> mOrder;                         ///< for each play the index of its case
     std::map<std::string, std::string> mEnvironment; ///< versions, machine, state of the clock

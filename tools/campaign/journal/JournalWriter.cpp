@@ -88,4 +88,10 @@ void JournalWriter::flushDirectory() const
     }
 }
 
+bool isBeingWritten(const std::string& path)
+{
+    const files::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return file.isOpen() && ::flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
 } // namespace journal

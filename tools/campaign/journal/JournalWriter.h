@@ -53,4 +53,7 @@ private:
     size_t mBytes;
 };
 
+/** Whether a process is writing this journal just now. */
+bool isBeingWritten(const std::string& path);
+
 } // namespace journal

@@ -151,6 +151,7 @@ void SourceReader::readFile()
         QDir::cleanPath(QDir(QString::fromStdString(mFolder)).absoluteFilePath(path)).toStdString();
     if (mSource.mKind == SourceKind::Recording) {
         mSource.mText += ImportReader(mSection, mMistakes).read(mSource.mImport, mSource.mEncoding);
+        mSource.mImport.mSourceName = name;
     }
     if (mSource.mKind == SourceKind::States && flag(mSection, "align")) {
         mSource.mIsAligned = true;

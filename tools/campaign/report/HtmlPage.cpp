@@ -40,11 +40,12 @@ std::string stateText(const NightSummary& night)
 {
     switch (night.mState) {
         case NightState::CutOff:
-            return "The journal has no end: the night was cut off, or it is still going on. Here "
-                   "is what "
-                   "was on the disk by then. <code>vx-campaign run</code> with "
+            return "The journal has no end: the night was cut off. Here is what was on the disk "
+                   "by then. <code>vx-campaign run</code> with "
                    "<code class=\"option\">--resume</code> goes on with the first play that has "
                    "not ended.";
+        case NightState::Running:
+            return "The night was still running when this was written.";
         case NightState::Interrupted:
             return "The night was ended by a signal. <code>vx-campaign run</code> with "
                    "<code class=\"option\">--resume</code> goes on with the first play that has "

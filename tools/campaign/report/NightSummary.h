@@ -110,7 +110,8 @@ struct Session
 
 enum class NightState
 {
-    CutOff, ///< or still going on: its last line is missing
+    CutOff,  ///< its last line is missing
+    Running, ///< the same, and its journal is being written; see writeReports()
     Done,
     Interrupted,
     FirstFailure,

@@ -2,6 +2,7 @@
 
 #include "base/ResultFile.h"
 #include "journal/Journal.h"
+#include "journal/JournalWriter.h"
 #include "report/AssessmentFile.h"
 #include "report/CaseTable.h"
 #include "report/HtmlPage.h"
@@ -21,8 +22,13 @@ void writeReport(const std::string& path, const std::string& text)
 
 NightSummary writeReports(const std::string& folder)
 {
-    const journal::Journal journal = journal::readJournal(folder + "/" + kJournalFile);
+    const std::string path = folder + "/" + kJournalFile;
+    const bool isRunning = journal::isBeingWritten(path);
+    const journal::Journal journal = journal::readJournal(path);
     NightSummary night = summarize(journal.mEntries);
+    if (isRunning && night.mState == NightState::CutOff) {
+        night.mState = NightState::Running;
+    }
     addAssessment(folder, journal.mWholeBytes, &night);
     writeReport(folder + "/" + kTableFile, caseTable(night));
     writeReport(folder + "/" + kJunitFile, junitFile(night));

@@ -88,6 +88,7 @@ std::string goodText(const NightSummary& night)
 std::string brokenOffText(const NightSummary& night)
 {
     const char* const how = night.mState == NightState::CutOff        ? "Cut off"
+                            : night.mState == NightState::Running     ? "Still running"
                             : night.mState == NightState::Interrupted ? "Interrupted"
                                                                       : "Gave up";
     return fmt::format("{} after {} of {}", how, night.mCounts.ended(),

@@ -111,7 +111,7 @@ void NightDisplay::print(const journal::Finding& finding)
     clear();
     std::string where = "outside the plays";
     if (finding.mPlay) {
-        const PlayOrder order(mNight, true);
+        const PlayOrder order(mNight);
         where =
             fmt::format("{} ({} of {})", order.caseOf(*finding.mPlay).mName,
                         order.repetitionOf(*finding.mPlay), order.caseOf(*finding.mPlay).mTimes);

@@ -24,6 +24,7 @@ struct ResumeReader
     {
         mPoint->mPlay = step.mPlay + 1;
         mPoint->mFindings = 0;
+        mPoint->mHasFailed = mPoint->mHasFailed || step.mVerdict == journal::PlayVerdict::Failed;
     }
 
     void operator()(const journal::Finding& step) const

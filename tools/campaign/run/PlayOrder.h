@@ -11,12 +11,10 @@ class PlayOrder
 {
 public:
     /** @param night is borrowed; it has at least one play */
-    PlayOrder(const journal::NightBegin& night, bool isEndless) : mNight(night), mEndless(isEndless)
-    {
-    }
+    explicit PlayOrder(const journal::NightBegin& night) : mNight(night) {}
 
     /** The play is one of those that are to be played. */
-    bool has(int play) const { return mEndless || play < playsPerRound(); }
+    bool has(int play) const { return mNight.mUntilFailure || play < playsPerRound(); }
 
     const journal::StagedCase& caseOf(int play) const { return mNight.mCases[caseIndexOf(play)]; }
 
@@ -32,7 +30,6 @@ public:
 
 private:
     const journal::NightBegin& mNight;
-    bool mEndless;
 };
 
 /** Where a night goes on after it was cut off. */
@@ -42,6 +39,7 @@ struct ResumePoint
     quint64 mFindings = 0;    ///< of that play, when it was begun before
     int mRuns = 0;            ///< of the program so far
     quint64 mAllFindings = 0; ///< of all plays
+    bool mHasFailed = false;  ///< a play that has ended
 };
 
 ResumePoint resumePointOf(const std::vector<journal::Entry>& entries);

@@ -6,11 +6,7 @@ namespace run {
 
 PlaySchedule::PlaySchedule(const journal::NightBegin& night, const NightOptions& options,
                            qint64 overheadNs, journal::JournalSink& sink)
-    : mNight(night),
-      mOptions(options),
-      mOverheadNs(overheadNs),
-      mOrder(night, options.mUntilFailure),
-      mPlayJournal(sink)
+    : mNight(night), mOptions(options), mOverheadNs(overheadNs), mOrder(night), mPlayJournal(sink)
 {
 }
 
@@ -32,6 +28,7 @@ void PlaySchedule::resume(const ResumePoint& point,
     mPlayJournal.setAllFindings(point.mAllFindings);
     mNext = point.mPlay;
     mRun = point.mRuns;
+    mHasFailed = point.mHasFailed;
     mFindingsOfNext = point.mFindings;
 }
 

@@ -8,7 +8,6 @@ namespace run {
 /** What the command line asks of a night beyond its plan. */
 struct NightOptions
 {
-    bool mUntilFailure = false;       ///< again and again, until a play fails
     std::optional<qint64> mStartAtNs; ///< on the wall clock; none: at once
 };
 
@@ -79,7 +78,7 @@ public:
     Progress progress() const;
 
 private:
-    bool isFailureFound() const { return mOptions.mUntilFailure && mHasFailed; }
+    bool isFailureFound() const { return mNight.mUntilFailure && mHasFailed; }
     qint64 playNs(int play) const;
 
     const journal::NightBegin& mNight;

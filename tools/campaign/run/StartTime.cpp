@@ -37,4 +37,11 @@ qint64 startTimeNs(const std::string& text, qint64 nowNs)
     return start.toMSecsSinceEpoch() * kNsPerMillisecond;
 }
 
+std::string startTimeText(qint64 ns)
+{
+    return QDateTime::fromMSecsSinceEpoch(ns / kNsPerMillisecond)
+        .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
+        .toStdString();
+}
+
 } // namespace run

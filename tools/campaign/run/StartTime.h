@@ -15,4 +15,7 @@ std::string startTimeProblem(const std::string& text);
  */
 qint64 startTimeNs(const std::string& text, qint64 nowNs);
 
+/** "2026-11-25 22:30:00", local time. */
+std::string startTimeText(qint64 ns);
+
 } // namespace run

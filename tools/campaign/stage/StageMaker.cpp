@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
 
@@ -21,6 +22,16 @@ constexpr qint64 kMaxSteadyNs = 5'000'000'000;
 
 /** The device's step is a whole number of ns: its time may differ from the file's by so much. */
 constexpr double kRoundingOfSteps = 1e-4;
+
+/** What options of vx-case are in a message, are keys in a plan: of the same name. */
+std::string withKeys(const std::string& message)
+{
+    static const QRegularExpression kOption(QStringLiteral("(?<=^| )--(?=[a-z])"));
+    return QString::fromStdString(message)
+        .replace(QStringLiteral("--align"), QStringLiteral("align = true"))
+        .remove(kOption)
+        .toStdString();
+}
 } // namespace
 
 Stage StageMaker::make()
@@ -116,7 +127,7 @@ const StageMaker::MadeFile& StageMaker::fileOf(const plan::Source& source, const
         file.mIsGood = true;
         mFiles.push_back(file.mName);
     } catch (const base::CaseError& error) {
-        const std::string text = error.what();
+        const std::string text = withKeys(error.what());
         if (text.find(mDirectory) == 0) {
             throw; // no mistake of the case: it cannot be written, and so cannot the others
         }
@@ -157,7 +168,7 @@ void StageMaker::expectPlayable(const plan::Source& source, const MadeFile& file
 void StageMaker::addRemarks(const std::string& name, const std::vector<std::string>& remarks)
 {
     for (const std::string& remark : remarks) {
-        mStage.mRemarks.push_back(name + ": " + remark);
+        mStage.mRemarks.push_back(name + ": " + withKeys(remark));
     }
 }
 

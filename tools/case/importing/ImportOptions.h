@@ -27,7 +27,8 @@ struct ImportOptions
     size_t mAfter = 0;           ///< repetitions of the last period, after it
     bool mDoLoop = false;        ///< fade the last period into the first one; not with mAfter
     bool mClip = false;
-    std::string mMadeBy; ///< program and command line, for the comments
+    std::string mMadeBy;     ///< program and command line, for the comments
+    std::string mSourceName; ///< of the recording, for the comments; empty: as it was opened
 };
 
 } // namespace importing

@@ -44,12 +44,14 @@ std::vector<std::string> commentsOf(const waveform::SignalDescription& descripti
                                     const ImportOptions& options, const ImportReport& report,
                                     double begin)
 {
+    const std::string& name =
+        options.mSourceName.empty() ? description.mFileName : options.mSourceName;
     std::vector<std::string> comments = {
         "made by " + options.mMadeBy,
-        fmt::format("from {}: {}; station {}, device {}; first sample {}", description.mFileName,
+        fmt::format("from {}: {}; station {}, device {}; first sample {}", name,
                     description.mFormat, description.mStation, description.mDevice,
                     description.mStartTime),
-        waveform::importComment({description.mFileName, description.mStartTime, begin, {}})};
+        waveform::importComment({name, description.mStartTime, begin, {}})};
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
         const ChannelReport& channel = report.mChannels[i];
         const bool isNothing = channel.mFactor == 0.0;
