@@ -11,18 +11,18 @@
 
 #include "base/CaseError.h"
 #include "run/PlayOrder.h"
+#include "waveform/RecordStamp.h"
 
 namespace run {
 
 namespace {
 constexpr int kTickMilliseconds = 100;
-constexpr qint64 kNsPerSecond = 1'000'000'000;
 
 qint64 nsOf(clockid_t clock)
 {
     timespec time{};
     clock_gettime(clock, &time);
-    return time.tv_sec * kNsPerSecond + time.tv_nsec;
+    return time.tv_sec * waveform::kSecondInNs + time.tv_nsec;
 }
 } // namespace
 
@@ -65,7 +65,7 @@ std::string progressText(const journal::NightBegin& night, const Progress& progr
     if (progress.mCase == nullptr) {
         return findings;
     }
-    const auto ends = static_cast<time_t>(progress.mEndsAtNs / kNsPerSecond);
+    const auto ends = static_cast<time_t>(progress.mEndsAtNs / waveform::kSecondInNs);
     tm local{};
     localtime_r(&ends, &local);
     const int times = progress.mCase->mTimes;
@@ -74,7 +74,8 @@ std::string progressText(const journal::NightBegin& night, const Progress& progr
                        times == 1 && progress.mRepetition == 1
                            ? ""
                            : fmt::format(" ({} of {})", progress.mRepetition, times),
-                       static_cast<double>(progress.mLeftNs) / kNsPerSecond, findings, local);
+                       static_cast<double>(progress.mLeftNs) / waveform::kSecondInNs, findings,
+                       local);
 }
 
 NightDisplay::NightDisplay(const journal::NightBegin& night)
@@ -92,7 +93,7 @@ void NightDisplay::show(const Progress& progress, const Moment& now)
     if (!mIsTerminal || now.mSteadyNs < mNextNs) {
         return;
     }
-    mNextNs = now.mSteadyNs + kNsPerSecond / 10;
+    mNextNs = now.mSteadyNs + waveform::kSecondInNs / 10;
     mIsShown = true;
     fmt::print(stderr, "\r{}\033[K", progressText(mNight, progress));
     std::fflush(stderr);

@@ -10,6 +10,7 @@
 #include "base/CaseError.h"
 #include "base/StandardOutput.h"
 #include "check/CaseCheck.h"
+#include "commands/CommandLine.h"
 #include "commands/Commands.h"
 
 namespace commands {
@@ -116,10 +117,7 @@ void addCheckCommand(CLI::App& app)
         ->add_option("CONFIGURATION", options->mConfiguration,
                      "Case configuration (default: where the simulator looks)")
         ->type_name("");
-    command
-        ->add_option("--directory", options->mDirectory,
-                     "Where relative names of value files begin (default: here)")
-        ->type_name("DIRECTORY");
+    addDirectoryOption(*command, options->mDirectory);
     command->add_flag("--strict", options->mStrict, "Fails on warnings, too");
     command->add_flag("--json", options->mJson, "The result as JSON");
     command->footer("Example:\n  vx-case check --strict vx-simulator.conf");

@@ -28,4 +28,18 @@ void takeOneValueEach(CLI::Option& option)
     option.expected(1, CLI::detail::expected_max_vector_size - 1)->allow_extra_args(false);
 }
 
+CLI::Option* addOutputOption(CLI::App& command, std::string& file)
+{
+    return command.add_option("-o", file, "Writes to FILE instead of standard output")
+        ->type_name("FILE");
+}
+
+void addDirectoryOption(CLI::App& command, std::string& directory)
+{
+    command
+        .add_option("--directory", directory,
+                    "Where relative names of value files begin (default: here)")
+        ->type_name("DIRECTORY");
+}
+
 } // namespace commands

@@ -100,10 +100,7 @@ void addExplainCommand(CLI::App& app)
     command.add_option("--config", options->mConfiguration, "Case configuration that was played")
         ->type_name("FILE")
         ->required();
-    command
-        .add_option("--directory", options->mDirectory,
-                    "Where relative names of value files begin (default: here)")
-        ->type_name("DIRECTORY");
+    addDirectoryOption(command, options->mDirectory);
     CLI::Option& events =
         *command
              .add_option("--events", options->mEvents,
@@ -112,8 +109,7 @@ void addExplainCommand(CLI::App& app)
              ->type_name("FILE");
     takeOneValueEach(events);
     command.add_flag("--json", options->mJson, "One JSON object a line");
-    command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
-        ->type_name("FILE");
+    addOutputOption(command, options->mOutput);
     command.callback([options] { explain(*options); });
 }
 

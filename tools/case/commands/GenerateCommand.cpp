@@ -349,8 +349,7 @@ void addSignalOptions(CLI::App& command, GenerateOptions& options)
     command.add_flag("--list", options.mIsList, "Only lists the signals");
     command.add_option("--truth", options.mTruth, "Writes the true values of the signal, as JSON")
         ->type_name("FILE");
-    command.add_option("-o", options.mOutput, "Writes to FILE instead of standard output")
-        ->type_name("FILE");
+    addOutputOption(command, options.mOutput);
 }
 } // namespace
 

@@ -200,9 +200,7 @@ void addImportCommand(CLI::App& app)
                     "COMTRADE (.cfg with .dat, .cff) or a text file with a heading")
         ->required()
         ->type_name("");
-    CLI::Option* const output =
-        command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output");
-    output->type_name("FILE");
+    CLI::Option* const output = addOutputOption(command, options->mOutput);
     command
         .add_option("--configuration", options->mConfiguration,
                     "Writes a case configuration that plays the file of -o")

@@ -13,6 +13,7 @@
 #include "base/ResultFile.h"
 #include "base/WrongInput.h"
 #include "commands/CommandFiles.h"
+#include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/NominalOption.h"
 #include "commands/PictureFile.h"
@@ -206,8 +207,7 @@ void addJudgeFiles(CLI::App& command, JudgeOptions& options)
 
 void addJudgeResults(CLI::App& command, JudgeOptions& options)
 {
-    command.add_option("-o", options.mOutput, "Writes to FILE instead of standard output")
-        ->type_name("FILE");
+    addOutputOption(command, options.mOutput);
     command.add_option("--junit", options.mJunit, "Writes a JUnit file as well")->type_name("FILE");
     command.add_option("--json", options.mJson, "Writes all of it as a JSON object as well")
         ->type_name("FILE");

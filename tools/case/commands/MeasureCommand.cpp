@@ -6,6 +6,7 @@
 
 #include "base/NearestName.h"
 #include "commands/CommandFiles.h"
+#include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "commands/NominalOption.h"
@@ -173,8 +174,7 @@ void addMeasureCommand(CLI::App& app)
     const auto options = std::make_shared<MeasureCommandOptions>();
     measure::MeasureOptions& measuring = options->mMeasure;
     addMeasuredInput(command, measuring.mSignal);
-    command.add_option("-o", options->mOutput, "Writes to FILE instead of standard output")
-        ->type_name("FILE");
+    addOutputOption(command, options->mOutput);
     command
         .add_option_function<std::string>(
             "--quantities",

@@ -13,6 +13,7 @@
 #include "base/ResultFile.h"
 #include "base/Text.h"
 #include "commands/CommandFiles.h"
+#include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/EncodingOption.h"
 #include "commands/PictureFile.h"
@@ -246,10 +247,7 @@ void addPlotCommand(CLI::App& app)
         .add_option("--config", request.mConfiguration,
                     "Case configuration that was played; shows what was played when")
         ->type_name("FILE");
-    command
-        .add_option("--directory", request.mDirectory,
-                    "Where relative names of value files begin (default: here)")
-        ->type_name("DIRECTORY");
+    addDirectoryOption(command, request.mDirectory);
     addMomentOptions(command, *options);
     addEncodingOption(command, &request.mInputOptions.mEncoding);
     command.callback([options, &command] {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/Numbers.h"
+#include "waveform/RecordStamp.h"
 
 namespace measure {
 
@@ -16,11 +17,10 @@ constexpr std::array<size_t, kPhasorCount> kBlockColumns{0, 1, 2, 4, 5, 6};
 
 double cyclesAt(qint64 utcNs, double hz)
 {
-    constexpr qint64 kNsPerSecond = 1'000'000'000;
-    const qint64 seconds = utcNs / kNsPerSecond;
+    const qint64 seconds = utcNs / waveform::kSecondInNs;
     const double whole = std::fmod(hz, 1.0) * static_cast<double>(seconds);
     const double part =
-        hz * static_cast<double>(utcNs % kNsPerSecond) * base::kSecondsPerNanosecond;
+        hz * static_cast<double>(utcNs % waveform::kSecondInNs) * base::kSecondsPerNanosecond;
     return std::fmod(whole + part, 1.0);
 }
 } // namespace

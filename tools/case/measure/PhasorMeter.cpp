@@ -4,12 +4,11 @@
 #include <cmath>
 
 #include "base/Numbers.h"
+#include "waveform/RecordStamp.h"
 
 namespace measure {
 
 namespace {
-constexpr qint64 kNsInSecond = 1'000'000'000;
-
 /** Of the nominal value. */
 constexpr double kMinWithAngle = 1e-4;
 constexpr double kMinWithFrequency = 0.05;
@@ -86,22 +85,23 @@ void PhasorMeter::finish(MeasurementOutput& /*output*/) {}
 /** Since the first sample. */
 double PhasorMeter::secondsOf(qint64 frame) const
 {
-    const qint64 wholeNs = frame / mRate * kNsInSecond - mSettings.mBeginUtcNs;
+    const qint64 wholeNs = frame / mRate * waveform::kSecondInNs - mSettings.mBeginUtcNs;
     return static_cast<double>(wholeNs) * base::kSecondsPerNanosecond +
            static_cast<double>(frame % mRate) / static_cast<double>(mRate);
 }
 
 qint64 PhasorMeter::stampOf(qint64 frame) const
 {
-    const qint64 part = (frame % mRate * kNsInSecond + mRate / 2) / mRate;
-    return frame / mRate * kNsInSecond + part;
+    const qint64 part = (frame % mRate * waveform::kSecondInNs + mRate / 2) / mRate;
+    return frame / mRate * waveform::kSecondInNs + part;
 }
 
 qint64 PhasorMeter::firstFrameFrom(double seconds) const
 {
-    const qint64 second = mSettings.mBeginUtcNs / kNsInSecond;
-    const double fromSecond = seconds + static_cast<double>(mSettings.mBeginUtcNs % kNsInSecond) *
-                                            base::kSecondsPerNanosecond;
+    const qint64 second = mSettings.mBeginUtcNs / waveform::kSecondInNs;
+    const double fromSecond =
+        seconds + static_cast<double>(mSettings.mBeginUtcNs % waveform::kSecondInNs) *
+                      base::kSecondsPerNanosecond;
     return second * mRate + static_cast<qint64>(std::ceil(fromSecond * static_cast<double>(mRate)));
 }
 

@@ -19,8 +19,7 @@ using generate::Json;
 /** Of the time stamps. */
 double playedHertz(float hertz)
 {
-    constexpr double kNanosecondsPerSecond = 1e9;
-    return kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
+    return base::kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
 }
 
 /** In counts, of the phasors as the state has them; the neutral by its rule. */
