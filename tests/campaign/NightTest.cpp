@@ -326,6 +326,43 @@ TEST_F(NightTest, OtherFaultsEndAsTheyShould)
     }
 }
 
+/** Samples that come at another time than their stamps say fail their play: "passed" was wrong. */
+TEST_F(NightTest, AStallFailsThePlaysWhoseSamplesAreLate)
+{
+    const SimulatedNight night = sixPlays();
+    constexpr qint64 kSecondNs = 1'000'000'000;
+    constexpr qint64 kMaxLeadNs = 11 * 360 * SimulatedNight::kStepNs;
+    std::set<std::set<int>> seen;
+    for (int round = 0; round < 40; ++round) {
+        const size_t at = between(1, 30);
+        const qint64 stallNs = static_cast<qint64>(between(1, 55)) * kSecondNs;
+        const qint64 stepNs = round % 4 == 0 ? -30 * kSecondNs : 0; // of the clock, instead
+        SCOPED_TRACE(std::to_string(stallNs) + " ns at block " + std::to_string(at));
+        SimulatedDesk desk(night.mCases);
+        std::set<int> offTime;
+        desk.mFault = [&](Block* block) {
+            block->mStallNs = block->mIndex == at && stepNs == 0 ? stallNs : 0;
+            block->mClockStepNs = block->mIndex == at ? stepNs : 0;
+            const qint64 lateNs = desk.now().mWallNs + block->mClockStepNs -
+                                  waveform::stampNsOf(block->mRecords.back());
+            if (lateNs > kSecondNs || lateNs < -kMaxLeadNs - kSecondNs) {
+                offTime.insert(desk.playsEnded() == 6 ? -1 : desk.playsEnded());
+            }
+        };
+        MemoryJournal journal;
+        playNight(night, desk, journal);
+        EXPECT_EQ(playsWithFindings(journal), offTime) << textOf(journal);
+        std::string verdicts;
+        for (int play = 0; play < 6; ++play) {
+            verdicts += offTime.count(play) > 0 ? 'f' : 'p';
+        }
+        EXPECT_EQ(verdictsOf(journal), verdicts + " done");
+        EXPECT_EQ(journal.all<journal::Finding>().size(), offTime.size()) << "once a play";
+        seen.insert(offTime);
+    }
+    EXPECT_GT(seen.size(), 2U) << "a night without, and several with one";
+}
+
 TEST_F(NightTest, WhatTheSandboxRemarksFailsNoPlay)
 {
     const SimulatedNight night = sixPlays();

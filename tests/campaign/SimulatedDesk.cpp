@@ -187,6 +187,7 @@ void SimulatedDesk::playBlock(run::Night& night, Block block)
         return;
     }
     mNow.mWallNs += block.mClockStepNs;
+    const qint64 stallNs = block.mStallNs;
     const bool isLast = mPosition.mSample >= current().mSamples.size();
     if (std::exchange(mSwapsNext, false)) {
         mHeldBack = std::move(block);
@@ -196,6 +197,7 @@ void SimulatedDesk::playBlock(run::Night& night, Block block)
             deliver(night, *std::exchange(mHeldBack, std::nullopt));
         }
     }
+    pass(stallNs);
     if (!block.mIsAccepted || isLast) {
         mPosition.mRepetition = block.mIsAccepted ? mPosition.mRepetition : current().mRepetitions;
         endCase();

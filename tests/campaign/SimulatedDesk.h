@@ -52,6 +52,7 @@ struct Block
     bool mIsAccepted = true;
     bool mKills = false;     ///< the program dies instead of writing it
     qint64 mClockStepNs = 0; ///< of the wall clock, just before it
+    qint64 mStallNs = 0;     ///< the driver does not answer for so long, once it has the block
 };
 
 /**

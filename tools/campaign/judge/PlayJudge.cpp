@@ -20,7 +20,9 @@ bool contains(const std::vector<int>& numbers, int number)
 } // namespace
 
 PlayJudge::PlayJudge(const explain::PlayPlan& plan)
-    : mPlan(plan), mJudge(plan, {true, true, std::numeric_limits<size_t>::max()}, *this)
+    : mPlan(plan),
+      mJudge(plan, {true, true, std::numeric_limits<size_t>::max()}, *this),
+      mArrivals(explain::kBlocksAhead * plan.longestBlockNs())
 {
 }
 
@@ -31,6 +33,12 @@ void PlayJudge::expect(int configuration, quint64 samples)
     mHasBegun = false;
 }
 
+void PlayJudge::add(const explain::Event& event)
+{
+    mArrivals.add(event);
+    mJudge.add(event);
+}
+
 void PlayJudge::add(const SampleRecord* records, size_t count)
 {
     if (count == 0) {
@@ -38,8 +46,13 @@ void PlayJudge::add(const SampleRecord* records, size_t count)
     }
     countHeard(records, count);
     mSamples.add(records, count);
+    mArrivals.add(records, count);
     mJudge.add(records, count);
     closePlay();
+    if (!mExpected) { // what has arrived by now cannot be after the end of the next play
+        size_t index = mOutcomes.size();
+        findOffTime(std::nullopt, &index);
+    }
 }
 
 void PlayJudge::countHeard(const SampleRecord* records, size_t count)
@@ -54,6 +67,8 @@ void PlayJudge::finish(size_t restBytes)
 {
     mJudge.finish(restBytes, true);
     closePlay();
+    size_t index = mOutcomes.size();
+    findOffTime(std::nullopt, &index);
 }
 
 std::vector<Outcome> PlayJudge::take()
@@ -81,11 +96,26 @@ void PlayJudge::closePlay()
 void PlayJudge::endPlay(Played::Ending ending, size_t index)
 {
     mPlayed.mEnding = ending;
+    const bool isComplete = ending == Played::Ending::Complete;
+    findOffTime(isComplete ? std::optional<qint64>(mPlayed.mLastStampNs) : std::nullopt, &index);
+    mIsOffTimeFound = false;
     mOutcomes.insert(mOutcomes.begin() + static_cast<std::ptrdiff_t>(index), mPlayed);
     mPlayed = Played();
     mExpected.reset();
     mPlayedAt.reset();
     mHasBegun = false;
+}
+
+/** Adds it at that index among the outcomes, once for a play, and moves the index behind it. */
+void PlayJudge::findOffTime(std::optional<qint64> untilStampNs, size_t* index)
+{
+    const std::optional<OffTimeBlock> block = mArrivals.take(untilStampNs);
+    if (!block || std::exchange(mIsOffTimeFound, true)) {
+        return;
+    }
+    mOutcomes.insert(
+        mOutcomes.begin() + static_cast<std::ptrdiff_t>((*index)++),
+        Finding{kOffTime, block->text(), block->mRecord, 1, block->mLastStampNs, true});
 }
 
 /** Whether the steady signal was played once after a part of the case, not only before it. */

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "explain/Judge.h"
+#include "judge/ArrivalCheck.h"
 #include "judge/SampleRing.h"
 
 namespace judge {
@@ -43,6 +44,9 @@ using Outcome = std::variant<Finding, Played>;
 /** A configuration was played that nobody planned: neither the steady signal nor the case. */
 inline constexpr const char* kNotPlanned = "notPlanned";
 
+/** Blocks arrived too late, or too early: see ArrivalCheck. */
+inline constexpr const char* kOffTime = "offTime";
+
 /**
  * Judges one run of the program: follows the plays of the plan, one at a time, in what arrives. It
  * says of each finding whether it comes before or after the end of a play. Data goes one way:
@@ -50,7 +54,8 @@ inline constexpr const char* kNotPlanned = "notPlanned";
  *
  * A finding belongs to the play in whose range it is: after the last sample of the play before, up
  * to its own last sample. Samples that come twice belong to the play that they come from; findings
- * about the whole run belong to the current play.
+ * about the whole run belong to the current play. Blocks off time are one finding of a play, once
+ * it is certain that they are in its range.
  *
  * Borrows the plan.
  */
@@ -63,7 +68,7 @@ public:
     void expect(int configuration, quint64 samples);
 
     /** Takes the event that happened next. Add that of a block before its records. */
-    void add(const explain::Event& event) { mJudge.add(event); }
+    void add(const explain::Event& event);
 
     /** Takes the records that arrived next. */
     void add(const SampleRecord* records, size_t count);
@@ -101,6 +106,7 @@ private:
     void addFinding(Finding finding);
     bool belongsToPlayed(const Finding& finding) const;
     void closePlay();
+    void findOffTime(std::optional<qint64> untilStampNs, size_t* index);
     void endPlay(Played::Ending ending, size_t index);
     bool plays(const explain::PlayedSegment& segment, int configuration) const;
     bool isBackToSteady() const;
@@ -108,6 +114,8 @@ private:
     const explain::PlayPlan& mPlan;
     SampleRing mSamples;
     explain::Judge mJudge;
+    ArrivalCheck mArrivals;
+    bool mIsOffTimeFound = false; ///< since the last play
     qint64 mHeardNs = 0;
     std::optional<qint64> mLastStampNs;
     std::optional<Expected> mExpected;

@@ -1,0 +1,66 @@
+#include "judge/ArrivalCheck.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+
+#include "waveform/RecordStamp.h"
+
+namespace judge {
+
+std::string OffTimeBlock::text() const
+{
+    const double seconds = static_cast<double>(std::abs(mLateNs)) / waveform::kSecondInNs;
+    return mLateNs > 0 ? fmt::format(
+                             "samples arrived up to {:.1f} s after their time stamps: the stream "
+                             "stood still or was too slow, or the wall clock was set",
+                             seconds)
+                       : fmt::format(
+                             "samples arrived up to {:.1f} s before their time stamps: the wall "
+                             "clock was set back, and the stream stands still",
+                             seconds);
+}
+
+void ArrivalCheck::add(const explain::Event& event)
+{
+    if (event.mKind == explain::Event::Kind::Block && event.mAccepted && event.mSamples > 0) {
+        mSamplesInEvents += event.mSamples;
+        mBlocks.push_back({mSamplesInEvents, event.mTimeNs});
+    }
+}
+
+void ArrivalCheck::add(const SampleRecord* records, size_t count)
+{
+    for (; !mBlocks.empty() && mBlocks.front().mEnd <= mArrived + count; mBlocks.pop_front()) {
+        const Block& block = mBlocks.front();
+        if (block.mEnd > mArrived) { // else its records came before the event
+            check(block, records[block.mEnd - 1 - mArrived]);
+        }
+    }
+    mArrived += count;
+}
+
+void ArrivalCheck::check(const Block& block, const SampleRecord& last)
+{
+    const qint64 stampNs = waveform::stampNsOf(last);
+    const qint64 lateNs = block.mArrivalNs - stampNs;
+    const bool isOffTime = lateNs > kMaxLateNs || lateNs < -mMaxEarlyNs;
+    if (isOffTime && std::abs(lateNs) <= kMaxDriftNs) {
+        mOffTime.push_back({block.mEnd - 1, stampNs, lateNs});
+    }
+}
+
+std::optional<OffTimeBlock> ArrivalCheck::take(std::optional<qint64> untilStampNs)
+{
+    std::optional<OffTimeBlock> worst;
+    while (!mOffTime.empty() && (!untilStampNs || mOffTime.front().mLastStampNs <= *untilStampNs)) {
+        const OffTimeBlock& next = mOffTime.front();
+        if (!worst || std::abs(next.mLateNs) > std::abs(worst->mLateNs)) {
+            worst = next;
+        }
+        mOffTime.pop_front();
+    }
+    return worst;
+}
+
+} // namespace judge
