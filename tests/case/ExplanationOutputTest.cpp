@@ -1,0 +1,114 @@
+#include "explain/ExplanationOutputs.h"
+
+#include <gtest/gtest.h>
+
+#include "Files.h"
+
+namespace {
+constexpr qint64 kStampNs = 1'700'000'000'000'000'000;
+
+/** What is written between the heading and the end, in one of the two forms. */
+class ExplanationOutputTest : public testing::Test
+{
+protected:
+    template <typename Reported>
+    std::string textOf(const Reported& reported) const
+    {
+        base::ResultFile file(mFiles.path("out.txt"));
+        explain::explanationText(file, 8, false)->add(reported);
+        file.commit();
+        const std::string text = readFile(mFiles.path("out.txt"));
+        return text.substr(text.find('\n') + 1);
+    }
+
+    template <typename Reported>
+    std::string jsonOf(const Reported& reported) const
+    {
+        base::ResultFile file(mFiles.path("out.jsonl"));
+        explain::explanationJson(file, false)->add(reported);
+        file.commit();
+        return readFile(mFiles.path("out.jsonl"));
+    }
+
+    TestFiles mFiles;
+};
+} // namespace
+
+/** Samples count from 1; what is whole says nothing of its ends. */
+TEST_F(ExplanationOutputTest, TellsWhereASegmentIsCut)
+{
+    const struct
+    {
+        size_t mFirst;
+        size_t mLast;
+        const char* mExpected;
+    } rows[] = {{0, 359, ""},
+                {1, 359, "  from its sample 2"},
+                {0, 358, "  up to its sample 359"},
+                {359, 0, "  from its sample 360  up to its sample 1"}};
+    for (const auto& row : rows) {
+        const explain::PlayedSegment segment{{0, 3},    "sag.csv", 360,          2,  row.mFirst,
+                                             row.mLast, kStampNs,  kStampNs + 1, 720};
+        EXPECT_EQ(textOf(segment),
+                  "0, 3          sag.csv          2  1700000000.000000000  "
+                  "1700000000.000000001          720" +
+                      std::string(row.mExpected) + "\n");
+        EXPECT_EQ(jsonOf(segment),
+                  "{\"kind\":\"stretch\",\"configurations\":[0,3],\"file\":\"sag.csv\","
+                  "\"passes\":2,\"firstSample\":" +
+                      std::to_string(row.mFirst + 1) +
+                      ",\"lastSample\":" + std::to_string(row.mLast + 1) +
+                      ",\"firstStampNs\":1700000000000000000,"
+                      "\"lastStampNs\":1700000000000000001,\"samples\":720}\n");
+    }
+}
+
+TEST_F(ExplanationOutputTest, TellsWhatBecameOfACommand)
+{
+    const std::string json = "{\"kind\":\"command\",\"text\":\"s2\",\"arrivalNs\":";
+    const std::string stamp = std::to_string(kStampNs);
+    const struct
+    {
+        explain::CommandOutcome mOutcome;
+        std::string mText;
+        std::string mJson;
+    } rows[] = {
+        {{"s2", kStampNs, "no such number", {}, 0},
+         "rejected: no such number",
+         ",\"problem\":\"no such number\"}\n"},
+        {{"s2", kStampNs, "", {}, 0},
+         "still waiting at the end: no sample of it in the recording",
+         "}\n"},
+        {{"s2", kStampNs, "", kStampNs + 250'000'000, kStampNs - 1},
+         "first sample 0.250000 s later, stamped 1699999999.999999999",
+         ",\"seconds\":0.25,\"firstStampNs\":1699999999999999999}\n"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(textOf(row.mOutcome),
+                  "command 's2' at 1700000000.000000000: " + row.mText + "\n");
+        EXPECT_EQ(jsonOf(row.mOutcome), json + stamp + row.mJson);
+    }
+}
+
+/** Good only without any finding; bytes of a record that is still written are none. */
+TEST_F(ExplanationOutputTest, VerdictListsEachKindOfFinding)
+{
+    EXPECT_EQ(textOf(explain::Verdict{7, 0, explain::FindingCounts()}),
+              "verdict: good: 7 samples as they should be\n");
+    EXPECT_EQ(textOf(explain::Verdict{7, 47, explain::FindingCounts()}),
+              "verdict: good: 7 samples as they should be, and 47 bytes of the next\n");
+    for (int kind = 0; kind < static_cast<int>(explain::FindingKind::Count); ++kind) {
+        const explain::Finding finding{static_cast<explain::FindingKind>(kind), 41, 3, "why"};
+        const explain::FindingName& name = nameOf(finding.mKind);
+        explain::FindingCounts counts(0);
+        EXPECT_FALSE(counts.add(finding)) << "none is listed";
+        EXPECT_EQ(textOf(explain::Verdict{7, 0, counts}),
+                  "verdict: BAD: " + std::string(name.mText) + " 3\n");
+        const std::string json = jsonOf(explain::Verdict{7, 0, counts});
+        EXPECT_EQ(json.substr(0, 43), R"({"kind":"verdict","good":false,"samples":7,)");
+        EXPECT_NE(json.find("\"" + std::string(name.mKey) + "\":3"), std::string::npos) << json;
+        EXPECT_EQ(textOf(finding), name.mIsOfRun ? "! why\n" : "! record 42: why\n");
+        EXPECT_EQ(jsonOf(finding), "{\"kind\":\"finding\",\"finding\":\"" + std::string(name.mKey) +
+                                       "\",\"record\":42,\"count\":3,\"text\":\"why\"}\n");
+    }
+}
