@@ -292,3 +292,50 @@ TEST(ChannelMapTest, DoesWhatIsAsked)
         EXPECT_THAT(importing::readAssignments(text, assignments), HasSubstr("expected")) << text;
     }
 }
+
+/** Values of the side that is asked for; a ratio that is not known is told, and changes nothing. */
+TEST(ChannelMapTest, ValuesAreThoseOfTheSide)
+{
+    using Side = importing::TransformerSide;
+    const struct
+    {
+        char mRecorded;
+        double mPrimary;
+        double mSecondary;
+        Side mWanted;
+        double mFactor;
+        bool mIsRemarked;
+    } rows[] = {
+        {'P', 20'000, 100, Side::Secondary, 1.0 / 200.0, false},
+        {'S', 20'000, 100, Side::Primary, 200.0, false},
+        {'P', 20'000, 100, Side::Primary, 1.0, false},
+        {'S', 20'000, 100, Side::Secondary, 1.0, false},
+        {'S', 20'000, 100, Side::AsRecorded, 1.0, false},
+        {' ', 20'000, 100, Side::Primary, 1.0, true},
+        {'S', 0, 100, Side::Primary, 1.0, true},
+        {'P', 20'000, 0, Side::Secondary, 1.0, true},
+    };
+    for (const auto& row : rows) {
+        waveform::SignalDescription recording =
+            recordingOf({channel("UA", "A", "kV"), channel("UB", "B", "V"), channel("UC", "C", "V"),
+                         channel("IA", "A", "A"), channel("IB", "B", "A"), channel("IC", "C", "A"),
+                         channel("UN", "N", "V"), channel("IN", "N", "A")});
+        for (waveform::ChannelDescription& each : recording.mChannels) {
+            each.mSide = row.mWanted == Side::Primary ? 'P' : 'S';
+        }
+        recording.mChannels[0].mSide = row.mRecorded;
+        recording.mChannels[0].mPrimary = row.mPrimary;
+        recording.mChannels[0].mSecondary = row.mSecondary;
+        importing::MappingOptions options;
+        options.mCountsPerVolt = 10;
+        options.mSide = row.mWanted;
+        const importing::ChannelMap map = importing::mapChannels(recording, options);
+        EXPECT_DOUBLE_EQ(map.mChannels[0].mCounts, 10 * 1000 * row.mFactor) << row.mRecorded;
+        EXPECT_EQ(
+            !map.mRemarks.empty() && map.mRemarks[0] ==
+                                         "channel 'UA' is left as recorded: the recording does not "
+                                         "tell its side or its ratio",
+            row.mIsRemarked)
+            << row.mRecorded;
+    }
+}

@@ -130,6 +130,37 @@ TEST_F(CheckTest, TellsWhatIsPlayed)
     EXPECT_FALSE(first.mIsContinuous);
     EXPECT_TRUE(result.configurations().back().mIsContinuous);
     EXPECT_EQ(result.bytesOn32Bits(), (720 + 3 * 360) * 56);
+    EXPECT_EQ(result.bytesHere(), (720 + 3 * 360) * qint64{sizeof(InputValueItem)});
     EXPECT_THAT(check::CaseCheck("/no/such").errors(),
                 ElementsAre("/no/such: No such file or directory"));
+}
+
+/** A seam is where one file follows another, and where a file follows itself. */
+TEST_F(CheckTest, JumpsAreLookedForWhereTheyArePlayed)
+{
+    makeWave("part", 90);
+    makeWave("whole", 360);
+    const std::string end = ", and by at most 18 inside them";
+    const std::string ofPart =
+        ": channel 0 jumps by 1000 from the end of part to the beginning of ";
+    const struct
+    {
+        const char* mConfiguration;
+        std::vector<std::string> mSeams;
+    } rows[] = {{"0,1,@part\n0,1,@whole\n", {"whole"}},
+                {"0,1,@whole\n0,1,@part\n", {"whole"}},
+                {"0,2,@part\n0,1,@whole\n", {"part", "whole"}},
+                {"0,1,@part\n", {"part"}},
+                {"0,2,@part\n", {"part"}},
+                {"0,1,@whole\n0,3,@whole\n", {}}};
+    for (const auto& row : rows) {
+        std::vector<std::string> found;
+        for (const std::string& warning : shortened(check(row.mConfiguration).warnings())) {
+            const size_t begin = warning.find(ofPart);
+            ASSERT_NE(begin, std::string::npos) << warning;
+            const size_t name = begin + ofPart.size();
+            found.push_back(warning.substr(name, warning.size() - end.size() - name));
+        }
+        EXPECT_EQ(found, row.mSeams) << row.mConfiguration;
+    }
 }

@@ -3,6 +3,7 @@
 #include "CommandRunner.h"
 #include "SampleRecord.h"
 #include "SeededRandom.h"
+#include "exporting/ExportedSignal.h"
 #include "input/OpenInput.h"
 
 namespace {
@@ -156,4 +157,56 @@ TEST_F(ExportTest, RefusesWhatItCannotExport)
         EXPECT_NE(result.mErrors.find(row.mError), std::string::npos) << result;
     }
     EXPECT_EQ(mRunner.readFile("new.csv"), "");
+}
+
+/** The sample at the beginning of the part is in it, that at its end is not. */
+TEST(ExportedSignalTest, PartBeginsAndEndsOnItsSamples)
+{
+    const CommandRunner runner;
+    runner.writeFile("in.csv", valueFile(800));
+    const waveform::SignalBlock in = readAll(runner.path("in.csv"));
+    for (const auto& [first, end] : {std::pair<size_t, size_t>{0, 1}, {100, 200}, {359, 361}}) {
+        const exporting::ExportPart part{in.mSeconds[first], in.mSeconds[end]};
+        const auto facts = exporting::ExportedSignal(runner.path("in.csv"), part).readFacts();
+        EXPECT_EQ(facts.mSamples, end - first);
+        EXPECT_EQ(facts.mSkippedSeconds, in.mSeconds[first]);
+        EXPECT_DOUBLE_EQ(facts.mSeconds, in.mSeconds[end - 1] - in.mSeconds[first]);
+        EXPECT_EQ(facts.mMissing, 0U);
+        exporting::ExportedSignal exported(runner.path("in.csv"), part);
+        waveform::SignalBlock block;
+        ASSERT_TRUE(exported.read(block));
+        EXPECT_EQ(block.mValues[0].front(), in.mValues[0][first]);
+        EXPECT_EQ(block.mSeconds.front(), 0.0);
+    }
+}
+
+/** A recording of the driver has its frequency from its steps, and each run of equal ones a rate.
+ */
+TEST(ExportedSignalTest, RatesAreThoseOfTheStamps)
+{
+    const CommandRunner runner;
+    const struct
+    {
+        qint64 mStepNs;
+        double mHertz;
+    } rows[] = {{55'555, 50.0}, {46'296, 60.0}, {56'116, 49.5}, {27'777'777, 0.1}};
+    for (const auto& row : rows) {
+        std::vector<SampleRecord> records;
+        qint64 ns = 5'000'000'000;
+        for (int i = 0; i < 30; ++i, ns += i < 20 ? row.mStepNs : 2 * row.mStepNs) {
+            records.push_back({quint32(ns / 1'000'000'000), quint32(ns % 1'000'000'000), 0, 0, {}});
+        }
+        records[3].mValues[2] = std::numeric_limits<qint32>::min();
+        records[4].mValues[7] = std::numeric_limits<qint32>::min() + 1;
+        runner.writeFile("in.bin", {reinterpret_cast<const char*>(records.data()),
+                                    records.size() * sizeof(SampleRecord)});
+        const auto facts = exporting::ExportedSignal(runner.path("in.bin"), {}).readFacts();
+        EXPECT_EQ(facts.mFrequency, row.mHertz);
+        EXPECT_EQ(facts.mMissing, 1U);
+        ASSERT_EQ(facts.mRates.size(), 2U) << row.mHertz;
+        EXPECT_EQ(facts.mRates[0].mEnd, 19U);
+        EXPECT_EQ(facts.mRates[1].mEnd, 30U);
+        EXPECT_DOUBLE_EQ(facts.mRates[0].mHz, 1e9 / double(row.mStepNs));
+        EXPECT_DOUBLE_EQ(facts.mRates[1].mHz, 0.5e9 / double(row.mStepNs));
+    }
 }

@@ -79,3 +79,22 @@ TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
                 ElementsAre("1 time stamps fall: the step before them is repeated",
                             "4 bytes at the end are no whole record: left out"));
 }
+
+/** A single byte is left out as well, and told. */
+TEST(SignalSourceTest, BytesOfNoRecordAreTold)
+{
+    const TestFiles files;
+    const std::vector<SampleRecord> records(2, {7, 0, 0, 0, {}});
+    for (const size_t rest : {0U, 1U, 47U}) {
+        waveform::DriverRecordingSource source(
+            files.make("record", bytesOf(records) + std::string(rest, 'x')).toStdString());
+        EXPECT_EQ(readAll(source).size(), 2U);
+        std::string remarks;
+        for (const std::string& remark : source.description().mRemarks) {
+            remarks += remark + "|";
+        }
+        const std::string expected =
+            std::to_string(rest) + " bytes at the end are no whole record: left out";
+        EXPECT_EQ(remarks.find(expected) != std::string::npos, rest > 0) << remarks;
+    }
+}

@@ -143,6 +143,13 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
         {"[[state]]\nseconds = 1\ninrush = { peak = 1 }\n", "3:10: inrush.tau: missing"},
         {"[[state]]\nseconds = 1\ninrush = { peak = 1, tau = 1, remanence = 0.1 }\n",
          "3:43: inrush.remanence: expected three numbers, one for each phase"},
+        {"[[state]]\nseconds = 1\ninrush = { peak = 1, tau = 1, remanence = [0, -1, 1.1] }\n",
+         "3:51: inrush.remanence: expected a number of at least -1 and at most 1"},
+        {"[[state]]\nseconds = 1\nvoltage.A = '230@-1.1e6'\n",
+         "3:13: voltage.A: expected an rms value of 0 or more, and an angle wher"},
+        {"[[state]]\nseconds = 1\nvoltage.A = '230@1.1e6'\n",
+         "3:13: voltage.A: expected an rms value of 0 or more, and an angle wher"},
+        {"[[state]]\nperiods = 1.5e-3\n", ""}, // rounded to a line
         {"[[state]]\nseconds = 1\ninrush = { peak = 1, tau = 1, knee = 2 }\n",
          "3:38: inrush.knee: expected a number of at least 1 and at most 1.9"},
         {"[[state]]\nseconds = 1\nct = { knee = 0, burden = 1 }\n",
@@ -161,7 +168,9 @@ TEST(StateFileTest, SaysWhatIsWrongAndWhere)
         } catch (const base::CaseError& error) {
             message = error.what();
         }
-        EXPECT_THAT(message, testing::StartsWith(std::string("f:") + it.mBegin));
+        const std::string begin = it.mBegin;
+        EXPECT_THAT(message, testing::StartsWith(begin.empty() ? "" : "f:" + begin));
+        EXPECT_EQ(message.empty(), begin.empty()) << message;
     }
 }
 
