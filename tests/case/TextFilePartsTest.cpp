@@ -20,7 +20,7 @@ TEST(TimeColumnTest, KnowsUnitsAndNames)
         EXPECT_FALSE(textfile::secondsInUnit(unit)) << unit;
     }
     for (const char* const name :
-         {"t", "Time", "Zeit", "sample TIME", "Time(abs)", "time_1", "rel.time", "время"}) {
+         {"t", "Time", "Zeit", "sample TIME", "Time(abs)", "time_1", "rel.time", "Время"}) {
         EXPECT_TRUE(textfile::saysTime(name)) << name;
     }
     for (const char* const name : {"T", "", "U1", "overtime", "timer", "Zeiten", "t1"}) {

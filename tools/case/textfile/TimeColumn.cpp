@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <QString>
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -32,11 +33,7 @@ constexpr std::array<std::string_view, 9> kTimeWords{
 
 std::string inLowerCase(std::string_view text)
 {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) {
-        return static_cast<char>(c < 0x80 ? std::tolower(c) : c);
-    });
-    return lower;
+    return QString::fromUtf8(text.data(), static_cast<int>(text.size())).toLower().toStdString();
 }
 
 bool isTimeWord(const std::string& word)
