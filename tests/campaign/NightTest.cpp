@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <set>
 
+#include "NightFixture.h"
 #include "Sanitizer.h"
-#include "SeededRandom.h"
-#include "SimulatedDesk.h"
-#include "run/DeviceNight.h"
 #include "waveform/RecordStamp.h"
 
 using journal::NightEnd;
@@ -16,87 +15,8 @@ using journal::PlayEnd;
 using journal::PlayVerdict;
 
 namespace {
-
-/** What a night left, in short: "p" and "f" a play, then how it ended. */
-std::string verdictsOf(const MemoryJournal& journal)
+class NightTest : public NightFixture
 {
-    std::string text;
-    for (const PlayEnd& end : journal.all<PlayEnd>()) {
-        text += end.mVerdict == PlayVerdict::Passed ? 'p' : 'f';
-    }
-    for (const NightEnd& end : journal.all<NightEnd>()) {
-        const char* const kReasons[] = {" done", " interrupted", " first failure", " gave up"};
-        text += kReasons[static_cast<int>(end.mReason)];
-    }
-    return text;
-}
-
-/** The plays with findings; -1 is the night itself. */
-std::set<int> playsWithFindings(const MemoryJournal& journal)
-{
-    std::set<int> plays;
-    for (const journal::Finding& finding : journal.all<journal::Finding>()) {
-        plays.insert(finding.mPlay.value_or(-1));
-    }
-    return plays;
-}
-
-std::string textOf(const MemoryJournal& journal)
-{
-    std::string text;
-    for (const journal::Entry& entry : journal.mEntries) {
-        text += lineOf(entry) + '\n';
-    }
-    return text;
-}
-
-class NightTest : public testing::Test
-{
-protected:
-    size_t between(size_t min, size_t max)
-    {
-        return std::uniform_int_distribution<size_t>(min, max)(mRandom);
-    }
-
-    std::vector<SampleRecord> samples(size_t min, size_t max)
-    {
-        return randomSamples(mRandom, between(min, max));
-    }
-
-    /** A steady signal of a few equal periods. */
-    SimulatedCase steady()
-    {
-        SimulatedCase it;
-        const std::vector<SampleRecord> period = randomSamples(mRandom, 360);
-        for (size_t periods = between(1, 4); periods > 0; --periods) {
-            it.mSamples.insert(it.mSamples.end(), period.begin(), period.end());
-        }
-        return it;
-    }
-
-    /** Three cases, of which one begins like the steady signal and one is repeated; six plays. */
-    SimulatedNight sixPlays()
-    {
-        std::vector<SimulatedCase> cases = {steady()};
-        SimulatedCase disturbed = cases[0];
-        const std::vector<SampleRecord> event = samples(400, 1100);
-        disturbed.mSamples.insert(disturbed.mSamples.end(), event.begin(), event.end());
-        cases.push_back(disturbed);
-        cases.push_back({samples(720, 2000), static_cast<int>(between(2, 3))});
-        cases.push_back({samples(1100, 2000), 1});
-        return {cases, {2, 2, 2}, 4'000'000'000};
-    }
-
-    /** Plays the night to its end. */
-    static void playNight(const SimulatedNight& night, SimulatedDesk& desk, MemoryJournal& journal,
-                          const run::NightOptions& options = {})
-    {
-        run::Night played(night.mBegin, *night.mPlan, options, desk, journal);
-        played.begin(desk.now());
-        desk.play(played);
-    }
-
-    std::mt19937 mRandom = seededRandom();
 };
 
 /** A fault that is put into one block. */
@@ -398,59 +318,6 @@ TEST_F(NightTest, UntilFailureGoesOnInRounds)
     }
 }
 
-/** No play is lost and none has two ends, wherever it stops: cut off, interrupted, or a full disk.
- */
-TEST_F(NightTest, GoesOnWithThePlayThatHadNotEnded)
-{
-    const SimulatedNight night = sixPlays();
-    for (int round = 0; round < 50; ++round) {
-        SCOPED_TRACE(round);
-        SimulatedDesk desk(night.mCases);
-        MemoryJournal journal;
-        run::Night first(night.mBegin, *night.mPlan, {}, desk, journal);
-        const size_t at = between(1, 60);
-        desk.mFault = [&](const Block* block) {
-            if (round % 3 == 0 && block->mIndex == 4 * at) {
-                first.interrupt(desk.now());
-            }
-        };
-        journal.mMaxEntries = round % 3 == 1 ? between(2, 20) : SIZE_MAX;
-        first.begin(desk.now());
-        desk.play(first);
-        EXPECT_EQ(first.problem().empty(), round % 3 != 1);
-        if (round % 3 == 2) { // cut off
-            journal.mEntries.resize(between(1, journal.mEntries.size()));
-        }
-        journal.mMaxEntries = SIZE_MAX;
-        SimulatedDesk again(night.mCases);
-        run::Night second(night.mBegin, *night.mPlan, {}, again, journal);
-        second.resume(run::resumePointOf(journal.mEntries), {}, again.now());
-        again.play(second);
-        std::vector<int> plays;
-        for (const PlayEnd& end : journal.all<PlayEnd>()) {
-            EXPECT_EQ(end.mVerdict, PlayVerdict::Passed) << textOf(journal);
-            plays.push_back(end.mPlay);
-        }
-        EXPECT_EQ(plays, (std::vector<int>{0, 1, 2, 3, 4, 5})) << textOf(journal);
-    }
-}
-
-/** What was found before the cut is not forgotten because the play is played again. */
-TEST_F(NightTest, APlayWithAFindingFailsAlsoWhenItIsPlayedAgain)
-{
-    const SimulatedNight night = sixPlays();
-    MemoryJournal journal;
-    journal.mEntries = {{1, night.mBegin},
-                        {2, journal::ProgramStarted{1}},
-                        {3, journal::PlayBegin{0}},
-                        {4, journal::Finding{0, "missing", "360 samples", {}, ""}}};
-    SimulatedDesk desk(night.mCases);
-    run::Night played(night.mBegin, *night.mPlan, {}, desk, journal);
-    played.resume(run::resumePointOf(journal.mEntries), {}, desk.now());
-    desk.play(played);
-    EXPECT_EQ(verdictsOf(journal), "fppppp done") << textOf(journal);
-}
-
 TEST_F(NightTest, EightHoursAndAThousandPlaysTakeNoMoreMemory)
 {
     SimulatedNight night({steady(), {samples(720, 720), 1}, {samples(400, 400), 2}}, {500, 500},
@@ -471,51 +338,4 @@ TEST_F(NightTest, EightHoursAndAThousandPlaysTakeNoMoreMemory)
     constexpr size_t kPagesOfJournal = 512; // 2 MiB: this one is in memory
     EXPECT_LT(resident.back(), resident[resident.size() / 4] + kPagesOfJournal);
 #endif
-}
-
-/** On a device nothing has passed: it was commanded and answered, or it has failed. */
-TEST_F(NightTest, ADeviceIsCommandedAndNotObserved)
-{
-    struct AnsweringDevice : run::Device
-    {
-        std::string send(const std::string& line) override
-        {
-            mSent += line;
-            mAnswer = mAnswers[mCount++ % 6];
-            return mAnswer == "gone" ? "nobody reads it" : "";
-        }
-        std::string problem() override
-        {
-            return mCount == 5 && ++mLooks > 3 ? "nobody reads it" : "";
-        }
-        int mLooks = 0;
-        const char* mAnswers[6] = {"Execute Config 1 once", "Wrong Config: 1",       "gone", "",
-                                   "Execute Config 3 once", "Execute Config 30 once"};
-        size_t mCount = 0;
-        std::string mSent;
-        std::string mAnswer;
-    } device;
-    const SimulatedNight night = sixPlays();
-    MemoryJournal journal;
-    run::DeviceNight played(night.mBegin, 2'000'000'000, {}, device, journal);
-    run::Moment now;
-    played.begin(now);
-    for (int tenths = 0; !played.isOver() && tenths < 10'000; ++tenths) {
-        now.mSteadyNs += 100'000'000;
-        now.mWallNs += 100'000'000;
-        played.addLogLine(std::exchange(device.mAnswer, ""), now);
-        played.tick(now);
-    }
-    EXPECT_EQ(device.mSent, "s1\ns1\ns2\ns2\ns3\ns3\n");
-    std::string verdicts;
-    for (const PlayEnd& end : journal.all<PlayEnd>()) {
-        verdicts += nameOf(end.mVerdict)[0];
-    }
-    EXPECT_EQ(verdicts, "nfffff") << textOf(journal);
-    std::string kinds;
-    for (const journal::Finding& finding : journal.all<journal::Finding>()) {
-        kinds += finding.mKind + ' ';
-    }
-    EXPECT_EQ(kinds, "rejected notSent notAnswered died notAnswered ") << textOf(journal);
-    EXPECT_EQ(journal.all<NightEnd>().size(), 1U);
 }

@@ -5,27 +5,15 @@
 
 #include "CommandRunner.h"
 #include "MemoryFile.h"
+#include "ReadSignal.h"
 #include "assess/Limits.h"
 #include "assess/TableReader.h"
-#include "base/CaseError.h"
 
 using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
 constexpr qint64 kMillisecond = 1'000'000;
-
-/** What an operation throws; empty when it does not. */
-template <typename Operation>
-std::string refusalOf(Operation operation)
-{
-    try {
-        operation();
-    } catch (const base::CaseError& error) {
-        return error.what();
-    }
-    return "";
-}
 
 assess::ReadTable readText(const std::string& text, const assess::MeasuredMap& map)
 {
@@ -123,7 +111,7 @@ TEST(MapTest, SaysWhatIsWrongAndWhere)
          "6:8: quantities.Urms: 'rmss' is not known; the nearest are rms, "},
     };
     for (const Case& it : cases) {
-        EXPECT_THAT(refusalOf([&it] { assess::parseMeasuredMap(it.mText, "m.toml"); }),
+        EXPECT_THAT(errorIfAny([&it] { assess::parseMeasuredMap(it.mText, "m.toml"); }),
                     StartsWith("m.toml:" + std::string(it.mMessage)))
             << it.mText;
     }
@@ -202,7 +190,7 @@ TEST(TableTest, SaysWhatIsWrongAndWhere)
     for (const Case& it : cases) {
         const auto map =
             it.mMap == nullptr ? assess::measureMap() : assess::parseMeasuredMap(it.mMap, "m.toml");
-        EXPECT_THAT(refusalOf([&] { readText(it.mTable, map); }), HasSubstr(it.mMessage))
+        EXPECT_THAT(errorIfAny([&] { readText(it.mTable, map); }), HasSubstr(it.mMessage))
             << it.mTable;
     }
 }
@@ -239,13 +227,13 @@ TEST(LimitFileTest, SaysWhatIsWrongAndWhere)
     };
     for (const Case& it : cases) {
         const std::string text = std::string("tolerance = 0.01\n[[limit]]\n") + it.mRow + "\n";
-        EXPECT_THAT(refusalOf([&text] { assess::parseLimits(text, "l.toml"); }),
+        EXPECT_THAT(errorIfAny([&text] { assess::parseLimits(text, "l.toml"); }),
                     StartsWith("l.toml:" + std::string(it.mMessage)))
             << it.mRow;
     }
-    EXPECT_EQ(refusalOf([] { assess::parseLimits("[[limit]]\n", "l.toml"); }),
+    EXPECT_EQ(errorIfAny([] { assess::parseLimits("[[limit]]\n", "l.toml"); }),
               "l.toml:1:1: tolerance: missing");
-    EXPECT_THAT(refusalOf([] { assess::readLimits("pq-b"); }), HasSubstr("pq-b: no such file"));
+    EXPECT_THAT(errorIfAny([] { assess::readLimits("pq-b"); }), HasSubstr("pq-b: no such file"));
 }
 
 /** The command, as its user calls it. */

@@ -7,7 +7,7 @@
 #include "ClosedForm.h"
 #include "CommandRunner.h"
 #include "Files.h"
-#include "base/CaseError.h"
+#include "ReadSignal.h"
 #include "importing/Importer.h"
 
 /** Three voltages in kV and three currents in A, in closed form. */
@@ -83,18 +83,6 @@ inline Imported import(const ClosedForm& signal, double seconds,
         }
     }
     return imported;
-}
-
-/** The message of what is thrown; empty for none. */
-template <typename Operation>
-std::string errorIfAny(Operation operation)
-{
-    try {
-        operation();
-    } catch (const base::CaseError& error) {
-        return error.what();
-    }
-    return "";
 }
 
 inline std::string importError(const importing::ImportOptions& options)
