@@ -70,8 +70,8 @@ void DeviceNight::tick(const Moment& now)
 
 void DeviceNight::watchPlay()
 {
-    if (const std::string problem = mDevice.problem(); !problem.empty()) {
-        fail("died", "the program ended during the play: " + problem);
+    if (const std::string lost = mDevice.problem(); !lost.empty()) {
+        fail("died", "the program ended during the play: " + lost);
     } else if (mState == State::Commanded &&
                inStateNs() > mSteadyFileNs + mLongestCaseNs + kAnswerToleranceNs) {
         fail("notAnswered", "the log does not answer the command");

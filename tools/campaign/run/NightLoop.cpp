@@ -147,8 +147,8 @@ RealDevice::RealDevice(const std::string& fifo, const std::string& log)
 std::string RealDevice::send(const std::string& line)
 {
     control::ControlFifo fifo(mFifo);
-    const QString problem = fifo.open();
-    return (problem.isEmpty() ? fifo.write(QByteArray::fromStdString(line)) : problem)
+    const QString refusal = fifo.open();
+    return (refusal.isEmpty() ? fifo.write(QByteArray::fromStdString(line)) : refusal)
         .toStdString();
 }
 
