@@ -225,6 +225,8 @@ TEST(DeviceTest, FaultsAreNamed)
         {"pq-a", changed(good, "rms-half", times(std::sqrt(3.0))),
          "rms-half UA, rms-half UB, rms-half UC: 1.7321 times what is expected: phase to phase"},
         {"pq-a", changed(good, "rms-half UA", times(1e-3)), "a unit of thousands?"},
+        {"pq-a", changed(good, "rms-half UC", times(std::sqrt(2.0))),
+         "peak values instead of rms?"},
         {"pq-a", changed(good, "", late(1.0)), "all time stamps are late by 1 s"},
         {"pq-a", changed(good, "", late(-7200.0)),
          "all time stamps are early by 7200 s: a local time"},
@@ -367,7 +369,10 @@ TEST(LimitsTest, KnowsRampAndModulation)
         double mModulation; ///< of the magnitude, at 2 Hz
         double mRate;       ///< Hz/s
     };
-    for (const Case& it : {Case{"steady", 0.0, 0.0}, {"ramp", 0.0, 1.0}, {"varying", 0.1, 0.0}}) {
+    for (const Case& it : {Case{"steady", 0.0, 0.0},
+                           {"ramp", 0.0, 1.0},
+                           {"ramp", 0.0, 0.1},
+                           {"varying", 0.1, 0.0}}) {
         ValueTable table;
         for (qint64 ns = kBegin; ns <= kBegin + 4 * kSecond; ns += kFrame) {
             const double seconds = double(ns - kBegin) * 1e-9;

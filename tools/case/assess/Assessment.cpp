@@ -10,6 +10,7 @@
 #include "assess/EventDiagnosis.h"
 #include "assess/Events.h"
 #include "assess/LostValues.h"
+#include "assess/NominalCheck.h"
 #include "assess/Phasors.h"
 #include "assess/QuantityNames.h"
 #include "assess/SeriesJudge.h"
@@ -199,6 +200,10 @@ Assessment::Work::Work(const ValueTable& expected, const ValueTable& measured,
     mResult.mWorst = mWorst.take();
     findUnexpected();
     mResult.mFindings = lostValues(mResult.mSeries);
+    const std::string problem = nominalProblem(expected, mNominal.mVolts);
+    if (!problem.empty()) {
+        mResult.mFindings.push_back(problem);
+    }
     mResult.mDiagnoses = diagnose(expected, measured, mResult.mSeries, mToleranceNs);
     for (const std::string& text : diagnoseEvents(mComputed, mNominal.mHertz)) {
         mResult.mDiagnoses.push_back(text);

@@ -75,9 +75,10 @@ struct WorstValue
 struct AssessmentResult
 {
     Verdict mVerdict = Verdict::NotObserved;
-    std::vector<SeriesResult> mSeries;    ///< in the order of their names
-    std::vector<WorstValue> mWorst;       ///< at most ten, the worst first; only with a limit
-    std::vector<std::string> mFindings;   ///< lost frames and events, in words
+    std::vector<SeriesResult> mSeries; ///< in the order of their names
+    std::vector<WorstValue> mWorst;    ///< at most ten, the worst first; only with a limit
+    std::vector<std::string>
+        mFindings; ///< lost frames and events, a wrong nominal voltage, in words
     std::vector<std::string> mDiagnoses;  ///< what may be the cause, in words; nothing is corrected
     std::vector<std::string> mUnexpected; ///< measured series of which nothing is expected
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 #include "SampleRecord.h"
 #include "base/Numbers.h"
@@ -12,47 +11,6 @@
 namespace measure {
 
 namespace {
-constexpr double kLevelsPerFold = 1000.0; ///< classes of rms: 0.1 % apart
-constexpr double kMaxLevel = 30000.0;     ///< e to the 30th times the nominal voltage
-
-/** No supply stays farther off. */
-constexpr double kLowestShare = 0.85;
-constexpr double kHighestShare = 1.15;
-
-/** A recording of a fault, or a long dip, has more periods than that near its nominal voltage. */
-constexpr double kMinNormal = 0.05;
-
-/** Of the rms of its periods, and how many of them are near the nominal one. */
-struct LevelSummary
-{
-    double mMedian = 0.0; ///< as a share of the nominal voltage
-    double mNormal = 0.0; ///< as a share of the periods
-};
-
-double shareOf(int level)
-{
-    return std::exp(level / kLevelsPerFold);
-}
-
-LevelSummary summaryOf(const std::map<int, size_t>& levels)
-{
-    const size_t count =
-        std::accumulate(levels.begin(), levels.end(), size_t{0},
-                        [](size_t sum, const auto& level) { return sum + level.second; });
-    LevelSummary summary;
-    size_t below = 0;
-    size_t normal = 0;
-    for (const auto& [level, periods] : levels) {
-        const double share = shareOf(level);
-        summary.mMedian = 2 * below < count ? share : summary.mMedian;
-        below += periods;
-        normal += share >= kLowestShare && share <= kHighestShare ? periods : 0;
-    }
-    summary.mNormal =
-        count > 0 ? static_cast<double>(normal) / static_cast<double>(count) : summary.mNormal;
-    return summary;
-}
-
 const std::array<std::complex<double>, kSamplesPerPeriod>& rotations()
 {
     static const auto kRotations = [] {
@@ -112,11 +70,7 @@ void SignalCheck::endPeriod()
 {
     for (size_t phase = 0; phase < kPhases; ++phase) {
         const double rms = std::sqrt(mSystems[0].mPhases[phase].mSquares / kSamplesPerPeriod);
-        if (rms > 0.0 && std::isfinite(rms)) {
-            const double level = kLevelsPerFold * std::log(rms / mNominalVolts);
-            ++mLevels[phase]
-                     [static_cast<int>(std::lround(std::clamp(level, -kMaxLevel, kMaxLevel)))];
-        }
+        mLevels[phase].add(rms);
     }
     for (System& system : mSystems) {
         const auto& phases = system.mPhases;
@@ -131,30 +85,14 @@ void SignalCheck::endPeriod()
     }
 }
 
-std::string SignalCheck::nominalRemark() const
-{
-    double median = 0.0;
-    double normal = 0.0;
-    for (const auto& levels : mLevels) {
-        const LevelSummary summary = summaryOf(levels);
-        median = std::max(median, summary.mMedian);
-        normal = std::max(normal, summary.mNormal);
-    }
-    const bool isFar = median < kLowestShare || median > kHighestShare;
-    if (median == 0.0 || !isFar || normal >= kMinNormal) {
-        return "";
-    }
-    return fmt::format(
-        "the median of its voltages is {:.3g} V, but the nominal voltage is {:g} V: events are not "
-        "found with a wrong nominal voltage; see --nominal and --scale",
-        median * mNominalVolts, mNominalVolts);
-}
-
 std::vector<std::string> SignalCheck::remarks() const
 {
     std::vector<std::string> remarks;
-    if (const std::string text = nominalRemark(); !text.empty()) {
-        remarks.push_back(text);
+    if (const auto median = medianFarFrom(mLevels, mNominalVolts)) {
+        remarks.push_back(fmt::format(
+            "the median of its voltages is {:.3g} V, but the nominal voltage is {:g} V: events are "
+            "not found with a wrong nominal voltage; see --nominal and --scale",
+            *median, mNominalVolts));
     }
     const std::array<const char*, 2> names{"voltages", "currents"};
     for (size_t system = 0; system < mSystems.size(); ++system) {

@@ -2,11 +2,11 @@
 
 #include <array>
 #include <complex>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "measure/Meter.h"
+#include "measure/VoltageLevels.h"
 
 namespace measure {
 
@@ -46,14 +46,11 @@ private:
 
     void addLines(const waveform::SignalBlock& block, size_t begin, size_t end);
     void endPeriod();
-    std::string nominalRemark() const;
 
     double mNominalVolts;
     size_t mLine = 0; ///< in the period
     std::array<System, 2> mSystems;
-    /** Of each phase: how many periods have a rms of that level, in thousandths of a natural
-     * logarithm above the nominal voltage. */
-    std::array<std::map<int, size_t>, kPhases> mLevels;
+    std::array<VoltageLevels, kPhases> mLevels;
 };
 
 } // namespace measure
