@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Files.h"
+#include "explain/SampleText.h"
 
 namespace {
 constexpr qint64 kStampNs = 1'700'000'000'000'000'000;
@@ -111,4 +112,55 @@ TEST_F(ExplanationOutputTest, VerdictListsEachKindOfFinding)
         EXPECT_EQ(jsonOf(finding), "{\"kind\":\"finding\",\"finding\":\"" + std::string(name.mKey) +
                                        "\",\"record\":42,\"count\":3,\"text\":\"why\"}\n");
     }
+}
+
+/** Each field that differs, by its name; values of channels may be negative. */
+TEST_F(ExplanationOutputTest, DifferencesAreNamed)
+{
+    explain::PlayedFile file("dip.csv");
+    file.read(mFiles.make("dip.csv", repeated(valueLine("7", "50"), 3)));
+    const explain::SampleContent same = file.samples()[2];
+    EXPECT_EQ(differenceText(file, 2, same), "sample 3 of dip.csv");
+    explain::SampleContent found = same;
+    found[0] = 4'000'000'000;
+    EXPECT_EQ(differenceText(file, 2, found),
+              "sample 3 of dip.csv: auxiliary word has 4000000000 instead of 7");
+    found = same;
+    found[1] = 9;
+    found[2] = static_cast<quint32>(-5);
+    found[9] = 0;
+    EXPECT_EQ(differenceText(file, 0, found), "sample 1 of dip.csv: flag word has 9 instead of " +
+                                                  std::to_string(same[1]) +
+                                                  ", channel 0 has -5 instead of 1, channel 7 has "
+                                                  "0 instead of 8");
+}
+
+/** A block has the step of its first line; sums of them are when a sample is. */
+TEST_F(ExplanationOutputTest, PlayedFileKnowsItsTimes)
+{
+    explain::PlayedFile file("two.csv");
+    file.read(mFiles.make(
+        "two.csv", repeated(valueLine("7", "50"), 400) + repeated(valueLine("7", "60"), 400)));
+    const std::pair<size_t, qint64> times[] = {{0, 0},
+                                               {1, 55'555},
+                                               {360, 360 * 55'555},
+                                               {720, 720 * 55'555},
+                                               {721, 720 * 55'555 + 46'296},
+                                               {800, 720 * 55'555 + 80 * 46'296}};
+    for (const auto& [sample, ns] : times) {
+        EXPECT_EQ(file.timeBefore(sample), ns) << sample;
+        EXPECT_EQ(file.sampleAtTime(ns + 1), std::nullopt) << sample;
+        if (sample > 0) {
+            EXPECT_EQ(file.sampleAtTime(ns), sample - 1);
+            EXPECT_EQ(file.sampleAtTime(ns - 1), std::nullopt) << sample;
+        }
+    }
+    EXPECT_EQ(file.durationNs(), times[5].second);
+    EXPECT_EQ(file.longestStepNs(), 55'555);
+    EXPECT_FALSE(file.hasOnlyStep(55'555));
+    EXPECT_TRUE(file.hasAllSteps());
+    EXPECT_TRUE(file.isSame(0, 719));
+    EXPECT_FALSE(file.isSame(0, 720)) << "another step";
+    EXPECT_TRUE(file.repeats(0, 360, 360));
+    EXPECT_FALSE(file.repeats(0, 361, 360));
 }

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "SeededRandom.h"
+#include "generate/StepEnvelope.h"
 #include "generate/Wave.h"
 #include "generate/WaveFile.h"
 
@@ -143,4 +144,34 @@ TEST(WaveTest, AnyWaveIsItsClosedForm)
         }
     }
     EXPECT_GT(compared, 100'000U);
+}
+
+/** A rectangle changes every half cycle, on the nearest line; a disturbance ends before its end. */
+TEST(StepEnvelopeTest, ChangesOnTheNearestLine)
+{
+    generate::WaveParameters wave;
+    wave.mModulations.push_back({7.0, 0.1, 0.5, generate::ModulationShape::Rectangle, 0b0001});
+    wave.mDisturbances.push_back({0.1, 0.2, 0.4, -30.0, 0b0010});
+    const generate::Timeline timeline(wave);
+    const generate::StepEnvelope envelope(wave, timeline);
+    const double peak = wave.mChannels[0].mAmplitude;
+    const double degrees = 0.5 * 180.0 / std::acos(-1.0);
+    for (int change = 0; change < 14; ++change) {
+        const double sign = change % 2 == 0 ? 1.0 : -1.0;
+        const auto first = std::llround(change * 18'000.0 / 14.0);
+        const auto last = std::llround((change + 1) * 18'000.0 / 14.0) - 1;
+        for (const qint64 line : {qint64(first), qint64(last)}) {
+            const generate::Fundamental found = envelope.fundamentalAt(line, 0);
+            EXPECT_NEAR(found.mAmplitude, peak * (1.0 + 0.1 * sign), 1e-6) << line;
+            EXPECT_NEAR(found.mPhase, -degrees * sign, 1e-9) << line;
+        }
+    }
+    const std::pair<qint64, bool> lines[] = {
+        {1799, false}, {1800, true}, {5399, true}, {5400, false}};
+    for (const auto& [line, isDisturbed] : lines) {
+        const generate::Fundamental found = envelope.fundamentalAt(line, 1);
+        EXPECT_NEAR(found.mAmplitude, peak * (isDisturbed ? 0.4 : 1.0), 1e-6) << line;
+        EXPECT_NEAR(found.mPhase, isDisturbed ? -150.0 : -120.0, 1e-9) << line;
+        EXPECT_NEAR(envelope.fundamentalAt(line, 2).mPhase, 120.0, 1e-9) << line;
+    }
 }
