@@ -197,6 +197,32 @@ seconds = 5
     EXPECT_EQ(foundIn("night"), "");
 }
 
+/** What plays in the gaps as well cannot be told from them, however long it is. */
+TEST_F(StageTest, ACaseLikeTheSteadySignalIsRefused)
+{
+    const std::string half = oneBlock("50").substr(0, oneBlock("50").size() / 2);
+    const std::pair<std::string, bool> rows[] = {
+        {oneBlock("50"), true},
+        {oneBlock("50") + oneBlock("50"), true},
+        {half, true}, // every sample of it is the same
+        {oneBlock("60"), false},
+        {oneBlock("50") + valueLine("8", "50") + oneBlock("50"), false},
+        {oneBlock("50") + valueLine("8", "50"), false},
+    };
+    mFiles.make("steady.csv", oneBlock("50"));
+    for (const auto& [samples, isRefused] : rows) {
+        mFiles.make("soak.csv", samples);
+        EXPECT_EQ(mistakesOf("steady = { file = \"steady.csv\" }\n"
+                             "[[case]]\nfile = \"soak.csv\"\nseconds = 3600\n"),
+                  isRefused
+                      ? "night.toml:2:1: soak: plays the same samples as the steady signal, so "
+                        "it cannot be seen whether it plays; change the signal of one of "
+                        "them, such as its amplitude"
+                      : "");
+        QDir(QString::fromStdString(mFiles.path("night"))).removeRecursively();
+    }
+}
+
 /** The same plan makes the same stage, wherever it is; so what is there is kept or refused. */
 TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
 {

@@ -9,6 +9,7 @@
 #include "base/Numbers.h"
 #include "base/ProgressLine.h"
 #include "base/ResultFile.h"
+#include "explain/PlayedFile.h"
 #include "plan/Hashes.h"
 #include "stage/ValueFileMaker.h"
 
@@ -23,6 +24,10 @@ constexpr qint64 kMaxSteadyNs = 5'000'000'000;
 /** The device's step is a whole number of ns: its time may differ from the file's by so much. */
 constexpr double kRoundingOfSteps = 1e-4;
 
+constexpr const char* kLikeSteady =
+    ": plays the same samples as the steady signal, so it cannot be seen whether it plays; change "
+    "the signal of one of them, such as its amplitude";
+
 /** What options of vx-case are in a message, are keys in a plan: of the same name. */
 std::string withKeys(const std::string& message)
 {
@@ -31,6 +36,27 @@ std::string withKeys(const std::string& message)
         .replace(QStringLiteral("--align"), QStringLiteral("align = true"))
         .remove(kOption)
         .toStdString();
+}
+
+explain::PlayedFile samplesOf(const std::string& path)
+{
+    explain::PlayedFile file(path);
+    file.read(QString::fromStdString(path));
+    return file;
+}
+
+/** Whether one file, played again and again, cannot be told from the other. */
+bool repeatEqually(const explain::PlayedFile& left, const explain::PlayedFile& right)
+{
+    for (size_t sample = 0; sample < left.size() + right.size(); ++sample) {
+        const size_t inLeft = sample % left.size();
+        const size_t inRight = sample % right.size();
+        if (left.stepAt(inLeft) != right.stepAt(inRight) ||
+            !(left.samples()[inLeft] == right.samples()[inRight])) {
+            return false;
+        }
+    }
+    return true;
 }
 } // namespace
 
@@ -84,8 +110,20 @@ void StageMaker::makeCase(const plan::Case& it)
     staged.mSource = it.mSource.mText;
     staged.mExpected = it.mExpected;
     setRepetitions(it, file, staged);
+    if (isLikeSteady(file)) {
+        mMistakes.add(prefixOf(it.mLocation) + it.mName + kLikeSteady);
+    }
     mStage.mBytesOnDevice += check::bytesOn32Bits(file.mFacts.mSamples);
     mStage.mCases.push_back(std::move(staged));
+}
+
+/** Files are read only where their ends are the same. */
+bool StageMaker::isLikeSteady(const MadeFile& file)
+{
+    const check::FileFacts& facts = file.mFacts;
+    const check::FileFacts& steady = fileOf(mPlan.mSteady, kSteadyName).mFacts;
+    return steady.mSamples > 0 && facts.mFirst == steady.mFirst && facts.mLast == steady.mLast &&
+           repeatEqually(samplesOf(pathOf(file.mName)), samplesOf(pathOf(mStage.mSteady.mFile)));
 }
 
 /** The number of plays whose length is nearest to what is wanted. */

@@ -40,6 +40,7 @@ private:
     const MadeFile& fileOf(const plan::Source& source, const std::string& name);
     void expectPlayable(const plan::Source& source, const MadeFile& file) const;
     void addRemarks(const std::string& name, const std::vector<std::string>& remarks);
+    bool isLikeSteady(const MadeFile& file);
     void setRepetitions(const plan::Case& it, const MadeFile& file, journal::StagedCase& staged);
     void writeConfiguration();
     std::string pathOf(const std::string& name) const { return mDirectory + '/' + name; }
