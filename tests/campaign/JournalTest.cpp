@@ -48,23 +48,48 @@ TEST(JournalTest, EveryStepSurvivesItsLine)
     for (const Step& step : steps) {
         const std::string line = lineOf({1764100000000000001, step});
         EXPECT_EQ(line.find('\n'), std::string::npos) << line;
-        const std::optional<Entry> read = parseEntry(line);
-        ASSERT_TRUE(read) << line;
-        EXPECT_EQ(read->mTimeNs, 1764100000000000001);
-        EXPECT_EQ(read->mStep.index(), step.index());
-        EXPECT_EQ(lineOf(*read), line);
+        const Entry read = parseEntry(line);
+        EXPECT_EQ(read.mTimeNs, 1764100000000000001);
+        EXPECT_EQ(read.mStep.index(), step.index());
+        EXPECT_EQ(lineOf(read), line);
         for (size_t cut = 0; cut < line.size(); ++cut) {
-            EXPECT_FALSE(parseEntry(std::string_view(line).substr(0, cut))) << cut;
+            EXPECT_THROW(parseEntry(std::string_view(line).substr(0, cut)), base::CaseError) << cut;
         }
     }
 }
 
-TEST(JournalTest, WhatIsNoStepIsNone)
+/** Nothing is converted so that it fits. */
+TEST(JournalTest, WhatIsNoStepIsRefusedWithItsField)
 {
-    for (const char* line : {"", "{}", R"({"t":1})", R"({"t":1,"step":"sleep"})",
-                             R"({"t":1,"step":"over","reason":"tired","text":""})",
-                             R"({"t":1,"step":"begin"})", R"({"step":"begin","play":1})"}) {
-        EXPECT_FALSE(parseEntry(line)) << line;
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "no JSON object"},
+        {"{}", "t: missing"},
+        {R"({"t":1})", "step: missing"},
+        {R"({"t":1,"step":"sleep"})", "step: not known, found \"sleep\""},
+        {R"({"t":1,"step":"over","reason":"tired","text":""})",
+         "reason: not known, found \"tired\""},
+        {R"({"t":1,"step":"remark","text":7})", "text: expected a text, found 7"},
+        {R"({"t":1,"step":"begin"})", "play: missing"},
+        {R"({"step":"begin","play":1})", "t: missing"},
+        {R"({"t":1,"step":"begin","play":1099511627776})",
+         "play: expected a whole number, 0 to 2147483647, found 1099511627776"},
+        {R"({"t":1,"step":"begin","play":-1})",
+         "play: expected a whole number, 0 to 2147483647, found -1"},
+        {R"({"t":1,"step":"begin","play":1.5})",
+         "play: expected a whole number, 0 to 2147483647, found 1.5"},
+        {R"({"t":9223372036854775808,"step":"begin","play":1})",
+         "t: expected a whole number, -9223372036854775808 to 9223372036854775807, found "
+         "9223372036854775808"},
+        {R"({"t":1,"step":"started","run":0})",
+         "run: expected a whole number, 1 to 2147483647, found 0"},
+    };
+    for (const auto& [line, message] : rows) {
+        try {
+            parseEntry(line);
+            ADD_FAILURE() << line;
+        } catch (const base::CaseError& error) {
+            EXPECT_STREQ(error.what(), message);
+        }
     }
 }
 
@@ -132,22 +157,78 @@ TEST(JournalTest, AFullDiskLeavesTheEntriesBefore)
     EXPECT_EQ(readFile(path), before);
 }
 
-TEST(JournalTest, ALineInTheMiddleThatIsNoStepIsNamed)
+NightBegin nightAtTheDesk()
 {
+    NightBegin night = wholeNight();
+    night.mIsObserved = true;
+    night.mUntilFailure = false;
+    return night;
+}
+
+/** An edited journal is refused where it contradicts itself, with the line and the field. */
+TEST(JournalTest, StepsThatContradictThoseBeforeAreRefused)
+{
+    const PlayEnd passed{0, PlayVerdict::Passed, 1, 2, 7200, std::nullopt, 0};
+    PlayEnd withFinding = passed;
+    withFinding.mFindings = 1;
+    PlayEnd tooShort = passed;
+    tooShort.mSamples = 7199;
+    PlayEnd unseen = passed;
+    unseen.mVerdict = PlayVerdict::NotObserved;
+    NightBegin wrongOrder = nightAtTheDesk();
+    wrongOrder.mOrder = {0, 1};
+    const Step night = nightAtTheDesk();
+    const PlayBegin begin{0};
+    const Finding missing{0, "missing", "60 samples", std::nullopt, ""};
+    const NightEnd done{NightEnd::Reason::Done, ""};
+    const std::pair<std::vector<Step>, const char*> rows[] = {
+        {{ProgramStarted{1}}, ":1: step: the first one is no night"},
+        {{night, night}, ":2: step: a second night"},
+        {{wrongOrder}, ":1: order: expected indices of the 1 cases, found 1"},
+        {{night, ProgramStarted{2}}, ":2: run: expected 1, found 2"},
+        {{night, PlayBegin{1}}, ":2: play: 1 begins, and it is not the next play of the plan"},
+        {{night, begin, begin}, ":3: play: 0 begins, and it is not the next play of the plan"},
+        {{night, passed}, ":2: play: 0 has not begun"},
+        {{night, begin, passed, missing}, ":4: play: 0 has not begun"},
+        {{night, begin, withFinding}, ":3: verdict: passed, and the play has findings"},
+        {{night, begin, missing, Resumed{}, begin, passed},
+         ":6: verdict: passed, and the play has findings"},
+        {{night, begin, tooShort}, ":3: samples: 7199 of 7200, and the play passed"},
+        {{night, begin, unseen}, ":3: verdict: not observed, and the night is observed"},
+        {{night, begin, passed, done}, ":4: reason: done, and not every play has ended"},
+        {{night, NightEnd{NightEnd::Reason::Interrupted, ""}, ProgramStarted{1}},
+         ":3: step: expected none after the night is over"},
+    };
     const TestFiles files;
-    const std::string night = lineOf({1, wholeNight()}) + "\n";
-    const std::string started = lineOf({1, ProgramStarted{1}}) + "\n";
-    const std::pair<std::string, std::string> wrong[] = {
-        {night + "{}\n" + started, ":2: "}, {started, ":1: "}, {night + night, ":2: "}};
-    for (const auto& [text, place] : wrong) {
+    for (const auto& [steps, message] : rows) {
+        std::string text;
+        for (const Step& step : steps) {
+            text += lineOf({1, step}) + '\n';
+        }
         const std::string path = files.make("journal.jsonl", text).toStdString();
         try {
             readJournal(path);
             ADD_FAILURE() << text;
         } catch (const base::CaseError& error) {
             EXPECT_EQ(error.what(),
-                      path + place + "expected a step of a night, as vx-campaign run writes it");
+                      path + message + "; expected a journal as vx-campaign run writes it");
         }
+    }
+}
+
+TEST(JournalTest, ALineInTheMiddleThatIsNoStepIsNamed)
+{
+    const TestFiles files;
+    const std::string path = files
+                                 .make("journal.jsonl", lineOf({1, wholeNight()}) + "\n{}\n" +
+                                                            lineOf({1, ProgramStarted{1}}) + "\n")
+                                 .toStdString();
+    try {
+        readJournal(path);
+        ADD_FAILURE();
+    } catch (const base::CaseError& error) {
+        EXPECT_EQ(error.what(),
+                  path + ":2: t: missing; expected a journal as vx-campaign run writes it");
     }
 }
 

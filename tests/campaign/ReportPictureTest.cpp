@@ -70,8 +70,10 @@ protected:
         for (const journal::Finding& finding : findings) {
             entries.push_back({3, finding});
         }
-        entries.push_back({4, journal::PlayEnd{0, journal::PlayVerdict::Passed, kFirstNs, kLastNs,
-                                               kCaseSamples, 1000, findings.size()}});
+        const auto verdict =
+            findings.empty() ? journal::PlayVerdict::Passed : journal::PlayVerdict::Failed;
+        entries.push_back({4, journal::PlayEnd{0, verdict, kFirstNs, kLastNs, kCaseSamples, 1000,
+                                               findings.size()}});
         entries.push_back({5, journal::NightEnd{}});
         return entries;
     }

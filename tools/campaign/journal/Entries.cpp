@@ -2,32 +2,27 @@
 
 #include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
+
+#include "journal/Fields.h"
 
 namespace journal {
 
 namespace {
-using Json = nlohmann::ordered_json;
+using Json = Fields::Json;
 
 constexpr std::array<const char*, 3> kVerdictNames = {"passed", "failed", "not observed"};
 constexpr std::array<const char*, 4> kReasonNames = {"done", "interrupted", "first failure",
                                                      "gave up"};
 
-/** Throws a Json::exception for a name that is none of them. */
+/** Throws a CaseError for a text that is none of the names. */
 template <typename Enum, size_t Count>
-Enum valueNamed(const Json& name, const std::array<const char*, Count>& names)
+Enum namedAt(const Fields& fields, const char* key, const std::array<const char*, Count>& names)
 {
-    const auto found = std::find(names.begin(), names.end(), name.get<std::string>());
+    const auto found = std::find(names.begin(), names.end(), fields.text(key));
     if (found == names.end()) {
-        throw Json::other_error::create(501, "unknown name", nullptr);
+        Fields::fail(key, "not known", fields.at(key));
     }
     return static_cast<Enum>(found - names.begin());
-}
-
-template <typename Value>
-std::optional<Value> optionalAt(const Json& json, const char* key)
-{
-    return json.contains(key) ? std::make_optional(json[key].get<Value>()) : std::nullopt;
 }
 
 template <typename Value>
@@ -51,18 +46,18 @@ Json jsonOf(const StagedCase& it)
             {"expect", it.mExpected}};
 }
 
-StagedCase stagedCaseOf(const Json& json)
+StagedCase stagedCaseOf(const Fields& fields)
 {
     StagedCase it;
-    json.at("name").get_to(it.mName);
-    json.at("number").get_to(it.mNumber);
-    json.at("file").get_to(it.mFile);
-    json.at("samples").get_to(it.mSamples);
-    json.at("repetitions").get_to(it.mFileRepetitions);
-    json.at("durationNs").get_to(it.mDurationNs);
-    json.at("times").get_to(it.mTimes);
-    json.at("source").get_to(it.mSource);
-    json.at("expect").get_to(it.mExpected);
+    it.mName = fields.text("name");
+    it.mNumber = fields.whole<int>("number", 1);
+    it.mFile = fields.text("file");
+    it.mSamples = fields.whole<quint64>("samples");
+    it.mFileRepetitions = fields.whole<quint64>("repetitions");
+    it.mDurationNs = fields.whole<qint64>("durationNs", 0);
+    it.mTimes = fields.whole<int>("times", 1);
+    it.mSource = fields.text("source");
+    it.mExpected = fields.texts("expect");
     return it;
 }
 
@@ -75,15 +70,11 @@ Json jsonOf(const Measuring& it)
             {"nominalHz", it.mNominalHz}};
 }
 
-Measuring measuringOf(const Json& json)
+Measuring measuringOf(const Fields& fields)
 {
-    Measuring it;
-    json.at("countsPerVolt").get_to(it.mCountsPerVolt);
-    json.at("countsPerAmpere").get_to(it.mCountsPerAmpere);
-    json.at("nominalVolts").get_to(it.mNominalVolts);
-    json.at("nominalAmperes").get_to(it.mNominalAmperes);
-    json.at("nominalHz").get_to(it.mNominalHz);
-    return it;
+    return {fields.number("countsPerVolt"), fields.number("countsPerAmpere"),
+            fields.number("nominalVolts"), fields.number("nominalAmperes"),
+            fields.number("nominalHz")};
 }
 
 /** Writes each kind of step; its name comes first. */
@@ -169,82 +160,89 @@ struct Writer
     }
 };
 
-NightBegin nightOf(const Json& json)
+std::vector<StagedCase> casesOf(const Fields& fields)
+{
+    std::vector<StagedCase> cases;
+    for (const Json& it : fields.at("cases")) {
+        cases.push_back(stagedCaseOf(Fields(it)));
+    }
+    return cases;
+}
+
+std::vector<int> orderOf(const Fields& fields)
+{
+    std::vector<int> order;
+    for (const Json& it : fields.at("order")) {
+        order.push_back(Fields::wholeOf<int>(it, "order", 0));
+    }
+    return order;
+}
+
+NightBegin nightOf(const Fields& fields)
 {
     NightBegin step;
-    json.at("name").get_to(step.mName);
-    json.at("plan").get_to(step.mPlanPath);
-    json.at("planHash").get_to(step.mPlanHash);
-    json.at("stageHash").get_to(step.mStageHash);
-    json.at("observed").get_to(step.mIsObserved);
-    json.at("gapNs").get_to(step.mGapNs);
-    step.mSeed = optionalAt<quint64>(json, "seed");
-    step.mUntilFailure = json.value("untilFailure", false);
-    for (const Json& it : json.at("cases")) {
-        step.mCases.push_back(stagedCaseOf(it));
-    }
-    json.at("order").get_to(step.mOrder);
-    json.at("environment").get_to(step.mEnvironment);
-    if (json.contains("measuring")) { // not in a journal of an earlier version
-        step.mMeasuring = measuringOf(json["measuring"]);
-    }
+    step.mName = fields.text("name");
+    step.mPlanPath = fields.text("plan");
+    step.mPlanHash = fields.text("planHash");
+    step.mStageHash = fields.text("stageHash");
+    step.mIsObserved = fields.flag("observed");
+    step.mGapNs = fields.whole<qint64>("gapNs", 0);
+    step.mSeed = fields.optionalWhole<quint64>("seed");
+    step.mUntilFailure = fields.flag("untilFailure");
+    step.mCases = casesOf(fields);
+    step.mOrder = orderOf(fields);
+    step.mEnvironment = fields.textsByName("environment");
+    step.mMeasuring = measuringOf(Fields(fields.at("measuring")));
     return step;
 }
 
-Finding findingOf(const Json& json)
+Finding findingOf(const Fields& fields)
 {
-    return {optionalAt<int>(json, "play"), json.at("kind").get<std::string>(),
-            json.at("text").get<std::string>(), optionalAt<qint64>(json, "stamp"),
-            json.at("samples").get<std::string>()};
+    return {fields.optionalWhole<int>("play", 0), fields.text("kind"), fields.text("text"),
+            fields.optionalWhole<qint64>("stamp"), fields.text("samples")};
 }
 
-PlayEnd playEndOf(const Json& json)
+PlayEnd playEndOf(const Fields& fields)
 {
-    PlayEnd step;
-    json.at("play").get_to(step.mPlay);
-    step.mVerdict = valueNamed<PlayVerdict>(json.at("verdict"), kVerdictNames);
-    json.at("firstStamp").get_to(step.mFirstStampNs);
-    json.at("lastStamp").get_to(step.mLastStampNs);
-    json.at("samples").get_to(step.mSamples);
-    step.mDelayNs = optionalAt<qint64>(json, "delayNs");
-    json.at("findings").get_to(step.mFindings);
-    return step;
+    return {
+        fields.whole<int>("play", 0),       namedAt<PlayVerdict>(fields, "verdict", kVerdictNames),
+        fields.whole<qint64>("firstStamp"), fields.whole<qint64>("lastStamp"),
+        fields.whole<quint64>("samples"),   fields.optionalWhole<qint64>("delayNs"),
+        fields.whole<quint64>("findings")};
 }
 
-/** Throws a Json::exception for what is no step. */
-Step stepOf(const Json& json)
+NightEnd nightEndOf(const Fields& fields)
 {
-    using Reader = Step (*)(const Json&);
+    return {namedAt<NightEnd::Reason>(fields, "reason", kReasonNames), fields.text("text")};
+}
+
+/** Throws a CaseError for what is no step. */
+Step stepOf(const Fields& fields)
+{
+    using Reader = Step (*)(const Fields&);
     static const std::map<std::string, Reader> readers = {
-        {"night", [](const Json& it) { return Step(nightOf(it)); }},
-        {"resumed",
-         [](const Json& it) {
-             return Step(Resumed{it.at("environment").get<std::map<std::string, std::string>>()});
-         }},
-        {"started", [](const Json& it) { return Step(ProgramStarted{it.at("run").get<int>()}); }},
-        {"begin", [](const Json& it) { return Step(PlayBegin{it.at("play").get<int>()}); }},
+        {"night", [](const Fields& it) { return Step(nightOf(it)); }},
+        {"resumed", [](const Fields& it) { return Step(Resumed{it.textsByName("environment")}); }},
+        {"started", [](const Fields& it) { return Step(ProgramStarted{it.whole<int>("run", 1)}); }},
+        {"begin", [](const Fields& it) { return Step(PlayBegin{it.whole<int>("play", 0)}); }},
         {"command",
-         [](const Json& it) {
-             return Step(CommandSent{it.at("play").get<int>(), it.at("text").get<std::string>()});
+         [](const Fields& it) {
+             return Step(CommandSent{it.whole<int>("play", 0), it.text("text")});
          }},
-        {"finding", [](const Json& it) { return Step(findingOf(it)); }},
-        {"remark", [](const Json& it) { return Step(Remark{it.at("text").get<std::string>()}); }},
-        {"end", [](const Json& it) { return Step(playEndOf(it)); }},
+        {"finding", [](const Fields& it) { return Step(findingOf(it)); }},
+        {"remark", [](const Fields& it) { return Step(Remark{it.text("text")}); }},
+        {"end", [](const Fields& it) { return Step(playEndOf(it)); }},
         {"ended",
-         [](const Json& it) {
-             return Step(ProgramEnded{it.at("run").get<int>(), it.at("how").get<std::string>()});
+         [](const Fields& it) {
+             return Step(ProgramEnded{it.whole<int>("run", 1), it.text("how")});
          }},
-        {"over",
-         [](const Json& it) {
-             return Step(NightEnd{valueNamed<NightEnd::Reason>(it.at("reason"), kReasonNames),
-                                  it.at("text").get<std::string>()});
-         }},
+        {"over", [](const Fields& it) { return Step(nightEndOf(it)); }},
     };
-    const auto reader = readers.find(json.at("step").get<std::string>());
+    const auto reader = readers.find(fields.text("step"));
     if (reader == readers.end()) {
-        throw Json::other_error::create(501, "unknown step", nullptr);
+        Fields::fail("step", "not known", fields.at("step"));
     }
-    return reader->second(json);
+    return reader->second(fields);
 }
 } // namespace
 
@@ -260,14 +258,11 @@ std::string lineOf(const Entry& entry)
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::optional<Entry> parseEntry(std::string_view line)
+Entry parseEntry(std::string_view line)
 {
-    try {
-        const Json json = Json::parse(line);
-        return Entry{json.at("t").get<qint64>(), stepOf(json)};
-    } catch (const Json::exception&) {
-        return std::nullopt;
-    }
+    const Json json = Json::parse(line, nullptr, false);
+    const Fields fields(json);
+    return {fields.whole<qint64>("t"), stepOf(fields)};
 }
 
 const char* nameOf(PlayVerdict verdict)

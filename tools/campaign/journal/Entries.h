@@ -161,8 +161,8 @@ std::string expectedName(const StagedCase& played, int play);
 /** One line without its line end. */
 std::string lineOf(const Entry& entry);
 
-/** Nothing when the line is no entry. */
-std::optional<Entry> parseEntry(std::string_view line);
+/** @throws CaseError, which names the field, when the line is no entry */
+Entry parseEntry(std::string_view line);
 
 /** As it stands in the journal and in the tables: "passed", "failed", "not observed". */
 const char* nameOf(PlayVerdict verdict);

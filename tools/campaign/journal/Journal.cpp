@@ -4,6 +4,7 @@
 
 #include "base/CaseError.h"
 #include "base/InputFile.h"
+#include "journal/StepOrder.h"
 
 namespace journal {
 
@@ -32,28 +33,70 @@ std::string_view nextLine(base::InputFile* file)
     return line;
 }
 
-/** Takes one line; false where the journal ends or was cut off. */
-bool takeEntry(base::InputFile* file, Journal* journal)
+/** Reads the steps, one after the other. */
+class StepReader
 {
-    const std::string_view line = nextLine(file);
-    if (line.empty()) {
-        return false;
+public:
+    explicit StepReader(const std::string& path) : mFile(path) {}
+
+    Journal readAll()
+    {
+        while (takeEntry()) {
+        }
+        return std::move(mJournal);
     }
-    std::optional<Entry> entry = line.back() == '\n' ? parseEntry(line) : std::nullopt;
-    const bool isFirst = journal->mEntries.empty();
-    if (entry && isFirst == std::holds_alternative<NightBegin>(entry->mStep)) {
-        journal->mEntries.push_back(*std::move(entry));
-        journal->mWholeBytes = file->position();
+
+private:
+    /** False where the journal ends or was cut off. */
+    bool takeEntry()
+    {
+        const std::string_view line = nextLine(&mFile);
+        const std::optional<Entry> entry = entryOf(line);
+        if (!entry) {
+            return false;
+        }
+        const bool isFirst = mJournal.mEntries.empty();
+        if (isFirst != std::holds_alternative<NightBegin>(entry->mStep)) {
+            fail(isFirst ? "step: the first one is no night" : "step: a second night");
+        }
+        try {
+            mOrder.add(entry->mStep);
+        } catch (const base::CaseError& error) {
+            fail(error.what());
+        }
+        mJournal.mEntries.push_back(*entry);
+        mJournal.mWholeBytes = mFile.position();
         return true;
     }
-    if (entry || file->left() > 0) {
-        throw base::CaseError(
-            fmt::format("{}:{}: expected a step of a night, as vx-campaign run "
-                        "writes it",
-                        file->name(), journal->mEntries.size() + 1));
+
+    /** Nothing for a last line that is none: it was cut off. */
+    std::optional<Entry> entryOf(std::string_view line) const
+    {
+        if (line.empty() || line.back() != '\n') {
+            return std::nullopt;
+        }
+        try {
+            return parseEntry(line);
+        } catch (const base::CaseError& error) {
+            if (mFile.left() > 0) {
+                fail(error.what());
+            }
+            return std::nullopt;
+        }
     }
-    return false;
-}
+
+    [[noreturn]] void fail(const std::string& what) const
+    {
+        throw base::CaseError(
+            fmt::format("{}:{}: {}; expected a journal as vx-campaign run writes "
+                        "it",
+                        mFile.name(), mJournal.mEntries.size() + 1, what));
+    }
+
+    base::InputFile mFile;
+    StepOrder mOrder;
+    Journal mJournal;
+};
 } // namespace
 
 const NightBegin* Journal::night() const
@@ -63,11 +106,7 @@ const NightBegin* Journal::night() const
 
 Journal readJournal(const std::string& path)
 {
-    base::InputFile file(path);
-    Journal journal;
-    while (takeEntry(&file, &journal)) {
-    }
-    return journal;
+    return StepReader(path).readAll();
 }
 
 } // namespace journal

@@ -20,7 +20,8 @@ struct Journal
 /**
  * Reads the journal of a night, also of one that was cut off at any byte: a last line that has no
  * end or is no entry is left out.
- * @throws CaseError when the file cannot be read, or another line is no entry or not in its place
+ * @throws CaseError when the file cannot be read, or another line is no entry, or contradicts the
+ *         lines before it: with the line and the field
  */
 Journal readJournal(const std::string& path);
 
