@@ -7,8 +7,8 @@
 #include "assess/Events.h"
 
 namespace {
-constexpr qint64 kMs = 1'000'000;
-constexpr qint64 kStart = 1'700'000'000'000 * kMs;
+constexpr qint64 kEventsMs = 1'000'000;
+constexpr qint64 kEventsBeginNs = 1'700'000'000'000 * kEventsMs;
 } // namespace
 
 /** Events by their starts in ms; each measured one has the number of the one it is for. */
@@ -37,17 +37,17 @@ TEST(EventMatchingTest, NearestEventsBelongTogether)
         assess::ValueTable expected;
         assess::ValueTable measured;
         for (const int ms : it.mExpected) {
-            expected.series({"dip-residual", "UA"}).add({kStart + ms * kMs, 100.0});
-            expected.series({"dip-duration", "UA"}).add({kStart + ms * kMs, 0.1});
+            expected.series({"dip-residual", "UA"}).add({kEventsBeginNs + ms * kEventsMs, 100.0});
+            expected.series({"dip-duration", "UA"}).add({kEventsBeginNs + ms * kEventsMs, 0.1});
         }
         for (const int ms : it.mMeasured) {
-            measured.series({"dip-residual", "UA"}).add({kStart + ms * kMs, 101.0});
-            measured.series({"swell-max", "UA"}).add({kStart + ms * kMs, 270.0});
+            measured.series({"dip-residual", "UA"}).add({kEventsBeginNs + ms * kEventsMs, 101.0});
+            measured.series({"swell-max", "UA"}).add({kEventsBeginNs + ms * kEventsMs, 270.0});
         }
         measured.sort();
-        expected.series({"event-count", "U"}).add({kStart, double(it.mExpected.size())});
+        expected.series({"event-count", "U"}).add({kEventsBeginNs, double(it.mExpected.size())});
         assess::ComputedSeries computed;
-        assess::addEvents(expected, measured, 1000 * kMs, false, computed);
+        assess::addEvents(expected, measured, 1000 * kEventsMs, false, computed);
         const assess::Matching& starts = computed[{"dip-start", "UA"}];
         std::vector<double> late;
         for (const assess::Pair& pair : starts.mPairs) {
@@ -85,18 +85,18 @@ TEST(EventMatchingTest, EventsThatNobodyLookedForAreNotAdditional)
     };
     for (const Case& it : cases) {
         assess::ValueTable expected;
-        expected.series({"rms", "UA"}).add({kStart, 230.0});
+        expected.series({"rms", "UA"}).add({kEventsBeginNs, 230.0});
         for (const int ms : it.mCountAtMs) {
-            expected.series({"event-count", "U"}).add({kStart + ms * kMs, 0.0});
+            expected.series({"event-count", "U"}).add({kEventsBeginNs + ms * kEventsMs, 0.0});
         }
         if (it.mHasSwell) {
-            expected.series({"swell-max", "UA"}).add({kStart, 270.0});
+            expected.series({"swell-max", "UA"}).add({kEventsBeginNs, 270.0});
         }
         assess::ValueTable measured;
-        measured.series({"rms", "UA"}).add({kStart, 230.0});
-        measured.series({"dip-residual", "UA"}).add({kStart + 5'000 * kMs, 100.0});
+        measured.series({"rms", "UA"}).add({kEventsBeginNs, 230.0});
+        measured.series({"dip-residual", "UA"}).add({kEventsBeginNs + 5'000 * kEventsMs, 100.0});
         assess::ComputedSeries computed;
-        assess::addEvents(expected, measured, 1000 * kMs, it.mIsPart, computed);
+        assess::addEvents(expected, measured, 1000 * kEventsMs, it.mIsPart, computed);
         EXPECT_EQ((computed[{"dip-start", "UA"}].mCounts.mAdditional), it.mAdditional) << it.mName;
         const assess::LimitTable limits = assess::readLimits("pq-a");
         const auto result =

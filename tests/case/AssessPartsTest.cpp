@@ -24,15 +24,15 @@ namespace {
 using assess::Sample;
 using assess::Series;
 
-constexpr qint64 kMs = 1'000'000;
-constexpr qint64 kStart = 1'700'000'000'000 * kMs;
+constexpr qint64 kPartsMs = 1'000'000;
+constexpr qint64 kPartsBeginNs = 1'700'000'000'000 * kPartsMs;
 
 /** Values every 20 ms. */
 std::vector<Sample> every20Ms(int count, const std::function<double(double)>& valueAt)
 {
     std::vector<Sample> samples;
     for (int i = 0; i < count; ++i) {
-        samples.push_back({kStart + i * 20 * kMs, valueAt(0.02 * i)});
+        samples.push_back({kPartsBeginNs + i * 20 * kPartsMs, valueAt(0.02 * i)});
     }
     return samples;
 }
@@ -47,7 +47,7 @@ TEST(MatchingTest, RandomFaultsAreCounted)
         std::vector<Sample> rows;
         assess::MatchCounts counts;
         for (int i = 0; i < 300; ++i) {
-            const qint64 ns = kStart + i * 20 * kMs;
+            const qint64 ns = kPartsBeginNs + i * 20 * kPartsMs;
             expected.add({ns, double(i)});
             const qint64 jitter = qint64(random() % 1000) * 1000;
             switch (random() % 8) {
@@ -57,29 +57,29 @@ TEST(MatchingTest, RandomFaultsAreCounted)
                 case 1:
                     ++counts.mDoubled;
                     rows.push_back({ns + jitter, double(i)});
-                    rows.push_back({ns - 5 * kMs - jitter, -1.0});
+                    rows.push_back({ns - 5 * kPartsMs - jitter, -1.0});
                     break;
                 case 2:
                     ++counts.mLate;
-                    rows.push_back({ns + 2 * kMs + jitter, double(i)});
+                    rows.push_back({ns + 2 * kPartsMs + jitter, double(i)});
                     break;
                 case 3:
                     ++counts.mEarly;
-                    rows.push_back({ns - 2 * kMs - jitter, double(i)});
+                    rows.push_back({ns - 2 * kPartsMs - jitter, double(i)});
                     break;
                 default:
                     rows.push_back({ns - jitter, double(i)});
             }
         }
-        rows.push_back({kStart - 50 * kMs, -1.0});
-        rows.push_back({kStart + 300 * 20 * kMs + kMs, -1.0});
+        rows.push_back({kPartsBeginNs - 50 * kPartsMs, -1.0});
+        rows.push_back({kPartsBeginNs + 300 * 20 * kPartsMs + kPartsMs, -1.0});
         std::shuffle(rows.begin(), rows.end(), random);
         assess::ValueTable table;
         for (const Sample& row : rows) {
             table.series({"rms", "UA"}).add(row);
         }
         table.sort();
-        const auto matching = assess::matchInTime(expected, *table.find({"rms", "UA"}), kMs);
+        const auto matching = assess::matchInTime(expected, *table.find({"rms", "UA"}), kPartsMs);
         EXPECT_EQ(matching.mCounts.mMissing, counts.mMissing);
         EXPECT_EQ(matching.mCounts.mDoubled, counts.mDoubled);
         EXPECT_EQ(matching.mCounts.mLate, counts.mLate);
@@ -99,9 +99,9 @@ TEST(MatchingTest, SingleValueIsMatchedWithinTheTolerance)
     for (const auto& [offset, pairs] : {std::pair(0, 1), {10, 1}, {-10, 1}, {11, 0}, {-11, 0}}) {
         Series expected;
         Series measured;
-        expected.add({kStart, 1.0});
-        measured.add({kStart + offset * kMs, 1.0});
-        const auto matching = assess::matchInTime(expected, measured, 10 * kMs);
+        expected.add({kPartsBeginNs, 1.0});
+        measured.add({kPartsBeginNs + offset * kPartsMs, 1.0});
+        const auto matching = assess::matchInTime(expected, measured, 10 * kPartsMs);
         EXPECT_EQ(matching.mPairs.size(), size_t(pairs)) << offset;
         EXPECT_EQ(matching.mCounts.mMissing + matching.mPairs.size(), 1U);
         EXPECT_EQ(matching.mCounts.mAdditional + matching.mPairs.size(), 1U);
@@ -184,11 +184,11 @@ TEST(TimeFormatTest, RandomTimesAreReadBack)
         const QDateTime time = QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
         for (const auto& [format, qtFormat] : formats) {
             const std::string text = time.toString(qtFormat).toStdString();
-            EXPECT_EQ(assess::TimeFormat(format).parse(text, '.'), ms * kMs) << text;
+            EXPECT_EQ(assess::TimeFormat(format).parse(text, '.'), ms * kPartsMs) << text;
         }
         const std::string seconds = QString::number(ms / 1000).toStdString() + "," +
                                     QString("%1").arg(ms % 1000, 3, 10, QChar('0')).toStdString();
-        EXPECT_EQ(assess::TimeFormat("s").parse(seconds, ','), ms * kMs) << seconds;
+        EXPECT_EQ(assess::TimeFormat("s").parse(seconds, ','), ms * kPartsMs) << seconds;
     }
 }
 
@@ -265,8 +265,9 @@ TEST(LimitsTest, BuiltInTablesHaveTheFiguresOfTheStandards)
     const assess::Situations nothing{assess::ValueTable()};
     for (const Case& it : cases) {
         const assess::LimitTable limits = assess::readLimits(it.mTable);
-        const assess::SeriesJudge judge(it.mKey, limits, {230.0, 5.0, 50.0}, nothing, 20 * kMs);
-        const auto value = judge.judge({kStart, it.mExpected, it.mExpected}, nullptr);
+        const assess::SeriesJudge judge(it.mKey, limits, {230.0, 5.0, 50.0}, nothing,
+                                        20 * kPartsMs);
+        const auto value = judge.judge({kPartsBeginNs, it.mExpected, it.mExpected}, nullptr);
         EXPECT_NEAR(value.mLimit, it.mLimit, 1e-9) << it.mTable << " " << assess::nameOf(it.mKey);
     }
 }
@@ -295,10 +296,10 @@ TEST(ClockTest, OffsetsOfTheClockAreNamed)
     for (const int seconds : {0, 1, -1, 2, 37, -60, 1800, 3600, -19800, 50400, 86400}) {
         assess::ValueTable measured = expected;
         for (Sample& sample : measured.series({"rms", "UA"}).mSamples) {
-            sample.mUtcNs += seconds * 1000 * kMs;
+            sample.mUtcNs += seconds * 1000 * kPartsMs;
             sample.mValue += 0.01 * std::sin(double(sample.mUtcNs % 1'000'003));
         }
-        const auto told = assess::diagnoseClock(expected, measured, kMs);
+        const auto told = assess::diagnoseClock(expected, measured, kPartsMs);
         if (seconds == 0) {
             EXPECT_THAT(told, IsEmpty());
         } else {
@@ -347,8 +348,8 @@ TEST(AssessmentPictureTest, CurvesFitTheirPanels)
         std::vector<assess::JudgedValue> values;
         for (int i = 0; i < 5000; ++i) {
             const double error = wild * std::sin(i);
-            values.push_back(
-                {kStart + i * 20 * kMs, 230.0, 230.0 + error, error, i % 2 == 0 ? 0.23 : 0.0});
+            values.push_back({kPartsBeginNs + i * 20 * kPartsMs, 230.0, 230.0 + error, error,
+                              i % 2 == 0 ? 0.23 : 0.0});
         }
         assess::SeriesResult series;
         series.mKey = {"rms", "UA"};

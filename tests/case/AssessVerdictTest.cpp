@@ -29,8 +29,8 @@ ValueTable tableOf(const std::vector<Value>& values)
     return table;
 }
 
-assess::AssessmentResult assessed(const ValueTable& expected, const ValueTable& measured,
-                                  const std::string& limits = kLimits)
+assess::AssessmentResult verdictOn(const ValueTable& expected, const ValueTable& measured,
+                                   const std::string& limits = kLimits)
 {
     const assess::LimitTable table = assess::parseLimits(limits, "l");
     return assess::Assessment(expected, measured, table, {{230.0, 5.0, 50.0}, {}, false}).result();
@@ -74,14 +74,14 @@ TEST(VerdictTest, EveryFaultDecides)
     };
     const ValueTable expected = tableOf({{0, 230}, {10, 230}, {20, 230}, {30, 230}, {40, 230}});
     for (const Case& it : cases) {
-        const auto result = assessed(expected, tableOf(it.mMeasured));
+        const auto result = verdictOn(expected, tableOf(it.mMeasured));
         EXPECT_EQ(result.mVerdict, it.mVerdict) << it.mName;
         EXPECT_EQ(result.isGood(), it.mVerdict == Verdict::Within) << it.mName;
         ASSERT_EQ(result.mSeries.size(), 1U);
         EXPECT_NEAR(result.mSeries[0].mLargest->mError, it.mLargest, 1e-9) << it.mName;
     }
     for (const std::vector<Value>& values : {std::vector<Value>{{0, 230}}, {{0, 230}, {10, 230}}}) {
-        EXPECT_EQ(assessed(tableOf(values), {}).mVerdict, Verdict::NotObserved);
+        EXPECT_EQ(verdictOn(tableOf(values), {}).mVerdict, Verdict::NotObserved);
     }
 }
 
@@ -95,7 +95,7 @@ TEST(VerdictTest, WorstValuesAreListedInTheirOrder)
         const int size = i * 7 % 30; // each of 0 to 29 once
         measured.push_back({10 * i, 230.0 + (i % 2 == 0 ? size : -size)});
     }
-    const auto result = assessed(tableOf(expected), tableOf(measured));
+    const auto result = verdictOn(tableOf(expected), tableOf(measured));
     ASSERT_EQ(result.mWorst.size(), 10U);
     for (size_t i = 0; i < 10; ++i) {
         EXPECT_NEAR(std::abs(result.mWorst[i].mValue.mError), 29.0 - static_cast<double>(i), 1e-9);
@@ -116,7 +116,7 @@ TEST(VerdictTest, NoWindowWithAnEventIsJudged)
         const std::string duration = name.substr(0, name.rfind('-')) + "-duration";
         table.series({kind, "U"}).add({kFirst + 40 * kTenth, 100.0});
         table.series({duration, "U"}).add({kFirst + 40 * kTenth, 0.3});
-        const auto result = assessed(table, table, std::string(kLimits) + "after = 0\n");
+        const auto result = verdictOn(table, table, std::string(kLimits) + "after = 0\n");
         for (const assess::SeriesResult& it : result.mSeries) {
             if (it.mKey.mQuantity == "rms") {
                 EXPECT_EQ(it.mJudged, 48U) << kind;
@@ -140,7 +140,7 @@ TEST(VerdictTest, IntervalsOfValues)
             ValueTable table;
             table.series({quantity, "UA"}).add({kFirst + stamp, 50.0});
             table.series({"dip-duration", "UA"}).add({kFirst, 1.0});
-            const auto result = assessed(
+            const auto result = verdictOn(
                 table, table,
                 std::string("tolerance = 1\n[[limit]]\nabsolute = 1\nafter = 0\nquantity = '") +
                     quantity + "'\n");
@@ -166,7 +166,7 @@ TEST(VerdictTest, AWrongNominalVoltageIsTold)
           {{{0, 0}, {10, 0}}, ""}}) {
         const ValueTable table = tableOf(it.mExpected);
         std::string found;
-        for (const std::string& text : assessed(table, table).mFindings) {
+        for (const std::string& text : verdictOn(table, table).mFindings) {
             found += text;
         }
         EXPECT_NE(found.find(it.mFinding), std::string::npos) << found;
@@ -192,7 +192,7 @@ TEST(VerdictTest, RangesOfLimits)
                            {115, "from = '50 %'\n", Verdict::Within},
                            {115, "to = '50 %'\n", Verdict::NotJudged}}) {
         const ValueTable table = tableOf({{0, it.mExpected}});
-        EXPECT_EQ(assessed(table, table, std::string(kLimits) + it.mRange).mVerdict, it.mVerdict)
+        EXPECT_EQ(verdictOn(table, table, std::string(kLimits) + it.mRange).mVerdict, it.mVerdict)
             << it.mExpected << ' ' << it.mRange;
     }
 }

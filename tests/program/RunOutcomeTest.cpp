@@ -33,7 +33,7 @@ TEST(RunOutcomeTest, TellsAStoppedProgramFromOneThatEnded)
         {{}, false, 0, SIGSEGV, "killed 11", "program", 139},
         {kTime, false, 0, exited(3), "stopped 0", "time", 0},
         {kTime, false, 0, SIGTERM, "stopped 0", "time", 0},
-        {kTime, true, 0, SIGKILL, "stopped 0", "time", 0},
+        {kTime, true, 0, SIGKILL, "stopped 9", "time", 0},
         {kTime, false, 0, SIGKILL, "killed 9", "program", 137},
         {kTime, true, 0, SIGSEGV, "killed 11", "program", 139},
         {StopReason::NoBlock, false, 0, SIGTERM, "stopped 0", "no block", 124},
