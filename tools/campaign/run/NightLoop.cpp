@@ -6,6 +6,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 
@@ -184,8 +185,7 @@ void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisp
 {
     bool isInterrupted = false;
     while (!night.isOver()) {
-        std::vector<pollfd> files = desk.waitsFor();
-        files.push_back({ending.descriptor(), POLLIN, 0});
+        std::array<pollfd, 2> files = {desk.waitsFor(), pollfd{ending.descriptor(), POLLIN, 0}};
         poll(files.data(), files.size(), kTickMilliseconds);
         const Moment now = momentNow();
         desk.deliver(night, now);

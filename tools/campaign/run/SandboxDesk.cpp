@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstring>
 
 #include "base/CaseError.h"
@@ -44,6 +43,7 @@ void SandboxDesk::start(int run)
 {
     mStartProblem.reset();
     mIsRunEndKnown = false;
+    mReader.reset();
     mRecords = {};
     mEvents = {};
     try {
@@ -61,9 +61,6 @@ void SandboxDesk::startProgram(int run)
     Pipe events;
     const files::FileDescriptor log = mFolder.append("program.log");
     fcntl(records.mReadEnd.get(), F_SETPIPE_SZ, kPipeBytes); // the default will do as well
-    for (const int end : {records.mReadEnd.get(), events.mReadEnd.get()}) {
-        fcntl(end, F_SETFL, O_NONBLOCK);
-    }
     if (mSetup.mKeepsAll) {
         mRecords.mCopy = mFolder.append(fmt::format("recording-{}.bin", run));
         mEvents.mCopy = mFolder.append(fmt::format("events-{}.jsonl", run));
@@ -75,8 +72,8 @@ void SandboxDesk::startProgram(int run)
                     events.mWriteEnd.get()}});
     mCommands = std::move(commands.mWriteEnd);
     fcntl(mCommands.get(), F_SETFL, O_NONBLOCK);
-    mRecords.mPipe = std::move(records.mReadEnd);
-    mEvents.mPipe = std::move(events.mReadEnd);
+    mReader =
+        std::make_unique<StreamReader>(std::move(events.mReadEnd), std::move(records.mReadEnd));
 }
 
 std::vector<std::string> SandboxDesk::commandFor(int /*run*/) const
@@ -117,9 +114,9 @@ std::string SandboxDesk::keep(const std::string& name, const std::vector<SampleR
     return mFolder.keep(name, records);
 }
 
-std::vector<pollfd> SandboxDesk::waitsFor() const
+pollfd SandboxDesk::waitsFor() const
 {
-    return {{mEvents.mPipe.get(), POLLIN, 0}, {mRecords.mPipe.get(), POLLIN, 0}};
+    return {mReader ? mReader->descriptor() : -1, POLLIN, 0};
 }
 
 void SandboxDesk::deliver(Night& night, const Moment& now)
@@ -133,33 +130,21 @@ void SandboxDesk::deliver(Night& night, const Moment& now)
     if (!mSandbox) {
         return;
     }
-    readInto(&mEvents);
-    readInto(&mRecords);
+    const ArrivedBytes arrived = mReader->take();
+    mEvents.add(arrived.mEvents);
+    mRecords.add(arrived.mRecords);
     tellEvents(night, now);
     tellRecords(night, now);
-    if (!mEvents.mPipe.isOpen() && !mRecords.mPipe.isOpen()) {
+    if (arrived.mHasEnded) {
         tellEnd(night, now);
     }
 }
 
-/** Takes what is there; closes the pipe when all its writers have. */
-void SandboxDesk::readInto(Stream* stream)
+void SandboxDesk::Stream::add(const std::string& arrived)
 {
-    if (!stream->mPipe.isOpen()) {
-        return;
-    }
-    const size_t before = stream->mUnread.size();
-    stream->mUnread.resize(before + kPipeBytes);
-    const ssize_t count =
-        read(stream->mPipe.get(), stream->mUnread.data() + before, size_t{kPipeBytes});
-    stream->mUnread.resize(before + static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    const bool hasEnded = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
-    if (hasEnded) {
-        stream->mPipe.close();
-    }
-    const std::string arrived = stream->mUnread.substr(before);
-    if (stream->mCopy.isOpen() && !files::writeAll(stream->mCopy.get(), arrived)) {
-        stream->mCopy.close(); // a file with a gap is worse than a short one
+    mUnread += arrived;
+    if (mCopy.isOpen() && !files::writeAll(mCopy.get(), arrived)) {
+        mCopy.close(); // a file with a gap is worse than a short one
     }
 }
 
@@ -194,6 +179,7 @@ void SandboxDesk::tellEnd(Night& night, const Moment& now)
 {
     const int status = mSandbox->wait();
     mSandbox.reset();
+    mReader.reset();
     mCommands.close();
     night.programEnded(mIsRunEndKnown ? "" : endText(status), mRecords.mUnread.size(), now);
 }

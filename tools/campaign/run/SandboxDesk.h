@@ -9,6 +9,7 @@
 #include "run/Night.h"
 #include "run/NightFolder.h"
 #include "run/PlayRecordings.h"
+#include "run/StreamReader.h"
 
 namespace run {
 
@@ -49,8 +50,8 @@ public:
         mRecordings.end(name, isWanted);
     }
 
-    /** What to wait for: when one of these is readable, call deliver(). */
-    std::vector<pollfd> waitsFor() const;
+    /** What to wait for: when it is readable, call deliver(). */
+    pollfd waitsFor() const;
 
     /** Tells the night what has happened since the last call. Never waits. */
     void deliver(Night& night, const Moment& now);
@@ -59,14 +60,14 @@ private:
     /** What comes through one pipe. */
     struct Stream
     {
-        files::FileDescriptor mPipe;
+        void add(const std::string& arrived);
+
         std::string mUnread; ///< of a line or a record that has not arrived as a whole
         files::FileDescriptor mCopy;
     };
 
     void startProgram(int run);
     std::vector<std::string> commandFor(int run) const;
-    static void readInto(Stream* stream);
     void tellEvents(Night& night, const Moment& now);
     void tellRecords(Night& night, const Moment& now);
     void tellEnd(Night& night, const Moment& now);
@@ -76,6 +77,7 @@ private:
     PlayRecordings mRecordings;
     std::unique_ptr<ChildProcess> mSandbox;
     files::FileDescriptor mCommands; ///< standard input of the sandbox
+    std::unique_ptr<StreamReader> mReader;
     Stream mRecords;
     Stream mEvents;
     bool mIsRunEndKnown = false;
