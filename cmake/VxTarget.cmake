@@ -35,7 +35,8 @@ endfunction()
 
 # For code that runs once, such as the parsing of a command line, or only in tests: less optimisation
 # for a shorter build. With full optimisation its template headers would take twice as long.
-set(VX_BRIEF_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O1>" "$<$<CONFIG:RelWithDebInfo>:-g1>")
+set(VX_BRIEF_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O1>" "$<$<CONFIG:RelWithDebInfo>:-g1>"
+  "$<$<CONFIG:Debug>:-O0>")
 
 # vx_brief_target(<target>): as vx_target, for a target that has only such code.
 function(vx_brief_target target)

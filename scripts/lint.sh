@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 database=build/lint
 joined=build/lint-joined
 cmake --preset release -B "$database" -D CMAKE_UNITY_BUILD=OFF >/dev/null
-cmake --preset release -B "$joined" >/dev/null
+cmake --preset release -B "$joined" -D CMAKE_UNITY_BUILD_BATCH_SIZE=32 >/dev/null
 jobs=$(nproc)
 programs=(source externals tools)
 status=0
@@ -50,7 +50,8 @@ tidy() {
 folders=("$@")
 [[ $# -gt 0 ]] || folders=("${programs[@]}")
 
-# Joined, because the headers of the libraries take most of the time.
+# Joined, because the headers of the libraries take most of the time: 40 s for 32 files, where four
+# times 8 files take 140 s. (The compiler is faster with 8.)
 echo "lint: clang-tidy"
 tidy "$joined" --checks=-clang-analyzer-*,-bugprone-suspicious-include "${folders[@]}" || status=1
 

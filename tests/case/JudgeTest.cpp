@@ -13,7 +13,7 @@
 #include "explain/EventFiles.h"
 
 namespace {
-constexpr qint64 kStepNs = 55'555; // 50 Hz
+constexpr qint64 kSampleStepNs = 55'555; // 50 Hz
 
 using Numbers = std::vector<int>; ///< the auxiliary words of a file's samples
 
@@ -129,7 +129,7 @@ protected:
         for (size_t first = 0; first < numbers.size(); first += 360) {
             Block block;
             for (size_t i = first; i < std::min(numbers.size(), first + 360); ++i) {
-                mNowNs += kStepNs;
+                mNowNs += kSampleStepNs;
                 block.mRecords.push_back({quint32(mNowNs / 1'000'000'000),
                                           quint32(mNowNs % 1'000'000'000),
                                           quint32(numbers[i]),
@@ -217,8 +217,13 @@ protected:
         for (const Block& block : mBlocks) {
             const qint64 nowNs = waveform::stampNsOf(block.mRecords.back());
             for (const std::string& command : block.mCommands) {
-                judge.add(
-                    {explain::Event::Kind::Command, nowNs - kStepNs, true, 0, command, "", {}});
+                judge.add({explain::Event::Kind::Command,
+                           nowNs - kSampleStepNs,
+                           true,
+                           0,
+                           command,
+                           "",
+                           {}});
             }
             judge.add(
                 {explain::Event::Kind::Block, nowNs, true, block.mRecords.size(), "", "", {}});

@@ -16,7 +16,6 @@ constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMissingBefore2013 = 99999.0;
 constexpr double kLargestStamp = 1e17;
 constexpr size_t kLeadingFields = 2;
-constexpr unsigned kStatesInWord = 16;
 } // namespace
 
 /** The fields of a line, one after another. */

@@ -51,10 +51,12 @@ public:
     virtual void remarkOn(base::Remarks* remarks) const = 0;
 };
 
+/** Status channels in each word of a binary record. */
+inline constexpr size_t kStatesInWord = 16;
+
 /** Words of 16 states that one sample has. */
 inline size_t stateWords(const ComtradeHeader& header)
 {
-    constexpr size_t kStatesInWord = 16;
     return (header.mStatuses.size() + kStatesInWord - 1) / kStatesInWord;
 }
 

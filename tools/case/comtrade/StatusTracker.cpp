@@ -4,7 +4,6 @@ namespace comtrade {
 
 namespace {
 constexpr size_t kMaxChanges = 100'000; ///< kept of all channels
-constexpr size_t kStatesInWord = 16;
 } // namespace
 
 void StatusTracker::add(const ComtradeBlock& block, const std::vector<double>& seconds)

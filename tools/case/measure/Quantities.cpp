@@ -21,9 +21,9 @@ constexpr std::array<const char*, 3> kIntervalSuffixes{"", "-3s", "-10min"};
 
 const Channels& deviceChannelSet()
 {
-    static const Channels kChannels{Channel::UA, Channel::UB, Channel::UC, Channel::UN,
+    static const Channels kOfDevice{Channel::UA, Channel::UB, Channel::UC, Channel::UN,
                                     Channel::IA, Channel::IB, Channel::IC, Channel::IN};
-    return kChannels;
+    return kOfDevice;
 }
 
 /** One without orders and without longer intervals. */
