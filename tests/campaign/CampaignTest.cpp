@@ -38,6 +38,13 @@ TEST_F(CampaignTest, TheExampleNightPasses)
     const CommandResult again = runExample({});
     EXPECT_EQ(again.mExitCode, 2);
     EXPECT_THAT(again.mErrors, HasSubstr("night holds a night; name another folder"));
+
+    const CommandResult elsewhere =
+        mRunner.run({"sh", "-c", "mkfifo fifo && touch log && exec 3<>fifo && exec \"$@\"", "sh",
+                     VX_CAMPAIGN, "run", VX_EXAMPLES "/night.toml", "-o", "night", "--resume",
+                     "--fifo", "fifo", "--log", "log"});
+    EXPECT_EQ(elsewhere.mExitCode, 2) << elsewhere;
+    EXPECT_THAT(elsewhere.mErrors, HasSubstr("--resume: the night began without --fifo"));
 }
 
 TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)

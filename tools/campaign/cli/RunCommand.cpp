@@ -141,6 +141,16 @@ void expectSame(const std::string& now, const std::string& before, const std::st
     }
 }
 
+/** All verdicts of a night are of one kind: the stream was observed, or the log has answered. */
+void expectSameWay(const journal::NightBegin& night, const RunOptions& options)
+{
+    if (night.mIsObserved == options.isOnDevice()) {
+        throw CLI::ValidationError("--resume", night.mIsObserved
+                                                   ? "the night began without --fifo and --log"
+                                                   : "the night began with --fifo and --log");
+    }
+}
+
 Prepared prepare(RunOptions options)
 {
     Prepared prepared;
@@ -148,6 +158,7 @@ Prepared prepare(RunOptions options)
         static_cast<size_t>(QFileInfo(QString::fromStdString(journalOf(options))).size());
     const std::optional<journal::Journal> before = journalToResume(options);
     if (before) {
+        expectSameWay(*before->night(), options);
         selectCasesOf(*before->night(), &options);
     } else {
         expectNoFiles(options.mFolder);
