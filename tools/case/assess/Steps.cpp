@@ -195,8 +195,8 @@ double overshootOf(const Step& step, const std::vector<Sample>& expected,
 
 double wrapped(double degrees)
 {
-    constexpr double kTurn = 360.0;
-    return degrees - kTurn * std::floor(degrees / kTurn + 0.5);
+    constexpr double kTurnDegrees = 360.0;
+    return degrees - kTurnDegrees * std::floor(degrees / kTurnDegrees + 0.5);
 }
 
 std::vector<Step> findSteps(const std::vector<Sample>& samples, bool isAngle)
