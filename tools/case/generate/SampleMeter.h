@@ -29,8 +29,10 @@ enum class EventKind
     Interruption ///< a dip in which all voltages fall below the threshold of an interruption
 };
 
-/** From the begin of the first period beyond the threshold up to the end of the first one that is
- * back, as IEC 61000-4-30 has it. */
+/**
+ * From the begin of the first period beyond the threshold up to the end of the first one that is
+ * back, as IEC 61000-4-30 has it.
+ */
 struct EventSpan
 {
     Position mBegin;

@@ -204,7 +204,7 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     while (signal.read(block)) {
         progress.show(signal.progress());
         lines += block.size();
-        check.add(block, rows);
+        check.add(block);
         for (const auto& meter : meters.mAll) {
             meter->add(block, rows);
         }

@@ -36,7 +36,7 @@ bool isTurnedRound(const std::array<std::complex<double>, 3>& phases)
 }
 } // namespace
 
-void SignalCheck::add(const waveform::SignalBlock& block, MeasurementOutput& /*output*/)
+void SignalCheck::add(const waveform::SignalBlock& block)
 {
     for (size_t begin = 0; begin < block.size();) {
         const size_t end = std::min(block.size(), begin + kSamplesPerPeriod - mLine);

@@ -5,23 +5,23 @@
 #include <string>
 #include <vector>
 
-#include "measure/Meter.h"
 #include "measure/VoltageLevels.h"
+#include "waveform/SignalSource.h"
 
 namespace measure {
 
 /**
  * Looks for what was probably not meant: a nominal voltage that the signal does not have, phases
  * that turn the wrong way round. Takes periods of 360 lines as they come, so its values are rough
- * where the frequency is not that of the lines. Outputs no values, only remarks.
+ * where the frequency is not that of the lines. They are for remarks only.
  */
-class SignalCheck : public Meter
+class SignalCheck
 {
 public:
     explicit SignalCheck(double nominalVolts) : mNominalVolts(nominalVolts) {}
 
-    void add(const waveform::SignalBlock& block, MeasurementOutput& output) override;
-    void finish(MeasurementOutput& /*output*/) override {}
+    /** Takes the lines that come next. */
+    void add(const waveform::SignalBlock& block);
 
     /** For the user. */
     std::vector<std::string> remarks() const;

@@ -7,8 +7,10 @@
 
 namespace measure {
 
-/** The rms values of one voltage, counted in classes of 0.1 %: in memory that does not depend on
- * their number. */
+/**
+ * The rms values of one voltage, counted in classes of 0.1 %: the memory does not depend on their
+ * number.
+ */
 class VoltageLevels
 {
 public:
