@@ -29,7 +29,8 @@ void Fields::fail(const char* key, const std::string& expected, const Json& valu
 {
     std::string shown = value.dump(-1, ' ', true, Json::error_handler_t::replace);
     if (shown.size() > kMaxShownBytes) {
-        shown.replace(kMaxShownBytes, std::string::npos, "...");
+        shown.resize(kMaxShownBytes);
+        shown += "...";
     }
     throw base::CaseError(std::string(key) + ": " + expected + ", found " + shown);
 }
