@@ -319,7 +319,7 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
 /** What the events tell of the end counts, whatever the samples are. */
 TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
 {
-    constexpr qint64 kSecond = 1'000'000'000;
+    constexpr qint64 kRunNs = 1'000'000'000;
     const std::string over = R"("run":"ended","reason":"time")";
     const struct
     {
@@ -342,17 +342,17 @@ TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
          "0: a400.csv x3; !notSent 1 @1201; bad"},
         {[&] {
              send("s1", 0);
-             tell(over, kSecond);
+             tell(over, kRunNs);
          },
          "0: a400.csv x3; s1 ; good"},
         {[&] {
              send("s1", 0);
-             tell(over, kSecond + kSecond / 10);
+             tell(over, kRunNs + kRunNs / 10);
          },
          "0: a400.csv x3; !notFollowed 1 @1201; bad"},
         {[&] {
              send("s7", 0);
-             tell(over, kSecond + kSecond / 10);
+             tell(over, kRunNs + kRunNs / 10);
          },
          "0: a400.csv x3; s7 Wrong Config: 7; good"},
         {[&] {
@@ -374,14 +374,14 @@ TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
          },
          "0: a400.csv x3; s1 after 49999500; 1: b900.csv x1; 0: a400.csv x1; good"},
         // The slowest block takes 24 ms, and eleven are sent at once.
-        {[&] { tell(over, kSecond + 11 * 23'999'000); }, "0: a400.csv x3; good"},
-        {[&] { tell(over, kSecond + 12 * 24'000'000); }, "0: a400.csv x3; !silent 1 @1201; bad"},
-        {[&] { tell(R"("run":"ended","reason":"interrupted")", 2 * kSecond); },
+        {[&] { tell(over, kRunNs + 11 * 23'999'000); }, "0: a400.csv x3; good"},
+        {[&] { tell(over, kRunNs + 12 * 24'000'000); }, "0: a400.csv x3; !silent 1 @1201; bad"},
+        {[&] { tell(R"("run":"ended","reason":"interrupted")", 2 * kRunNs); },
          "0: a400.csv x3; !silent 1 @1201; bad"},
-        {[&] { tell(R"("run":"ended","reason":"program")", 2 * kSecond); }, "0: a400.csv x3; good"},
+        {[&] { tell(R"("run":"ended","reason":"program")", 2 * kRunNs); }, "0: a400.csv x3; good"},
         {[&] {
              send("2", 1'000);
-             tell(over, 9 * kSecond);
+             tell(over, 9 * kRunNs);
          },
          "0: a400.csv x3; 2 ; good"},
         {[&] { mEvents.clear(); }, "0: a400.csv x3; good"}, // those of vx-control alone

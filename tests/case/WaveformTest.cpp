@@ -8,7 +8,7 @@
 #include "waveform/Measures.h"
 
 namespace {
-constexpr double kRate = 4000.0; ///< samples a second
+constexpr double kSampleRate = 4000.0; ///< samples a second
 
 waveform::SignalDescription oneChannel(double nominalHz)
 {
@@ -28,7 +28,7 @@ waveform::Measures measured(const waveform::SignalDescription& description, doub
         block.mFirst = first;
         block.resize(1, std::min(blockSize, samples - first));
         for (size_t i = 0; i < block.size(); ++i) {
-            block.mSeconds[i] = static_cast<double>(first + i) / kRate;
+            block.mSeconds[i] = static_cast<double>(first + i) / kSampleRate;
             block.mValues[0][i] = 1.0 + 10.0 * std::sin(base::kTwoPi * hertz * block.mSeconds[i]);
         }
         measures.add(block);
@@ -45,7 +45,7 @@ TEST(MeasuresTest, AreThoseOfTheWhole)
     for (const size_t blockSize : {1, 3, 7, 80, 4000}) {
         const waveform::Measures measures = measured(description, 50.0, 4000, blockSize);
         EXPECT_EQ(measures.samples(), 4000U);
-        EXPECT_DOUBLE_EQ(measures.seconds(), 3999 / kRate);
+        EXPECT_DOUBLE_EQ(measures.seconds(), 3999 / kSampleRate);
         EXPECT_NEAR(measures.channel(0).mRms, std::sqrt(1.0 + 50.0), 1e-9) << blockSize;
         EXPECT_NEAR(measures.channel(0).mSmallest, -9.0, 1e-9) << blockSize;
         EXPECT_NEAR(measures.channel(0).mLargest, 11.0, 1e-9) << blockSize;
