@@ -5,24 +5,12 @@
 #include <complex>
 #include <map>
 
-#include "SampleStep.h"
 #include "base/Numbers.h"
 
 namespace generate {
 
 namespace {
 using Complex = std::complex<double>;
-
-/** A peak value below it is what is left of values that cancel each other. */
-constexpr double kNothing = 1e-6;
-
-double degreesOf(Complex phasor)
-{
-    constexpr double kDecimals = 1e9;
-    const double degrees =
-        std::round(std::arg(phasor) / base::kRadiansPerDegree * kDecimals) / kDecimals;
-    return degrees <= -180.0 ? degrees + 360.0 : degrees;
-}
 
 /** To -180 (excluded) to 180. */
 double normalizedDegrees(double degrees)
@@ -69,14 +57,14 @@ Spectra spectraOf(const WaveParameters& parameters)
 ChannelValues valuesOf(Spectrum spectrum)
 {
     const Complex fundamental = spectrum.mPhasors[1];
-    const bool hasFundamental = std::abs(fundamental) > kNothing;
+    const bool hasFundamental = !isNothing(fundamental);
     ChannelValues values{hasFundamental ? std::abs(fundamental) / std::sqrt(2.0) : 0.0,
-                         hasFundamental ? degreesOf(fundamental) : 0.0,
+                         degreesOf(fundamental),
                          {},
                          {}};
     double squares = 0.0;
     for (const auto& [order, phasor] : spectrum.mPhasors) {
-        if (order == 1 || std::abs(phasor) <= kNothing) {
+        if (order == 1 || isNothing(phasor)) {
             continue;
         }
         HarmonicValues harmonic{
@@ -94,12 +82,6 @@ ChannelValues valuesOf(Spectrum spectrum)
         values.mThdPercent = std::sqrt(squares) * kPercent;
     }
     return values;
-}
-
-/** What the receiver of the time stamps sees of a frequency in the file. */
-double playedHertz(float hertz)
-{
-    return base::kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
 }
 
 /** Computes the values of one description, part by part. */
@@ -281,6 +263,22 @@ ModulationValues ReferenceMeter::modulation(const Modulation& modulation) const
             modulation.mDepth * kPercent, modulation.mPhaseDepth};
 }
 } // namespace
+
+bool isNothing(std::complex<double> phasor)
+{
+    return std::abs(phasor) <= 1e-6;
+}
+
+double degreesOf(std::complex<double> phasor)
+{
+    if (isNothing(phasor)) {
+        return 0.0;
+    }
+    constexpr double kDecimals = 1e9;
+    const double degrees =
+        std::round(std::arg(phasor) / base::kRadiansPerDegree * kDecimals) / kDecimals;
+    return degrees <= -180.0 ? degrees + 360.0 : degrees;
+}
 
 SampleMeter sampleMeterFor(const ReferenceValues& values)
 {

@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 #include <array>
+#include <complex>
 #include <optional>
 #include <vector>
 
@@ -101,6 +102,12 @@ struct ReferenceValues
  * Requires: problemOf(parameters) is empty.
  */
 ReferenceValues referenceValuesOf(const WaveParameters& parameters);
+
+/** Whether it is what rounding leaves of phasors that cancel each other, in counts. */
+bool isNothing(std::complex<double> phasor);
+
+/** Above -180 to 180, without the last digits' rounding; 0 where there is nothing. */
+double degreesOf(std::complex<double> phasor);
 
 /** Measures such a wave: the declared voltage is that of the first channel. */
 SampleMeter sampleMeterFor(const ReferenceValues& values);

@@ -26,6 +26,11 @@ double hertzAt(const std::vector<FrequencyPoint>& course, double seconds)
 }
 } // namespace
 
+double playedHertz(float hertz)
+{
+    return base::kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
+}
+
 Timeline::Timeline(const WaveParameters& parameters)
     : mFrequency(parameters.mFrequency),
       mLineCount(std::llround(parameters.mDuration * double(parameters.mFrequency)) *

@@ -7,6 +7,9 @@
 
 namespace generate {
 
+/** What the receiver of the time stamps sees of a frequency in the file. */
+double playedHertz(float hertz);
+
 /** A line of the value file and when it is played. */
 struct Position
 {

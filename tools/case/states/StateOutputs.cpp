@@ -6,21 +6,15 @@
 #include <cmath>
 #include <complex>
 
-#include "SampleStep.h"
 #include "base/Numbers.h"
 #include "base/TextTable.h"
 #include "generate/MeasuredJson.h"
+#include "generate/ReferenceValues.h"
 
 namespace states {
 
 namespace {
 using generate::Json;
-
-/** Of the time stamps. */
-double playedHertz(float hertz)
-{
-    return base::kNanosecondsPerSecond / (double(sampleStepOf(hertz)) * kSamplesPerPeriod);
-}
 
 /** In counts, of the phasors as the state has them; the neutral by its rule. */
 std::array<std::complex<double>, kChannelCount> phasorsOf(const StatePlan& plan, const State& state)
@@ -34,21 +28,6 @@ std::array<std::complex<double>, kChannelCount> phasorsOf(const StatePlan& plan,
     }
     plan.mNeutral.applyTo(phasors);
     return phasors;
-}
-
-/** What is left of phasors that cancel each other. */
-bool isNothing(std::complex<double> phasor)
-{
-    return std::abs(phasor) < 1e-6;
-}
-
-double degreesOf(std::complex<double> phasor)
-{
-    if (isNothing(phasor)) {
-        return 0.0;
-    }
-    constexpr double kDecimals = 1e9;
-    return std::round(std::arg(phasor) / base::kRadiansPerDegree * kDecimals) / kDecimals;
 }
 
 Json jsonOf(const std::vector<StateHarmonic>& harmonics)
@@ -70,8 +49,8 @@ Json channelsOf(const StatePlan& plan, const StateSignal& signal, size_t number)
     for (size_t channel = 0; channel < phasors.size(); ++channel) {
         const std::complex<double> phasor = phasors[channel];
         Json json{{"channel", channel},
-                  {"fundamentalRms", isNothing(phasor) ? 0.0 : std::abs(phasor)},
-                  {"fundamentalDegrees", degreesOf(phasor)}};
+                  {"fundamentalRms", generate::isNothing(phasor) ? 0.0 : std::abs(phasor)},
+                  {"fundamentalDegrees", generate::degreesOf(phasor)}};
         const ChannelWave& wave = state.mChannels[channel];
         if (wave.mOffset && wave.mSince == number) {
             json["offset"] = signal.offsetOf(number, channel);
@@ -93,8 +72,8 @@ Json stateJson(const StatePlan& plan, const StateLayout& layout, const StateSign
             {"begin", generate::jsonOf(timeline.positionOf(begin))},
             {"end", generate::jsonOf(timeline.positionOf(end))},
             {"periods", double(end - begin) / kSamplesPerPeriod},
-            {"beginHertz", playedHertz(timeline.frequencyOf(begin))},
-            {"endHertz", playedHertz(timeline.frequencyOf(end - 1))},
+            {"beginHertz", generate::playedHertz(timeline.frequencyOf(begin))},
+            {"endHertz", generate::playedHertz(timeline.frequencyOf(end - 1))},
             {"channels", channelsOf(plan, signal, number)},
             {"voltageHarmonics", jsonOf(state.mVoltageHarmonics)},
             {"currentHarmonics", jsonOf(state.mCurrentHarmonics)}};
@@ -102,11 +81,11 @@ Json stateJson(const StatePlan& plan, const StateLayout& layout, const StateSign
 
 Json frequencyOf(const generate::Timeline& timeline)
 {
-    double min = playedHertz(timeline.frequencyOf(0));
+    double min = generate::playedHertz(timeline.frequencyOf(0));
     double max = min;
     for (qint64 line = 0; line < timeline.lineCount(); line += kSamplesPerPeriod) {
-        min = std::min(min, playedHertz(timeline.frequencyOf(line)));
-        max = std::max(max, playedHertz(timeline.frequencyOf(line)));
+        min = std::min(min, generate::playedHertz(timeline.frequencyOf(line)));
+        max = std::max(max, generate::playedHertz(timeline.frequencyOf(line)));
     }
     return {{"minimumHertz", min}, {"maximumHertz", max}};
 }
@@ -146,7 +125,7 @@ generate::SampleMeter sampleMeterFor(const StatePlan& plan)
 {
     std::array<double, kChannelCount> degrees{};
     const auto phasors = phasorsOf(plan, plan.mStates.front());
-    std::transform(phasors.begin(), phasors.end(), degrees.begin(), degreesOf);
+    std::transform(phasors.begin(), phasors.end(), degrees.begin(), generate::degreesOf);
     double declared = 0.0;
     for (const State& state : plan.mStates) {
         if (declared == 0.0) {
