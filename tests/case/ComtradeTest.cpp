@@ -221,6 +221,8 @@ TEST(ComtradeTest, OddRecordings)
         {"end mark of binary data", kindOf("BINARY"), threeRecords<qint16>(4) + "\x1a", plain},
         {"bytes too many", kindOf("BINARY"), threeRecords<qint16>(4) + "rest",
          plain + "4 bytes after the last whole record of 12 bytes: left out"},
+        {"a byte too many, no end mark", kindOf("BINARY"), threeRecords<qint16>(4) + "x",
+         plain + "1 bytes after the last whole record of 12 bytes: left out"},
         {"numbers wrap", {}, "4294967295,0,2,0\n0,1000,4,1\n1,2000,-6,1\n", plain},
         {"numbers jump",
          {},

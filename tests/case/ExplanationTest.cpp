@@ -360,6 +360,11 @@ TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
              tell(over, 2);
          },
          "0: a400.csv x3; !refused 360 @1201; bad"},
+        {[&] {
+             tell(R"("file":"adc-in","bytes":48,"accepted":false)", 1);
+             tell(over, 2);
+         },
+         "0: a400.csv x3; !refused 1 @1201; bad"},
         {[&] { tell(R"("file":"adc-in","bytes":17280,"accepted":false)", 1); },
          "0: a400.csv x3; good"},                                      // it may go on
         {[&] { mEvents += R"({"t":17000)"; }, "0: a400.csv x3; good"}, // is being written

@@ -222,6 +222,8 @@ TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
          "/modulations/1/phaseRadians", -2.0},
         {"--signal phase-modulation-1hz --set percent=-5 --set current-radians=-2",
          "/modulations/1/amplitudePercent", -5.0},
+        {"--signal phase-modulation-1hz", "/modulations/0/shape", "sine"},
+        {"--signal flicker-1620", "/modulations/0/shape", "rectangle"},
         {"--signal swell-110-50hz", "/events", nlohmann::json::array()},
         {"--signal interruption-250-50hz", "/events/0/kind", "interruption"},
         {"--signal steady-50hz --set seconds=1 --disturbance 0.5:0.5:0.5:0:0", "/events/0/end",

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "importing/CountLimiter.h"
+#include "importing/ImportPlan.h"
 #include "importing/ImportRemarks.h"
 
 namespace {
@@ -133,4 +134,16 @@ TEST(ImportRemarksTest, TellPeaksThatDiffer)
                   "peaks written differ from those recorded: channel 0 (A) by +1.1 %, channel 2 "
                   "(C) by -11.0 %, channel 4 (E) by -20.0 %"}));
     EXPECT_TRUE(importing::remarksOnPeaks({}).empty());
+}
+
+/** Where no fundamental can be followed, its phase is that of the nominal frequency. */
+TEST(ImportPlanTest, CountsNominalPeriodsWithoutATrack)
+{
+    importing::ImportPlan plan;
+    plan.mFrom = 0.5;
+    plan.mNominalHz = 60.0;
+    EXPECT_DOUBLE_EQ(plan.cyclesAt(0.75), 15.0);
+    EXPECT_DOUBLE_EQ(plan.cyclesAt(0.45), -3.0);
+    EXPECT_DOUBLE_EQ(plan.periodFrom(0.75), 1.0 / 60.0);
+    EXPECT_DOUBLE_EQ(plan.periodBefore(0.75), 1.0 / 60.0);
 }

@@ -162,6 +162,9 @@ TEST(ChangeDetectorTest, KeepsTheHighestScores)
     ASSERT_EQ(three.size(), 3);
     EXPECT_EQ(three[0].mSeconds, 3.0);
     EXPECT_EQ(three[1].mSeconds, 9.0);
+    const size_t hertz = 2; // behind both curves
+    EXPECT_EQ(detector.textOf({12.3456, 1.0, 0, hertz, 1234.4, 99.44}),
+              "12.35 s: 1234 Hz → 99.4 Hz");
 }
 
 /** A window that is opened late has what came before; what is forgotten is gone. */

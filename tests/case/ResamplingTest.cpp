@@ -321,3 +321,35 @@ TEST(RecorderTest, FastSourcesAreFiltered)
         ASSERT_NEAR(values[0], 0.0, 1e-5) << i;
     }
 }
+
+/** What is odd about its ends goes on beyond them as its mirror image: exact up to the last sample.
+ */
+TEST(RecorderTest, EndsAreMirrored)
+{
+    const auto valueAt = [](double seconds) {
+        return 3.0 + std::sin(ClosedForm::kTwoPi * 50.0 * seconds);
+    };
+    const std::vector<double> seconds = uniformTimes(4'800.0, 0.1);
+    std::vector<resampling::SourceColumn> columns(1);
+    std::transform(seconds.begin(), seconds.end(), std::back_inserter(columns[0].mValues), valueAt);
+    const resampling::SampleTimes times(seconds, true);
+    resampling::Interpolator interpolator(times, columns, 18'000.0);
+    std::vector<double> values;
+    for (double at = 7e-6; at < 0.1; at += 37e-6) {
+        interpolator.valuesAt(at, values);
+        ASSERT_NEAR(values[0], valueAt(at), 1e-5) << at;
+    }
+}
+
+/** Triangular numbers are on a parabola, so all that the cubics add is at the ends: tangents. */
+TEST(PhaseTrackTest, IsSmoothUpToItsEnds)
+{
+    const resampling::PhaseTrack track(2.0, 0.5, {0.0, 1.0, 3.0, 6.0}, {});
+    const std::pair<double, double> rows[] = {{1.5, -1.0},    {2.0, 0.0},    {2.25, 0.4375},
+                                              {2.5, 1.0},     {2.75, 1.875}, {3.0, 3.0},
+                                              {3.25, 4.4375}, {3.5, 6.0},    {4.0, 9.0}};
+    for (const auto& [seconds, cycles] : rows) {
+        EXPECT_NEAR(track.cyclesAt(seconds), cycles, 1e-12);
+        EXPECT_NEAR(track.secondsAt(cycles), seconds, 1e-9);
+    }
+}

@@ -264,6 +264,13 @@ current.A = "60@-70"
             ASSERT_LE(std::abs(sum - std::stoi(fields[12])), 2) << line;
         }
     }
+    runner.writeFile("f.toml",
+                     "[[state]]\nperiods = 2\n[[state]]\nperiods = 1\nfrequency = 48\n[[state]]\n"
+                     "periods = 1\nfrequency = 52\n[[state]]\nperiods = 2\nfrequency = 50\n");
+    EXPECT_EQ(generate("--states f.toml --truth f.json -o f.csv").mExitCode, 0);
+    const auto frequency = nlohmann::json::parse(runner.readFile("f.json"))["frequency"];
+    EXPECT_NEAR(frequency["minimumHertz"].get<double>(), 1e9 / (57870 * 360), 1e-6);
+    EXPECT_NEAR(frequency["maximumHertz"].get<double>(), 1e9 / (53418 * 360), 1e-6);
     EXPECT_EQ(generate("--states s.toml --frequency 60").mExitCode, 2);
     EXPECT_EQ(generate("--align").mExitCode, 2);
     EXPECT_EQ(generate("--states s.toml -o s.toml").mExitCode, 2);
