@@ -186,6 +186,11 @@ void SimulatedDesk::playBlock(run::Night& night, Block block)
         endProgram(night, end, "program");
         return;
     }
+    if (block.mKillsSandbox) {
+        mIsUp = false;
+        night.programEnded("vx-sandbox was killed by signal 9", 0, mNow);
+        return;
+    }
     mNow.mWallNs += block.mClockStepNs;
     const qint64 stallNs = block.mStallNs;
     const bool isLast = mPosition.mSample >= current().mSamples.size();

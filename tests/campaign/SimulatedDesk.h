@@ -50,7 +50,8 @@ struct Block
     int mConfiguration = 0;
     std::vector<SampleRecord> mRecords;
     bool mIsAccepted = true;
-    bool mKills = false;     ///< the program dies instead of writing it
+    bool mKills = false; ///< the program dies instead of writing it
+    bool mKillsSandbox = false;
     qint64 mClockStepNs = 0; ///< of the wall clock, just before it
     qint64 mStallNs = 0;     ///< the driver does not answer for so long, once it has the block
 };

@@ -29,25 +29,32 @@ void ArrivalCheck::add(const explain::Event& event)
     }
 }
 
-void ArrivalCheck::add(const SampleRecord* records, size_t count)
+bool ArrivalCheck::add(const SampleRecord* records, size_t count)
 {
+    bool isOffTime = false;
     for (; !mBlocks.empty() && mBlocks.front().mEnd <= mArrived + count; mBlocks.pop_front()) {
         const Block& block = mBlocks.front();
         if (block.mEnd > mArrived) { // else its records came before the event
-            check(block, records[block.mEnd - 1 - mArrived]);
+            isOffTime = check(block, records[block.mEnd - 1 - mArrived]) || isOffTime;
         }
     }
     mArrived += count;
+    return isOffTime;
 }
 
-void ArrivalCheck::check(const Block& block, const SampleRecord& last)
+/** @return whether it is off time */
+bool ArrivalCheck::check(const Block& block, const SampleRecord& last)
 {
     const qint64 stampNs = waveform::stampNsOf(last);
     const qint64 lateNs = block.mArrivalNs - stampNs;
-    const bool isOffTime = lateNs > kMaxLateNs || lateNs < -mMaxEarlyNs;
-    if (isOffTime && std::abs(lateNs) <= kMaxDriftNs) {
-        mOffTime.push_back({block.mEnd - 1, stampNs, lateNs});
+    const bool isOffTime =
+        (lateNs > kMaxLateNs || lateNs < -mMaxEarlyNs) && std::abs(lateNs) <= kMaxDriftNs;
+    if (isOffTime) {
+        mOffTime.push_back({block.mEnd - 1, stampNs, lateNs, mStall});
+    } else {
+        ++mStall;
     }
+    return isOffTime;
 }
 
 std::optional<OffTimeBlock> ArrivalCheck::take(std::optional<qint64> untilStampNs)
@@ -58,9 +65,17 @@ std::optional<OffTimeBlock> ArrivalCheck::take(std::optional<qint64> untilStampN
         if (!worst || std::abs(next.mLateNs) > std::abs(worst->mLateNs)) {
             worst = next;
         }
+        mTakenStall = next.mStall;
         mOffTime.pop_front();
     }
     return worst;
+}
+
+void ArrivalCheck::dropRest()
+{
+    while (!mOffTime.empty() && mOffTime.front().mStall == mTakenStall) {
+        mOffTime.pop_front();
+    }
 }
 
 } // namespace judge

@@ -15,6 +15,7 @@ struct OffTimeBlock
     size_t mRecord = 0;      ///< its last one, in the run, from 0
     qint64 mLastStampNs = 0; ///< of that record
     qint64 mLateNs = 0;      ///< from that stamp to the arrival, on the wall clock; negative: early
+    int mStall = 0;          ///< the same for blocks off time in a row: without one on time between
 
     /** What is wrong, in words. */
     std::string text() const;
@@ -43,8 +44,11 @@ public:
     /** Takes the event that happened next, before the records of that block. */
     void add(const explain::Event& event);
 
-    /** Takes the records that arrived next. */
-    void add(const SampleRecord* records, size_t count);
+    /**
+     * Takes the records that arrived next.
+     * @return whether a block that ends among them is off time
+     */
+    bool add(const SampleRecord* records, size_t count);
 
     /**
      * Takes out the blocks that are off time and end up to that time stamp, all of them without
@@ -53,6 +57,9 @@ public:
      */
     std::optional<OffTimeBlock> take(std::optional<qint64> untilStampNs);
 
+    /** Takes out the blocks that are in a row with the last one that was taken out. */
+    void dropRest();
+
 private:
     struct Block
     {
@@ -60,13 +67,15 @@ private:
         qint64 mArrivalNs;
     };
 
-    void check(const Block& block, const SampleRecord& last);
+    bool check(const Block& block, const SampleRecord& last);
 
     qint64 mMaxEarlyNs;
     size_t mSamplesInEvents = 0;
     size_t mArrived = 0;
     std::deque<Block> mBlocks; ///< whose last record has not arrived
     std::deque<OffTimeBlock> mOffTime;
+    int mStall = 1;      ///< of the next block that is off time
+    int mTakenStall = 0; ///< of the last block that was taken out
 };
 
 } // namespace judge

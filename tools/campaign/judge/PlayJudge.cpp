@@ -28,7 +28,7 @@ PlayJudge::PlayJudge(const explain::PlayPlan& plan)
 
 void PlayJudge::expect(int configuration, quint64 samples)
 {
-    mExpected = Expected{configuration, samples};
+    mExpected = Expected{configuration, samples, mSamples.arrived() + samples};
     mPlayed = Played();
     mHasBegun = false;
 }
@@ -46,12 +46,24 @@ void PlayJudge::add(const SampleRecord* records, size_t count)
     }
     countHeard(records, count);
     mSamples.add(records, count);
-    mArrivals.add(records, count);
+    mOffTimeNs = mArrivals.add(records, count) ? mHeardNs : mOffTimeNs;
     mJudge.add(records, count);
     closePlay();
-    if (!mExpected) { // what has arrived by now cannot be after the end of the next play
-        size_t index = mOutcomes.size();
+    judgeArrivals();
+}
+
+/** Of what cannot be after the end of the play that is expected, or of the next one. */
+void PlayJudge::judgeArrivals()
+{
+    size_t index = mOutcomes.size();
+    if (!mExpected) {
+        mArrivals.dropRest();
         findOffTime(std::nullopt, &index);
+        return;
+    }
+    const size_t end = std::min(mExpected->mMinEnd, mSamples.arrived());
+    if (const std::optional<qint64> stampNs = mSamples.stampNsAt(end - 1)) {
+        findOffTime(stampNs, &index);
     }
 }
 

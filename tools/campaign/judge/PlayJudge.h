@@ -54,8 +54,9 @@ inline constexpr const char* kOffTime = "offTime";
  *
  * A finding belongs to the play in whose range it is: after the last sample of the play before, up
  * to its own last sample. Samples that come twice belong to the play that they come from; findings
- * about the whole run belong to the current play. Blocks off time are one finding of a play, once
- * it is certain that they are in its range.
+ * about the whole run belong to the current play. Blocks off time are one finding of a play, as
+ * soon as it is certain that they are in its range; the steady signal that is still off time after
+ * it is none of the next play.
  *
  * Borrows the plan.
  */
@@ -85,6 +86,9 @@ public:
     /** How much signal has arrived, in ns of its own time; jumps of the time do not count. */
     qint64 heardNs() const { return mHeardNs; }
 
+    /** heardNs() when the last block off time had arrived; 0 when none was. */
+    qint64 offTimeNs() const { return mOffTimeNs; }
+
     /** Whether the driver has taken any sample, as far as the events tell. */
     bool hasBegun() const { return mJudge.recordsInEvents() > 0; }
 
@@ -95,6 +99,7 @@ private:
     {
         int mConfiguration;
         quint64 mSamples;
+        size_t mMinEnd; ///< in the run: what arrived before it is not after the end of the play
     };
 
     void add(const explain::PlayedSegment& segment) override;
@@ -106,6 +111,7 @@ private:
     void addFinding(Finding finding);
     bool belongsToPlayed(const Finding& finding) const;
     void closePlay();
+    void judgeArrivals();
     void findOffTime(std::optional<qint64> untilStampNs, size_t* index);
     void endPlay(Played::Ending ending, size_t index);
     bool plays(const explain::PlayedSegment& segment, int configuration) const;
@@ -117,6 +123,7 @@ private:
     ArrivalCheck mArrivals;
     bool mIsOffTimeFound = false; ///< since the last play
     qint64 mHeardNs = 0;
+    qint64 mOffTimeNs = 0;
     std::optional<qint64> mLastStampNs;
     std::optional<Expected> mExpected;
     Played mPlayed;

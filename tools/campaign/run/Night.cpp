@@ -30,6 +30,9 @@ constexpr qint64 kMaxClockRate = 1000;
 /** The steady signal may pass so often until it is certain that a case like it was played. */
 constexpr qint64 kMaxSteadyPasses = 10;
 
+/** Before a command it waits no longer until the stream is on time: of signal. */
+constexpr qint64 kMaxOffTimeNs = judge::ArrivalCheck::kMaxDriftNs;
+
 /** The sandbox kills a program that does not end 5 s after it was asked to. */
 constexpr qint64 kMaxStopNs = 15 * kSecondInNs;
 
@@ -93,7 +96,7 @@ void Night::add(const explain::Event& event, const Moment& now)
                          event.mSamples));
     }
     if (event.mKind == explain::Event::Kind::ProgramEnd) {
-        mHow = event.mText;
+        mHow = event.mText; // the judge finds it as well
     }
     mJudge->add(event);
 }
@@ -116,9 +119,11 @@ void Night::programEnded(const std::string& problem, size_t restBytes, const Mom
     schedule().setTime(now);
     const bool wasAsked = mState == State::Stopping;
     mState = State::Stopping;
-    mHow = mHow.empty() ? problem : mHow;
-    if (mHow.empty() && !wasAsked) {
-        mHow = "the program ended by itself";
+    if (mHow.empty()) {
+        mHow = problem.empty() && !wasAsked ? "the program ended by itself" : problem;
+        if (mJudge && !mHow.empty()) {
+            find(explain::nameOf(explain::FindingKind::Died).mKey, mHow);
+        }
     }
     if (!wasAsked) {
         countDeath();
@@ -136,9 +141,6 @@ void Night::judgeRest(size_t restBytes)
 {
     mJudge->finish(restBytes);
     takeOutcomes();
-    if (!mHow.empty() && !mIsDeathFound) {
-        find(explain::nameOf(explain::FindingKind::Died).mKey, mHow);
-    }
     if (playJournal().play() && playJournal().findings() > 0) {
         endPlay(mJudge->soFar());
     }
@@ -151,8 +153,13 @@ void Night::interrupt(const Moment& now)
     if (mState == State::Over) {
         return;
     }
+    const bool isFirst = !mEnd || mEnd->mReason != NightEnd::Reason::Interrupted;
     mEnd = NightEnd{NightEnd::Reason::Interrupted, ""};
-    if (mState == State::Waiting) {
+    if (!isFirst) {
+        mJudge.reset();
+        mDesk.kill();
+    }
+    if (!isFirst || mState == State::Waiting) {
         finish();
     } else if (isProgramUp()) {
         stopProgram();
@@ -198,7 +205,6 @@ void Night::startProgram()
     schedule().beginRun();
     mJudge.emplace(mPlan);
     mHow.clear();
-    mIsDeathFound = false;
     mLastHeardNs = schedule().now().mSteadyNs;
     beginPlay();
     mDesk.start(schedule().run());
@@ -241,8 +247,6 @@ void Night::takeOutcomes()
 
 void Night::take(const judge::Finding& finding)
 {
-    const bool isDeath = finding.mKind == explain::nameOf(explain::FindingKind::Died).mKey;
-    mIsDeathFound = mIsDeathFound || isDeath;
     playJournal().addFinding(
         {std::nullopt, finding.mKind, finding.mText, finding.mStampNs, keepSamples(finding)});
 }
@@ -341,11 +345,11 @@ qint64 Night::maxSilenceNs() const
            (isLoading ? samplesIn(mPlan) * kLoadingNsPerSample : 0);
 }
 
-/** Goes on when enough of the signal was heard. */
+/** Goes on when enough of the signal was heard; before a command, enough that was on time. */
 void Night::watchPlay()
 {
-    const qint64 heardNs = mJudge->heardNs() - mPhaseFromNs;
     if (mState == State::Playing) {
+        const qint64 heardNs = mJudge->heardNs() - mPhaseFromNs;
         if (heardNs > maxPlayNs()) {
             find("notPlayed",
                  fmt::format("the case did not play within {} s of signal after the command",
@@ -354,7 +358,9 @@ void Night::watchPlay()
         }
         return;
     }
-    if (heardNs < schedule().gapNs() || mJudge->samples().arrived() == 0) {
+    const qint64 fromNs =
+        std::clamp(mJudge->offTimeNs(), mPhaseFromNs, mPhaseFromNs + kMaxOffTimeNs);
+    if (mJudge->heardNs() - fromNs < schedule().gapNs() || mJudge->samples().arrived() == 0) {
         return;
     }
     if (mState == State::Gap) {

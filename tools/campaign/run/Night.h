@@ -84,10 +84,9 @@ private:
     std::optional<judge::PlayJudge> mJudge; ///< of this run; none: nobody listens any more
     qint64 mPhaseFromNs = 0;                ///< signal that was heard when the state began
     Moment mCommandedAt;
-    qint64 mLastHeardNs = 0; ///< on the steady clock
-    qint64 mStopNs = 0;      ///< on the steady clock: when it was asked to end
-    std::string mHow;        ///< the program died, in words
-    bool mIsDeathFound = false;
+    qint64 mLastHeardNs = 0;               ///< on the steady clock
+    qint64 mStopNs = 0;                    ///< on the steady clock: when it was asked to end
+    std::string mHow;                      ///< the program died, in words
     int mDeaths = 0;                       ///< since the last play that passed
     int mKeptOfPlay = 0;                   ///< files with samples
     std::optional<journal::NightEnd> mEnd; ///< how the night ends when the program has

@@ -23,7 +23,7 @@ public:
     void resume(const ResumePoint& point, const std::map<std::string, std::string>& environment,
                 const Moment& now);
 
-    /** The user wants it to end. */
+    /** The user wants it to end; the second time, at once. */
     virtual void interrupt(const Moment& now) = 0;
 
     /** Time passes; to be called often, after all that has happened by now. */
