@@ -1,7 +1,10 @@
 #include "journal/Entries.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "journal/Fields.h"
 
@@ -14,235 +17,271 @@ constexpr std::array<const char*, 3> kVerdictNames = {"passed", "failed", "not o
 constexpr std::array<const char*, 4> kReasonNames = {"done", "interrupted", "first failure",
                                                      "gave up"};
 
-/** Throws a CaseError for a text that is none of the names. */
-template <typename Enum, size_t Count>
-Enum namedAt(const Fields& fields, const char* key, const std::array<const char*, Count>& names)
+/** In the order of Step. */
+constexpr std::array<const char*, std::variant_size_v<Step>> kStepNames = {
+    "night", "resumed", "started", "begin", "command", "finding", "remark", "end", "ended", "over"};
+
+// The fields of each object, in the order in which they are written. Io is a FieldWriter or a
+// FieldReader; a number behind a field is the least that is read.
+
+template <typename Io>
+void fields(Io& io, typename Io::template Object<StagedCase> it)
 {
-    const auto found = std::find(names.begin(), names.end(), fields.text(key));
-    if (found == names.end()) {
-        Fields::fail(key, "not known", fields.at(key));
-    }
-    return static_cast<Enum>(found - names.begin());
+    io("name", it.mName);
+    io("number", it.mNumber, 1);
+    io("file", it.mFile);
+    io("samples", it.mSamples);
+    io("repetitions", it.mFileRepetitions);
+    io("durationNs", it.mDurationNs, 0);
+    io("times", it.mTimes, 1);
+    io("source", it.mSource);
+    io("expect", it.mExpected);
 }
 
-template <typename Value>
-void addOptional(Json* json, const char* key, const std::optional<Value>& value)
+template <typename Io>
+void fields(Io& io, typename Io::template Object<Measuring> it)
 {
-    if (value) {
-        (*json)[key] = *value;
-    }
+    io("countsPerVolt", it.mCountsPerVolt);
+    io("countsPerAmpere", it.mCountsPerAmpere);
+    io("nominalVolts", it.mNominalVolts);
+    io("nominalAmperes", it.mNominalAmperes);
+    io("nominalHz", it.mNominalHz);
 }
 
-Json jsonOf(const StagedCase& it)
+template <typename Io>
+void fields(Io& io, typename Io::template Object<NightBegin> it)
 {
-    return {{"name", it.mName},
-            {"number", it.mNumber},
-            {"file", it.mFile},
-            {"samples", it.mSamples},
-            {"repetitions", it.mFileRepetitions},
-            {"durationNs", it.mDurationNs},
-            {"times", it.mTimes},
-            {"source", it.mSource},
-            {"expect", it.mExpected}};
+    io("name", it.mName);
+    io("plan", it.mPlanPath);
+    io("planHash", it.mPlanHash);
+    io("stageHash", it.mStageHash);
+    io("observed", it.mIsObserved);
+    io("gapNs", it.mGapNs, 0);
+    io("seed", it.mSeed);
+    io("untilFailure", it.mUntilFailure);
+    io("cases", it.mCases);
+    io("order", it.mOrder, 0);
+    io("environment", it.mEnvironment);
+    io("measuring", it.mMeasuring);
 }
 
-StagedCase stagedCaseOf(const Fields& fields)
+template <typename Io>
+void fields(Io& io, typename Io::template Object<Resumed> it)
 {
-    StagedCase it;
-    it.mName = fields.text("name");
-    it.mNumber = fields.whole<int>("number", 1);
-    it.mFile = fields.text("file");
-    it.mSamples = fields.whole<quint64>("samples");
-    it.mFileRepetitions = fields.whole<quint64>("repetitions");
-    it.mDurationNs = fields.whole<qint64>("durationNs", 0);
-    it.mTimes = fields.whole<int>("times", 1);
-    it.mSource = fields.text("source");
-    it.mExpected = fields.texts("expect");
-    return it;
+    io("environment", it.mEnvironment);
 }
 
-Json jsonOf(const Measuring& it)
+template <typename Io>
+void fields(Io& io, typename Io::template Object<ProgramStarted> it)
 {
-    return {{"countsPerVolt", it.mCountsPerVolt},
-            {"countsPerAmpere", it.mCountsPerAmpere},
-            {"nominalVolts", it.mNominalVolts},
-            {"nominalAmperes", it.mNominalAmperes},
-            {"nominalHz", it.mNominalHz}};
+    io("run", it.mRun, 1);
 }
 
-Measuring measuringOf(const Fields& fields)
+template <typename Io>
+void fields(Io& io, typename Io::template Object<PlayBegin> it)
 {
-    return {fields.number("countsPerVolt"), fields.number("countsPerAmpere"),
-            fields.number("nominalVolts"), fields.number("nominalAmperes"),
-            fields.number("nominalHz")};
+    io("play", it.mPlay, 0);
 }
 
-/** Writes each kind of step; its name comes first. */
-struct Writer
+template <typename Io>
+void fields(Io& io, typename Io::template Object<CommandSent> it)
 {
-    Json* mJson;
+    io("play", it.mPlay, 0);
+    io("text", it.mText);
+}
 
-    Json& begin(const char* name) const
+template <typename Io>
+void fields(Io& io, typename Io::template Object<Finding> it)
+{
+    io("play", it.mPlay, 0);
+    io("kind", it.mKind);
+    io("text", it.mText);
+    io("stamp", it.mStampNs);
+    io("samples", it.mSamplesFile);
+}
+
+template <typename Io>
+void fields(Io& io, typename Io::template Object<Remark> it)
+{
+    io("text", it.mText);
+}
+
+template <typename Io>
+void fields(Io& io, typename Io::template Object<PlayEnd> it)
+{
+    io("play", it.mPlay, 0);
+    io.named("verdict", it.mVerdict, kVerdictNames);
+    io("firstStamp", it.mFirstStampNs);
+    io("lastStamp", it.mLastStampNs);
+    io("samples", it.mSamples);
+    io("delayNs", it.mDelayNs);
+    io("findings", it.mFindings);
+}
+
+template <typename Io>
+void fields(Io& io, typename Io::template Object<ProgramEnded> it)
+{
+    io("run", it.mRun, 1);
+    io("how", it.mHow);
+}
+
+template <typename Io>
+void fields(Io& io, typename Io::template Object<NightEnd> it)
+{
+    io.named("reason", it.mReason, kReasonNames);
+    io("text", it.mText);
+}
+
+/** Adds fields to an object. What is optional and not there is left out. */
+class FieldWriter
+{
+public:
+    template <typename Type>
+    using Object = const Type&;
+
+    explicit FieldWriter(Json& object) : mObject(object) {}
+
+    template <typename Value>
+    void operator()(const char* key, const Value& value, int /*min*/ = 0)
     {
-        (*mJson)["step"] = name;
-        return *mJson;
+        mObject[key] = value;
     }
 
-    void operator()(const NightBegin& step) const
+    template <typename Number>
+    void operator()(const char* key, const std::optional<Number>& value, int /*min*/ = 0)
     {
-        Json& json = begin("night");
-        json["name"] = step.mName;
-        json["plan"] = step.mPlanPath;
-        json["planHash"] = step.mPlanHash;
-        json["stageHash"] = step.mStageHash;
-        json["observed"] = step.mIsObserved;
-        json["gapNs"] = step.mGapNs;
-        addOptional(&json, "seed", step.mSeed);
-        json["untilFailure"] = step.mUntilFailure;
-        json["cases"] = Json::array();
-        for (const StagedCase& it : step.mCases) {
-            json["cases"].push_back(jsonOf(it));
+        if (value) {
+            mObject[key] = *value;
         }
-        json["order"] = step.mOrder;
-        json["environment"] = step.mEnvironment;
-        json["measuring"] = jsonOf(step.mMeasuring);
     }
 
-    void operator()(const Resumed& step) const
+    void operator()(const char* key, const Measuring& value) { mObject[key] = objectOf(value); }
+
+    void operator()(const char* key, const std::vector<StagedCase>& values)
     {
-        begin("resumed")["environment"] = step.mEnvironment;
+        mObject[key] = Json::array();
+        for (const StagedCase& it : values) {
+            mObject[key].push_back(objectOf(it));
+        }
     }
 
-    void operator()(const ProgramStarted& step) const { begin("started")["run"] = step.mRun; }
-
-    void operator()(const PlayBegin& step) const { begin("begin")["play"] = step.mPlay; }
-
-    void operator()(const CommandSent& step) const
+    template <typename Enum, typename Names>
+    void named(const char* key, Enum value, const Names& names)
     {
-        begin("command")["play"] = step.mPlay;
-        (*mJson)["text"] = step.mText;
+        mObject[key] = names.at(static_cast<size_t>(value));
     }
 
-    void operator()(const Finding& step) const
+private:
+    template <typename Value>
+    static Json objectOf(const Value& value)
     {
-        Json& json = begin("finding");
-        addOptional(&json, "play", step.mPlay);
-        json["kind"] = step.mKind;
-        json["text"] = step.mText;
-        addOptional(&json, "stamp", step.mStampNs);
-        json["samples"] = step.mSamplesFile;
+        Json object;
+        FieldWriter writer(object);
+        fields(writer, value);
+        return object;
     }
 
-    void operator()(const Remark& step) const { begin("remark")["text"] = step.mText; }
-
-    void operator()(const PlayEnd& step) const
-    {
-        Json& json = begin("end");
-        json["play"] = step.mPlay;
-        json["verdict"] = nameOf(step.mVerdict);
-        json["firstStamp"] = step.mFirstStampNs;
-        json["lastStamp"] = step.mLastStampNs;
-        json["samples"] = step.mSamples;
-        addOptional(&json, "delayNs", step.mDelayNs);
-        json["findings"] = step.mFindings;
-    }
-
-    void operator()(const ProgramEnded& step) const
-    {
-        begin("ended")["run"] = step.mRun;
-        (*mJson)["how"] = step.mHow;
-    }
-
-    void operator()(const NightEnd& step) const
-    {
-        begin("over")["reason"] = kReasonNames.at(static_cast<size_t>(step.mReason));
-        (*mJson)["text"] = step.mText;
-    }
+    Json& mObject;
 };
 
-std::vector<StagedCase> casesOf(const Fields& fields)
+/** Reads fields of an object. Throws a CaseError that names the field, see Fields. */
+class FieldReader
 {
-    std::vector<StagedCase> cases;
-    for (const Json& it : fields.at("cases")) {
-        cases.push_back(stagedCaseOf(Fields(it)));
-    }
-    return cases;
-}
+public:
+    template <typename Type>
+    using Object = Type&;
 
-std::vector<int> orderOf(const Fields& fields)
-{
-    std::vector<int> order;
-    for (const Json& it : fields.at("order")) {
-        order.push_back(Fields::wholeOf<int>(it, "order", 0));
-    }
-    return order;
-}
+    explicit FieldReader(const Json& object) : mFields(object) {}
 
-NightBegin nightOf(const Fields& fields)
+    void operator()(const char* key, std::string& value) { value = mFields.text(key); }
+    void operator()(const char* key, bool& value) { value = mFields.flag(key); }
+    void operator()(const char* key, double& value) { value = mFields.number(key); }
+    void operator()(const char* key, std::vector<std::string>& value)
+    {
+        value = mFields.texts(key);
+    }
+    void operator()(const char* key, std::map<std::string, std::string>& value)
+    {
+        value = mFields.textsByName(key);
+    }
+
+    template <typename Number>
+    void operator()(const char* key, Number& value, std::optional<int> min = std::nullopt)
+    {
+        value = mFields.whole<Number>(key, minOf<Number>(min));
+    }
+
+    template <typename Number>
+    void operator()(const char* key, std::optional<Number>& value,
+                    std::optional<int> min = std::nullopt)
+    {
+        value = mFields.optionalWhole<Number>(key, minOf<Number>(min));
+    }
+
+    void operator()(const char* key, std::vector<int>& values, int min)
+    {
+        for (const Json& it : mFields.at(key)) {
+            values.push_back(Fields::wholeOf<int>(it, key, min));
+        }
+    }
+
+    void operator()(const char* key, Measuring& value)
+    {
+        FieldReader reader(mFields.at(key));
+        fields(reader, value);
+    }
+
+    void operator()(const char* key, std::vector<StagedCase>& values)
+    {
+        for (const Json& it : mFields.at(key)) {
+            FieldReader reader(it);
+            fields(reader, values.emplace_back());
+        }
+    }
+
+    template <typename Enum, typename Names>
+    void named(const char* key, Enum& value, const Names& names)
+    {
+        const auto found = std::find(names.begin(), names.end(), mFields.text(key));
+        if (found == names.end()) {
+            Fields::fail(key, "not known", mFields.at(key));
+        }
+        value = static_cast<Enum>(found - names.begin());
+    }
+
+private:
+    template <typename Number>
+    static Number minOf(std::optional<int> min)
+    {
+        return min ? static_cast<Number>(*min) : std::numeric_limits<Number>::min();
+    }
+
+    Fields mFields;
+};
+
+/** Reads the step that has this index in Step. */
+template <size_t Index>
+Step stepAt(FieldReader& reader)
 {
-    NightBegin step;
-    step.mName = fields.text("name");
-    step.mPlanPath = fields.text("plan");
-    step.mPlanHash = fields.text("planHash");
-    step.mStageHash = fields.text("stageHash");
-    step.mIsObserved = fields.flag("observed");
-    step.mGapNs = fields.whole<qint64>("gapNs", 0);
-    step.mSeed = fields.optionalWhole<quint64>("seed");
-    step.mUntilFailure = fields.flag("untilFailure");
-    step.mCases = casesOf(fields);
-    step.mOrder = orderOf(fields);
-    step.mEnvironment = fields.textsByName("environment");
-    step.mMeasuring = measuringOf(Fields(fields.at("measuring")));
+    std::variant_alternative_t<Index, Step> step;
+    fields(reader, step);
     return step;
 }
 
-Finding findingOf(const Fields& fields)
+template <size_t... Indices>
+Step readStep(size_t index, FieldReader& reader, std::index_sequence<Indices...> /*all*/)
 {
-    return {fields.optionalWhole<int>("play", 0), fields.text("kind"), fields.text("text"),
-            fields.optionalWhole<qint64>("stamp"), fields.text("samples")};
+    using Reader = Step (*)(FieldReader&);
+    constexpr std::array<Reader, sizeof...(Indices)> kReaders = {&stepAt<Indices>...};
+    return kReaders.at(index)(reader);
 }
 
-PlayEnd playEndOf(const Fields& fields)
+Step stepOf(const Json& json)
 {
-    return {
-        fields.whole<int>("play", 0),       namedAt<PlayVerdict>(fields, "verdict", kVerdictNames),
-        fields.whole<qint64>("firstStamp"), fields.whole<qint64>("lastStamp"),
-        fields.whole<quint64>("samples"),   fields.optionalWhole<qint64>("delayNs"),
-        fields.whole<quint64>("findings")};
-}
-
-NightEnd nightEndOf(const Fields& fields)
-{
-    return {namedAt<NightEnd::Reason>(fields, "reason", kReasonNames), fields.text("text")};
-}
-
-/** Throws a CaseError for what is no step. */
-Step stepOf(const Fields& fields)
-{
-    using Reader = Step (*)(const Fields&);
-    static const std::map<std::string, Reader> readers = {
-        {"night", [](const Fields& it) { return Step(nightOf(it)); }},
-        {"resumed", [](const Fields& it) { return Step(Resumed{it.textsByName("environment")}); }},
-        {"started", [](const Fields& it) { return Step(ProgramStarted{it.whole<int>("run", 1)}); }},
-        {"begin", [](const Fields& it) { return Step(PlayBegin{it.whole<int>("play", 0)}); }},
-        {"command",
-         [](const Fields& it) {
-             return Step(CommandSent{it.whole<int>("play", 0), it.text("text")});
-         }},
-        {"finding", [](const Fields& it) { return Step(findingOf(it)); }},
-        {"remark", [](const Fields& it) { return Step(Remark{it.text("text")}); }},
-        {"end", [](const Fields& it) { return Step(playEndOf(it)); }},
-        {"ended",
-         [](const Fields& it) {
-             return Step(ProgramEnded{it.whole<int>("run", 1), it.text("how")});
-         }},
-        {"over", [](const Fields& it) { return Step(nightEndOf(it)); }},
-    };
-    const auto reader = readers.find(fields.text("step"));
-    if (reader == readers.end()) {
-        Fields::fail("step", "not known", fields.at("step"));
-    }
-    return reader->second(fields);
+    size_t index = 0;
+    FieldReader reader(json);
+    reader.named("step", index, kStepNames);
+    return readStep(index, reader, std::make_index_sequence<kStepNames.size()>());
 }
 } // namespace
 
@@ -251,18 +290,29 @@ std::string expectedName(const StagedCase& played, int play)
     return std::string(kExpectedFolder) + '/' + played.mName + '-' + std::to_string(play);
 }
 
+std::string playText(const StagedCase& played, int repetition)
+{
+    if (repetition > played.mTimes) {
+        return fmt::format("{} (repetition {})", played.mName, repetition);
+    }
+    return played.mTimes == 1
+               ? played.mName
+               : fmt::format("{} ({} of {})", played.mName, repetition, played.mTimes);
+}
+
 std::string lineOf(const Entry& entry)
 {
     Json json = {{"t", entry.mTimeNs}};
-    std::visit(Writer{&json}, entry.mStep);
+    FieldWriter writer(json);
+    writer.named("step", entry.mStep.index(), kStepNames);
+    std::visit([&writer](const auto& step) { fields(writer, step); }, entry.mStep);
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 Entry parseEntry(std::string_view line)
 {
     const Json json = Json::parse(line, nullptr, false);
-    const Fields fields(json);
-    return {fields.whole<qint64>("t"), stepOf(fields)};
+    return {Fields(json).whole<qint64>("t"), stepOf(json)};
 }
 
 const char* nameOf(PlayVerdict verdict)

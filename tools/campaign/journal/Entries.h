@@ -158,6 +158,13 @@ inline constexpr const char* kExpectedFolder = "expected";
  */
 std::string expectedName(const StagedCase& played, int play);
 
+/**
+ * A play as a reader knows it: "dip1", "dip1 (4 of 10)"; "dip1 (repetition 12)" where the plan is
+ * played again.
+ * @param repetition of the case, from 1
+ */
+std::string playText(const StagedCase& played, int repetition);
+
 /** One line without its line end. */
 std::string lineOf(const Entry& entry);
 

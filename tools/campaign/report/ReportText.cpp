@@ -150,13 +150,7 @@ std::string countText(quint64 count, const std::string& what)
 
 std::string playText(const NightSummary& night, const PlaySummary& play)
 {
-    const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
-    if (play.mRepetition > staged.mTimes) {
-        return fmt::format("{} (repetition {})", staged.mName, play.mRepetition);
-    }
-    return staged.mTimes == 1
-               ? staged.mName
-               : fmt::format("{} ({} of {})", staged.mName, play.mRepetition, staged.mTimes);
+    return journal::playText(night.mCases[play.mCase].mStaged, play.mRepetition);
 }
 
 std::string verdictText(const NightSummary& night)

@@ -2,6 +2,7 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <sys/signalfd.h>
 #include <time.h>
 #include <unistd.h>
@@ -24,6 +25,14 @@ qint64 nsOf(clockid_t clock)
     timespec time{};
     clock_gettime(clock, &time);
     return time.tv_sec * waveform::kSecondInNs + time.tv_nsec;
+}
+
+/** As much of it as a line of the terminal has room for: one that is wrapped would not go away. */
+std::string inOneLine(const std::string& text)
+{
+    winsize size{};
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return isKnown ? text.substr(0, size.ws_col - 1U) : text;
 }
 } // namespace
 
@@ -69,14 +78,10 @@ std::string progressText(const journal::NightBegin& night, const Progress& progr
     const auto ends = static_cast<time_t>(progress.mEndsAtNs / waveform::kSecondInNs);
     tm local{};
     localtime_r(&ends, &local);
-    const int times = progress.mCase->mTimes;
-    return fmt::format("case {} of {}  {}{}  {:.1f} s left  {}  ends {:%H:%M}",
-                       progress.mCaseIndex + 1, night.mCases.size(), progress.mCase->mName,
-                       times == 1 && progress.mRepetition == 1
-                           ? ""
-                           : fmt::format(" ({} of {})", progress.mRepetition, times),
-                       static_cast<double>(progress.mLeftNs) / waveform::kSecondInNs, findings,
-                       local);
+    return fmt::format(
+        "case {} of {}  {}  {:.1f} s left  {}  ends {:%H:%M}", progress.mCaseIndex + 1,
+        night.mCases.size(), playText(*progress.mCase, progress.mRepetition),
+        static_cast<double>(progress.mLeftNs) / waveform::kSecondInNs, findings, local);
 }
 
 NightDisplay::NightDisplay(const journal::NightBegin& night)
@@ -96,7 +101,7 @@ void NightDisplay::show(const Progress& progress, const Moment& now)
     }
     mNextNs = now.mSteadyNs + waveform::kSecondInNs / 10;
     mIsShown = true;
-    fmt::print(stderr, "\r{}\033[K", progressText(mNight, progress));
+    fmt::print(stderr, "\r{}\033[K", inOneLine(progressText(mNight, progress)));
     std::fflush(stderr);
 }
 
@@ -114,9 +119,7 @@ void NightDisplay::print(const journal::Finding& finding)
     std::string where = "outside the plays";
     if (finding.mPlay) {
         const PlayOrder order(mNight);
-        where =
-            fmt::format("{} ({} of {})", order.caseOf(*finding.mPlay).mName,
-                        order.repetitionOf(*finding.mPlay), order.caseOf(*finding.mPlay).mTimes);
+        where = playText(order.caseOf(*finding.mPlay), order.repetitionOf(*finding.mPlay));
     }
     fmt::print(stderr, "vx-campaign: {}: {}\n", where, finding.mText);
 }
@@ -127,6 +130,14 @@ void NightDisplay::print(const journal::Remark& remark)
     fmt::print(stderr, "vx-campaign: remark: {}\n", remark.mText);
 }
 
+void NightDisplay::print(const journal::NightEnd& end)
+{
+    clear();
+    if (!end.mText.empty()) {
+        fmt::print(stderr, "vx-campaign: the night ends: {}\n", end.mText);
+    }
+}
+
 void DisplayedJournal::append(const journal::Entry& entry)
 {
     mSink.append(entry);
@@ -134,6 +145,8 @@ void DisplayedJournal::append(const journal::Entry& entry)
         mDisplay.print(*finding);
     } else if (const auto* remark = std::get_if<journal::Remark>(&entry.mStep)) {
         mDisplay.print(*remark);
+    } else if (const auto* end = std::get_if<journal::NightEnd>(&entry.mStep)) {
+        mDisplay.print(*end);
     }
 }
 
@@ -183,18 +196,12 @@ void playNight(DeviceNight& night, RealDevice& device, EndingSignals& ending, Ni
 
 void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisplay& display)
 {
-    bool isInterrupted = false;
     while (!night.isOver()) {
         std::array<pollfd, 2> files = {desk.waitsFor(), pollfd{ending.descriptor(), POLLIN, 0}};
         poll(files.data(), files.size(), kTickMilliseconds);
         const Moment now = momentNow();
         desk.deliver(night, now);
         for (int count = ending.take(); count > 0; --count) {
-            if (isInterrupted) {
-                desk.kill();
-                return;
-            }
-            isInterrupted = true;
             night.interrupt(now);
         }
         night.tick(now);

@@ -44,6 +44,7 @@ public:
     /** Prints it on a line of its own. */
     void print(const journal::Finding& finding);
     void print(const journal::Remark& remark);
+    void print(const journal::NightEnd& end);
 
 private:
     void clear();
@@ -54,7 +55,8 @@ private:
     qint64 mNextNs = 0;
 };
 
-/** Passes the steps of a night on, and prints its findings and remarks. Borrows both. */
+/** Passes the steps of a night on, and prints its findings, its remarks and why it gives up.
+ * Borrows both. */
 class DisplayedJournal : public journal::JournalSink
 {
 public:
