@@ -257,13 +257,14 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
 {
     mRunner.writeFile("a.toml",
                       "gap = 1\n[[case]]\nsignal = \"steady-60hz\"\ntimes = 2\n"
-                      "seconds = 1\n[group.g]\ncases = [\"steady-60hz\"]\n");
+                      "seconds = 1\nexpect = [\"rms\"]\n[group.g]\ncases = [\"steady-60hz\"]\n");
     mRunner.writeFile("bad.toml", "gap = -1\n[[case]]\nfile = \"none.csv\"\n");
     const std::string table =
         "number  case         times  samples  repetitions  duration/s  source\n"
         "     0  steady           -      360            1       0.020  signal steady-50hz\n"
         "     1  steady-60hz      2    21600           60       1.000  signal steady-60hz\n"
         "memory for the samples: 0.0 MiB on the 32-bit device\n"
+        "recordings for the expected values: 7.0 MiB until the night is over\n"
         "1 case, 2 plays, 1 s between them: about 6.56 s\n";
     const std::tuple<Words, int, std::string, std::string> rows[] = {
         {{"a.toml", "--group", "g"}, 0, table, ""},

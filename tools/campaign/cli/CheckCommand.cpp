@@ -12,6 +12,7 @@
 #include "cli/Subcommands.h"
 #include "plan/Draft.h"
 #include "report/ReportText.h"
+#include "run/PlayRecordings.h"
 #include "stage/Stage.h"
 
 namespace cli {
@@ -36,6 +37,20 @@ std::vector<std::string> rowOf(const journal::StagedCase& it)
             it.mSource};
 }
 
+/** Empty where no case has expected values. */
+std::string recordingsText(const plan::Plan& plan, const stage::Stage& stage)
+{
+    const quint64 bytes = stage::recordingBytes(stage, plan.mGapNs);
+    if (bytes == 0) {
+        return "";
+    }
+    return fmt::format("recordings for the expected values: {:.1f} MiB until the night is over{}\n",
+                       double(bytes) / kBytesPerMebibyte,
+                       bytes > run::PlayRecordings::kMaxBytes
+                           ? "; at most 8 GiB are recorded, so play the rest in another night"
+                           : "");
+}
+
 std::string tableOf(const plan::Plan& plan, const stage::Stage& stage)
 {
     base::TextTable table(
@@ -48,14 +63,14 @@ std::string tableOf(const plan::Plan& plan, const stage::Stage& stage)
     for (const std::string& remark : stage.mRemarks) {
         text += "remark: " + remark + "\n";
     }
-    return text + fmt::format(
-                      "memory for the samples: {:.1f} MiB on the 32-bit device\n"
-                      "{}, {}, {:g} s between them: about {}\n",
-                      double(stage.mBytesOnDevice) / kBytesPerMebibyte,
-                      report::countText(stage.mCases.size(), "case"),
-                      report::countText(size_t(plan.playCount()), "play"),
-                      double(plan.mGapNs) * base::kSecondsPerNanosecond,
-                      report::durationText(stage::nightNs(stage, plan.mGapNs)));
+    text += fmt::format("memory for the samples: {:.1f} MiB on the 32-bit device\n",
+                        double(stage.mBytesOnDevice) / kBytesPerMebibyte) +
+            recordingsText(plan, stage);
+    return text + fmt::format("{}, {}, {:g} s between them: about {}\n",
+                              report::countText(stage.mCases.size(), "case"),
+                              report::countText(size_t(plan.playCount()), "play"),
+                              double(plan.mGapNs) * base::kSecondsPerNanosecond,
+                              report::durationText(stage::nightNs(stage, plan.mGapNs)));
 }
 
 /** In a folder that goes away, unless the user names one. */

@@ -77,6 +77,12 @@ bool expectSamePlan(const plan::Plan& plan, const std::string& path)
     return false;
 }
 
+/** From the end of a play to the begin of the next one. */
+qint64 betweenNs(const Stage& stage, qint64 gapNs)
+{
+    return gapNs + stage.mSteady.mDurationNs + kReactionNs;
+}
+
 void writePlan(const plan::Plan& plan, const std::string& path)
 {
     base::ResultFile copy(path);
@@ -113,6 +119,17 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
     return stage;
 }
 
+quint64 recordingBytes(const Stage& stage, qint64 gapNs)
+{
+    const double samplesPerNs = double(stage.mSteady.mSamples) / double(stage.mSteady.mDurationNs);
+    const auto around = static_cast<quint64>(double(2 * betweenNs(stage, gapNs)) * samplesPerNs);
+    quint64 samples = 0;
+    for (const journal::StagedCase& it : stage.mCases) {
+        samples += it.mExpected.empty() ? 0 : (it.mSamples + around) * quint64(it.mTimes);
+    }
+    return samples * sizeof(SampleRecord);
+}
+
 double nominalHz(const Stage& stage)
 {
     constexpr double kFifty = 50.0;
@@ -124,7 +141,7 @@ double nominalHz(const Stage& stage)
 
 qint64 nightNs(const Stage& stage, qint64 gapNs)
 {
-    const qint64 between = gapNs + stage.mSteady.mDurationNs + kReactionNs;
+    const qint64 between = betweenNs(stage, gapNs);
     qint64 night = between;
     for (const journal::StagedCase& it : stage.mCases) {
         night += (between + it.mDurationNs) * it.mTimes;

@@ -43,6 +43,12 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder);
 /** How long the night will be, about: gaps, waits for the end of the steady signal, and plays. */
 qint64 nightNs(const Stage& stage, qint64 gapNs);
 
+/**
+ * What the recordings of the plays whose expected values are wanted take on the disk until the
+ * night is over, about: 0 where there is none.
+ */
+quint64 recordingBytes(const Stage& stage, qint64 gapNs);
+
 /** The nominal frequency of the steady signal: 50 or 60 Hz, whichever is nearer. */
 double nominalHz(const Stage& stage);
 
