@@ -315,11 +315,11 @@ TEST(ClockTest, OffsetsOfTheClockAreNamed)
 TEST(JunitTest, AnyTextMakesAValidFile)
 {
     base::JunitFile file;
-    base::JunitSuite first = file.addSuite("a<b>\"&'", "all");
+    base::JunitSuite first = file.addSuite("a<b>\"&'", "all", "2026-11-25T22:00:01");
     first.addTest("good", "c", 1.5);
     first.addTest("bad \x01\n]]>", "c");
     first.fail("t", "m\x02<", "<text>\x1f");
-    base::JunitSuite second = file.addSuite("second", "all");
+    base::JunitSuite second = file.addSuite("second", "all", "");
     second.addTest("skipped", "c");
     second.skip("why");
     second.addTest("broken", "c");

@@ -368,15 +368,18 @@ TEST(LimitsTest, KnowsRampAndModulation)
         const char* mState;
         double mModulation; ///< of the magnitude, at 2 Hz
         double mRate;       ///< Hz/s
+        double mStep = 0.0; ///< of the magnitude, after 2 s
     };
     for (const Case& it : {Case{"steady", 0.0, 0.0},
+                           {"steady", 0.0, 0.0, 0.1},
                            {"ramp", 0.0, 1.0},
                            {"ramp", 0.0, 0.1},
                            {"varying", 0.1, 0.0}}) {
         ValueTable table;
         for (qint64 ns = kBegin; ns <= kBegin + 4 * kSecond; ns += kFrame) {
             const double seconds = double(ns - kBegin) * 1e-9;
-            const double swing = it.mModulation * std::cos(base::kTwoPi * 2.0 * seconds);
+            const double swing = it.mModulation * std::cos(base::kTwoPi * 2.0 * seconds) +
+                                 (seconds > 2.0 ? it.mStep : 0.0);
             table.series({"phasor-magnitude", "UA"}).add({ns, 230.0 * (1.0 + swing)});
             table.series({"phasor-angle", "UA"})
                 .add({ns, std::remainder(180.0 * it.mRate * seconds * seconds, 360.0)});

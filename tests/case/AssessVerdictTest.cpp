@@ -1,8 +1,11 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "assess/Assessment.h"
+#include "assess/AssessmentText.h"
 
 namespace {
 using assess::ValueTable;
@@ -116,11 +119,50 @@ TEST(VerdictTest, NoWindowWithAnEventIsJudged)
         const std::string duration = name.substr(0, name.rfind('-')) + "-duration";
         table.series({kind, "U"}).add({kFirst + 40 * kTenth, 100.0});
         table.series({duration, "U"}).add({kFirst + 40 * kTenth, 0.3});
-        const auto result = verdictOn(table, table, std::string(kLimits) + "after = 0\n");
+        const std::string limits = std::string(kLimits) + "after = 0\n[[limit]]\nquantity = '" +
+                                   duration + "'\nabsolute = 1\nfrom = 1\n";
+        const auto result = verdictOn(table, table, limits);
         for (const assess::SeriesResult& it : result.mSeries) {
             if (it.mKey.mQuantity == "rms") {
                 EXPECT_EQ(it.mJudged, 48U) << kind;
                 EXPECT_EQ(it.mCompared, 51U) << kind;
+            }
+        }
+        EXPECT_EQ(assess::verdictText(result),
+                  "good: 48 values within their limits; not judged: 4 values outside the "
+                  "conditions of the limits, 2 series without a limit");
+        EXPECT_THAT(
+            assess::junitOf(result, assess::parseLimits(limits, "l")),
+            testing::AllOf(testing::HasSubstr(R"(timestamp="2023-11-14T22:13:20")"),
+                           testing::HasSubstr(R"(tests="5" failures="0" errors="0" skipped="3")")));
+    }
+}
+
+/** A device may be off by just one period, however many digits the durations have. */
+TEST(VerdictTest, AnErrorThatEqualsItsLimitIsWithin)
+{
+    const auto tableWith = [](double seconds) {
+        ValueTable table;
+        table.series({"dip-residual", "U"}).add({kFirst, 100.0});
+        table.series({"dip-duration", "U"})
+            .add({kFirst, std::stod(fmt::format("{:.10g}", seconds))});
+        return table;
+    };
+    const assess::LimitTable limits = assess::readLimits("pq-a");
+    for (const double hertz : {50.0, 60.0}) {
+        for (const double halfPeriods : {2.0, 23.0, 1441.0, 36001.0, 360001.0}) {
+            for (const auto& [periods, verdict] : {std::pair(1.0, Verdict::Within),
+                                                   {-1.0, Verdict::Within},
+                                                   {1.001, Verdict::Beyond}}) {
+                const double seconds = (0.5 * halfPeriods + 2.0) / hertz;
+                const ValueTable expected = tableWith(seconds);
+                const ValueTable measured = tableWith(seconds - periods / hertz);
+                EXPECT_EQ(
+                    assess::Assessment(expected, measured, limits, {{230.0, 5.0, hertz}, {}, false})
+                        .result()
+                        .mVerdict,
+                    verdict)
+                    << hertz << ' ' << halfPeriods << ' ' << periods;
             }
         }
     }

@@ -116,6 +116,18 @@ std::vector<WorstValue> WorstList::take()
     std::stable_sort(mHeap.begin(), mHeap.end(), isWorse);
     return std::move(mHeap);
 }
+
+std::optional<qint64> beginOf(const ValueTable& values)
+{
+    std::optional<qint64> begin;
+    for (const auto& [key, series] : values.all()) {
+        if (!series.mSamples.empty()) {
+            const qint64 first = series.mSamples.front().mUtcNs;
+            begin = std::min(begin.value_or(first), first);
+        }
+    }
+    return begin;
+}
 } // namespace
 
 const char* nameOf(Verdict verdict)
@@ -140,6 +152,13 @@ const char* nameOf(Verdict verdict)
 double JudgedValue::load() const
 {
     return mLimit > 0.0 ? std::abs(mError) / mLimit : std::abs(mError);
+}
+
+bool isBeyond(const JudgedValue& value)
+{
+    constexpr double kRounding = 1e-9;
+    const double size = std::abs(value.mExpected) + std::abs(value.mMeasured) + value.mLimit;
+    return value.mLimit > 0.0 && std::abs(value.mError) > value.mLimit + kRounding * size;
 }
 
 /** Does the comparison. */
@@ -197,6 +216,7 @@ Assessment::Work::Work(const ValueTable& expected, const ValueTable& measured,
     std::sort(mResult.mSeries.begin(), mResult.mSeries.end(),
               [](const auto& a, const auto& b) { return a.mKey < b.mKey; });
     mResult.mVerdict = worstOf(mResult.mSeries);
+    mResult.mBeginUtcNs = beginOf(expected);
     mResult.mWorst = mWorst.take();
     findUnexpected();
     mResult.mFindings = lostValues(mResult.mSeries);

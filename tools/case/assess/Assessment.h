@@ -39,12 +39,11 @@ struct JudgedValue
     double load() const;
 };
 
-/** Rounding of a table's decimals is no error. */
-inline bool isBeyond(const JudgedValue& value)
-{
-    constexpr double kRounding = 1e-9;
-    return value.mLimit > 0.0 && value.load() > 1.0 + kRounding;
-}
+/**
+ * The one place where an error is held against its limit. What `vx-case measure` rounds, ten digits
+ * of each value, is no error: one that equals its limit is within.
+ */
+bool isBeyond(const JudgedValue& value);
 
 /** What became of one quantity and channel. */
 struct SeriesResult
@@ -75,6 +74,7 @@ struct WorstValue
 struct AssessmentResult
 {
     Verdict mVerdict = Verdict::NotObserved;
+    std::optional<qint64> mBeginUtcNs; ///< of the first expected value
     std::vector<SeriesResult> mSeries; ///< in the order of their names
     std::vector<WorstValue> mWorst;    ///< at most ten, the worst first; only with a limit
     std::vector<std::string>

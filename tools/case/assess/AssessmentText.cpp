@@ -261,7 +261,9 @@ std::string jsonOf(const AssessmentResult& result, const LimitTable& limits)
 std::string junitOf(const AssessmentResult& result, const LimitTable& limits)
 {
     base::JunitFile file;
-    base::JunitSuite suite = file.addSuite("vx-case judge", limits.mName);
+    const std::string begin = stampText(result.mBeginUtcNs.value_or(0));
+    base::JunitSuite suite =
+        file.addSuite("vx-case judge", limits.mName, begin.substr(0, begin.find('.')));
     for (const SeriesResult& it : result.mSeries) {
         suite.addTest(nameOf(it.mKey), limits.mName + "." + it.mKey.mQuantity);
         const std::string message = messageOf(it);

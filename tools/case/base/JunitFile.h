@@ -53,8 +53,7 @@ public:
      * @param timestamp when it began, "2026-11-25T22:00:01" in UTC
      */
     JunitSuite addSuite(const std::string& name, const std::string& package,
-                        const std::string& timestamp = "1970-01-01T00:00:00",
-                        const std::string& host = "localhost");
+                        const std::string& timestamp, const std::string& host = "localhost");
 
     std::string text() const;
 
