@@ -37,7 +37,7 @@ TEST_F(CampaignTest, TheExampleNightPasses)
 
     const CommandResult again = runExample({});
     EXPECT_EQ(again.mExitCode, 2);
-    EXPECT_THAT(again.mErrors, HasSubstr("night holds a night; name another folder"));
+    EXPECT_THAT(again.mErrors, HasSubstr("night has a night already; name another folder"));
 
     const CommandResult elsewhere =
         mRunner.run({"sh", "-c", "mkfifo fifo && touch log && exec 3<>fifo && exec \"$@\"", "sh",
@@ -73,7 +73,7 @@ TEST_F(CampaignTest, WhatCannotBePlayedIsRefused)
         {{"--fault", "adc-in:3s:EFOO"}, "vx-sandbox: --fault takes FILE:WHEN:WHAT"},
         {{"--seed", "1"}, "--seed requires --shuffle"},
         {{"--shuffle", "--seed", "-1"}, "--seed: '-1': expected a whole number, 0 to 1844"},
-        {{"--start-at", "2026-01-01T00:00"}, "--start-at: 2026-01-01T00:00 has passed"},
+        {{"--start-at", "2026-01-01T00:00"}, "--start-at: 2026-01-01T00:00 is in the past"},
         {{"--fifo", "none", "--log", "file"}, "--fifo: none: there is no such FIFO"},
         {{"--fifo", "file", "--log", "file"}, "--fifo: file: not a FIFO"},
         {{"--fifo", "fifo", "--log", "file"}, "--fifo: fifo: nobody reads it"},
@@ -125,7 +125,8 @@ TEST_F(CampaignTest, AFileOfTheUserIsNotOverwritten)
         mRunner.writeFile("night/" + name, "mine");
         const CommandResult result = runExample({"--only", "harmonics"});
         EXPECT_EQ(result.mExitCode, 2) << result;
-        EXPECT_THAT(result.mErrors, HasSubstr("night/" + name + " is there; name another folder"));
+        EXPECT_THAT(result.mErrors,
+                    HasSubstr("night/" + name + " already exists; name another folder"));
         EXPECT_EQ(mRunner.readFile("night/" + name), "mine");
     }
 }

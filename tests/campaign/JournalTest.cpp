@@ -182,12 +182,12 @@ TEST(JournalTest, StepsThatContradictThoseBeforeAreRefused)
     const Finding missing{0, "missing", "60 samples", std::nullopt, ""};
     const NightEnd done{NightEnd::Reason::Done, ""};
     const std::pair<std::vector<Step>, const char*> rows[] = {
-        {{ProgramStarted{1}}, ":1: step: the first one is no night"},
+        {{ProgramStarted{1}}, ":1: step: the first line is not a night"},
         {{night, night}, ":2: step: a second night"},
         {{wrongOrder}, ":1: order: expected indices of the 1 cases, found 1"},
         {{night, ProgramStarted{2}}, ":2: run: expected 1, found 2"},
-        {{night, PlayBegin{1}}, ":2: play: 1 begins, and it is not the next play of the plan"},
-        {{night, begin, begin}, ":3: play: 0 begins, and it is not the next play of the plan"},
+        {{night, PlayBegin{1}}, ":2: play: 1 begins, but it is not the next play of the plan"},
+        {{night, begin, begin}, ":3: play: 0 begins, but it is not the next play of the plan"},
         {{night, passed}, ":2: play: 0 has not begun"},
         {{night, begin, passed, missing}, ":4: play: 0 has not begun"},
         {{night, begin, withFinding}, ":3: verdict: passed, and the play has findings"},
@@ -195,9 +195,9 @@ TEST(JournalTest, StepsThatContradictThoseBeforeAreRefused)
          ":6: verdict: passed, and the play has findings"},
         {{night, begin, tooShort}, ":3: samples: 7199 of 7200, and the play passed"},
         {{night, begin, unseen}, ":3: verdict: not observed, and the night is observed"},
-        {{night, begin, passed, done}, ":4: reason: done, and not every play has ended"},
+        {{night, begin, passed, done}, ":4: reason: done, but not every play has ended"},
         {{night, NightEnd{NightEnd::Reason::Interrupted, ""}, ProgramStarted{1}},
-         ":3: step: expected none after the night is over"},
+         ":3: step: expected no step after the end of the night"},
     };
     const TestFiles files;
     for (const auto& [steps, message] : rows) {
@@ -210,8 +210,7 @@ TEST(JournalTest, StepsThatContradictThoseBeforeAreRefused)
             readJournal(path);
             ADD_FAILURE() << text;
         } catch (const base::CaseError& error) {
-            EXPECT_EQ(error.what(),
-                      path + message + "; expected a journal as vx-campaign run writes it");
+            EXPECT_EQ(error.what(), path + message + "; expected a journal of vx-campaign run");
         }
     }
 }
@@ -227,8 +226,7 @@ TEST(JournalTest, ALineInTheMiddleThatIsNoStepIsNamed)
         readJournal(path);
         ADD_FAILURE();
     } catch (const base::CaseError& error) {
-        EXPECT_EQ(error.what(),
-                  path + ":2: t: missing; expected a journal as vx-campaign run writes it");
+        EXPECT_EQ(error.what(), path + ":2: t: missing; expected a journal of vx-campaign run");
     }
 }
 

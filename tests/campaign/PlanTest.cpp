@@ -164,9 +164,9 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
          "2:10: signal: 'stedy-60hz': no signal has this name; near it are steady-60hz, "
          "steady-50hz, swell-110-50hz, and vx-case generate --list shows all"},
         {"[[case]]\nfile = \"\"",
-         "2:8: file: expected a text that is not empty and has no control characters"},
+         "2:8: file: expected a text without control characters, not empty"},
         {"[[case]]\nfile = \"a\\nb.csv\"",
-         "2:8: file: expected a text that is not empty and has no control characters"},
+         "2:8: file: expected a text without control characters, not empty"},
         {caseWith("set = { frequency = 9 }"),
          "3:21: set.frequency: expected a number of at least 10 and at most 400"},
         {caseWith("set = { phases = 1 }"),
@@ -195,11 +195,11 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
          "1:1: name: missing, and 'my file' cannot be one: " + name},
         {"[[case]]\nfile = \".csv\"", "1:1: name: missing, and '' cannot be one: " + name},
         {caseWith("name = \"steady\""),
-         "3:8: name: 'steady' is what plays between the cases; expected another"},
+         "3:8: name: 'steady' is the signal between the cases; expected another name"},
         {caseWith("times = 60000") + caseWith("name = \"b\"\ntimes = 60000"),
          "4:1: times: more than 100000 plays in all"},
         {caseWith("") + caseWith(""),
-         "4:1: name: the case of line 1 is 'steady-60hz', too; expected a name of its own"},
+         "4:1: name: the case of line 1 is 'steady-60hz', too; expected a unique name"},
         {caseWith("[group.short]"), "3:1: group.short.cases: missing; expected the names of cases"},
         {caseWith("[group.short]\ncases = [\"steady-50hz\"]"),
          "4:10: group.short.cases: 'steady-50hz': no case has this name; the nearest is "
@@ -213,16 +213,16 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
 TEST(PlanTest, MistakesInAnImportAreReported)
 {
     const std::pair<const char*, const char*> rows[] = {
-        {"loop = true\nafter = 1", "4:9: after: there is loop, too; expected one of the two"},
+        {"loop = true\nafter = 1", "4:9: after: loop is given, too; expected one of the two"},
         {"channels = \"8=UA\"",
          "3:12: channels: '8=UA': expected CHANNEL=SOURCE[*FACTOR][+...] with each channel from 0 "
          "to 7 once, for example 0=UA,1=17,3=0,7=IA+IB*-0.5"},
-        {"scale = 1", "3:9: scale: expected two numbers: counts for a volt and for an ampere"},
+        {"scale = 1", "3:9: scale: expected two numbers: counts per volt and per ampere"},
         {"side = \"left\"", "3:8: side: expected \"primary\" or \"secondary\""},
         {"frequency = 0",
          "3:13: frequency: expected \"track\", \"nominal\" or a frequency in Hz that can be "
          "played"},
-        {"encoding = \"klingon\"", "3:12: encoding: no encoding of this name is known"},
+        {"encoding = \"klingon\"", "3:12: encoding: unknown encoding"},
         {"clip = 1", "3:8: clip: expected true or false"},
         {"before = -1", "3:10: before: expected a number of at least 0 and at most 100000"},
     };

@@ -126,11 +126,11 @@ TEST_F(ReportPictureTest, WhatIsExpectedIsKnownAtEveryTimeStamp)
     ASSERT_EQ(rest.size(), 3U);
     EXPECT_EQ((*rest[1].mContent)[2], 5359U);
     EXPECT_EQ((*rest[2].mContent)[2], 1000U);
-    // Nothing is said of times at which another play may have been on.
+    // Nothing is said of times at which another play may have been in progress.
     const std::string error = errorOf([this] {
         mExpected.around(mNight, mNight.mPlays[0], kLastNs + 2 * kSecond, kLastNs + 3 * kSecond);
     });
-    EXPECT_EQ(error, "another play may have been on");
+    EXPECT_EQ(error, "another play may have been in progress");
 }
 
 TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)

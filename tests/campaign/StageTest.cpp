@@ -85,7 +85,7 @@ set = { seconds = 0.5 }
 )");
     EXPECT_EQ(staged("cases.conf"),
               "# made by vx-campaign from the plan \"night\"\n"
-              "# number of the configuration, how often in a row, value file\n"
+              "# configuration, repetitions, value file\n"
               "0,1,steady.csv\n1,1,first.csv\n2,60,mine.csv\n3,1,first.csv\n-1,0,\n");
     EXPECT_EQ(stage.mConfiguration, mFiles.path("night/stage/cases.conf"));
     EXPECT_THAT(QDir(QString::fromStdString(stage.mDirectory)).entryList(QDir::Files),
@@ -189,7 +189,7 @@ seconds = 5
         "  bad.csv:722: Wrong number of parameter. Expected: 13, found 1: 3\n"
         "night.toml:5:1: empty: empty.csv: has no samples to play\n"
         "night.toml:7:1: slow: slow.csv:361: frequency of 0.001 Hz cannot be played\n"
-        "night.toml:9:1: block: block.csv: is a value file already; name it with file\n"
+        "night.toml:9:1: block: block.csv: is a value file already; use the key file\n"
         "night.toml:11:1: states: states.toml:2:11: periods: expected a number above 0 and at "
         "most 1e+07\n"
         "night.toml:13:1: dip-80-250-50hz: seconds: the file alone lasts 5.500 s; expected no "
@@ -215,9 +215,8 @@ TEST_F(StageTest, ACaseLikeTheSteadySignalIsRefused)
         EXPECT_EQ(mistakesOf("steady = { file = \"steady.csv\" }\n"
                              "[[case]]\nfile = \"soak.csv\"\nseconds = 3600\n"),
                   isRefused
-                      ? "night.toml:2:1: soak: plays the same samples as the steady signal, so "
-                        "it cannot be seen whether it plays; change the signal of one of "
-                        "them, such as its amplitude"
+                      ? "night.toml:2:1: soak: has the same samples as the steady signal, so "
+                        "nobody could see it play; change one of the two, for example its amplitude"
                       : "");
         QDir(QString::fromStdString(mFiles.path("night"))).removeRecursively();
     }
@@ -241,8 +240,8 @@ TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
 
     mFiles.make("mine.csv", oneBlock("60"));
     EXPECT_EQ(mistakesOf(text),
-              "night/stage/mine.csv: is not what the plan makes; expected another folder, or the "
-              "plan and its files as they were");
+              "night/stage/mine.csv: differs from what the plan makes; name another folder, or "
+              "restore the plan and its files");
     EXPECT_EQ(staged("mine.csv"), oneBlock("50"));
 
     ASSERT_TRUE(QDir(QString::fromStdString(pathOf(""))).removeRecursively());

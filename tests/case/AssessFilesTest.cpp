@@ -85,10 +85,10 @@ TEST(MapTest, SaysWhatIsWrongAndWhere)
         {"time = 'T'\nformat = 'utc'\n",
          "2:10: format: expected iso, s, ms, us, ns or a pattern such as %d.%m.%Y %H:%M:%S.%f"},
         {"time = 'T'\nformat = '%Y-%q'\n",
-         "2:10: format: '%q' is not known; expected %Y %m %d %H %M %S %f %b %j %z or %%"},
+         "2:10: format: '%q' is unknown; expected %Y %m %d %H %M %S %f %b %j %z or %%"},
         {"time = 'T'\nformat = '%H:%M'\n", "2:10: format: expected a year, %Y, in it"},
         {"time = 'T'\nseparator = ','\ndecimal = ','\n",
-         "3:11: decimal: separator and decimal are the same sign"},
+         "3:11: decimal: separator and decimal are the same; expected different ones"},
         {"time = 'T'\nseparator = 'tab'\n",
          "2:13: separator: expected one of \",\", \";\", \"|\" or \"\\t\""},
         {"time = 'T'\nmissing = '-'\n",
@@ -96,19 +96,19 @@ TEST(MapTest, SaysWhatIsWrongAndWhere)
         {"time = 'T'\n[column]\nname = 'V'\n",
          "2:1: column: expected [[column]] before each column"},
         {"time = 'T'\n[[column]]\nname = 'V'\nquantity = 'Rms'\n",
-         "4:12: column.quantity: 'Rms' is not known; the nearest are rms, "},
+         "4:12: column.quantity: 'Rms' is unknown; the nearest are rms, "},
         {"time = 'T'\n[[column]]\nname = 'V'\nquantity = 'harmonic-51'\n",
-         "4:12: column.quantity: 'harmonic-51' is not known; the nearest are harmonic-"},
+         "4:12: column.quantity: 'harmonic-51' is unknown; the nearest are harmonic-"},
         {"time = 'T'\n[[column]]\nname = 'V'\nquantity = 'rms'\nchannel = 'UAA'\n",
-         "5:11: column.channel: 'UAA' is not known; the nearest are UA, "},
+         "5:11: column.channel: 'UAA' is unknown; the nearest are UA, "},
         {std::string(kWide) + "unit = 'Hz'\n",
          "6:8: column.unit: 'Hz' is no unit of rms, which is in 'V'"},
         {std::string(kWide) + "[[column]]\nname = 'W'\nquantity = 'rms'\nchannel = 'UA'\n",
-         "6:1: column: there are two of rms UA"},
+         "6:1: column: two columns with rms UA"},
         {"time = 'T'\n[long]\nquantity = 'Q'\n",
          "2:1: long.value: missing; expected the name of a column or its number"},
         {"time = 'T'\n[long]\nquantity = 'Q'\nvalue = 'V'\n[quantities]\nUrms = 'rmss'\n",
-         "6:8: quantities.Urms: 'rmss' is not known; the nearest are rms, "},
+         "6:8: quantities.Urms: 'rmss' is unknown; the nearest are rms, "},
     };
     for (const Case& it : cases) {
         EXPECT_THAT(errorIfAny([&it] { assess::parseMeasuredMap(it.mText, "m.toml"); }),
@@ -205,21 +205,22 @@ TEST(LimitFileTest, SaysWhatIsWrongAndWhere)
     };
     const Case cases[] = {
         {"", "2:1: quantity: missing"},
-        {"quantity = 'rmss'", "3:12: quantity: 'rmss' is not known; the nearest are rms, "},
+        {"quantity = 'rmss'", "3:12: quantity: 'rmss' is unknown; the nearest are rms, "},
         {"quantity = ['rms', 3]", "3:20: quantity: '' is not known"},
         {"quantity = 'rms'", "2:1: absolute: missing; a limit has absolute, reading or nominal"},
         {"quantity = 'rms'\nabsolute = 0", "4:12: absolute: expected a number above 0 and at most"},
         {"quantity = 'rms'\nabsolute = '2/f0'",
-         "4:12: absolute: expected a number above 0: only a time has periods or frames"},
+         "4:12: absolute: expected a number above 0: periods or frames are for times only"},
         {"quantity = 'dip-start'\nabsolute = '2/f1'",
          "4:12: absolute: expected seconds, periods as \"2/f0\" or frames as \"7/fr\""},
         {"quantity = 'pst'\nnominal = 1",
          "4:11: nominal: pst has no nominal value; expected absolute or reading"},
         {"quantity = 'rms'\nabsolute = 1\nfrom = '10'",
-         "5:8: from: expected a number, or percent of the nominal value as \"10 %\""},
+         "5:8: from: expected a number, or percent of the nominal value, such as \"10 %\""},
         {"quantity = 'rms'\nabsolute = 1\nfrom = '10 %'\nto = 20",
-         "6:6: to: expected percent, or no percent, as in from"},
-        {"quantity = 'rms'\nabsolute = 1\nfrom = 30\nto = 20", "6:6: to: expected more than from"},
+         "6:6: to: expected percent only if from has it, too"},
+        {"quantity = 'rms'\nabsolute = 1\nfrom = 30\nto = 20",
+         "6:6: to: expected a value above from"},
         {"quantity = 'rms'\nabsolute = 1\nwhile = 'calm'",
          "5:9: while: expected \"steady\", \"ramp\" or \"varying\""},
         {"quantity = 'rms'\nabsolute = 1\nafter = -1", "5:9: after: expected a number of at least"},
@@ -294,7 +295,7 @@ TEST_F(JudgeCommandTest, VerdictIsInTheFirstLineAndInTheStatus)
         {"e.csv e.csv --limits pq-a --nominal 230,5,50 --quantities pst", 1,
          "verdict: NOT OBSERVED: no value"},
         {"e.csv e.csv --limits pq-a", 2,
-         "vx-case: pq-a: the limit of rms UA refers to the nominal value: expected --nominal\n"},
+         "vx-case: pq-a: the limit of rms UA refers to the nominal value; expected --nominal\n"},
         {"e.csv d.csv --limits pq-a", 2,
          "vx-case: d.csv:1: no column 'utc'; the nearest is 'Zeit;U1;U2'"},
         {"e.csv no.csv --limits pq-a", 2, "vx-case: no.csv: no such file\n"},
@@ -327,7 +328,7 @@ TEST_F(JudgeCommandTest, ResultsAgree)
     const CommandResult result =
         mRunner.run(joined({"env", "PATH=.", VX_CASE, "judge"}, split(command)));
     EXPECT_EQ(result.mExitCode, 1) << result;
-    EXPECT_EQ(result.mErrors, "remark: 1 fields of the measured values hold no value\n");
+    EXPECT_EQ(result.mErrors, "remark: fields of the measured file without a value: 1\n");
 
     const std::string verdict = "BAD: 6 of 9 values beyond their limits, 1 missing";
     EXPECT_THAT(mRunner.readFile("told.txt"), StartsWith("verdict: " + verdict + "\n"));

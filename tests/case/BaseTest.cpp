@@ -84,7 +84,7 @@ TEST(BaseTest, RemarksAreFewAndTablesAligned)
     const std::vector<std::string> texts = remarks.take();
     ASSERT_EQ(texts.size(), 101U);
     EXPECT_EQ(texts[99], "odd 99");
-    EXPECT_EQ(texts[100], "and more of that");
+    EXPECT_EQ(texts[100], "and more like this");
     EXPECT_THAT(remarks.take(), ElementsAre());
     for (int i = 1; i <= 10; ++i) {
         remarks.addFor("silent", i);

@@ -83,8 +83,8 @@ TEST_F(CommandTest, WrongCommandLinesEndWithTwo)
 {
     for (const auto& [arguments, error] : std::vector<std::pair<std::string, std::string>>{
              {"", "A subcommand is required"},
-             {"nonsense", "'nonsense' is not known here"},
-             {"info --xx", "'--xx' is not known here"},
+             {"nonsense", "unknown argument 'nonsense'"},
+             {"info --xx", "unknown argument '--xx'"},
              {"explain r.bin", "--config is required"},
              {"explain r.bin --config c.conf --events e --events ./e",
               "--events: ./e is the same file as e: name each file once"},

@@ -253,7 +253,7 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         const char* mProblem;
     };
     const Case cases[] = {
-        {"extra", 2, "'extra' is not known here"},
+        {"extra", 2, "unknown argument 'extra'"},
         {"--frequency 49,95", 2, "--frequency: '49,95': expected HZ, for example 49.95"},
         {"--frequency 0", 2,
          "frequency 0 Hz: expected more than 1/360 Hz and at most 2777777 Hz, so that a 360th of a "

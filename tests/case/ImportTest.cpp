@@ -243,7 +243,7 @@ TEST(ImportTest, CommandMakesWhatCanBePlayed)
     EXPECT_THAT(readFile(value), HasSubstr("# made by vx-case import "));
     EXPECT_EQ(runner.run({VX_CASE, "check", configuration}).mExitCode, 0);
     EXPECT_EQ(runner.run({VX_CASE, "import", value}).mErrors,
-              "vx-case: " + value + ": is a value file already: it can be played as it is\n");
+              "vx-case: " + value + ": is a value file already; play it without an import\n");
 
     for (const Words& wrong : {Words{"--scale", "1"},
                                {"--side", "left"},

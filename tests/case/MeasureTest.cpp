@@ -296,7 +296,7 @@ TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
                   .mExitCode,
               0);
     const std::pair<const char*, const char*> rows[] = {
-        {"--quantities rms,harmonic", "'harmonic': expected some of rms-half,"},
+        {"--quantities rms,harmonic", "'harmonic': expected names of rms-half,"},
         {"--nominal 230,5", "'230,5': expected V,A,HZ with 50 or 60 Hz"},
         {"--nominal 230,5,16.7", "with 50 or 60 Hz"},
         {"--begin yesterday", "'yesterday': expected a time in UTC"},

@@ -197,9 +197,9 @@ TEST_F(OutputTest, ConfigurationsOfImportsHoldTheirNames)
         const CommandResult result =
             mRunner.run({VX_CASE, "import", "a\nb.cfg", "-o", name, "--configuration", "n.conf"});
         EXPECT_EQ(result.mExitCode, 1) << name;
-        EXPECT_THAT(result.mErrors, EndsWith("csv: expected a path without ',', '#', line ends "
-                                             "and blanks in a row, which a case configuration "
-                                             "cannot hold\n"));
+        EXPECT_THAT(result.mErrors,
+                    EndsWith("csv: a case configuration cannot have this path; expected one "
+                             "without ',', '#', line ends and repeated blanks\n"));
         EXPECT_EQ(mRunner.readFile(name) + mRunner.readFile("n.conf"), "") << name;
     }
     EXPECT_EQ(

@@ -202,14 +202,15 @@ TEST_F(TablePlotTest, SaysWhatIsWrong)
              {"t.csv --quantity pst", 1,
               "t.csv: no values of pst; it has harmonic, phasor-magnitude"},
              {"t.csv --quantity harmonics --at 9 -o x.svg", 1, "t.csv: no harmonics at 2026-01"},
-             {"t.csv --quantity harmonics --at now", 2, "of a table also UTC"},
-             {"t.csv --at 1", 2, "--at: of a table only with --quantity harmonics or phasors"},
-             {"t.csv --from 1", 2, "--from: does not apply to a table that measure wrote"},
+             {"t.csv --quantity harmonics --at now", 2, "for a table also UTC"},
+             {"t.csv --at 1", 2,
+              "--at: for a table, expected --quantity harmonics or phasors, too"},
+             {"t.csv --from 1", 2, "--from: does not apply to a table of measure"},
              {"t.csv --events e", 2, "--events: does not apply to a table"},
-             {"t.csv signal.csv", 2, "a table that measure wrote is drawn by itself"},
+             {"t.csv signal.csv", 2, "a table of measure must be the only input"},
              {"t.csv --quantity phasors", 2, "expected -o FILE"},
              {"wide.csv", 1, "without --wide and --json"},
-             {"signal.csv --quantity rms", 2, "'signal.csv' is no table that measure wrote"},
+             {"signal.csv --quantity rms", 2, "'signal.csv' is not a table of measure"},
              {"signal.csv --at 2026-01-01T00:00:00Z", 2, "expected seconds, 0 or more"}}) {
         const CommandResult result = plot(arguments);
         EXPECT_EQ(result.mExitCode, status) << arguments;

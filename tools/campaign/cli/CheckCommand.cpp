@@ -23,7 +23,7 @@ constexpr double kBytesPerMebibyte = 1048576.0;
 struct CheckOptions
 {
     PlanOptions mPlan;
-    std::string mFolder; ///< empty: what was made goes away
+    std::string mFolder; ///< empty: a temporary one
 };
 
 std::vector<std::string> rowOf(const journal::StagedCase& it)
@@ -73,7 +73,7 @@ std::string tableOf(const plan::Plan& plan, const stage::Stage& stage)
                               report::durationText(stage::nightNs(stage, plan.mGapNs)));
 }
 
-/** In a folder that goes away, unless the user names one. */
+/** Without a folder, in a temporary one. */
 stage::Stage makeIn(const std::string& folder, const plan::Plan& plan)
 {
     if (!folder.empty()) {
@@ -86,7 +86,7 @@ stage::Stage makeIn(const std::string& folder, const plan::Plan& plan)
     return stage::makeStage(plan, temporary.path().toStdString());
 }
 
-/** What is good is made although other cases are not: it may have mistakes of its own. */
+/** Good cases are made even if others are wrong, because making them may show more mistakes. */
 void check(const CheckOptions& options)
 {
     plan::Draft draft = plan::draftPlan(plan::planText(options.mPlan.mPlan), options.mPlan.mPlan);
@@ -108,10 +108,10 @@ void check(const CheckOptions& options)
 void addCheckCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
-        "check", "Makes and checks everything that a plan plays, and plays nothing");
+        "check", "Makes and checks the value files of a plan, without playing them");
     const auto options = std::make_shared<CheckOptions>();
     addPlanOptions(command, options->mPlan);
-    command.add_option("-o", options->mFolder, "Keeps what was made, in FOLDER/stage")
+    command.add_option("-o", options->mFolder, "Keeps the value files in FOLDER/stage")
         ->type_name("FOLDER");
     command.footer("Example:\n  vx-campaign check night.toml");
     command.callback([options] { check(*options); });

@@ -22,12 +22,13 @@ namespace cli {
 
 namespace {
 constexpr char kJudgeFooter[] =
-    R"(MEASURED is what a device measured during the night: a CSV that --map describes, or
-the format of vx-case measure. It is compared with FOLDER/expected, play by play. The
-result is in FOLDER/assessment.json, and in the reports, which are written again.
+    R"(MEASURED is what a device measured during the night: a CSV file that --map describes,
+or one in the format of vx-case measure. It is compared with FOLDER/expected, play by
+play. The result is in FOLDER/assessment.json and in the reports, which are written
+again.
 
-Exit status: 0 when every play passed and all that is expected was measured within the
-limits, 1 if not or if something was not observed, 2 for a wrong command line or file.
+Exit status: 0 if every play passed and all expected values were measured within the
+limits; 1 if not, or if something was not observed; 2 for a wrong command line or file.
 
 Example:
   vx-campaign judge night-0411 device.csv --map device.toml --limits pq-a)";
@@ -54,12 +55,12 @@ assess::Nominal nominalOf(const JudgeNightOptions& options, const report::NightS
 void remarkOnMeasured(const assess::ReadTable& measured)
 {
     if (!measured.mUnused.empty()) {
-        std::cerr << fmt::format("vx-campaign: remark: not known and not compared: {}\n",
+        std::cerr << fmt::format("vx-campaign: remark: unknown, not compared: {}\n",
                                  fmt::join(measured.mUnused, ", "));
     }
     if (measured.mMissing > 0) {
         std::cerr << fmt::format(
-            "vx-campaign: remark: {} fields of the measured values hold no value\n",
+            "vx-campaign: remark: fields of the measured file without a value: {}\n",
             measured.mMissing);
     }
 }
@@ -80,7 +81,7 @@ report::NightAssessment assessNight(const JudgeNightOptions& options)
     report::NightAssessment assessment = expected::judgeNight(options.mFolder, night, measured);
     if (assessment.mCases.empty()) {
         throw base::CaseError(options.mFolder +
-                              ": no case of the plan says what to expect; see the key 'expect'");
+                              ": no case has expected values; add the key 'expect' to the plan");
     }
     assessment.mJournalBytes = journal.mWholeBytes;
     return assessment;
@@ -115,7 +116,7 @@ void expectNoInputInFolder(const JudgeNightOptions& options)
     }
 }
 
-/** A wrong file is no bad verdict. */
+/** A wrong file has the status of a wrong command line, not that of a bad verdict. */
 report::NightAssessment assessOrRefuse(const JudgeNightOptions& options)
 {
     try {
@@ -142,11 +143,12 @@ void judgeNight(const JudgeNightOptions& options)
 void addJudgeCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
-        "judge", "Compares what a device measured in a night with what it should have measured");
+        "judge",
+        "Compares the values that a device measured during a night with the expected ones");
     command.footer(kJudgeFooter);
     const auto options = std::make_shared<JudgeNightOptions>();
     addNightArgument(command, options->mFolder);
-    command.add_option("MEASURED", options->mMeasured, "What the device says")
+    command.add_option("MEASURED", options->mMeasured, "Values that the device measured, CSV")
         ->required()
         ->type_name("");
     command
@@ -155,11 +157,11 @@ void addJudgeCommand(CLI::App& app)
             fmt::format("{}, or a file of limits", fmt::join(assess::builtInLimitNames(), ", ")))
         ->required()
         ->type_name("NAME|FILE");
-    command.add_option("--map", options->mMap, "What the columns of MEASURED are")
+    command.add_option("--map", options->mMap, "TOML file that describes the columns of MEASURED")
         ->type_name("FILE");
     commands::addNominalOption(
         command, [options](const commands::NominalValues& nominal) { options->mNominal = nominal; },
-        "Voltage to neutral, current and frequency that limits refer to (default: the plan's)");
+        "Nominal voltage to neutral, current and frequency (default: those of the plan)");
     command.callback([options] { judgeNight(*options); });
 }
 

@@ -9,7 +9,7 @@ namespace cli {
 
 void addNightArgument(CLI::App& command, std::string& folder)
 {
-    command.add_option("FOLDER", folder, "Folder of the night, that run wrote")
+    command.add_option("FOLDER", folder, "Folder of the night, written by run")
         ->required()
         ->type_name("")
         ->check([](const std::string& name) {
@@ -17,7 +17,7 @@ void addNightArgument(CLI::App& command, std::string& folder)
             return QFileInfo(QString::fromStdString(journal)).isFile()
                        ? std::string()
                        : name + ": has no " + report::kJournalFile +
-                             ": expected the folder of a night";
+                             "; expected the folder of a night";
         });
 }
 

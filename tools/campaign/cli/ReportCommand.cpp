@@ -12,11 +12,13 @@ namespace cli {
 
 namespace {
 constexpr char kReportFooter[] =
-    R"(Writes FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv again, from the journal of the night and
-what else is in the folder; also of a night that was cut off, or is still running.
+    R"(Writes FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv again, from the
+journal and the other files of the night. It also works for a night that was cut off
+or is still running.
 
-Exit status: 0 when every play passed, 1 when one did not, or the night was cut off or is still running, 2 when FOLDER is not the folder
-of a night, 130 when the night was interrupted.
+Exit status: 0 if every play passed; 1 if one did not, or the night was cut off or is
+still running; 2 if FOLDER is not the folder of a night; 130 if the night was
+interrupted.
 
 Example:
   vx-campaign report night-0411)";
@@ -34,7 +36,7 @@ void reportNight(const std::string& folder)
 
 void addReportCommand(CLI::App& app)
 {
-    CLI::App& command = *app.add_subcommand("report", "Reports on a night, from what is on disk");
+    CLI::App& command = *app.add_subcommand("report", "Writes the reports of a night again");
     command.footer(kReportFooter);
     const auto folder = std::make_shared<std::string>();
     addNightArgument(command, *folder);

@@ -33,8 +33,8 @@ constexpr char kRunFooter[] =
     R"(The reports are FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv. The first
 interrupt ends the night and writes its reports; the second ends it at once.
 
-Exit status: 0 when every play passed, 1 when one did not, 2 for a wrong plan or
-command line, 130 when the night was interrupted.
+Exit status: 0 if every play passed (with --fifo: was answered), 1 if one did not, 2 for
+a wrong plan or command line, 130 if the night was interrupted.
 
 Example:
   vx-campaign run night.toml -o night-0411)";
@@ -82,7 +82,7 @@ std::vector<int> orderOf(const std::vector<journal::StagedCase>& cases,
     }
     if (seed) {
         std::mt19937_64 random(*seed);
-        // Not std::shuffle, whose order is another one with another library.
+        // Not std::shuffle: its order depends on the standard library.
         for (size_t left = order.size(); left > 1; --left) {
             std::swap(order[left - 1], order[random() % left]);
         }
@@ -90,15 +90,15 @@ std::vector<int> orderOf(const std::vector<journal::StagedCase>& cases,
     return order;
 }
 
-/** The journal of a night that goes on; nothing when its first line was not written as a whole. */
+/** The journal of the night to resume; nothing if not even its first line is complete. */
 std::optional<journal::Journal> journalToResume(const RunOptions& options)
 {
     const std::string path = journalOf(options);
     const bool isThere = QFileInfo::exists(QString::fromStdString(path));
     if (isThere && !options.mResume) {
         throw CLI::ValidationError("-o", options.mFolder +
-                                             " holds a night; name another folder, or continue it "
-                                             "with --resume");
+                                             " has a night already; name another folder, or "
+                                             "continue it with --resume");
     }
     if (!isThere && options.mResume) {
         throw CLI::ValidationError("--resume", options.mFolder + " has no night to resume");
@@ -110,7 +110,7 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
     return journal && journal->night() != nullptr ? journal : std::nullopt;
 }
 
-/** What a file of the night is called may be a file of the user's. */
+/** An existing file of such a name may be the user's. */
 void expectNoFiles(const std::string& folder)
 {
     for (const char* name :
@@ -118,7 +118,7 @@ void expectNoFiles(const std::string& folder)
           journal::kExpectedFolder, "program.log", "recording-1.bin", "events-1.jsonl"}) {
         const std::string path = folder + '/' + name;
         if (QFileInfo::exists(QString::fromStdString(path))) {
-            throw CLI::ValidationError("-o", path + " is there; name another folder");
+            throw CLI::ValidationError("-o", path + " already exists; name another folder");
         }
     }
 }
@@ -136,8 +136,8 @@ void expectSame(const std::string& now, const std::string& before, const std::st
 {
     if (now != before) {
         throw plan::PlanError(what +
-                              ": has changed since the night began; begin a new one in "
-                              "another folder");
+                              ": changed since the night began; start a new night in another "
+                              "folder");
     }
 }
 
@@ -145,9 +145,10 @@ void expectSame(const std::string& now, const std::string& before, const std::st
 void expectSameWay(const journal::NightBegin& night, const RunOptions& options)
 {
     if (night.mIsObserved == options.isOnDevice()) {
-        throw CLI::ValidationError("--resume", night.mIsObserved
-                                                   ? "the night began without --fifo and --log"
-                                                   : "the night began with --fifo and --log");
+        throw CLI::ValidationError("--resume",
+                                   night.mIsObserved
+                                       ? "the night began without --fifo and --log; leave them out"
+                                       : "the night began with --fifo and --log; add them");
     }
 }
 
@@ -225,7 +226,7 @@ run::NightOptions nightOptionsOf(const RunOptions& options)
     const qint64 nowNs = run::momentNow().mWallNs;
     night.mStartAtNs = run::startTimeNs(options.mStartAt, nowNs);
     if (*night.mStartAtNs < nowNs) {
-        throw CLI::ValidationError("--start-at", options.mStartAt + " has passed");
+        throw CLI::ValidationError("--start-at", options.mStartAt + " is in the past");
     }
     std::cerr << "vx-campaign: begins at " << run::startTimeText(*night.mStartAtNs) << std::endl;
     return night;
@@ -312,40 +313,42 @@ std::string seedProblem(const std::string& text)
 void addNightOptions(CLI::App& command, RunOptions& options)
 {
     CLI::Option* const shuffle =
-        command.add_flag("--shuffle", options.mShuffle, "Plays in a random order");
-    command.add_option("--seed", options.mSeed, "The same seed gives the same random order")
+        command.add_flag("--shuffle", options.mShuffle, "Plays in random order");
+    command
+        .add_option("--seed", options.mSeed,
+                    "Seed of the random order; the same seed gives the same order")
         ->type_name("N")
         ->check(seedProblem)
         ->needs(shuffle);
     command.add_flag("--until-failure", options.mUntilFailure,
-                     "Plays the plan again and again, until a play fails");
+                     "Repeats the plan until a play fails");
     command
         .add_option("--start-at", options.mStartAt,
-                    "Begins at HH:MM or YYYY-MM-DDTHH:MM, local time")
+                    "Starts at HH:MM or YYYY-MM-DDTHH:MM, local time")
         ->type_name("TIME")
         ->check([](const std::string& text) { return run::startTimeProblem(text); });
     command
         .add_option("--fault", options.mFaults,
-                    "Fault of the driver for the first run of the program, as vx-sandbox takes "
-                    "it; repeatable")
+                    "Driver fault in the first run of the program, as for vx-sandbox; repeatable")
         ->type_name("FILE:WHEN:WHAT[:COUNT]")
         ->allow_extra_args(false);
     command
         .add_option("--keep", options.mKeep,
-                    "all: keeps the records and the events of each run of the program")
+                    "Keeps all records and events (default: the samples around findings)")
         ->type_name("all")
-        ->check(CLI::IsMember({"all"}));
+        ->check(CLI::IsMember({"all"}).description(""));
 }
 } // namespace
 
 void addRunCommand(CLI::App& app)
 {
     CLI::App& command =
-        *app.add_subcommand("run", "Plays the cases of a plan and judges what arrives");
+        *app.add_subcommand("run", "Plays the cases of a plan and judges the samples that arrive");
     command.footer(kRunFooter);
     const auto options = std::make_shared<RunOptions>();
     addPlanOptions(command, options->mPlan);
-    command.add_option("-o", options->mFolder, "Folder of the night")
+    command
+        .add_option("-o", options->mFolder, "Folder for the night: value files, journal, reports")
         ->type_name("FOLDER")
         ->check([](const std::string& folder) {
             return folder.empty() ? "expected the name of a folder" : "";
@@ -355,16 +358,17 @@ void addRunCommand(CLI::App& app)
     CLI::Option* const fifo =
         command
             .add_option("--fifo", options->mFifo,
-                        "Control FIFO of a program that runs on a device: it is commanded, and "
-                        "nothing is judged")
+                        "Control FIFO of a program that runs elsewhere, on a device: no sample is "
+                        "judged")
             ->type_name("FILE");
     CLI::Option* const log =
-        command.add_option("--log", options->mLog, "Log of that program, with its answers")
+        command
+            .add_option("--log", options->mLog, "Log of that program, which answers the commands")
             ->type_name("FILE")
             ->needs(fifo);
     fifo->needs(log)->excludes("--fault")->excludes("--keep");
     CLI::Option* const resume =
-        command.add_flag("--resume", options->mResume, "Goes on with the night in FOLDER");
+        command.add_flag("--resume", options->mResume, "Continues the night in FOLDER");
     for (const char* name : {"--only", "--group", "--shuffle", "--until-failure"}) {
         resume->excludes(command.get_option(name));
     }

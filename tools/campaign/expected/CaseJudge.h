@@ -7,14 +7,14 @@
 
 namespace expected {
 
-/** Joins the assessments of the plays of a case: of each quantity and channel the worst. */
+/** Combines the assessments of the plays of a case: the worst for each quantity and channel. */
 class CaseJudge
 {
 public:
-    /** @param play as a reader knows it */
+    /** @param play name for the reader, such as "dip1 (4 of 10)" */
     void add(const std::string& play, const assess::AssessmentResult& result);
 
-    /** A play that nothing is expected of. */
+    /** Adds a play without expected values. */
     void addNotObserved(const std::string& play, const std::string& reason);
 
     report::CaseAssessment finish();
@@ -31,7 +31,7 @@ private:
     void addBad(const std::string& play, const std::string& verdict, const std::string& text);
 
     std::map<assess::SeriesKey, Worst> mWorst;
-    report::CaseAssessment mAssessment; ///< what is wrong with whole plays, and remarks
+    report::CaseAssessment mAssessment; ///< faults of whole plays, and remarks
     size_t mPlays = 0;
     size_t mBadPlays = 0;
     std::string mFirstBad; ///< in words

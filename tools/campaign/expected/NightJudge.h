@@ -7,7 +7,7 @@
 
 namespace expected {
 
-/** What a night is held against. */
+/** What a device measured in a night, and the limits for it. */
 struct MeasuredNight
 {
     assess::ValueTable mValues; ///< of the whole night
@@ -16,10 +16,10 @@ struct MeasuredNight
 };
 
 /**
- * Compares what was measured with the expected values of each play, and both with limits. A play
- * without expected values is not observed, which is never good.
- * @throws CaseError for a file in FOLDER/expected that cannot be read, or a nominal value that a
- *         limit needs and nobody has given
+ * Compares the measured values with the expected values of each play, and applies the limits. A
+ * play without expected values is not observed, and so not good.
+ * @throws CaseError for a file in FOLDER/expected that cannot be read, or a missing nominal value
+ *         that a limit needs
  */
 report::NightAssessment judgeNight(const std::string& folder, const report::NightSummary& night,
                                    const MeasuredNight& measured);

@@ -62,7 +62,7 @@ std::vector<std::string> measurePlay(const report::NightSummary& night,
 {
     const std::string recording = name + ".bin";
     if (!exists(recording)) {
-        throw base::CaseError("its records were not kept: there was no room for them");
+        throw base::CaseError("its records were not kept, because there was no room");
     }
     const quint64 count = recordsOf(play, recording);
     if (count != play.mSamples) {

@@ -5,16 +5,16 @@
 
 #include "report/NightSummary.h"
 
-/** What should be measured in the plays of a night, and what somebody says that he measured. */
+/** Expected values of the plays of a night, and the comparison with what a device measured. */
 namespace expected {
 
 /**
  * Measures the recordings of the plays that passed, as vx-case measure does, writes
- * FOLDER/expected/NAME-PLAY.csv and removes the recording. What is there already is kept.
+ * FOLDER/expected/NAME-PLAY.csv and removes the recording. Existing files are kept.
  *
- * Done when the night is over: measuring takes the time that the stream needs.
+ * To be called when the night is over, because the stream needs the computing time until then.
  *
- * @return remarks: what had to be assumed, and why a play that passed has no expected values
+ * @return remarks: assumptions, and why a passed play has no expected values
  */
 std::vector<std::string> measurePlays(const std::string& folder, const report::NightSummary& night);
 

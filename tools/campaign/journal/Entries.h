@@ -11,15 +11,15 @@
 namespace journal {
 
 /**
- * The steps of a night, as they stand in the journal: one JSON object a line. Each is on the disk
- * before the step after it begins. So whoever reads the journal knows what was done, and at most
- * one step more was begun.
+ * The steps of a night in the journal: one JSON object per line. Each is on the disk before the
+ * next step begins. So the journal has all steps that were done, and lacks at most one that had
+ * begun.
  *
- * Times are nanoseconds since the epoch, UTC. A play is one repetition of a case; plays are
- * numbered from 0 in the order in which they were meant to be played.
+ * Times are nanoseconds since the epoch, UTC. A play is one repetition of a case. Plays are
+ * numbered from 0 in their planned order.
  */
 
-/** A case as it was made ready to be played. */
+/** A case that is ready to be played. */
 struct StagedCase
 {
     std::string mName;
@@ -28,19 +28,19 @@ struct StagedCase
     quint64 mSamples = 0;               ///< of one play, with the repetitions of the file
     quint64 mFileRepetitions = 1;       ///< of the value file in one play
     qint64 mDurationNs = 0;             ///< of one play
-    int mTimes = 1;                     ///< how often the plan wants it
-    std::string mSource;                ///< what it is made from, in words: "signal dip-70-25-50hz"
-    std::vector<std::string> mExpected; ///< quantities whose expected values are wanted
+    int mTimes = 1;                     ///< number of plays
+    std::string mSource;                ///< in words: "signal dip-70-25-50hz"
+    std::vector<std::string> mExpected; ///< groups of quantities to compute expected values for
 };
 
-/** How what arrived is measured, for the cases whose expected values are wanted. */
+/** Settings for measuring the expected values. */
 struct Measuring
 {
     double mCountsPerVolt = 1000.0;
     double mCountsPerAmpere = 1000.0;
-    double mNominalVolts = 230.0; ///< phase to neutral, rms; what percent refers to
+    double mNominalVolts = 230.0; ///< phase to neutral, rms
     double mNominalAmperes = 5.0;
-    double mNominalHz = 0.0; ///< 50 or 60; 0: as the steady signal has it
+    double mNominalHz = 0.0; ///< 50 or 60; 0: that of the steady signal
 };
 
 /** The first line. */
@@ -50,17 +50,17 @@ struct NightBegin
     std::string mPlanPath;   ///< as given
     std::string mPlanHash;   ///< SHA-256 of the plan's text
     std::string mStageHash;  ///< SHA-256 of all value files and their configuration, in order
-    bool mIsObserved = true; ///< false on a device, where the stream cannot be seen
+    bool mIsObserved = true; ///< false on a device, where the stream cannot be observed
     qint64 mGapNs = 0;
     std::optional<quint64> mSeed; ///< of the shuffled order
-    bool mUntilFailure = false;   ///< the plan is played again and again, until a play fails
+    bool mUntilFailure = false;   ///< the plan is repeated until a play fails
     std::vector<StagedCase> mCases;
     std::vector<int> mOrder;                         ///< for each play the index of its case
     std::map<std::string, std::string> mEnvironment; ///< versions, machine, state of the clock
     Measuring mMeasuring;
 };
 
-/** The night goes on after it was cut off. */
+/** The night continues after it was cut off. */
 struct Resumed
 {
     std::map<std::string, std::string> mEnvironment;
@@ -85,26 +85,26 @@ struct CommandSent
     std::string mText;
 };
 
-/** Something is wrong. */
+/** An error in a play or in the night. */
 struct Finding
 {
-    std::optional<int> mPlay; ///< none: before the first or after the last one
-    std::string mKind;        ///< as explain names it ("missing"), or one of the campaign's own
-    std::string mText;        ///< in words
+    std::optional<int> mPlay;       ///< none: before the first or after the last one
+    std::string mKind;              ///< a kind of explain ("missing"), or one of the campaign
+    std::string mText;              ///< in words
     std::optional<qint64> mStampNs; ///< time stamp of the sample it is at
     std::string mSamplesFile; ///< kept samples around it, relative to the folder; may be empty
 };
 
-/** Worth knowing, and nobody's fault: no play fails of it. */
+/** Worth knowing, but no play fails because of it. */
 struct Remark
 {
     std::string mText;
 };
 
-/** What became of a play. */
+/** The result of a play. */
 enum class PlayVerdict
 {
-    Passed, ///< played, and all of it arrived
+    Passed, ///< all samples arrived
     Failed,
     NotObserved, ///< commanded and answered, on a device
 };
@@ -124,7 +124,7 @@ struct PlayEnd
 struct ProgramEnded
 {
     int mRun = 0;
-    std::string mHow; ///< in words; empty when it was stopped as planned
+    std::string mHow; ///< in words; empty if it was stopped as planned
 };
 
 /** The last line of a night that was not cut off. */
@@ -153,8 +153,8 @@ struct Entry
 inline constexpr const char* kExpectedFolder = "expected";
 
 /**
- * Where the expected values of a play are, without the suffix, relative to the folder of the night:
- * "expected/dip1-3". Its records have ".bin" until they are measured, the values ".csv".
+ * Name of the files of a play, without suffix, relative to the folder of the night:
+ * "expected/dip1-3". The expected values have ".csv", the records, until they are measured, ".bin".
  */
 std::string expectedName(const StagedCase& played, int play);
 
@@ -168,10 +168,10 @@ std::string playText(const StagedCase& played, int repetition);
 /** One line without its line end. */
 std::string lineOf(const Entry& entry);
 
-/** @throws CaseError, which names the field, when the line is no entry */
+/** @throws CaseError with the name of the field, if the line is not an entry */
 Entry parseEntry(std::string_view line);
 
-/** As it stands in the journal and in the tables: "passed", "failed", "not observed". */
+/** Name in the journal and in the tables: "passed", "failed", "not observed". */
 const char* nameOf(PlayVerdict verdict);
 
 } // namespace journal

@@ -12,7 +12,8 @@ namespace journal {
 
 /**
  * The fields of one JSON object of a journal. Nothing is converted: a number that does not fit is
- * an error. Each throws a CaseError that begins with the name of the field. Borrows the object.
+ * an error. All functions throw a CaseError that begins with the name of the field. Borrows the
+ * object.
  */
 class Fields
 {
@@ -30,7 +31,7 @@ public:
     std::vector<std::string> texts(const char* key) const;
     std::map<std::string, std::string> textsByName(const char* key) const;
 
-    /** A whole number that Number can hold, and not below the least one. */
+    /** A whole number that fits Number and is at least `min`. */
     template <typename Number>
     Number whole(const char* key, Number min = std::numeric_limits<Number>::min()) const
     {
@@ -44,7 +45,7 @@ public:
         return has(key) ? std::make_optional(whole<Number>(key, min)) : std::nullopt;
     }
 
-    /** Likewise of an element of an array. */
+    /** The same for an element of an array. */
     template <typename Number>
     static Number wholeOf(const Json& value, const char* key, Number min)
     {

@@ -57,7 +57,7 @@ private:
         }
         const bool isFirst = mJournal.mEntries.empty();
         if (isFirst != std::holds_alternative<NightBegin>(entry->mStep)) {
-            fail(isFirst ? "step: the first one is no night" : "step: a second night");
+            fail(isFirst ? "step: the first line is not a night" : "step: a second night");
         }
         try {
             mOrder.add(entry->mStep);
@@ -87,10 +87,8 @@ private:
 
     [[noreturn]] void fail(const std::string& what) const
     {
-        throw base::CaseError(
-            fmt::format("{}:{}: {}; expected a journal as vx-campaign run writes "
-                        "it",
-                        mFile.name(), mJournal.mEntries.size() + 1, what));
+        throw base::CaseError(fmt::format("{}:{}: {}; expected a journal of vx-campaign run",
+                                          mFile.name(), mJournal.mEntries.size() + 1, what));
     }
 
     base::InputFile mFile;

@@ -26,7 +26,7 @@ JournalWriter::JournalWriter(const std::string& path, size_t keepBytes, size_t f
         fail(errno);
     }
     if (::flock(mFile.get(), LOCK_EX | LOCK_NB) != 0) {
-        throw base::CaseError(path + ": another vx-campaign is writing it");
+        throw base::CaseError(path + ": another vx-campaign is writing it; wait for its end");
     }
     expectSize(foundBytes);
     cutAt(keepBytes);
@@ -59,7 +59,8 @@ void JournalWriter::expectSize(size_t bytes) const
         fail(errno);
     }
     if (static_cast<size_t>(status.st_size) != bytes) {
-        throw base::CaseError(mPath + ": another vx-campaign has written it by now");
+        throw base::CaseError(mPath +
+                              ": another vx-campaign has written it in the meantime; run it again");
     }
 }
 

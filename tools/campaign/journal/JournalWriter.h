@@ -17,8 +17,8 @@ public:
     virtual ~JournalSink() = default;
 
     /**
-     * Returns once the entry will survive whatever happens.
-     * @throws CaseError when it will not; the entries before it do
+     * Returns once the entry is safely stored.
+     * @throws CaseError if it cannot be stored; the entries before it are
      */
     virtual void append(const Entry& entry) = 0;
 };
@@ -31,10 +31,10 @@ class JournalWriter : public JournalSink
 {
 public:
     /**
-     * Makes the journal, or goes on with it.
-     * @param keepBytes of an existing journal: Journal::mWholeBytes; what is behind it goes
-     * @param foundBytes its size when it was read; 0 when there was none
-     * @throws CaseError when it cannot be opened, another process writes it, or has written it
+     * Creates the journal, or continues an existing one.
+     * @param keepBytes Journal::mWholeBytes of an existing journal; the rest is cut off
+     * @param foundBytes its size when it was read; 0 if there was none
+     * @throws CaseError if it cannot be opened, another process writes it, or has written it
      *         since it was read
      */
     JournalWriter(const std::string& path, size_t keepBytes, size_t foundBytes);
@@ -53,7 +53,7 @@ private:
     size_t mBytes;
 };
 
-/** Whether a process is writing this journal just now. */
+/** Whether a process is writing this journal. */
 bool isBeingWritten(const std::string& path);
 
 } // namespace journal

@@ -9,7 +9,7 @@ namespace journal {
 void StepOrder::add(const Step& step)
 {
     if (mIsOver && !std::holds_alternative<Resumed>(step)) {
-        throw base::CaseError("step: expected none after the night is over");
+        throw base::CaseError("step: expected no step after the end of the night");
     }
     std::visit([this](const auto& it) { take(it); }, step);
 }
@@ -46,7 +46,7 @@ void StepOrder::take(const PlayBegin& step)
         !mSamples.empty() && (mIsEndless || static_cast<size_t>(step.mPlay) < mSamples.size());
     if (step.mPlay != mNext || mIsPlaying || !isInPlan) {
         throw base::CaseError(
-            fmt::format("play: {} begins, and it is not the next play of the plan", step.mPlay));
+            fmt::format("play: {} begins, but it is not the next play of the plan", step.mPlay));
     }
     mIsPlaying = true;
 }
@@ -84,7 +84,7 @@ void StepOrder::take(const NightEnd& step)
 {
     const bool isDone = step.mReason == NightEnd::Reason::Done;
     if (isDone && static_cast<size_t>(mNext) < mSamples.size()) {
-        throw base::CaseError("reason: done, and not every play has ended");
+        throw base::CaseError("reason: done, but not every play has ended");
     }
     mIsOver = true;
 }
@@ -103,17 +103,17 @@ void StepOrder::expectVerdict(const PlayEnd& step) const
     }
     if (mHasFindings || step.mFindings > 0) {
         throw base::CaseError(
-            fmt::format("verdict: {}, and the play has findings", nameOf(step.mVerdict)));
+            fmt::format("verdict: {}, but the play has findings", nameOf(step.mVerdict)));
     }
     const bool isObserved = step.mVerdict == PlayVerdict::Passed;
     if (isObserved != mIsObserved) {
-        throw base::CaseError(fmt::format("verdict: {}, and the night is {}observed",
+        throw base::CaseError(fmt::format("verdict: {}, but the night is {}observed",
                                           nameOf(step.mVerdict), mIsObserved ? "" : "not "));
     }
     const quint64 wanted = mSamples[static_cast<size_t>(mNext) % mSamples.size()];
     if (isObserved && step.mSamples != wanted) {
         throw base::CaseError(
-            fmt::format("samples: {} of {}, and the play passed", step.mSamples, wanted));
+            fmt::format("samples: {} of {}, but the play passed", step.mSamples, wanted));
     }
 }
 

@@ -5,14 +5,14 @@
 namespace journal {
 
 /**
- * Follows the steps of a night, and refuses what vx-campaign never writes: a play that is not the
- * next, an end without a beginning, a play that passed with a finding. So a journal that somebody
- * has changed is found where it contradicts itself.
+ * Checks the order of the steps of a night. It rejects what vx-campaign never writes, such as a
+ * play out of order, an end without a beginning, or a play that passed with a finding. So it finds
+ * where a journal that was edited contradicts itself.
  */
 class StepOrder
 {
 public:
-    /** @throws CaseError that begins with the field which contradicts the steps before */
+    /** @throws CaseError that begins with the field that contradicts the previous steps */
     void add(const Step& step);
 
 private:
@@ -34,8 +34,8 @@ private:
     bool mIsEndless = false;
     std::vector<quint64> mSamples; ///< of each play of a round
     int mNext = 0;                 ///< the first play that has not ended
-    bool mIsPlaying = false;       ///< that one has begun
-    bool mHasFindings = false;     ///< that one, before a cut as well
+    bool mIsPlaying = false;       ///< that play has begun
+    bool mHasFindings = false;     ///< that play has findings, possibly from before a cut
     int mRun = 0;                  ///< of the program
     bool mIsOver = false;
 };

@@ -13,11 +13,11 @@ std::string OffTimeBlock::text() const
     const double seconds = static_cast<double>(std::abs(mLateNs)) / waveform::kSecondInNs;
     return mLateNs > 0 ? fmt::format(
                              "samples arrived up to {:.1f} s after their time stamps: the stream "
-                             "stood still or was too slow, or the wall clock was set",
+                             "stalled or was too slow, or the wall clock was set",
                              seconds)
                        : fmt::format(
                              "samples arrived up to {:.1f} s before their time stamps: the wall "
-                             "clock was set back, and the stream stands still",
+                             "clock was set back, and the stream waits for it",
                              seconds);
 }
 

@@ -159,9 +159,8 @@ void PlayJudge::add(const explain::PlayedSegment& segment)
     }
     if (!plays(segment, 0)) {
         addFinding({kNotPlanned,
-                    fmt::format("{} was played although it was not its turn: {} samples from {} on",
-                                segment.mFile, segment.mSamples,
-                                explain::stampText(segment.mFirstStampNs)),
+                    fmt::format("{} was played out of turn: {} samples from {} on", segment.mFile,
+                                segment.mSamples, explain::stampText(segment.mFirstStampNs)),
                     0, segment.mSamples, segment.mFirstStampNs, false});
         mIsLost = true;
     }

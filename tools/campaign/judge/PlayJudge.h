@@ -11,29 +11,29 @@
 
 namespace judge {
 
-/** Something is wrong. */
+/** An error in the stream or the run. */
 struct Finding
 {
-    std::string mKind; ///< as explain names it, or kNotPlanned
+    std::string mKind; ///< a kind of explain, kNotPlanned or kOffTime
     std::string mText;
     size_t mRecord = 0;             ///< in the run, from 0
     size_t mCount = 1;              ///< samples, jumps or commands
-    std::optional<qint64> mStampNs; ///< of that record, if it is one that arrived
-    bool mIsOfRun = false;          ///< of the run as a whole, not of a record
+    std::optional<qint64> mStampNs; ///< of that record, if it arrived
+    bool mIsOfRun = false;          ///< about the run as a whole, not about a record
 };
 
-/** The play that was expected is over. */
+/** The end of the expected play. */
 struct Played
 {
     enum class Ending
     {
-        Complete,   ///< all of it arrived, and the steady signal after it
-        Incomplete, ///< the steady signal plays, and not all of it arrived
-        Lost,       ///< what is commanded and what is played do not agree any more
+        Complete,   ///< all samples arrived, and the steady signal after them
+        Incomplete, ///< the steady signal plays, but not all samples arrived
+        Lost,       ///< the program no longer plays what was commanded
     };
 
     Ending mEnding = Ending::Complete;
-    qint64 mFirstStampNs = 0; ///< of its samples; 0 where none arrived
+    qint64 mFirstStampNs = 0; ///< of its samples; 0 if none arrived
     qint64 mLastStampNs = 0;
     quint64 mSamples = 0;           ///< that arrived
     std::optional<qint64> mDelayNs; ///< from the command to the arrival of its first sample
@@ -41,22 +41,22 @@ struct Played
 
 using Outcome = std::variant<Finding, Played>;
 
-/** A configuration was played that nobody planned: neither the steady signal nor the case. */
+/** The program played neither the steady signal nor the expected case. */
 inline constexpr const char* kNotPlanned = "notPlanned";
 
 /** Blocks arrived too late, or too early: see ArrivalCheck. */
 inline constexpr const char* kOffTime = "offTime";
 
 /**
- * Judges one run of the program: follows the plays of the plan, one at a time, in what arrives. It
- * says of each finding whether it comes before or after the end of a play. Data goes one way:
- * events and records go in as they come, outcomes come out in the order of the records.
+ * Judges one run of the program: follows the plays of the plan, one at a time, in the samples that
+ * arrive. Events and records go in as they arrive; outcomes come out in the order of the records,
+ * so each finding is before or after the end of a play.
  *
- * A finding belongs to the play in whose range it is: after the last sample of the play before, up
- * to its own last sample. Samples that come twice belong to the play that they come from; findings
- * about the whole run belong to the current play. Blocks off time are one finding of a play, as
- * soon as it is certain that they are in its range; the steady signal that is still off time after
- * it is none of the next play.
+ * A finding belongs to the play whose range it is in: from the last sample of the previous play to
+ * its own last sample. Samples that come twice belong to the play that they are from. Findings
+ * about the whole run belong to the current play. All off-time blocks of a play are one finding,
+ * added as soon as it is certain that they are in its range. If the steady signal after a play is
+ * still off time, that is no finding of the next play.
  *
  * Borrows the plan.
  */
@@ -65,25 +65,25 @@ class PlayJudge : private explain::ExplanationOutput
 public:
     explicit PlayJudge(const explain::PlayPlan& plan);
 
-    /** What the next command asks for: this configuration once, so many samples. */
+    /** Announces the next command: it plays this configuration once, with this many samples. */
     void expect(int configuration, quint64 samples);
 
-    /** Takes the event that happened next. Add that of a block before its records. */
+    /** Adds the next event. Add that of a block before its records. */
     void add(const explain::Event& event);
 
-    /** Takes the records that arrived next. */
+    /** Adds the next records. */
     void add(const SampleRecord* records, size_t count);
 
-    /** The run is over: judges what is left. Nothing may be added after it. */
+    /** Judges the rest at the end of the run. Nothing may be added after it. */
     void finish(size_t restBytes);
 
-    /** Takes out what was found out since the last call. */
+    /** @return the outcomes since the last call */
     std::vector<Outcome> take();
 
-    /** What arrived of the play that is expected. */
+    /** What has arrived of the expected play. */
     const Played& soFar() const { return mPlayed; }
 
-    /** How much signal has arrived, in ns of its own time; jumps of the time do not count. */
+    /** Duration of the signal that has arrived, by its time stamps without their jumps. */
     qint64 heardNs() const { return mHeardNs; }
 
     /** heardNs() when the last block off time had arrived; 0 when none was. */

@@ -8,7 +8,7 @@
 
 namespace judge {
 
-/** The records that arrived last in a run of the program. They are numbered from 0 in the run. */
+/** The latest records of a run of the program. Records are numbered from 0 in the run. */
 class SampleRing
 {
 public:
@@ -20,10 +20,10 @@ public:
     /** Records of the run so far. */
     size_t arrived() const { return mArrived; }
 
-    /** Time stamp of a record; nothing when it is not there any more, or not yet. */
+    /** Time stamp of a record; nothing if it is no longer kept or has not arrived. */
     std::optional<qint64> stampNsAt(size_t record) const;
 
-    /** Those from `begin` up to `end` that are there. */
+    /** The kept records from `begin` up to, but not including, `end`. */
     std::vector<SampleRecord> part(size_t begin, size_t end) const;
 
 private:

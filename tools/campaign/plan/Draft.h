@@ -7,7 +7,7 @@
 
 namespace plan {
 
-/** What could be read of a plan, without the cases that are faulty, and what is wrong with it. */
+/** The correct parts of a plan, and its mistakes. Faulty cases are left out. */
 struct Draft
 {
     Plan mPlan;
@@ -17,7 +17,7 @@ struct Draft
 /** The text of a plan's file. Throws PlanError. */
 std::string planText(const std::string& path);
 
-/** @param path of the file, as messages give it; relative paths in the plan begin in its folder */
+/** @param path of the file, for messages; relative paths in the plan start at its folder */
 Draft draftPlan(const std::string& text, const std::string& path);
 
 } // namespace plan

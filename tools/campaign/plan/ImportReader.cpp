@@ -36,7 +36,7 @@ std::string ImportReader::read(importing::ImportOptions& options, std::string& e
     mMistakes.collect([&] {
         if (options.mDoLoop && mSection.find("after") != nullptr) {
             mSection.fail(*mSection.find("after"), "after",
-                          "there is loop, too; expected one of the two");
+                          "loop is given, too; expected one of the two");
         }
     });
     return mText;
@@ -115,7 +115,7 @@ void ImportReader::readEncoding(std::string& encoding)
         return;
     }
     if (!base::isEncoding(encoding)) {
-        mSection.fail(*mSection.find("encoding"), "encoding", "no encoding of this name is known");
+        mSection.fail(*mSection.find("encoding"), "encoding", "unknown encoding");
     }
     describe("encoding", encoding);
 }

@@ -10,8 +10,8 @@
 namespace plan {
 
 /**
- * Reads how a recording is imported: the options of vx-case import under the same names. Borrows
- * the section and the mistakes, which it adds to.
+ * Reads the import options of a recording, which have the names of those of vx-case import.
+ * Borrows the section, and the mistakes that it adds to.
  */
 class ImportReader
 {
@@ -23,7 +23,7 @@ public:
     {
     }
 
-    /** @return all that was set, as text: ", before=10, loop" */
+    /** @return the options that were set, as text: ", before=10, loop" */
     std::string read(importing::ImportOptions& options, std::string& encoding);
 
 private:

@@ -7,7 +7,7 @@
 
 namespace plan {
 
-/** Collects what is wrong, so that a user mends all of it at once. */
+/** Collects all mistakes, so that the user can correct them in one go. */
 class Mistakes
 {
 public:
@@ -18,7 +18,7 @@ public:
         mTexts.insert(mTexts.end(), texts.begin(), texts.end());
     }
 
-    /** Calls what throws a CaseError, and goes on. @return whether it did not throw */
+    /** Runs the action and collects its CaseError. @return whether it succeeded */
     template <typename Action>
     bool collect(Action action)
     {
@@ -33,7 +33,7 @@ public:
 
     const std::vector<std::string>& texts() const { return mTexts; }
 
-    /** @throws PlanError with all of them, where there are any */
+    /** @throws PlanError with all mistakes, if there are any */
     void expectNone() const;
 
 private:

@@ -28,14 +28,14 @@ struct Source
 {
     SourceKind mKind = SourceKind::Signal;
 
-    /** In words, with all that it is made by: the same text is the same source. */
+    /** Complete description in words: sources with the same text make the same file. */
     std::string mText;
 
-    std::string mPath;                ///< of the file; as the working directory sees it
-    generate::Signal mSignal;         ///< for Signal, as it is changed by `set`
+    std::string mPath;                ///< of the file, relative to the working directory
+    generate::Signal mSignal;         ///< for Signal, with the changes of `set`
     importing::ImportOptions mImport; ///< for Recording
     std::string mEncoding;            ///< for Recording; empty: detected
-    bool mIsAligned = false;          ///< for States: they are whole periods
+    bool mIsAligned = false;          ///< for States: rounded to whole periods
     states::Location mLocation;       ///< in the plan
 };
 
@@ -44,8 +44,8 @@ struct Case
     std::string mName;
     Source mSource;
     int mTimes = 1;                     ///< plays; at least 1
-    std::optional<double> mSeconds;     ///< the file is repeated for so long; none: once
-    std::vector<std::string> mExpected; ///< groups of quantities whose expected values are wanted
+    std::optional<double> mSeconds;     ///< duration of a play; none: one pass of the file
+    std::vector<std::string> mExpected; ///< groups of quantities to compute expected values for
     states::Location mLocation;         ///< in the plan
 };
 
@@ -59,17 +59,17 @@ struct Plan
     std::string mText;     ///< of the file
     std::string mHash;     ///< SHA-256 of the text
     std::string mName;
-    Source mSteady; ///< what plays between cases
+    Source mSteady; ///< played between cases
     qint64 mGapNs = 0;
     journal::Measuring mMeasuring;
     std::vector<Case> mCases; ///< at least one; no name twice
     Groups mGroups;
 
-    /** Plays of all cases. */
+    /** The sum over all cases. */
     int playCount() const;
 };
 
-/** The plan, or what it is made from, is wrong: ends the command with status 2. */
+/** The plan or one of its files is wrong: ends the command with status 2. */
 class PlanError : public base::WrongInput
 {
 public:
@@ -77,15 +77,15 @@ public:
 };
 
 /**
- * Reads a plan. Relative paths in it begin in its folder.
- * @throws PlanError with every mistake of every case, a line each: "night.toml:7:9: ..."
+ * Reads a plan. Relative paths in it start at its folder.
+ * @throws PlanError with all mistakes of all cases, one per line: "night.toml:7:9: ..."
  */
 Plan readPlan(const std::string& path);
 
-/** The same for a text. @param path of its file, as messages give it */
+/** The same for a text. @param path of its file, for messages */
 Plan parsePlan(const std::string& text, const std::string& path);
 
-/** Which cases are meant, by --only and --group; both empty: all. */
+/** The arguments of --only and --group; all cases if both are empty. */
 struct Selection
 {
     std::vector<std::string> mCases;
@@ -93,8 +93,8 @@ struct Selection
 };
 
 /**
- * The plan with the selected cases alone, in the order of the plan.
- * @throws PlanError for a name that the plan does not have, with the nearest
+ * The plan with only the selected cases, in the order of the plan.
+ * @throws PlanError for an unknown name, with the nearest known one
  */
 Plan selected(Plan plan, const Selection& selection);
 

@@ -172,12 +172,13 @@ void PlanReader::readName(const states::TomlSection& section,
                   : fmt::format("missing, and '{}' cannot be one: {}", it.mName, kExpectedName));
     }
     if (it.mName == kReservedName) {
-        section.fail(node, "name", "'steady' is what plays between the cases; expected another");
+        section.fail(node, "name",
+                     "'steady' is the signal between the cases; expected another name");
     }
     const auto [known, isNew] = mLineOfName.emplace(it.mName, it.mLocation.mLine);
     if (!isNew) {
         section.fail(node, "name",
-                     fmt::format("the case of line {} is '{}', too; expected a name of its own",
+                     fmt::format("the case of line {} is '{}', too; expected a unique name",
                                  known->second, it.mName));
     }
 }
@@ -229,7 +230,7 @@ void PlanReader::readGroup(const states::TomlSection& section, const std::string
     }
     if (!isName(name)) {
         section.fail(section.table(), "cases",
-                     std::string("of a group that is no name; ") + kExpectedName);
+                     std::string("not a valid name of a group; ") + kExpectedName);
     }
     std::vector<std::string> known;
     for (const auto& [caseName, line] : mLineOfName) {

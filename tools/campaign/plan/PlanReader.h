@@ -11,8 +11,8 @@
 namespace plan {
 
 /**
- * Fills a plan from its tables. What is wrong in one of its parts keeps none of the others from
- * being read. Borrows the plan, whose file name is set, and the mistakes.
+ * Fills a plan from its tables. A mistake in one part does not stop the reading of the others.
+ * Borrows the plan, whose file name is set, and the mistakes.
  */
 class PlanReader
 {

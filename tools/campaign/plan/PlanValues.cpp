@@ -57,7 +57,7 @@ std::optional<std::string> plainText(const states::TomlSection& section, std::st
     std::optional<std::string> text = section.text(key);
     if (text && (text->empty() || std::any_of(text->begin(), text->end(), isControl))) {
         section.fail(*section.find(key), key,
-                     "expected a text that is not empty and has no control characters");
+                     "expected a text without control characters, not empty");
     }
     return text;
 }

@@ -79,7 +79,7 @@ void SourceReader::findKind()
     const toml::node* const node = mSection.find(key);
     mSection.fail(node != nullptr ? *node : mSection.table(), key,
                   found.empty() ? "missing; expected signal, recording, states or file"
-                                : fmt::format("there is {}, too; expected one of the two",
+                                : fmt::format("{} is given, too; expected one of the two",
                                               kinds()[found.front()].mKey));
 }
 
@@ -91,7 +91,7 @@ void SourceReader::expectOwnKeys()
             const toml::node* const node = mSection.find(key);
             if (node != nullptr && i != static_cast<size_t>(mSource.mKind)) {
                 mMistakes.collect([this, node, &key, i] {
-                    mSection.fail(*node, key, fmt::format("goes with {} only", kinds()[i].mKey));
+                    mSection.fail(*node, key, fmt::format("allowed only with {}", kinds()[i].mKey));
                 });
             }
         }

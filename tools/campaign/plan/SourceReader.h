@@ -10,23 +10,23 @@
 
 namespace plan {
 
-/** Reads what a value file is made from. Borrows the section and the mistakes, which it adds to. */
+/** Reads the source of a value file. Borrows the section, and the mistakes that it adds to. */
 class SourceReader
 {
 public:
     /** All keys that it knows. */
     static std::vector<std::string> keys();
 
-    /** @param folder where relative paths begin */
+    /** @param folder that relative paths start at */
     SourceReader(const states::TomlSection& section, std::string folder, Mistakes& mistakes)
         : mSection(section), mFolder(std::move(folder)), mMistakes(mistakes)
     {
     }
 
-    /** What it is in spite of mistakes. */
+    /** Reads as much as it can in spite of mistakes. */
     Source read();
 
-    /** For a case without a name: that of the signal or of the file. None: that is faulty. */
+    /** For a case without a name: that of the signal or of the file. Nothing if it is faulty. */
     const std::optional<std::string>& defaultName() const { return mDefaultName; }
 
 private:

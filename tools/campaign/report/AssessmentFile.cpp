@@ -88,7 +88,7 @@ void addAssessment(const std::string& folder, size_t journalBytes, NightSummary*
         NightAssessment assessment = parseAssessment(base::readWholeFile(path, kMaxBytes));
         if (assessment.mJournalBytes != journalBytes) {
             night->mAssessmentProblem =
-                std::string(kAssessmentFile) + " is of an earlier state of the night" + advice;
+                std::string(kAssessmentFile) + " belongs to an earlier state of the night" + advice;
             return;
         }
         night->mLimits = assessment.mLimits;
@@ -99,7 +99,7 @@ void addAssessment(const std::string& folder, size_t journalBytes, NightSummary*
         night->mAssessmentProblem = error.what() + advice;
     } catch (const AssessmentJson::exception&) {
         night->mAssessmentProblem =
-            std::string(kAssessmentFile) + " is not as judge wrote it" + advice;
+            std::string(kAssessmentFile) + " was changed since judge wrote it" + advice;
     }
 }
 

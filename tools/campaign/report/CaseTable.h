@@ -7,8 +7,8 @@
 namespace report {
 
 /**
- * cases.csv: a row a play, in their order, below a heading. Time stamps are in UTC to the
- * nanosecond, the delay from the command to the first sample is in seconds; what is not known is
+ * cases.csv: a heading, then a row per play in their order. Time stamps are in UTC with
+ * nanoseconds, the delay from the command to the first sample is in seconds. Unknown values are
  * empty.
  */
 std::string caseTable(const NightSummary& night);

@@ -5,8 +5,8 @@
 namespace report {
 
 /**
- * The same picture in about 60 % of the bytes: gnuplot repeats the same attributes on each of its
- * groups, and writes texts without letters. What is no SVG of gnuplot stays as it is.
+ * The same picture in about 60 % of the bytes: gnuplot repeats the same attributes in each group,
+ * and writes texts without letters. Anything but an SVG of gnuplot is returned unchanged.
  */
 std::string compactSvg(const std::string& svg);
 

@@ -23,7 +23,7 @@ std::unique_ptr<explain::PlayedFile> readFile(const std::string& path)
     auto file = std::make_unique<explain::PlayedFile>(path);
     file->read(QString::fromStdString(path));
     if (file->size() == 0 || !file->hasAllSteps()) {
-        throw base::CaseError(path + ": does not say when its samples are");
+        throw base::CaseError(path + ": has no time stamps for its samples");
     }
     return file;
 }
@@ -86,7 +86,7 @@ std::vector<ExpectedSample> ExpectedSamples::around(const NightSummary& night,
                                                     qint64 toNs)
 {
     if (play.mFirstStampNs == 0) {
-        throw base::CaseError("nothing of the play arrived");
+        throw base::CaseError("no sample of the play arrived");
     }
     const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
     const explain::PlayedFile& played = caseFile(staged.mFile);
@@ -99,7 +99,7 @@ std::vector<ExpectedSample> ExpectedSamples::around(const NightSummary& night,
     fromNs = std::max(fromNs, firstNs - night.mNight.mGapNs);
     toNs = std::min(toNs, lastNs + night.mNight.mGapNs);
     if (fromNs > toNs) {
-        throw base::CaseError("another play may have been on");
+        throw base::CaseError("another play may have been in progress");
     }
     std::vector<ExpectedSample> samples;
     if (fromNs <= beforeNs) {

@@ -17,11 +17,11 @@ struct ExpectedSample
 };
 
 /**
- * What should have arrived around a play: the steady signal up to its first sample, its case up to
- * its last one, and the steady signal again. The journal has the stamps of both, and the value
- * files the steps.
+ * The expected samples around a play: the steady signal up to its first sample, its case up to its
+ * last one, and the steady signal again. The time stamps of these two samples come from the
+ * journal, the steps from the value files.
  *
- * Owns the last case's file and that of the steady signal, which are read when they are needed.
+ * Owns the files of the latest case and of the steady signal, which are read on demand.
  */
 class ExpectedSamples
 {
@@ -30,10 +30,10 @@ public:
     explicit ExpectedSamples(const std::string& folder);
 
     /**
-     * The samples with stamps in this range, which is cut to the gaps around the play; valid until
+     * The samples in this range of time stamps, limited to the gaps around the play; valid until
      * the next call.
      *
-     * @throws CaseError where it cannot be known: the play did not arrive, or a file is missing
+     * @throws CaseError if they are not known: no sample of the play arrived, or a file is missing
      */
     std::vector<ExpectedSample> around(const NightSummary& night, const PlaySummary& play,
                                        qint64 fromNs, qint64 toNs);

@@ -118,7 +118,7 @@ std::string addExpected(const NightSummary& night, const PlaySummary* play, qint
                         qint64 toNs, ExpectedSamples* expected, std::vector<DrawnSamples>* drawn)
 {
     if (play == nullptr) {
-        return "what was expected is not drawn: there was no play";
+        return "the expected samples are not drawn: there was no play";
     }
     try {
         DrawnSamples samples;
@@ -129,9 +129,9 @@ std::string addExpected(const NightSummary& night, const PlaySummary* play, qint
         }
         // Below what arrived, so that it is seen only where that is different.
         drawn->insert(drawn->begin(), std::move(samples));
-        return "dashed and lighter, where it differs: what was expected";
+        return "dashed and lighter, where different: the expected samples";
     } catch (const base::CaseError& error) {
-        return std::string("what was expected is not drawn: ") + error.what();
+        return std::string("the expected samples are not drawn: ") + error.what();
     }
 }
 } // namespace
@@ -150,7 +150,7 @@ plot::Picture findingPicture(const std::string& folder, const NightSummary& nigh
     }
     plot::Picture picture;
     picture.mTitle = (play == nullptr ? "Outside the plays" : playText(night, *play)) +
-                     ": what arrived at the driver";
+                     ": samples at the driver";
     picture.mCaption =
         "from " + utcText(fromNs) + "; " + addExpected(night, play, fromNs, toNs, expected, &drawn);
     const FindingPictureMaker maker(fromNs, std::move(drawn));

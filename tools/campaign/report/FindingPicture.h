@@ -7,15 +7,15 @@
 
 namespace report {
 
-/** Of kept samples so many are drawn; a file has more only where much is wrong. */
+/** Limit of drawn samples; a file has more only if there are many faults. */
 inline constexpr size_t kMaxDrawnRecords = 20'000;
 
 /**
- * The samples that were kept around a finding, and over them, dashed, what should have arrived.
- * Voltages and currents, over the time stamps; where samples are missing the curves have a gap.
+ * The kept samples around a finding, and dashed, the expected samples: voltages and currents over
+ * the time stamps. Curves have a gap where samples are missing.
  *
  * @param play null for a finding outside the plays
- * @throws CaseError when the kept samples cannot be read or drawn
+ * @throws CaseError if the kept samples cannot be read or drawn
  */
 plot::Picture findingPicture(const std::string& folder, const NightSummary& night,
                              const PlaySummary* play, const journal::Finding& finding,

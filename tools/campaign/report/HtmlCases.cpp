@@ -20,7 +20,7 @@ constexpr char kCasesHead[] =
     "<table>\n<thead><tr><th scope=\"col\">Case</th><th scope=\"col\">Verdict</th>"
     "<th scope=\"col\" class=\"number\">Plays</th>"
     "<th scope=\"col\" class=\"number\">Delay, median</th>"
-    "<th scope=\"col\" class=\"number\">Samples a play</th>"
+    "<th scope=\"col\" class=\"number\">Samples per play</th>"
     "<th scope=\"col\" class=\"number\">Findings</th></tr></thead>\n<tbody>\n";
 
 constexpr char kPlaysHead[] =
@@ -137,7 +137,7 @@ std::string summaryOf(const CaseSummary& it)
     const bool isMeasured = it.mAssessment.isThere();
     return fmt::format("Picture of {}, and {} (number {}){}", htmlText(it.mStaged.mName),
                        countText(it.mPlays.size(), "play"), it.mStaged.mNumber,
-                       isMeasured ? ", and what was measured" : "");
+                       isMeasured ? ", and measured values" : "");
 }
 
 /** Folded: the picture of the case, what was measured, and its plays. */
@@ -175,8 +175,7 @@ private:
 void NotObserved::addWhatIsNeverSeen()
 {
     if (!mNight.mNight.mIsObserved) {
-        add("The stream. The commands and the answers in the log of the program are all that is "
-            "known.");
+        add("The stream. Only the commands and the answers in the log of the program are known.");
     }
     addUnmeasured();
 }
@@ -191,12 +190,11 @@ void NotObserved::addUnmeasured()
         }
     }
     if (mNight.assessedCases() == 0) {
-        add("What the receiver made of the samples. This report covers what arrived at the "
-            "driver.");
+        add("What a device measured. This report only covers the samples at the driver.");
     } else if (!names.empty()) {
         const bool isLong = names.size() > kMaxNamedPlays;
         add(
-            fmt::format("What the receiver made of the samples of cases without expected values: "
+            fmt::format("What a device measured in the cases without expected values: "
                         "{}{}",
                         fmt::join(names, ", "), isLong ? " and more" : ""));
     }
@@ -226,7 +224,7 @@ void NotObserved::addCuts()
     for (size_t i = 1; i < mNight.mSessions.size(); ++i) {
         const qint64 fromNs = mNight.mSessions[i - 1].mEndNs;
         const qint64 toNs = mNight.mSessions[i].mBeginNs;
-        add(fmt::format("From {} to {} UTC ({}): the night had stopped, and went on later.",
+        add(fmt::format("From {} to {} UTC ({}): the night had stopped; it was resumed later.",
                         shortUtcText(fromNs), shortUtcText(toNs), durationText(toNs - fromNs)));
     }
 }
@@ -241,7 +239,7 @@ void NotObserved::addUnkept()
             [](const auto& found) { return found.mStampNs && found.mSamplesFile.empty(); }));
     }
     if (count > 0) {
-        add("The samples around " + countText(count, "finding") + ": they were not kept.");
+        add("The samples around " + countText(count, "finding") + ", which were not kept.");
     }
 }
 
@@ -262,7 +260,7 @@ void NotObserved::addMissingPictures(const Pictures& pictures)
         note(drawing, file);
     }
     for (const auto& [reason, all] : names) {
-        add(fmt::format("Pictures that are missing: {}. {}", htmlText(all), htmlText(reason)));
+        add(fmt::format("Missing pictures: {}. Reason: {}", htmlText(all), htmlText(reason)));
     }
 }
 } // namespace

@@ -40,26 +40,26 @@ std::string stateText(const NightSummary& night)
 {
     switch (night.mState) {
         case NightState::CutOff:
-            return "The journal has no end: the night was cut off. Here is what was on the disk "
-                   "by then. <code>vx-campaign run</code> with "
-                   "<code class=\"option\">--resume</code> goes on with the first play that has "
+            return "The journal has no end: the night was cut off. This page shows what was on the "
+                   "disk. <code>vx-campaign run</code> with "
+                   "<code class=\"option\">--resume</code> continues with the first play that has "
                    "not ended.";
         case NightState::Running:
-            return "The night was still running when this was written.";
+            return "The night was still running when this page was written.";
         case NightState::Interrupted:
             return "The night was ended by a signal. <code>vx-campaign run</code> with "
-                   "<code class=\"option\">--resume</code> goes on with the first play that has "
+                   "<code class=\"option\">--resume</code> continues with the first play that has "
                    "not ended.";
         case NightState::FirstFailure:
-            return "The plan was played again and again, until the first play that failed.";
+            return "The plan was repeated until a play failed.";
         case NightState::GaveUp:
-            return "Nothing could be played any more: " + htmlText(night.mReason) + ".";
+            return "The night gave up: " + htmlText(night.mReason) + ".";
         case NightState::Done:
             break;
     }
     return night.mNight.mIsObserved ? ""
-                                    : "On a device the stream cannot be seen. That every play was "
-                                      "commanded and answered is known; what arrived is not.";
+                                    : "On a device the stream cannot be observed. Every play was "
+                                      "commanded and answered, but nobody has seen the samples.";
 }
 
 std::string headOf(const NightSummary& night)

@@ -8,8 +8,8 @@
 namespace report {
 
 /**
- * report.html: one file that needs nothing else, no script and no network. The verdict is its title
- * and its first line. Requires: a drawing a case.
+ * report.html: one file without scripts that needs no network. The verdict is its title and its
+ * first line. Requires: a drawing for each case.
  */
 std::string htmlPage(const NightSummary& night, const Pictures& pictures);
 

@@ -66,10 +66,10 @@ std::string playFindings(const NightSummary& night, size_t index, const Pictures
         fmt::format("<h3>{}</h3>\n<p class=\"muted\">play {} of the night, from {} UTC</p>\n",
                     htmlText(name), index + 1, shortUtcText(play.mBeginNs));
     if (play.mAttempts > 1) {
-        text += "<p>An attempt was cut off; what was found in it counts as well.</p>\n";
+        text += "<p>An attempt was cut off; its findings count as well.</p>\n";
     }
     if (play.mFindings > play.mListedFindings.size()) {
-        text += fmt::format("<p>{}, of which these are listed:</p>\n",
+        text += fmt::format("<p>{}, of which these are shown:</p>\n",
                             countText(play.mFindings, "finding"));
     }
     return text + findingList(play.mListedFindings, pictures, name);
@@ -99,7 +99,7 @@ std::string numbersPart(const NightSummary& night)
         night.mOutside.empty() ? "" : fmt::format("{} outside the plays", night.mOutside.size()),
         &text);
     if (night.mNight.mIsObserved) {
-        addNumber("Samples of the cases that arrived", groupedText(night.mSamples), "", &text);
+        addNumber("Samples of the cases", groupedText(night.mSamples), "", &text);
     }
     addNumber(night.mNight.mIsObserved ? "From command to first sample, median"
                                        : "From command to answer, median",
@@ -117,8 +117,7 @@ std::string numbersPart(const NightSummary& night)
                   &text);
     }
     if (night.mSessions.size() > 1) {
-        addNumber("Stops, after which it went on", std::to_string(night.mSessions.size() - 1), "",
-                  &text);
+        addNumber("Times resumed", std::to_string(night.mSessions.size() - 1), "", &text);
     }
     return text + "</dl>\n";
 }

@@ -7,7 +7,7 @@
 
 namespace report {
 
-/** The parts of the page, as HTML; one with nothing to say is empty. */
+/** The parts of the page as HTML. A part without content is empty. */
 std::string numbersPart(const NightSummary& night);
 std::string findingsPart(const NightSummary& night, const Pictures& pictures);
 std::string casesPart(const NightSummary& night, const Pictures& pictures);

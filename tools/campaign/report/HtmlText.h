@@ -7,13 +7,13 @@
 
 namespace report {
 
-/** A text from a file, as it stands between tags or in quotes; control characters become blanks. */
+/** A text escaped for HTML, between tags or in quotes; control characters become blanks. */
 std::string htmlText(std::string_view text);
 
-/** "passed", "not-played": as the style sheet knows it. */
+/** Class name in the style sheet: "passed", "not-played". */
 std::string styleOf(Outcome outcome);
 
-/** The outcome as a word on its colour. */
+/** The outcome as a coloured label. */
 std::string outcomeMark(Outcome outcome);
 
 } // namespace report

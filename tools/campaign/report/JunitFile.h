@@ -7,14 +7,14 @@
 namespace report {
 
 /**
- * junit.xml: a test suite a case, a test case a play, and a suite of the night itself, which fails
- * when the night as a whole does.
+ * junit.xml: a test suite per case, a test case per play, and a suite for the night itself, which
+ * fails if the night as a whole fails.
  *
- * A repetition is a test case of its own and no element of a rerun: those say that one good attempt
- * is enough, and many readers ignore them. Here each repetition has to pass.
+ * Each repetition is a separate test case, because each one has to pass. Rerun elements would mean
+ * that one good attempt is enough, and many readers ignore them.
  *
- * A play that failed is a failure, one that was not finished an error; one that was not played, or
- * could not be observed, is skipped: then the suite of the night says why.
+ * A failed play is a failure, an unfinished one an error. A play that was not played or not
+ * observed is skipped; the suite of the night then says why.
  */
 std::string junitFile(const NightSummary& night);
 

@@ -7,9 +7,8 @@
 namespace report {
 
 /**
- * The whole night as a bar with its times below and the meaning of its colours: HTML. What failed
- * is drawn over the rest, higher, and never narrower than can be seen. Empty for a night that never
- * began.
+ * The night as a bar in HTML, with a time axis and a legend. Failed plays are drawn on top, higher,
+ * and wide enough to be visible. Empty for a night that never began.
  */
 std::string nightBar(const NightSummary& night);
 

@@ -84,8 +84,8 @@ void SummaryBuilder::add(const journal::Entry& entry)
 {
     const bool isFirst = mSummary.mSessions.empty();
     if (isFirst != std::holds_alternative<journal::NightBegin>(entry.mStep)) {
-        throw base::CaseError(isFirst ? "the journal does not begin with a night"
-                                      : "the journal begins a second night");
+        throw base::CaseError(isFirst ? "the journal does not start with a night"
+                                      : "the journal has a second night");
     }
     mNowNs = entry.mTimeNs;
     std::visit(*this, entry.mStep);
@@ -161,7 +161,7 @@ PlaySummary& SummaryBuilder::playAt(int index)
     const auto play = static_cast<size_t>(index);
     if (index < 0 || play >= mSummary.mNight.mOrder.size() + mEntries) {
         throw base::CaseError(
-            fmt::format("play {}: expected one of {}", index, mSummary.mPlays.size()));
+            fmt::format("play {}: expected a number below {}", index, mSummary.mPlays.size()));
     }
     while (mSummary.mPlays.size() <= play) {
         addPlay();
@@ -175,8 +175,8 @@ void SummaryBuilder::addPlay()
     const size_t play = mSummary.mPlays.size();
     const int index = order.empty() ? -1 : order[play % order.size()];
     if (index < 0 || static_cast<size_t>(index) >= mSummary.mCases.size()) {
-        throw base::CaseError(fmt::format("play {} is of case {}: expected one of {}", play, index,
-                                          mSummary.mCases.size()));
+        throw base::CaseError(fmt::format("play {} is of case {}: expected a number below {}", play,
+                                          index, mSummary.mCases.size()));
     }
     CaseSummary& played = mSummary.mCases[static_cast<size_t>(index)];
     played.mPlays.push_back(play);

@@ -37,7 +37,7 @@ Drawing PictureDrawer::draw(const plot::Picture& picture)
     const std::string script = plot::gnuplotScript(plot::layOut(picture), plot::PictureFormat::Svg);
     Drawing drawing{compactSvg(plot::runGnuplot(script)), ""};
     if (drawing.mSvg.size() > kMaxPictureBytes) {
-        return {"", "it is too large for the report"};
+        return {"", "the picture is too large for the report"};
     }
     mBytes += drawing.mSvg.size();
     return drawing;
@@ -95,7 +95,7 @@ void PictureDrawer::drawFinding(const PlaySummary* play, const journal::Finding&
     Drawing& drawing = mPictures.mFindings[finding.mSamplesFile];
     if (mBytes > kMaxBytes / 2) {
         drawing.mWhyNot =
-            fmt::format("the report has no room for more of them; vx-case plot {} draws it",
+            fmt::format("the report has no room for more pictures; vx-case plot {} draws it",
                         finding.mSamplesFile);
         return;
     }

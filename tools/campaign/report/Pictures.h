@@ -13,7 +13,7 @@ namespace report {
 struct Drawing
 {
     std::string mSvg;
-    std::string mWhyNot; ///< empty where there is one
+    std::string mWhyNot; ///< empty if there is a picture
 };
 
 struct Pictures
@@ -23,9 +23,9 @@ struct Pictures
 };
 
 /**
- * Draws all that a report shows, by gnuplot: the samples around findings, then the cases that did
- * not pass, then the others. All together have a limit, so that the report stays a file that can be
- * mailed. Nothing is thrown: what cannot be drawn says why.
+ * Draws all pictures of a report with gnuplot: the samples around findings, then the cases that did
+ * not pass, then the others. Their total size is limited, so that the report can be sent by mail.
+ * Nothing is thrown: if a picture cannot be drawn, Drawing::mWhyNot has the reason.
  */
 class PictureDrawer
 {

@@ -34,7 +34,8 @@ NightSummary writeReports(const std::string& folder)
     writeReport(folder + "/" + kJunitFile, junitFile(night));
     // Drawing takes its time: should it be cut off, no page of an earlier night is left.
     Pictures none;
-    none.mCases.resize(night.mCases.size(), {"", "it was not drawn yet when this was written"});
+    none.mCases.resize(night.mCases.size(),
+                       {"", "it had not been drawn when this page was written"});
     writeReport(folder + "/" + kPageFile, htmlPage(night, none));
     writeReport(folder + "/" + kPageFile, htmlPage(night, PictureDrawer(folder, night).drawAll()));
     return night;

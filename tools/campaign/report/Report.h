@@ -13,11 +13,11 @@ inline constexpr const char* kJunitFile = "junit.xml";
 inline constexpr const char* kPageFile = "report.html";
 
 /**
- * Writes the reports of a night from what its folder has, be it over or cut off, over those that
- * are there from before.
+ * Writes the reports of a night from the files in its folder, and replaces old reports. The night
+ * may be over, cut off or still running.
  *
- * @return what the night came to; statusOf() and verdictText() tell it
- * @throws CaseError when the journal cannot be read, or a report cannot be written
+ * @return the summary of the night, for statusOf() and verdictText()
+ * @throws CaseError if the journal cannot be read, or a report cannot be written
  */
 NightSummary writeReports(const std::string& folder);
 

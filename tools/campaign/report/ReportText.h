@@ -25,13 +25,13 @@ std::string groupedText(quint64 number);
 /** "1 play", "2 plays". */
 std::string countText(quint64 count, const std::string& what);
 
-/** A play as a reader knows it: "dip1 (4 of 10)", or "dip1" where the plan has it once. */
+/** Name of a play for the reader: "dip1 (4 of 10)", or "dip1" if it is played once. */
 std::string playText(const NightSummary& night, const PlaySummary& play);
 
 /**
- * The verdict of the night in a line: "Failed: 2 of 33 plays failed, 1 finding outside the plays".
- * Its first word is the verdict: Passed, Failed, Commanded (on a device), Cut off, Interrupted,
- * Gave up.
+ * The verdict of the night in one line: "Failed: 2 of 33 plays failed, 1 finding outside the
+ * plays". Its first word is the verdict: Passed, Failed, Commanded (on a device), Cut off,
+ * Interrupted, Gave up.
  */
 std::string verdictText(const NightSummary& night);
 

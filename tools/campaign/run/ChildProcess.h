@@ -9,17 +9,17 @@
 
 namespace run {
 
-/** What a child process gets: it inherits these descriptors and no others. */
+/** A command and its descriptors. The child inherits no other descriptors. */
 struct ChildSetup
 {
     std::vector<std::string> mCommand; ///< looked up in PATH
     std::string mDirectory;
-    std::vector<int> mDescriptors; ///< which become 0, 1, 2 and so on there
+    std::vector<int> mDescriptors; ///< become 0, 1, 2 and so on in the child
 };
 
 /**
- * A child process in a process group of its own, so that an interrupt from the terminal does not
- * reach it. Its end is waited for at last when the object goes away; then it is killed first.
+ * A child process in its own process group, so that an interrupt from the terminal does not reach
+ * it. The destructor kills it and waits for its end, if wait() has not done so.
  */
 class ChildProcess
 {
@@ -32,7 +32,7 @@ public:
 
     void kill() const;
 
-    /** Waits for its end; as waitpid gives it. */
+    /** Waits for its end. @return the status, as waitpid gives it */
     int wait();
 
 private:

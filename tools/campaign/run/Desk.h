@@ -11,12 +11,12 @@ namespace run {
 /** One instant on two clocks, in ns. */
 struct Moment
 {
-    qint64 mWallNs = 0;   ///< since the epoch, UTC; may be set while the night goes on
-    qint64 mSteadyNs = 0; ///< of a clock that nobody sets
+    qint64 mWallNs = 0;   ///< since the epoch, UTC; this clock may be set during the night
+    qint64 mSteadyNs = 0; ///< of a clock that cannot be set
 };
 
 /**
- * What a night acts through. Nothing here waits or throws: what becomes of it comes back to the
+ * The interface through which a night acts. No function waits or throws. Results come back to the
  * night as an event, a record or the end of the program.
  */
 class Desk
@@ -27,7 +27,7 @@ public:
     Desk& operator=(const Desk&) = delete;
     virtual ~Desk() = default;
 
-    /** Starts the program; its end is reported in any case, also when it cannot be started. */
+    /** Starts the program. Its end is always reported, even if it cannot be started. */
     virtual void start(int run) = 0;
 
     /** Writes a command, without a line end, into the control FIFO. */
@@ -36,22 +36,22 @@ public:
     /** Asks the program to end. */
     virtual void stop() = 0;
 
-    /** Ends it for good, when it does not do what it is asked for. */
+    /** Ends a program that does not react to stop(). */
     virtual void kill() = 0;
 
     /**
      * Keeps samples in a file of that name.
-     * @return its path relative to the folder of the night; empty when it was not kept
+     * @return its path relative to the folder of the night; empty if it was not kept
      */
     virtual std::string keep(const std::string& name, const std::vector<SampleRecord>& records) = 0;
 
     /**
-     * Adds records to a recording of a play, which begins with the first of them.
+     * Adds records to the recording of a play; the first call starts it.
      * @param name relative to the folder of the night, without a suffix
      */
     virtual void record(const std::string& name, const SampleRecord* records, size_t count) = 0;
 
-    /** No more of it comes. @param isWanted else it is thrown away */
+    /** Ends the recording. @param isWanted whether to keep it; otherwise it is removed */
     virtual void endRecording(const std::string& name, bool isWanted) = 0;
 };
 

@@ -5,7 +5,7 @@
 
 namespace run {
 
-/** What a night on a device acts through. */
+/** The interface through which a night on a device acts. */
 class Device
 {
 public:
@@ -14,28 +14,28 @@ public:
     Device& operator=(const Device&) = delete;
     virtual ~Device() = default;
 
-    /** Writes the line into the control FIFO. @return what is wrong; empty when it was written */
+    /** Writes the line into the control FIFO. @return the error; empty if it was written */
     virtual std::string send(const std::string& line) = 0;
 
-    /** Why the program takes no commands: it has ended, as far as that can be seen; else empty. */
+    /** Why the program takes no commands, such as its end; empty if it does. */
     virtual std::string problem() = 0;
 };
 
 /**
- * A night on a device, whose stream cannot be seen: each case is commanded, the log answers, and
- * the time of the case passes. So no play of it has passed: it was commanded and not observed, or
- * it has failed. Like Night, it has no clock and no file of its own.
+ * A night on a device, whose stream cannot be observed. It sends the command of each case, waits
+ * for the answer in the log, and then for the duration of the case. So a play is either not
+ * observed or failed, never passed. Like Night, it has no clock or file.
  *
- * Borrows all that it is given.
+ * Borrows all its arguments.
  */
 class DeviceNight : public ScheduledNight
 {
 public:
-    /** @param steadyNs of the steady signal's file: a command is taken at its end */
+    /** @param steadyNs duration of the steady signal's file; a command is taken at its end */
     DeviceNight(const journal::NightBegin& night, qint64 steadyNs, const NightOptions& options,
                 Device& device, journal::JournalSink& sink);
 
-    /** The log has one more line. */
+    /** Takes the next line of the log. */
     void addLogLine(const std::string& line, const Moment& now);
 
     void interrupt(const Moment& now) override;
@@ -48,7 +48,7 @@ private:
         Waiting,   ///< for the time to start
         Gap,       ///< before the command of a play
         Commanded, ///< the log has not answered yet
-        Playing,   ///< it has
+        Playing,   ///< the log has answered
         Over,
     };
 

@@ -5,7 +5,7 @@
 
 namespace run {
 
-/** Where a night is played: versions, the machine, the state of its clock; by their names. */
+/** Where a night is played: versions, machine and state of its clock, by name. */
 using Environment = std::map<std::string, std::string>;
 
 /** @param version of vx-campaign */
@@ -15,7 +15,7 @@ Environment environmentNow(const std::string& version);
 Environment environmentNow(const std::string& version, const std::string& sandbox,
                            const std::string& simulator);
 
-/** A program beside this one, if there is one; else its bare name, to be looked up in PATH. */
+/** The path of a program beside this one, if it exists; otherwise its name, to find in PATH. */
 std::string programBeside(const std::string& name);
 
 } // namespace run

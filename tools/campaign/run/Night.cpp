@@ -92,8 +92,9 @@ void Night::add(const explain::Event& event, const Moment& now)
     }
     if (event.mKind == explain::Event::Kind::Block && !event.mAccepted && !mJudge->hasBegun()) {
         find(explain::nameOf(explain::FindingKind::Missing).mKey,
-             fmt::format("the first {} samples of the run are missing: the driver refused them",
-                         event.mSamples));
+             fmt::format(
+                 "the first {} samples of the run are missing, because the driver refused them",
+                 event.mSamples));
     }
     if (event.mKind == explain::Event::Kind::ProgramEnd) {
         mHow = event.mText; // the judge finds it as well
@@ -352,7 +353,7 @@ void Night::watchPlay()
         const qint64 heardNs = mJudge->heardNs() - mPhaseFromNs;
         if (heardNs > maxPlayNs()) {
             find("notPlayed",
-                 fmt::format("the case did not play within {} s of signal after the command",
+                 fmt::format("the case was not played within {} s of signal after the command",
                              heardNs / kSecondInNs));
             loseProgram();
         }

@@ -7,34 +7,34 @@
 namespace run {
 
 /**
- * A night at the desk, where all that arrives is judged: a state machine that has no clock, no
- * process and no file of its own. It is told what happens, acts through the desk and writes the
- * journal. So a night can be simulated in a moment.
+ * A night at the desk, where every sample is judged. It is a state machine without a clock, a
+ * process or a file. It is told what happens, acts through the desk and writes the journal. So a
+ * test can simulate a night in no time.
  *
- * One play at a time: the gap, the command, the case, and the steady signal after it. A program
- * that died, hangs or plays what nobody asked for is started anew, with a judge of its own.
+ * It plays one case at a time: the gap, the command, the case, and the steady signal after it. A
+ * program that died, hangs or plays something unasked is restarted, with a new judge.
  *
- * Borrows all that it is given.
+ * Borrows all its arguments.
  */
 class Night : public ScheduledNight
 {
 public:
-    /** Deaths in a row, without a play between them that passed, at which the night gives up. */
+    /** The night gives up after so many deaths in a row without a passed play between them. */
     static constexpr int kMaxDeaths = 2;
 
     Night(const journal::NightBegin& night, const explain::PlayPlan& plan,
           const NightOptions& options, Desk& desk, journal::JournalSink& sink);
 
-    /** The sandbox tells of an event. What happens at one moment is told in the order below. */
+    /** Adds an event of the sandbox. For one moment, call these functions in the order below. */
     void add(const explain::Event& event, const Moment& now);
 
-    /** Records have arrived. */
+    /** Adds records that have arrived. */
     void add(const SampleRecord* records, size_t count, const Moment& now);
 
     /**
-     * The program has ended, and all events and records of it were added.
-     * @param problem what else is known of it, when the events do not tell how it ended
-     * @param restBytes that arrived after the last whole record
+     * Reports the end of the program, after all its events and records.
+     * @param problem how it ended, if the events do not contain that
+     * @param restBytes number of bytes after the last whole record
      */
     void programEnded(const std::string& problem, size_t restBytes, const Moment& now);
 
@@ -81,15 +81,15 @@ private:
     Desk& mDesk;
     PlayRecorder mRecorder;
     State mState = State::Waiting;
-    std::optional<judge::PlayJudge> mJudge; ///< of this run; none: nobody listens any more
-    qint64 mPhaseFromNs = 0;                ///< signal that was heard when the state began
+    std::optional<judge::PlayJudge> mJudge; ///< of this run; none: nothing more is judged
+    qint64 mPhaseFromNs = 0;                ///< signal that had arrived when the state began
     Moment mCommandedAt;
     qint64 mLastHeardNs = 0;               ///< on the steady clock
     qint64 mStopNs = 0;                    ///< on the steady clock: when it was asked to end
     std::string mHow;                      ///< the program died, in words
     int mDeaths = 0;                       ///< since the last play that passed
     int mKeptOfPlay = 0;                   ///< files with samples
-    std::optional<journal::NightEnd> mEnd; ///< how the night ends when the program has
+    std::optional<journal::NightEnd> mEnd; ///< how the night ends, once the program has ended
 };
 
 } // namespace run

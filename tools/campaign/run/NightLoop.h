@@ -10,7 +10,7 @@ namespace run {
 /** Now, on both clocks. */
 Moment momentNow();
 
-/** Takes the signals that ask a program to end, as long as it lives. */
+/** Receives SIGINT and SIGTERM instead of the program, as long as this object exists. */
 class EndingSignals
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     int descriptor() const { return mFile.get(); }
 
-    /** How many have come since the last call. */
+    /** Number of signals since the last call. */
     int take();
 
 private:
@@ -29,7 +29,7 @@ private:
     files::FileDescriptor mFile;
 };
 
-/** Shows how far a night is: a line on a terminal, cleared before another text is printed. */
+/** Shows the progress of a night as a line on the terminal, cleared before other texts. */
 class NightDisplay
 {
 public:
@@ -41,7 +41,7 @@ public:
 
     void show(const Progress& progress, const Moment& now);
 
-    /** Prints it on a line of its own. */
+    /** Prints it as a line. */
     void print(const journal::Finding& finding);
     void print(const journal::Remark& remark);
     void print(const journal::NightEnd& end);
@@ -55,8 +55,10 @@ private:
     qint64 mNextNs = 0;
 };
 
-/** Passes the steps of a night on, and prints its findings, its remarks and why it gives up.
- * Borrows both. */
+/**
+ * Forwards the steps of a night, and prints its findings, its remarks and why it gives up. Borrows
+ * both arguments.
+ */
 class DisplayedJournal : public journal::JournalSink
 {
 public:
@@ -76,8 +78,8 @@ private:
 std::string progressText(const journal::NightBegin& night, const Progress& progress);
 
 /**
- * Goes through the night, which has begun, until it is over. The first signal interrupts it, the
- * second ends it at once.
+ * Runs a night that has begun until it is over. The first signal interrupts it, the second ends it
+ * at once.
  */
 void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisplay& display);
 
@@ -85,13 +87,13 @@ void playNight(Night& night, SandboxDesk& desk, EndingSignals& ending, NightDisp
 class RealDevice : public Device
 {
 public:
-    /** @throws CaseError when the log cannot be read */
+    /** @throws CaseError if the log cannot be read */
     RealDevice(const std::string& fifo, const std::string& log);
 
     std::string send(const std::string& line) override;
     std::string problem() override;
 
-    /** Tells the night what the log has said since the last call. */
+    /** Passes the lines of the log since the last call to the night. */
     void deliver(DeviceNight& night, const Moment& now);
 
 private:

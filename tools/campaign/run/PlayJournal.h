@@ -8,43 +8,43 @@
 namespace run {
 
 /**
- * Writes what happens into the journal, and counts what is found in the current play. When the
- * journal cannot be written any more, it keeps the reason and writes nothing from then on.
+ * Writes the steps into the journal, and counts the findings of the current play. Once the journal
+ * cannot be written, it keeps the reason and writes nothing more.
  *
  * Borrows the journal.
  */
 class PlayJournal
 {
 public:
-    /** Findings of a kind that are written for one play; all are counted. */
+    /** Limit of written findings of one kind per play; all are counted. */
     static constexpr int kMaxListed = 20;
 
     explicit PlayJournal(journal::JournalSink& sink) : mSink(sink) {}
 
-    /** When the steps that follow happen. */
+    /** Sets the time of the next steps. */
     void setTime(const Moment& now) { mNow = now; }
 
     void write(journal::Step step);
 
-    /** @param findings that the play already has from before the night was cut off */
+    /** @param findings number that the play has from before the night was cut off */
     void beginPlay(int play, quint64 findings);
 
-    /** Whether a finding of this kind would be written. */
+    /** Whether another finding of this kind would be written. */
     bool lists(const std::string& kind) const;
 
-    /** Adds it to the current play, or to the night. */
+    /** Adds it to the current play, or to the night if there is none. */
     void addFinding(journal::Finding finding);
 
     /**
-     * Ends the current play. One with findings has failed.
-     * @return how it ended
+     * Ends the current play. A play with findings has failed.
+     * @return its verdict
      */
     journal::PlayVerdict endPlay(journal::PlayEnd end);
 
     /** The current play. */
     const std::optional<int>& play() const { return mPlay; }
 
-    /** Of the current play, or since the last one. */
+    /** Number for the current play, or since the last one. */
     quint64 findings() const { return mFindings; }
 
     quint64 allFindings() const { return mAllFindings; }

@@ -6,14 +6,14 @@
 
 namespace run {
 
-/** Which play comes when. Plays are numbered through; a round is all plays of the plan once. */
+/** The order of plays, which are numbered from 0. A round is all plays of the plan once. */
 class PlayOrder
 {
 public:
     /** @param night is borrowed; it has at least one play */
     explicit PlayOrder(const journal::NightBegin& night) : mNight(night) {}
 
-    /** The play is one of those that are to be played. */
+    /** Whether the play belongs to the night. */
     bool has(int play) const { return mNight.mUntilFailure || play < playsPerRound(); }
 
     const journal::StagedCase& caseOf(int play) const { return mNight.mCases[caseIndexOf(play)]; }
@@ -23,7 +23,7 @@ public:
         return static_cast<size_t>(mNight.mOrder[static_cast<size_t>(play % playsPerRound())]);
     }
 
-    /** Which play of its case it is, from 1. */
+    /** Number of the play among those of its case, from 1. */
     int repetitionOf(int play) const;
 
     int playsPerRound() const { return static_cast<int>(mNight.mOrder.size()); }
@@ -32,14 +32,14 @@ private:
     const journal::NightBegin& mNight;
 };
 
-/** Where a night goes on after it was cut off. */
+/** Where an interrupted night continues. */
 struct ResumePoint
 {
     int mPlay = 0;            ///< the first that has not ended
-    quint64 mFindings = 0;    ///< of that play, when it was begun before
+    quint64 mFindings = 0;    ///< of that play, if it had begun
     int mRuns = 0;            ///< of the program so far
     quint64 mAllFindings = 0; ///< of all plays
-    bool mHasFailed = false;  ///< a play that has ended
+    bool mHasFailed = false;  ///< whether a play has failed
 };
 
 ResumePoint resumePointOf(const std::vector<journal::Entry>& entries);

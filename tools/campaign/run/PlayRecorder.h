@@ -8,14 +8,14 @@
 namespace run {
 
 /**
- * Records the plays whose expected values are wanted: each from the gap before it up to the next
- * command, or for the length of a gap at most, so that the steady signal around it is there. What
- * does not pass is not kept. Borrows the desk.
+ * Records the plays that need expected values, with the steady signal around them. A recording
+ * lasts from the gap before the play to the next command, or to kMaxAfter records after the play.
+ * Recordings of plays that did not pass are removed. Borrows the desk.
  */
 class PlayRecorder
 {
 public:
-    /** Records of the steady signal after a play: 2 s at 60 Hz. */
+    /** Limit of records of the steady signal after a play: 2 s at 60 Hz. */
     static constexpr size_t kMaxAfter = 43'200;
 
     explicit PlayRecorder(Desk& desk) : mDesk(desk) {}
@@ -25,13 +25,13 @@ public:
 
     void add(const SampleRecord* records, size_t count);
 
-    /** The play is over. @param isWanted else its recording is removed */
+    /** Ends the play. @param isWanted whether to keep its recording; otherwise it is removed */
     void endPlay(bool isWanted);
 
-    /** A command is sent: the steady signal after the play before is over. */
+    /** Ends the recording of the previous play, before the next command is sent. */
     void endBefore();
 
-    /** No more records come from this run of the program; a play that is on has no end. */
+    /** Ends all recordings at the end of the program; the current play has no end. */
     void stop();
 
 private:

@@ -9,27 +9,26 @@
 namespace run {
 
 /**
- * The recordings of plays, FOLDER/expected/NAME.bin, until they are measured. A recording that
- * there is no room for is removed, and the play then has no expected values: a night is more than
- * these.
+ * The recordings of plays, FOLDER/expected/NAME.bin, until they are measured. A recording without
+ * room on the disk is removed, and the play then has no expected values: the night itself is more
+ * important.
  */
 class PlayRecordings
 {
 public:
-    /** Of all that this night has recorded together: about 2.7 h at 50 Hz. */
+    /** Limit for all recordings of the night together: about 2.7 h at 50 Hz. */
     static constexpr quint64 kMaxBytes = quint64{8} << 30U;
 
-    /** What is left on the disk for the rest of the night. */
+    /** Space that is left free on the disk for the rest of the night. */
     static constexpr quint64 kMinFreeBytes = quint64{256} << 20U;
 
     /** @param folder of the night */
     explicit PlayRecordings(std::string folder) : mFolder(std::move(folder)) {}
 
-    /** @param name relative to the folder, without the suffix; an old one of that name is replaced
-     */
+    /** @param name relative to the folder, without suffix; an old file of that name is replaced */
     void add(const std::string& name, const SampleRecord* records, size_t count);
 
-    /** No more of it comes. @param isWanted else it is removed */
+    /** Ends the recording. @param isWanted whether to keep it; otherwise it is removed */
     void end(const std::string& name, bool isWanted);
 
 private:

@@ -5,42 +5,42 @@
 
 namespace run {
 
-/** What the command line asks of a night beyond its plan. */
+/** Options of the command line that are not in the plan. */
 struct NightOptions
 {
     std::optional<qint64> mStartAtNs; ///< on the wall clock; none: at once
 };
 
-/** How far a night is. */
+/** The progress of a night. */
 struct Progress
 {
     const journal::StagedCase* mCase = nullptr; ///< null: between plays
     int mPlay = 0;
     size_t mCaseIndex = 0;
     int mRepetition = 1;  ///< of the case, from 1
-    qint64 mLeftNs = 0;   ///< until the play ends, about
-    qint64 mEndsAtNs = 0; ///< of the whole night, on the wall clock, about
+    qint64 mLeftNs = 0;   ///< until the play ends, estimated
+    qint64 mEndsAtNs = 0; ///< end of the night on the wall clock, estimated
     quint64 mFindings = 0;
 };
 
 /**
- * The schedule of a night, at the desk or on a device: which play is current, which is next, which
- * run of the program it is, and why the night ends. Writes that into the journal. Borrows the night
- * and the journal.
+ * The schedule of a night, at the desk or on a device: the current and the next play, the run of
+ * the program, and why the night ends. Writes these into the journal. Borrows the night and the
+ * journal.
  */
 class PlaySchedule
 {
 public:
-    /** @param overheadNs what a play takes beside the gap and its case, about */
+    /** @param overheadNs estimated time that a play takes besides the gap and its case */
     PlaySchedule(const journal::NightBegin& night, const NightOptions& options, qint64 overheadNs,
                  journal::JournalSink& sink);
 
-    /** To be called before anything else that happens at this moment. */
+    /** Sets the current time. Call it first at each moment. */
     void setTime(const Moment& now);
 
     void begin();
 
-    /** Goes on after the night was cut off. */
+    /** Continues after the night was cut off. */
     void resume(const ResumePoint& point, const std::map<std::string, std::string>& environment);
 
     /** Whether it is time to begin. */
@@ -49,25 +49,25 @@ public:
     /** Whether there is a play after the current or the last one. */
     bool hasNext() const { return !isFailureFound() && mOrder.has(mNext); }
 
-    /** The program is started once more. */
+    /** Notes the next start of the program. */
     void beginRun();
 
-    /** @param how in words; empty when it was stopped as planned */
+    /** @param how it ended, in words; empty if it was stopped as planned */
     void endRun(const std::string& how);
 
-    /** Of the program, from 1; 0: it was not started yet. */
+    /** Run of the program, from 1; 0 before the first start. */
     int run() const { return mRun; }
 
     /** Begins the next play. Requires: hasNext(). */
     void beginNext();
 
-    /** Of the current play. Requires: there is one. */
+    /** The case of the current play. Requires: there is one. */
     const journal::StagedCase& currentCase() const { return mOrder.caseOf(mNext - 1); }
 
     /** Ends the current play. */
     journal::PlayVerdict endPlay(const journal::PlayEnd& end);
 
-    /** Why the night ends when there is no next play. */
+    /** Why the night ends. Requires: there is no next play. */
     journal::NightEnd::Reason reason() const;
 
     PlayJournal& playJournal() { return mPlayJournal; }
@@ -89,10 +89,10 @@ private:
     Moment mNow;
     int mNext = 0;
     int mRun = 0;                ///< of the program
-    quint64 mFindingsOfNext = 0; ///< that it has from before the night was cut off
+    quint64 mFindingsOfNext = 0; ///< findings of the next play from before the night was cut off
     bool mHasFailed = false;
     qint64 mPlayBeganNs = 0; ///< on the steady clock
-    qint64 mPlaysLeftNs = 0; ///< that all plays after the current one take, about
+    qint64 mPlaysLeftNs = 0; ///< estimated duration of all plays after the current one
 };
 
 } // namespace run

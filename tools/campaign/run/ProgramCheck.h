@@ -7,15 +7,15 @@
 namespace run {
 
 /**
- * Runs the simulator in the sandbox once, for its version only: so both can be run here, and the
- * sandbox takes the faults.
- * @throws WrongInput when it is not so
+ * Runs vx-simulator --version in the sandbox. This checks that both can be run here, and that the
+ * sandbox accepts the faults.
+ * @throws WrongInput if not
  */
 void checkPrograms(const SandboxSetup& setup);
 
 /**
- * That the control FIFO is one that a program reads, and the log is a file that can be read.
- * @throws WrongInput when it is not so
+ * Checks that a program reads the control FIFO, and that the log can be read.
+ * @throws WrongInput if not
  */
 void checkDevice(const std::string& fifo, const std::string& log);
 

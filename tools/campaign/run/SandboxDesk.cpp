@@ -29,8 +29,7 @@ std::string endText(int waitStatus)
     if (WIFSIGNALED(waitStatus)) {
         return fmt::format("vx-sandbox was killed by signal {}", WTERMSIG(waitStatus));
     }
-    return fmt::format("vx-sandbox ended with status {}; program.log tells why",
-                       WEXITSTATUS(waitStatus));
+    return fmt::format("vx-sandbox ended with status {}; see program.log", WEXITSTATUS(waitStatus));
 }
 } // namespace
 

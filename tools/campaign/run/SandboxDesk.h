@@ -13,7 +13,7 @@
 
 namespace run {
 
-/** The programs that a night starts, and how. */
+/** The programs that a night starts, and their settings. */
 struct SandboxSetup
 {
     std::string mSandbox;             ///< vx-sandbox
@@ -21,13 +21,13 @@ struct SandboxSetup
     std::string mFolder;              ///< of the night
     std::string mStage;               ///< directory of the value files, where cases.conf is
     std::vector<std::string> mFaults; ///< of --fault, for the first run of the program
-    bool mKeepsAll = false;           ///< records and events of each run stay in the folder
+    bool mKeepsAll = false;           ///< keeps records and events of each run in the folder
 };
 
 /**
- * The desk itself: runs the simulator in the sandbox, reads what arrives as it arrives, and hands
- * on the commands. The sandbox, and with it the program, ends when this object, or the process that
- * it is in, goes away: their standard input ends then.
+ * The real desk: runs the simulator in the sandbox, reads samples and events as they arrive, and
+ * forwards the commands. The sandbox and the program end with this object, or with its process,
+ * because their standard input ends then.
  */
 class SandboxDesk : public Desk
 {
@@ -50,19 +50,19 @@ public:
         mRecordings.end(name, isWanted);
     }
 
-    /** What to wait for: when it is readable, call deliver(). */
+    /** Descriptor to wait for; call deliver() when it is readable. */
     pollfd waitsFor() const;
 
-    /** Tells the night what has happened since the last call. Never waits. */
+    /** Passes everything since the last call to the night. Never waits. */
     void deliver(Night& night, const Moment& now);
 
 private:
-    /** What comes through one pipe. */
+    /** The data from one pipe. */
     struct Stream
     {
         void add(const std::string& arrived);
 
-        std::string mUnread; ///< of a line or a record that has not arrived as a whole
+        std::string mUnread; ///< the beginning of an incomplete line or record
         files::FileDescriptor mCopy;
     };
 

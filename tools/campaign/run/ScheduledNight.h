@@ -5,8 +5,8 @@
 namespace run {
 
 /**
- * What every night has in common, at the desk and on a device: it plays by a schedule, is told the
- * time and what happens, and ends. It has no clock of its own.
+ * Base class of a night at the desk or on a device. It plays by a schedule and is told the time and
+ * all events. It has no clock.
  *
  * Borrows the night and the journal.
  */
@@ -19,25 +19,25 @@ public:
 
     void begin(const Moment& now);
 
-    /** Goes on after the night was cut off. */
+    /** Continues after the night was cut off. */
     void resume(const ResumePoint& point, const std::map<std::string, std::string>& environment,
                 const Moment& now);
 
-    /** The user wants it to end; the second time, at once. */
+    /** Ends the night, at the user's request; the second call ends it at once. */
     virtual void interrupt(const Moment& now) = 0;
 
-    /** Time passes; to be called often, after all that has happened by now. */
+    /** Lets time pass. Call it often, after all events up to now. */
     virtual void tick(const Moment& now) = 0;
 
     virtual bool isOver() const = 0;
 
-    /** Why the journal could not be written; empty when all of it was. */
+    /** Why the journal could not be written; empty if it was. */
     const std::string& problem() const { return mSchedule.playJournal().problem(); }
 
     Progress progress() const { return mSchedule.progress(); }
 
 protected:
-    /** @param overheadNs what a play takes beside the gap and its case, about */
+    /** @param overheadNs estimated time that a play takes besides the gap and its case */
     ScheduledNight(const journal::NightBegin& night, const NightOptions& options, qint64 overheadNs,
                    journal::JournalSink& sink)
         : mSchedule(night, options, overheadNs, sink)

@@ -23,7 +23,7 @@ std::string startTimeProblem(const std::string& text)
     if (timeOf(text).isValid() || dateTimeOf(text).isValid()) {
         return "";
     }
-    return "'" + text + "': expected a time as 22:30 or 2026-11-25T22:30";
+    return "'" + text + "': expected a time such as 22:30 or 2026-11-25T22:30";
 }
 
 qint64 startTimeNs(const std::string& text, qint64 nowNs)

@@ -5,12 +5,12 @@
 
 namespace run {
 
-/** Why this is no time to start at; empty when it is one. */
+/** What is wrong with this start time; empty if it is valid. */
 std::string startTimeProblem(const std::string& text);
 
 /**
- * When to start, in ns since the epoch: "HH:MM" is the next such time of the local clock,
- * "YYYY-MM-DDTHH:MM" that very one.
+ * The start time in ns since the epoch. "HH:MM" is the next such time of the local clock,
+ * "YYYY-MM-DDTHH:MM" exactly that local time.
  * Requires: startTimeProblem() is empty.
  */
 qint64 startTimeNs(const std::string& text, qint64 nowNs);

@@ -10,25 +10,25 @@
 
 namespace run {
 
-/** What came through the pipes of the sandbox since it was last asked. */
+/** Data from the pipes of the sandbox since the last call. */
 struct ArrivedBytes
 {
     std::string mEvents;
     std::string mRecords;
-    bool mHasEnded = false; ///< all writers have closed both pipes, and this is the rest
+    bool mHasEnded = false; ///< all writers have closed both pipes; this is the last data
 };
 
 /**
- * Reads events and records of a sandbox in a thread of its own: a full pipe would make the sandbox
- * wait, and the stream stand still, as long as the night waits for its disk.
+ * Reads events and records of a sandbox in a separate thread. Otherwise a full pipe would stall the
+ * sandbox, and the stream, while the night waits for its disk.
  *
- * The events of a block are never taken after its records. Owns the pipes and the thread, which
- * ends with this object. All operations are for one other thread.
+ * The events of a block are never delivered after its records. Owns the pipes and the thread, which
+ * ends with this object. All functions are for one other thread.
  */
 class StreamReader
 {
 public:
-    /** More than a minute of the stream at 50 Hz. Beyond it the pipes fill. */
+    /** Limit of buffered data: more than a minute of the stream at 50 Hz. Then the pipes fill. */
     static constexpr size_t kMaxBytes = size_t{64} << 20U;
 
     StreamReader(files::FileDescriptor events, files::FileDescriptor records);
@@ -36,7 +36,7 @@ public:
     StreamReader& operator=(const StreamReader&) = delete;
     ~StreamReader();
 
-    /** Readable when there is something to take. It stays owned by this object. */
+    /** Readable when take() has data. This object keeps the ownership. */
     int descriptor() const { return mArrival.get(); }
 
     /** Never waits. */

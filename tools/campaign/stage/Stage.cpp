@@ -18,16 +18,14 @@ namespace {
 constexpr qint64 kReactionNs = 500'000'000;
 
 constexpr const char* kDiffers =
-    ": is not what the plan makes; expected another folder, or the plan "
-    "and its files as they were";
+    ": differs from what the plan makes; name another folder, or restore the plan and its files";
 
 /** Never replaces what is there. */
 void moveTo(const QString& from, const QString& to)
 {
     if (!QDir().rename(from, to)) {
         throw base::CaseError(to.toStdString() +
-                              ": cannot be made; is the disk full, or is it "
-                              "there by now?");
+                              ": cannot be created; is the disk full, or does it exist already?");
     }
 }
 
@@ -44,8 +42,8 @@ std::vector<std::string> missingFiles(const std::vector<std::string>& files, con
             missing.push_back(name);
         } else if (plan::fileHash(path) != plan::fileHash(made.filePath(file).toStdString())) {
             mistakes.add(path +
-                         ": is not what the plan makes; expected another folder, or the plan "
-                         "and its files as they were");
+                         ": differs from what the plan makes; name another folder, or restore the "
+                         "plan and its files");
         }
     }
     mistakes.expectNone();
@@ -95,7 +93,7 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
 {
     const QDir night(QString::fromStdString(folder));
     if (!night.mkpath(".")) {
-        throw base::CaseError(folder + ": cannot be made as a folder");
+        throw base::CaseError(folder + ": cannot be created as a folder");
     }
     const std::string copy = night.filePath(kPlanFile).toStdString();
     const bool isPlanMissing = expectSamePlan(plan, copy);
@@ -106,7 +104,7 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
     // In it one as the user makes them: the temporary one is for its owner alone.
     const QDir made(work.filePath(kStageFolder));
     if (!made.mkpath(".")) {
-        throw base::CaseError(made.path().toStdString() + ": cannot be made as a folder");
+        throw base::CaseError(made.path().toStdString() + ": cannot be created as a folder");
     }
     StageMaker maker(plan, made.path().toStdString());
     Stage stage = maker.make();

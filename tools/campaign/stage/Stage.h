@@ -16,7 +16,7 @@ inline constexpr const char* kCasesFile = "cases.conf";
 
 /**
  * The value files of a night and their case configuration, FOLDER/stage/cases.conf. It names the
- * files without a folder, so that the whole folder may be moved or copied to a device: the program
+ * files without a folder, so that the whole folder can be moved or copied to a device. The program
  * is started in it, and explain::PlayPlan gets it as the directory.
  */
 struct Stage
@@ -27,20 +27,20 @@ struct Stage
     std::vector<journal::StagedCase> mCases; ///< of the plan, in its order; numbers from 1 on
     std::string mHash;                       ///< SHA-256 of all files and their configuration
     qint64 mBytesOnDevice = 0;               ///< memory of the program for the samples
-    std::vector<std::string> mRemarks;       ///< what plays, but probably not as intended
+    std::vector<std::string> mRemarks;       ///< about cases that are probably not as intended
 };
 
 /**
- * Makes FOLDER/stage and FOLDER/plan.toml, a copy. They appear when all is made and found good.
- * What is there already is compared: what is missing is added, and nothing is overwritten.
+ * Makes FOLDER/stage and FOLDER/plan.toml, a copy of the plan. They appear when all files are
+ * complete and correct. Existing files are compared: missing ones are added, none is overwritten.
  *
- * @param folder is made when it is missing
- * @throws plan::PlanError with every mistake of every case, and for a file that is there and
- *         not what the plan makes; CaseError for what cannot be written
+ * @param folder is created if it is missing
+ * @throws plan::PlanError with all mistakes of all cases, and for an existing file that differs
+ *         from what the plan makes; CaseError if a file cannot be written
  */
 Stage makeStage(const plan::Plan& plan, const std::string& folder);
 
-/** How long the night will be, about: gaps, waits for the end of the steady signal, and plays. */
+/** Estimated duration of the night: gaps, waits for the end of the steady signal, and plays. */
 qint64 nightNs(const Stage& stage, qint64 gapNs);
 
 /**

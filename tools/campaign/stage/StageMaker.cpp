@@ -25,8 +25,8 @@ constexpr qint64 kMaxSteadyNs = 5'000'000'000;
 constexpr double kRoundingOfSteps = 1e-4;
 
 constexpr const char* kLikeSteady =
-    ": plays the same samples as the steady signal, so it cannot be seen whether it plays; change "
-    "the signal of one of them, such as its amplitude";
+    ": has the same samples as the steady signal, so nobody could see it play; change one of the "
+    "two, for example its amplitude";
 
 /** What options of vx-case are in a message, are keys in a plan: of the same name. */
 std::string withKeys(const std::string& message)
@@ -90,7 +90,8 @@ void StageMaker::makeSteady()
     mStage.mBytesOnDevice += check::bytesOn32Bits(file.mFacts.mSamples);
     if (steady.mDurationNs > kMaxSteadyNs) {
         mStage.mRemarks.push_back(
-            fmt::format("{}the steady signal lasts {:.1f} s, and each case waits for its end",
+            fmt::format("{}the steady signal lasts {:.1f} s, and each case waits for its end; a "
+                        "short signal is better",
                         prefixOf(mPlan.mSteady.mLocation),
                         double(steady.mDurationNs) * base::kSecondsPerNanosecond));
     }
@@ -133,8 +134,9 @@ void StageMaker::setRepetitions(const plan::Case& it, const MadeFile& file,
     const double fileSeconds = double(file.mFacts.mNanoseconds) * base::kSecondsPerNanosecond;
     const double wanted = it.mSeconds.value_or(fileSeconds);
     if (wanted < fileSeconds * (1.0 - kRoundingOfSteps)) {
-        mMistakes.add(fmt::format("{}{}: seconds: the file alone lasts {:.3f} s; expected no less",
-                                  prefixOf(it.mLocation), it.mName, fileSeconds));
+        mMistakes.add(fmt::format(
+            "{}{}: seconds: one pass of the file takes {:.3f} s; expected at least that",
+            prefixOf(it.mLocation), it.mName, fileSeconds));
     }
     const double repetitions = std::max(1.0, std::round(wanted / fileSeconds));
     if (repetitions > double(std::numeric_limits<quint32>::max())) {
@@ -215,7 +217,7 @@ void StageMaker::writeConfiguration()
 {
     std::string text = fmt::format(
         "# made by vx-campaign from the plan \"{}\"\n"
-        "# number of the configuration, how often in a row, value file\n0,1,{}\n",
+        "# configuration, repetitions, value file\n0,1,{}\n",
         mPlan.mName, mStage.mSteady.mFile);
     for (const journal::StagedCase& it : mStage.mCases) {
         text += fmt::format("{},{},{}\n", it.mNumber, it.mFileRepetitions, it.mFile);

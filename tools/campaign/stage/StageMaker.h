@@ -19,14 +19,14 @@ public:
     {
     }
 
-    /** @throws plan::PlanError with every mistake of every case, CaseError for a full disk */
+    /** @throws plan::PlanError with all mistakes of all cases, CaseError for a full disk */
     Stage make();
 
-    /** Names of the files that were made. */
+    /** Names of the files, after make(). */
     const std::vector<std::string>& files() const { return mFiles; }
 
 private:
-    /** A value file: several cases may play it. */
+    /** A value file, which several cases may play. */
     struct MadeFile
     {
         std::string mName;

@@ -52,7 +52,7 @@ std::vector<std::string> importRecording(const Source& source, base::ResultFile&
 {
     const auto signal = input::openInput(source.mPath, {source.mEncoding});
     if (signal->description().mFormat == "value file") {
-        throw base::CaseError(source.mPath + ": is a value file already; name it with file");
+        throw base::CaseError(source.mPath + ": is a value file already; use the key file");
     }
     importing::ImportOptions options = source.mImport;
     options.mMadeBy = madeBy(source);

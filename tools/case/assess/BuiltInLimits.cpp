@@ -9,7 +9,7 @@ namespace assess {
 
 namespace {
 constexpr char kPmuP[] = R"(
-title = "IEC/IEEE 60255-118-1, class P, more than 20 frames a second; compare with the standard"
+title = "IEC/IEEE 60255-118-1, class P, more than 20 frames per second; compare with the standard"
 tolerance = 0.001
 
 [[limit]]
@@ -81,7 +81,7 @@ absolute = 5
 )";
 
 constexpr char kPmuM[] = R"(
-title = "IEC/IEEE 60255-118-1, class M, more than 20 frames a second; compare with the standard"
+title = "IEC/IEEE 60255-118-1, class M, more than 20 frames per second; compare with the standard"
 tolerance = 0.001
 
 [[limit]]
@@ -185,7 +185,7 @@ channel = ["UA", "UB", "UC"]
 edge = "2/f0"
 nominal = 0.2
 clause = "5.4"
-note = "as the residual voltage, which is made from it"
+note = "as for the residual voltage, which is computed from it"
 [[limit]]
 quantity = ["dip-residual", "swell-max"]
 nominal = 0.2
@@ -273,7 +273,7 @@ channel = ["UA", "UB", "UC"]
 edge = "2/f0"
 nominal = 1
 clause = "5.4"
-note = "as the residual voltage, which is made from it"
+note = "as for the residual voltage, which is computed from it"
 [[limit]]
 quantity = ["dip-residual", "swell-max"]
 nominal = 1

@@ -159,7 +159,7 @@ const char* clockHint(qint64 seconds)
             return "a wrong date?";
         default:
             return seconds % kHalfHour == 0 ? "a local time instead of UTC? See offset in the map"
-                                            : "a clock that is off by whole seconds?";
+                                            : "a clock error of whole seconds?";
     }
 }
 

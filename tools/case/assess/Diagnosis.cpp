@@ -38,11 +38,11 @@ constexpr std::array<KnownRatio, 9> kKnownRatios{
      {0.70710678, "rms divided by the square root of 2 once too often?"},
      {1.73205081, "phase to phase instead of phase to neutral?"},
      {0.57735027, "phase to neutral, divided by the square root of 3 once too often?"},
-     {1000.0, "a unit of thousandths? See unit in the map"},
-     {0.001, "a unit of thousands? See unit in the map"},
+     {1000.0, "values in milli-units? See unit in the map"},
+     {0.001, "values in kilo-units? See unit in the map"},
      {100.0, "percent instead of a ratio?"},
      {0.01, "a ratio instead of percent?"},
-     {-1.0, "wrong sign: a current transformer the other way round?"}}};
+     {-1.0, "wrong sign: a reversed current transformer?"}}};
 
 const char* causeOf(double ratio)
 {
@@ -115,14 +115,14 @@ std::string turnText(double degrees, double hertz)
 {
     const double size = std::abs(degrees);
     if (size > kHalfTurn - 2.0) {
-        return "180 degrees off: wrong sign, or the wrong way round?";
+        return "180 degrees off: wrong sign, or swapped terminals?";
     }
     if (std::abs(size - kHalfTurn / 2.0) < 2.0) {
-        return fmt::format("{:.1f} degrees off: angles to a sine instead of a cosine?", degrees);
+        return fmt::format("{:.1f} degrees off: angles of a sine instead of a cosine?", degrees);
     }
     const double milliseconds = 1000.0 * size / (kTurn * hertz);
     return fmt::format(
-        "{} by {:.4g} ms, which is {:.4g} degrees: group delay or time zone of the stamps?",
+        "{} by {:.4g} ms, which is {:.4g} degrees: group delay, or wrong time stamps?",
         degrees < 0.0 ? "late" : "early", milliseconds, size);
 }
 
@@ -269,8 +269,8 @@ void Diagnostician::findRatios()
             const double delay =
                 delayOf(mExpected.find(it.mKey)->mSamples, mMeasured.find(it.mKey)->mSamples);
             if (delay != 0.0) {
-                delays[fmt::format("{} by about {:.4g} ms: group delay, or stamps of another "
-                                   "instant of the interval?",
+                delays[fmt::format("{} by about {:.4g} ms: group delay, or time stamps at another "
+                                   "point of the interval?",
                                    delay > 0.0 ? "late" : "early", 1000.0 * std::abs(delay))]
                     .push_back(nameOf(it.mKey));
             }

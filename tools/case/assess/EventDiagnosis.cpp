@@ -40,8 +40,8 @@ std::vector<std::string> diagnoseEvents(const ComputedSeries& computed, double n
         return {};
     }
     return {
-        fmt::format("all {} durations of events are one period too short: the device stamps "
-                    "the end of an event with the begin of the period that ended it?",
+        fmt::format("all {} durations of events are one period too short: does the device take the "
+                    "start of the last period as the end of the event?",
                     count)};
 }
 

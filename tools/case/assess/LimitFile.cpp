@@ -107,7 +107,7 @@ std::vector<std::string> LimitReader::knownTexts(const Section& section, const c
         const bool hasInterval = isMeasured(text) && names.size() > channelNames().size();
         if (!hasInterval && std::find(names.begin(), names.end(), text) == names.end()) {
             section.fail(node, key,
-                         fmt::format("'{}' is not known; the nearest are {}", text,
+                         fmt::format("'{}' is unknown; the nearest are {}", text,
                                      fmt::join(base::nearestNames(text, names, 3), ", ")));
         }
         texts.push_back(text);
@@ -136,7 +136,7 @@ void LimitReader::readAmounts(const Section& section, Limit& limit) const
     } else if (absolute != nullptr) {
         if (unitOf(key) != "s") {
             section.fail(*absolute, "absolute",
-                         "expected a number above 0: only a time has periods or frames");
+                         "expected a number above 0: periods or frames are for times only");
         }
         limit.mTime = *span(section, "absolute");
     }
@@ -160,10 +160,10 @@ void LimitReader::readConditions(const Section& section, Limit& limit) const
     limit.mFrom = bound(section, "from");
     limit.mTo = bound(section, "to");
     if (limit.mFrom && limit.mTo && limit.mFrom->mIsPercent != limit.mTo->mIsPercent) {
-        section.fail(*section.find("to"), "to", "expected percent, or no percent, as in from");
+        section.fail(*section.find("to"), "to", "expected percent only if from has it, too");
     }
     if (limit.mFrom && limit.mTo && limit.mFrom->mValue >= limit.mTo->mValue) {
-        section.fail(*section.find("to"), "to", "expected more than from");
+        section.fail(*section.find("to"), "to", "expected a value above from");
     }
     if (const auto state = section.text("while")) {
         if (*state != "steady" && *state != "ramp" && *state != "varying") {
@@ -193,7 +193,8 @@ std::optional<Bound> LimitReader::bound(const Section& section, const char* key)
     const bool isPercent = !text.empty() && text.back() == '%';
     if (!isPercent || !base::parseNumber(text.substr(0, text.size() - 1), &percent.mValue) ||
         percent.mValue < 0.0) {
-        section.fail(*node, key, "expected a number, or percent of the nominal value as \"10 %\"");
+        section.fail(*node, key,
+                     "expected a number, or percent of the nominal value, such as \"10 %\"");
     }
     return percent;
 }
@@ -230,7 +231,8 @@ void LimitReader::addSpan(const Section& section, const char* key, const toml::n
     const bool isGood = base::parseNumber(text.substr(0, slash), &count) && count >= 0.0 &&
                         count <= kMaxLimitSeconds && (per == "/f0" || per == "/fr");
     if (!isGood) {
-        section.fail(node, key, R"(expected seconds, periods as "2/f0" or frames as "7/fr")");
+        section.fail(node, key,
+                     R"(expected seconds, periods such as "2/f0" or frames such as "7/fr")");
     }
     double& part = per == "/f0" ? span.mPeriods : span.mFrames;
     part = std::max(part, count);

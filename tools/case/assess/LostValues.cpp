@@ -90,9 +90,8 @@ std::vector<std::string> lostValues(const std::vector<SeriesResult>& series)
             addTimes(it.mDoubled, nameOf(it.mKey), doubled);
         }
         if (it.mCounts.mOutOfOrder > 0) {
-            sentences.push_back(
-                fmt::format("{}: {} rows with a time before that of a row above them",
-                            nameOf(it.mKey), it.mCounts.mOutOfOrder));
+            sentences.push_back(fmt::format("{}: {} rows are earlier than a row before them",
+                                            nameOf(it.mKey), it.mCounts.mOutOfOrder));
         }
     }
     addRuns("missing event", missingEvents, sentences);
@@ -102,7 +101,7 @@ std::vector<std::string> lostValues(const std::vector<SeriesResult>& series)
     if (sentences.size() > kMaxSentences) {
         const size_t more = sentences.size() - kMaxSentences;
         sentences.resize(kMaxSentences);
-        sentences.push_back(fmt::format("and {} more of that", more));
+        sentences.push_back(fmt::format("and {} more like this", more));
     }
     return sentences;
 }

@@ -130,7 +130,8 @@ void MapReader::readSigns()
     mMap.mDecimalSign = sign("decimal", '.', ".,");
     if (mMap.mSeparator == mMap.mDecimalSign) {
         const char* const key = mFile.find("decimal") != nullptr ? "decimal" : "separator";
-        mFile.fail(*mFile.find(key), key, "separator and decimal are the same sign");
+        mFile.fail(*mFile.find(key), key,
+                   "separator and decimal are the same; expected different ones");
     }
     mMap.mFactor = mFile.number("factor", {-kMaxFactor, kMaxFactor}).value_or(1.0);
 }
@@ -146,7 +147,7 @@ void MapReader::readMissing()
     }
     for (const toml::node& word : *node->as_array()) {
         if (!word.is_string()) {
-            mFile.fail(word, "missing", "expected a text in quotes");
+            mFile.fail(word, "missing", "expected text in quotes");
         }
         mMap.mMissing.push_back(word.as_string()->get());
     }
@@ -162,7 +163,7 @@ std::string MapReader::knownText(const Section& section, const char* key,
                                      ? *section.find(key)
                                      : static_cast<const toml::node&>(section.table());
         section.fail(node, key,
-                     fmt::format("'{}' is not known; the nearest are {}", text,
+                     fmt::format("'{}' is unknown; the nearest are {}", text,
                                  fmt::join(base::nearestNames(text, names, 3), ", ")));
     }
     return text;
@@ -175,7 +176,7 @@ double MapReader::factorOf(const Section& section, const SeriesKey& key) const
     const auto scale = unit ? unitFactor(*unit, unitOf(key)) : std::optional(1.0);
     if (!scale) {
         section.fail(*section.find("unit"), "unit",
-                     fmt::format("'{}' is no unit of {}, which is in '{}'", *unit, key.mQuantity,
+                     fmt::format("'{}' is not a unit of {}; expected '{}'", *unit, key.mQuantity,
                                  unitOf(key)));
     }
     return factor * *scale;
@@ -204,7 +205,7 @@ void MapReader::readWide()
         for (const WideColumn& other : mMap.mWide) {
             if (other.mQuantity == wide.mQuantity && other.mChannel == wide.mChannel) {
                 mFile.fail(node, "column",
-                           "there are two of " + nameOf({wide.mQuantity, wide.mChannel}));
+                           "two columns with " + nameOf({wide.mQuantity, wide.mChannel}));
             }
         }
         mMap.mWide.push_back(wide);
@@ -238,13 +239,13 @@ void MapReader::readWords(const char* key, std::map<std::string, std::string>& w
         return;
     }
     if (!node->is_table()) {
-        mFile.fail(*node, key, "expected a table of words of the file, each with its meaning");
+        mFile.fail(*node, key, "expected a table such as { L1 = \"UA\" }");
     }
     const Section section(mMap.mFileName, *node->as_table(), key);
     for (const auto& [word, meaning] : *node->as_table()) {
         const std::string name(word.str());
         if (!meaning.is_string()) {
-            section.fail(meaning, name, "expected a text in quotes");
+            section.fail(meaning, name, "expected text in quotes");
         }
         words[name] = knownText(section, name.c_str(), isKnown, names);
     }

@@ -25,12 +25,12 @@ std::string nominalProblem(const ValueTable& expected, double nominalVolts)
     }
     const auto median =
         nominalVolts > 0.0 ? measure::medianFarFrom(levels, nominalVolts) : std::nullopt;
-    return median ? fmt::format(
-                        "the median of the expected voltages is {:.3g} V, but the nominal "
-                        "voltage is {:g} V: limits in percent of it are not those that are "
-                        "meant; see --nominal",
-                        *median, nominalVolts)
-                  : "";
+    return median
+               ? fmt::format(
+                     "the median of the expected voltages is {:.3g} V, but the nominal "
+                     "voltage is {:g} V: limits in percent of it are probably wrong; see --nominal",
+                     *median, nominalVolts)
+               : "";
 }
 
 } // namespace assess

@@ -64,7 +64,7 @@ SeriesJudge::Row SeriesJudge::rowOf(const Limit& limit, const std::string& name,
     const double whole = nominalOf(mKey, nominal);
     if ((needsPercent(limit) && whole <= 0.0) || (needsPeriods(limit) && nominal.mHertz <= 0.0)) {
         throw base::CaseError(name + ": the limit of " + nameOf(mKey) +
-                              " refers to the nominal value: expected --nominal");
+                              " refers to the nominal value; expected --nominal");
     }
     const auto spanNs = [&](const std::optional<Span>& span) {
         return span ? nanosecondsOf(*span, nominal, spacingNs) : qint64{-1};

@@ -201,9 +201,8 @@ bool isMeasuredTable(const std::string& path)
     }
     for (const std::string_view other : {"utc,origin,", "{\"utc\":\""}) {
         if (head.compare(0, other.size(), other) == 0) {
-            throw base::CaseError(path +
-                                  ": only the table that measure writes without --wide and "
-                                  "--json can be drawn");
+            throw base::CaseError(
+                path + ": cannot be drawn; expected a table of measure without --wide and --json");
         }
     }
     const std::string_view end = std::string_view(head).substr(std::min(head.size(), kLong.size()));
@@ -214,7 +213,7 @@ plot::Picture pictureOfTable(const TablePictureRequest& request)
 {
     const ReadTable table = readTable(request.mTable, measureMap());
     if (table.mFirstQuantity.empty() || table.mRows == table.mMissing) {
-        throw base::CaseError(request.mTable + ": a table without values");
+        throw base::CaseError(request.mTable + ": a table without values; nothing to draw");
     }
     const TablePicture picture(table.mValues, request.mTable);
     const std::string& quantity =
@@ -295,7 +294,7 @@ qint64 TablePicture::momentOf(const Keys& keys, const std::string& what,
     const auto moment = nominalNs > 0.0 ? nearestOf(times, wanted, 0.0, windowNs)
                                         : nearestOf(times, wanted, frameNs, frameNs);
     if (!moment) {
-        throw base::CaseError(fmt::format("{}: no {} at {}: they are from {} to {}", mName, what,
+        throw base::CaseError(fmt::format("{}: no {} at {}; the table has {} to {}", mName, what,
                                           utcOf(wanted), utcOf(*times.begin()),
                                           utcOf(*times.rbegin())));
     }

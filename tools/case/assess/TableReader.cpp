@@ -244,7 +244,7 @@ FieldTarget Reader::makeTarget(std::string_view quantity, std::string_view chann
     const std::optional<double> factor =
         mUnitField ? unitFactor(unit, unitOf(key)) : std::optional(1.0);
     if (!factor) {
-        fail(*mUnitField, "a unit of " + key.mQuantity + ", which is in '" + unitOf(key) + "'");
+        fail(*mUnitField, "a unit of " + key.mQuantity + ", such as '" + unitOf(key) + "'");
     }
     if (mTable.mFirstQuantity.empty()) {
         mTable.mFirstQuantity = key.mQuantity;
@@ -259,7 +259,7 @@ void Reader::addValue(const FieldTarget& target, size_t field, qint64 utcNs)
     if (textfile::parseTextNumber(text, mMap.mDecimalSign, &value)) {
         value *= target.mFactor;
         if (std::abs(value) > kMaxMeasured) {
-            fail(field, fmt::format("a number that makes at most {:g}", kMaxMeasured));
+            fail(field, fmt::format("a number that gives at most {:g}", kMaxMeasured));
         }
         target.mSeries->add({utcNs, value});
         return;

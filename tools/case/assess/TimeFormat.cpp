@@ -264,7 +264,7 @@ std::string TimeFormat::reasonNotFormat(std::string_view format)
     }
     for (size_t i = format.find('%'); i < format.size(); i = format.find('%', i + 2)) {
         if (i + 1 >= format.size() || kPatternLetters.find(format[i + 1]) == std::string::npos) {
-            return fmt::format("'{}' is not known; expected %Y %m %d %H %M %S %f %b %j %z or %%",
+            return fmt::format("'{}' is unknown; expected %Y %m %d %H %M %S %f %b %j %z or %%",
                                format.substr(i, 2));
         }
     }

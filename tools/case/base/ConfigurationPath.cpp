@@ -11,8 +11,8 @@ std::string configurationPath(const std::string& name)
     const QString path = QFileInfo(QString::fromStdString(name)).absoluteFilePath();
     if (path.contains(',') || path.contains('#') || path != path.simplified()) {
         throw CaseError(path.simplified().toStdString() +
-                        ": expected a path without ',', '#', line ends and blanks in a row, which "
-                        "a case configuration cannot hold");
+                        ": a case configuration cannot have this path; expected one without ',', "
+                        "'#', line ends and repeated blanks");
     }
     return path.toStdString();
 }

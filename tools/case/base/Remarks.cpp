@@ -17,7 +17,7 @@ void Remarks::add(const std::string& text)
     if (mTexts.size() < kMaxRemarks) {
         mTexts.push_back(text);
     } else if (mTexts.size() == kMaxRemarks) {
-        mTexts.emplace_back("and more of that");
+        mTexts.emplace_back("and more like this");
     }
 }
 

@@ -25,6 +25,6 @@ DecodedText decodeText(std::string_view bytes, const std::string& encoding);
 
 /** The remark when the encoding of a text was guessed. */
 inline constexpr const char* kGuessedEncoding =
-    "texts are not UTF-8: read as Latin-1; see --encoding";
+    "texts are not UTF-8, so they are read as Latin-1; see --encoding";
 
 } // namespace base

@@ -111,15 +111,15 @@ void run(const Options& options)
 void addCheckCommand(CLI::App& app)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* const command = app.add_subcommand(
-        "check", "Finds what is wrong with a case configuration and its value files");
+    CLI::App* const command =
+        app.add_subcommand("check", "Finds mistakes in a case configuration and its value files");
     command
         ->add_option("CONFIGURATION", options->mConfiguration,
                      "Case configuration (default: where the simulator looks)")
         ->type_name("");
     addDirectoryOption(*command, options->mDirectory);
     command->add_flag("--strict", options->mStrict, "Fails on warnings, too");
-    command->add_flag("--json", options->mJson, "The result as JSON");
+    command->add_flag("--json", options->mJson, "Prints the result as JSON");
     command->footer("Example:\n  vx-case check --strict vx-simulator.conf");
     command->callback([options] { run(*options); });
 }

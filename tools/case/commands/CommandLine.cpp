@@ -38,7 +38,7 @@ void addDirectoryOption(CLI::App& command, std::string& directory)
 {
     command
         .add_option("--directory", directory,
-                    "Where relative names of value files begin (default: here)")
+                    "Directory of value files with relative names (default: the current one)")
         ->type_name("DIRECTORY");
 }
 

@@ -17,7 +17,7 @@ inline void addEncodingOption(CLI::App& command, std::string* encoding)
             "UTF-8, or Latin-1 for texts that are not UTF-8)")
         ->type_name("NAME")
         ->check([](const std::string& name) {
-            return base::isEncoding(name) ? std::string() : "no encoding '" + name + "' is known";
+            return base::isEncoding(name) ? std::string() : "unknown encoding '" + name + "'";
         });
 }
 

@@ -13,11 +13,13 @@ namespace commands {
 
 namespace {
 constexpr char kExplainFooter[] =
-    R"(RECORDING is what vx-sandbox --record wrote, or - for standard input. The last
-line says whether all is as it should be, and so does the exit status: 0 if it
-is, 1 if not.
+    R"(RECORDING is a file of vx-sandbox --record, or - for standard input. The last line
+has the verdict.
 
-Example, for what vx-sandbox --record r.bin --events e.jsonl kept:
+Exit status: 0 if everything was played as it should be, 1 if not, 2 for a wrong
+command line.
+
+Example, after vx-sandbox --record r.bin --events e.jsonl:
   vx-case explain r.bin --config vx-simulator.conf --events e.jsonl)";
 
 struct ExplainOptions
@@ -89,7 +91,7 @@ void explain(const ExplainOptions& options)
 void addExplainCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
-        "explain", "Says what was played when, and whether that is what should have been played");
+        "explain", "Finds out what was played when, and whether it was played correctly");
     command.footer(kExplainFooter);
     const auto options = std::make_shared<ExplainOptions>();
     command
@@ -104,11 +106,11 @@ void addExplainCommand(CLI::App& app)
     CLI::Option& events =
         *command
              .add_option("--events", options->mEvents,
-                         "What vx-sandbox and vx-control wrote with --events: the commands, when "
-                         "samples arrived, how the run ended; once for each file")
+                         "Events of vx-sandbox or vx-control: commands, times of arrival, end of "
+                         "the run; repeatable")
              ->type_name("FILE");
     takeOneValueEach(events);
-    command.add_flag("--json", options->mJson, "One JSON object a line");
+    command.add_flag("--json", options->mJson, "Prints one JSON object per line");
     addOutputOption(command, options->mOutput);
     command.callback([options] { explain(*options); });
 }

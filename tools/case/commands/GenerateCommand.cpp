@@ -25,12 +25,12 @@ constexpr char kGenerateFooter[] =
     R"(Channels 0 to 2 are the phase voltages and 3 the neutral voltage in mV, 4 to 6
 the phase currents and 7 the neutral current in mA.
 
-Examples: a second in which the first voltage sags to 40 % with a phase jump, and
+Examples: one second with a sag of the first voltage to 40 % and a phase jump, and
 a signal of the catalogue in a single phase:
   vx-case generate --duration 1 --disturbance 0.3:0.4:0.4:-30:0 -o sag.csv
   vx-case generate --signal dip-70-25-50hz --set phases=1 -o dip.csv
 
-States in a file: pre-fault, fault, post-fault:
+Example: the states of a file, such as pre-fault, fault and post-fault:
   vx-case generate --states event.toml --truth event.json -o states.csv)";
 
 /** Reads a number per channel, comma-separated, into the given member of the channels. */
@@ -123,18 +123,18 @@ const Reader kReaders[] = {
          return readChannels(text, &generate::WaveChannel::mAmplitude, parameters);
      }},
     {"--phases", "P0,...,P7", "0,-120,120,0,-30,-150,90,0",
-     "Degrees at the start (default 0,-120,120,0,-30,-150,90,0)", false,
+     "Angles at the start in degrees (default 0,-120,120,0,-30,-150,90,0)", false,
      [](auto& text, auto& parameters) {
          return readChannels(text, &generate::WaveChannel::mPhase, parameters);
      }},
     {"--neutral", "CURRENT,VOLTAGE", "sum,zero",
      "Neutral channels: sum of the phases, zero, or given by --amplitudes (default: sum,zero for a "
-     "signal and states, else given)",
+     "signal and states, otherwise given)",
      false, readNeutral},
     {"--harmonic", "ORDER:RATIO:DEGREES:CHANNELS", "5:0.06:0:0,1,2",
      "Adds a harmonic, relative to the fundamental; repeatable", true, readHarmonic},
     {"--disturbance", "START:SECONDS:FACTOR:DEGREES:CHANNELS", "0.3:0.4:0.4:-30:0",
-     "Scales and shifts channels for some time; repeatable", true, readDisturbance},
+     "Scales and phase-shifts channels for some time; repeatable", true, readDisturbance},
 };
 
 /** What the command was told to do. */
@@ -327,7 +327,7 @@ void generateWave(const GenerateOptions& options, const std::string& commandLine
 void addStateOptions(CLI::App& command, GenerateOptions& options)
 {
     CLI::Option* const states =
-        command.add_option("--states", options.mStates, "The states of a file, in TOML")
+        command.add_option("--states", options.mStates, "Generates the states of a TOML file")
             ->type_name("FILE");
     command.add_flag("--align", options.mIsAligned, "Rounds the states to whole periods")
         ->needs(states);
@@ -340,10 +340,10 @@ void addStateOptions(CLI::App& command, GenerateOptions& options)
 
 void addSignalOptions(CLI::App& command, GenerateOptions& options)
 {
-    command.add_option("--signal", options.mSignal, "A signal of --list, by its name")
+    command.add_option("--signal", options.mSignal, "Generates a signal of --list")
         ->type_name("NAME");
-    CLI::Option& settings =
-        *command.add_option("--set", options.mSettings, "Changes the signal; repeatable");
+    CLI::Option& settings = *command.add_option("--set", options.mSettings,
+                                                "Changes a parameter of the signal; repeatable");
     settings.type_name("PARAMETER=NUMBER")->needs("--signal");
     takeOneValueEach(settings);
     command.add_flag("--list", options.mIsList, "Only lists the signals");
@@ -356,7 +356,7 @@ void addSignalOptions(CLI::App& command, GenerateOptions& options)
 void addGenerateCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
-        "generate", "Writes a value file: one line per degree of phase, 360 lines a period");
+        "generate", "Writes a value file: one line per degree of phase, 360 lines per period");
     command.footer(kGenerateFooter);
     const auto options = std::make_shared<GenerateOptions>();
     for (const Reader& reader : kReaders) {

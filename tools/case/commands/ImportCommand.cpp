@@ -115,7 +115,7 @@ void runImport(const ImportCommandOptions& options)
     const auto source = input::openInput(options.mRecording, options.mInput);
     if (source->description().mFormat == "value file") {
         throw base::CaseError(options.mRecording +
-                              ": is a value file already: it can be played as it is");
+                              ": is a value file already; play it without an import");
     }
     base::ResultFile output(options.mOutput);
     std::string line;
@@ -151,7 +151,7 @@ CLI::Option& addReader(CLI::App& command, const char* name, OptionReader read,
 void addMapping(CLI::App& command, importing::ImportOptions& options)
 {
     addReader(command, "--channels", readChannels, options,
-              "What each channel gets: 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
+              "Source of each channel, for example 0=UA,1=17,3=0,4=IA*0.5,7=IA+IB+IC")
         .type_name("CHANNEL=SOURCE,...");
     addScaleOption(command, &options.mMapping.mCountsPerVolt, &options.mMapping.mCountsPerAmpere);
     addReader(command, "--side", readSide, options,
@@ -163,8 +163,8 @@ void addMapping(CLI::App& command, importing::ImportOptions& options)
 void addTiming(CLI::App& command, importing::ImportOptions& options)
 {
     addReader(command, "--frequency", readFrequency, options,
-              "track: 360 lines are a period of the signal (default); nominal or HZ: 360 lines are "
-              "a period of that frequency")
+              "track (default): 360 lines are one period of the signal; nominal or HZ: 360 lines "
+              "are one period of that frequency")
         .type_name("track|nominal|HZ");
     command
         .add_option("--from", options.mFrom,
@@ -184,7 +184,8 @@ void addTiming(CLI::App& command, importing::ImportOptions& options)
     after->type_name("N")->check(CLI::Range(size_t{0}, kMaxRepeatedPeriods));
     command
         .add_flag("--loop", options.mDoLoop,
-                  "Fades the last period into the first: no seam when played over and over")
+                  "Fades the last period into the first, so that the file can be repeated without "
+                  "a jump")
         ->excludes(after);
 }
 } // namespace
@@ -209,7 +210,7 @@ void addImportCommand(CLI::App& app)
     addMapping(command, options->mImport);
     addTiming(command, options->mImport);
     addEncodingOption(command, &options->mInput.mEncoding);
-    command.add_flag("--json", options->mJson, "The table on standard error as JSON");
+    command.add_flag("--json", options->mJson, "Prints the table on standard error as JSON");
     command.callback([options, &command] {
         options->mImport.mMadeBy = commandLineOf(command);
         runImport(*options);

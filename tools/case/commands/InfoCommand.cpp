@@ -204,13 +204,13 @@ void runInfo(const InfoOptions& options)
 
 void addInfoCommand(CLI::App& app)
 {
-    CLI::App& command = *app.add_subcommand("info", "Tells what is in a recording or value file");
+    CLI::App& command = *app.add_subcommand("info", "Shows what is in a recording or value file");
     command.footer(kInfoFooter);
     const auto options = std::make_shared<InfoOptions>();
     command.add_option("FILE", options->mFile, "The recording or value file")
         ->required()
         ->type_name("");
-    command.add_flag("--json", options->mJson, "One JSON object instead of text");
+    command.add_flag("--json", options->mJson, "Prints one JSON object instead of text");
     addEncodingOption(command, &options->mInput.mEncoding);
     command.callback([options] { runInfo(*options); });
 }

@@ -23,10 +23,11 @@ namespace commands {
 
 namespace {
 constexpr char kJudgeFooter[] =
-    R"(EXPECTED is what vx-case measure wrote, MEASURED what a device says: a CSV that
---map describes, or the same format. The first line says whether all is within the
-limits, and so does the exit status: 0 if it is, 1 if not or if nothing could be
-compared, 2 for a wrong command line or file.
+    R"(EXPECTED is a table of vx-case measure. MEASURED is what a device measured: a CSV file
+that --map describes, or one in the format of EXPECTED. The first line has the verdict.
+
+Exit status: 0 if all values are within the limits, 1 if not, or if something was not
+observed, 2 for a wrong command line or file.
 
 Examples:
   vx-case judge --limits pq-a --list-limits
@@ -96,11 +97,11 @@ JudgedFiles readFiles(const JudgeOptions& options)
 void remarkOn(const assess::ReadTable& measured)
 {
     if (!measured.mUnused.empty()) {
-        fmt::print(stderr, "remark: not known and not compared: {}\n",
+        fmt::print(stderr, "remark: unknown, not compared: {}\n",
                    fmt::join(measured.mUnused, ", "));
     }
     if (measured.mMissing > 0) {
-        fmt::print(stderr, "remark: {} fields of the measured values hold no value\n",
+        fmt::print(stderr, "remark: fields of the measured file without a value: {}\n",
                    measured.mMissing);
     }
 }
@@ -184,7 +185,7 @@ void readJudgedQuantities(const std::string& text, std::set<std::string>& quanti
         if (!assess::isMeasured(name) &&
             std::find(known.begin(), known.end(), name) == known.end()) {
             throw CLI::ValidationError("--quantities",
-                                       fmt::format("'{}' is not known; the nearest is {}", name,
+                                       fmt::format("'{}' is unknown; the nearest is {}", name,
                                                    base::nearestNames(name, known, 1).front()));
         }
         quantities.insert(name);
@@ -193,23 +194,25 @@ void readJudgedQuantities(const std::string& text, std::set<std::string>& quanti
 
 void addJudgeFiles(CLI::App& command, JudgeOptions& options)
 {
-    command.add_option("EXPECTED", options.mExpected, "What vx-case measure wrote")->type_name("");
-    command.add_option("MEASURED", options.mMeasured, "What the device says")->type_name("");
+    command.add_option("EXPECTED", options.mExpected, "Table of vx-case measure")->type_name("");
+    command.add_option("MEASURED", options.mMeasured, "Values that the device measured, CSV")
+        ->type_name("");
     command
         .add_option(
             "--limits", options.mLimits,
             fmt::format("{}, or a file of limits", fmt::join(assess::builtInLimitNames(), ", ")))
         ->required()
         ->type_name("NAME|FILE");
-    command.add_option("--map", options.mMap, "What the columns of MEASURED are")
+    command.add_option("--map", options.mMap, "TOML file that describes the columns of MEASURED")
         ->type_name("FILE");
 }
 
 void addJudgeResults(CLI::App& command, JudgeOptions& options)
 {
     addOutputOption(command, options.mOutput);
-    command.add_option("--junit", options.mJunit, "Writes a JUnit file as well")->type_name("FILE");
-    command.add_option("--json", options.mJson, "Writes all of it as a JSON object as well")
+    command.add_option("--junit", options.mJunit, "Also writes the result as a JUnit file")
+        ->type_name("FILE");
+    command.add_option("--json", options.mJson, "Also writes the result as a JSON object")
         ->type_name("FILE");
     command
         .add_option("--plot", options.mPlot,
@@ -221,20 +224,20 @@ void addJudgeResults(CLI::App& command, JudgeOptions& options)
 void addJudgeCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand(
-        "judge", "Compares what a device measured with what it should have measured");
+        "judge", "Compares the values that a device measured with the expected ones");
     command.footer(kJudgeFooter);
     const auto options = std::make_shared<JudgeOptions>();
     addJudgeFiles(command, *options);
     addNominalOption(
         command, [options](const NominalValues& nominal) { options->mNominal = nominal; },
-        "Voltage to neutral, current and frequency that limits refer to");
+        "Nominal voltage to neutral, current and frequency (default: those of the limits)");
     command
         .add_option_function<std::string>(
             "--quantities",
             [options](const std::string& text) {
                 readJudgedQuantities(text, options->mQuantities);
             },
-            "What is judged, by name or group (default: all that is expected)")
+            "Quantities or groups to judge (default: all expected ones)")
         ->type_name("NAME,...");
     command.add_flag("--list-limits", options->mDoesList, "Only prints the table of limits");
     addJudgeResults(command, *options);

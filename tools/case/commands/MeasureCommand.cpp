@@ -19,10 +19,10 @@ namespace commands {
 namespace {
 constexpr char kMeasureFooter[] =
     R"(SIGNAL is a value file, a recording of the driver, COMTRADE (.cfg with .dat, .cff)
-or a text file with a heading. The table has a row a value: UTC, quantity, channel,
-value, unit, and whether it was measured or is known in closed form.
+or a text file with a heading. Each row of the table has one value: UTC, quantity,
+channel, value, unit, and whether it was measured or is known in closed form.
 
-Example, the half-period rms values and the harmonics of a value file:
+Example: the half-period rms values and the harmonics of a value file:
   vx-case measure sag.csv --begin 2026-01-01T00:00:00Z --quantities rms-half,harmonics \
       -o expected.csv)";
 
@@ -40,7 +40,7 @@ void readQuantities(const std::string& text, std::vector<std::string>& groups)
         if (std::find(known.begin(), known.end(), group) == known.end()) {
             throw CLI::ValidationError(
                 "--quantities",
-                fmt::format("'{}': expected some of {}; the nearest is {}", group,
+                fmt::format("'{}': expected names of {}; the nearest is {}", group,
                             fmt::join(known, ","), base::nearestNames(group, known, 1).front()));
         }
         groups.push_back(group);
@@ -76,7 +76,7 @@ void runMeasure(const MeasureCommandOptions& options)
 
 void addMeasuredInput(CLI::App& command, measure::SignalOptions& signal)
 {
-    command.add_option("SIGNAL", signal.mPath, "What is measured")->required()->type_name("");
+    command.add_option("SIGNAL", signal.mPath, "Signal to measure")->required()->type_name("");
     command
         .add_option_function<std::string>(
             "--begin", [&](const std::string& text) { readBegin(text, signal.mBeginUtcNs); },
@@ -92,7 +92,7 @@ void addMeasuredInput(CLI::App& command, measure::SignalOptions& signal)
                     throw CLI::ValidationError("--channels", problem);
                 }
             },
-            "What each channel gets, as in import: 0=UA,1=17,3=0")
+            "Source of each channel, as in import, for example 0=UA,1=17,3=0")
         ->type_name("CHANNEL=SOURCE,...");
     addEncodingOption(command, &signal.mEncoding);
 }
@@ -146,22 +146,23 @@ void addMeterOptions(CLI::App& command, measure::MeasureOptions& measuring)
     using measure::PhasorClass;
     command
         .add_option("--rate", measuring.mFramesPerSecond,
-                    "Phasors a second (default: one a nominal period)")
+                    "Reporting rate of phasors in frames per second (default: one per nominal "
+                    "period)")
         ->check(CLI::Range(1, measure::PhasorWindow::kMaxRate))
         ->type_name("N");
     addChoice<PhasorClass>(command, "--class", measuring.mPhasorClass,
                            {{{"P", PhasorClass::P}, {"M", PhasorClass::M}}},
-                           "The phasors' performance class (default: M)");
+                           "Performance class of phasors (default: M)");
     addChoice<Lamp>(command, "--lamp", measuring.mLamp,
                     {{{"230", Lamp::V230}, {"120", Lamp::V120}}},
-                    "The voltage of the lamp for flicker (default: 230)");
+                    "Lamp voltage for flicker (default: 230)");
     command
         .add_option_function<std::string>(
             "--thresholds",
             [&measuring](const std::string& text) {
                 readThresholds(text, measuring.mEventPercents);
             },
-            "Where events begin, percent of the nominal voltage (default: 90,110,5)")
+            "Thresholds of events in percent of the nominal voltage (default: 90,110,5)")
         ->type_name("DIP,SWELL,INTERRUPTION");
 }
 } // namespace
@@ -179,7 +180,7 @@ void addMeasureCommand(CLI::App& app)
         .add_option_function<std::string>(
             "--quantities",
             [&](const std::string& text) { readQuantities(text, measuring.mGroups); },
-            "What is measured (default: all): " +
+            "Groups to measure (default: all): " +
                 fmt::format("{}", fmt::join(measure::quantityGroups(), ",")))
         ->type_name("NAME,...");
     addNominalOption(
@@ -189,19 +190,19 @@ void addMeasureCommand(CLI::App& app)
             measuring.mNominalAmperes = nominal[1];
             measuring.mSignal.mNominalHz = nominal[2];
         },
-        "Voltage to neutral, current and frequency that percent refers to (default: 230,5 and "
-        "the signal's own 50 or 60)");
+        "Nominal voltage to neutral, current and frequency (default: 230,5 and the signal's own "
+        "50 or 60)");
     command
         .add_option("--truth", measuring.mTruth,
-                    "What generate --truth wrote; its values replace measured ones")
+                    "File of generate --truth; its values replace measured ones")
         ->type_name("FILE");
     CLI::Option* const wide = command.add_flag_callback(
         "--wide", [&] { measuring.mForm = measure::TableForm::Wide; },
-        "A row for each instant, a column for each quantity and channel");
+        "Writes a row for each instant, a column for each quantity and channel");
     command
         .add_flag_callback(
             "--json", [&] { measuring.mForm = measure::TableForm::Json; },
-            "A JSON object for each value")
+            "Writes a JSON object for each value")
         ->excludes(wide);
     addMeterOptions(command, measuring);
     command.callback([options] { runMeasure(*options); });

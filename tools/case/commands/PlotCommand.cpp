@@ -27,7 +27,7 @@ namespace commands {
 namespace {
 constexpr char kPlotFooter[] =
     R"(INPUT is a value file, a recording of the driver, a COMTRADE recording or a text file
-with a heading, or the table that measure wrote. A second signal is drawn over the
+with a heading, or a table of vx-case measure. A second signal is drawn over the
 first, dashed. FILE ends in .svg or .png; without it the picture is drawn on the
 terminal.
 
@@ -82,7 +82,7 @@ std::string reasonNotMoment(const std::string& text)
     const std::string reason = reasonNotSeconds(text);
     return reason.empty() || measure::parseUtc(text)
                ? ""
-               : reason + "; of a table also UTC, as 2026-01-01T00:00:00Z";
+               : reason + "; for a table also UTC, for example 2026-01-01T00:00:00Z";
 }
 
 /**
@@ -122,16 +122,17 @@ void expectNoConflict(const PlotOptions& options)
 void expectTableOptions(const CLI::App& command, const PlotOptions& options)
 {
     if (options.mRequest.mInputs.size() > 1) {
-        throw CLI::ValidationError("INPUT", "a table that measure wrote is drawn by itself");
+        throw CLI::ValidationError("INPUT", "a table of measure must be the only input");
     }
     for (const char* const name :
          {"--events", "--config", "--directory", "--from", "--to", "--encoding"}) {
         if (command.count(name) > 0) {
-            throw CLI::ValidationError(name, "does not apply to a table that measure wrote");
+            throw CLI::ValidationError(name, "does not apply to a table of measure");
         }
     }
     if (!options.mAt.empty() && !assess::isOfMoment(options.mQuantity)) {
-        throw CLI::ValidationError("--at", "of a table only with --quantity harmonics or phasors");
+        throw CLI::ValidationError("--at",
+                                   "for a table, expected --quantity harmonics or phasors, too");
     }
     // Characters are higher than wide: angles would be wrong.
     if (options.mOutput.empty() && options.mQuantity == assess::kPhasors) {
@@ -150,7 +151,7 @@ void findTable(const CLI::App& command, PlotOptions& options)
     }
     if (!options.mQuantity.empty()) {
         throw CLI::ValidationError("--quantity",
-                                   "'" + inputs.front() + "' is no table that measure wrote");
+                                   "'" + inputs.front() + "' is not a table of measure");
     }
     if (!options.mAt.empty()) {
         const std::string reason = reasonNotSeconds(options.mAt);
@@ -204,14 +205,14 @@ void addMomentOptions(CLI::App& command, PlotOptions& options)
     plot::MomentRequest& moments = options.mRequest.mMoments;
     command
         .add_option("--quantity", options.mQuantity,
-                    "Of a table: a quantity over time, or harmonics or phasors of a moment "
-                    "(default: that of its first row)")
+                    "Quantity of a table over time, or harmonics or phasors at one time (default: "
+                    "that of the first row)")
         ->type_name("NAME")
         ->check(assess::reasonNotDrawn);
     CLI::Option* const at =
         command
             .add_option("--at", options.mAt,
-                        "Waveforms around this time; the moment of harmonics or phasors")
+                        "Waveforms around this time; for a table: time of the harmonics or phasors")
             ->type_name("SECONDS|UTC")
             ->check(reasonNotMoment);
     command.add_option("--from", moments.mFrom, "Waveforms from this time on")
@@ -228,7 +229,7 @@ void addMomentOptions(CLI::App& command, PlotOptions& options)
 void addPlotCommand(CLI::App& app)
 {
     CLI::App& command = *app.add_subcommand("plot",
-                                            "Draws a signal: the whole, and the "
+                                            "Draws a signal: rms and frequency, and the "
                                             "waveforms where it changes");
     command.footer(kPlotFooter);
     const auto options = std::make_shared<PlotOptions>();
@@ -241,7 +242,7 @@ void addPlotCommand(CLI::App& app)
         .add_option("-o", options->mOutput,
                     "Picture to write, .svg or .png (default: the terminal)")
         ->type_name("FILE");
-    command.add_option("--events", request.mEvents, "What vx-sandbox --events wrote: the commands")
+    command.add_option("--events", request.mEvents, "Events of vx-sandbox: shows the commands")
         ->type_name("FILE");
     command
         .add_option("--config", request.mConfiguration,

@@ -29,8 +29,8 @@ Json parseTruth(const std::string& path)
                         truth["channels"].size() == kChannelCount;
     if (!isWave) {
         throw base::CaseError(path +
-                              ": expected what vx-case generate --truth writes of a signal "
-                              "or of options (of states nothing holds for all lines)");
+                              ": expected a file of vx-case generate --truth, for a signal or "
+                              "options (not for states)");
     }
     return truth;
 }
@@ -183,7 +183,7 @@ void ClosedFormOutput::compare(const Measurement& measured, double known)
     const bool isRms = id == QuantityId::Rms || id == QuantityId::RmsHalf;
     if (isRms && mDisagreement.empty() &&
         std::abs(measured.mValue - known) > kSame * known + kRounding) {
-        mDisagreement = fmt::format("the {} of {} at {} is {:.7g}, but it says {:.7g}",
+        mDisagreement = fmt::format("the {} of {} at {} is {:.7g}, but the file has {:.7g}",
                                     nameOf(measured.mKind), nameOf(measured.mChannel),
                                     UtcText().of(measured.mUtcNs), measured.mValue, known);
     }

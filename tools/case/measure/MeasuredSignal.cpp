@@ -38,7 +38,7 @@ MeasuredSignal::MeasuredSignal(const SignalOptions& options)
     if (std::any_of(assignments.begin(), assignments.end(),
                     [](const auto& assignment) { return assignment.has_value(); })) {
         throw base::CaseError(options.mPath + ": is a " + description().mFormat +
-                              ": --channels is for recordings of others");
+                              "; --channels is only for other recordings");
     }
     for (int channel = 0; channel < kChannelCount; ++channel) {
         mUnitsPerCount[static_cast<size_t>(channel)] =
@@ -47,7 +47,7 @@ MeasuredSignal::MeasuredSignal(const SignalOptions& options)
     }
     mChannels.set();
     if (!mSource->read(mFirstBlock) || mFirstBlock.size() < 2) {
-        throw base::CaseError(options.mPath + ": expected two samples at least");
+        throw base::CaseError(options.mPath + ": expected at least two samples");
     }
     findNominal(options.mNominalHz);
 }
@@ -59,19 +59,16 @@ void MeasuredSignal::findBegin(const std::optional<qint64>& given)
     mBeginUtcNs = given.value_or(recorded.value_or(0));
     const bool isOfDriver = description().mFormat == "recording of the driver";
     if (given && isOfDriver) {
-        mRemarks.push_back(
-            fmt::format("the UTC that it has of its first sample, {}, is replaced by "
-                        "--begin",
-                        description().mStartTime));
+        mRemarks.push_back(fmt::format("--begin replaces the UTC of its first sample, {}",
+                                       description().mStartTime));
     }
     if (given || isOfDriver) {
         return;
     }
-    mRemarks.push_back(
-        recorded
-            ? fmt::format("its start, {}, is taken for UTC; see --begin", description().mStartTime)
-            : "the UTC of its first sample is not known: 1970-01-01T00:00:00Z is taken; see "
-              "--begin");
+    mRemarks.push_back(recorded ? fmt::format("its start, {}, is read as UTC; see --begin",
+                                              description().mStartTime)
+                                : "the UTC of its first sample is unknown: it starts at "
+                                  "1970-01-01T00:00:00Z; see --begin");
 }
 
 /** 50 or 60 Hz, whichever is nearer to what the steps of the lines say. */
@@ -98,10 +95,10 @@ void MeasuredSignal::findNominal(const SignalOptions& options, const importing::
     const auto recognized = recognizeNominal(*source, map);
     mNominalHz = recognized.value_or(kLowerNominal);
     const std::string what = stated == 0.0
-                                 ? "its nominal frequency is not known"
+                                 ? "its nominal frequency is unknown"
                                  : fmt::format("its nominal frequency is {:g} Hz", stated);
     mRemarks.push_back(fmt::format("{}: {:g} Hz is taken{}; see --nominal", what, mNominalHz,
-                                   recognized ? ", which its samples have" : ""));
+                                   recognized ? ", as in its samples" : ""));
 }
 
 void MeasuredSignal::mapRecording(const SignalOptions& options)
@@ -171,14 +168,13 @@ std::vector<std::string> MeasuredSignal::remarks() const
     const auto& more = description().mRemarks;
     remarks.insert(remarks.end(), more.begin(), more.end());
     if (mMissing > 0) {
-        remarks.push_back(
-            fmt::format("{} values are missing (-2147483648): held at the value before", mMissing));
+        remarks.push_back(fmt::format(
+            "{} values are missing (-2147483648): the previous value is held", mMissing));
     }
     if (mRecording && mRecording->breaks() > 0) {
-        remarks.push_back(
-            fmt::format("its rate changes or samples are missing, {} times: values "
-                        "between are interpolated",
-                        mRecording->breaks()));
+        remarks.push_back(fmt::format(
+            "its rate changes or samples are missing, {} times: values are interpolated there",
+            mRecording->breaks()));
     }
     return remarks;
 }

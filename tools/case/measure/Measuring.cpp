@@ -146,9 +146,9 @@ void expectOwnTruth(const std::optional<ClosedForm>& closedForm, size_t lines,
                     const MeasureOptions& options)
 {
     if (closedForm && closedForm->lines() != lines) {
-        throw base::WrongInput(
-            fmt::format("{}: has {} lines, but {} is about {}: it is another signal's",
-                        options.mSignal.mPath, lines, options.mTruth, closedForm->lines()));
+        throw base::WrongInput(fmt::format(
+            "{}: has {} lines, but {} is for {}; expected the file written with this signal",
+            options.mSignal.mPath, lines, options.mTruth, closedForm->lines()));
     }
 }
 
@@ -156,8 +156,9 @@ void expectOwnTruth(const std::optional<ClosedForm>& closedForm, size_t lines,
 void expectAgreement(const std::optional<ClosedFormOutput>& known, const MeasureOptions& options)
 {
     if (known && !known->disagreement().empty()) {
-        throw base::WrongInput(fmt::format("{}: {} is another signal's: {}", options.mSignal.mPath,
-                                           options.mTruth, known->disagreement()));
+        throw base::WrongInput(fmt::format("{}: {} does not belong to this signal: {}",
+                                           options.mSignal.mPath, options.mTruth,
+                                           known->disagreement()));
     }
 }
 
@@ -169,9 +170,9 @@ std::vector<std::string> remarksOf(const MeasuredSignal& signal, const SignalChe
         remarks.push_back(remark);
     }
     if (watch.notFinite() > 0) {
-        remarks.push_back(
-            fmt::format("{} values are left out: they are too large for a number; see --scale",
-                        watch.notFinite()));
+        remarks.push_back(fmt::format(
+            "{} values are left out, because they are too large for a number; see --scale",
+            watch.notFinite()));
     }
     const auto empty = watch.emptyGroups(selection);
     if (!empty.empty()) {

@@ -73,7 +73,7 @@ PhasorWindow::PhasorWindow(PhasorClass phasorClass, int framesPerSecond, double 
 std::string PhasorWindow::problemOf(PhasorClass phasorClass, int framesPerSecond, double nominalHz)
 {
     if (framesPerSecond < 1 || framesPerSecond > kMaxRate) {
-        return fmt::format("{} frames a second; expected 1 to {}", framesPerSecond, kMaxRate);
+        return fmt::format("{} frames per second; expected 1 to {}", framesPerSecond, kMaxRate);
     }
     if (phasorClass == PhasorClass::P || findClassMFilter(framesPerSecond, nominalHz) != nullptr) {
         return {};
@@ -84,7 +84,7 @@ std::string PhasorWindow::problemOf(PhasorClass phasorClass, int framesPerSecond
             rates += (rates.empty() ? "" : ", ") + std::to_string(filter.mFramesPerSecond);
         }
     }
-    return fmt::format("class M has no filter for {} frames a second at {} Hz; it has one for {}",
+    return fmt::format("class M has no filter for {} frames per second at {} Hz; expected {}",
                        framesPerSecond, nominalHz, rates.empty() ? "none" : rates);
 }
 

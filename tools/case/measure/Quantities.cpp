@@ -50,11 +50,11 @@ std::vector<Quantity> waveformQuantities()
                "rms of one period, every half period"),
         aggregated(Id::Rms, "rms", "rms", own, all, "rms of 10/12 periods"),
         aggregated(Id::Thd, "thd", "thd", "%", all,
-                   "harmonic subgroups 2 to 50, of the subgroup of the fundamental"),
+                   "harmonic subgroups 2 to 50, relative to that of the fundamental"),
         {Id::Harmonic, "harmonic", "harmonics", "%", all, 2, kLastHarmonic, true,
-         "harmonic subgroup, of the subgroup of the fundamental"},
+         "harmonic subgroup, relative to that of the fundamental"},
         {Id::Interharmonic, "interharmonic", "interharmonics", "%", all, 1, kLastInterharmonic,
-         true, "centred interharmonic subgroup, of the subgroup of the fundamental"},
+         true, "interharmonic centred subgroup, relative to that of the fundamental"},
         single(Id::Frequency, "frequency", "frequency", "Hz", none, "of one period"),
         single(Id::FrequencyTenSeconds, "frequency-10s", "frequency", "Hz", none,
                "whole periods in 10 s by their duration"),
@@ -68,8 +68,8 @@ std::vector<Quantity> systemQuantities()
     const Channels systems{Channel::U, Channel::I};
     const Channels power{Channel::A, Channel::B, Channel::C, Channel::Total};
     const char* const own = kUnitOfChannel;
-    const char* const negative = "negative sequence, of the positive one";
-    const char* const zero = "zero sequence, of the positive one";
+    const char* const negative = "negative sequence, relative to the positive one";
+    const char* const zero = "zero sequence, relative to the positive one";
     const char* const rms = "rms of the fundamental";
     return {
         aggregated(Id::NegativeVoltageUnbalance, "u2", "unbalance", "%", voltage, negative),
@@ -84,7 +84,7 @@ std::vector<Quantity> systemQuantities()
                    "reactive power of the fundamental"),
         aggregated(Id::ApparentPower, "s", "power", "VA", power,
                    "product of the rms values; the total is their sum"),
-        aggregated(Id::PowerFactor, "power-factor", "power", "", power, "p by s"),
+        aggregated(Id::PowerFactor, "power-factor", "power", "", power, "p divided by s"),
     };
 }
 
@@ -94,7 +94,7 @@ std::vector<Quantity> eventQuantities()
     const Channels events{Channel::UA, Channel::UB, Channel::UC, Channel::U};
     return {
         single(Id::InstantaneousFlicker, "pinst", "flicker", "", phaseVoltages,
-               "largest instantaneous flicker sensation of a second"),
+               "maximum instantaneous flicker sensation of a second"),
         single(Id::ShortFlicker, "pst", "flicker", "", phaseVoltages, "of 10 minutes"),
         single(Id::LongFlicker, "plt", "flicker", "", phaseVoltages, "of 2 hours"),
         single(Id::DipResidual, "dip-residual", "events", "V", events, "lowest rms-half of a dip"),
@@ -127,11 +127,11 @@ std::vector<Quantity> phasorQuantities()
         single(Id::PhasorMagnitude, "phasor-magnitude", "phasors", own, phases,
                "rms of the synchrophasor"),
         single(Id::PhasorAngle, "phasor-angle", "phasors", "deg", phases,
-               "of the synchrophasor, to a cosine on UTC"),
+               "of the synchrophasor, relative to a cosine on UTC"),
         single(Id::PositivePhasorMagnitude, "positive-sequence-magnitude", "phasors", own, systems,
                "rms of the synchrophasor"),
         single(Id::PositivePhasorAngle, "positive-sequence-angle", "phasors", "deg", systems,
-               "of the synchrophasor, to a cosine on UTC"),
+               "of the synchrophasor, relative to a cosine on UTC"),
         single(Id::PhasorFrequency, "frequency-pmu", "phasors", "Hz", none,
                "from the positive sequence"),
         single(Id::Rocof, "rocof", "phasors", "Hz/s", none, "rate of change of frequency"),

@@ -88,7 +88,7 @@ bool RecordingLines::readPart()
             return false;
         }
         throw base::CaseError(mSource.description().mFileName +
-                              ": expected samples at two instants at least");
+                              ": expected samples at two or more instants");
     }
     mTimes.emplace(mSeconds, !mSource.description().mRates.empty());
     mBreaks += mTimes->segments().size() - 1;

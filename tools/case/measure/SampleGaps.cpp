@@ -31,8 +31,8 @@ std::string SampleGaps::problem() const
 {
     return mGapLength == 0.0 ? ""
                              : fmt::format(
-                                   "samples are missing for {:.6f} s after {:.6f} s: nothing "
-                                   "true can be measured across; cut the recording there",
+                                   "samples are missing for {:.6f} s after {:.6f} s: nothing can "
+                                   "be measured across the gap; cut the recording there",
                                    mGapLength, mGapSeconds);
 }
 

@@ -89,10 +89,10 @@ std::vector<std::string> SignalCheck::remarks() const
 {
     std::vector<std::string> remarks;
     if (const auto median = medianFarFrom(mLevels, mNominalVolts)) {
-        remarks.push_back(fmt::format(
-            "the median of its voltages is {:.3g} V, but the nominal voltage is {:g} V: events are "
-            "not found with a wrong nominal voltage; see --nominal and --scale",
-            *median, mNominalVolts));
+        remarks.push_back(
+            fmt::format("the median of its voltages is {:.3g} V, but the nominal voltage is {:g} "
+                        "V: events may be missed; see --nominal and --scale",
+                        *median, mNominalVolts));
     }
     const std::array<const char*, 2> names{"voltages", "currents"};
     for (size_t system = 0; system < mSystems.size(); ++system) {

@@ -106,7 +106,7 @@ void Reader::expectNeutralGiven(const TomlSection& file) const
         if (rule == generate::NeutralRule::Given &&
             mState.mChannels[channel].mLocation.mLine == 0) {
             file.fail(*file.find("neutral")->as_table()->get(key), "neutral." + key,
-                      "no state has " + key + ".N; expected one with it, or \"zero\"");
+                      "no state has " + key + ".N; expected it in a state, or \"zero\" here");
         }
     };
     expect("voltage", mPlan.mNeutral.mVoltage, generate::kNeutralVoltage);
@@ -139,7 +139,7 @@ void Reader::readDuration(const TomlSection& section)
     mState.mSeconds = section.number("seconds", {0.0, kMaxSeconds, true});
     if (mState.mPeriods && mState.mSeconds) {
         section.fail(*section.find("seconds"), "seconds",
-                     "the state has periods, too; expected one of the two");
+                     "periods is given, too; expected one of the two");
     }
     if (!mState.mPeriods && !mState.mSeconds) {
         section.fail(section.table(), "seconds", "missing; a state has seconds or periods");
@@ -156,7 +156,7 @@ void Reader::readAt(const TomlSection& section)
     }
     const toml::node& node = *section.find("at");
     if (mNumber == 0) {
-        section.fail(node, "at", "the first state begins with the file");
+        section.fail(node, "at", "not allowed in the first state, which begins with the file");
     }
     mState.mAt = parsePoint(*text);
     if (!mState.mAt) {
@@ -177,7 +177,7 @@ void Reader::readChannels(const TomlSection& section, const char* key, size_t fi
         const bool isPhase = i < generate::kPhaseCount;
         if (isPhase && balanced != nullptr && own != nullptr) {
             channels.fail(*own, kLetters[i],
-                          "balanced gives it a value, too; expected one of the two");
+                          "balanced gives it a value already; expected one of the two");
         }
         if (own != nullptr) {
             readChannel(channels, kLetters[i], first + i, 0.0);
@@ -245,7 +245,7 @@ std::optional<Offset> Reader::offsetOf(const TomlSection& section) const
     const std::optional<double> tau = section.number("tau", kTaus);
     if (node == nullptr) {
         if (tau) {
-            section.fail(*section.find("tau"), "tau", "there is no offset that decays with it");
+            section.fail(*section.find("tau"), "tau", "expected offset beside it");
         }
         return std::nullopt;
     }
@@ -256,7 +256,8 @@ std::optional<Offset> Reader::offsetOf(const TomlSection& section) const
         return Offset{std::nullopt, *tau};
     }
     if (!node->is_number()) {
-        section.fail(*node, "offset", "expected \"auto\" or the value at its beginning");
+        section.fail(*node, "offset",
+                     "expected \"auto\" or the value at the start of the state in amperes");
     }
     return Offset{section.numberOf(*node, "offset", {-kMaxValue, kMaxValue}), *tau};
 }
@@ -319,7 +320,7 @@ void Reader::readFrequency(const TomlSection& section)
         const std::optional<double> rate = parts.number("rate", {-kMaxHertz, kMaxHertz});
         if (rate == 0.0) {
             parts.fail(*parts.find("rate"), "rate",
-                       "expected one that is not 0; without it the frequency changes at once");
+                       "expected a rate other than 0; leave it out for a step");
         }
         target.mRate = rate.value_or(0.0);
     } else {

@@ -74,7 +74,7 @@ LaidOut Walk::run()
             if (mIsAligned) {
                 throw base::CaseError(mPlan.messagePrefix(state.mLocation) + "state '" +
                                       state.mName +
-                                      "' begins at an angle: expected no 'at' with --align");
+                                      "' has 'at', which cannot be combined with --align");
             }
             waitFor(*state.mAt, mPlan.mStates[i - 1]);
         }
@@ -85,7 +85,7 @@ LaidOut Walk::run()
     mResult.mBegins.push_back(mLine);
     if (mLine % kSamplesPerPeriod != 0) {
         mResult.mRemarks.push_back(fmt::format(
-            "the file ends {} lines into a period: played over and over, it jumps there; --align "
+            "the file ends {} lines into a period, so it has a jump when it is repeated; --align "
             "rounds the states to whole periods",
             mLine % kSamplesPerPeriod));
     }
@@ -111,7 +111,7 @@ void Walk::begin(const State& state)
     const double from = mRamp.at(mSeconds);
     if ((target.mHertz - from) * target.mRate < 0.0) {
         throw base::CaseError(
-            fmt::format("{}frequency: from {:g} Hz, a rate of {:g} Hz/s does not lead to {:g} Hz",
+            fmt::format("{}frequency: from {:g} Hz, a rate of {:g} Hz/s never reaches {:g} Hz",
                         mPlan.messagePrefix(target.mLocation), from, target.mRate, target.mHertz));
     }
     mRamp = {mSeconds, from, target.mHertz, target.mRate};
@@ -178,7 +178,7 @@ double Walk::hertz() const
 void Walk::goTo(qint64 line)
 {
     if (line > kMaxLines) {
-        throw base::CaseError(fmt::format("{}: the states have more than {} lines together",
+        throw base::CaseError(fmt::format("{}: the states have more than {} lines in total",
                                           mPlan.mFileName, kMaxLines));
     }
     while (mLine < line) {

@@ -64,7 +64,7 @@ void expectValuesInRange(const StatePlan& plan)
                 const ChannelWave& wave = state.mChannels[channel];
                 throw base::CaseError(fmt::format(
                     "{}state '{}': channel {} may reach {:g} counts, the sum of the peaks of its "
-                    "parts: expected at most {}, values have 32 bits",
+                    "parts; expected at most {}, because values have 32 bits",
                     plan.messagePrefix(wave.mLocation.mLine > 0 ? wave.mLocation : state.mLocation),
                     state.mName, channel, peaks[channel], std::numeric_limits<qint32>::max()));
             }

@@ -114,12 +114,12 @@ void expectReadable(const std::string& fileName, std::string_view text)
         const size_t foreign = findForeign(line);
         if (foreign != kNone) {
             throw base::CaseError(messagePrefix(fileName, {number, unsigned(foreign) + 1}) +
-                                  "a character beyond ASCII: expected it in comments only");
+                                  "a non-ASCII character, which is allowed in comments only");
         }
         const size_t quotes = std::min(line.find("\"\"\""), line.find("'''"));
         if (quotes != kNone) {
             throw base::CaseError(messagePrefix(fileName, {number, unsigned(quotes) + 1}) +
-                                  "three quotes: expected a string in single ones, on one line");
+                                  "three quotes; expected a string in single quotes, on one line");
         }
     }
 }

@@ -100,7 +100,7 @@ std::optional<std::string> TomlSection::text(std::string_view key) const
         return std::nullopt;
     }
     if (!node->is_string()) {
-        fail(*node, key, "expected a text in quotes");
+        fail(*node, key, "expected text in quotes");
     }
     return node->as_string()->get();
 }

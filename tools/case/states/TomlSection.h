@@ -64,7 +64,7 @@ struct ExpectedNumbers
 };
 
 inline constexpr ExpectedNumbers kExpectedScale{
-    2, "expected two numbers: counts for a volt and for an ampere"};
+    2, "expected two numbers: counts per volt and per ampere"};
 
 /**
  * The tables of a text, whose characters beyond ASCII are in comments alone and whose strings are

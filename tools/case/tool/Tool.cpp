@@ -24,7 +24,7 @@ std::string failureMessage(const CLI::App* app, const CLI::Error& error)
 {
     const std::vector<std::string> unknown = app->remaining(true);
     return app->get_name() + ": " +
-           (unknown.empty() ? error.what() : "'" + unknown.front() + "' is not known here") +
+           (unknown.empty() ? error.what() : "unknown argument '" + unknown.front() + "'") +
            "; see --help\n";
 }
 
