@@ -151,10 +151,10 @@ TEST_F(ExpectedTest, AnAssessmentIsFoundAgainByTheReport)
     report::NightSummary later = night({kPlayPassed, kPlayPassed});
     addAssessment(mFiles.path(""), 100, &later);
     EXPECT_EQ(later.assessedCases(), 0U);
-    EXPECT_THAT(later.mAssessmentProblem, HasSubstr("of an earlier state"));
+    EXPECT_THAT(later.mAssessmentProblem, HasSubstr("to an earlier state"));
     mFiles.make("assessment.json", "{\"journalBytes\": 100");
     addAssessment(mFiles.path(""), 100, &later);
-    EXPECT_THAT(later.mAssessmentProblem, HasSubstr("is not as judge wrote it"));
+    EXPECT_THAT(later.mAssessmentProblem, HasSubstr("was changed since judge wrote it"));
 }
 
 /** A recording that lacks a sample of the play is not measured, and stays. */

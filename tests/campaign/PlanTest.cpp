@@ -159,7 +159,7 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
          "encoding, align"},
         {"[[case]]\nname = \"a\"",
          "1:1: signal: missing; expected signal, recording, states or file"},
-        {caseWith("file = \"a.csv\""), "3:8: file: there is signal, too; expected one of the two"},
+        {caseWith("file = \"a.csv\""), "3:8: file: signal is given, too; expected one of the two"},
         {"[[case]]\nsignal = \"stedy-60hz\"",
          "2:10: signal: 'stedy-60hz': no signal has this name; near it are steady-60hz, "
          "steady-50hz, swell-110-50hz, and vx-case generate --list shows all"},
@@ -173,7 +173,7 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
          "3:9: set.phases: unknown key; the nearest is seconds, and all are frequency, seconds"},
         {"[[case]]\nsignal = \"dip-70-25-50hz\"\nset.phases = 1.5",
          "3:14: set.phases: expected how many, from the first on; a whole number"},
-        {caseWith("before = 1"), "3:10: before: goes with recording only"},
+        {caseWith("before = 1"), "3:10: before: allowed only with recording"},
         {caseWith("times = 0"), "3:9: times: expected a number of at least 1 and at most 100000"},
         {caseWith("times = 1.5"), "3:9: times: expected a whole number"},
         {caseWith("seconds = 0"), "3:11: seconds: expected a number above 0 and at most 604800"},

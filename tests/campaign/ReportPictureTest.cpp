@@ -182,7 +182,7 @@ TEST_F(ReportPictureTest, ReportsAreWrittenWithoutPictures)
     EXPECT_NE(page.find("No picture of dip: gnuplot draws the picture, and it does not start"),
               std::string::npos);
     EXPECT_NE(page.find("kept/lost.bin"), std::string::npos);
-    EXPECT_NE(page.find("Pictures that are missing: dip"), std::string::npos);
+    EXPECT_NE(page.find("Missing pictures: dip"), std::string::npos);
     EXPECT_EQ(page.find("<img"), std::string::npos);
     EXPECT_NE(readFile(mFiles.path("junit.xml")).find("<failure"), std::string::npos);
     EXPECT_NE(readFile(mFiles.path("cases.csv")).find("dip,1,1,failed,"), std::string::npos);

@@ -192,8 +192,9 @@ seconds = 5
         "night.toml:9:1: block: block.csv: is a value file already; use the key file\n"
         "night.toml:11:1: states: states.toml:2:11: periods: expected a number above 0 and at "
         "most 1e+07\n"
-        "night.toml:13:1: dip-80-250-50hz: seconds: the file alone lasts 5.500 s; expected no "
-        "less");
+        "night.toml:13:1: dip-80-250-50hz: seconds: one pass of the file takes 5.500 s; expected "
+        "at "
+        "least that");
     EXPECT_EQ(foundIn("night"), "");
 }
 
@@ -247,7 +248,7 @@ TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
     ASSERT_TRUE(QDir(QString::fromStdString(pathOf(""))).removeRecursively());
     EXPECT_NE(make(text).mHash, hash);
     EXPECT_THAT(mistakesOf("# another\n" + text),
-                HasSubstr("night/plan.toml: is not what the plan"));
+                HasSubstr("night/plan.toml: differs from what the plan"));
     EXPECT_EQ(readFile(mFiles.path("night/plan.toml")), text);
 }
 

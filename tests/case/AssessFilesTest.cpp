@@ -102,7 +102,7 @@ TEST(MapTest, SaysWhatIsWrongAndWhere)
         {"time = 'T'\n[[column]]\nname = 'V'\nquantity = 'rms'\nchannel = 'UAA'\n",
          "5:11: column.channel: 'UAA' is unknown; the nearest are UA, "},
         {std::string(kWide) + "unit = 'Hz'\n",
-         "6:8: column.unit: 'Hz' is no unit of rms, which is in 'V'"},
+         "6:8: column.unit: 'Hz' is not a unit of rms; expected 'V'"},
         {std::string(kWide) + "[[column]]\nname = 'W'\nquantity = 'rms'\nchannel = 'UA'\n",
          "6:1: column: two columns with rms UA"},
         {"time = 'T'\n[long]\nquantity = 'Q'\n",
@@ -180,7 +180,7 @@ TEST(TableTest, SaysWhatIsWrongAndWhere)
         {nullptr, std::string(kHeading) + "2026-11-25T20:00:00Z,rms,UA,1;5,V,measured\n",
          ":2: field 4 ('value'): \"1;5\": expected a number, or a word for a missing value"},
         {nullptr, std::string(kHeading) + "2026-11-25T20:00:00Z,rms,UA,1,A,measured\n",
-         ":2: field 5 ('unit'): \"A\": expected a unit of rms, which is in 'V'"},
+         ":2: field 5 ('unit'): \"A\": expected a unit of rms, such as 'V'"},
         {kWide, "T,Vrms\n", "m.toml:3:8: "},
         {kWide, "T,Vrms\n", ":1: no column 'V'; the nearest is 'T'"},
         {kWide, "T,V,V\n", ":1: two columns 'V'; expected a number"},
@@ -206,13 +206,13 @@ TEST(LimitFileTest, SaysWhatIsWrongAndWhere)
     const Case cases[] = {
         {"", "2:1: quantity: missing"},
         {"quantity = 'rmss'", "3:12: quantity: 'rmss' is unknown; the nearest are rms, "},
-        {"quantity = ['rms', 3]", "3:20: quantity: '' is not known"},
+        {"quantity = ['rms', 3]", "3:20: quantity: '' is unknown"},
         {"quantity = 'rms'", "2:1: absolute: missing; a limit has absolute, reading or nominal"},
         {"quantity = 'rms'\nabsolute = 0", "4:12: absolute: expected a number above 0 and at most"},
         {"quantity = 'rms'\nabsolute = '2/f0'",
          "4:12: absolute: expected a number above 0: periods or frames are for times only"},
         {"quantity = 'dip-start'\nabsolute = '2/f1'",
-         "4:12: absolute: expected seconds, periods as \"2/f0\" or frames as \"7/fr\""},
+         "4:12: absolute: expected seconds, periods such as \"2/f0\" or frames such as \"7/fr\""},
         {"quantity = 'pst'\nnominal = 1",
          "4:11: nominal: pst has no nominal value; expected absolute or reading"},
         {"quantity = 'rms'\nabsolute = 1\nfrom = '10'",
@@ -224,7 +224,7 @@ TEST(LimitFileTest, SaysWhatIsWrongAndWhere)
         {"quantity = 'rms'\nabsolute = 1\nwhile = 'calm'",
          "5:9: while: expected \"steady\", \"ramp\" or \"varying\""},
         {"quantity = 'rms'\nabsolute = 1\nafter = -1", "5:9: after: expected a number of at least"},
-        {"quantity = 'rms'\nabsolute = 1\nchannel = 'L1'", "5:11: channel: 'L1' is not known"},
+        {"quantity = 'rms'\nabsolute = 1\nchannel = 'L1'", "5:11: channel: 'L1' is unknown"},
     };
     for (const Case& it : cases) {
         const std::string text = std::string("tolerance = 0.01\n[[limit]]\n") + it.mRow + "\n";
@@ -301,7 +301,7 @@ TEST_F(JudgeCommandTest, VerdictIsInTheFirstLineAndInTheStatus)
         {"e.csv no.csv --limits pq-a", 2, "vx-case: no.csv: no such file\n"},
         {"e.csv --limits pq-a", 2, "vx-case: EXPECTED and MEASURED are required; see --help\n"},
         {"e.csv e.csv --limits pq-a --quantities rsm", 2,
-         "vx-case: --quantities: 'rsm' is not known"},
+         "vx-case: --quantities: 'rsm' is unknown"},
         {"e.csv e.csv --limits pq-a --plot p.jpg", 2, "vx-case: --plot: 'p.jpg': expected a name"},
         {"e.csv d.csv --map map.toml --limits pq-a -o map.toml", 2, "vx-case: "},
     };

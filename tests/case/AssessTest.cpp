@@ -224,7 +224,7 @@ TEST(DeviceTest, FaultsAreNamed)
          "phasor-magnitude UA: 1.02 times what is expected: the ratio of a transformer"},
         {"pq-a", changed(good, "rms-half", times(std::sqrt(3.0))),
          "rms-half UA, rms-half UB, rms-half UC: 1.7321 times what is expected: phase to phase"},
-        {"pq-a", changed(good, "rms-half UA", times(1e-3)), "a unit of thousands?"},
+        {"pq-a", changed(good, "rms-half UA", times(1e-3)), "values in kilo-units?"},
         {"pq-a", changed(good, "rms-half UC", times(std::sqrt(2.0))),
          "peak values instead of rms?"},
         {"pq-a", changed(good, "", late(1.0)), "all time stamps are late by 1 s"},

@@ -415,8 +415,8 @@ TEST(ComtradeTest, DescribesChannelsAndStates)
     ASSERT_EQ(last.mChanges.size(), 2);
     EXPECT_DOUBLE_EQ(last.mChanges[1].mSeconds, 0.002);
     EXPECT_FALSE(last.mChanges[1].mState);
-    EXPECT_THAT(signal.mRemarks,
-                testing::ElementsAre(testing::StartsWith("texts are not UTF-8: read as Latin-1")));
+    EXPECT_THAT(signal.mRemarks, testing::ElementsAre(testing::StartsWith(
+                                     "texts are not UTF-8, so they are read as Latin-1")));
     const auto russian = input::openInput(path, {"windows-1251"});
     EXPECT_EQ(russian->description().mStatusChannels[16].mName, "L\u0434rm");
     EXPECT_TRUE(russian->description().mRemarks.empty());

@@ -74,7 +74,8 @@ TEST_F(MeasureInputTest, RemarksOnWhatIsProbablyNotMeant)
         {"--duration 0.5 --phases 0,-120,120,0,-30,90,-150,0", "",
          "the negative sequence of the currents is larger"},
         {"--duration 0.5 --amplitudes 325269,0,0,0,7071,0,0,0", "", ""},
-        {"--duration 0.5", "--scale 1e-300,1e-300", "values are left out: they are too large"},
+        {"--duration 0.5", "--scale 1e-300,1e-300",
+         "values are left out, because they are too large"},
     };
     for (const Case& it : cases) {
         ASSERT_EQ(run(std::string("generate -o s.csv ") + it.mGenerate).mExitCode, 0);
@@ -99,10 +100,10 @@ TEST_F(MeasureInputTest, ATextFileIsMeasuredAtTheFrequencyOfItsSamples)
         const char* mRemark;
     };
     for (const Case& it :
-         {Case{60.0, 1.0, "its nominal frequency is unknown: 60 Hz is taken, which its samples"},
-          {57.0, 1.0, "60 Hz is taken, which"},
-          {51.0, 1.0, "50 Hz is taken, which"},
-          {60.0, 0.1, "60 Hz is taken, which"},
+         {Case{60.0, 1.0, "its nominal frequency is unknown: 60 Hz is taken, as in its samples"},
+          {57.0, 1.0, "60 Hz is taken, as"},
+          {51.0, 1.0, "50 Hz is taken, as"},
+          {60.0, 0.1, "60 Hz is taken, as"},
           {60.0, 0.03, "its nominal frequency is unknown: 50 Hz is taken; see"}}) {
         mRunner.writeFile("r.csv", textOf(it.mHertz, 230.0, it.mSeconds));
         const CommandResult result = run("measure r.csv --quantities rms,frequency");
@@ -147,7 +148,7 @@ TEST_F(MeasureInputTest, ADriversUtcIsNotReplacedWithoutAWord)
     }
     mRunner.writeFile("r.bin", records);
     const char* const text =
-        "the UTC that it has of its first sample, 2023-11-14 22:13:20.000000000 UTC, is replaced";
+        "--begin replaces the UTC of its first sample, 2023-11-14 22:13:20.000000000 UTC";
     EXPECT_THAT(run("measure r.bin --begin 2026-01-01T00:00:00Z").mErrors, HasSubstr(text));
-    EXPECT_THAT(run("measure r.bin").mErrors, Not(HasSubstr("replaced")));
+    EXPECT_THAT(run("measure r.bin").mErrors, Not(HasSubstr("replaces")));
 }

@@ -283,7 +283,7 @@ TEST_F(MeasureCommandTest, ClosedFormWinsWhereItHolds)
     ASSERT_EQ(run("generate --duration 0.1 -o other.csv").mExitCode, 0);
     const CommandResult other = run("measure other.csv --truth t.json -o m.csv");
     EXPECT_EQ(other.mExitCode, 2);
-    EXPECT_NE(other.mErrors.find("other.csv: has 1800 lines, but t.json is about 18000"),
+    EXPECT_NE(other.mErrors.find("other.csv: has 1800 lines, but t.json is for 18000"),
               std::string::npos)
         << other.mErrors;
 }
@@ -304,7 +304,7 @@ TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
         {"-o s.csv", "s.csv"},
         {"--truth t.json -o t.json", "t.json"},
         {"--truth none.json", "none.json"},
-        {"--truth other.json", "other.json is another signal's: the rms-half of UA at"},
+        {"--truth other.json", "other.json does not belong to this signal: the rms-half of UA at"},
         {"--class M --rate 7", "--rate: "},
         {"--thresholds 90,110", "'90,110': expected percent of the nominal voltage"},
         {"--thresholds 99,110,5", "expected percent"},

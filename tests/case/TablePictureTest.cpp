@@ -156,7 +156,7 @@ TEST_F(TablePictureTest, DrawsTheHarmonicsOfTheWindow)
         EXPECT_NEAR(curves[1].mPoints[1].mX, 10.1, 1e-9);
     }
     EXPECT_THAT(messageOf([this] { mPicture.harmonics("0.61"); }),
-                HasSubstr("t.csv: no harmonics at 2026-01-01T00:00:00.610000000Z: they are from "
+                HasSubstr("t.csv: no harmonics at 2026-01-01T00:00:00.610000000Z; the table has "
                           "2026-01-01T00:00:00.200000000Z to 2026-01-01T00:00:00.600000000Z"));
 }
 

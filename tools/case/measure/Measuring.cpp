@@ -176,9 +176,9 @@ std::vector<std::string> remarksOf(const MeasuredSignal& signal, const SignalChe
     }
     const auto empty = watch.emptyGroups(selection);
     if (!empty.empty()) {
-        remarks.push_back(fmt::format(
-            "no rows of {}: the signal is too short for it, or has no steady fundamental",
-            fmt::join(empty, ", ")));
+        remarks.push_back(
+            fmt::format("no rows of {}: the signal is too short, or has no steady fundamental",
+                        fmt::join(empty, ", ")));
     }
     return remarks;
 }
