@@ -32,7 +32,31 @@ struct Candidate
     size_t mMeasured;
 };
 
-std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTable& measured)
+/** The time in which measured events count: all of it, if nothing else is said. */
+struct JudgedTime
+{
+    qint64 mBeginNs = std::numeric_limits<qint64>::min();
+    qint64 mEndNs = std::numeric_limits<qint64>::max();
+
+    bool holds(qint64 ns) const { return ns > mBeginNs && ns < mEndNs; }
+};
+
+/** From the first to the last expected value. */
+JudgedTime timeOf(const ValueTable& expected)
+{
+    JudgedTime time{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
+    for (const auto& [key, series] : expected.all()) {
+        if (!series.mSamples.empty()) {
+            time.mBeginNs = std::min(time.mBeginNs, series.mSamples.front().mUtcNs);
+            time.mEndNs = std::max(time.mEndNs, series.mSamples.back().mUtcNs);
+        }
+    }
+    return time;
+}
+
+/** @param time measured events outside of it are left out */
+std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTable& measured,
+                                       const JudgedTime& time)
 {
     std::map<SeriesKey, EventRows> events; // by kind and channel
     for (const auto& [key, series] : expected.all()) {
@@ -49,8 +73,11 @@ std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTa
     }
     for (const auto& [key, series] : measured.all()) {
         const auto kind = eventKindOf(key.mQuantity);
-        for (size_t i = 0; kind && i < series.mSamples.size(); ++i) {
-            events[{*kind, key.mChannel}].mMeasured.insert(series.mSamples[i].mUtcNs);
+        const auto isEarlier = [](const Sample& it, qint64 ns) { return it.mUtcNs < ns; };
+        auto sample = std::lower_bound(series.mSamples.begin(), series.mSamples.end(),
+                                       time.mBeginNs, isEarlier);
+        for (; kind && sample != series.mSamples.end() && sample->mUtcNs <= time.mEndNs; ++sample) {
+            events[{*kind, key.mChannel}].mMeasured.insert(sample->mUtcNs);
         }
     }
     return events;
@@ -96,28 +123,6 @@ std::optional<double> valueAt(const ValueTable& table, const SeriesKey& key, qin
         std::lower_bound(series->mSamples.begin(), series->mSamples.end(), utcNs, isEarlier);
     const bool isThere = found != series->mSamples.end() && found->mUtcNs == utcNs;
     return isThere ? std::optional(found->mValue) : std::nullopt;
-}
-
-/** The time in which measured events count: all of it, if nothing else is said. */
-struct JudgedTime
-{
-    qint64 mBeginNs = std::numeric_limits<qint64>::min();
-    qint64 mEndNs = std::numeric_limits<qint64>::max();
-
-    bool holds(qint64 ns) const { return ns > mBeginNs && ns < mEndNs; }
-};
-
-/** From the first to the last expected value. */
-JudgedTime timeOf(const ValueTable& expected)
-{
-    JudgedTime time{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
-    for (const auto& [key, series] : expected.all()) {
-        if (!series.mSamples.empty()) {
-            time.mBeginNs = std::min(time.mBeginNs, series.mSamples.front().mUtcNs);
-            time.mEndNs = std::max(time.mEndNs, series.mSamples.back().mUtcNs);
-        }
-    }
-    return time;
 }
 
 /** Works on the events of one kind and channel. */
@@ -205,7 +210,10 @@ void addEvents(const ValueTable& expected, const ValueTable& measured, qint64 to
                bool isPart, ComputedSeries& computed)
 {
     const JudgedTime time = isPart ? timeOf(expected) : JudgedTime();
-    for (const auto& [key, rows] : collect(expected, measured)) {
+    // The plays of a night share what was measured: each looks at its own part of it.
+    const JudgedTime near =
+        isPart ? JudgedTime{time.mBeginNs - toleranceNs, time.mEndNs + toleranceNs} : time;
+    for (const auto& [key, rows] : collect(expected, measured, near)) {
         const EventMatcher matcher(rows, toleranceNs, time);
         computed[{startOf(key.mQuantity), key.mChannel}] = matcher.starts();
         for (const std::string& quantity : rows.mQuantities) {
