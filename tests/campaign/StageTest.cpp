@@ -192,9 +192,8 @@ seconds = 5
         "night.toml:9:1: block: block.csv: is a value file already; use the key file\n"
         "night.toml:11:1: states: states.toml:2:11: periods: expected a number above 0 and at "
         "most 1e+07\n"
-        "night.toml:13:1: dip-80-250-50hz: seconds: one pass of the file takes 5.500 s; expected "
-        "at "
-        "least that");
+        "night.toml:13:1: dip-80-250-50hz: seconds: one pass of the file takes 5.500 s; "
+        "expected at least that");
     EXPECT_EQ(foundIn("night"), "");
 }
 

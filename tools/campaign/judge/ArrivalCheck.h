@@ -15,7 +15,7 @@ struct OffTimeBlock
     size_t mRecord = 0;      ///< number of its last record in the run, from 0
     qint64 mLastStampNs = 0; ///< of that record
     qint64 mLateNs = 0;      ///< from that stamp to the arrival, on the wall clock; negative: early
-    int mStall = 0;          ///< the same for blocks off time in a row: without one on time between
+    int mStall = 0;          ///< the same number for all off-time blocks of one stall
 
     /** The finding in words. */
     std::string text() const;
@@ -56,7 +56,7 @@ public:
      */
     std::optional<OffTimeBlock> take(std::optional<qint64> untilStampNs);
 
-    /** Takes out the blocks that are in a row with the last one that was taken out. */
+    /** Removes the rest of the stall that the last removed block is of. */
     void dropRest();
 
 private:
@@ -73,7 +73,7 @@ private:
     size_t mArrived = 0;
     std::deque<Block> mBlocks; ///< blocks whose last record has not arrived
     std::deque<OffTimeBlock> mOffTime;
-    int mStall = 1;      ///< of the next block that is off time
+    int mStall = 1;      ///< number of the next stall; each on-time block begins a new one
     int mTakenStall = 0; ///< of the last block that was taken out
 };
 

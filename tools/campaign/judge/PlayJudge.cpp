@@ -52,7 +52,7 @@ void PlayJudge::add(const SampleRecord* records, size_t count)
     judgeArrivals();
 }
 
-/** Of what cannot be after the end of the play that is expected, or of the next one. */
+/** Judges the blocks that certainly end before the end of the expected play, or of the next one. */
 void PlayJudge::judgeArrivals()
 {
     size_t index = mOutcomes.size();

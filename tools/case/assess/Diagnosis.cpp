@@ -122,7 +122,7 @@ std::string turnText(double degrees, double hertz)
     }
     const double milliseconds = 1000.0 * size / (kTurn * hertz);
     return fmt::format(
-        "{} by {:.4g} ms, which is {:.4g} degrees: group delay, or wrong time stamps?",
+        "{} by {:.4g} ms, which is {:.4g} degrees: group delay or time zone of the stamps?",
         degrees < 0.0 ? "late" : "early", milliseconds, size);
 }
 

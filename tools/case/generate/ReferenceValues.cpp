@@ -266,7 +266,8 @@ ModulationValues ReferenceMeter::modulation(const Modulation& modulation) const
 
 bool isNothing(std::complex<double> phasor)
 {
-    return std::abs(phasor) <= 1e-6;
+    constexpr double kMaxRemainder = 1e-6;
+    return std::abs(phasor) <= kMaxRemainder;
 }
 
 double degreesOf(std::complex<double> phasor)
