@@ -12,15 +12,15 @@
 
 namespace assess {
 
-/** In the order in which one prevails over the others where several are true. */
+/** If several apply, the first one counts. */
 enum class Verdict
 {
     Beyond,      ///< a value is beyond its limit
     Incomplete,  ///< values are missing, additional, doubled, late or early
     NotObserved, ///< nothing was measured
-    NotJudged,   ///< no value was under the conditions of a limit
+    NotJudged,   ///< no value met the conditions of a limit
     Within,
-    NoLimit, ///< the table has none for it
+    NoLimit, ///< the table has no limit for it
 };
 
 /** "within", "BEYOND", ... */
@@ -32,10 +32,10 @@ struct JudgedValue
     qint64 mUtcNs = 0;
     double mExpected = 0.0;
     double mMeasured = 0.0;
-    double mError = 0.0; ///< measured - expected; the shorter way round for angles
+    double mError = 0.0; ///< measured - expected; for angles between -180 and 180 degrees
     double mLimit = 0.0; ///< 0: none applies
 
-    /** The error as a part of the limit; the error itself where no limit applies. */
+    /** The error divided by the limit; the error itself if no limit applies. */
     double load() const;
 };
 
@@ -45,22 +45,23 @@ struct JudgedValue
  */
 bool isBeyond(const JudgedValue& value);
 
-/** What became of one quantity and channel. */
+/** The result for one quantity and channel. */
 struct SeriesResult
 {
     SeriesKey mKey;
     std::string mUnit;
     MatchCounts mCounts;
     size_t mCompared = 0;
-    size_t mJudged = 0; ///< of those, under the conditions of a limit
+    size_t mJudged = 0; ///< those of them that met the conditions of a limit
     size_t mBeyond = 0;
-    std::optional<JudgedValue> mLargest; ///< that takes most of its limit
+    std::optional<JudgedValue> mLargest; ///< with the largest error relative to its limit
     std::string mLimit;                  ///< of that value, in words
     std::string mClause;
     qint64 mStampDistanceNs = 0;     ///< mean of measured - expected
     std::vector<qint64> mMissing;    ///< times, at most Matching::kMaxListed
     std::vector<qint64> mAdditional; ///< likewise
     std::vector<qint64> mDoubled;
+
     Verdict mVerdict = Verdict::NoLimit;
 };
 
@@ -79,35 +80,35 @@ struct AssessmentResult
     std::vector<WorstValue> mWorst;    ///< at most ten, the worst first; only with a limit
     std::vector<std::string>
         mFindings; ///< lost frames and events, a wrong nominal voltage, in words
-    std::vector<std::string> mDiagnoses;  ///< what may be the cause, in words; nothing is corrected
-    std::vector<std::string> mUnexpected; ///< measured series of which nothing is expected
+    std::vector<std::string> mDiagnoses;  ///< possible causes, in words; nothing is corrected
+    std::vector<std::string> mUnexpected; ///< measured series without expected values
 
     bool isGood() const { return mVerdict == Verdict::Within; }
 };
 
-/** What a caller decides. */
+/** Settings of an assessment. */
 struct AssessmentOptions
 {
-    Nominal mNominal;                  ///< where 0, that of the table of limits
+    Nominal mNominal;                  ///< 0: that of the table of limits
     std::set<std::string> mQuantities; ///< families; empty: all
     /**
-     * Measured values outside of the time of the expected ones are no fault: a file of a whole
-     * night is compared with the expected values of one case.
+     * Measured values outside the time of the expected ones are not counted: the file of a whole
+     * night is compared with the expected values of one play.
      */
     bool mIsPart = false;
 };
 
 /**
- * Compares measured with expected values, and both with limits. Borrows the tables and the limits,
- * which must stay.
+ * Compares measured values with expected ones and applies limits. Borrows the tables and the
+ * limits, which must outlive it.
  *
- * For a night, one Assessment a case: the expected values of its play, and the same measured ones
- * each time.
+ * A night has one Assessment per play: with its expected values, and always the same measured
+ * values.
  */
 class Assessment
 {
 public:
-    /** Throws CaseError where a limit needs a nominal value that nobody has given. */
+    /** Throws CaseError if a limit needs a nominal value that is missing. */
     Assessment(const ValueTable& expected, const ValueTable& measured, const LimitTable& limits,
                AssessmentOptions options);
     Assessment(const Assessment&) = delete;
@@ -116,7 +117,7 @@ public:
 
     const AssessmentResult& result() const;
 
-    /** All values of a series that were compared, in the order of time, with their limits. */
+    /** All compared values of a series, sorted by time, with their limits. */
     std::vector<JudgedValue> valuesOf(const SeriesKey& key) const;
 
 private:

@@ -9,17 +9,17 @@
 namespace assess {
 
 /**
- * Leaves room around the curves of a panel, also around one that is constant. Points that are not
- * a number count for nothing. Requires: a point that is a number.
+ * Sets the range of a panel with a margin around its curves, even around a constant one. Points
+ * that are NaN are ignored. Requires: a point that is a number.
  */
 void fitRange(plot::Panel& panel);
 
-/** The series whose values take most of their limits; none where nothing was compared. */
+/** The series with the largest error relative to its limit; null if nothing was compared. */
 const SeriesResult* worstSeries(const AssessmentResult& result);
 
 /**
  * A picture of a series over time: the expected and the measured values, and below them the error
- * between its limits. Requires: a value at least.
+ * with its limits. Requires: at least one value.
  */
 plot::Picture pictureOf(const SeriesResult& series, const std::vector<JudgedValue>& values);
 

@@ -6,15 +6,15 @@
 
 namespace assess {
 
-/** For a reader: the verdict, a row a series, the worst values, what was found. */
+/** The report for people: the verdict, a row per series, the worst values, findings and causes. */
 std::string textOf(const AssessmentResult& result, const LimitTable& limits);
 
 /** The same as one JSON object, for programs. */
 std::string jsonOf(const AssessmentResult& result, const LimitTable& limits);
 
 /**
- * The same as JUnit XML: a test case a quantity and channel. What has no limit, or no value under
- * the conditions of one, is skipped; what was not observed fails.
+ * The same as JUnit XML: a test case per quantity and channel. It is skipped if there is no limit,
+ * or no value meets its conditions; it fails if it was not observed.
  */
 std::string junitOf(const AssessmentResult& result, const LimitTable& limits);
 

@@ -4,8 +4,7 @@
 
 namespace assess {
 
-/** The text of a built-in table of limits, as a file of limits would have it; empty for another
- * name. */
+/** A built-in table in the format of a file of limits; empty for an unknown name. */
 std::string_view builtInLimits(std::string_view name);
 
 } // namespace assess

@@ -15,8 +15,8 @@ struct SwappedChannels
 };
 
 /**
- * Finds channels of one kind (voltages, currents, powers) whose values agree far better with what
- * is expected of another one: pairs, and phases that are all moved on by one.
+ * Finds channels of one kind (voltages, currents, powers) whose values agree far better with the
+ * expected values of another channel: swapped pairs, and phases that are all rotated by one.
  */
 std::vector<SwappedChannels> findSwaps(const ValueTable& expected, const ValueTable& measured,
                                        qint64 toleranceNs);

@@ -8,8 +8,8 @@
 namespace assess {
 
 /**
- * What may be the cause of errors, as questions to the user: swapped channels, a wrong ratio or
- * sign, a delay, a clock that is off by whole seconds or hours. Nothing is corrected.
+ * Possible causes of errors, as questions to the user: swapped channels, a wrong ratio or sign, a
+ * delay, a clock error of whole seconds or hours. Nothing is corrected.
  */
 std::vector<std::string> diagnose(const ValueTable& expected, const ValueTable& measured,
                                   const std::vector<SeriesResult>& results, qint64 toleranceNs);

@@ -11,8 +11,7 @@
 
 namespace assess {
 
-/** What percent of the nominal value refers to, and periods of the nominal frequency. 0: not known.
- */
+/** Nominal values; 0: not known. */
 struct Nominal
 {
     double mVolts = 0.0; ///< phase to neutral, rms
@@ -20,8 +19,7 @@ struct Nominal
     double mHertz = 0.0;
 };
 
-/** A time: the longest of seconds, periods of the nominal frequency and intervals between frames.
- */
+/** A time: the longest of seconds, periods of the nominal frequency and intervals of frames. */
 struct Span
 {
     double mSeconds = 0.0;
@@ -29,7 +27,7 @@ struct Span
     double mFrames = 0.0;
 };
 
-/** What the expected phasors do at an instant. */
+/** State of the expected phasors at an instant. */
 enum class SignalState
 {
     Steady,
@@ -37,15 +35,14 @@ enum class SignalState
     Varying, ///< magnitude or frequency change in another way, as under modulation
 };
 
-/** An end of a range of expected values, in the unit of the quantity or in percent of the nominal.
- */
+/** A bound of expected values, in the unit of the quantity or in percent of the nominal value. */
 struct Bound
 {
     double mValue = 0.0;
     bool mIsPercent = false;
 };
 
-/** How much a value may be wrong, and under which conditions that holds. */
+/** The largest allowed error of a value, and its conditions. */
 struct Limit
 {
     std::string mQuantity;              ///< or its family: "harmonic" for all orders and intervals
@@ -58,7 +55,7 @@ struct Limit
     double mNominal = 0.0;  ///< percent of the nominal value
 
     // Conditions.
-    std::optional<Bound> mFrom; ///< of the expected value, without its sign
+    std::optional<Bound> mFrom; ///< of the absolute expected value
     std::optional<Bound> mTo;   ///< exclusive
     std::optional<SignalState> mState;
     std::optional<Span>
@@ -69,14 +66,14 @@ struct Limit
     std::string mNote;
 };
 
-/** A table of limits. For each value the first row whose conditions hold applies. */
+/** A table of limits. For each value, the first row whose conditions are met applies. */
 struct LimitTable
 {
-    std::string mName; ///< for messages: the file's, or that of the built-in table
+    std::string mName; ///< for messages: that of the file or of the built-in table
     std::string mTitle;
-    double mToleranceSeconds = 0.0;      ///< of time stamps: more is late or early
-    double mEventToleranceSeconds = 1.0; ///< events that begin so far apart are the same one
-    Nominal mNominal;                    ///< what the table itself says
+    double mToleranceSeconds = 0.0;      ///< of time stamps: beyond it, they are late or early
+    double mEventToleranceSeconds = 1.0; ///< events whose starts differ by at most this are matched
+    Nominal mNominal;                    ///< given in the table
     std::vector<Limit> mLimits;
 };
 
@@ -86,11 +83,10 @@ std::vector<std::string> builtInLimitNames();
 /** A built-in table by its name, or the file of that name. Throws CaseError. */
 LimitTable readLimits(const std::string& nameOrPath);
 
-/** Reads limits, in TOML. @param name as messages give it. Throws CaseError with line and column.
- */
+/** Reads limits in TOML. @param name for messages. Throws CaseError with line and column. */
 LimitTable parseLimits(std::string_view text, const std::string& name);
 
-/** The table for a reader, a row a limit. */
+/** The table for people, with a row per limit. */
 std::string textOf(const LimitTable& table);
 
 /** "0.1 % of nominal", "1 % of reading", "0.04 s", with the unit of the quantity. */
@@ -99,7 +95,7 @@ std::string amountText(const Limit& limit);
 /** "from 10 % up to 150 % of nominal; steady", for example; empty for none. */
 std::string conditionText(const Limit& limit);
 
-/** What 100 % of a quantity is; 0 where it is not known or does not exist. */
+/** The value of 100 % of a quantity; 0 if it is not known or does not exist. */
 double nominalOf(const SeriesKey& key, const Nominal& nominal);
 
 /** In ns. @param frameNs the interval between two values */

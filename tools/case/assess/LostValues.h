@@ -8,8 +8,8 @@
 namespace assess {
 
 /**
- * What is missing, additional or doubled, in words and with times. What several series miss at the
- * same time is one sentence: a lost frame.
+ * Missing, additional and doubled values, in words and with times. If several series miss values at
+ * the same time, this is one sentence: a lost frame.
  */
 std::vector<std::string> lostValues(const std::vector<SeriesResult>& series);
 

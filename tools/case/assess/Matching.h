@@ -6,7 +6,7 @@
 
 namespace assess {
 
-/** An expected value with what was measured for it. */
+/** An expected value and the measured value for it. */
 struct Pair
 {
     qint64 mUtcNs; ///< of the expected one
@@ -14,15 +14,15 @@ struct Pair
     double mMeasured;
 };
 
-/** What became of the values of one series. */
+/** Numbers of matched and unmatched values of one series. */
 struct MatchCounts
 {
     size_t mExpected = 0;
     size_t mMissing = 0;    ///< expected without a measured one
     size_t mAdditional = 0; ///< measured without an expected one
-    size_t mLate = 0;       ///< with a time stamp that is later by more than the tolerance
+    size_t mLate = 0;       ///< with a time stamp later by more than the tolerance
     size_t mEarly = 0;
-    size_t mDoubled = 0;    ///< measured once more for the same expected one
+    size_t mDoubled = 0;    ///< a further measured value for the same expected one
     size_t mOutOfOrder = 0; ///< in the file
 };
 
@@ -43,11 +43,11 @@ struct Matching
 qint64 spacingOf(const std::vector<Sample>& samples);
 
 /**
- * Matches by time: a measured value belongs to the expected one nearest to it, up to half the
- * interval between expected values away, or up to the tolerance where there is only one. Each
- * expected value gets the nearest of those.
+ * Matches by time. A measured value belongs to the nearest expected one, if it is at most half the
+ * interval between expected values away, or within the tolerance if there is only one. Each
+ * expected value gets the nearest of its measured values.
  *
- * @param toleranceNs of time stamps: a value that is matched farther away is late or early
+ * @param toleranceNs of time stamps: a matched value farther away is late or early
  * Requires: both series are sorted.
  */
 Matching matchInTime(const Series& expected, const Series& measured, qint64 toleranceNs);

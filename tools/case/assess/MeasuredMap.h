@@ -12,7 +12,7 @@
 
 namespace assess {
 
-/** A column of a table: by the name in its heading, or by its number. */
+/** A column of a table: its name in the heading, or its number. */
 struct ColumnName
 {
     std::string mName;
@@ -20,16 +20,16 @@ struct ColumnName
     states::Location mLocation;
 };
 
-/** A column of a wide table, which holds one quantity of one channel. */
+/** A column of a wide table, with one quantity of one channel. */
 struct WideColumn
 {
     ColumnName mColumn;
     std::string mQuantity;
     std::string mChannel;
-    double mFactor = 1.0; ///< turns its numbers into the unit of the quantity
+    double mFactor = 1.0; ///< converts its numbers into the unit of the quantity
 };
 
-/** A long table has a row a value, and columns that say of what. */
+/** A long table has one value per row; columns name its quantity, channel and unit. */
 struct LongColumns
 {
     ColumnName mQuantity;
@@ -38,7 +38,7 @@ struct LongColumns
     std::optional<ColumnName> mUnit; ///< none: that of the quantity
 };
 
-/** How a table of measured values is written. */
+/** The format of a table of measured values. */
 struct MeasuredMap
 {
     std::string mFileName; ///< of the map, for messages; empty for the table of `vx-case measure`
@@ -48,26 +48,26 @@ struct MeasuredMap
     char mSeparator = ',';
     char mDecimalSign = '.';
     size_t mHeadingLine = 1;
-    std::vector<std::string> mMissing{""}; ///< words that stand for no value
+    std::vector<std::string> mMissing{""}; ///< words for a missing value
     std::vector<WideColumn> mWide;
     std::optional<LongColumns> mLong;
     double mFactor = 1.0; ///< of all values of a long table
 
-    // What the long table says, in our words; what is not named stays as it is.
+    // Our names for the words of a long table; other words stay unchanged.
     std::map<std::string, std::string> mQuantities;
     std::map<std::string, std::string> mChannels;
 };
 
-/** How `vx-case measure` writes: utc,quantity,channel,value,unit,origin. */
+/** The format of `vx-case measure`: utc,quantity,channel,value,unit,origin. */
 MeasuredMap measureMap();
 
 /**
- * Reads a map, in TOML. Throws CaseError with file, line and column for what is wrong in it:
- * unknown keys, quantities, channels and units, and what contradicts something else.
+ * Reads a map in TOML. Throws CaseError with file, line and column for mistakes: unknown keys,
+ * quantities, channels and units, and keys that contradict each other.
  */
 MeasuredMap readMeasuredMap(const std::string& path);
 
-/** The same for a text. @param name of the file, as messages give it */
+/** The same for a text. @param name of the file, for messages */
 MeasuredMap parseMeasuredMap(std::string_view text, const std::string& name);
 
 } // namespace assess

@@ -7,8 +7,8 @@
 namespace assess {
 
 /**
- * Says where the expected voltages have nothing to do with the nominal one: limits in percent of
- * it are too wide or too narrow then. Empty where all is well, or not known.
+ * Reports a nominal voltage that does not fit the expected voltages: limits in percent of it are
+ * then too wide or too narrow. Empty if it fits or is not known.
  */
 std::string nominalProblem(const ValueTable& expected, double nominalVolts);
 

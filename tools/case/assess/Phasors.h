@@ -9,7 +9,7 @@
 
 namespace assess {
 
-/** A series that is computed from the rows of both files, with what was matched for it. */
+/** Series that are computed from the rows of both files, with their matched values. */
 using ComputedSeries = std::map<SeriesKey, Matching>;
 
 /**

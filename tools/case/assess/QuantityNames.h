@@ -10,7 +10,7 @@
 
 namespace assess {
 
-// What is computed from the rows of both files: their names as quantities.
+// Names of the quantities that are computed from the rows of both files.
 inline constexpr char kTve[] = "tve";
 inline constexpr char kStepDelay[] = "step-delay";
 inline constexpr char kStepOvershoot[] = "step-overshoot";
@@ -25,48 +25,47 @@ inline constexpr char kPositiveAngle[] = "positive-sequence-angle";
 inline constexpr char kPhasorHz[] = "frequency-pmu";
 inline constexpr char kRocof[] = "rocof";
 
-/** Says that events were looked for, and how many were found; not compared. */
+/** Shows that events were looked for, and their number; not compared. */
 inline constexpr char kEventCount[] = "event-count";
 
-/** The rows of one event begin with this: "dip" for "dip-residual", "dip-duration". */
+/** The first word in the rows of an event: "dip" for "dip-residual", "dip-duration". */
 std::optional<std::string> eventKindOf(std::string_view quantity);
 
-/** "dip-start": when an event of a kind began. */
+/** Name of the quantity for the start of an event: "dip-start". */
 std::string startOf(const std::string& eventKind);
 
-/** True for a quantity that a file can have, with its order and interval: "harmonic-5-10min". */
+/** Whether a file can have this quantity, with order and interval: "harmonic-5-10min". */
 bool isMeasured(std::string_view quantity);
 
-/** True for what is computed here. */
+/** Whether this quantity is computed here. */
 bool isComputed(std::string_view quantity);
 
 bool isChannel(std::string_view channel);
 
-/** Degrees, of which 360 are 0. */
+/** Whether the values are angles in degrees, so that 360 is the same as 0. */
 bool isAngle(std::string_view quantity);
 
-/** Of the values; "" for a number. Requires: isMeasured() or isComputed(). */
+/** Unit of the values; "" for a number. Requires: isMeasured() or isComputed(). */
 std::string unitOf(const SeriesKey& key);
 
 /** Without order and interval: "harmonic" for "harmonic-5-10min". */
 std::string familyOf(const std::string& quantity);
 
-/** The quantity, its family or the group of it that a command line can name: "events", "phasors".
- */
+/** Whether the names contain the quantity, its family or its group ("events", "phasors"). */
 bool isOneOf(const std::string& quantity, const std::set<std::string>& names);
 
-/** How long the interval is that a value is for, up to its time; 0 for that of an instant. */
+/** Length of the interval of a value, which ends at its time; 0 for the value of an instant. */
 qint64 intervalNsOf(const std::string& quantity);
 
-/** What a limit can be for: families, quantities and what is computed. */
+/** Names that a limit can have: families, quantities and computed quantities. */
 std::vector<std::string> limitNames();
 
-/** What a row of a file can have. */
+/** Names that a row of a file can have. */
 std::vector<std::string> measuredNames();
 
 std::vector<std::string> channelNames();
 
-/** What a unit is worth in another, as 1000 for "kV" in "V"; nothing where they do not fit. */
+/** Factor from one unit to another: 1000 for "kV" to "V"; nothing if they do not fit. */
 std::optional<double> unitFactor(std::string_view from, std::string_view to);
 
 } // namespace assess

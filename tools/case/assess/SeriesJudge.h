@@ -5,21 +5,21 @@
 
 namespace assess {
 
-/** Holds the values of one series against the limits for it. Borrows all that it is given. */
+/** Compares the values of one series with its limits. Borrows all its arguments. */
 class SeriesJudge
 {
 public:
-    /** Throws CaseError where a limit needs a nominal value that is not known. */
+    /** Throws CaseError if a limit needs a nominal value that is not known. */
     SeriesJudge(const SeriesKey& key, const LimitTable& limits, const Nominal& nominal,
                 const Situations& situations, qint64 spacingNs);
 
     bool hasLimit() const { return !mLimits.empty(); }
 
-    /** @param limit gets the row that applies, none where no row does; may be null */
+    /** @param limit output: the row that applies, or null; may be null itself */
     JudgedValue judge(const Pair& pair, const Limit** limit) const;
 
 private:
-    /** A row with what of it does not depend on the value. */
+    /** A row, with everything that does not depend on the value. */
     struct Row
     {
         const Limit* mLimit;
@@ -27,7 +27,7 @@ private:
         double mTo;
         qint64 mEdgeNs;  ///< -1: no condition
         qint64 mAfterNs; ///< likewise
-        double mFixed;   ///< the limit but for what is percent of the reading
+        double mFixed;   ///< the limit without its percent of the reading
     };
 
     Row rowOf(const Limit& limit, const std::string& name, const Nominal& nominal,

@@ -7,19 +7,19 @@
 
 namespace assess {
 
-/** What is going on when, as far as limits depend on it: known from the expected values alone. */
+/** Events, steps and states that limits depend on, found in the expected values alone. */
 class Situations
 {
 public:
     explicit Situations(const ValueTable& expected);
 
-    /** True where a step or an event overlaps that time. */
+    /** Whether a step or an event overlaps that time. */
     bool overlapsEvent(qint64 beginNs, qint64 endNs) const;
 
-    /** True within that distance of a step, or of the start or end of an event. */
+    /** Whether a step, or the start or end of an event, is within that distance. */
     bool isNearEdge(qint64 utcNs, qint64 distanceNs) const;
 
-    /** Steady where no phasors are expected. */
+    /** Steady if no phasors are expected. */
     SignalState stateAt(qint64 utcNs) const;
 
 private:

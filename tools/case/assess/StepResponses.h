@@ -6,11 +6,11 @@
 namespace assess {
 
 /**
- * Adds how the measured phasors follow the steps of the expected ones, at the time of each step;
- * all of it is expected to be 0:
- * - "step-response-tve", "-frequency", "-rocof": s, how long the error stays beyond the limit that
- *   the table has for steady signals, around the step, between values by a straight line;
- * - "step-delay": s, when half of the step is made;
+ * Adds the responses of the measured phasors to the steps of the expected ones, at the time of each
+ * step. Their expected value is 0:
+ * - "step-response-tve", "-frequency", "-rocof": s, how long the error around the step stays beyond
+ *   the limit for steady signals; interpolated linearly between values;
+ * - "step-delay": s, how much later half of the step is reached;
  * - "step-overshoot": percent of the step.
  *
  * Requires: `computed` has the total vector errors.

@@ -7,19 +7,19 @@
 
 namespace assess {
 
-/** A step of the expected values: between two of them, or over a few. */
+/** A step of the expected values, between two values or over a few. */
 struct Step
 {
     qint64 mBeginNs; ///< of the last value before it
     qint64 mEndNs;   ///< of the first value after it
-    double mBefore;  ///< value there
-    double mSize;    ///< beyond what the slope before and after it makes
+    double mBefore;  ///< that value
+    double mSize;    ///< without the change by the slopes before and after it
 };
 
 /**
- * Finds steps: the values are steady, or change at a constant rate, over nine values before and
- * after, and differ by more than 1 % (1 degree for angles). A step may take up to 0.2 s, or four
- * values: those of a filter. Modulation and ramps have none.
+ * Finds steps: nine values before and nine after are steady or change at a constant rate, and they
+ * differ by more than 1 % (1 degree for angles). A step may take up to 0.2 s or four values,
+ * because of a filter. Modulation and ramps have no steps.
  */
 std::vector<Step> findSteps(const std::vector<Sample>& samples, bool isAngle);
 
@@ -29,13 +29,13 @@ double wrapped(double degrees);
 /** How a measured series follows a step. */
 struct StepResponse
 {
-    qint64 mStepNs = 0;  ///< where the expected values have made half of the step
-    double mDelay = 0.0; ///< s; from there to where the measured ones have
+    qint64 mStepNs = 0;  ///< time at which the expected values reach half of the step
+    double mDelay = 0.0; ///< s; from then until the measured values reach it
     double mOvershoot =
         0.0; ///< percent of the step; what is beyond the expected values before or after
 };
 
-/** Nothing where the measured values never make half of the step. Both sorted. */
+/** Nothing if the measured values never reach half of the step. Requires: both are sorted. */
 std::optional<StepResponse> responseTo(const Step& step, const std::vector<Sample>& expected,
                                        const std::vector<Sample>& measured, bool isAngle);
 

@@ -11,50 +11,50 @@
 
 namespace assess {
 
-/** What is asked of a table of measurements. */
+/** A request for a picture of a table of measurements. */
 struct TablePictureRequest
 {
     std::string mTable;
-    std::string mQuantity; ///< empty: that of the first row; else reasonNotDrawn() is empty
-    std::string mAt;       ///< UTC or seconds since the first value; empty: the first moment
+    std::string mQuantity; ///< empty: that of the first row. Requires: reasonNotDrawn() is empty
+    std::string mAt;       ///< UTC or seconds since the first value; empty: the first value
 };
 
-// What is drawn of one moment.
+// Pictures of one time.
 inline constexpr char kHarmonics[] = "harmonics";
 inline constexpr char kPhasors[] = "phasors";
 
-/** True for a quantity of which one moment is drawn: "harmonics" and "phasors". */
+/** Whether the picture shows one time: "harmonics" and "phasors". */
 bool isOfMoment(const std::string& quantity);
 
-/** Why a quantity cannot be drawn, with the nearest that can; empty for one that can. */
+/** Why a quantity cannot be drawn, with the nearest name; empty if it can be drawn. */
 std::string reasonNotDrawn(const std::string& quantity);
 
 /**
- * True for a file that begins as the table of `vx-case measure` does; false for one that cannot be
- * read, too. Throws CaseError for the other forms of that table.
+ * Whether a file begins like the table of `vx-case measure`; false also if it cannot be read.
+ * Throws CaseError for the other forms of that table.
  */
 bool isMeasuredTable(const std::string& path);
 
-/** Reads the whole table. Throws CaseError for what is wrong in it, or not there. */
+/** Reads the whole table. Throws CaseError for mistakes in it and for missing values. */
 plot::Picture pictureOfTable(const TablePictureRequest& request);
 
 /**
- * Makes plain data of what is drawn of a table of measurements. Times begin at its first value.
- * Borrows the table, which must be sorted. Throws CaseError for values that are not there.
+ * Makes pictures of a table of measurements, as plain data. Times start at its first value. Borrows
+ * the table, which must be sorted. Throws CaseError for missing values.
  */
 class TablePicture
 {
 public:
-    /** Requires: a value at least. @param name of the table, for the title and messages */
+    /** Requires: at least one value. @param name of the table, for the title and messages */
     TablePicture(const ValueTable& table, std::string name);
 
-    /** A quantity, all of its channels. Requires: measure::findRowKind() knows it. */
+    /** A quantity, with all its channels. Requires: measure::findRowKind() knows it. */
     plot::Picture overTime(const std::string& quantity) const;
 
-    /** The window that the moment is in. */
+    /** The window that contains this time. */
     plot::Picture harmonics(const std::string& at) const;
 
-    /** The frame that is nearest to the moment. */
+    /** The frame nearest to this time. */
     plot::Picture phasors(const std::string& at) const;
 
 private:

@@ -15,7 +15,7 @@ struct Sample
     double mValue = 0.0;
 };
 
-/** What a value is of: "rms" of "UA". */
+/** A quantity and its channel: "rms" and "UA". */
 struct SeriesKey
 {
     std::string mQuantity;
@@ -41,7 +41,7 @@ inline std::string nameOf(const SeriesKey& key)
 struct Series
 {
     std::vector<Sample> mSamples;
-    size_t mOutOfOrder = 0; ///< rows whose time is before that of a row above them
+    size_t mOutOfOrder = 0; ///< number of rows that are earlier than a row before them
 
     void add(const Sample& sample);
 };
@@ -50,15 +50,15 @@ struct Series
 class ValueTable
 {
 public:
-    /** The one of that name, empty at first. Stays where it is. */
+    /** The series of that name; it is created empty. The reference stays valid. */
     Series& series(const SeriesKey& key) { return mSeries[key]; }
 
-    /** None where there is none. */
+    /** Null if there is none. */
     const Series* find(const SeriesKey& key) const;
 
     const std::map<SeriesKey, Series>& all() const { return mSeries; }
 
-    /** Puts each series into the order of time. To be called once all values are there. */
+    /** Sorts each series by time. To be called once all values are there. */
     void sort();
 
 private:

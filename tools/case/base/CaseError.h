@@ -6,10 +6,10 @@
 namespace base {
 
 /**
- * The input is at fault, or a result cannot be written: ends the command with status 1.
+ * The input is wrong, or a result cannot be written: ends the command with status 1.
  *
  * what() is the complete message for the user, without the program's name: the file, the line or
- * byte where there is one, the value, and what was expected.
+ * byte if there is one, the value, and what was expected.
  */
 class CaseError : public std::runtime_error
 {
@@ -17,7 +17,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/** A command has said everything in its result: ends it with this status. */
+/** Ends a command with this status, without a message. */
 class EndWith : public std::exception
 {
 public:

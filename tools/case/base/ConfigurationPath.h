@@ -5,11 +5,11 @@
 namespace base {
 
 /**
- * The absolute path of a file, as a line of a case configuration names it: it can then be played
- * from anywhere.
+ * The absolute path of a file for a line of a case configuration, which can then be played from
+ * anywhere.
  *
- * @throws CaseError when such a line cannot hold it: "," ends a field and "#" begins a comment,
- *         and the simulator makes one blank of all white space between two words.
+ * @throws CaseError if such a line cannot contain the path: "," ends a field, "#" begins a comment,
+ *         and the simulator reads any white space between two words as one blank
  */
 std::string configurationPath(const std::string& name);
 

@@ -8,18 +8,18 @@
 namespace base {
 
 /**
- * The bytes of a regular file, or of a part of it, from the beginning to the end, read ahead in
- * blocks: memory does not depend on the file's size. Knows bytes and line ends only.
+ * The bytes of a regular file, or of a part of it, read ahead in blocks, so that the memory does
+ * not grow with the size of the file. It deals with bytes and line ends only.
  *
- * Owns the open file. Throws CaseError with the file's name for whatever fails.
+ * Owns the open file. All errors are CaseErrors with the name of the file.
  */
 class InputFile
 {
 public:
-    /** A line beyond this many bytes is refused. */
+    /** A longer line is an error. */
     static constexpr size_t kMaxLineBytes = size_t{1} << 20U;
 
-    /** Opens the file, which must be a regular one, as a whole. */
+    /** Opens the whole file, which must be a regular one. */
     explicit InputFile(const std::string& path);
 
     const std::string& name() const { return mName; }
@@ -27,13 +27,13 @@ public:
     /** Bytes of the whole file. */
     size_t size() const { return mSize; }
 
-    /** Continues with the part from `begin` up to `end`, which is cut at the end of the file. */
+    /** Continues with the part from `begin` up to `end`, at most to the end of the file. */
     void setPart(size_t begin, size_t end);
 
-    /** Continues there, up to what is the end of the file by now. */
+    /** Continues there, up to the current end of the file, which may have grown. */
     void continueAt(size_t position);
 
-    /** Of the next byte, in the file. */
+    /** Position of the next byte in the file. */
     size_t position() const { return mBlockPosition + mNext; }
 
     /** Bytes that are left of the part. */
@@ -55,7 +55,7 @@ public:
      */
     bool takeLine(std::string_view* line);
 
-    /** How much of the part has been taken, 0 to 1. */
+    /** Share of the part that has been taken, 0 to 1. */
     double progress() const;
 
 private:

@@ -11,16 +11,17 @@ class xml_node_struct;
 namespace base {
 
 /**
- * A suite of tests in a JUnit file, as CI systems read it. Names and texts may hold anything:
- * characters that XML has no place for become blanks. Valid as long as its file.
+ * A suite of tests in a JUnit file for CI systems. Names and texts may be any text: characters that
+ * XML does not allow become blanks. Valid as long as its file.
  */
 class JunitSuite
 {
 public:
-    /** Begins a test, which passes unless something else is said of it. @param seconds it took */
+    /** Begins a test. It passes unless one of the next functions is called. @param seconds it took
+     */
     void addTest(const std::string& name, const std::string& className, double seconds = 0.0);
 
-    /** The test failed: what it tests is not as it should be. */
+    /** The test failed. */
     void fail(const std::string& type, const std::string& message, const std::string& text);
 
     /** The test could not be carried out. */
@@ -49,8 +50,8 @@ public:
     ~JunitFile();
 
     /**
-     * @param package what the suites of a file have in common
-     * @param timestamp when it began, "2026-11-25T22:00:01" in UTC
+     * @param package common to the suites of a file
+     * @param timestamp of its start, "2026-11-25T22:00:01" in UTC
      */
     JunitSuite addSuite(const std::string& name, const std::string& package,
                         const std::string& timestamp, const std::string& host = "localhost");

@@ -17,7 +17,7 @@ inline constexpr double kSecondsPerMicrosecond = 1e-6;
 inline constexpr double kNanosecondsPerSecond = 1e9;
 
 /**
- * Reads the whole text, blanks around it aside, as a finite number with a decimal point.
+ * Reads the whole text, except for blanks around it, as a finite number with a decimal point.
  * @return false for anything else; *value is then unchanged.
  */
 template <typename Number>

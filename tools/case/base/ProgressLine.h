@@ -6,8 +6,8 @@
 namespace base {
 
 /**
- * A line on standard error with how far a command is: "reading 42 %". Only on a terminal
- * and only once the command has taken longer than a second; it is cleared at the end.
+ * A progress line on standard error: "reading 42 %". It is shown only on a terminal, and only once
+ * the command has taken longer than a second; it is cleared at the end.
  */
 class ProgressLine
 {
@@ -18,8 +18,7 @@ public:
     ProgressLine& operator=(const ProgressLine&) = delete;
     ~ProgressLine();
 
-    /** @param share how much is done, 0 to 1. May be called often: it draws at most 10 times a
-     * second. */
+    /** @param share done, 0 to 1. May be called often: it draws at most 10 times per second. */
     void show(double share);
 
 private:

@@ -8,9 +8,8 @@
 namespace base {
 
 /**
- * The window of all measurements of phase and frequency: a raised cosine over two periods. Under
- * it a constant and all harmonics vanish, and neighbouring windows, which overlap by one period,
- * add up to 1.
+ * The window of all measurements of phase and frequency: a raised cosine over two periods. It
+ * rejects DC and all harmonics. Neighbouring windows, which overlap by one period, add up to 1.
  *
  * @param x -1 to 1 over the window; 1 in its middle, 0 at its ends
  */
@@ -19,7 +18,7 @@ inline double raisedCosine(double x)
     return 0.5 + 0.5 * std::cos(kPi * x);
 }
 
-/** What one sample weighs in the two windows that it lies in, against a rotating phasor. */
+/** Weights of a sample in its two windows, multiplied by a rotating phasor. */
 struct WindowWeights
 {
     std::complex<double> mFalling; ///< in the second half of the window that ends

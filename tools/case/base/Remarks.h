@@ -7,8 +7,8 @@
 namespace base {
 
 /**
- * Collects remarks on what is odd in a file. The same remark on many channels becomes one, and
- * their number is limited.
+ * Collects remarks on oddities in a file. The same remark on many channels becomes one, and the
+ * number of remarks is limited.
  */
 class Remarks
 {
@@ -18,7 +18,7 @@ public:
     /** A remark on one channel; channels with the same remark share one. */
     void addFor(const std::string& text, int channel) { mChannels[text].push_back(channel); }
 
-    /** All of them, in order; none is left. */
+    /** Takes out all remarks, in order. */
     std::vector<std::string> take();
 
 private:

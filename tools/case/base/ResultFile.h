@@ -8,25 +8,24 @@
 namespace base {
 
 /**
- * Where a command's result goes: a file, which is written under another name and renamed at the
- * end, so that a failure leaves no half file and keeps the old one; or standard output.
+ * The output of a command: a file or standard output. A file is written under another name and
+ * renamed at the end, so that a failure leaves no incomplete file and keeps the old one.
  *
- * Owns the open file. Throws CaseError with the file's name and the system's reason for whatever
- * fails.
+ * Owns the open file. All errors are CaseErrors with the name of the file and the system's reason.
  */
 class ResultFile
 {
 public:
-    /** What may happen to a file that is there already. */
+    /** What to do with an existing file. */
     enum class Existing
     {
         Replace,
-        Keep ///< it must hold what is written; else a failure, at the first byte that differs
+        Keep ///< it must have the written bytes; the first byte that differs is an error
     };
 
     /**
-     * @param name the file; empty is standard output. A device, pipe or directory is refused,
-     *        since renaming over it would destroy it.
+     * @param name the file; empty for standard output. A device, pipe or directory is refused,
+     *        because renaming over it would destroy it.
      */
     explicit ResultFile(const std::string& name, Existing existing = Existing::Replace);
     ResultFile(const ResultFile&) = delete;
@@ -36,10 +35,10 @@ public:
 
     void write(std::string_view bytes);
 
-    /** Passes on what was collected; to be called where somebody waits for it. */
+    /** Writes the collected bytes; to be called if somebody is waiting for them. */
     void flush();
 
-    /** Makes what was written appear under its name. Nothing may be written after it. */
+    /** Gives the file its name. Nothing may be written after it. */
     void commit();
 
 private:
@@ -49,8 +48,8 @@ private:
 
     std::string mName;    ///< empty for standard output
     QSaveFile mFile;      ///< not used for standard output
-    QFile mKept;          ///< open only where a file is there that is to be kept
-    std::string mPending; ///< collected, so that a line costs no call
+    QFile mKept;          ///< open only for an existing file that is to be kept
+    std::string mPending; ///< collected, so that not each line costs a system call
 };
 
 } // namespace base

@@ -5,10 +5,10 @@
 namespace base {
 
 /**
- * Writes a result, or a part of one, to standard output; nothing is kept back.
+ * Writes a result, or a part of one, to standard output, without buffering.
  *
- * When the reader has gone, as `head` does, it ends the process with SIGPIPE: quietly. Throws
- * CaseError with the system's reason for everything else that keeps a byte from being written.
+ * If the reader has gone, such as `head`, it ends the process silently with SIGPIPE. All other
+ * errors are CaseErrors with the system's reason.
  */
 void writeToStandardOutput(std::string_view bytes);
 

@@ -5,11 +5,11 @@
 
 namespace base {
 
-/** Lays texts out in columns for a reader. Texts are UTF-8. */
+/** Formats texts as a table with aligned columns. Texts are UTF-8. */
 class TextTable
 {
 public:
-    /** @param heading of each column; one that begins with '>' is aligned to the right */
+    /** @param heading of each column; a '>' at its start aligns the column to the right */
     explicit TextTable(const std::vector<std::string>& heading);
 
     /** Requires: as many texts as there are columns. */

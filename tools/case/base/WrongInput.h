@@ -4,7 +4,7 @@
 
 namespace base {
 
-/** As CaseError, where the status of a command tells a wrong file (2) from a bad verdict (1). */
+/** Like CaseError, for commands whose status is 2 for a wrong file and 1 for a bad verdict. */
 class WrongInput : public CaseError
 {
 public:

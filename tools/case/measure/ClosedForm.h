@@ -11,22 +11,22 @@
 namespace measure {
 
 /**
- * What a truth file of vx-case generate knows of a signal without measuring it: rms, harmonics,
- * thd, unbalance and frequency, where no disturbance, tone or modulation is in the window.
+ * The values in closed form from a truth file of vx-case generate: rms, harmonics, thd, unbalance
+ * and frequency, if no disturbance, tone or modulation is in the window.
  */
 class ClosedForm
 {
 public:
     /**
      * @param scale counts per volt and per ampere
-     * @throws CaseError for a file that cannot be read, or describes no such signal
+     * @throws CaseError for a file that cannot be read, or does not describe such a signal
      */
     ClosedForm(const std::string& path, std::array<double, 2> scale, const MeterSettings& settings);
 
-    /** The lines that the truth is about. */
+    /** Number of lines of its signal. */
     size_t lines() const { return mLines; }
 
-    /** The value of a row, where it is known. */
+    /** The value of a row, if it is known. */
     std::optional<double> valueOf(const Measurement& row) const;
 
 private:
@@ -38,7 +38,7 @@ private:
         bool mHasHarmonics = false;                      ///< they and the rms are known
     };
 
-    /** Time in which it does not hold, s from the first line. */
+    /** A time without values in closed form, s from the first line. */
     struct Span
     {
         double mBegin;
@@ -62,7 +62,7 @@ private:
     friend class TruthReader;
 };
 
-/** Replaces a measured value by that of the closed form, where there is one. */
+/** Replaces a measured value by the one in closed form, if there is one. */
 class ClosedFormOutput : public MeasurementOutput
 {
 public:
@@ -74,7 +74,7 @@ public:
 
     void add(const Measurement& value) override;
 
-    /** The first rms that was measured otherwise than it is known, in words; empty for none. */
+    /** The first measured rms that differs from closed form, in words; empty if there is none. */
     const std::string& disagreement() const { return mDisagreement; }
 
 private:

@@ -13,8 +13,8 @@ namespace measure {
 inline constexpr size_t kPhasorCount = 6;
 
 /**
- * Some consecutive samples, multiplied with the phasor that rotates backwards at the nominal
- * frequency from UTC, and summed up. Each sample weighs as much as the time it stands for.
+ * The sum of some consecutive samples, multiplied by the phasor that rotates backwards at the
+ * nominal frequency from UTC. Each sample is weighted by the time that it covers.
  */
 struct DemodulatedGroup
 {
@@ -26,9 +26,9 @@ struct DemodulatedGroup
 };
 
 /**
- * Moves the fundamental to 0 Hz and averages it, 64 to 128 groups a nominal period where there are
- * so many samples: all that follows costs less. Works on the times of the samples, so the rate may
- * change. A gap of more than a quarter of a period discards all that was before.
+ * Shifts the fundamental to 0 Hz and averages it, in 64 to 128 groups per nominal period if there
+ * are so many samples, so that the next stages cost less. It uses the times of the samples, so the
+ * rate may change. A gap of more than a quarter of a period discards everything before it.
  */
 class Demodulator
 {
@@ -40,11 +40,10 @@ public:
     /** In the order of their times; without gaps. */
     const std::vector<DemodulatedGroup>& groups() const { return mGroups; }
 
-    /** s: the first group since the signal began, or since the latest gap. Requires: there is one.
-     */
+    /** s: time of the first group since the start or the latest gap. Requires: there is one. */
     double coveredFrom() const { return mCoveredFrom; }
 
-    /** Groups before the time are needed no more. */
+    /** Drops the groups before this time. */
     void dropBefore(double seconds);
 
 private:

@@ -8,22 +8,21 @@ namespace measure {
 
 /**
  * The events of the phase voltages by IEC 61000-4-30: dips, swells, interruptions and rapid
- * changes, of each voltage and, as channel U, of the three together. All rows of an event carry the
- * UTC of its beginning.
+ * changes, of each voltage and, as channel U, of the three together. All rows of an event have the
+ * UTC of its start.
  *
- * A voltage takes part from its first rms on that is neither in a dip nor in a swell: what is
- * not connected has no events, and one that began before the signal has no beginning. An event
- * that the signal cuts off has no duration.
+ * A voltage takes part from its first rms that is neither in a dip nor in a swell: a voltage that
+ * is not connected has no events, and the start of an event before the signal is not known. An
+ * event that is cut off by the end of the signal has no duration.
  *
- * At the end stands how many events there were, also where there was none; not where no voltage
- * ever took part.
+ * The last row is the number of events, even if it is 0; it is missing if no voltage took part.
  */
 class EventMeter : public HalfPeriodMeter
 {
 public:
     explicit EventMeter(const EventSettings& settings);
 
-    /** Values of other channels than the phase voltages do not count. */
+    /** Ignores other channels than the phase voltages. */
     void add(const HalfPeriodValues& values, MeasurementOutput& output) override;
     void finish(MeasurementOutput& output) override;
 

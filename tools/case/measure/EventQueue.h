@@ -7,17 +7,17 @@
 
 namespace measure {
 
-/** One event of a voltage, or of the three together. */
+/** An event of one voltage, or of the three together. */
 struct VoltageEvent
 {
     Channel mChannel;
     qint64 mBeginUtcNs;
-    std::optional<qint64> mEndUtcNs;       ///< none where the signal ended first
+    std::optional<qint64> mEndUtcNs;       ///< none if the signal ended first
     double mExtreme;                       ///< V
     std::optional<double> mSteadyChange{}; ///< V; of rapid changes
 };
 
-/** The rows of one kind of event, and the quantities in them. */
+/** The quantities in the rows of one kind of event. */
 struct EventRows
 {
     QuantityId mExtreme;
@@ -26,8 +26,8 @@ struct EventRows
 };
 
 /**
- * Outputs the events of one kind in the order of their beginnings, although they become known at
- * their ends.
+ * Outputs the events of one kind in the order of their starts, although each is known only at its
+ * end.
  */
 class EventQueue
 {
@@ -36,10 +36,10 @@ public:
 
     void add(const VoltageEvent& event);
 
-    /** Events of the three voltages together, so far. */
+    /** Number of events of the three voltages together so far. */
     size_t systemCount() const { return mSystemCount; }
 
-    /** Outputs those that began up to the time. */
+    /** Outputs the events that started up to this time. */
     void outputUpTo(qint64 utcNs, MeasurementOutput& output);
 
     bool isEmpty() const { return mEvents.empty(); }

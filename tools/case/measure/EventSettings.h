@@ -4,7 +4,7 @@
 
 namespace measure {
 
-/** In percent of the declared voltage; as the truth of generated signals has them. */
+/** Thresholds in percent of the declared voltage; defaults as in the truth of generated signals. */
 struct EventPercents
 {
     double mDip = generate::EventThresholds::kDipPercent;
@@ -12,7 +12,7 @@ struct EventPercents
     double mInterruption = generate::EventThresholds::kInterruptionPercent;
 };
 
-/** What is an event. */
+/** Definition of events. */
 struct EventSettings
 {
     double mDeclaredVolts = 230.0; ///< above 0

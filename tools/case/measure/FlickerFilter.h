@@ -14,14 +14,14 @@ enum class Lamp
 /** A second-order filter whose states survive a change of its step. */
 struct SecondOrderFilter
 {
-    /** What is taken from the states: a low-pass and a band-pass side by side. */
+    /** Low-pass and band-pass output. */
     struct Outputs
     {
         double mLow;
         double mBand;
     };
 
-    /** For one step; by the trapezoidal rule, exact at the corner. */
+    /** Coefficients for one step, by the trapezoidal rule; exact at the corner frequency. */
     struct Coefficients
     {
         double mFirst = 0.0;
@@ -39,7 +39,7 @@ struct SecondOrderFilter
     double mSecondState = 0.0;
 };
 
-/** A first-order low-pass, likewise. */
+/** A first-order low-pass whose state survives a change of its step. */
 struct FirstOrderFilter
 {
     /** @param gain of the step, of gainFor() */
@@ -72,9 +72,9 @@ struct FlickerCoefficients
  * voltage, as a ratio to that of its long-term rms, to the instantaneous flicker sensation.
  *
  * High-pass 0.05 Hz, Butterworth low-pass of sixth order (35 Hz at 50 Hz, 42 Hz at 60 Hz), the
- * weighting of lamp, eye and brain, square, and 300 ms of smoothing. The scale follows in closed
- * form from the filters: the sinusoidal fluctuation of 8.8 Hz in the standard's table (0.250 % for
- * the lamp of 230 V, 0.321 % for 120 V) has 1 as its largest value.
+ * weighting of lamp, eye and brain, square, and 300 ms of smoothing. The scale follows from the
+ * filters in closed form: the sinusoidal fluctuation of 8.8 Hz in the standard's table (0.250 % for
+ * the 230 V lamp, 0.321 % for the 120 V lamp) has a maximum of 1.
  */
 class FlickerFilter
 {

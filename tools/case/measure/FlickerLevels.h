@@ -7,13 +7,13 @@
 namespace measure {
 
 /**
- * The short-term severity of 10 minutes by the percentiles of IEC 61000-4-15, smoothed as it says.
- * They are taken from the levels themselves, not from classes.
+ * The short-term severity of 10 minutes, from the smoothed percentiles of IEC 61000-4-15. They are
+ * computed from the levels themselves, not from classes.
  * @param levels not empty; their order is lost
  */
 double shortTermSeverity(std::vector<float>& levels);
 
-/** What is known of one voltage at the end of a second or more. */
+/** The values of one voltage at the end of a second, and of longer intervals. */
 struct FlickerValues
 {
     std::optional<double> mInstantaneous; ///< the largest level of the second
@@ -22,9 +22,8 @@ struct FlickerValues
 };
 
 /**
- * The flicker levels of one voltage, taken 100 times a second of UTC, and what follows from them at
- * the end of each second, of each 10 minutes and of each two hours of UTC. Intervals of which a
- * level is missing have no value.
+ * The flicker levels of one voltage, 100 per second of UTC, and the values at the end of each
+ * second, each 10 minutes and each two hours of UTC. An interval with a missing level has no value.
  */
 class FlickerLevels
 {

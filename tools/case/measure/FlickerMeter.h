@@ -9,14 +9,14 @@
 namespace measure {
 
 /**
- * Block 1 of the flickermeter, and the square of block 2: relates the square of a voltage to its
- * rms, which follows with 27.3 s, that is with 1 minute from 10 to 90 % of a step. The rms of half
- * a nominal period is what follows; at the beginning it is the mean of all there are.
+ * Block 1 of the flickermeter, and the square of block 2: divides the square of a voltage by that
+ * of its reference rms. The reference follows the rms of half nominal periods with a time constant
+ * of 27.3 s, which is 1 minute from 10 to 90 % of a step. At the beginning it is their mean so far.
  */
 class VoltageAdaptor
 {
 public:
-    /** @param minRms in V that is followed, above 0 */
+    /** @param minRms lower bound of the reference in V, above 0 */
     VoltageAdaptor(double nominalHz, double minRms)
         : mHalfPeriod(0.5 / nominalHz), mRms(minRms), mMinRms(minRms)
     {
@@ -38,13 +38,12 @@ private:
 };
 
 /**
- * The digital flickermeter of IEC 61000-4-15 for UA, UB and UC: `pinst` is the largest
- * instantaneous flicker sensation of a second, `pst` is of 10 minutes and `plt` of two hours, all
- * aligned to UTC and stamped at their ends.
+ * The digital flickermeter of IEC 61000-4-15 for UA, UB and UC: `pinst` is the maximum
+ * instantaneous flicker sensation of a second, `pst` covers 10 minutes and `plt` two hours, all
+ * aligned to UTC and with the time of their ends.
  *
- * What comes in the first 30 s, while the filters settle, counts for nothing; so the first Pst is
- * that of the first whole 10 minutes after them. The same holds after a gap of more than a quarter
- * of a period.
+ * The first 30 s, while the filters settle, are ignored, so the first Pst is that of the first
+ * whole 10 minutes after them. The same applies after a gap of more than a quarter of a period.
  */
 class FlickerMeter : public Meter
 {

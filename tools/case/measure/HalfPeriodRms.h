@@ -10,13 +10,13 @@
 namespace measure {
 
 /**
- * The rms of one period of each channel, every half period. A channel's periods begin where its
- * fundamental crosses 0 for the first time, and then go on without a gap, as the clock does.
+ * The rms of one period of each channel, every half period. The periods of a channel start at the
+ * first zero crossing of its fundamental, and then follow each other without gaps, like the clock.
  */
 class HalfPeriodRms
 {
 public:
-    /** Takes the samples up to the end of the history, 360 a period. @return by their ends */
+    /** Takes the samples up to the end of the history, 360 per period. @return sorted by end */
     std::vector<HalfPeriodValues> take(const SampleHistory& samples, qint64 beginUtcNs);
 
     /** The first sample that is still needed. */

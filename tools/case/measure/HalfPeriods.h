@@ -6,7 +6,7 @@
 
 namespace measure {
 
-/** The rms of one period of one channel, of which there is one each half period. */
+/** The rms of one period of one channel; there is one value each half period. */
 struct HalfPeriodValues
 {
     qint64 mBeginUtcNs = 0;         ///< of the period: where the channel's fundamental crosses 0
@@ -26,7 +26,7 @@ public:
 
     virtual void add(const HalfPeriodValues& values, MeasurementOutput& output) = 0;
 
-    /** The signal is over: outputs what can still be known. */
+    /** Outputs the remaining values at the end of the signal. */
     virtual void finish(MeasurementOutput& output) = 0;
 };
 

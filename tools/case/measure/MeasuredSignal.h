@@ -14,7 +14,7 @@
 
 namespace measure {
 
-/** What is measured. */
+/** The input and its settings. */
 struct SignalOptions
 {
     std::string mPath;
@@ -22,21 +22,21 @@ struct SignalOptions
     importing::Assignments mAssignments; ///< of the channels of a recording
     double mCountsPerVolt = 1000.0;      ///< of a value file or recording of the driver
     double mCountsPerAmpere = 1000.0;
-    std::optional<qint64> mBeginUtcNs; ///< of the first sample, where the file does not say it
-    std::optional<double> mNominalHz;  ///< 50 or 60; else as the file, or its samples, have it
+    std::optional<qint64> mBeginUtcNs; ///< of the first sample; none: from the file
+    std::optional<double> mNominalHz;  ///< 50 or 60; none: from the file or its samples
 };
 
 /**
- * Any input as the eight channels of the device in V and A, block by block, with 360 lines a
- * period of the nominal frequency: value files and recordings of the driver as they are, by their
- * scale, other recordings by the channels that an import would take, on the side of the
- * transformers that they were recorded on, with values between the samples. Missing values of the
- * device are held at the one before.
+ * Any input as the eight channels of the device in V and A, block by block, with 360 lines per
+ * period of the nominal frequency. Value files and recordings of the driver are only scaled. Other
+ * recordings are interpolated; they have the channels that an import would take, on the side of the
+ * transformers where they were recorded. For missing values of the device the previous value is
+ * held.
  */
 class MeasuredSignal
 {
 public:
-    /** @throws CaseError for what cannot be read, or measured with these options */
+    /** @throws CaseError if the input cannot be read, or not measured with these options */
     explicit MeasuredSignal(const SignalOptions& options);
 
     /** As SignalSource::read(): replaces the block; false at the end. */
@@ -48,10 +48,10 @@ public:
     double nominalHz() const { return mNominalHz; } ///< 50 or 60
     double maxHertz() const { return mMaxHertz; }   ///< up to which its content is known
 
-    /** Those that it has; the others are 0. */
+    /** The channels that it has; the others are 0. */
     std::bitset<kChannelCount> channels() const { return mChannels; }
 
-    /** What had to be assumed, for the user; complete at the end. */
+    /** Assumptions, for the user; complete at the end. */
     std::vector<std::string> remarks() const;
 
 private:

@@ -6,7 +6,7 @@
 
 namespace measure {
 
-/** Whether a value was taken from the samples or is known from how the signal was made. */
+/** Whether a value was measured in the samples or is known from the generation of the signal. */
 enum class Origin : unsigned char
 {
     Measured,
@@ -16,14 +16,14 @@ enum class Origin : unsigned char
 /** One value of one quantity, a row of the table. */
 struct Measurement
 {
-    qint64 mUtcNs = 0; ///< since the epoch: the instant, or the end of the interval, it is for
+    qint64 mUtcNs = 0; ///< since the epoch: its instant, or the end of its interval
     double mValue = 0.0;
     RowKind mKind;
     Channel mChannel = Channel::None;
     Origin mOrigin = Origin::Measured;
 };
 
-/** Receives the values in the order of their times within each quantity. */
+/** Receives values, which are sorted by time within each quantity. */
 class MeasurementOutput
 {
 public:

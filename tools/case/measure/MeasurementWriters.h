@@ -10,12 +10,12 @@ namespace measure {
 
 enum class TableForm
 {
-    Long, ///< CSV, a row a value: utc,quantity,channel,value,unit,origin
-    Wide, ///< CSV, a row an instant, a column a quantity and channel
-    Json  ///< an object a line and value
+    Long, ///< CSV, one value per row: utc,quantity,channel,value,unit,origin
+    Wide, ///< CSV, a row per instant, a column per quantity and channel
+    Json  ///< one object per line and value
 };
 
-/** First line of a long table: by it others recognise the file. */
+/** First line of a long table; readers recognize the file by it. */
 inline constexpr char kLongHeading[] = "utc,quantity,channel,value,unit,origin";
 
 /** "measured" or "closed form". */
@@ -25,11 +25,11 @@ const char* nameOf(Origin origin);
 class MeasurementWriter : public MeasurementOutput
 {
 public:
-    /** All values have been added. */
+    /** To be called after the last value. */
     virtual void finish() = 0;
 };
 
-/** @param selection decides about the columns of a wide table */
+/** @param selection selects the columns of a wide table */
 std::unique_ptr<MeasurementWriter> makeWriter(TableForm form, const Selection& selection,
                                               base::ResultFile& output);
 

@@ -12,7 +12,7 @@
 
 namespace measure {
 
-/** What vx-case measure was told. */
+/** The options of vx-case measure. */
 struct MeasureOptions
 {
     SignalOptions mSignal;
@@ -21,16 +21,17 @@ struct MeasureOptions
     double mNominalAmperes = 5.0;
     std::string mTruth; ///< of vx-case generate; empty for none
     TableForm mForm = TableForm::Long;
-    std::optional<int> mFramesPerSecond; ///< of phasors; else one a nominal period
+    std::optional<int> mFramesPerSecond; ///< of phasors; none: one per nominal period
     PhasorClass mPhasorClass = PhasorClass::M;
     Lamp mLamp = Lamp::V230;
     EventPercents mEventPercents;
 };
 
 /**
- * Reads the signal once and writes what was measured; the caller commits the file.
- * @return remarks for the user. @throws CaseError for what cannot be read, WrongInput for options
- * that do not go together or with the signal
+ * Reads the signal once and writes the measured values; the caller commits the file.
+ * @return remarks for the user
+ * @throws CaseError if the input cannot be read, WrongInput for options that do not fit each other
+ *         or the signal
  */
 std::vector<std::string> measureSignal(const MeasureOptions& options, base::ResultFile& output);
 

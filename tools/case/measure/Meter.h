@@ -9,21 +9,21 @@
 
 namespace measure {
 
-/** What all meters know before the first sample. */
+/** Settings of all meters, known before the first sample. */
 struct MeterSettings
 {
     qint64 mBeginUtcNs = 0;     ///< of the first sample
-    double mNominalVolts = 0.0; ///< phase to neutral, rms; what percent refers to
+    double mNominalVolts = 0.0; ///< phase to neutral, rms
     double mNominalAmperes = 0.0;
     double mNominalHz = 50.0;                   ///< 50 or 60
     std::bitset<kChannelCount> mChannels{0xFF}; ///< that the signal has; the others are 0
-    double mMaxHertz = std::numeric_limits<double>::infinity(); ///< up to which it is known
+    double mMaxHertz = std::numeric_limits<double>::infinity(); ///< bandwidth of the signal
 };
 
 /**
- * Measures one or several quantities while a signal is read, in memory that does not depend on its
- * length. Blocks have the eight channels of the device (waveform::kDeviceChannelNames), in V and A,
- * and about 360 lines a period, whose times rise.
+ * Measures one or more quantities while a signal is read; its memory does not grow with the length
+ * of the signal. Blocks have the eight channels of the device (waveform::kDeviceChannelNames) in V
+ * and A, about 360 lines per period, and ascending times.
  */
 class Meter
 {
@@ -33,10 +33,10 @@ public:
     Meter& operator=(const Meter&) = delete;
     virtual ~Meter() = default;
 
-    /** Takes the samples that come next, and outputs the values that have become known. */
+    /** Takes the next samples, and outputs the values that they complete. */
     virtual void add(const waveform::SignalBlock& block, MeasurementOutput& output) = 0;
 
-    /** The signal is over: outputs what can still be known. */
+    /** Outputs the remaining values at the end of the signal. */
     virtual void finish(MeasurementOutput& output) = 0;
 };
 

@@ -7,9 +7,9 @@
 namespace measure {
 
 /**
- * Puts the rows of several meters into the order of their times, equal times into the order of the
- * table of quantities. Holds rows back until the latest is some seconds ahead; what comes later
- * than that, as an event does when it is over, is passed on at once.
+ * Sorts the rows of several meters by time; equal times by the table of quantities. Holds rows back
+ * until the latest one is some seconds ahead. A row that comes even later, such as that of an event
+ * at its end, is passed on at once.
  */
 class OrderedOutput : public MeasurementOutput
 {
@@ -19,7 +19,7 @@ public:
 
     void add(const Measurement& value) override;
 
-    /** Passes on all that is held. */
+    /** Passes on all held rows. */
     void flush();
 
 private:

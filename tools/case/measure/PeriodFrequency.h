@@ -7,8 +7,8 @@ namespace measure {
 
 /**
  * The frequency of each period, and of the whole periods in each full 10 s of UTC. Periods in which
- * the phase could not be followed have none; they are left out of the 10 s, which have a value
- * where at least half of them was measured.
+ * the phase could not be tracked have no frequency and are left out of the 10 s. The 10 s have a
+ * value if at least half of them was measured.
  */
 class PeriodFrequency
 {

@@ -18,9 +18,9 @@ struct ClockPeriod
 };
 
 /**
- * Samples of which exactly 360 are a period of the fundamental, whatever it lasts. Where the lines
- * keep to the fundamental these are the lines; else values between the lines, band-limited, from
- * the first measurement of the phase to the last: about a period is lost at either end.
+ * Samples with exactly 360 per period of the fundamental, whatever its duration. If the lines are
+ * in step with the fundamental, these are the lines. Otherwise they are interpolated (band-limited)
+ * from the first to the last measurement of the phase, so about a period is lost at either end.
  */
 class PeriodGrid
 {
@@ -29,10 +29,10 @@ public:
 
     void add(const waveform::SignalBlock& lines);
 
-    /** No line follows. */
+    /** To be called after the last line. */
     void finish();
 
-    /** All samples so far, from index 0 on; the user drops what it has taken. */
+    /** All samples so far, from index 0 on; the caller drops those that it has taken. */
     SampleHistory& samples() { return mGrid; }
 
     /** The periods that have ended since the last call. */

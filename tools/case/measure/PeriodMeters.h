@@ -14,15 +14,15 @@
 namespace measure {
 
 /**
- * All that is measured over periods of the fundamental: half-period rms, frequency, and what
- * windows of 10/12 periods hold. Hands the half-period values on to meters of its owner.
+ * Measures everything over periods of the fundamental: half-period rms, frequency, and the
+ * quantities of 10/12 periods. Passes the half-period values on to further meters.
  */
 class PeriodMeters : public Meter
 {
 public:
     PeriodMeters(const Selection& selection, const MeterSettings& settings);
 
-    /** Borrows the meter, which gets the half-period values of all channels that are measured. */
+    /** Adds a meter for the half-period values of all measured channels. Borrows it. */
     void handTo(HalfPeriodMeter& meter) { mHalfPeriodMeters.push_back(&meter); }
 
     void add(const waveform::SignalBlock& block, MeasurementOutput& output) override;

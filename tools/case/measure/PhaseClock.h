@@ -14,23 +14,24 @@ inline constexpr size_t kHopLines = 180;
 /** The clock at one hop: at line 180 h. */
 struct ClockPoint
 {
-    double mCycles = 0.0; ///< of the clock; never jumps
-    double mTurn = 0.0;   ///< by how much the fundamental turned since the hop before, in cycles
-    bool mIsMeasured = false; ///< the turn is; else it is extrapolated
-    bool mIsOnLines = false;  ///< since the hop before, 360 lines are a period of the clock
+    double mCycles = 0.0;     ///< of the clock; never jumps
+    double mTurn = 0.0;       ///< rotation of the fundamental since the previous hop, in cycles
+    bool mIsMeasured = false; ///< the turn is measured, not extrapolated
+    bool mIsOnLines = false;  ///< since the previous hop, 360 lines are a period of the clock
     bool mIsBeyond = false;   ///< after the last measurement, where the signal ends
 };
 
 /**
- * A clock that counts the periods of the fundamental, from lines of which 360 are about a period.
+ * A clock that counts the periods of the fundamental. Its input is lines, with about 360 per
+ * period.
  *
- * Every half period the phase of the positive sequence is measured. Where it turns evenly the clock
- * follows it. A fault ends that: the turn changes by more than a degree from one hop to the next,
- * or the amplitude by more than modulation can. From there the clock goes on at the frequency from
- * before, until six measurements in a row are even again. What the phase has jumped by then is left
- * out, so that periods have their true length again right after the fault.
+ * Every half period it measures the phase of the positive sequence, and follows it while it turns
+ * evenly. A fault stops the tracking: the turn changes by more than a degree from one hop to the
+ * next, or the amplitude by more than modulation can. Then the clock continues at the previous
+ * frequency until six measurements in a row are consistent. The phase jump in between is left out,
+ * so that periods have their true length right after the fault.
  *
- * Where the lines keep to the fundamental the clock keeps to the lines, exactly.
+ * If the lines are in step with the fundamental, the clock keeps exactly to the lines.
  */
 class PhaseClock
 {
@@ -39,7 +40,7 @@ public:
 
     void add(const waveform::SignalBlock& block);
 
-    /** No line follows: the last points are extrapolated. */
+    /** Extrapolates the last points; to be called after the last line. */
     void finish();
 
     /** The point of the next hop, from hop 0 on, if it is known. */

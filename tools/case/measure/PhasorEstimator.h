@@ -10,7 +10,7 @@
 
 namespace measure {
 
-/** What a frame says. Phasors are rms values; the angle is that of a cosine on UTC. */
+/** The values of a frame. Magnitudes are rms values; angles refer to a cosine on UTC. */
 struct PhasorFrame
 {
     std::array<std::complex<double>, kPhasorCount> mPhases; ///< UA, UB, UC, IA, IB, IC
@@ -21,19 +21,18 @@ struct PhasorFrame
 };
 
 /**
- * The phasors at an instant: the signal under the window, at the nominal frequency, and corrected
- * for what the window makes of a steady phasor at the frequency that was measured.
+ * The phasors at an instant: the windowed signal at the nominal frequency, corrected for the
+ * response of the window to a steady phasor of the measured frequency.
  *
- * The correction is that of the reference model of class P, but exact, and made for both classes:
- * the window's gain at the deviation from the nominal frequency, and the image at minus the sum of
- * the two, are summed up over the very samples. So a steady fundamental is exact at any
- * frequency that the window lets pass, however the samples lie. What the window does with all
- * that is not steady stays as the class has it: harmonics off the nominal frequency, modulations,
- * ramps and steps.
+ * The correction is that of the reference model of class P, but exact and for both classes. The
+ * gain of the window at the deviation from the nominal frequency, and the image at the negative
+ * frequency, are computed from the same samples. So a steady fundamental is exact at any frequency
+ * that passes the window, at any position of the samples. For harmonics off the nominal frequency,
+ * modulation, ramps and steps, the response is that of the class.
  *
  * Frequency and its rate are the first and second difference of the angle of the positive
- * sequence over a step of the reference model to either side. The positive sequence is that
- * of the voltages, or of the currents where the voltages have none.
+ * sequence, over one step of the reference model on either side. The positive sequence is that of
+ * the voltages, or that of the currents if the voltages have none.
  */
 class PhasorEstimator
 {
@@ -48,7 +47,7 @@ public:
 
     PhasorEstimator(PhasorWindow window, double nominalHz, MinSequences minSequences);
 
-    /** s before and after an instant that must be covered by groups. */
+    /** Time in s before and after an instant that must be covered by groups. */
     double reach() const { return mWindow.halfWidth() + mWindow.step(); }
 
     /** Requires: the groups cover the reach around the instant. */

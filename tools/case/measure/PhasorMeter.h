@@ -9,14 +9,13 @@ namespace measure {
 /**
  * Synchrophasors, frequency and its rate of change at the instants k / rate of each UTC second.
  *
- * - A phasor X is that of sqrt(2) |X| cos(2 pi f0 t + arg X): the rms, and the angle to a cosine
- *   with the nominal frequency f0 whose peak is at the full second of UTC; -180 (excluded) to 180
- *   degrees.
- * - The stamp of a frame is the middle of its window, so there is no group delay in it. Frames
- *   whose window reaches beyond the signal or across a gap are left out.
- * - Positive sequences are of three channels that the signal has. A phasor of less than 0.01 % of
- * the nominal value has no angle; positive sequences of less than 5 % have no frequency. Both are
- * left out.
+ * - A phasor X stands for sqrt(2) |X| cos(2 pi f0 t + arg X): the rms, and the angle relative to a
+ *   cosine of the nominal frequency f0 that has its peak at the full second of UTC; -180 (excluded)
+ *   to 180 degrees.
+ * - The time stamp of a frame is the middle of its window, so there is no group delay. Frames whose
+ *   window extends beyond the signal or across a gap are left out.
+ * - A positive sequence needs all three channels in the signal. The angle of a phasor below 0.01 %
+ *   of the nominal value, and the frequency of a positive sequence below 5 %, are left out.
  */
 class PhasorMeter : public Meter
 {

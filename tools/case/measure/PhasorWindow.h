@@ -15,9 +15,9 @@ enum class PhasorClass
 };
 
 /**
- * The low-pass filter of a phasor: its weights around the instant of a frame, as the reference
- * models of IEC/IEEE 60255-118-1 have them. It is symmetric, so it adds no delay to the stamps; a
- * frame needs the samples of halfWidth() after its instant.
+ * The low-pass filter of a phasor: its weights around the instant of a frame, as in the reference
+ * models of IEC/IEEE 60255-118-1. It is symmetric, so it adds no delay to the time stamps. A frame
+ * needs samples up to halfWidth() after its instant.
  *
  * - Class P: a triangle over two nominal periods.
  * - Class M: a sinc under a Hamming window; frequency and length by the reporting rate.
@@ -30,7 +30,7 @@ public:
     /** Requires: problemOf() is empty. */
     PhasorWindow(PhasorClass phasorClass, int framesPerSecond, double nominalHz);
 
-    /** "" where the class has a window for the rate, else what is wrong with the rate. */
+    /** Empty if the class has a window for the rate; otherwise what is wrong with the rate. */
     static std::string problemOf(PhasorClass phasorClass, int framesPerSecond, double nominalHz);
 
     /** s from the middle to either end. */

@@ -7,7 +7,7 @@
 
 namespace measure {
 
-/** What a value belongs to. The first eight are the channels of the device, in their order. */
+/** The channel or system of a value. The first eight are the channels of the device, in order. */
 enum class Channel : unsigned char
 {
     UA,
@@ -96,7 +96,7 @@ struct Quantity
     int mFirstOrder; ///< 0: it has none
     int mLastOrder;
     bool mHasIntervals; ///< is aggregated over 150/180 periods and 10 minutes as well
-    const char* mText;  ///< what it is, and what percent refers to
+    const char* mText;  ///< description, with the reference of percent values
 };
 
 /** Stands for V or A. */
@@ -107,14 +107,14 @@ const std::vector<Quantity>& quantities();
 
 const Quantity& quantityOf(QuantityId id);
 
-/** "V" of UA to UN and U, "A" of IA to IN and I, else the unit of the quantity. */
+/** "V" for UA to UN and U, "A" for IA to IN and I, otherwise the unit of the quantity. */
 const char* unitOf(QuantityId id, Channel channel);
 
 /** One kind of row: a quantity with its order and interval. */
 struct RowKind
 {
     QuantityId mId = QuantityId::RmsHalf;
-    int mOrder = 0; ///< 0 where the quantity has none
+    int mOrder = 0; ///< 0 if the quantity has none
     Interval mInterval = Interval::Basic;
 
     bool operator==(const RowKind& other) const
@@ -132,7 +132,7 @@ std::optional<RowKind> findRowKind(std::string_view name);
 /** A channel by its name, if there is one; "" is none. */
 std::optional<Channel> findChannel(std::string_view name);
 
-/** The groups that --quantities knows, in their order. */
+/** The groups of --quantities, in their order. */
 std::vector<std::string> quantityGroups();
 
 } // namespace measure

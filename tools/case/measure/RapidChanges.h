@@ -9,8 +9,8 @@
 namespace measure {
 
 /**
- * Whether one voltage is steady, by IEC 61000-4-30: all of the last 100/120 half-period values lie
- * within the threshold of their mean; half of the threshold once it is not.
+ * Whether one voltage is steady, by IEC 61000-4-30: all of the last 100/120 half-period values are
+ * within the threshold of their mean. After a change, half of the threshold applies.
  */
 class SteadyVoltage
 {
@@ -28,10 +28,10 @@ public:
     {
     }
 
-    /** @return the change that is over with this value. */
+    /** @return the change that ends with this value, if there is one */
     std::optional<Change> add(const HalfPeriodValues& values);
 
-    /** Where the change began that goes on. */
+    /** Start of the current change, if there is one. */
     std::optional<qint64> changingSince() const { return mBeginUtcNs; }
 
 private:
@@ -51,9 +51,9 @@ private:
 };
 
 /**
- * Rapid voltage changes, of each voltage and of the three together, by IEC 61000-4-30: from where
- * the first period begins that is not steady, up to 100/120 half periods before the voltage is
- * steady again. A change in which a dip or a swell begins or ends is none.
+ * Rapid voltage changes, of each voltage and of the three together, by IEC 61000-4-30. A change
+ * lasts from the start of the first period that is not steady to 100/120 half periods before the
+ * voltage is steady again. A change with the start or end of a dip or swell in it does not count.
  */
 class RapidChanges
 {
@@ -63,10 +63,10 @@ public:
     /** @param isExcluded the voltage is in a dip or swell, or not in service */
     void add(const HalfPeriodValues& values, bool isExcluded, MeasurementOutput& output);
 
-    /** The signal is over: what goes on is not known to be a rapid change. */
+    /** Drops the current change at the end of the signal, because it may not be a rapid one. */
     void finish(MeasurementOutput& output);
 
-    /** Changes of the three together that are over. */
+    /** Number of ended changes of the three together. */
     size_t systemCount() const { return mQueue.systemCount(); }
 
 private:

@@ -12,9 +12,9 @@
 namespace measure {
 
 /**
- * The channels of the device from a recording of others, in V and A, at equal steps: values
- * between the recording's samples are band-limited. Reads the recording in overlapping parts, so
- * its memory does not depend on the length.
+ * The channels of the device from a recording of another instrument, in V and A, at equal steps.
+ * Values between the samples are interpolated (band-limited). Reads the recording in overlapping
+ * parts, so its memory does not grow with the length.
  */
 class RecordingLines
 {
@@ -26,10 +26,10 @@ public:
     /** As SignalSource::read(). @throws CaseError for fewer than two instants */
     bool read(waveform::SignalBlock& block);
 
-    /** Up to this frequency the first part of the recording knows its values. */
+    /** Bandwidth of the first part of the recording. */
     double maxHertz() const { return mMaxHertz; }
 
-    /** How often the rate changed or samples were missing. */
+    /** Number of times that the rate changed or samples were missing. */
     size_t breaks() const { return mBreaks; }
     const SampleGaps& gaps() const { return mGaps; }
 

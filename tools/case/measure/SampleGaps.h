@@ -5,14 +5,14 @@
 
 namespace measure {
 
-/** Finds where the first samples are missing: a step that is much longer than the one before it. */
+/** Finds the first missing samples: a step that is much longer than the previous one. */
 class SampleGaps
 {
 public:
     /** @param seconds the times of the next samples */
     void add(const std::vector<double>& seconds);
 
-    /** What is wrong, in words; empty where no sample is missing. */
+    /** The gap, in words; empty if no sample is missing. */
     std::string problem() const;
 
 private:

@@ -19,7 +19,7 @@ public:
 
     const double* secondsFrom(size_t index) const { return mSeconds.data() + (index - mFirst); }
 
-    /** Of the time axis; a fraction lies between two samples, or a step beyond the last one. */
+    /** Time at a fractional index; up to one step beyond the last sample. */
     double secondsAt(double index) const
     {
         const auto last = static_cast<double>(end() - 1);
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    /** Drops the samples before it, once there are enough of them. */
+    /** Drops the samples before this index, once there are enough of them. */
     void dropBefore(size_t index)
     {
         constexpr size_t kMinDropped = 8192;

@@ -8,7 +8,7 @@
 
 namespace measure {
 
-/** The groups of quantities that are asked for. */
+/** The selected groups of quantities. */
 class Selection
 {
 public:

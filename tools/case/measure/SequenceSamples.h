@@ -9,7 +9,7 @@
 
 namespace measure {
 
-/** Which rotating phasor the phase is taken from. */
+/** The rotating phasor that the phase is taken from. */
 enum class PhaseReference
 {
     Voltages,
@@ -24,9 +24,8 @@ inline constexpr std::array<PhaseReference, 4> kPhaseReferences{
 
 /**
  * The positive sequences of voltages and currents, line by line, as far back as they are needed,
- * and their phase around a line. The window is a raised cosine of two periods: constants,
- * harmonics, and the image of a system that is not balanced vanish under it where the frequency is
- * that of the signal.
+ * and their phase around a line. The window is a raised cosine of two periods. At the frequency of
+ * the signal it rejects DC, harmonics and the image of an unbalanced system.
  */
 class SequenceSamples
 {
@@ -40,7 +39,7 @@ public:
 
     void append(const waveform::SignalBlock& block);
 
-    /** Drops the lines before it. */
+    /** Drops the lines before this one. */
     void dropBefore(size_t line);
 
     size_t end() const { return mFirst + mSequences[0].mReal.size(); }

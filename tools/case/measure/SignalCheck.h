@@ -11,16 +11,16 @@
 namespace measure {
 
 /**
- * Looks for what was probably not meant: a nominal voltage that the signal does not have, phases
- * that turn the wrong way round. Takes periods of 360 lines as they come, so its values are rough
- * where the frequency is not that of the lines. They are for remarks only.
+ * Looks for probable mistakes: a nominal voltage that does not fit the signal, a reversed phase
+ * sequence. A period is always 360 lines, so its values are rough if the frequency is not that of
+ * the file. They are for remarks only.
  */
 class SignalCheck
 {
 public:
     explicit SignalCheck(double nominalVolts) : mNominalVolts(nominalVolts) {}
 
-    /** Takes the lines that come next. */
+    /** Takes the next lines. */
     void add(const waveform::SignalBlock& block);
 
     /** For the user. */

@@ -11,7 +11,7 @@ namespace measure {
 inline constexpr size_t kEventChannelCount = 3; ///< UA, UB, UC
 using EventChannels = std::bitset<kEventChannelCount>;
 
-/** A threshold of the rms, and the value that ends what lies beyond it; in V. */
+/** A threshold of the rms, and the value at which the event ends; in V. */
 struct RmsThreshold
 {
     double mBeyond;
@@ -27,14 +27,14 @@ struct RmsThreshold
  * Dips, swells or interruptions: of each voltage, and of the three together.
  *
  * By IEC 61000-4-30 an event begins where the first period begins whose rms is beyond the
- * threshold, and ends where the first period ends that is back by the hysteresis. The event of all
- * three begins with the first and ends with the last of them; an interruption begins when the last
- * of them is below and ends with the first that is back.
+ * threshold. It ends where the first period ends whose rms is back by the hysteresis. The event of
+ * all three begins with the first and ends with the last of them. An interruption of all three
+ * begins when the last of them is below and ends with the first that is back.
  */
 class ThresholdEvents
 {
 public:
-    /** Which of the voltages must be beyond the threshold for an event of the three together. */
+    /** The voltages that must be beyond the threshold for an event of the three together. */
     enum class Together
     {
         Any,
@@ -47,15 +47,15 @@ public:
     }
 
     /**
-     * @param inService voltages that take part; the others are never beyond the threshold. It
-     * only grows.
+     * @param inService voltages that take part; the others are never beyond the threshold. Voltages
+     *        are only added to it.
      */
     void add(const HalfPeriodValues& values, EventChannels inService, MeasurementOutput& output);
 
-    /** The signal is over. */
+    /** To be called at the end of the signal. */
     void finish(MeasurementOutput& output);
 
-    /** Events of the three together that are over. */
+    /** Number of ended events of the three together. */
     size_t systemCount() const { return mQueue.systemCount(); }
 
     /** Whether the voltage is beyond the threshold. */

@@ -22,7 +22,7 @@ private:
 /**
  * Reads a date and time in UTC: "2026-11-25T20:00:00Z", "2026-11-25 20:00:00.25", with up to nine
  * digits of a second; a "Z" or " UTC" at its end may be missing.
- * @return ns since the epoch, nothing where it is no time from 1970 to 2200
+ * @return ns since the epoch; nothing if it is not a time from 1970 to 2200
  */
 std::optional<qint64> parseUtc(std::string_view text);
 

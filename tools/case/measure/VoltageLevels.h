@@ -8,20 +8,21 @@
 namespace measure {
 
 /**
- * The rms values of one voltage, counted in classes of 0.1 %: the memory does not depend on their
- * number.
+ * The rms values of one voltage, counted in classes of 0.1 %, so that the memory does not grow with
+ * their number.
  */
 class VoltageLevels
 {
 public:
-    /** Of a period, V. What is 0 or no number does not count. */
+    /** @param rms of a period, V; 0 and NaN are ignored */
     void add(double rms);
 
     bool isEmpty() const { return mCounts.empty(); }
 
     /**
-     * The median, in V, where it is more than 15 % off the nominal voltage and hardly any value is
-     * nearer: no supply is so far off, and a recording of a long dip has some values before it.
+     * The median in V, if it differs by more than 15 % from the nominal voltage and hardly any
+     * value is nearer. No supply differs so much, and a recording of a long dip has values before
+     * the dip.
      */
     std::optional<double> medianFarFrom(double nominalVolts) const;
 
@@ -30,8 +31,8 @@ private:
 };
 
 /**
- * Of voltages that are all so far off, the highest median: one that is not connected is lower.
- * Those without values do not count.
+ * The highest median, if all voltages differ so much: a voltage that is not connected is lower.
+ * Voltages without values are ignored.
  */
 std::optional<double> medianFarFrom(const std::array<VoltageLevels, 3>& voltages,
                                     double nominalVolts);

@@ -19,7 +19,7 @@ namespace measure {
 class WindowMeter
 {
 public:
-    /** @param doSpectrum false where nothing but rms and active power is asked for */
+    /** @param doSpectrum false if only rms and active power are needed */
     WindowMeter(size_t periods, std::bitset<kChannelCount> channels, bool doSpectrum);
 
     /** In samples. */

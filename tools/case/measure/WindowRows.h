@@ -9,13 +9,13 @@
 
 namespace measure {
 
-/** Makes rows of what was measured in windows. Percent of nothing gets no row. */
+/** Makes rows from the values of windows. A percentage relative to 0 gets no row. */
 class WindowRows
 {
 public:
     /**
      * @param channels that are measured
-     * @param maxHertz above which the signal has nothing, or nothing that is known
+     * @param maxHertz bandwidth of the signal
      */
     WindowRows(const Selection& selection, std::bitset<kChannelCount> channels, double maxHertz);
 

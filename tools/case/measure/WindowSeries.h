@@ -8,22 +8,22 @@
 namespace measure {
 
 /**
- * Windows of 10/12 periods without a gap, and what is aggregated from them: 15 of them (150/180
- * periods), and those of 10 minutes of UTC.
+ * Windows of 10/12 periods without gaps, and their aggregates: over 15 windows (150/180 periods),
+ * and over 10 minutes of UTC.
  *
- * At each full 10 minutes a new series of windows begins at the first sample from then on. The one
- * before it goes on until its window is full, which still belongs to the 10 minutes that have
- * ended, and until its 150/180 periods are: both overlap the new series.
+ * At each full 10 minutes a new series of windows begins with the next sample. The previous series
+ * completes its window, which still belongs to the ended 10 minutes, and its 150/180 periods. Both
+ * overlap the new series.
  */
 class WindowSeries
 {
 public:
     WindowSeries(WindowMeter meter, WindowRows rows, qint64 beginUtcNs);
 
-    /** Takes the samples up to the end of the history, 360 a period. */
+    /** Takes the samples up to the end of the history, 360 per period. */
     void take(const SampleHistory& samples, MeasurementOutput& output);
 
-    /** No sample follows. */
+    /** To be called after the last sample. */
     void finish(const SampleHistory& samples, MeasurementOutput& output);
 
     /** The first sample that is still needed. */

@@ -11,7 +11,7 @@ namespace measure {
 inline constexpr size_t kLastOrder = 50;
 inline constexpr size_t kPhases = 3;
 
-/** Of one channel: squares of rms values, so that they can be averaged. */
+/** Squares of the rms values of one channel, so that they can be averaged. */
 struct ChannelSquares
 {
     double mRms = 0.0;
@@ -19,7 +19,7 @@ struct ChannelSquares
     std::array<double, kLastOrder> mInterharmonics{}; ///< centred subgroups, from 1
 };
 
-/** Of the fundamentals of three phases: squares of rms values. */
+/** Squares of the sequences (rms) of the fundamentals of three phases. */
 struct SequenceSquares
 {
     double mPositive = 0.0;
@@ -30,11 +30,11 @@ struct SequenceSquares
 struct PhasePower
 {
     double mActive = 0.0;
-    double mReactive = 0.0; ///< of the fundamental; positive where the current lags
+    double mReactive = 0.0; ///< of the fundamental; positive if the current lags
     double mApparent = 0.0;
 };
 
-/** What a window of 10/12 periods holds, or the mean of several. */
+/** The values of a window of 10/12 periods, or the mean of several windows. */
 struct WindowValues
 {
     std::array<ChannelSquares, kChannelCount> mChannels;

@@ -4,14 +4,14 @@
 
 namespace states {
 
-/** Where something stands in a TOML file; both count from 1. */
+/** A position in a TOML file; both numbers count from 1. */
 struct Location
 {
     unsigned mLine = 0;
     unsigned mColumn = 0;
 };
 
-/** "file:line:column: ", which begins each message. */
+/** "file:line:column: ", the beginning of each message. */
 inline std::string messagePrefix(const std::string& fileName, const Location& location)
 {
     return fileName + ':' + std::to_string(location.mLine) + ':' +

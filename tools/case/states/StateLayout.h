@@ -9,22 +9,22 @@
 
 namespace states {
 
-/** On which lines the states are, and the frequency of each period. */
+/** The lines of the states, and the frequency of each period. */
 class StateLayout
 {
 public:
     /**
      * @param isAligned each state is rounded to whole periods
-     * Throws CaseError for states that are too long together or cannot be aligned.
+     * Throws CaseError if the states are too long in total or cannot be aligned.
      */
     StateLayout(const StatePlan& plan, bool isAligned);
 
-    /** The first line of a state; of the number of states: the line after the last one. */
+    /** The first line of a state; for the number of states, the line after the last one. */
     qint64 beginOf(size_t state) const { return mBegins[state]; }
 
     const generate::Timeline& timeline() const { return mTimeline; }
 
-    /** What does not happen at the line asked for, and how late it is. */
+    /** Changes that are later than requested, with their delays. */
     const std::vector<std::string>& remarks() const { return mRemarks; }
 
 private:

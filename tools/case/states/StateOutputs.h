@@ -8,14 +8,14 @@
 
 namespace states {
 
-/** A line for each state: where it begins, how long it is, its frequency, voltages and currents. */
+/** A line for each state: its start, duration, frequency, voltages and currents. */
 std::string tableOf(const StatePlan& plan, const StateLayout& layout);
 
 /** Measures the lines; the declared voltage is the first phase voltage that is not 0. */
 generate::SampleMeter sampleMeterFor(const StatePlan& plan);
 
 /**
- * Writes the states as they were played and what was measured in the samples, as one JSON object.
+ * Writes the states and the values measured in their samples, as one JSON object.
  * The caller commits the file.
  */
 void writeTruth(const StatePlan& plan, const StateLayout& layout, const StateSignal& signal,

@@ -13,7 +13,7 @@ namespace states {
 /** A decaying DC offset of a current. */
 struct Offset
 {
-    std::optional<double> mValue; ///< at its beginning; none: what makes the current continuous
+    std::optional<double> mValue; ///< at its start; none: makes the current continuous
     double mTau;                  ///< seconds
 };
 
@@ -21,7 +21,7 @@ struct Offset
 struct ChannelWave
 {
     double mRms = 0.0;
-    double mDegrees = 0.0; ///< ahead of the reference: one degree a line, 0 at the first line
+    double mDegrees = 0.0; ///< lead over the reference: one degree per line, 0 at the first line
     std::optional<Offset> mOffset;
     size_t mSince = 0;  ///< the state that names the channel
     Location mLocation; ///< of that
@@ -35,20 +35,20 @@ struct StateHarmonic
     double mDegrees;
 };
 
-/** sin(2 pi hertz t), t from the beginning of its state, moves voltages and currents. */
+/** sin(2 pi hertz t), t from the start of its state, modulates voltages and currents. */
 struct Swing
 {
     double mHertz;
     double mVoltage; ///< the amplitude is multiplied by 1 + mVoltage * sin
     double mCurrent; ///< likewise
-    double mDegrees; ///< the currents are ahead by mDegrees * sin
+    double mDegrees; ///< the currents are advanced by mDegrees * sin
     size_t mSince;
 };
 
-/** The magnetizing current of a transformer that is switched on where the state begins. */
+/** The magnetizing current of a transformer that is energized when the state begins. */
 struct Inrush
 {
-    double mPeak; ///< amperes: of a phase that is switched on at 0 degrees without remanence
+    double mPeak; ///< amperes, for a phase that is energized at 0 degrees without remanence
     double mTau;  ///< seconds
     double mKnee; ///< flux at which the core saturates, per unit of its rated peak
     std::array<double, generate::kPhaseCount> mRemanence; ///< per unit of the rated peak flux
@@ -58,35 +58,35 @@ struct Inrush
 /** A current transformer that saturates. */
 struct Saturation
 {
-    double mKnee;      ///< volts, rms at the frequency of the file's beginning
-    double mBurden;    ///< ohms, with those of the winding
+    double mKnee;      ///< volts, rms at the initial frequency of the file
+    double mBurden;    ///< ohms, including the winding
     double mRemanence; ///< per unit of the flux at the knee, in all three phases
     size_t mSince;
 };
 
-/** The frequency goes there from where the state begins. */
+/** A change of the frequency from the start of the state. */
 struct FrequencyTarget
 {
     double mHertz;
-    double mRate; ///< Hz/s; 0: at once
+    double mRate; ///< Hz/s; 0: a step
     Location mLocation;
 };
 
-/** A state begins where a phase voltage has an angle. */
+/** Start of a state at an angle of a phase voltage. */
 struct PointOnWave
 {
     size_t mChannel;
     double mDegrees;
 };
 
-/** All of a state: what the file does not name is what the state before it has. */
+/** A complete state: what the file does not name is copied from the previous state. */
 struct State
 {
     std::string mName;
     Location mLocation;
     std::optional<double> mPeriods; ///< one of the two
     std::optional<double> mSeconds;
-    Location mDuration; ///< where the file has it
+    Location mDuration; ///< in the file
     std::optional<PointOnWave> mAt;
     std::array<ChannelWave, kChannelCount> mChannels;
     std::vector<StateHarmonic> mVoltageHarmonics;
@@ -94,7 +94,7 @@ struct State
     std::optional<Swing> mSwing;
     std::optional<Inrush> mInrush;
     std::optional<Saturation> mSaturation;
-    std::optional<FrequencyTarget> mFrequency; ///< where the state names one
+    std::optional<FrequencyTarget> mFrequency; ///< if the state names one
 };
 
 /** A file of states. */
@@ -107,20 +107,20 @@ struct StatePlan
     generate::Neutral mNeutral{generate::NeutralRule::Sum, generate::NeutralRule::Zero};
     std::vector<State> mStates; ///< at least one
 
-    /** What begins each message. */
+    /** The beginning of each message. */
     std::string messagePrefix(const Location& location) const
     {
         return states::messagePrefix(mFileName, location);
     }
 };
 
-/** The channels of a voltage or of a current. */
+/** Whether the channel is a current; otherwise it is a voltage. */
 inline bool isCurrent(size_t channel)
 {
     return channel >= generate::kFirstCurrent;
 }
 
-/** Frequencies that a state can have, in Hz. */
+/** Range of the frequency of a state, in Hz. */
 inline constexpr double kMinHertz = 1.0;
 inline constexpr double kMaxHertz = 1000.0;
 

@@ -5,8 +5,8 @@
 namespace states {
 
 /**
- * Throws CaseError for the first value of the file that can leave the range of 32 bits, if all
- * parts of its channel had their peaks together.
+ * Throws CaseError for the first value of the file that may exceed 32 bits, if all parts of its
+ * channel peak at the same time.
  */
 void expectValuesInRange(const StatePlan& plan);
 

@@ -9,8 +9,8 @@
 namespace states {
 
 /**
- * The lines of a plan's states. The phase of a channel goes on by one degree a line whatever the
- * frequency is, so it is continuous unless a state sets an angle.
+ * The lines of the states of a plan. The phase of a channel advances by one degree per line at any
+ * frequency, so it is continuous unless a state sets an angle.
  */
 class StateSignal : public generate::LineSource
 {
@@ -21,7 +21,7 @@ public:
     const generate::Timeline& timeline() const override { return mLayout.timeline(); }
     generate::LineValues read(qint64 line) override;
 
-    /** Counts at the beginning of its state; 0 where the channel has no offset there. */
+    /** Counts at the start of its state; 0 if the channel has no offset there. */
     double offsetOf(size_t state, size_t channel) const { return mOffsets[state][channel]; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace states {
 
-inline constexpr double kMaxValue = 1e9; ///< volts or amperes; what fits is known with the scale
+inline constexpr double kMaxValue = 1e9; ///< volts or amperes; the scale may allow less
 inline constexpr double kMaxDegrees = 1e6;
 
 /** A text such as "230@-5". */
@@ -27,12 +27,12 @@ std::optional<PointOnWave> parsePoint(std::string_view text);
 std::optional<StateHarmonic> parseHarmonic(std::string_view text);
 
 /**
- * Throws CaseError for what the parser of TOML cannot judge: characters beyond ASCII outside of
- * comments, and strings in three quotes, which no key has a use for.
+ * Throws CaseError for texts that the TOML parser would accept: non-ASCII characters outside
+ * comments, and strings in three quotes, which no key needs.
  */
 void expectReadable(const std::string& fileName, std::string_view text);
 
-/** Of the first header whose name begins with what no name can begin with; 1:1 where none does. */
+/** Location of the first header with an invalid first character in its name; 1:1 if none has. */
 Location headerLocation(std::string_view text);
 
 } // namespace states

@@ -29,7 +29,7 @@ constexpr void expectForeseen(bool holds)
 #define TOML_ASSERT(expr) states::expectForeseen(static_cast<bool>(expr))
 #include <toml++/toml.h>
 
-/** How the readers of TOML files look at them; heavy to compile, for as few files as can be. */
+/** Access to TOML files for their readers. Slow to compile: include it in few files. */
 namespace states {
 
 inline Location locationOf(const toml::source_position& position)
@@ -42,13 +42,13 @@ inline Location locationOf(const toml::node& node)
     return locationOf(node.source().begin);
 }
 
-/** What a state before began ends. */
+/** Whether the value ends something that a previous state began. */
 inline bool isOff(const toml::node& node)
 {
     return node.is_string() && node.as_string()->get() == "off";
 }
 
-/** Numbers that a key may have. */
+/** Range of the numbers that a key may have. */
 struct Range
 {
     double mMin;
@@ -56,7 +56,7 @@ struct Range
     bool mIsMinExcluded = false;
 };
 
-/** How many numbers a list has, and how to say so. */
+/** Length of a list of numbers, and the message for a wrong list. */
 struct ExpectedNumbers
 {
     size_t mCount;
@@ -67,10 +67,9 @@ inline constexpr ExpectedNumbers kExpectedScale{
     2, "expected two numbers: counts per volt and per ampere"};
 
 /**
- * The tables of a text, whose characters beyond ASCII are in comments alone and whose strings are
- * each on one line. Throws CaseError with line and column for any other text, and for what is no
- * TOML.
- * @param fileName as messages give it
+ * The tables of a TOML text. Throws CaseError with line and column for wrong TOML, for non-ASCII
+ * characters outside comments, and for strings of several lines.
+ * @param fileName for messages
  */
 toml::table parseTables(std::string_view text, const std::string& fileName);
 
@@ -78,48 +77,48 @@ toml::table parseTables(std::string_view text, const std::string& fileName);
 class TomlSection
 {
 public:
-    /** @param path how messages call the table: "voltage"; empty for the file's own */
+    /** @param path name of the table in messages: "voltage"; empty for the top level */
     TomlSection(const std::string& fileName, const toml::table& table, std::string path = "");
 
-    /** Throws CaseError for a key that is not among those. */
+    /** Throws CaseError for an unknown key. */
     TomlSection(const std::string& fileName, const toml::table& table, std::string path,
                 const std::vector<std::string>& keys);
 
-    /** A message for each key that is not among those. */
+    /** A message for each unknown key. */
     std::vector<std::string> unknownKeys(const std::vector<std::string>& keys) const;
 
-    /** Throws CaseError that names the place and the key. */
+    /** Throws CaseError with location and key. */
     [[noreturn]] void fail(const toml::node& node, std::string_view key,
                            const std::string& problem) const;
 
     const toml::node* find(std::string_view key) const { return mTable.get(key); }
     const toml::table& table() const { return mTable; }
 
-    /** Of a node that is a table, whatever its keys. */
+    /** The section of a node that must be a table, with any keys. */
     TomlSection section(const toml::node& node, std::string_view key) const;
 
-    /** Of a node that is a table with those keys at most. */
+    /** The section of a node that must be a table, with only these keys. */
     TomlSection section(const toml::node& node, std::string_view key,
                         const std::vector<std::string>& keys) const;
 
-    /** None where the key is missing. */
+    /** Nothing if the key is missing. */
     std::optional<double> number(std::string_view key, const Range& range) const;
 
-    /** Throws where the key is missing. */
+    /** Throws if the key is missing. */
     double requiredNumber(std::string_view key, const Range& range) const;
 
     std::optional<std::string> text(std::string_view key) const;
 
     double numberOf(const toml::node& node, std::string_view key, const Range& range) const;
 
-    /** A list of so many numbers; none where the key is missing. @param expected in messages */
+    /** A list of numbers; nothing if the key is missing. @param expected its length and message */
     std::optional<std::vector<double>> numbers(std::string_view key, const Range& range,
                                                const ExpectedNumbers& expected) const;
 
-    /** The tables below [[key]]; null where there are none. */
+    /** The tables below [[key]]; null if there are none. */
     const toml::array* tables(std::string_view key) const;
 
-    /** The same; throws where there are none. */
+    /** The same; throws if there are none. */
     const toml::array& requiredTables(std::string_view key) const;
 
 private:
