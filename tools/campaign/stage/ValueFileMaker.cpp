@@ -2,13 +2,12 @@
 
 #include "base/CaseError.h"
 #include "base/InputFile.h"
-#include "generate/ReferenceValues.h"
 #include "generate/Wave.h"
 #include "generate/WaveFile.h"
 #include "importing/Importer.h"
 #include "input/OpenInput.h"
 #include "states/StateFile.h"
-#include "states/StateOutputs.h"
+#include "states/StateSignal.h"
 
 namespace stage {
 
@@ -32,9 +31,8 @@ std::vector<std::string> makeSignal(const Source& source, base::ResultFile& outp
     if (!problem.empty()) {
         throw base::CaseError(problem);
     }
-    generate::SampleMeter meter = generate::sampleMeterFor(generate::referenceValuesOf(parameters));
     generate::Wave wave(parameters);
-    generate::writeLines(wave, {"made by " + madeBy(source)}, meter, output);
+    generate::writeLines(wave, {"made by " + madeBy(source)}, output);
     return {};
 }
 
@@ -43,8 +41,7 @@ std::vector<std::string> makeStates(const Source& source, base::ResultFile& outp
     const states::StatePlan plan = states::readStates(source.mPath);
     const states::StateLayout layout(plan, source.mIsAligned);
     states::StateSignal signal(plan, layout);
-    generate::SampleMeter meter = states::sampleMeterFor(plan);
-    generate::writeLines(signal, {"made by " + madeBy(source)}, meter, output);
+    generate::writeLines(signal, {"made by " + madeBy(source)}, output);
     return layout.remarks();
 }
 

@@ -289,7 +289,8 @@ void generateStates(const GenerateOptions& options, const std::string& commandLi
     Outputs outputs(options);
     states::StateSignal signal(plan, layout);
     generate::SampleMeter meter = states::sampleMeterFor(plan);
-    generate::writeLines(signal, {"made by " + commandLine}, meter, outputs.values());
+    generate::writeLines(signal, {"made by " + commandLine}, outputs.values(),
+                         outputs.truth() != nullptr ? &meter : nullptr);
     if (outputs.truth() != nullptr) {
         states::writeTruth(plan, layout, signal, meter.values(layout.timeline()), *outputs.truth());
     }
@@ -316,7 +317,8 @@ void generateWave(const GenerateOptions& options, const std::string& commandLine
     const generate::ReferenceValues reference = generate::referenceValuesOf(parameters);
     generate::SampleMeter meter = generate::sampleMeterFor(reference);
     generate::Wave wave(parameters);
-    generate::writeLines(wave, {"made by " + commandLine}, meter, outputs.values());
+    generate::writeLines(wave, {"made by " + commandLine}, outputs.values(),
+                         outputs.truth() != nullptr ? &meter : nullptr);
     if (outputs.truth() != nullptr) {
         generate::writeTruth(signal, reference, meter.values(wave.timeline()), *outputs.truth());
     }

@@ -76,7 +76,7 @@ void writeSignal(const Signal& signal, const std::string& stem)
     SampleMeter meter = sampleMeterFor(reference);
     Wave lines(wave);
     base::ResultFile values(stem + ".csv", base::ResultFile::Existing::Keep);
-    writeLines(lines, {signal.mName + ": " + signal.mText}, meter, values);
+    writeLines(lines, {signal.mName + ": " + signal.mText}, values, &meter);
     base::ResultFile truth(stem + ".json", base::ResultFile::Existing::Keep);
     writeTruth(signal, reference, meter.values(lines.timeline()), truth);
     values.commit();

@@ -16,8 +16,8 @@ std::array<qint32, kChannelCount> roundedValues(const LineValues& values)
     return rounded;
 }
 
-void writeLines(LineSource& source, std::vector<std::string> comments, SampleMeter& meter,
-                base::ResultFile& output)
+void writeLines(LineSource& source, std::vector<std::string> comments, base::ResultFile& output,
+                SampleMeter* meter)
 {
     comments.emplace_back("sample;time in s;auxiliary word;flags;frequency in Hz;channels 0 to 7");
     waveform::ValueFileWriter writer(output);
@@ -30,7 +30,9 @@ void writeLines(LineSource& source, std::vector<std::string> comments, SampleMet
             progress.show(double(line) / double(lineCount));
         }
         const auto values = roundedValues(source.read(line));
-        meter.add(line, values);
+        if (meter != nullptr) {
+            meter->add(line, values);
+        }
         writer.write(
             {line, timeline.secondsOf(line), quint32(line), 0, timeline.frequencyOf(line), values});
     }
