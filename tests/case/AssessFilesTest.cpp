@@ -257,6 +257,7 @@ protected:
                       "\n";
         }
         mRunner.writeFile("e.csv", expected);
+        mRunner.writeFile("e.svg", expected);
         mRunner.writeFile("d.csv", device);
         std::string map =
             "time = 'Zeit'\nformat = '%d.%m.%Y %H:%M:%S'\noffset = -3600\n"
@@ -288,6 +289,10 @@ TEST_F(JudgeCommandTest, VerdictIsInTheFirstLineAndInTheStatus)
     const Case cases[] = {
         {"e.csv e.csv --limits pq-a --nominal 230,5,50", 0,
          "verdict: good: 10 values within their limits\n"},
+        {"e.csv e.csv --limits pq-a --nominal 230,5,60", 0, "verdict: good: 10 values"},
+        {"e.csv e.csv --limits pq-a --nominal 230,5,50 --quantities harmonic-5", 1,
+         "verdict: NOT OBSERVED: no value"},
+        {"e.svg e.csv --limits pq-a --nominal 230,5,50 --plot e.svg", 2, "vx-case: e.svg: --plot"},
         {"e.csv d.csv --map map.toml --limits pq-s --nominal 230,5,50", 1,
          "verdict: BAD: 1 missing\n"},
         {"e.csv e.csv --limits pmu-p --nominal 230,5,50", 1,

@@ -110,6 +110,7 @@ TEST_F(CommandTest, ExplainTellsWhatWasPlayed)
     EXPECT_THAT(lines[1], StartsWith("0             steady.csv "));
     EXPECT_THAT(lines[2], StartsWith("command 's1' at "));
     EXPECT_THAT(lines[3], testing::MatchesRegex("1 +event.csv +1 .*"));
+    EXPECT_EQ(lines[1].size(), lines[3].size()) << "in columns";
     EXPECT_THAT(lines[4], StartsWith("0             steady.csv "));
     EXPECT_THAT(lines[5], testing::MatchesRegex("verdict: good: [0-9]+ samples as they should be"));
 
@@ -147,7 +148,8 @@ TEST_F(CommandTest, CheckLooksWhereItIsTold)
     mRunner.run({"mkdir", directory});
     mRunner.writeFile("cases/a.csv", repeated(valueLine("7", "50"), 360));
     mRunner.writeFile("good.conf", "0,1,a.csv\n");
-    mRunner.writeFile("odd.conf", "0,1,a.csv\n0,0,a.csv\n");
+    mRunner.writeFile("cases/b.csv", valueLine("7", "60"));
+    mRunner.writeFile("odd.conf", "0,1,a.csv\n0,0,a.csv\n1,1,b.csv\n1,1,a.csv\n");
     const CommandResult good = vxCase("check good.conf --strict --json --directory cases");
     EXPECT_EQ(good.mExitCode, 0) << good;
     const auto told = nlohmann::json::parse(good.mOutput);
@@ -155,7 +157,9 @@ TEST_F(CommandTest, CheckLooksWhereItIsTold)
     EXPECT_EQ(told["configurations"][0]["samples"], 360);
     EXPECT_EQ(told["configurations"][0]["continuous"], true);
     EXPECT_EQ(told["bytesOnDevice"], 360 * 56);
-    EXPECT_EQ(vxCase("check odd.conf --directory cases").mExitCode, 0);
+    const CommandResult odd = vxCase("check odd.conf --directory cases");
+    EXPECT_EQ(odd.mExitCode, 0);
+    EXPECT_THAT(odd.mOutput, HasSubstr("50 to 60  b.csv, a.csv\n"));
     EXPECT_EQ(vxCase("check odd.conf --directory cases --strict").mExitCode, 1);
     EXPECT_EQ(vxCase("check good.conf").mExitCode, 1) << "the names begin elsewhere";
     EXPECT_THAT(vxCase("check good.conf --directory no").mErrors, HasSubstr("no such directory"));
@@ -218,6 +222,7 @@ TEST_F(CommandTest, InfoTellsOfEveryKind)
         EXPECT_EQ(told["format"], format);
         EXPECT_TRUE(samples == 0 || told["samples"] == samples) << result;
         EXPECT_NEAR(told["measuredHz"].get<double>(), 50, 0.02) << result;
+        EXPECT_LT(told["measuredFrom"], told["measuredTo"]) << result;
         EXPECT_EQ(told["channels"].size(), 8U) << result;
     }
     EXPECT_THAT(

@@ -148,6 +148,7 @@ TEST_F(ExportTest, RefusesWhatItCannotExport)
     } rows[] = {
         {"in.csv -o out.txt", 2, "-o: 'out.txt': expected a name in .cfg, .cff or .csv"},
         {"in.csv --scale 0,1 -o out.csv", 2, "--scale: '0,1': expected V,A"},
+        {"in.csv --scale 1,0 -o out.csv", 2, "--scale: '1,0': expected V,A"},
         {"in.csv --from 1 -o new.csv", 1, "in.csv: no sample to export"},
         {"out.cfg -o new.csv", 1, "out.cfg: expected a value file or a recording of the driver"},
     };

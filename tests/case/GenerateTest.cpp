@@ -284,6 +284,10 @@ TEST_F(GenerateTest, SaysWhatIsWrong)
         {"--signal steady-50hz --set seconds=-1", 2,
          "--set: 'seconds=-1': expected seconds=NUMBER, 0 to 86400 (s, of the file; 0 is one "
          "period)"},
+        {"--signal steady-50hz --set seconds=1=2", 2,
+         "--set: 'seconds=1=2': expected seconds=NUMBER, 0 to 86400 (s, of the file; 0 is one "
+         "period)"},
+        {"--neutral sum", 2, "--neutral: 'sum': expected CURRENT,VOLTAGE, for example sum,zero"},
         {"--signal dip-0-one-50hz --set phases=1.5", 2,
          "--set: 'phases=1.5': expected phases=NUMBER, 1 to 3 (how many, from the first on; a "
          "whole "
@@ -317,12 +321,14 @@ TEST_F(GenerateTest, RemarksOnASeam)
 TEST_F(GenerateTest, NeutralIsTheSumOfThePhases)
 {
     const std::string fault =
-        "--duration 0.02 --amplitudes 10,0,0,7,20,0,0,9 --phases "
+        " --amplitudes 10,0,0,7,20,0,0,9 --phases "
         "90,0,0,90,90,0,0,90";
-    for (const auto& [rule, end] : {std::pair{"given,given", "10;0;0;7;20;0;0;9"},
-                                    {"sum,zero", "10;0;0;0;20;0;0;20"},
-                                    {"zero,sum", "10;0;0;10;20;0;0;0"}}) {
-        const CommandResult result = generate(fault + " --neutral " + rule);
+    for (const auto& [rule, end] :
+         {std::pair{"--duration 0.02 --neutral given,given", "10;0;0;7;20;0;0;9"},
+          {"--duration 0.02 --neutral sum,zero", "10;0;0;0;20;0;0;20"},
+          {"--duration 0.02 --neutral zero,sum", "10;0;0;10;20;0;0;0"},
+          {"--signal steady-50hz", "10;0;0;7;20;0;0;9"}}) { // given by its amplitude
+        const CommandResult result = generate(rule + fault);
         EXPECT_EQ(split(result.mOutput, '\n').at(2), std::string("0;0.000000000;0;0;50;") + end);
     }
 }

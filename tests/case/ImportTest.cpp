@@ -229,7 +229,7 @@ TEST(ImportTest, CommandMakesWhatCanBePlayed)
     const std::string recording =
         files
             .make("fault.cfg",
-                  "S,D,1999\n1,1A,0D\n1,UA,A,,V,1,0,0,-9999,9999,1,1,P\n50\n1\n"
+                  "S,D,1999\n1,1A,0D\n1,UA,A,,V,1,0,0,-9999,9999,200,1,S\n50\n1\n"
                   "4800,480\n01/01/2020,00:00:00\n01/01/2020,00:00:00\nASCII\n1\n")
             .toStdString();
     const std::string value = files.path("fault.csv");
@@ -244,6 +244,13 @@ TEST(ImportTest, CommandMakesWhatCanBePlayed)
     EXPECT_EQ(runner.run({VX_CASE, "check", configuration}).mExitCode, 0);
     EXPECT_EQ(runner.run({VX_CASE, "import", value}).mErrors,
               "vx-case: " + value + ": is a value file already; play it without an import\n");
+
+    const CommandResult primary =
+        runner.run({VX_CASE, "import", recording, "--side", "primary", "--scale", "50000,1",
+                    "--clip", "--json", "-o", value});
+    EXPECT_THAT(readFile(value), HasSubstr("channel 0: UA, 10000000 counts for 1 V\n"));
+    EXPECT_THAT(primary.mErrors, testing::AllOf(HasSubstr("\"peak\": 1000.0,"),
+                                                HasSubstr("\"writtenPeak\": 214.7483648")));
 
     for (const Words& wrong : {Words{"--scale", "1"},
                                {"--side", "left"},

@@ -303,3 +303,30 @@ TEST(InfoTest, TellsWhatIsInAFile)
     EXPECT_EQ(runner.run({VX_CASE, "info", "/no/such"}).mExitCode, 1);
     EXPECT_EQ(runner.run({VX_CASE, "info", "--encoding", "none", name}).mExitCode, 2);
 }
+
+/** Eight changes of a status channel in text, all in JSON; a ratio where there is one. */
+TEST(InfoTest, TellsOfRatiosAndStates)
+{
+    const TestFiles files;
+    const CommandRunner runner;
+    std::string data;
+    for (int i = 0; i < 12; ++i) {
+        data += fmt::format("{},0,{},7,{}\n", i + 1, i, i % 2);
+    }
+    files.make("c.dat", data);
+    const std::string name = files
+                                 .make("c.cfg",
+                                       "S,D,1999\n3,2A,1D\n1,UA,A,,V,1,0,0,-9,9,100,1,P\n"
+                                       "2,UB,B,,V,1,0,0,-9,9,1,1,P\n1,Trip,,,0\n50\n1\n1000,12\n"
+                                       "01/02/2020,03:04:05\n01/02/2020,03:04:05\nASCII\n1\n")
+                                 .toStdString();
+    EXPECT_THAT(runner.run({VX_CASE, "info", name}).mOutput,
+                testing::AllOf(testing::ContainsRegex("1 +UA +A +V +P +100:1 +[0-9]"),
+                               testing::ContainsRegex("2 +UB +B +V +P +7 +7"),
+                               HasSubstr(", 0 at 0.008000 s and 3 more\n")));
+    const auto json = nlohmann::json::parse(runner.run({VX_CASE, "info", "--json", name}).mOutput);
+    const auto& changes = json["statusChannels"][0]["changes"];
+    ASSERT_EQ(changes.size(), 11U);
+    EXPECT_EQ(changes[0]["state"], 1);
+    EXPECT_EQ(changes[1]["state"], 0);
+}

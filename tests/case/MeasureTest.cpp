@@ -298,6 +298,7 @@ TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
     const std::pair<const char*, const char*> rows[] = {
         {"--quantities rms,harmonic", "'harmonic': expected names of rms-half,"},
         {"--nominal 230,5", "'230,5': expected V,A,HZ with 50 or 60 Hz"},
+        {"--nominal 230,0,50", "'230,0,50': expected V,A,HZ"},
         {"--nominal 230,5,16.7", "with 50 or 60 Hz"},
         {"--begin yesterday", "'yesterday': expected a time in UTC"},
         {"--wide --json", "excludes"},

@@ -259,6 +259,7 @@ TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
     EXPECT_THAT(plot("r.bin --at 0.05").mOutput,
                 HasSubstr("set title 'around 0.05 s: voltage, V'"));
     EXPECT_THAT(plot("r.bin --from 0.02 --to 0.03").mOutput, HasSubstr("set xrange [0.02:0.03]"));
+    EXPECT_THAT(plot("r.bin --from 0 --to 0.03").mOutput, HasSubstr("set xrange [0:0.03]"));
 }
 
 /** Whatever part of it was imported, and however many periods were put before. */
@@ -268,6 +269,7 @@ TEST_F(PlotTest, LaysAnImportOverItsRecording)
         ASSERT_EQ(mRunner.run(joined({VX_CASE}, split(arguments))).mExitCode, 0) << arguments;
     };
     vxCase("generate --duration 0.3 --disturbance 0.1:0.1:0.4:0:0 -o w.csv");
+    EXPECT_THAT(plot("w.csv").mOutput, Not(HasSubstr("92 → 230 V"))) << "one moment";
     vxCase("export w.csv -o w.cfg");
     for (const std::string part : {"--before 3", "--from 0.0599994 --before 2"}) {
         vxCase("import w.cfg --frequency 50 -o i.csv " + part);

@@ -273,6 +273,8 @@ current.A = "60@-70"
     const auto frequency = nlohmann::json::parse(runner.readFile("f.json"))["frequency"];
     EXPECT_NEAR(frequency["minimumHertz"].get<double>(), 1e9 / (57870 * 360), 1e-6);
     EXPECT_NEAR(frequency["maximumHertz"].get<double>(), 1e9 / (53418 * 360), 1e-6);
+    EXPECT_THAT(split(generate("--states s.toml --neutral zero,zero").mOutput, '\n').back(),
+                testing::EndsWith(";0"));
     EXPECT_EQ(generate("--states s.toml --frequency 60").mExitCode, 2);
     EXPECT_EQ(generate("--align").mExitCode, 2);
     EXPECT_EQ(generate("--states s.toml -o s.toml").mExitCode, 2);

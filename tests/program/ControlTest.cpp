@@ -43,21 +43,34 @@ TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
 
 TEST_F(ControlTest, TellsWhatIsWrongWithTheCommandLine)
 {
-    for (const Words& words : {Words{},
-                               {"list", "x"},
-                               {"once"},
-                               {"stop", "1"},
-                               {"--wait", "x", "once", "1"},
-                               {"--log", "x", "once", "1"},
-                               {"--events", "x", "list"},
-                               {"--events=", "once", "1"},
-                               {"--config", "x", "--events", "./x", "once", "1"},
-                               {"--config", "c", "--fifo", "x", "--events", "x", "once", "1"},
-                               {"--no"}}) {
+    for (const Words& words :
+         {Words{},
+          {"list", "x"},
+          {"once"},
+          {"stop", "1"},
+          {"--wait", "x", "once", "1"},
+          {"--wait", "0", "once", "1"},
+          {"--wait", "1e7", "once", "1"},
+          {"--log", "x", "once", "1"},
+          {"--events", "x", "list"},
+          {"--events=", "once", "1"},
+          {"--config", "x", "--events", "./x", "once", "1"},
+          {"--config", "c", "--fifo", "x", "--events", "x", "once", "1"},
+          {"--config", "c", "--log", "x", "--wait", "1", "--events", "x", "once", "1"},
+          {"--no"}}) {
         const CommandResult result = mRunner.run(joined({VX_CONTROL}, words));
         EXPECT_EQ(result.mExitCode, 2) << result;
         EXPECT_THAT(result.mErrors, MatchesRegex("vx-control: .*\n"));
     }
+}
+
+TEST_F(ControlTest, ListsWhatTheSimulatorReads)
+{
+    mRunner.writeFile("c", "0,1,a.csv\nx,1,b.csv\n1,1,c.csv\n");
+    const CommandResult list = mRunner.run({VX_CONTROL, "--config", "c", "list"});
+    EXPECT_EQ(list.mOutput, "0  1 x a.csv  (continuous from the start)\n") << list;
+    EXPECT_THAT(list.mErrors,
+                MatchesRegex("vx-control: c:2: .*; the simulator stops reading here\n"));
 }
 
 TEST_F(ControlTest, TellsThatItsResultIsLost)

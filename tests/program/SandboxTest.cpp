@@ -70,9 +70,16 @@ constexpr Ending kEndings[] = {
      139, "the program ended by signal 11 (Segmentation fault)"},
     {"--for|1|--|sh|-c|exit 3", 3, kNoBlock},
     {"--for|1|true", 124, kNoBlock},
+    {"--send|1:s1|true", 0, kNoBlock},
+    {"--fault|adc-in:1:short=480|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 0, ""},
+    {"--fault|adc-in:0s:EIO|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 0,
+     "the program ended before any write met the fault adc-in:0s:EIO"},
+    {"--record|kept|sh|-c|head -c 48 /dev/zero >/dev/adc-in; until [ -s kept ]; do sleep 0.1; done",
+     0, ""},
     {"--for|1|--patience|0.2|sleep|60", 124, "no block came within 0.2 s; ending the program"},
-    {"--for|0|sh|-c|trap '' TERM; head -c 48 /dev/zero >/dev/adc-in; while :; do sleep 1; done", 0,
-     "the program is still running 5 s after SIGTERM; killing it"},
+    {"--events|killed|--for|0|sh|-c|trap '' TERM; head -c 48 /dev/zero >/dev/adc-in; while :; do "
+     "sleep 1; done",
+     0, "the program is still running 5 s after SIGTERM; killing it"},
     {"sh|-c|trap 'exit 5' INT; kill -INT $PPID; while :; do sleep 0.1; done", 5, ""},
     {"sh|-c|trap 'exit 6' TERM; kill -TERM $PPID; while :; do sleep 0.1; done", 6, ""},
     {"sh|-c|trap 'exit 7' HUP; kill -HUP $PPID; while :; do sleep 0.1; done", 7, ""},
@@ -211,6 +218,7 @@ TEST_F(SandboxTest, ExitCodesAndMessages)
         const std::string message = std::string("vx-sandbox: ") + it.mErrors + "\n";
         EXPECT_EQ(result.mErrors, *it.mErrors == 0 ? "" : message);
     }
+    EXPECT_THAT(endOf(mRunner.readFile("killed")), HasSubstr(R"("stopped","signal":9)"));
     EXPECT_EQ(mRunner.readFile("v.csv"), "values");
     EXPECT_THAT(mRunner.readFile("track.xml"), HasSubstr("</log4j:configuration>"));
 }
@@ -280,13 +288,15 @@ TEST_F(SandboxTest, EventsTellHowTheRunEnded)
 /** Root is refused as well, as by the real attributes. */
 TEST_F(SandboxTest, FilesOpenForReadingOrForWriting)
 {
-    const std::string permissions = programOutput(shell(
+    const CommandResult result = shell(
         "for file in /dev/adc-in /dev/pme-sim /sys/devices/platform/vxadc-sim/*; do\n"
         "  for mode in '<' '>' '<>'; do eval \"(: $mode$file)\" && printf y || printf n; done\n"
         "  echo \" ${file##*/}\"\n"
         "done 2>errors; grep -c 'Permission denied' errors",
-        {"--pme", "pme.bin"}));
-    EXPECT_EQ(permissions, "nyn adc-in\nnyn pme-sim\nnyn d2h\nnyn f2h\nynn h2p\nnyn r2h\n12\n");
+        {"--pme", "pme.bin"});
+    EXPECT_EQ(summary(result)["PME frames"], "0");
+    EXPECT_EQ(programOutput(result),
+              "nyn adc-in\nnyn pme-sim\nnyn d2h\nnyn f2h\nynn h2p\nnyn r2h\n12\n");
 }
 
 /** Each script ends when the last process that holds its pipe ends. */
@@ -298,6 +308,12 @@ TEST_F(SandboxTest, NoProcessOutlivesIt)
         SCOPED_TRACE(script);
         EXPECT_EQ(mRunner.run({"sh", "-c", VX_SANDBOX + std::string(script)}).mExitCode, 0);
     }
+    // Those that were there before it stay.
+    EXPECT_EQ(mRunner
+                  .run({"sh", "-c",
+                        "(sleep 600 & echo $! >pid; exec " VX_SANDBOX " true); kill $(cat pid)"})
+                  .mExitCode,
+              0);
 }
 
 TEST_F(SandboxTest, TellsWhereTheFifoIs)
