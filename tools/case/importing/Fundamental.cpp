@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "base/Sums.h"
 #include "channels/ChannelPhase.h"
 #include "resampling/PhaseFollower.h"
 
@@ -62,14 +63,14 @@ double amountEitherWay(const resampling::PhaseMeter& meter, double hz)
 
 /** What is the same in all phases has no positive sequence, so that noise would decide. */
 bool areEqual(const std::vector<std::vector<double>>& phases,
-              const resampling::PhaseMeter& sequence, const resampling::SampleTimes& times)
+              const resampling::PhaseMeter& sequence)
 {
-    constexpr double kMaxSequence = 0.01; // as a share of a phase
+    constexpr double kMaxSequence = 0.01;        // of the sequence that one phase has alone
+    constexpr double kSequenceOfOne = 2.0 / 3.0; // of the phase
     const bool hasAll =
         std::none_of(phases.begin(), phases.end(), [](const auto& phase) { return phase.empty(); });
     return hasAll &&
-           sequence.rms() <
-               kMaxSequence * resampling::PhaseMeter(times, sequenceOf({phases[0], {}, {}})).rms();
+           sequence.rms() < kMaxSequence * kSequenceOfOne * base::rootMeanSquare(phases[0]);
 }
 
 /** The track of one system of phases, in whichever order they turn. */
@@ -78,7 +79,7 @@ std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> ph
                                              Fundamental& fundamental, bool isKnown)
 {
     resampling::PhaseMeter meter(times, sequenceOf(phases));
-    if (areEqual(phases, meter, times)) {
+    if (areEqual(phases, meter)) {
         fundamental.mRemarks.emplace_back(
             "the three phases are equal: the first alone is followed");
         phases = {std::move(phases[0]), {}, {}};
@@ -126,10 +127,13 @@ Fundamental findFundamental(const waveform::SignalDescription& description,
         fundamental.mNominalHz = description.mNominalHz;
     }
     for (const size_t first : {size_t{0}, size_t{kChannelCount / 2}}) {
+        if (fundamental.mTrack) {
+            break;
+        }
         std::vector<std::vector<double>> phases = phasesOf(recorded, map, first);
         const bool isThere = std::any_of(phases.begin(), phases.end(),
                                          [](const auto& phase) { return !phase.empty(); });
-        if (isThere && !fundamental.mTrack) {
+        if (isThere) {
             fundamental.mTrack = follow(std::move(phases), times, fundamental, isKnown);
         }
     }
