@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 
 #include "CommandRunner.h"
 #include "MeterRun.h"
@@ -8,6 +9,7 @@
 #include "base/Numbers.h"
 #include "measure/PeriodMeters.h"
 #include "measure/UtcText.h"
+#include "measure/WindowMeans.h"
 
 using measure::Channel;
 using measure::Interval;
@@ -213,6 +215,76 @@ TEST(MeasureTest, AggregatesFromFullTenMinutesOfUtc)
     ASSERT_EQ(tenSeconds.size(), 60U);
     EXPECT_EQ(tenSeconds[0].mUtcNs, kMarkNs + 10'000'000'000);
     EXPECT_NEAR(tenSeconds[0].mValue, playedHz(50.0), 1e-6);
+}
+
+/** 3 of 15 windows are in a fault: the roots of the mean squares of their own values. */
+TEST(MeasureTest, AggregatesTheValuesOfWindows)
+{
+    const double window = 10.0 / playedHz(50.0);
+    const Content content{playedHz(50.0), 0.0, 0.0, false, 2.0 * window, 5.0 * window};
+    const MeasuredRows found = measured(content, 50.0, 3.1, {"rms", "thd", "unbalance", "power"},
+                                        1'700'000'400'000'000'000);
+    const std::complex<double> fault = std::polar(0.4, -30.0 * base::kRadiansPerDegree);
+    const double watts = kVolts * kVolts / 46.0 * std::cos(kLagDegrees * base::kRadiansPerDegree);
+    const double negative = std::abs(fault - 1.0);
+    struct Row
+    {
+        QuantityId mId;
+        Channel mChannel;
+        double mOutside;
+        double mInFault;
+        bool mIsPower;
+    };
+    const Row rows[] = {
+        {QuantityId::Rms, Channel::UA, kRms, 0.4 * kRms, false},
+        {QuantityId::NegativeVoltageUnbalance, Channel::U, 0.0,
+         100.0 * negative / std::abs(fault + 2.0), false},
+        {QuantityId::NegativeSequence, Channel::U, 0.0, kVolts * negative / 3.0, false},
+        {QuantityId::ReactivePower, Channel::A, watts * std::tan(base::kTwoPi / 12.0), 0.0, true},
+        {QuantityId::ApparentPower, Channel::A, kRms * kRms / 46.0, 0.4 * kRms * kRms / 46.0, true},
+    };
+    for (const auto& [id, channel, outside, inFault, isPower] : rows) {
+        const double mean =
+            isPower ? (12.0 * outside + 3.0 * inFault) / 15.0
+                    : std::sqrt((12.0 * outside * outside + 3.0 * inFault * inFault) / 15.0);
+        const auto values = found.of(id, channel, 0, Interval::ThreeSeconds);
+        ASSERT_EQ(values.size(), 1U) << measure::quantityOf(id).mName;
+        EXPECT_NEAR(values[0].mValue / mean, 1.0, 1e-4) << measure::quantityOf(id).mName;
+    }
+}
+
+/** A percentage is that of the windows that have it, a power factor that of averaged powers. */
+TEST(MeasureTest, AggregatesWhatSomeWindowsDoNotHave)
+{
+    measure::WindowMeans means;
+    const auto add = [&means](Channel channel, double active, double apparent) {
+        means.add({0, active, {QuantityId::ActivePower}, channel});
+        means.add({0, apparent, {QuantityId::ApparentPower}, channel});
+        if (apparent > 0.0) {
+            means.add({0, active / apparent, {QuantityId::PowerFactor}, channel});
+            means.add({0, active / 10.0, {QuantityId::Thd}, channel});
+        }
+    };
+    const std::pair<double, double> windows[] = {{0.0, 0.0}, {30.0, 50.0}, {10.0, 50.0}};
+    for (const auto& [active, apparent] : windows) {
+        add(Channel::A, active, apparent);
+        add(Channel::B, -7.0, 10.0);
+    }
+    RowCollector output;
+    means.end(Interval::TenMinutes, 1, output);
+    const auto valueOf = [&output](QuantityId id, Channel channel) {
+        const auto rows = output.mRows.of(id, channel, 0, Interval::TenMinutes);
+        return rows.size() == 1 ? rows[0].mValue : NAN;
+    };
+    EXPECT_DOUBLE_EQ(valueOf(QuantityId::ActivePower, Channel::A), 40.0 / 3.0);
+    EXPECT_DOUBLE_EQ(valueOf(QuantityId::PowerFactor, Channel::A), 0.4);
+    EXPECT_DOUBLE_EQ(valueOf(QuantityId::Thd, Channel::A), std::sqrt(5.0)) << "3 and 1";
+    EXPECT_DOUBLE_EQ(valueOf(QuantityId::PowerFactor, Channel::B), -0.7);
+    RowCollector next;
+    add(Channel::B, 3.0, 10.0);
+    means.end(Interval::TenMinutes, 2, next);
+    EXPECT_EQ(next.mRows.mRows.size(), 4U) << "nothing of A, whose interval is over";
+    EXPECT_EQ(next.mRows.mRows[0].mValue, 3.0);
 }
 
 TEST(MeasureTest, EachNameLeadsBackToItsRow)

@@ -41,15 +41,14 @@ void WindowRows::put(QuantityId id, Channel channel, double value, int order)
     mRow.mKind.mOrder = order;
     mRow.mChannel = channel;
     mRow.mValue = value;
-    mOutput->add(mRow);
+    mRows.push_back(mRow);
 }
 
-void WindowRows::write(const WindowValues& values, Interval interval, qint64 utcNs, double hertz,
-                       MeasurementOutput& output)
+const std::vector<Measurement>& WindowRows::rowsOf(const WindowValues& values, qint64 utcNs,
+                                                   double hertz)
 {
-    mOutput = &output;
+    mRows.clear();
     mRow.mUtcNs = utcNs;
-    mRow.mKind.mInterval = interval;
     mHertz = hertz;
     std::array<double, 2> largest{};
     for (size_t channel = 0; channel < kChannelCount; ++channel) {
@@ -71,6 +70,7 @@ void WindowRows::write(const WindowValues& values, Interval interval, qint64 utc
     if (mHasPower) {
         writePower(values);
     }
+    return mRows;
 }
 
 void WindowRows::writeChannel(const ChannelSquares& squares, Channel channel, double largest)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <bitset>
-#include <limits>
+#include <vector>
 
 #include "measure/Measurement.h"
 #include "measure/Selection.h"
@@ -9,7 +9,7 @@
 
 namespace measure {
 
-/** Makes rows from the values of windows. A percentage relative to 0 gets no row. */
+/** Makes rows from the values of a window. A percentage relative to 0 gets no row. */
 class WindowRows
 {
 public:
@@ -19,9 +19,11 @@ public:
      */
     WindowRows(const Selection& selection, std::bitset<kChannelCount> channels, double maxHertz);
 
-    /** @param hertz of the fundamental */
-    void write(const WindowValues& values, Interval interval, qint64 utcNs, double hertz,
-               MeasurementOutput& output);
+    /**
+     * @param hertz of the fundamental
+     * @return valid until the next call
+     */
+    const std::vector<Measurement>& rowsOf(const WindowValues& values, qint64 utcNs, double hertz);
 
 private:
     void writeChannel(const ChannelSquares& squares, Channel channel, double voltage);
@@ -29,6 +31,7 @@ private:
     void writeSequences(const SequenceSquares& squares, Channel system);
     void writePower(const WindowValues& values);
     void writePower(const PhasePower& power, Channel channel);
+    bool isInBand(double order) const { return order * mHertz < mMaxHertz; }
     void put(QuantityId id, Channel channel, double value, int order = 0);
 
     bool mHasRms;
@@ -41,7 +44,7 @@ private:
     double mMaxHertz;
     Measurement mRow; ///< the next one, as far as all of a window have it
     double mHertz = 0.0;
-    MeasurementOutput* mOutput = nullptr;
+    std::vector<Measurement> mRows;
 };
 
 } // namespace measure

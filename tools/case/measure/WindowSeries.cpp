@@ -22,7 +22,7 @@ qint64 markFrom(qint64 utcNs)
 } // namespace
 
 WindowSeries::WindowSeries(WindowMeter meter, WindowRows rows, qint64 beginUtcNs)
-    : mMeter(std::move(meter)), mRows(rows), mBeginUtcNs(beginUtcNs)
+    : mMeter(std::move(meter)), mRows(std::move(rows)), mBeginUtcNs(beginUtcNs)
 {
 }
 
@@ -70,8 +70,7 @@ void WindowSeries::take(const SampleHistory& samples, MeasurementOutput& output)
         measureChain(chain, samples, output);
     }
     mChains.remove_if([](const Chain& chain) {
-        return chain.mEnd > 0 && chain.mNext >= chain.mEnd && !chain.mHasTenMinutes &&
-               chain.mThreeSeconds.mCount == 0;
+        return chain.isOver() && !chain.mHasTenMinutes && chain.mInThreeSeconds == 0;
     });
 }
 
@@ -84,41 +83,38 @@ void WindowSeries::endAtMark(size_t sample)
 void WindowSeries::measureChain(Chain& chain, const SampleHistory& samples,
                                 MeasurementOutput& output)
 {
-    const auto isOver = [&] { return chain.mEnd > 0 && chain.mNext >= chain.mEnd; };
     while (chain.mNext + mMeter.length() <= samples.end() &&
-           !(isOver() && chain.mThreeSeconds.mCount == 0)) {
-        const WindowValues values = mMeter.measure(samples, chain.mNext);
-        const size_t end = chain.mNext + mMeter.length();
-        const double endSeconds = samples.secondsAt(static_cast<double>(end));
-        mHertz = static_cast<double>(mMeter.length()) / kSamplesPerPeriod /
-                 (endSeconds - samples.secondsOf(chain.mNext));
-        if (!isOver()) {
-            mRows.write(values, Interval::Basic, utcOf(endSeconds), mHertz, output);
-            chain.mTenMinutes.mSum.add(values);
-            ++chain.mTenMinutes.mCount;
-        }
-        chain.mThreeSeconds.mSum.add(values);
-        ++chain.mThreeSeconds.mCount;
-        if (chain.mThreeSeconds.mCount == kWindowsOfThreeSeconds) {
-            write(chain.mThreeSeconds, Interval::ThreeSeconds, utcOf(endSeconds), output);
-        }
-        chain.mNext = end;
+           (!chain.isOver() || chain.mInThreeSeconds > 0)) {
+        measureWindow(chain, samples, output);
     }
-    if (isOver() && chain.mHasTenMinutes) {
+    if (chain.isOver() && chain.mHasTenMinutes) {
         chain.mHasTenMinutes = false;
         if (chain.mBeganAtMark) {
-            write(chain.mTenMinutes, Interval::TenMinutes, chain.mEndUtcNs, output);
+            chain.mTenMinutes.end(Interval::TenMinutes, chain.mEndUtcNs, output);
         }
     }
 }
 
-void WindowSeries::write(Mean& mean, Interval interval, qint64 utcNs, MeasurementOutput& output)
+void WindowSeries::measureWindow(Chain& chain, const SampleHistory& samples,
+                                 MeasurementOutput& output)
 {
-    if (mean.mCount > 0) {
-        mean.mSum.divideBy(static_cast<double>(mean.mCount));
-        mRows.write(mean.mSum, interval, utcNs, mHertz, output);
+    const WindowValues values = mMeter.measure(samples, chain.mNext);
+    const size_t end = chain.mNext + mMeter.length();
+    const double endSeconds = samples.secondsAt(static_cast<double>(end));
+    const double hertz = static_cast<double>(mMeter.length()) / kSamplesPerPeriod /
+                         (endSeconds - samples.secondsOf(chain.mNext));
+    for (const Measurement& row : mRows.rowsOf(values, utcOf(endSeconds), hertz)) {
+        chain.mThreeSeconds.add(row);
+        if (!chain.isOver()) {
+            chain.mTenMinutes.add(row);
+            output.add(row);
+        }
     }
-    mean = {};
+    chain.mNext = end;
+    if (++chain.mInThreeSeconds == kWindowsOfThreeSeconds) {
+        chain.mThreeSeconds.end(Interval::ThreeSeconds, utcOf(endSeconds), output);
+        chain.mInThreeSeconds = 0;
+    }
 }
 
 /** The 10 minutes that end with the signal are complete. */

@@ -2,6 +2,7 @@
 
 #include <list>
 
+#include "measure/WindowMeans.h"
 #include "measure/WindowMeter.h"
 #include "measure/WindowRows.h"
 
@@ -30,28 +31,25 @@ public:
     size_t needed() const;
 
 private:
-    struct Mean
-    {
-        WindowValues mSum;
-        size_t mCount = 0;
-    };
-
     /** Windows that follow one another. */
     struct Chain
     {
+        bool isOver() const { return mEnd > 0 && mNext >= mEnd; }
+
         size_t mNext = 0;           ///< begin of the next window
         size_t mEnd = 0;            ///< sample at which the next chain begins; 0: not known yet
         bool mBeganAtMark = false;  ///< at a full 10 minutes, so these can become complete
         qint64 mEndUtcNs = 0;       ///< the full 10 minutes at which the next chain begins
         bool mHasTenMinutes = true; ///< not given out yet
-        Mean mThreeSeconds;
-        Mean mTenMinutes;
+        size_t mInThreeSeconds = 0; ///< windows of them, up to now
+        WindowMeans mThreeSeconds;
+        WindowMeans mTenMinutes;
     };
 
     void begin(size_t first, double seconds);
     void endAtMark(size_t sample);
     void measureChain(Chain& chain, const SampleHistory& samples, MeasurementOutput& output);
-    void write(Mean& mean, Interval interval, qint64 utcNs, MeasurementOutput& output);
+    void measureWindow(Chain& chain, const SampleHistory& samples, MeasurementOutput& output);
     qint64 utcOf(double seconds) const;
 
     WindowMeter mMeter;
@@ -60,7 +58,6 @@ private:
     qint64 mNextMarkNs = 0;   ///< the next full 10 minutes
     std::list<Chain> mChains; ///< the last one goes on; at most one before it ends
     size_t mSearched = 0;     ///< up to that sample no mark is left
-    double mHertz = 0.0;      ///< of the last window
     bool mHasBegun = false;
 };
 

@@ -11,7 +11,7 @@ namespace measure {
 inline constexpr size_t kLastOrder = 50;
 inline constexpr size_t kPhases = 3;
 
-/** Squares of the rms values of one channel, so that they can be averaged. */
+/** Squares of the rms values of one channel. */
 struct ChannelSquares
 {
     double mRms = 0.0;
@@ -34,15 +34,12 @@ struct PhasePower
     double mApparent = 0.0;
 };
 
-/** The values of a window of 10/12 periods, or the mean of several windows. */
+/** The values of a window of 10/12 periods. */
 struct WindowValues
 {
     std::array<ChannelSquares, kChannelCount> mChannels;
     std::array<SequenceSquares, 2> mSequences; ///< of the voltages and of the currents
     std::array<PhasePower, kPhases> mPower;
-
-    void add(const WindowValues& other);
-    void divideBy(double count);
 };
 
 } // namespace measure
