@@ -65,7 +65,7 @@ double playedHz(double hz)
 }
 /** Measures seconds of content on lines of lineHz, played by the rule of the device. */
 MeasuredRows measured(const Content& content, double lineHz, double seconds,
-                      std::vector<std::string> groups, qint64 beginUtcNs = 0)
+                      std::vector<std::string> groups, qint64 beginUtcNs = 0, double maxHertz = 1e9)
 {
     const double step = sampleStepOf(static_cast<float>(lineHz)) * base::kSecondsPerNanosecond;
     std::vector<double> times;
@@ -74,6 +74,7 @@ MeasuredRows measured(const Content& content, double lineHz, double seconds,
     }
     measure::MeterSettings settings;
     settings.mBeginUtcNs = beginUtcNs;
+    settings.mMaxHertz = maxHertz;
     settings.mNominalHz = lineHz > 55.0 ? 60.0 : 50.0;
     measure::PeriodMeters meters(measure::Selection(std::move(groups)), settings);
     if (content.mHz != playedHz(lineHz)) {
@@ -215,6 +216,24 @@ TEST(MeasureTest, AggregatesFromFullTenMinutesOfUtc)
     ASSERT_EQ(tenSeconds.size(), 60U);
     EXPECT_EQ(tenSeconds[0].mUtcNs, kMarkNs + 10'000'000'000);
     EXPECT_NEAR(tenSeconds[0].mValue, playedHz(50.0), 1e-6);
+}
+
+/** Whether the 49th harmonic is in the band or not: thd has what the rows of harmonics have. */
+TEST(MeasureTest, ThdIsOfTheHarmonicsThatHaveRows)
+{
+    for (const double lastOrder : {49.15, 49.05}) {
+        const MeasuredRows found = measured({playedHz(50.0)}, 50.0, 0.3, {"thd", "harmonics"}, 0,
+                                            lastOrder * playedHz(50.0));
+        double squares = 0.0;
+        for (int order = 2; order <= 50; ++order) {
+            for (const auto& row : found.of(QuantityId::Harmonic, Channel::UA, order)) {
+                squares += row.mValue * row.mValue;
+            }
+        }
+        const double highest = lastOrder > 49.1 ? kHighest : 0.0;
+        EXPECT_NEAR(std::sqrt(squares), 100.0 * std::hypot(kFifth, highest), 1e-4);
+        EXPECT_NEAR(found.of(QuantityId::Thd, Channel::UA).at(0).mValue, std::sqrt(squares), 1e-9);
+    }
 }
 
 /** 3 of 15 windows are in a fault: the roots of the mean squares of their own values. */

@@ -11,6 +11,10 @@ constexpr double kPercent = 100.0;
 /** Fundamentals below this part of the largest of their system are noise. Squares. */
 constexpr double kNothing = 1e-10;
 
+/** How far the last line of a subgroup is above its order; the larger one of 10 and 12 periods. */
+constexpr double kHarmonicReach = 0.1;
+constexpr double kInterharmonicReach = 10.0 / 12.0;
+
 double percentOf(double square, double whole)
 {
     return kPercent * std::sqrt(square / whole);
@@ -84,7 +88,8 @@ void WindowRows::writeChannel(const ChannelSquares& squares, Channel channel, do
     }
     if (mHasThd) {
         double sum = 0.0;
-        for (size_t order = 2; order <= kLastOrder && mHertz * double(order) < mMaxHertz; ++order) {
+        for (size_t order = 2; order <= kLastOrder && isInBand(QuantityId::Harmonic, order);
+             ++order) {
             sum += squares.mHarmonics[order];
         }
         put(QuantityId::Thd, channel, percentOf(sum, fundamental));
@@ -98,13 +103,19 @@ void WindowRows::writeChannel(const ChannelSquares& squares, Channel channel, do
     }
 }
 
-/** Those below the largest frequency of the signal. */
+/** Whether the subgroup is within the bandwidth of the signal, with its last line. */
+bool WindowRows::isInBand(QuantityId id, size_t order) const
+{
+    const double aboveOrder = id == QuantityId::Harmonic ? kHarmonicReach : kInterharmonicReach;
+    return (static_cast<double>(order) + aboveOrder) * mHertz < mMaxHertz;
+}
+
 void WindowRows::writeOrders(QuantityId id, const double* squares, double fundamental,
                              Channel channel)
 {
     const Quantity& quantity = quantityOf(id);
     for (int order = quantity.mFirstOrder; order <= quantity.mLastOrder; ++order) {
-        if ((order + 1) * mHertz < mMaxHertz) {
+        if (isInBand(id, static_cast<size_t>(order))) {
             put(id, channel, percentOf(squares[order], fundamental), order);
         }
     }

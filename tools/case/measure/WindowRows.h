@@ -31,7 +31,7 @@ private:
     void writeSequences(const SequenceSquares& squares, Channel system);
     void writePower(const WindowValues& values);
     void writePower(const PhasePower& power, Channel channel);
-    bool isInBand(double order) const { return order * mHertz < mMaxHertz; }
+    bool isInBand(QuantityId id, size_t order) const;
     void put(QuantityId id, Channel channel, double value, int order = 0);
 
     bool mHasRms;
