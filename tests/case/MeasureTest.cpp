@@ -379,6 +379,21 @@ TEST_F(MeasureCommandTest, ClosedFormWinsWhereItHolds)
         << other.mErrors;
 }
 
+/** In an interruption there are 3 counts, whose percentages are those of their rounding. */
+TEST_F(MeasureCommandTest, NothingHasNoPercentages)
+{
+    ASSERT_EQ(run("generate --disturbance 0.2:0.8:0.00001:0:0,1,2,4,5,6 -o s.csv").mExitCode, 0);
+    const CommandResult result =
+        run("measure s.csv --begin 2026-01-01T00:00:00Z --quantities rms,thd,unbalance");
+    for (const char* const quantity : {"rms,UA", "sequence-zero,I"}) {
+        EXPECT_NE(result.mOutput.find(std::string("00.599994000Z,") + quantity), std::string::npos);
+    }
+    for (const char* const quantity : {"thd,UA", "thd,IA", "u2,U", "i0,I"}) {
+        EXPECT_NE(result.mOutput.find(std::string("00.199998000Z,") + quantity), std::string::npos);
+        EXPECT_EQ(result.mOutput.find(std::string("00.599994000Z,") + quantity), std::string::npos);
+    }
+}
+
 TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
 {
     ASSERT_EQ(run("generate --duration 0.1 --truth t.json -o s.csv").mExitCode, 0);

@@ -30,7 +30,7 @@ PeriodMeters::PeriodMeters(const Selection& selection, const MeterSettings& sett
     if (doSpectrum || selection.has(QuantityId::Rms)) {
         mWindows.emplace(
             WindowMeter(periodsOfWindow(settings.mNominalHz), settings.mChannels, doSpectrum),
-            WindowRows(selection, settings.mChannels, settings.mMaxHertz), settings.mBeginUtcNs);
+            WindowRows(selection, settings), settings.mBeginUtcNs);
     }
 }
 

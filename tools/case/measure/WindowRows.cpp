@@ -8,7 +8,8 @@ namespace measure {
 namespace {
 constexpr double kPercent = 100.0;
 
-/** Fundamentals below this part of the largest of their system are noise. Squares. */
+/** A fundamental below this part of the nominal value or of the largest channel is noise. Squares.
+ */
 constexpr double kNothing = 1e-10;
 
 /** How far the last line of a subgroup is above its order; the larger one of 10 and 12 periods. */
@@ -26,16 +27,17 @@ bool hasAllPhases(const std::bitset<kChannelCount>& channels, size_t first)
 }
 } // namespace
 
-WindowRows::WindowRows(const Selection& selection, std::bitset<kChannelCount> channels,
-                       double maxHertz)
+WindowRows::WindowRows(const Selection& selection, const MeterSettings& settings)
     : mHasRms(selection.has(QuantityId::Rms)),
       mHasThd(selection.has(QuantityId::Thd)),
       mHasHarmonics(selection.has(QuantityId::Harmonic)),
       mHasInterharmonics(selection.has(QuantityId::Interharmonic)),
       mHasUnbalance(selection.has(QuantityId::PositiveSequence)),
       mHasPower(selection.has(QuantityId::ActivePower)),
-      mChannels(channels),
-      mMaxHertz(maxHertz)
+      mChannels(settings.mChannels),
+      mNominalSquares{settings.mNominalVolts * settings.mNominalVolts,
+                      settings.mNominalAmperes * settings.mNominalAmperes},
+      mMaxHertz(settings.mMaxHertz)
 {
 }
 
@@ -54,7 +56,7 @@ const std::vector<Measurement>& WindowRows::rowsOf(const WindowValues& values, q
     mRows.clear();
     mRow.mUtcNs = utcNs;
     mHertz = hertz;
-    std::array<double, 2> largest{};
+    std::array<double, 2> largest = mNominalSquares;
     for (size_t channel = 0; channel < kChannelCount; ++channel) {
         double& ofSystem = largest[channel / (kChannelCount / 2)];
         ofSystem = std::max(ofSystem, values.mChannels[channel].mHarmonics[1]);
@@ -66,10 +68,10 @@ const std::vector<Measurement>& WindowRows::rowsOf(const WindowValues& values, q
         }
     }
     if (mHasUnbalance && hasAllPhases(mChannels, 0)) {
-        writeSequences(values.mSequences[0], Channel::U);
+        writeSequences(values, 0);
     }
     if (mHasUnbalance && hasAllPhases(mChannels, kChannelCount / 2)) {
-        writeSequences(values.mSequences[1], Channel::I);
+        writeSequences(values, 1);
     }
     if (mHasPower) {
         writePower(values);
@@ -121,10 +123,14 @@ void WindowRows::writeOrders(QuantityId id, const double* squares, double fundam
     }
 }
 
-void WindowRows::writeSequences(const SequenceSquares& squares, Channel system)
+/** @param number 0: of the voltages, 1: of the currents */
+void WindowRows::writeSequences(const WindowValues& values, size_t number)
 {
-    const bool isVoltage = system == Channel::U;
-    if (squares.mPositive > kNothing * std::max(squares.mNegative, squares.mZero)) {
+    const SequenceSquares& squares = values.mSequences[number];
+    const bool isVoltage = number == 0;
+    const Channel system = isVoltage ? Channel::U : Channel::I;
+    const double largest = std::max({squares.mNegative, squares.mZero, mNominalSquares[number]});
+    if (squares.mPositive > kNothing * largest) {
         put(isVoltage ? QuantityId::NegativeVoltageUnbalance : QuantityId::NegativeCurrentUnbalance,
             system, percentOf(squares.mNegative, squares.mPositive));
         put(isVoltage ? QuantityId::ZeroVoltageUnbalance : QuantityId::ZeroCurrentUnbalance, system,

@@ -1,23 +1,23 @@
 #pragma once
 
+#include <array>
 #include <bitset>
 #include <vector>
 
-#include "measure/Measurement.h"
+#include "measure/Meter.h"
 #include "measure/Selection.h"
 #include "measure/WindowValues.h"
 
 namespace measure {
 
-/** Makes rows from the values of a window. A percentage relative to 0 gets no row. */
+/**
+ * Makes rows from the values of a window. A percentage gets no row if what it refers to is nothing:
+ * below 0.001 % of the nominal value or of the largest channel.
+ */
 class WindowRows
 {
 public:
-    /**
-     * @param channels that are measured
-     * @param maxHertz bandwidth of the signal
-     */
-    WindowRows(const Selection& selection, std::bitset<kChannelCount> channels, double maxHertz);
+    WindowRows(const Selection& selection, const MeterSettings& settings);
 
     /**
      * @param hertz of the fundamental
@@ -28,7 +28,7 @@ public:
 private:
     void writeChannel(const ChannelSquares& squares, Channel channel, double voltage);
     void writeOrders(QuantityId id, const double* squares, double fundamental, Channel channel);
-    void writeSequences(const SequenceSquares& squares, Channel system);
+    void writeSequences(const WindowValues& values, size_t number);
     void writePower(const WindowValues& values);
     void writePower(const PhasePower& power, Channel channel);
     bool isInBand(QuantityId id, size_t order) const;
@@ -41,6 +41,7 @@ private:
     bool mHasUnbalance;
     bool mHasPower;
     std::bitset<kChannelCount> mChannels;
+    std::array<double, 2> mNominalSquares; ///< of voltage and current
     double mMaxHertz;
     Measurement mRow; ///< the next one, as far as all of a window have it
     double mHertz = 0.0;
