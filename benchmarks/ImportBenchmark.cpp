@@ -9,8 +9,8 @@
 #include "waveform/Measures.h"
 
 /**
- * What an import costs, from the recording to the value file on disk: eight channels at 4,800
- * samples/s, BINARY. And what it costs to look at all of a recording, as `vx-case info` does.
+ * Cost of an import, from the recording to the value file on disk: eight channels at 4,800
+ * samples/s, BINARY; and cost of reading a whole recording, as `vx-case info` does.
  */
 namespace {
 constexpr int kRate = 4800;
@@ -124,10 +124,10 @@ void infoOfAscii(benchmark::State& state)
     lookAt(state, "ASCII", asciiDataOf(samples), samples);
 }
 
-/** The argument is the seconds that are recorded. */
+/** The argument is the length of the recording in s. */
 BENCHMARK(importRecording)->Arg(60)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
 
-/** The argument is the samples that are recorded; both are about 100 MB. */
+/** The argument is the number of samples; both recordings are about 100 MB. */
 BENCHMARK(infoOfBinary)->Arg(4'166'667)->Unit(benchmark::kMillisecond);
 BENCHMARK(infoOfAscii)->Arg(1'500'000)->Unit(benchmark::kMillisecond);
 } // namespace

@@ -1,4 +1,4 @@
-/** Loading: the program against the plain way, over file sizes; time and memory a line. */
+/** Loading: the program compared to a plain reader, over file sizes; time and memory per line. */
 #include <benchmark/benchmark.h>
 #include <log4cxx/logger.h>
 #include <malloc.h>
@@ -30,7 +30,7 @@ BenchFiles& files()
     return sFiles;
 }
 
-/** A line as anybody would read it; the values go the way that the program's would. */
+/** A line read in the plain way; the values are stored as the program stores them. */
 bool appendPlainly(const QByteArray& line, QList<InputValueItem>* items)
 {
     const QStringList fields = QString::fromUtf8(line).split(QLatin1Char(';'));
@@ -74,7 +74,7 @@ InputValues load(const QString& path)
     return values;
 }
 
-/** The least that loading could do: read the bytes and find the line ends. */
+/** The minimum that loading can do: read the bytes and find the line ends. */
 size_t countLines(const QString& path)
 {
     QFile file(path);
@@ -103,7 +103,7 @@ quint64 touchBytes(const QString& path)
     return sum;
 }
 
-/** What one run took, in a process of its own. */
+/** Cost of one run, in a process of its own. */
 struct Cost
 {
     double mSeconds;   ///< CPU time
@@ -132,7 +132,7 @@ double cpuSeconds()
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-/** Runs the operation once; what it returns is kept until the cost is taken. */
+/** Runs the operation once; its result is kept until the cost has been measured. */
 template <typename Operation>
 Cost costOf(const QString& path, Operation operation)
 {
@@ -149,8 +149,8 @@ Cost costOf(const QString& path, Operation operation)
 }
 
 /**
- * As at a start of the program: memory that nobody has touched, and no freeing.
- * @param filesBefore what the process has done so often before, and keeps
+ * As at the start of the program: untouched memory, and nothing is freed.
+ * @param filesBefore number of files that the process has loaded before, and keeps
  */
 template <typename Operation>
 Cost costInNewProcess(const QString& path, Operation operation, int filesBefore)
@@ -220,7 +220,7 @@ explain::PlayedFile loadToExplain(const QString& path)
     return file;
 }
 
-/** As vx-case explain holds the file. */
+/** The file in the form in which vx-case explain holds it. */
 void explainFile(benchmark::State& state)
 {
     measure(state, loadToExplain);

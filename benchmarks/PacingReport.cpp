@@ -1,8 +1,7 @@
 /**
- * Pacing beside a loop of relative sleeps for the same blocks: over a long virtual time with sleeps
- * that come late, as a kernel's do, and then over the given number of seconds for real.
- *
- * Usage: vx-bench-pacing [SECONDS]     (of real time; none without)
+ * Pacing compared with a loop of relative sleeps for the same blocks: over a long virtual time with
+ * sleeps that end late, as a kernel's do, and then over the given number of real seconds.
+ * Usage: vx-bench-pacing [SECONDS] (of real time; none by default)
  */
 #include <log4cxx/logger.h>
 
@@ -37,7 +36,7 @@ class LateSleeps
 public:
     explicit LateSleeps(VirtualSystem* system) : mSystem(system) {}
 
-    /** For the sleeps of the next burst. */
+    /** Starts the sleeps of the next burst. */
     void renew() { mSystem->mOversleep = mLateness(mRandom); }
 
 private:
@@ -55,7 +54,7 @@ InputValues oneBurst()
     return values;
 }
 
-/** The sleeps that the writer asks for are its leads before them, in ns. */
+/** The sleeps that the writer requests, in ns: each is the writer's lead before it. */
 std::vector<qint64> leadsOfWriter()
 {
     VirtualSystem system;
@@ -74,7 +73,7 @@ std::vector<qint64> leadsOfWriter()
     return system.mSleeps;
 }
 
-/** How far the loop of relative sleeps is behind at its end, in ns. */
+/** How late the loop of relative sleeps is at its end, in ns. */
 qint64 lagOfRelativeSleeps()
 {
     VirtualSystem system;
@@ -87,7 +86,7 @@ qint64 lagOfRelativeSleeps()
     return toNanoseconds(system.mMonotonic) - start - kBursts * kBurstNanoseconds;
 }
 
-/** Slope of a line through the values, a step apart, in units a step. */
+/** Slope of a line through equally spaced values, in units per step. */
 double trend(const std::vector<qint64>& values)
 {
     const double middle = (static_cast<double>(values.size()) - 1) / 2;
@@ -106,7 +105,7 @@ qint64 now()
     return toNanoseconds(TimeUtils::monotonicTime());
 }
 
-/** Sleeps one burst after the other until the time is over; how far behind it then is, in ns. */
+/** Sleeps burst after burst until the time is over. Returns how late it then is, in ns. */
 qint64 driftOfRelativeSleeps(qint64 bursts)
 {
     const qint64 start = now();
@@ -116,7 +115,7 @@ qint64 driftOfRelativeSleeps(qint64 bursts)
     return now() - start - bursts * kBurstNanoseconds;
 }
 
-/** By how much the stream falls behind from its first sleep to its last, in ns. */
+/** How far the stream falls behind from its first sleep to its last, in ns. */
 qint64 driftOfWriter(qint64 bursts)
 {
     InputValues values = oneBurst();
@@ -129,7 +128,7 @@ qint64 driftOfWriter(qint64 bursts)
     for (qint64 burst = 0; burst <= bursts; ++burst) {
         values.resetIterator();
         qint32 result = writer.writeSamples(values);
-        // The first block of a burst is the one that is paced.
+        // The first block of a burst is paced.
         last = now() - burst * kBurstNanoseconds;
         first = burst == 0 ? last : first;
         while (result == 0) {

@@ -1,4 +1,4 @@
-/** Playing: samples a second when the writer never sleeps, and its share of a core at 50 Hz. */
+/** Playing: samples per second when the writer never sleeps, and the CPU share at 50 Hz. */
 #include <benchmark/benchmark.h>
 #include <log4cxx/logger.h>
 #include <sys/resource.h>
@@ -42,7 +42,7 @@ double cpuSeconds()
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-/** Virtual time makes every sleep free, so all of this is what playing itself costs. */
+/** In virtual time sleeps cost nothing, so this measures playing alone. */
 void playIntoNull(benchmark::State& state)
 {
     VirtualSystem system;

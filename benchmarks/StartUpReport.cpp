@@ -1,6 +1,6 @@
 /**
- * Start-up: from exec to the first block in the driver, with a case configuration of three
- * one-second files, and what the parts of it take.
+ * Start-up: time from exec to the first block in the driver, with a case configuration of three
+ * one-second files, and the time of each part.
  */
 #include <fcntl.h>
 #include <poll.h>

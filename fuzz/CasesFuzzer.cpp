@@ -1,4 +1,4 @@
-/** Case configurations: parsing ends, errors are counted, and what is accepted can be walked. */
+/** Case configurations: parsing ends, errors are counted, and accepted entries can be walked. */
 #include <cstddef>
 #include <cstdint>
 
@@ -7,7 +7,7 @@
 #include "MemoryFile.h"
 
 namespace {
-/** Entries of the numbers from 0 on, up to the first number without any. */
+/** Number of entries from configuration 0 up to the first configuration without any. */
 int walk(Configuration& configuration)
 {
     int entries = 0;
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const int errorsBefore = TrackObject::sErrorCounter;
     require(configuration.openFile(file.path()), "the file opens");
     const bool ok = configuration.parseCompleteFile();
-    // A rejected line is reported by its handler and by the parser.
+    // A rejected line is reported twice: by its handler and by the parser.
     require(TrackObject::sErrorCounter - errorsBefore == (ok ? 0 : 2), "errors are counted");
     const int entries = walk(configuration);
     require(walk(configuration) == entries, "walking changes nothing");

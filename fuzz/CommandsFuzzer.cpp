@@ -1,6 +1,6 @@
 /**
  * Operator commands: whatever arrives in the control FIFO, in one piece or in two, every call
- * ends, and each whole line does what a few lines of independent code say it should.
+ * returns, and each complete line has the effect that a short independent model predicts.
  */
 #include <fcntl.h>
 #include <unistd.h>
@@ -18,7 +18,7 @@ namespace {
 constexpr int kConfigurations = 3;
 constexpr size_t kMaxBytes = 4096;
 
-/** What is current after a command and one selection; -1 when the line is rejected. */
+/** The current configuration after a command and one selection; -1 if the line is rejected. */
 int expectedOf(const QByteArray& line)
 {
     const QString text = QString::fromUtf8(line);
@@ -27,7 +27,7 @@ int expectedOf(const QByteArray& line)
     return ok && number < kConfigurations ? static_cast<int>(number) : -1;
 }
 
-/** The repetitions of a configuration's one entry tell which one is current. */
+/** Each configuration has one entry, whose repetitions identify it. */
 int currentOf(Configuration& configuration)
 {
     configuration.selectNextConfiguration();
@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         require(write(fifo, news.constData(), static_cast<size_t>(news.size())) == news.size(),
                 "the FIFO takes the bytes");
         QList<QByteArray> lines = arrived.split('\n');
-        lines.removeLast(); // what has no line end yet
+        lines.removeLast(); // an incomplete line
         taken = takeAll(configuration, lines, taken);
     }
     close(fifo);

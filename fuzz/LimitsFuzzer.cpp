@@ -1,4 +1,4 @@
-/** Tables of limits: what is accepted can be listed, and holds nothing against exact values. */
+/** Tables of limits: an accepted table can be listed, and no limit rejects exact values. */
 #include "FuzzProcess.h"
 #include "assess/Assessment.h"
 #include "base/CaseError.h"

@@ -1,4 +1,4 @@
-/** Maps of measured values: what is accepted can be read by, and its times are ones. */
+/** Maps of measured values: an accepted map can be used to read, and its times are valid. */
 #include "FuzzProcess.h"
 #include "assess/MeasuredMap.h"
 #include "base/CaseError.h"

@@ -1,4 +1,4 @@
-/** Plans of a night: what is accepted can be named, counted and selected. */
+/** Plans of a night: the cases of an accepted plan can be named, counted and selected. */
 #include <set>
 
 #include "FuzzProcess.h"

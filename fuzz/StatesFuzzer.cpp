@@ -1,4 +1,4 @@
-/** Files of states: what is accepted has lines, and each of them fits its channel. */
+/** Files of states: an accepted file has lines, and each value fits its channel. */
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -9,7 +9,7 @@
 #include "states/StateSignal.h"
 
 namespace {
-constexpr qint64 kMaxLines = 2000; // of a file that may have millions
+constexpr qint64 kMaxLines = 2000; // a file may have millions
 
 void play(const states::StatePlan& plan, bool isAligned)
 {

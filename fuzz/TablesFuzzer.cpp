@@ -1,4 +1,4 @@
-/** Tables of values: what is accepted is in order, and is within all limits of itself. */
+/** Tables of values: an accepted table is sorted, and within all limits when compared to itself. */
 #include <algorithm>
 #include <cmath>
 
@@ -9,7 +9,7 @@
 #include "assess/TableReader.h"
 
 namespace {
-/** A table whose second column is one quantity; times are ns, or as ISO 8601 has them. */
+/** A table whose second column is one quantity; times are in ns or in ISO 8601. */
 assess::MeasuredMap wideMap(const char* format)
 {
     return assess::parseMeasuredMap(

@@ -1,4 +1,4 @@
-/** Text files with a heading, and whatever else a file may be found to be. */
+/** Text files with a heading, and all other kinds of file that are recognised by their content. */
 #include "MemoryFile.h"
 #include "RecordingFuzzer.h"
 #include "input/OpenInput.h"

@@ -1,4 +1,4 @@
-/** Value files: whatever the bytes are, the fast way and the general way make the same of them. */
+/** Value files: for any bytes the fast path and the general path give the same result. */
 #include <cstddef>
 #include <cstdint>
 

@@ -7,8 +7,8 @@
 
 namespace {
 /**
- * What one call reads at most: a line of the greatest length and as much again. A writer who
- * never stops must not hold the loop.
+ * Max bytes that one call reads: twice the longest line. A writer that never stops must not block
+ * the main loop.
  */
 constexpr int kMaxReads = 2 * CommandReader::kMaxLineBytes / static_cast<int>(FifoPeek::kMaxBytes);
 } // namespace
@@ -34,7 +34,7 @@ CommandReader::Result CommandReader::take(VxDevice& device, QByteArray* line)
     return Result::Nothing;
 }
 
-/** The bytes are of one line, and its end can only be the last of them. */
+/** Requires: a line end can only be the last of the bytes. */
 CommandReader::Result CommandReader::append(const char* bytes, int count)
 {
     const bool endsLine = bytes[count - 1] == '\n';

@@ -18,13 +18,16 @@ constexpr mode_t kControlFifoMode = 0700;
 constexpr qint64 kNanosecondsPerMillisecond = 1'000'000;
 constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
 
-/** In a wait, the time between two looks at what is always ready and never gives a command. */
+/** While waiting: ns between two reads of an input that is always ready and never has a command. */
 constexpr qint64 kLookInterval = 50 * kNanosecondsPerMillisecond;
 
-/** In a wait, so many looks that bring something follow each other at once: nobody must flood. */
+/**
+ * While waiting: reads in a row that may bring bytes before it pauses, so that a flood costs no
+ * CPU.
+ */
 constexpr int kMaxLooksAtOnce = 100;
 
-/** ns on the clock that nobody sets. */
+/** In ns. This clock never jumps. */
 qint64 monotonicNow()
 {
     const timespec now = TimeUtils::monotonicTime();
@@ -46,16 +49,17 @@ ConfigurationItem::ConfigurationItem(quint32 repetitions, const QString& fileNam
 Configuration::Configuration() : mOnceConfiguration(kNoConfiguration)
 {
     initTrack("Configuration");
-    // An existing FIFO is used as it is; any other failure shows when the FIFO is missing.
+    // An existing FIFO is used as it is. Any other failure shows below, where the FIFO is missing.
     mkfifo(kControlFifoPath, kControlFifoMode);
     mControlDevice.setFileName(QString::fromLatin1(kControlFifoPath));
-    // The static one follows links: through one to nowhere a file would be made.
+    // The static QFile::exists() follows links. Opening a dangling link would create a file.
     if (!QFile::exists(mControlDevice.fileName())) {
         logError(mLogger, LOG4CXX_LOCATION, [this] {
             return "File:" + local8Bit(mControlDevice.fileName()) + " doesnot exist";
         });
     } else if (mControlDevice.open(QIODevice::ReadWrite)) {
-        // Somebody else may read what the poll has seen; a blocking read would stop the stream.
+        // Another process may read the bytes that poll() reported. A blocking read would stop the
+        // stream.
         const int descriptor = mControlDevice.handle();
         ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
     }
@@ -149,7 +153,7 @@ bool Configuration::waitForUserInput(int msecs)
     return false;
 }
 
-/** Reports as its caller, whose location it gets. */
+/** Logs at the location of its caller. */
 bool Configuration::executeCommand(const QString& line, const log4cxx::spi::LocationInfo& location)
 {
     const ControlCommand command(line, configurationCount());

@@ -12,7 +12,7 @@
 namespace {
 const QChar kCommentMark = QLatin1Char('#');
 
-/** What a read in text mode makes of the bytes: no '\r' anywhere, UTF-8, ended by a NUL. */
+/** As a read in text mode converts the bytes: every '\r' removed, UTF-8, up to the first NUL. */
 QString toText(std::string_view bytes)
 {
     QByteArray line(bytes.data(), static_cast<int>(bytes.size()));
@@ -82,7 +82,7 @@ void CsvParser::setFastPath(const std::type_info& ofClass, TakePlainLine takePla
     mTakePlainLine = takePlainLine;
 }
 
-/** From the beginning of the file. */
+/** Requires: the file is at its beginning. */
 void CsvParser::startReading()
 {
     mReadFailure.clear();
@@ -123,7 +123,7 @@ bool CsvParser::parseNextLine()
     return handleLine();
 }
 
-/** Handles the line that is there. */
+/** Requires: there is a line. */
 bool CsvParser::handleLine()
 {
     ++mLineNumber;
@@ -134,7 +134,7 @@ bool CsvParser::handleLine()
     return data.isEmpty() || parseLine(data);
 }
 
-/** True when the line that is there is handled. */
+/** True if the fast path has handled the line. Requires: there is a line. */
 bool CsvParser::takeFastPath()
 {
     if (!mHasFastPath) {
@@ -186,8 +186,8 @@ std::string CsvParser::linePrefix(quint32 lineNumber) const
 }
 
 /**
- * True when the file is at its beginning. One that has none to go back to, such as a pipe, is not
- * read. Reports as its caller, whose location it gets, as does reportReadFailure().
+ * True when the file is at its beginning. A pipe or a device, which cannot seek, is not read. Logs
+ * at the location of its caller, as does reportReadFailure().
  */
 bool CsvParser::goToBeginning(const log4cxx::spi::LocationInfo& location)
 {
@@ -202,7 +202,7 @@ bool CsvParser::goToBeginning(const log4cxx::spi::LocationInfo& location)
     return true;
 }
 
-/** True when a read has failed; the line that could not be read is the one after the last. */
+/** True when a read has failed. The line that could not be read follows the last counted one. */
 bool CsvParser::reportReadFailure(const log4cxx::spi::LocationInfo& location)
 {
     const int error = mReader.takeError();

@@ -5,10 +5,10 @@
 #include <cerrno>
 
 namespace {
-/** How often in a row a write that was interrupted is tried again. */
+/** Max attempts in a row to repeat an interrupted write. */
 constexpr int kMaxInterruptions = 100;
 
-/** As ::write(), again and again while it is interrupted. */
+/** ::write(), repeated while it is interrupted. */
 ssize_t writeOnce(int descriptor, const char* data, size_t size)
 {
     ssize_t count = -1;

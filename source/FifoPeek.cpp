@@ -8,7 +8,7 @@
 #include <string_view>
 
 namespace {
-/** Copies what waits in a FIFO; fails for everything else. */
+/** Copies the bytes in a FIFO without taking them; fails for everything else. */
 ssize_t copyOfFifo(int descriptor, const int* pipe, char* bytes, size_t size)
 {
     const ssize_t copied = ::tee(descriptor, pipe[1], size, SPLICE_F_NONBLOCK);
@@ -22,7 +22,7 @@ ssize_t copyOfFifo(int descriptor, const int* pipe, char* bytes, size_t size)
     return count;
 }
 
-/** Copies what a file holds from its read position on; fails for everything else. */
+/** Copies bytes of a file from its read position on; fails for everything else. */
 ssize_t copyOfFile(int descriptor, char* bytes, size_t size)
 {
     const off_t position = ::lseek(descriptor, 0, SEEK_CUR);

@@ -10,7 +10,7 @@ namespace {
 const QChar kSeparator = QLatin1Char(';');
 constexpr int kFieldCount = 13;
 
-/** The fields of a line as texts, converted by the general, reporting operations. */
+/** The fields of a line as texts, converted by the general operations, which log errors. */
 class TextFields
 {
 public:
@@ -33,7 +33,7 @@ private:
 
 static_assert(LineReader::kReadableAfterLines >= PlainFields::kReadableAfter);
 
-/** What stands in a line, field by field; false at the first field that does not convert. */
+/** Reads a line field by field; false at the first field that does not convert. */
 template <typename Fields>
 bool readItem(Fields* fields, InputValueItem* item)
 {
@@ -125,7 +125,7 @@ bool InputValues::parseFloat(QString text, float* value)
     return true;
 }
 
-/** Reports as its caller, whose location it gets. */
+/** Logs at the location of its caller. */
 void InputValues::reportField(const QString& text, const char* type,
                               const log4cxx::spi::LocationInfo& location) const
 {

@@ -5,16 +5,16 @@
 namespace {
 constexpr size_t kMinChunkItems = 16;
 
-/** Up to this many, a chunk doubles what is there. */
+/** Up to this number of items, each new chunk doubles the store. */
 constexpr size_t kFewItems = 256;
 
-/** With the allocator's own bytes just short of 256 KiB, a whole number of pages. */
+/** With the allocator's own bytes just below 256 KiB, which is a whole number of pages. */
 constexpr size_t kMaxChunkItems = 4095;
 
-/** Fills a huge page: the kernel then finds memory once for all of them. */
+/** Fills a huge page, so that the kernel provides memory once for all of its items. */
 constexpr size_t kHugeChunkItems = kHugePageBytes / sizeof(InputValueItem);
 
-/** What a long file may leave unused in its last chunk: at most this part of its items. */
+/** The last chunk of a long file leaves at most 1 / kUnusedPart of the items unused. */
 constexpr size_t kUnusedPart = 16;
 } // namespace
 

@@ -10,7 +10,7 @@
 namespace {
 constexpr int kBlockBytes = 256 * 1024;
 
-/** A line beyond it would not fit into a text. */
+/** A longer line does not fit into a QString. */
 constexpr size_t kMaxLineBytes = 512 * 1024 * 1024;
 } // namespace
 
@@ -28,7 +28,7 @@ void LineReader::stop()
     *this = LineReader();
 }
 
-/** Reads on until there is a whole line, or the rest of the file. */
+/** Reads until the buffer has a whole line, or the rest of the file. */
 bool LineReader::findLine()
 {
     while (mBegin >= mWholeEnd && fill()) {
@@ -49,7 +49,9 @@ int LineReader::takeError()
     return std::exchange(mError, 0);
 }
 
-/** Reads once, after the bytes not yet taken; false when nothing more will come. */
+/**
+ * Reads once, behind the bytes that were not taken yet; false at the end of the file or on failure.
+ */
 bool LineReader::fill()
 {
     if (mAtEnd) {

@@ -19,7 +19,7 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kSquareRootOfHalf = 0.7071067811865476;
 constexpr int kFirstAmplitude = 101;
 
-/** The frame as the device takes it, little-endian. What has no meaning here is zero. */
+/** The frame in the device's format, little-endian. Unused fields are 0. */
 struct PmeFrame
 {
     std::array<quint8, 8476> mHeader;
@@ -65,7 +65,7 @@ PmeSimulation::PmeSimulation()
 {
     initTrack("Configuration");
     mDevice.reset(new QFile(deviceName()));
-    if (!QFile::exists(deviceName())) { // the member would not follow a link to nowhere
+    if (!QFile::exists(deviceName())) { // the member function does not check the target of a link
         mDevice.reset();
         logInfo(mLogger, LOG4CXX_LOCATION, [this] {
             return "Pme-Device:" + local8Bit(deviceName()) + " not found, no Pme-Simulation";
@@ -95,7 +95,7 @@ bool PmeSimulation::markRecords(SampleRecord* records, qint32 count)
     return marked;
 }
 
-/** Takes one record through the states; true when it is the one to be marked. */
+/** Steps the state machine by one record; true if this record is to be marked. */
 bool PmeSimulation::isMarkPoint(const SampleRecord& record)
 {
     if (mMarkState == MarkState::WaitingForNewSecond) {

@@ -26,7 +26,7 @@ constexpr qint64 kShortestSleepMicroseconds = 2000;
 constexpr qint64 kLargestDriftSeconds = 60;
 constexpr time_t kMarkIntervalSeconds = 10;
 
-/** Periods are computed in single precision, as steps are. */
+/** Periods are computed in single precision, like steps. */
 constexpr float kPeriodUnitsPerSecondF = 1e8F;
 
 constexpr qint32 kR2hFirstChannels = 94578709;
@@ -42,7 +42,7 @@ bool isBefore(const timespec& a, const timespec& b)
     return a.tv_sec != b.tv_sec ? a.tv_sec < b.tv_sec : a.tv_nsec < b.tv_nsec;
 }
 
-/** How far `later` is after `earlier`, in whole µs rounded down; 0 when it is not. */
+/** Time from `earlier` to `later` in whole µs, rounded down; 0 if `later` is not later. */
 qint64 microsecondsBetween(const timespec& earlier, const timespec& later)
 {
     if (!isBefore(earlier, later)) {
@@ -57,7 +57,7 @@ qint64 microsecondsBetween(const timespec& earlier, const timespec& later)
     return seconds * kMicrosecondsPerSecond + nanoseconds / kNanosecondsPerMicrosecond;
 }
 
-/** On a 32-bit target one call cannot take more than about 71 minutes. */
+/** On a 32-bit target one call can sleep for about 71 minutes at most. */
 void sleepMicroseconds(qint64 microseconds)
 {
     constexpr quint64 kLongestCall = std::numeric_limits<unsigned long>::max();
@@ -121,7 +121,7 @@ bool PrussSimulation::init()
 
 bool PrussSimulation::openFile(QScopedPointer<QFile>& file, QIODevice::OpenMode mode)
 {
-    // Follows links, other than the member: through one to nowhere a file would be made.
+    // The static QFile::exists() follows links. Opening a dangling link would create a file.
     if (!QFile::exists(file->fileName())) {
         logFatal(mLogger, LOG4CXX_LOCATION, [&] {
             return "openFile : Das Device '" + local8Bit(file->fileName()) + "' existiert nicht.";
@@ -163,7 +163,7 @@ qint32 PrussSimulation::writeSamples(InputValues& values)
     return exhausted ? 1 : 0;
 }
 
-/** Reports as its caller, whose location it gets; as do the others that get one. */
+/** Logs at the location of its caller, as do all operations here that take a location. */
 bool PrussSimulation::isReady(const log4cxx::spi::LocationInfo& location) const
 {
     const char* problem = nullptr;
@@ -200,7 +200,7 @@ void PrussSimulation::adoptFrequency(InputValues& values, float frequency,
     mF2hRecord.period = periodOf(frequency);
 }
 
-/** Keeps the step and the period in force, or begins with those of 50 Hz. */
+/** Keeps the current step and period, or starts with those of 50 Hz. */
 void PrussSimulation::refuseFrequency(InputValues& values, float frequency,
                                       const log4cxx::spi::LocationInfo& location)
 {
@@ -281,7 +281,10 @@ bool PrussSimulation::writeBlock(qint64 samples, const log4cxx::spi::LocationInf
     return true;
 }
 
-/** Sleeps away the lead of the samples; gives up the simulated clock when it is far off. */
+/**
+ * Sleeps for the time by which the samples are ahead. Sets the simulated clock to the wall clock
+ * when they are more than kLargestDriftSeconds apart.
+ */
 void PrussSimulation::pace(const log4cxx::spi::LocationInfo& location)
 {
     timespec wallClock = mPacedTo;
@@ -298,7 +301,7 @@ void PrussSimulation::pace(const log4cxx::spi::LocationInfo& location)
     mPacedTo = mSimTime;
 }
 
-/** A failure leaves *wallClock as it is and is reported once, until a reading succeeds again. */
+/** A failure leaves *wallClock unchanged. Only the first failure in a row is logged. */
 bool PrussSimulation::readWallClock(timespec* wallClock, const log4cxx::spi::LocationInfo& location)
 {
     const bool isRead = clock_gettime(CLOCK_REALTIME, wallClock) == 0;

@@ -7,26 +7,26 @@
 #include "TrackLog.h"
 
 namespace {
-/** Between two passes through a configuration that has nothing to play. */
+/** Wait between two passes through a configuration that has nothing to play. */
 constexpr int kIdleWaitMilliseconds = 1000;
 
-/** Without a sample nothing paces the loop: after so many cases in a row it waits. */
+/** Cases without samples do not pace the loop: after this number in a row it waits. */
 constexpr int kMaxCasesWithoutSamples = 1000;
 
-/** Where other entries of the configuration have samples, which must not wait for long. */
+/** Used if other entries of the configuration have samples, which must not be delayed for long. */
 constexpr int kShortWaitMilliseconds = 10;
 
 /**
- * The waits between the attempts of a driver that refuses one block after the other: they keep
- * the log from flooding. The second attempt comes at once.
+ * Waits between attempts while the driver refuses one block after the other, so that the log is not
+ * flooded. The second attempt follows at once.
  */
 class RetryWait
 {
 public:
-    /** How long to wait after one more refusal, in ms. */
+    /** Wait after one more refusal, in ms. */
     int next() { return std::exchange(mNext, std::clamp(2 * mNext, kFirst, kMax)); }
 
-    /** The driver has taken a block. */
+    /** To be called when the driver has taken a block. */
     void reset() { mNext = 0; }
 
 private:
@@ -80,7 +80,7 @@ bool Simulator::loadDataFiles()
     return ok;
 }
 
-/** Reports as its caller, whose location it gets. */
+/** Logs at the location of its caller. */
 bool Simulator::loadDataFile(ConfigurationItem* item, const log4cxx::spi::LocationInfo& location)
 {
     const QString fileName = item->fileName();
@@ -119,7 +119,7 @@ void Simulator::startEndless()
     }
 }
 
-/** Selects again, since a command may have come; 0 ms is no wait at all. */
+/** Selects the configuration anew if a command came; 0 ms does not wait. */
 void Simulator::waitForCommand(int msecs)
 {
     if (msecs > 0 && mConfiguration.waitForUserInput(msecs)) {
@@ -128,8 +128,8 @@ void Simulator::waitForCommand(int msecs)
 }
 
 /**
- * Once for each change to a configuration that has nothing to play: such a one is in *reported.
- * Reports as its caller, whose location it gets.
+ * Logs once for each change to a configuration that has nothing to play; *reported holds the last
+ * one. Logs at the location of its caller.
  */
 void Simulator::reportNothingToPlay(std::optional<qint32>* reported,
                                     const log4cxx::spi::LocationInfo& location) const
@@ -182,7 +182,7 @@ void Simulator::simulateConfiguration()
     }
 }
 
-/** False when the rest of the configuration is to be dropped. */
+/** False when the rest of the configuration is to be skipped. */
 bool Simulator::playRepetitions(ConfigurationItem* item, int* casesWithoutSamples)
 {
     for (quint32 left = item->repetitions(); left > 0; --left) {
@@ -195,7 +195,7 @@ bool Simulator::playRepetitions(ConfigurationItem* item, int* casesWithoutSample
     return true;
 }
 
-/** Looks for a command; waits for it after many cases without samples, which then count anew. */
+/** Checks for a command. After kMaxCasesWithoutSamples it waits for one and restarts the count. */
 bool Simulator::takeCommand(int* casesWithoutSamples)
 {
     if (*casesWithoutSamples < kMaxCasesWithoutSamples) {

@@ -50,12 +50,12 @@ QString translated(const char* text)
 }
 
 /**
- * The first pipes and files would take the numbers of those that the caller has closed, and what
- * is written to standard error would go into them.
+ * If the caller has closed standard descriptors, the first pipes and files would get their numbers,
+ * and text for standard error would be written into them.
  */
 void openStandardDescriptors()
 {
-    int descriptor = 0; // each gets the lowest number that is free
+    int descriptor = 0; // each open() takes the lowest free number
     do {
         descriptor = ::open("/dev/null", O_RDWR);
     } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
@@ -65,8 +65,8 @@ void openStandardDescriptors()
 }
 
 /**
- * For the end of the process: Qt's parser ends it with 0 once it has written the help or the
- * version, whether or not that reached anyone.
+ * Called at the end of the process. Qt's parser ends it with status 0 after printing the help or
+ * the version, even if nobody received the text.
  */
 void failWithoutOutput()
 {
@@ -103,7 +103,7 @@ void declareCommandLine(QCommandLineParser* parser, const QList<QCommandLineOpti
     parser->addOptions(options);
 }
 
-/** Reports as its caller, whose location it gets. */
+/** Logs at the location of its caller. */
 void logStart(const log4cxx::LoggerPtr& logger, const log4cxx::spi::LocationInfo& location)
 {
     logInfo(logger, location, [] {
@@ -113,8 +113,8 @@ void logStart(const log4cxx::LoggerPtr& logger, const log4cxx::spi::LocationInfo
 }
 
 /**
- * Loads and plays; returns only when something could not be loaded or opened. Reports as its
- * caller, whose location it gets.
+ * Loads and plays; returns only if something could not be loaded or opened. Logs at the location of
+ * its caller.
  */
 void loadAndPlay(Simulator& simulator, const QString& caseConfig, const log4cxx::LoggerPtr& logger,
                  const log4cxx::spi::LocationInfo& location)
@@ -161,7 +161,7 @@ int main(int argc, char** argv)
         simulator.emplace();
         loadAndPlay(*simulator, caseConfig, logger, LOG4CXX_LOCATION);
     } catch (const std::bad_alloc&) {
-        simulator.reset(); // what it loaded gives room for the message
+        simulator.reset(); // frees the loaded data, so that there is memory for the message
         logFatal(logger, LOG4CXX_LOCATION, [] { return "out of memory."; });
     }
     logInfo(logger, LOG4CXX_LOCATION, [] { return "done."; });

@@ -32,7 +32,7 @@ bool isRegularFile(const std::string& path)
     return QFileInfo(QString::fromStdString(path)).isFile();
 }
 
-/** log4cxx says "configured" of any well-formed file, whatever its root element is. */
+/** log4cxx accepts any well-formed file, whatever its root element is, so this checks the root. */
 bool isTrackConfiguration(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
@@ -48,8 +48,8 @@ bool isTrackConfiguration(const std::string& path)
 }
 
 /**
- * False when log4cxx could not read the file. A release before 1.0 does not say so: what has set up
- * an appender was read, and of the rest a regular file can be looked at.
+ * False when log4cxx could not read the file. Releases before 1.0 do not report that: there, a file
+ * counts as read if it has set up an appender, or if it is a regular file.
  */
 template <typename Configurator>
 bool couldRead(const std::string& path)
@@ -63,7 +63,9 @@ bool couldRead(const std::string& path)
     }
 }
 
-/** What sets up an appender needs no second look, and a pipe does not allow one. */
+/**
+ * A file that has set up an appender needs no further check; a pipe cannot be read a second time.
+ */
 bool configure(const std::string& path)
 {
     return couldRead<log4cxx::xml::DOMConfigurator>(path) &&

@@ -29,7 +29,7 @@ QString errorText(int error)
         case ENOENT:
             return QStringLiteral("there is no such FIFO; is the simulator running?");
         case ENXIO:
-        case EPIPE: // the reader has gone since the FIFO was opened
+        case EPIPE: // the reader has closed the FIFO since it was opened
             return QStringLiteral("nobody reads it; is the simulator running?");
         case EAGAIN:
             return QStringLiteral("it is full: its reader takes no commands");

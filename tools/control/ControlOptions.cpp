@@ -29,7 +29,7 @@ Example:
   vx-control --wait 5 once sag-50hz
 )";
 
-/** Where the service's logging configuration puts the log. */
+/** The log file named in the service's logging configuration. */
 constexpr char kServiceLog[] = "/var/log/vx-simulator/vx-simulator.log";
 
 constexpr double kMaxWaitSeconds = 1e6;

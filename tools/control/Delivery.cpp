@@ -16,7 +16,7 @@ namespace {
 constexpr unsigned long kBetweenLooksMilliseconds = 50;
 constexpr double kMillisecondsPerSecond = 1000.0;
 
-/** More than one, because a command leaves the FIFO a moment before it is in the log. */
+/** More than one check, because a command leaves the FIFO a moment before it is in the log. */
 constexpr int kLooksAtEmptyFifo = 2;
 
 /** In nanoseconds since the epoch. */
@@ -59,7 +59,7 @@ int Delivery::run()
     return isToWait() ? std::max(status, awaitVerdict()) : status;
 }
 
-/** Opens all files but the FIFO. */
+/** Opens all files except the FIFO. */
 QString Delivery::openFiles()
 {
     if (isToWait()) {
@@ -75,7 +75,7 @@ QString Delivery::openFiles()
     return mEvents->open();
 }
 
-/** Writes the command when its turn has come. */
+/** Waits for its turn, then writes the command. */
 QString Delivery::deliver()
 {
     mSentNs = realtimeNs();
@@ -97,7 +97,7 @@ QString Delivery::deliver()
     return mFifo.write(mRequest.line());
 }
 
-/** Waits until nobody else waits for an answer and no earlier command is left in the FIFO. */
+/** Waits until no other process waits for an answer and the FIFO has no earlier command. */
 QString Delivery::awaitTurn()
 {
     for (int looks = 0;;) {
@@ -122,7 +122,7 @@ QString Delivery::record(const QString& problem)
     return mEvents ? mEvents->append(mSentNs, mRequest.line(), problem) : QString();
 }
 
-/** Waits until the log says what became of the request. */
+/** Waits until the log shows how the request ended. */
 int Delivery::awaitVerdict()
 {
     for (;;) {

@@ -18,7 +18,7 @@ namespace control {
 namespace {
 constexpr mode_t kNewFileMode = 0666;
 
-/** A JSON string with its quotes, which QJsonDocument can only write within an array. */
+/** A JSON string with its quotes. QJsonDocument can write one only within an array. */
 QByteArray quoted(const QString& text)
 {
     const QByteArray array =
@@ -53,7 +53,7 @@ EventFile::~EventFile()
 
 QString EventFile::open()
 {
-    // Without O_NONBLOCK the open of a FIFO would wait.
+    // Without O_NONBLOCK opening a FIFO would wait for a reader.
     constexpr int kFlags = O_RDWR | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
     mDescriptor = ::open(QFile::encodeName(mPath).constData(), kFlags, kNewFileMode);
     const QString problem = mDescriptor < 0 ? systemText(errno) : problemOf(mDescriptor);
@@ -62,7 +62,7 @@ QString EventFile::open()
 
 QString EventFile::append(qint64 realtimeNs, const QByteArray& command, const QString& problem)
 {
-    // Not by QJsonDocument: it stores numbers as double, which cannot hold the time exactly.
+    // Not with QJsonDocument: it stores numbers as double, which cannot hold the time exactly.
     const QByteArray line =
         "{\"t\":" + QByteArray::number(realtimeNs) + R"(,"file":"simulator_control","bytes":)" +
         QByteArray::number(command.size()) + R"(,"accepted":)" +

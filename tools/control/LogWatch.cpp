@@ -9,7 +9,7 @@
 namespace control {
 
 namespace {
-/** After a truncation, a writer that does not append leaves zeros before its next line. */
+/** After a truncation, a writer without O_APPEND leaves zeros before its next line. */
 QByteArray withoutHole(const QByteArray& line)
 {
     const auto isZero = [](char byte) { return byte == '\0'; };
@@ -52,7 +52,7 @@ bool LogWatch::openFromBeginning()
     return mFile.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
-/** True when the log's name now leads to another file than the open one. */
+/** True if the log's name now refers to another file than the open one (rotation). */
 bool LogWatch::wasReplaced() const
 {
     struct stat named
@@ -74,7 +74,7 @@ void LogWatch::readMore()
     if (mFile.pos() > mFile.size()) {
         mFile.seek(0);
     }
-    // Asked before reading, so that everything written before the rename is read.
+    // Checked before reading, so that everything written before the rename is read.
     const bool isLast = wasReplaced();
     mUnread += mFile.readAll();
     if (isLast && openFromBeginning()) {

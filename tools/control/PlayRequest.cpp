@@ -5,7 +5,7 @@
 namespace control {
 
 namespace {
-/** True when the text contains the words, and no digit follows them. */
+/** True if the text contains the words without a digit after them. */
 bool says(const QByteArray& text, const QByteArray& words)
 {
     const int begin = text.indexOf(words);

@@ -12,7 +12,7 @@
 #include "PlayRequest.h"
 
 namespace {
-/** The name of the case configuration; null, after a message, when there is none. */
+/** The path of the case configuration; a null text, after a message, if there is none. */
 QString caseConfigName(const control::ControlOptions& options)
 {
     if (!options.caseConfig().isEmpty()) {
@@ -25,7 +25,7 @@ QString caseConfigName(const control::ControlOptions& options)
     return name;
 }
 
-/** Says whether --events names a file that is something else. */
+/** The message, if --events names another file of this run; empty if it does not. */
 QString conflictOfFiles(const control::ControlOptions& options, const QString& caseConfig)
 {
     files::OutputCheck check;
@@ -36,7 +36,7 @@ QString conflictOfFiles(const control::ControlOptions& options, const QString& c
     return QFile::decodeName(check.conflict().c_str());
 }
 
-/** Reads what the simulator can play; false after a message. */
+/** Reads the case configuration; false, after a message, on failure. */
 bool readCases(const QString& name, configuration::CaseConfiguration* cases)
 {
     if (!cases->read(name, configuration::CaseConfiguration::Rejected::Stop)) {

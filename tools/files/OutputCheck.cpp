@@ -15,10 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/** As many links as the kernel follows for one name. */
+/** The number of links that the kernel follows for one name. */
 constexpr int kMaxLinks = 40;
 
-/** Equal for two names of one file, and only then. */
+/** Two names have equal identities only if they name the same file. */
 struct Identity
 {
     dev_t mDevice = 0;
@@ -40,7 +40,7 @@ std::optional<struct stat> statusOf(const fs::path& path)
     return stat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
 }
 
-/** What a link to a file that does not exist yet leads to, which is what writing would make. */
+/** The target of a link even if it does not exist yet: writing would create it. */
 fs::path behindLinks(fs::path path)
 {
     std::error_code error;
@@ -61,7 +61,7 @@ Identity identityOfMissing(const fs::path& path)
     return {0, 0, fs::weakly_canonical(fs::absolute(target, error), error)};
 }
 
-/** Nothing for what cannot be overwritten. */
+/** No value for a path that cannot be overwritten. */
 std::optional<Identity> identityOf(const fs::path& path)
 {
     const std::optional<struct stat> status = statusOf(path);

@@ -11,7 +11,7 @@ namespace sandbox {
 
 namespace {
 
-/** A failure is ignored: there is nowhere to report it. */
+/** Failures are ignored: there is nowhere to report them. */
 void print(const std::string& text)
 {
     std::fputs(text.c_str(), stderr);
@@ -27,7 +27,7 @@ void Console::message(const std::string& text)
     print(fmt::format("vx-sandbox: {}\n", text));
 }
 
-/** The cursor returns to the start, so that output of the program overwrites the line. */
+/** Returns the cursor to the start, so that output of the program overwrites the line. */
 void Console::status(const std::string& text)
 {
     print(fmt::format("\r\033[K{}\r", text));

@@ -88,7 +88,7 @@ void EventLog::addRunEnd(std::int64_t realtimeNs, const std::string& reason,
 
 void EventLog::addLine(const Json& event)
 {
-    // A command is what its user typed, not always UTF-8.
+    // A command holds whatever the user typed, which may not be UTF-8.
     const std::string line = event.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
     mFile.write(line.data(), line.size());
     mFile.flush();

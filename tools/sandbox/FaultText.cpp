@@ -17,7 +17,7 @@ namespace sandbox {
 
 namespace {
 
-/** All digits, and at least one. */
+/** True for one digit or more and nothing else. */
 std::optional<std::uint64_t> parseCount(const std::string& text)
 {
     std::uint64_t count = 0;
@@ -26,7 +26,7 @@ std::optional<std::uint64_t> parseCount(const std::string& text)
     return error == std::errc{} && rest == end ? std::optional(count) : std::nullopt;
 }
 
-/** Returns one part at least. */
+/** Returns at least one part. */
 std::vector<std::string> splitAtColons(const std::string& text)
 {
     std::vector<std::string> parts;
@@ -37,10 +37,10 @@ std::vector<std::string> splitAtColons(const std::string& text)
     return parts;
 }
 
-/** The errno of that name, 0 if there is none. */
+/** The errno with this name; 0 if there is none. */
 int errnoOf(const std::string& name)
 {
-    constexpr int kMaxErrno = 511; // what the kernel lets a file system answer
+    constexpr int kMaxErrno = 511; // the largest errno that the kernel accepts from a file system
     for (int error = 1; error <= kMaxErrno; ++error) {
         const char* const known = strerrorname_np(error);
         if (known != nullptr && name == known) {

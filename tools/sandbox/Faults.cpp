@@ -36,7 +36,7 @@ std::vector<std::string> FaultPlan::unmet() const
     return texts;
 }
 
-/** Whether the next write to the fault's file would meet it. */
+/** Whether the next write to the fault's file triggers it. */
 bool FaultPlan::isDue(const Fault& fault, std::optional<std::int64_t> elapsedNs) const
 {
     if (fault.mLeft == 0) {

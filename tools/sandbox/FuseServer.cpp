@@ -26,7 +26,7 @@ namespace {
 constexpr char kStagingDirectory[] = "/dev/.vx-sandbox";
 constexpr mode_t kStagingMode = 0755;
 
-/** How long the kernel may remember that a name exists: the names never change. */
+/** How long the kernel may cache that a name exists, in s: the names never change. */
 constexpr double kEntrySeconds = 3600;
 
 /** Never cached: after a write at an offset the kernel would guess a size. */
@@ -113,7 +113,7 @@ void getAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*
     fuse_reply_attr(request, &status, kAttributeSeconds);
 }
 
-/** Truncating and the like succeed and change nothing, as on a device. */
+/** Truncating and similar calls succeed and change nothing, as on a device. */
 void setAttributes(fuse_req_t request, fuse_ino_t inode, struct stat* /*wanted*/, int /*which*/,
                    fuse_file_info* file)
 {
@@ -186,7 +186,9 @@ files::FileDescriptor openFuseDevice()
             : "the kernel or the container has no usable /dev/fuse, which the driver's files need");
 }
 
-/** The library would fall back to a set-uid helper and hide the reason, so it is done here. */
+/**
+ * The library would fall back to a set-uid helper and hide the reason, so the mount is done here.
+ */
 void mountFuse(const files::FileDescriptor& device)
 {
     if (mkdir(kStagingDirectory, kStagingMode) != 0) {

@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kEventName[] = "simulator_control";
 
-/** Writes the line in one call. Returns what went wrong, or an empty text. */
+/** Writes the line in one call. Returns the error, or an empty text. */
 std::string writeToFifo(const std::string& line)
 {
     const files::FileDescriptor fifo(open(kControlFifoPath, O_WRONLY | O_NONBLOCK | O_CLOEXEC));

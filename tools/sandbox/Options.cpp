@@ -58,7 +58,7 @@ CLI::Option* addSeconds(CLI::App& app, const std::string& name, Time& timeNs,
     return app.add_option_function<std::string>(name, parse, help)->type_name("SECONDS");
 }
 
-/** An option that may be given any number of times; `take` gets one value at a time. */
+/** An option that may be repeated; `take` gets one value at a time. */
 void addList(CLI::App& app, const std::string& name,
              const std::function<void(const std::string&)>& take, const std::string& type,
              const std::string& help)
@@ -107,7 +107,7 @@ void addOptions(CLI::App& app, Options& options)
             "not given, or \"on\" for all that follow");
 }
 
-/** The program and its arguments, from what the parser left over. */
+/** The program and its arguments: all that the parser left over. */
 std::vector<std::string> programOf(std::vector<std::string> words)
 {
     if (!words.empty() && words.front() == "--") {
@@ -122,8 +122,8 @@ std::vector<std::string> programOf(std::vector<std::string> words)
 }
 
 /**
- * All names of files that the program's command line may contain: "--config=FILE" gives two. The
- * program itself is one only if its name has a slash; else it is looked up in PATH.
+ * All file names that the program's command line may contain; "--config=FILE" gives two. The
+ * program itself is a file only if its name has a slash; otherwise it is looked up in PATH.
  */
 std::vector<std::string> filesNamedBy(const std::vector<std::string>& program)
 {
@@ -141,7 +141,7 @@ std::vector<std::string> filesNamedBy(const std::vector<std::string>& program)
     return names;
 }
 
-/** The values of --config on the program's command line, as vx-simulator takes it. */
+/** The values of --config on the program's command line, in the forms that vx-simulator accepts. */
 std::vector<std::string> configurationsNamedBy(const std::vector<std::string>& program)
 {
     const std::string option = "--config";
@@ -156,7 +156,7 @@ std::vector<std::string> configurationsNamedBy(const std::vector<std::string>& p
     return names;
 }
 
-/** What is wrong with the configuration is for the program to say. */
+/** Errors in the configuration are left to the program to report. */
 void addValueFiles(const std::string& path, files::OutputCheck& check)
 {
     using configuration::CaseConfiguration;
@@ -168,7 +168,7 @@ void addValueFiles(const std::string& path, files::OutputCheck& check)
     }
 }
 
-/** Opening the outputs empties them, before the program can read what it is given. */
+/** Opening the outputs truncates them before the program can read its inputs. */
 void checkOutputs(const Options& options)
 {
     files::OutputCheck check;

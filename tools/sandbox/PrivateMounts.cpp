@@ -22,7 +22,7 @@ namespace {
 constexpr mode_t kDirectoryMode = 0755;
 constexpr mode_t kMountPointMode = 0644;
 
-/** What the private /dev takes over from the host, as far as it exists. */
+/** Entries that the private /dev takes over from the host if they exist. */
 constexpr const char* kUsualNodes[] = {
     "null", "zero",   "full", "random", "urandom", "tty",   "console", "ptmx",   "pts",
     "shm",  "mqueue", "log",  "fuse",   "fd",      "stdin", "stdout",  "stderr",
@@ -97,7 +97,7 @@ void makeMountPointFile(const std::string& path)
     }
 }
 
-/** A descriptor of the directory, which still leads to it when it is covered by a mount. */
+/** A descriptor of the directory that stays valid when a mount covers it. */
 files::FileDescriptor openBeneath(const std::string& path)
 {
     files::FileDescriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -221,7 +221,7 @@ void PrivateMounts::bindFile(const std::string& source, const std::string& targe
     bind(source, target);
 }
 
-/** Outside the namespace, root would change the mounts of the host. */
+/** Outside the namespace this would change the mounts of the host. */
 void PrivateMounts::checkEntered() const
 {
     if (!mEntered) {

@@ -24,7 +24,9 @@ std::vector<pid_t> children()
     return {std::istream_iterator<pid_t>(list), std::istream_iterator<pid_t>()};
 }
 
-/** The report is one byte, the exit status, and then the text. An empty one means success. */
+/**
+ * The report is one byte with the exit status, followed by the text. An empty report means success.
+ */
 [[noreturn]] void reportAndExit(const files::FileDescriptor& report, const StartFailure& failure)
 {
     const std::string bytes = static_cast<char>(failure.mExitStatus) + failure.mText;

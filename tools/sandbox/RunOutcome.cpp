@@ -66,7 +66,7 @@ int RunOutcome::exitStatus(bool lacksBlock) const
     return status == EXIT_SUCCESS && lacksBlock ? kExitNoBlock : status;
 }
 
-/** False for a program that crashes while it is being stopped: it ended by itself. */
+/** False for a program that crashes while it is being stopped: that counts as ended by itself. */
 bool RunOutcome::endedByStop() const
 {
     const bool isOurSignal = !WIFSIGNALED(mWaitStatus) || WTERMSIG(mWaitStatus) == SIGTERM ||

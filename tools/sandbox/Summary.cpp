@@ -25,7 +25,7 @@ double inMilliseconds(Integer nanoseconds)
     return static_cast<double>(nanoseconds) / kNanosecondsPerMillisecond;
 }
 
-/** All digits: a time stamp does not fit into a double. */
+/** With all digits: a double cannot hold a time stamp exactly. */
 std::string stamp(std::int64_t nanoseconds)
 {
     return fmt::format("{}.{:09}", nanoseconds / kNanosecondsPerSecond,

@@ -34,7 +34,7 @@ timespec toTimespec(std::int64_t nanoseconds)
             static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
 }
 
-/** The program must not take the commands away. */
+/** The program must not read the sandbox's input, which holds the commands. */
 void closeStandardInput()
 {
     const files::FileDescriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -43,7 +43,7 @@ void closeStandardInput()
     }
 }
 
-/** A mount may have covered the working directory; its name leads to the new one. */
+/** A mount may have covered the working directory; changing to its name enters the new one. */
 void reenterWorkingDirectory()
 {
     std::filesystem::current_path(std::filesystem::current_path());
@@ -89,7 +89,7 @@ int Supervisor::run()
                                                                  : mOutcome.exitStatus(lacksBlock);
 }
 
-/** Serves until the processes left behind are gone: a kill may have to end their writes. */
+/** Serves until the remaining processes are gone: they may be blocked in a write when killed. */
 bool Supervisor::isOver() const
 {
     return mProgram.hasEnded() && mProgram.startReport() < 0 && !mProgram.killLeftBehind();
@@ -151,7 +151,7 @@ void Supervisor::waitForWork()
     }
 }
 
-/** Ends the program when no more can come: whoever gives the commands is gone. */
+/** Ends the program when no more commands can come. */
 void Supervisor::takeCommands()
 {
     for (const std::string& command : mInput.takeLines()) {
@@ -186,7 +186,7 @@ void Supervisor::handleSignal()
     forwardSignal(number, info.ssi_code == SI_KERNEL);
 }
 
-/** The terminal has already sent its signal to the program; a second one could mean more. */
+/** The terminal has already signalled the program. A second signal could have another meaning. */
 void Supervisor::forwardSignal(int number, bool isFromTerminal)
 {
     if (!isFromTerminal) {
@@ -214,7 +214,7 @@ void Supervisor::runEachSecond(std::int64_t nowNs)
     if (mConsole.showsStatus()) {
         mConsole.status(statusText(mDriver.statistics(), {realtimeNs(), nowNs}));
     }
-    // After a pause (a suspended process), missed seconds are not caught up.
+    // After a pause (a suspended process), missed seconds are skipped.
     mNextSecondNs = std::max(mNextSecondNs + kNanosecondsPerSecond, nowNs);
 }
 

@@ -83,7 +83,7 @@ bool VxDevice::waitForReadyRead(int msecs)
     if (ready == 0) {
         return failWait(ETIMEDOUT, QStringLiteral("Timeout"));
     }
-    // The pipe is never read, so an interruption stays in force for every later wait.
+    // The pipe is never read, so an interruption also ends every later wait.
     if (hasInterruptPipe() && FD_ISSET(mPipe[mReadEnd], &readSet)) {
         return failWait(EINTR, QStringLiteral("Signal Interrupt"));
     }
@@ -149,7 +149,7 @@ VxDevice::ReadError VxDevice::classifyFailure(int count)
     }
 }
 
-/** Reports as its caller, whose location it gets. */
+/** Logs at the location of its caller. */
 void VxDevice::reportChange(ReadError code, const log4cxx::spi::LocationInfo& location)
 {
     if (code == mLastReadError || code == SignalReceived) {
