@@ -142,6 +142,23 @@ TEST_P(FlickerTest, HasTheValuesOfTheStandard)
     }
 }
 
+/** Half a percent of ripple at 50 Hz: its peaks count, wherever they are in a tick. */
+TEST_F(FlickerTest, ASecondHasTheLargestOfAllLevels)
+{
+    measure::FlickerMeter meter({kEvenHour * 12 * kShortTermNs, 230.0, 5.0, 50.0}, Lamp::V230);
+    const MeasuredRows rows = runMeter(meter, timesOf(2000.0, 45.0), [](size_t channel, double t) {
+        const double phase = 0.9 * static_cast<double>(channel);
+        const double wave = std::sin(base::kTwoPi * 25.0 * t + phase);
+        return (1.0 + 0.005 * wave) * std::sin(base::kTwoPi * 50.0 * t);
+    });
+    const auto first = rows.of(QuantityId::InstantaneousFlicker, Channel::UA);
+    ASSERT_EQ(first.size(), 15U);
+    for (const Channel channel : {Channel::UB, Channel::UC}) {
+        const auto other = rows.of(QuantityId::InstantaneousFlicker, channel);
+        EXPECT_NEAR(other.back().mValue / first.back().mValue, 1.0, 5e-4);
+    }
+}
+
 /** Percentiles of levels that rise evenly to 1, and the severities of two hours. */
 TEST_F(FlickerTest, SeveritiesAreInClosedForm)
 {
@@ -156,7 +173,7 @@ TEST_F(FlickerTest, SeveritiesAreInClosedForm)
         const double largest = 1.0 + static_cast<double>(i);
         for (qint64 tick = i == 0 ? 1 : 0; tick < kTicks; ++tick) {
             const double level = largest * static_cast<double>((tick * 7) % kTicks) / kTicks;
-            const auto values = levels.add((kEvenHour * 12 - 1 + i) * kTicks + tick, level);
+            const auto values = levels.add((kEvenHour * 12 - 1 + i) * kTicks + tick, level, level);
             ASSERT_EQ(values.mShortTerm.has_value(), i > 0 && tick == kTicks - 1);
             if (values.mShortTerm) {
                 EXPECT_NEAR(*values.mShortTerm, std::sqrt(kEvenlySpread * largest), 1e-3);

@@ -49,7 +49,7 @@ FlickerLevels::FlickerLevels()
     mLevels.reserve(static_cast<size_t>(kTicksInShortTerm));
 }
 
-FlickerValues FlickerLevels::add(qint64 tick, double level)
+FlickerValues FlickerLevels::add(qint64 tick, double level, double largest)
 {
     if (tick != mLastTick + 1) {
         mInSecond = 0;
@@ -59,7 +59,7 @@ FlickerValues FlickerLevels::add(qint64 tick, double level)
         mShortTermCount = 0;
     }
     mLastTick = tick;
-    mLargest = std::max(mLargest, level);
+    mLargest = std::max(mLargest, largest);
     ++mInSecond;
     mLevels.push_back(static_cast<float>(level));
     FlickerValues values;

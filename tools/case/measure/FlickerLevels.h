@@ -34,9 +34,10 @@ public:
 
     /**
      * @param tick of the level: UTC in kTickNs; later than the one before
+     * @param largest of all levels during the tick
      * @return values of the interval that ends with the next tick
      */
-    FlickerValues add(qint64 tick, double level);
+    FlickerValues add(qint64 tick, double level, double largest);
 
 private:
     std::optional<double> endShortTerm();

@@ -49,7 +49,7 @@ void FlickerMeter::add(const waveform::SignalBlock& block, MeasurementOutput& ou
         const double seconds = block.mSeconds[i];
         const double step = seconds - mLast;
         if (mVoltages.empty() || step * mSettings.mNominalHz > kMaxFlickerStepPeriods) {
-            restart(seconds);
+            restart(seconds, output);
             continue;
         }
         mLast = seconds;
@@ -67,11 +67,15 @@ void FlickerMeter::add(const waveform::SignalBlock& block, MeasurementOutput& ou
     }
 }
 
-void FlickerMeter::finish(MeasurementOutput& /*output*/) {}
+void FlickerMeter::finish(MeasurementOutput& output)
+{
+    endTick(output);
+}
 
 /** As if the signal began with this sample. */
-void FlickerMeter::restart(double seconds)
+void FlickerMeter::restart(double seconds, MeasurementOutput& output)
 {
+    endTick(output);
     const double minRms = std::max(1e-9, kMinVoltage * mSettings.mNominalVolts);
     mVoltages.clear();
     for (size_t i = 0; i < kVoltageCount; ++i) {
@@ -81,6 +85,7 @@ void FlickerMeter::restart(double seconds)
     mLast = seconds;
     mGroupBegin = seconds;
     mInGroup = 0;
+    mTick = -1;
 }
 
 void FlickerMeter::endGroup(double seconds, MeasurementOutput& output)
@@ -92,31 +97,34 @@ void FlickerMeter::endGroup(double seconds, MeasurementOutput& output)
     if (!mCoefficients || std::abs(mCoefficients->mStep - step) > kSameStep * step) {
         mCoefficients.emplace(mLamp, mSettings.mNominalHz, step);
     }
+    const qint64 utcNs =
+        mSettings.mBeginUtcNs + std::llround(seconds * base::kNanosecondsPerSecond);
+    const qint64 tick = utcNs / FlickerLevels::kTickNs;
+    if (tick != mTick) {
+        endTick(output);
+        mTick = seconds - mBegin >= kSettlingSeconds ? tick : -1;
+    }
     for (size_t channel = 0; channel < kVoltageCount; ++channel) {
         Voltage& voltage = mVoltages[channel];
         const auto ratio = voltage.mAdaptor.add(voltage.mSquares / count, step);
         voltage.mSquares = 0.0;
         if (ratio) {
             mLevels[channel] = voltage.mFilter.add(*mCoefficients, *ratio);
+            mLargest[channel] = std::max(mLargest[channel], mLevels[channel]);
         }
     }
-    const qint64 utcNs =
-        mSettings.mBeginUtcNs + std::llround(seconds * base::kNanosecondsPerSecond);
-    const qint64 tick = utcNs / FlickerLevels::kTickNs;
-    if (tick != mLastTick && seconds - mBegin >= kSettlingSeconds) {
-        takeLevels(tick, output);
-    }
-    mLastTick = tick;
 }
 
-void FlickerMeter::takeLevels(qint64 tick, MeasurementOutput& output)
+/** At the end of the samples the open tick counts as whole: they are not aligned to it. */
+void FlickerMeter::endTick(MeasurementOutput& output)
 {
-    const qint64 end = (tick + 1) * FlickerLevels::kTickNs;
-    for (size_t channel = 0; channel < kVoltageCount; ++channel) {
+    const qint64 end = (mTick + 1) * FlickerLevels::kTickNs;
+    for (size_t channel = 0; channel < kVoltageCount && mTick >= 0; ++channel) {
         if (!mSettings.mChannels.test(channel)) {
             continue;
         }
-        const FlickerValues values = mVoltages[channel].mLevels.add(tick, mLevels[channel]);
+        const FlickerValues values =
+            mVoltages[channel].mLevels.add(mTick, mLevels[channel], mLargest[channel]);
         const auto put = [&](QuantityId id, const std::optional<double>& value) {
             if (value) {
                 output.add({end, *value, {id}, deviceChannel(channel)});
@@ -126,6 +134,7 @@ void FlickerMeter::takeLevels(qint64 tick, MeasurementOutput& output)
         put(QuantityId::ShortFlicker, values.mShortTerm);
         put(QuantityId::LongFlicker, values.mLongTerm);
     }
+    mLargest = {};
 }
 
 } // namespace measure

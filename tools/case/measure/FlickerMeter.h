@@ -65,22 +65,23 @@ private:
         double mSquares = 0.0; ///< of the open group
     };
 
-    void restart(double seconds);
+    void restart(double seconds, MeasurementOutput& output);
     void endGroup(double seconds, MeasurementOutput& output);
-    void takeLevels(qint64 tick, MeasurementOutput& output);
+    void endTick(MeasurementOutput& output);
 
     MeterSettings mSettings;
     Lamp mLamp;
     std::vector<Voltage> mVoltages;
     std::optional<FlickerCoefficients> mCoefficients;
-    std::array<double, kVoltageCount> mLevels{}; ///< the latest
+    std::array<double, kVoltageCount> mLevels{};  ///< the latest
+    std::array<double, kVoltageCount> mLargest{}; ///< of the open tick
 
     double mBegin = 0.0;      ///< s: of what is measured without a gap
     double mLast = 0.0;       ///< s: of the latest sample
     double mGroupBegin = 0.0; ///< s: of the last sample before the open group
     size_t mInGroup = 0;
     size_t mGroupSize = 0; ///< 0: no sample yet
-    qint64 mLastTick = 0;
+    qint64 mTick = -1;     ///< the open one, UTC in FlickerLevels::kTickNs; -1: the filters settle
 };
 
 } // namespace measure
