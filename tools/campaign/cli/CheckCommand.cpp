@@ -37,7 +37,7 @@ std::vector<std::string> rowOf(const journal::StagedCase& it)
             it.mSource};
 }
 
-/** Empty where no case has expected values. */
+/** Empty if no case has expected values. */
 std::string recordingsText(const plan::Plan& plan, const stage::Stage& stage)
 {
     const quint64 bytes = stage::recordingBytes(stage, plan.mGapNs);
@@ -73,7 +73,7 @@ std::string tableOf(const plan::Plan& plan, const stage::Stage& stage)
                               report::durationText(stage::nightNs(stage, plan.mGapNs)));
 }
 
-/** Without a folder, in a temporary one. */
+/** Makes the stage in the folder; without one, in a temporary folder. */
 stage::Stage makeIn(const std::string& folder, const plan::Plan& plan)
 {
     if (!folder.empty()) {
@@ -86,7 +86,7 @@ stage::Stage makeIn(const std::string& folder, const plan::Plan& plan)
     return stage::makeStage(plan, temporary.path().toStdString());
 }
 
-/** Good cases are made even if others are wrong, because making them may show more mistakes. */
+/** Makes the good cases even if others are wrong, because making them may show more mistakes. */
 void check(const CheckOptions& options)
 {
     plan::Draft draft = plan::draftPlan(plan::planText(options.mPlan.mPlan), options.mPlan.mPlan);

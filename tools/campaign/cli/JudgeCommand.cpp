@@ -100,7 +100,7 @@ std::string linesOf(const report::NightAssessment& assessment)
     return lines;
 }
 
-/** The reports and the assessment are written into the folder. */
+/** Refuses inputs that are in the folder: the reports and the assessment are written there. */
 void expectNoInputInFolder(const JudgeNightOptions& options)
 {
     files::OutputCheck files;
@@ -116,7 +116,7 @@ void expectNoInputInFolder(const JudgeNightOptions& options)
     }
 }
 
-/** A wrong file has the status of a wrong command line, not that of a bad verdict. */
+/** An invalid file ends with the status of a wrong command line, not with that of a bad verdict. */
 report::NightAssessment assessOrRefuse(const JudgeNightOptions& options)
 {
     try {

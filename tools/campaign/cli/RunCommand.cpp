@@ -56,7 +56,7 @@ struct RunOptions
     bool isOnDevice() const { return !mFifo.empty(); }
 };
 
-/** What is played, and what the journal of its folder has so far. */
+/** The stage to be played, and the journal of its folder so far. */
 struct Prepared
 {
     stage::Stage mStage;
@@ -71,7 +71,7 @@ std::string journalOf(const RunOptions& options)
     return options.mFolder + '/' + report::kJournalFile;
 }
 
-/** Each play of the plan once, case after case, or in an order that the seed gives. */
+/** Each play of the plan once: case after case, or shuffled by the seed. */
 std::vector<int> orderOf(const std::vector<journal::StagedCase>& cases,
                          const std::optional<quint64>& seed)
 {
@@ -90,7 +90,7 @@ std::vector<int> orderOf(const std::vector<journal::StagedCase>& cases,
     return order;
 }
 
-/** The journal of the night to resume; nothing if not even its first line is complete. */
+/** The journal of the night to resume; no value if not even its first line is complete. */
 std::optional<journal::Journal> journalToResume(const RunOptions& options)
 {
     const std::string path = journalOf(options);
@@ -110,7 +110,7 @@ std::optional<journal::Journal> journalToResume(const RunOptions& options)
     return journal && journal->night() != nullptr ? journal : std::nullopt;
 }
 
-/** An existing file of such a name may be the user's. */
+/** Existing files with these names may belong to the user. */
 void expectNoFiles(const std::string& folder)
 {
     for (const char* name :
@@ -123,7 +123,7 @@ void expectNoFiles(const std::string& folder)
     }
 }
 
-/** The cases are those that the night began with. */
+/** Selects the cases that the night began with. */
 void selectCasesOf(const journal::NightBegin& night, RunOptions* options)
 {
     options->mPlan.mSelection = {};
@@ -141,7 +141,9 @@ void expectSame(const std::string& now, const std::string& before, const std::st
     }
 }
 
-/** All verdicts of a night are of one kind: the stream was observed, or the log has answered. */
+/**
+ * Verdicts of one night are of one kind: based on the observed stream, or on answers in the log.
+ */
 void expectSameWay(const journal::NightBegin& night, const RunOptions& options)
 {
     if (night.mIsObserved == options.isOnDevice()) {
@@ -207,7 +209,7 @@ run::SandboxSetup setupOf(const RunOptions& options)
             options.mKeep == "all"};
 }
 
-/** Before anything is made or played. */
+/** Called before anything is made or played. */
 void expectPlayable(const RunOptions& options)
 {
     if (options.isOnDevice()) {
@@ -242,7 +244,7 @@ void beginOrResume(run::ScheduledNight& night, const Prepared& prepared,
     }
 }
 
-/** Why the journal could not be written; empty when it could. */
+/** Returns why the journal could not be written; empty on success. */
 std::string playPrepared(const RunOptions& options, const run::NightOptions& nightOptions,
                          Prepared prepared)
 {
@@ -298,7 +300,7 @@ void runPlan(const RunOptions& options)
     }
 }
 
-/** Why this is no seed; empty when it is one. */
+/** Why the text is not a seed; empty if it is one. */
 std::string seedProblem(const std::string& text)
 {
     quint64 seed = 0;

@@ -25,7 +25,7 @@ Grade gradeOf(assess::Verdict verdict)
     }
 }
 
-/** What became of a quantity and channel in its worst play. */
+/** The result of a quantity and channel in its worst play. */
 std::string textOf(const assess::SeriesResult& series)
 {
     std::string text =

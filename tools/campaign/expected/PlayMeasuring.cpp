@@ -19,7 +19,7 @@ bool exists(const std::string& path)
     return QFile::exists(QString::fromStdString(path));
 }
 
-/** Records from the first to the last time stamp of a play. */
+/** The number of records from the first to the last time stamp of a play. */
 quint64 recordsOf(const report::PlaySummary& play, const std::string& path)
 {
     base::InputFile file(path);
@@ -56,7 +56,7 @@ measure::MeasureOptions optionsOf(const report::NightSummary& night,
     return options;
 }
 
-/** @return remarks. Throws CaseError when there is nothing, or no whole play, to measure. */
+/** @return remarks. Throws CaseError if there is nothing to measure or the play is incomplete. */
 std::vector<std::string> measurePlay(const report::NightSummary& night,
                                      const report::PlaySummary& play, const std::string& name)
 {

@@ -18,12 +18,12 @@ constexpr std::array<const char*, 3> kVerdictNames = {"passed", "failed", "not o
 constexpr std::array<const char*, 4> kReasonNames = {"done", "interrupted", "first failure",
                                                      "gave up"};
 
-/** In the order of Step. */
+/** In the order of the alternatives of Step. */
 constexpr std::array<const char*, std::variant_size_v<Step>> kStepNames = {
     "night", "resumed", "started", "begin", "command", "finding", "remark", "end", "ended", "over"};
 
 // The fields of each object, in the order in which they are written. Io is a FieldWriter or a
-// FieldReader; a number behind a field is the least that is read.
+// FieldReader. A number after a field is the smallest value that is accepted on reading.
 
 template <typename Io>
 void fields(Io& io, typename Io::template Object<StagedCase> it)
@@ -133,7 +133,7 @@ void fields(Io& io, typename Io::template Object<NightEnd> it)
     io("text", it.mText);
 }
 
-/** Adds fields to an object. What is optional and not there is left out. */
+/** Adds fields to an object. Optional fields without a value are left out. */
 class FieldWriter
 {
 public:
@@ -260,7 +260,7 @@ private:
     Fields mFields;
 };
 
-/** Reads the step that has this index in Step. */
+/** Reads the step of the alternative with this index in Step. */
 template <size_t Index>
 Step stepAt(FieldReader& reader)
 {

@@ -5,7 +5,7 @@
 namespace journal {
 
 namespace {
-/** Of a value, in a message. */
+/** Max length of a value in a message. */
 constexpr size_t kMaxShownBytes = 40;
 } // namespace
 
@@ -35,7 +35,7 @@ void Fields::fail(const char* key, const std::string& expected, const Json& valu
     throw base::CaseError(std::string(key) + ": " + expected + ", found " + shown);
 }
 
-/** @param expected of it, in words */
+/** @param expected for the message: what the value should be */
 template <typename Value>
 Value Fields::valueOf(const char* key, const char* expected) const
 {

@@ -9,13 +9,13 @@
 namespace journal {
 
 namespace {
-/** The first line has all cases and plays of a night. */
+/** Max length of a line. The first line has all cases and plays of a night. */
 constexpr size_t kMaxLineBytes = size_t{64} << 20U;
 
-/** Most lines are shorter. */
+/** Bytes that are read ahead first. Most lines are shorter. */
 constexpr size_t kUsualLineBytes = 4096;
 
-/** With its line end, which the last one may not have; empty at the end of the file. */
+/** The next line with its line end, which may be missing in the last one; empty at the end. */
 std::string_view nextLine(base::InputFile* file)
 {
     std::string_view ahead;
@@ -33,7 +33,7 @@ std::string_view nextLine(base::InputFile* file)
     return line;
 }
 
-/** Reads the steps, one after the other. */
+/** Reads the steps of a journal. */
 class StepReader
 {
 public:
@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    /** False where the journal ends or was cut off. */
+    /** False at the end of the journal, or where it was cut off. */
     bool takeEntry()
     {
         const std::string_view line = nextLine(&mFile);
@@ -69,7 +69,7 @@ private:
         return true;
     }
 
-    /** Nothing for a last line that is none: it was cut off. */
+    /** No value if this is the last line and it was cut off. */
     std::optional<Entry> entryOf(std::string_view line) const
     {
         if (line.empty() || line.back() != '\n') {

@@ -51,7 +51,7 @@ void JournalWriter::fail(int error) const
     throw base::CaseError(mPath + ": " + std::strerror(error));
 }
 
-/** Another process may have written a night between the reading and the lock. */
+/** Another process may have appended to the journal after it was read and before it was locked. */
 void JournalWriter::expectSize(size_t bytes) const
 {
     struct stat status = {};
@@ -78,7 +78,7 @@ void JournalWriter::flushToDisk() const
     }
 }
 
-/** So that the name of a new journal is on the disk as well. */
+/** Writes the name of a new journal to the disk. */
 void JournalWriter::flushDirectory() const
 {
     const std::string parent = std::filesystem::path(mPath).parent_path();

@@ -34,7 +34,7 @@ bool ArrivalCheck::add(const SampleRecord* records, size_t count)
     bool isOffTime = false;
     for (; !mBlocks.empty() && mBlocks.front().mEnd <= mArrived + count; mBlocks.pop_front()) {
         const Block& block = mBlocks.front();
-        if (block.mEnd > mArrived) { // else its records came before the event
+        if (block.mEnd > mArrived) { // otherwise its records came before the event
             isOffTime = check(block, records[block.mEnd - 1 - mArrived]) || isOffTime;
         }
     }
@@ -42,7 +42,7 @@ bool ArrivalCheck::add(const SampleRecord* records, size_t count)
     return isOffTime;
 }
 
-/** @return whether it is off time */
+/** @return true if the block was off time */
 bool ArrivalCheck::check(const Block& block, const SampleRecord& last)
 {
     const qint64 stampNs = waveform::stampNsOf(last);

@@ -52,7 +52,7 @@ void PlayJudge::add(const SampleRecord* records, size_t count)
     judgeArrivals();
 }
 
-/** Judges the blocks that certainly end before the end of the expected play, or of the next one. */
+/** Judges the blocks that end before the expected play can end; without one, all blocks. */
 void PlayJudge::judgeArrivals()
 {
     size_t index = mOutcomes.size();
@@ -90,8 +90,7 @@ std::vector<Outcome> PlayJudge::take()
     return outcomes;
 }
 
-/** A play that is complete is over where it was; what was found after it belongs to the next one.
- */
+/** A complete play ends at its last sample. Later findings belong to the next play. */
 void PlayJudge::closePlay()
 {
     const bool isLost = std::exchange(mIsLost, false);
@@ -118,7 +117,10 @@ void PlayJudge::endPlay(Played::Ending ending, size_t index)
     mHasBegun = false;
 }
 
-/** Adds it at that index among the outcomes, once for a play, and moves the index behind it. */
+/**
+ * Inserts an off-time finding at this index of the outcomes, at most one per play, and advances the
+ * index.
+ */
 void PlayJudge::findOffTime(std::optional<qint64> untilStampNs, size_t* index)
 {
     const std::optional<OffTimeBlock> block = mArrivals.take(untilStampNs);
@@ -130,7 +132,7 @@ void PlayJudge::findOffTime(std::optional<qint64> untilStampNs, size_t* index)
         Finding{kOffTime, block->text(), block->mRecord, 1, block->mLastStampNs, true});
 }
 
-/** Whether the steady signal was played once after a part of the case, not only before it. */
+/** Whether the steady signal was played again after a part of the case. */
 bool PlayJudge::isBackToSteady() const
 {
     const std::optional<explain::PlayedSegment>& last = mJudge.playedLast();
@@ -197,7 +199,7 @@ void PlayJudge::addFinding(Finding finding)
     }
 }
 
-/** Of what is found once the play is complete. */
+/** Whether something found after the play was complete belongs to the play. */
 bool PlayJudge::belongsToPlayed(const Finding& finding) const
 {
     const bool isTwice = finding.mKind == explain::nameOf(FindingKind::Twice).mKey;

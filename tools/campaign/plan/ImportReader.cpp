@@ -9,7 +9,7 @@
 namespace plan {
 
 namespace {
-/** More periods are a matter of `seconds`. */
+/** For more periods, `seconds` repeats the file. */
 constexpr double kMaxRepeatedPeriods = 100'000.0;
 constexpr double kMaxRecordedSeconds = 1e6;
 } // namespace
@@ -85,7 +85,7 @@ void ImportReader::readSide(importing::MappingOptions& mapping)
     describe("side", *text);
 }
 
-/** A number, or one of two words. */
+/** Reads a number, or one of two words. */
 void ImportReader::readFrequency(importing::ImportOptions& options)
 {
     const toml::node* const node = mSection.find("frequency");

@@ -9,7 +9,7 @@
 namespace plan {
 
 namespace {
-/** More are counted. */
+/** Further mistakes are only counted. */
 constexpr size_t kMaxTexts = 100;
 } // namespace
 

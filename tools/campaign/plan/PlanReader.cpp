@@ -26,7 +26,7 @@ constexpr double kMaxNominal = 1e9;
 constexpr states::ExpectedNumbers kExpectedNominal{
     3, "expected volts, amperes and 50 or 60 Hz such as [230, 5, 50]"};
 
-/** The steady signal's file has this name. */
+/** A case cannot have this name: it is that of the steady signal's file. */
 constexpr const char* kReservedName = "steady";
 
 const std::vector<std::string>& caseKeys()
@@ -39,7 +39,7 @@ const std::vector<std::string>& caseKeys()
     return kKeys;
 }
 
-/** Groups, as vx-case measure has them. */
+/** Names of groups of quantities, as in vx-case measure. */
 std::vector<std::string> expectedQuantities(const states::TomlSection& section)
 {
     const std::vector<std::string> known = measure::quantityGroups();
@@ -109,7 +109,7 @@ void PlanReader::readMeasuring(const states::TomlSection& file)
     });
 }
 
-/** Without one, the first signal of the table plays between the cases. */
+/** The default is the first signal of the table. */
 void PlanReader::readSteady(const states::TomlSection& file)
 {
     mPlan.mSteady.mSignal = generate::signalTable().front();
@@ -137,7 +137,7 @@ void PlanReader::readCases(const states::TomlSection& file)
     expectFewPlays();
 }
 
-/** A case with a mistake is left out of the plan. */
+/** Leaves a case with a mistake out of the plan. */
 void PlanReader::readCase(const toml::table& table)
 {
     const states::TomlSection section(mPlan.mFileName, table);
@@ -155,7 +155,7 @@ void PlanReader::readCase(const toml::table& table)
     }
 }
 
-/** @param defaultName none where the source is faulty: then that was said */
+/** @param defaultName none if the source is faulty, which has been reported already */
 void PlanReader::readName(const states::TomlSection& section,
                           const std::optional<std::string>& defaultName, Case& it)
 {

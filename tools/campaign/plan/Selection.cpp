@@ -29,7 +29,7 @@ std::vector<std::string> namesOf(const std::vector<Case>& cases)
     return names;
 }
 
-/** All names that are selected. */
+/** The names of all selected cases. */
 std::vector<std::string> wantedNames(const Plan& plan, const Selection& selection)
 {
     Mistakes mistakes;

@@ -12,7 +12,7 @@
 namespace plan {
 
 namespace {
-/** A kind of source: the key that names it, and the keys that it has besides. */
+/** A kind of source: its key, and the further keys that it allows. */
 struct Kind
 {
     const char* mKey;
@@ -62,7 +62,7 @@ void SourceReader::readKind()
     }
 }
 
-/** Throws unless there is exactly one. */
+/** Throws unless the section has exactly one kind of source. */
 void SourceReader::findKind()
 {
     std::vector<size_t> found;
@@ -83,7 +83,7 @@ void SourceReader::findKind()
                                               kinds()[found.front()].mKey));
 }
 
-/** What another kind of source has, this one must not: nobody would miss it in what is played. */
+/** Refuses keys of other kinds of source: they would have no effect, and nobody would notice. */
 void SourceReader::expectOwnKeys()
 {
     for (size_t i = 0; i < kinds().size(); ++i) {
@@ -110,7 +110,7 @@ void SourceReader::readSignal()
     mSource.mSignal = *row;
     if (mSection.find("set") != nullptr) {
         readSettings(generate::familyOf(row->mFamily));
-        // Both hold for the row as it stands.
+        // Both apply to the unchanged row only.
         mSource.mSignal.mText.clear();
         mSource.mSignal.mPst = 0.0;
     }

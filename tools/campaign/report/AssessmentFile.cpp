@@ -30,7 +30,7 @@ AssessmentJson jsonOf(const CaseAssessment& it)
     return json;
 }
 
-/** What is no name of a grade is bad. */
+/** An unknown name counts as bad. */
 Grade gradeOf(const std::string& name)
 {
     const auto* const found = std::find(kGradeNames.begin(), kGradeNames.end(), name);

@@ -10,7 +10,7 @@ namespace {
 constexpr char kHeading[] =
     "case,repetition,number,verdict,first_utc,last_utc,samples,delay_s,findings,what\n";
 
-/** In quotes where RFC 4180 wants them. */
+/** Puts the text in quotes if RFC 4180 requires them. */
 std::string field(const std::string& text)
 {
     if (text.find_first_of(",\"\r\n") == std::string::npos) {

@@ -9,7 +9,9 @@
 namespace report {
 
 namespace {
-/** What nearly every group says; once on the group around them, it is inherited. */
+/**
+ * Attributes of nearly every group. They are set once on a group around all, which inherit them.
+ */
 constexpr std::array<std::pair<const char*, const char*>, 6> kUsual = {
     {{"fill", "none"},
      {"color", "black"},
@@ -27,7 +29,7 @@ void dropUsual(pugi::xml_node group)
     }
 }
 
-/** White space in a text may be meant, in a group it is not. */
+/** White space counts in a text; in a group it has no meaning. */
 bool isEmpty(pugi::xml_node node)
 {
     const std::string_view name = node.name();
@@ -36,7 +38,7 @@ bool isEmpty(pugi::xml_node node)
            (name == "text" && node.first_child().empty());
 }
 
-/** From the inside out: a group whose parts were all empty is empty as well. */
+/** Works from the inside out: a group with only empty parts is empty, too. */
 void dropEmpty(pugi::xml_node node)
 {
     for (pugi::xml_node child = node.first_child(); child;) {

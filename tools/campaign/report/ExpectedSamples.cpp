@@ -9,7 +9,7 @@
 namespace report {
 
 namespace {
-/** One file, played over and over. */
+/** A time range in which one file is played repeatedly. */
 struct Stretch
 {
     const explain::PlayedFile* mFile;
@@ -92,7 +92,7 @@ std::vector<ExpectedSample> ExpectedSamples::around(const NightSummary& night,
     const explain::PlayedFile& played = caseFile(staged.mFile);
     const qint64 firstNs = play.mFirstStampNs;
     const qint64 beforeNs = firstNs - played.stepAt(0);
-    // What arrived may end early; more than was wanted means that the clock was set.
+    // The stream may have ended early. If it lasted longer than expected, the clock was set.
     const qint64 wantedNs =
         beforeNs + static_cast<qint64>(staged.mFileRepetitions) * played.durationNs();
     const qint64 lastNs = std::max(play.mLastStampNs, wantedNs);

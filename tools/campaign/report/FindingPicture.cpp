@@ -20,10 +20,10 @@ namespace report {
 namespace {
 constexpr double kHeadroomShare = 1.15;
 
-/** Two samples further apart than that are not joined by a line: at 40 Hz they are 70 µs apart. */
+/** Samples that are farther apart are not joined by a line. At 40 Hz the step is 70 µs. */
 constexpr qint64 kMaxStepNs = 100'000;
 
-/** Samples that arrived or should have, in one shape. */
+/** Samples that arrived, or that were expected. */
 struct DrawnSamples
 {
     std::vector<qint64> mStampsNs;
@@ -48,7 +48,7 @@ DrawnSamples readKept(const std::string& path)
     return kept;
 }
 
-/** Values follow the auxiliary word and the flags. */
+/** The values follow the auxiliary word and the flags. */
 double valueOf(const explain::SampleContent& content, size_t channel)
 {
     return static_cast<qint32>(content[content.size() - kChannelCount + channel]);
@@ -113,7 +113,10 @@ void FindingPictureMaker::addPanels(plot::Picture* picture) const
     }
 }
 
-/** Adds them to what is drawn. @return what the caption says of them */
+/**
+ * Adds the expected samples to those that are drawn.
+ * @return a text about them for the caption
+ */
 std::string addExpected(const NightSummary& night, const PlaySummary* play, qint64 fromNs,
                         qint64 toNs, ExpectedSamples* expected, std::vector<DrawnSamples>* drawn)
 {
@@ -127,7 +130,7 @@ std::string addExpected(const NightSummary& night, const PlaySummary* play, qint
             samples.mStampsNs.push_back(sample.mStampNs);
             samples.mContents.push_back(*sample.mContent);
         }
-        // Below what arrived, so that it is seen only where that is different.
+        // Drawn first, so that the expected samples show only where the arrived ones differ.
         drawn->insert(drawn->begin(), std::move(samples));
         return "dashed and lighter, where different: the expected samples";
     } catch (const base::CaseError& error) {

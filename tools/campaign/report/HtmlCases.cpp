@@ -10,10 +10,10 @@
 namespace report {
 
 namespace {
-/** Of the plays of a case that are good, and of the others, so many are listed. */
+/** Max number of good plays, and of other plays, that are listed for a case. */
 constexpr size_t kMaxListedPlays = 200;
 
-/** Of plays that were not played or not finished. */
+/** Max number of names of plays that were not played or not finished. */
 constexpr size_t kMaxNamedPlays = 20;
 
 constexpr char kCasesHead[] =
@@ -39,7 +39,7 @@ const char* styleOf(Grade grade)
     return grade == Grade::Good ? "passed" : grade == Grade::Bad ? "failed" : "not-observed";
 }
 
-/** Below the verdict of a case: what became of the values that were measured in it. */
+/** The result of the measured values, shown below the verdict of a case. */
 std::string measuredText(const CaseAssessment& it)
 {
     if (!it.isThere()) {
@@ -131,7 +131,7 @@ std::string assessmentsTable(const CaseSummary& it)
            (remarks.empty() ? "" : "<ul>\n" + remarks + "</ul>\n");
 }
 
-/** Opens what is folded: its words say what is in it. */
+/** The text of the line that unfolds the details; it says what they are. */
 std::string summaryOf(const CaseSummary& it)
 {
     const bool isMeasured = it.mAssessment.isThere();
@@ -140,7 +140,7 @@ std::string summaryOf(const CaseSummary& it)
                        isMeasured ? ", and measured values" : "");
 }
 
-/** Folded: the picture of the case, what was measured, and its plays. */
+/** A row with folded details: picture of the case, measured values, plays. */
 std::string moreRow(const NightSummary& night, const CaseSummary& it, const Drawing& drawing)
 {
     return fmt::format(
@@ -151,7 +151,7 @@ std::string moreRow(const NightSummary& night, const CaseSummary& it, const Draw
         playsTable(night, it));
 }
 
-/** What was not seen, a list entry each. */
+/** List entries for everything that was not observed. */
 class NotObserved
 {
 public:
@@ -180,7 +180,7 @@ void NotObserved::addWhatIsNeverSeen()
     addUnmeasured();
 }
 
-/** What the receiver made of the samples is known for cases that were assessed. */
+/** The measurements of the receiver are known only for cases that were assessed. */
 void NotObserved::addUnmeasured()
 {
     std::vector<std::string> names;
@@ -229,7 +229,7 @@ void NotObserved::addCuts()
     }
 }
 
-/** A finding at a sample has the samples around it, as long as there was room for them. */
+/** Counts the findings whose samples were not kept, because the limit was reached. */
 void NotObserved::addUnkept()
 {
     size_t count = 0;
@@ -243,7 +243,7 @@ void NotObserved::addUnkept()
     }
 }
 
-/** With the same reason, all in one. */
+/** Names the missing pictures, one entry per reason. */
 void NotObserved::addMissingPictures(const Pictures& pictures)
 {
     std::map<std::string, std::string> names;

@@ -13,7 +13,7 @@
 namespace report {
 
 namespace {
-/** Of the night, as its verdict is coloured. */
+/** The outcome that gives the verdict of the night its colour. */
 Outcome headOutcome(const NightSummary& night)
 {
     if (night.isGood()) {
@@ -35,7 +35,7 @@ std::string timesText(const NightSummary& night)
                        durationText(endNs - beginNs));
 }
 
-/** What the verdict means where the night was not simply done. */
+/** Explains the verdict if the night did not run to its end. */
 std::string stateText(const NightSummary& night)
 {
     switch (night.mState) {
@@ -90,7 +90,7 @@ std::string figureOf(const Drawing& drawing, const std::string& what)
         return fmt::format("<p class=\"muted\">No picture of {}: {}.</p>\n", htmlText(what),
                            htmlText(drawing.mWhyNot));
     }
-    // As an image of its own, so that the names inside of two pictures cannot clash.
+    // Embedded as a separate image, so that identifiers of two pictures cannot clash.
     const QByteArray svg =
         QByteArray::fromRawData(drawing.mSvg.data(), static_cast<int>(drawing.mSvg.size()));
     return fmt::format(

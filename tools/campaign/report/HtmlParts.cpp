@@ -10,7 +10,7 @@
 namespace report {
 
 namespace {
-/** Plays whose findings are listed; the table of plays has them all. */
+/** Max number of plays whose findings are listed; the table of plays has all of them. */
 constexpr size_t kMaxPlaysWithFindings = 50;
 
 void addNumber(const char* name, const std::string& value, const std::string& more,
@@ -20,7 +20,7 @@ void addNumber(const char* name, const std::string& value, const std::string& mo
                          more.empty() ? "" : "<small>" + more + "</small>");
 }
 
-/** What is not zero, beside what is wanted. */
+/** Counts above zero of all outcomes except the wanted one. */
 std::string othersText(const NightSummary& night)
 {
     std::string text;
@@ -41,7 +41,7 @@ std::string findingText(const journal::Finding& finding)
         finding.mStampNs ? " <small>at " + utcText(*finding.mStampNs) + "</small>" : "");
 }
 
-/** One list, and each file of kept samples once. */
+/** A list of the findings, and a picture of each file of kept samples. */
 std::string findingList(const std::vector<journal::Finding>& findings, const Pictures& pictures,
                         const std::string& what)
 {

@@ -10,7 +10,7 @@ namespace report {
 namespace {
 constexpr char kNightSuite[] = "the night itself";
 
-/** "2026-11-25T22:00:01": readers want it without a zone. */
+/** "2026-11-25T22:00:01": JUnit readers expect no zone. */
 std::string timestampOf(qint64 ns)
 {
     std::string text = utcText(ns);
@@ -27,7 +27,7 @@ std::string textOf(const std::vector<journal::Finding>& findings)
     return text;
 }
 
-/** A suite of the night and the class that its tests have. */
+/** A suite of the night, and the class name of its tests. */
 class Suite
 {
 public:
@@ -36,7 +36,7 @@ public:
     {
     }
 
-    /** @param timeNs that it took */
+    /** @param timeNs duration of the test */
     base::JunitSuite& addTest(const std::string& name, qint64 timeNs = 0)
     {
         mSuite.addTest(name, mClass, static_cast<double>(std::max<qint64>(timeNs, 0)) / 1e9);
@@ -91,7 +91,10 @@ void addAssessment(const Assessment& assessment, Suite& suite)
     }
 }
 
-/** What no play has: findings outside of them, and a night that was not done. */
+/**
+ * Adds what belongs to no play: findings outside the plays, and a night that did not run to its
+ * end.
+ */
 void addNight(const NightSummary& night, base::JunitFile& file)
 {
     Suite suite(file, night, kNightSuite);

@@ -19,7 +19,7 @@ constexpr double kMinBadWidth = 3.0;
 constexpr double kSameColumn = 0.5; ///< plays so near to each other become one
 constexpr qint64 kMaxTicks = 5;
 
-/** Between the times below the bar, in s. */
+/** Possible distances of the times below the bar, in s. */
 constexpr std::array<qint64, 18> kTickSteps = {
     1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400};
 
@@ -65,7 +65,7 @@ double Bar::xOf(qint64 ns) const
     return kBarWidth * std::clamp(share, 0.0, 1.0);
 }
 
-/** In order of the plays; neighbours of the same outcome are one. */
+/** In the order of the plays; adjacent plays with the same outcome are one part. */
 std::vector<Part> Bar::parts() const
 {
     std::vector<Part> parts;
@@ -115,7 +115,7 @@ std::string Bar::ticksText() const
     std::string text;
     for (qint64 second = (from / step + 1) * step; second <= to; second += step) {
         const double share = xOf(second * waveform::kSecondInNs) / kBarWidth;
-        // The last one would reach beyond the bar.
+        // A later label would reach beyond the bar.
         if (share < 0.92) {
             const std::string time = shortUtcText(second * waveform::kSecondInNs).substr(11);
             text += fmt::format(R"(<span style="left:{:.2f}%">{}</span>)", share * 100.0,

@@ -49,7 +49,7 @@ std::optional<DelaySpread> spreadOf(std::vector<qint64> delays)
     return DelaySpread{delays.front(), delays[(delays.size() - 1) / 2], delays.back()};
 }
 
-/** Takes the steps in their order. */
+/** Builds the summary from the steps of a journal, in their order. */
 class SummaryBuilder
 {
 public:
@@ -155,7 +155,7 @@ void SummaryBuilder::operator()(const journal::NightEnd& end)
     mSummary.mReason = end.mText;
 }
 
-/** With --until-failure there are more plays than the plan has. */
+/** With --until-failure there may be more plays than in the plan. */
 PlaySummary& SummaryBuilder::playAt(int index)
 {
     const auto play = static_cast<size_t>(index);
@@ -219,7 +219,7 @@ void SummaryBuilder::finishCases()
 
 NightSummary SummaryBuilder::finish()
 {
-    // After the first failure nothing more was wanted.
+    // After the first failure no more plays were wanted.
     if (mSummary.mState == NightState::FirstFailure) {
         while (!mSummary.mPlays.empty() && mSummary.mPlays.back().mAttempts == 0) {
             mSummary.mCases[mSummary.mPlays.back().mCase].mPlays.pop_back();

@@ -14,7 +14,7 @@
 namespace report {
 
 namespace {
-/** Of one picture, as SVG. */
+/** Max size of one picture as SVG. */
 constexpr size_t kMaxPictureBytes = 1'000'000;
 } // namespace
 
@@ -86,7 +86,7 @@ void PictureDrawer::drawFindings()
     }
 }
 
-/** Findings near to each other have their samples in one file. */
+/** Findings close to each other share one file of samples. */
 void PictureDrawer::drawFinding(const PlaySummary* play, const journal::Finding& finding)
 {
     if (finding.mSamplesFile.empty() || mPictures.mFindings.count(finding.mSamplesFile) > 0) {

@@ -32,7 +32,7 @@ NightSummary writeReports(const std::string& folder)
     addAssessment(folder, journal.mWholeBytes, &night);
     writeReport(folder + "/" + kTableFile, caseTable(night));
     writeReport(folder + "/" + kJunitFile, junitFile(night));
-    // Drawing takes its time: should it be cut off, no page of an earlier night is left.
+    // Drawing takes long. If it is interrupted, no page of an earlier night must remain.
     Pictures none;
     none.mCases.resize(night.mCases.size(),
                        {"", "it had not been drawn when this page was written"});

@@ -17,13 +17,13 @@ using waveform::kSecondInNs;
 constexpr qint64 kMinuteInS = 60;
 constexpr qint64 kHourInS = 3600;
 
-/** With three digits less than that is less than 1. */
+/** Values from here on round to 1 with three digits. */
 constexpr double kRoundsToOne = 0.9995;
 
 constexpr double kMilliseconds = 1e3;
 constexpr double kMicroseconds = 1e6;
 
-/** Whole seconds, and the nanoseconds after them. */
+/** A time as whole seconds and nanoseconds. */
 struct SplitTime
 {
     qint64 mSeconds;
@@ -41,7 +41,7 @@ std::string dateText(qint64 seconds, const char* format)
     return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).toString(format).toStdString();
 }
 
-/** "2 of 33 plays failed", "2 failed" of a night that was broken off, and what else is wrong. */
+/** All faults, such as "2 of 33 plays failed", or "2 failed" for an interrupted night. */
 std::vector<std::string> faultsOf(const NightSummary& night, bool isBrokenOff)
 {
     std::vector<std::string> faults;
@@ -84,7 +84,7 @@ std::string goodText(const NightSummary& night)
                                                    countText(assessed, "case")));
 }
 
-/** What a night that was not done says first. */
+/** The first words about a night that did not run to its end. */
 std::string brokenOffText(const NightSummary& night)
 {
     const char* const how = night.mState == NightState::CutOff        ? "Cut off"

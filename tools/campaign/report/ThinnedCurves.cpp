@@ -7,26 +7,26 @@
 namespace report {
 
 namespace {
-/** Of the height of a panel, which has up to 250 units. */
+/** As a part of the height of a panel, which has up to 250 units. */
 constexpr double kTolerance = 1e-3;
 
 using Points = std::vector<plot::Point>;
 
 /**
- * Slopes of the lines from the last kept point that pass every point after it within the tolerance.
- * A line may end at a point whose own slope is one of them.
+ * The slopes of lines from the last kept point that pass all later points within the tolerance. A
+ * line may end at a point whose own slope is in the range.
  */
 class SlopeRange
 {
 public:
     SlopeRange(const plot::Point& from, double tolerance) : mFrom(from), mTolerance(tolerance) {}
 
-    /** False for a point that no line may end at; nothing has changed then. */
+    /** False, without a change, if no line may end at the point. */
     bool add(const plot::Point& point)
     {
         const double width = point.mX - mFrom.mX;
         const double slope = (point.mY - mFrom.mY) / width;
-        // Also false where the curve has a gap.
+        // This condition also holds at a gap of the curve, which is NaN.
         if (!(width > 0.0 && slope >= mLow && slope <= mHigh)) {
             return false;
         }

@@ -15,10 +15,13 @@
 namespace run {
 
 namespace {
-/** Above what the child's descriptors become, so that none is replaced before it is copied. */
+/**
+ * Above all target numbers of the child's descriptors, so that none is replaced before it is
+ * copied.
+ */
 constexpr int kFirstFreeDescriptor = 64;
 
-/** The actions and attributes of posix_spawn, which have to be given back. */
+/** Owns the actions and attributes of posix_spawn. */
 class SpawnSetup
 {
 public:

@@ -9,10 +9,10 @@ namespace run {
 namespace {
 using journal::NightEnd;
 
-/** What an answer may take beyond the longest case. */
+/** Max time for an answer beyond the longest case. */
 constexpr qint64 kAnswerToleranceNs = 10'000'000'000;
 
-/** The program is ahead of the wall clock, or behind it, by this much. */
+/** Max difference between the program's stream and the wall clock. */
 constexpr qint64 kPlayingToleranceNs = 1'000'000'000;
 } // namespace
 

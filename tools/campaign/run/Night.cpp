@@ -14,32 +14,32 @@ using journal::NightEnd;
 using journal::PlayVerdict;
 using waveform::kSecondInNs;
 
-/** A program that sends nothing for so long hangs: a minute is what it catches up with. */
+/** A program that sends nothing for longer hangs. It may pause for a minute of clock difference. */
 constexpr qint64 kMaxSilenceNs = 90 * kSecondInNs;
 
-/** What loading takes for each sample, at most. */
+/** Max loading time per sample. */
 constexpr qint64 kLoadingNsPerSample = 10'000;
 
-/** What a play may take beyond all that is known to take time. */
+/** Margin on the longest duration of a play, see maxPlayNs(). */
 constexpr qint64 kPlayToleranceNs = 10 * kSecondInNs;
 
-/** Two clocks agree as well as this, and as one that is being corrected by a thousandth does. */
+/** Two clocks agree within this and 1 / kMaxClockRate of the time, the max rate of a correction. */
 constexpr qint64 kClockToleranceNs = 100'000'000;
 constexpr qint64 kMaxClockRate = 1000;
 
-/** The steady signal may pass so often until it is certain that a case like it was played. */
+/** Max passes of the steady signal until a case that resembles it is recognised. */
 constexpr qint64 kMaxSteadyPasses = 10;
 
-/** Before a command it waits no longer until the stream is on time: of signal. */
+/** Max signal time to wait, before a command, for the stream to be on time. */
 constexpr qint64 kMaxOffTimeNs = judge::ArrivalCheck::kMaxDriftNs;
 
-/** The sandbox kills a program that does not end 5 s after it was asked to. */
+/** Max time to stop. The sandbox kills a program that has not ended after 5 s. */
 constexpr qint64 kMaxStopNs = 15 * kSecondInNs;
 
-/** Samples are kept of so many findings of a play. */
+/** Max findings of a play whose samples are kept. */
 constexpr int kMaxKeptOfPlay = 3;
 
-/** Of samples that are wrong in a row, so many are kept. */
+/** Max wrong samples in a row that are kept. */
 constexpr size_t kMaxKeptWrong = 2 * size_t{kSamplesPerPeriod};
 
 qint64 steadyNsOf(const explain::PlayPlan& plan)
@@ -48,7 +48,7 @@ qint64 steadyNsOf(const explain::PlayPlan& plan)
     return entry == explain::PlayPlan::kNone ? 0 : plan.fileOf(entry).durationNs();
 }
 
-/** How far behind what arrives the judge is, and how far ahead the program. */
+/** How far the judge is behind the arriving samples, plus how far the program is ahead. */
 qint64 lagNs(const explain::PlayPlan& plan)
 {
     constexpr qint64 kBlocks = explain::RecordWindow::kAhead / kSamplesPerPeriod + 1;
@@ -97,7 +97,7 @@ void Night::add(const explain::Event& event, const Moment& now)
                  event.mSamples));
     }
     if (event.mKind == explain::Event::Kind::ProgramEnd) {
-        mHow = event.mText; // the judge finds it as well
+        mHow = event.mText; // the judge reports it as a finding, too
     }
     mJudge->add(event);
 }
@@ -137,7 +137,10 @@ void Night::programEnded(const std::string& problem, size_t restBytes, const Mom
     nextProgram();
 }
 
-/** The program has ended: a play that was on has failed, unless it is only interrupted. */
+/**
+ * Ends the judging after the program has ended. A play in progress with findings fails; without any
+ * it stays open.
+ */
 void Night::judgeRest(size_t restBytes)
 {
     mJudge->finish(restBytes);
@@ -236,7 +239,7 @@ void Night::sendCommand()
     mDesk.send(command);
 }
 
-/** What comes out after the program was given up is not listened to. */
+/** Outcomes after the program was given up are ignored. */
 void Night::takeOutcomes()
 {
     for (const judge::Outcome& outcome : mJudge->take()) {
@@ -269,7 +272,7 @@ void Night::find(const std::string& kind, const std::string& text)
     playJournal().addFinding({std::nullopt, kind, text, std::nullopt, ""});
 }
 
-/** From one period before to one period after what is wrong. */
+/** Keeps the samples from one period before to one period after the fault. */
 std::string Night::keepSamples(const judge::Finding& finding)
 {
     const PlayJournal& journal = playJournal();
@@ -303,7 +306,7 @@ void Night::endPlay(const judge::Played& played)
     mDeaths = verdict == PlayVerdict::Passed ? 0 : mDeaths;
 }
 
-/** Whether the wall clock was set since the command: then no time measured with it is true. */
+/** Whether the wall clock was set since the command, which makes times measured with it invalid. */
 bool Night::wasClockSet() const
 {
     const qint64 passedNs = schedule().now().mSteadyNs - mCommandedAt.mSteadyNs;
@@ -311,7 +314,7 @@ bool Night::wasClockSet() const
     return std::abs(wallNs - passedNs) > kClockToleranceNs + passedNs / kMaxClockRate;
 }
 
-/** After a play. */
+/** Begins the next play, or the end of the night. */
 void Night::goOn()
 {
     if (mState != State::Playing && mState != State::Gap) {
@@ -346,7 +349,7 @@ qint64 Night::maxSilenceNs() const
            (isLoading ? samplesIn(mPlan) * kLoadingNsPerSample : 0);
 }
 
-/** Goes on when enough of the signal was heard; before a command, enough that was on time. */
+/** Continues after enough signal; before a command, after enough signal that was on time. */
 void Night::watchPlay()
 {
     if (mState == State::Playing) {
@@ -371,7 +374,7 @@ void Night::watchPlay()
     }
 }
 
-/** Waiting for the end of a case, the play itself, what makes it certain, and the judge. */
+/** Sum of: wait for the end of a case, the play itself, signal until it is recognised, judge. */
 qint64 Night::maxPlayNs() const
 {
     return mPlan.longestCaseNs() + explain::kWaitToleranceNs +
@@ -379,7 +382,7 @@ qint64 Night::maxPlayNs() const
            lagNs(mPlan) + kPlayToleranceNs;
 }
 
-/** The program does what it should not: the play that is on fails, and it is started anew. */
+/** The program misbehaves: the play in progress fails, and the program is restarted. */
 void Night::loseProgram()
 {
     if (playJournal().play()) {

@@ -24,7 +24,7 @@ std::string NightFolder::keep(const std::string& name, const std::vector<SampleR
     if (mKeptBytes + bytes.size() > kMaxKeptBytes) {
         return "";
     }
-    mkdir(file("kept").c_str(), kFolderMode); // if it is not there, opening the file fails
+    mkdir(file("kept").c_str(), kFolderMode); // on failure, opening the file reports the error
     for (int number = 1; number <= kMaxSameNames; ++number) {
         const std::string suffix = number == 1 ? "" : '-' + std::to_string(number);
         const std::string path = "kept/" + name + suffix + ".bin";

@@ -27,7 +27,7 @@ qint64 nsOf(clockid_t clock)
     return time.tv_sec * waveform::kSecondInNs + time.tv_nsec;
 }
 
-/** As much of it as a line of the terminal has room for: one that is wrapped would not go away. */
+/** Cuts the text to the width of the terminal: a wrapped line could not be overwritten. */
 std::string inOneLine(const std::string& text)
 {
     winsize size{};
@@ -43,7 +43,7 @@ Moment momentNow()
 
 EndingSignals::EndingSignals()
 {
-    std::signal(SIGPIPE, SIG_IGN); // the sandbox may end before its commands do
+    std::signal(SIGPIPE, SIG_IGN); // the sandbox may end while commands are written to it
     sigset_t all;
     sigemptyset(&all);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
@@ -166,7 +166,7 @@ std::string RealDevice::send(const std::string& line)
         .toStdString();
 }
 
-/** The program has its FIFO open for as long as it runs. */
+/** A running program keeps its FIFO open. */
 std::string RealDevice::problem()
 {
     return control::ControlFifo(mFifo).open().toStdString();

@@ -51,7 +51,8 @@ void PlayRecordings::end(const std::string& name, bool isWanted)
 files::FileDescriptor PlayRecordings::open(const std::string& name) const
 {
     const std::string path = pathOf(name);
-    mkdir(path.substr(0, path.rfind('/')).c_str(), kExpectedFolderMode); // else opening fails
+    // On failure, opening the file reports the error.
+    mkdir(path.substr(0, path.rfind('/')).c_str(), kExpectedFolderMode);
     return files::FileDescriptor(
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kRecordingMode));
 }
@@ -65,7 +66,7 @@ bool PlayRecordings::hasRoomFor(quint64 bytes) const
 
 void PlayRecordings::remove(const std::string& name) const
 {
-    unlink(pathOf(name).c_str()); // what stays is found to be too short
+    unlink(pathOf(name).c_str()); // a file that cannot be removed is later found to be too short
 }
 
 } // namespace run

@@ -14,7 +14,7 @@ namespace run {
 namespace {
 constexpr int kMaxCheckMilliseconds = 30'000;
 
-/** The last line that the sandbox itself has written; empty when there is none. */
+/** The last line written by the sandbox itself; empty if there is none. */
 QString lastMessage(const QByteArray& errors)
 {
     QString message;

@@ -12,10 +12,10 @@
 namespace run {
 
 namespace {
-/** What an ordinary user may have; a second of the stream and more. */
+/** The largest size that an ordinary user may set. It holds more than 1 s of the stream. */
 constexpr int kPipeBytes = 1 << 20U;
 
-/** Of the sandbox. */
+/** Descriptor numbers in the sandbox. */
 constexpr int kRecordDescriptor = 3;
 constexpr int kEventsDescriptor = 4;
 
@@ -59,7 +59,8 @@ void SandboxDesk::startProgram(int run)
     Pipe records;
     Pipe events;
     const files::FileDescriptor log = mFolder.append("program.log");
-    fcntl(records.mReadEnd.get(), F_SETPIPE_SZ, kPipeBytes); // the default will do as well
+    // On failure, the default size is enough.
+    fcntl(records.mReadEnd.get(), F_SETPIPE_SZ, kPipeBytes);
     if (mSetup.mKeepsAll) {
         mRecords.mCopy = mFolder.append(fmt::format("recording-{}.bin", run));
         mEvents.mCopy = mFolder.append(fmt::format("events-{}.jsonl", run));
@@ -93,7 +94,7 @@ std::vector<std::string> SandboxDesk::commandFor(int /*run*/) const
     return words;
 }
 
-/** One that cannot be written is missed by the night, in time. */
+/** A command that cannot be written is detected by the night: its case is not played. */
 void SandboxDesk::send(const std::string& command)
 {
     if (mCommands.isOpen()) {

@@ -13,7 +13,7 @@
 namespace run {
 
 namespace {
-/** What a pipe holds at most. */
+/** Max capacity of a pipe. */
 constexpr size_t kReadBytes = size_t{1} << 20U;
 
 files::FileDescriptor makeEventFile()
@@ -41,7 +41,7 @@ StreamReader::StreamReader(files::FileDescriptor events, files::FileDescriptor r
     for (const int pipe : {mEvents.get(), mRecords.get()}) {
         fcntl(pipe, F_SETFL, O_NONBLOCK);
     }
-    // Signals are for the thread of the night.
+    // Signals are handled by the thread of the night.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -86,7 +86,7 @@ void StreamReader::run()
     }
 }
 
-/** Takes what is there; closes the pipe when all its writers have. */
+/** Reads the available bytes; closes the pipe when all its writers have closed it. */
 std::string StreamReader::drain(files::FileDescriptor* pipe)
 {
     std::string bytes;
@@ -105,7 +105,7 @@ std::string StreamReader::drain(files::FileDescriptor* pipe)
 
 void StreamReader::waitForBytes() const
 {
-    // A closed one is -1, which poll passes over.
+    // A closed descriptor is -1, which poll() ignores.
     std::array<pollfd, 3> files = {pollfd{mStop.get(), POLLIN, 0}, pollfd{mEvents.get(), POLLIN, 0},
                                    pollfd{mRecords.get(), POLLIN, 0}};
     poll(files.data(), files.size(), -1);

@@ -13,14 +13,16 @@
 namespace stage {
 
 namespace {
-/** The program plays some blocks ahead, and the end of a case is known some thousand samples later.
+/**
+ * Time between a play and the next: the program plays some blocks ahead, and the end of a case is
+ * recognised some thousand samples later.
  */
 constexpr qint64 kReactionNs = 500'000'000;
 
 constexpr const char* kDiffers =
     ": differs from what the plan makes; name another folder, or restore the plan and its files";
 
-/** Never replaces what is there. */
+/** Never replaces an existing file or folder. */
 void moveTo(const QString& from, const QString& to)
 {
     if (!QDir().rename(from, to)) {
@@ -29,7 +31,7 @@ void moveTo(const QString& from, const QString& to)
     }
 }
 
-/** Names of those files that are not there yet. Throws where one that is there differs. */
+/** Names of the files that do not exist yet. Throws if an existing file differs. */
 std::vector<std::string> missingFiles(const std::vector<std::string>& files, const QDir& made,
                                       const QDir& present)
 {
@@ -50,7 +52,7 @@ std::vector<std::string> missingFiles(const std::vector<std::string>& files, con
     return missing;
 }
 
-/** The stage appears as a whole; in one that is there, files that are missing are added. */
+/** Publishes the stage as a whole; to an existing stage it adds the missing files. */
 void publish(const std::vector<std::string>& files, const QDir& made, const QDir& present)
 {
     if (!QFileInfo::exists(present.path())) {
@@ -63,7 +65,7 @@ void publish(const std::vector<std::string>& files, const QDir& made, const QDir
     }
 }
 
-/** @return whether it is missing */
+/** @return true if the copy of the plan is missing */
 bool expectSamePlan(const plan::Plan& plan, const std::string& path)
 {
     if (!QFileInfo::exists(QString::fromStdString(path))) {
@@ -75,7 +77,7 @@ bool expectSamePlan(const plan::Plan& plan, const std::string& path)
     return false;
 }
 
-/** From the end of a play to the begin of the next one. */
+/** From the end of a play to the beginning of the next one. */
 qint64 betweenNs(const Stage& stage, qint64 gapNs)
 {
     return gapNs + stage.mSteady.mDurationNs + kReactionNs;
@@ -101,7 +103,8 @@ Stage makeStage(const plan::Plan& plan, const std::string& folder)
     if (!work.isValid()) {
         throw base::CaseError(folder + ": " + work.errorString().toStdString());
     }
-    // In it one as the user makes them: the temporary one is for its owner alone.
+    // Made inside the temporary folder, which only its owner may enter; this one has the usual
+    // mode.
     const QDir made(work.filePath(kStageFolder));
     if (!made.mkpath(".")) {
         throw base::CaseError(made.path().toStdString() + ": cannot be created as a folder");

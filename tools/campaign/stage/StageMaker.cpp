@@ -18,17 +18,20 @@ namespace stage {
 namespace {
 constexpr const char* kSteadyName = "steady";
 
-/** The program takes a command when a pass of the steady signal has ended. */
+/** Max length of the steady signal: the program takes a command only at the end of a pass. */
 constexpr qint64 kMaxSteadyNs = 5'000'000'000;
 
-/** The device's step is a whole number of ns: its time may differ from the file's by so much. */
+/**
+ * Max relative difference between times of the device, whose step is a whole number of ns, and the
+ * file.
+ */
 constexpr double kRoundingOfSteps = 1e-4;
 
 constexpr const char* kLikeSteady =
     ": has the same samples as the steady signal, so nobody could see it play; change one of the "
     "two, for example its amplitude";
 
-/** What options of vx-case are in a message, are keys in a plan: of the same name. */
+/** Names keys of a plan instead of options of vx-case in a message. */
 std::string withKeys(const std::string& message)
 {
     static const QRegularExpression kOption(QStringLiteral("(?<=^| )--(?=[a-z])"));
@@ -45,7 +48,7 @@ explain::PlayedFile samplesOf(const std::string& path)
     return file;
 }
 
-/** Whether one file, played again and again, cannot be told from the other. */
+/** Whether two files, played repeatedly, give the same samples. */
 bool repeatEqually(const explain::PlayedFile& left, const explain::PlayedFile& right)
 {
     for (size_t sample = 0; sample < left.size() + right.size(); ++sample) {
@@ -118,7 +121,7 @@ void StageMaker::makeCase(const plan::Case& it)
     mStage.mCases.push_back(std::move(staged));
 }
 
-/** Files are read only where their ends are the same. */
+/** Files are read only if their first and last samples are equal. */
 bool StageMaker::isLikeSteady(const MadeFile& file)
 {
     const check::FileFacts& facts = file.mFacts;
@@ -127,7 +130,7 @@ bool StageMaker::isLikeSteady(const MadeFile& file)
            repeatEqually(samplesOf(pathOf(file.mName)), samplesOf(pathOf(mStage.mSteady.mFile)));
 }
 
-/** The number of plays whose length is nearest to what is wanted. */
+/** Sets the number of repetitions whose duration is closest to the wanted one. */
 void StageMaker::setRepetitions(const plan::Case& it, const MadeFile& file,
                                 journal::StagedCase& staged)
 {
@@ -150,7 +153,7 @@ void StageMaker::setRepetitions(const plan::Case& it, const MadeFile& file,
     staged.mDurationNs = file.mFacts.mNanoseconds * static_cast<qint64>(staged.mFileRepetitions);
 }
 
-/** Makes it where no case before had the same source. */
+/** Makes the file, unless an earlier case had the same source. */
 const StageMaker::MadeFile& StageMaker::fileOf(const plan::Source& source, const std::string& name)
 {
     const auto [known, isNew] = mMadeFrom.emplace(source.mText, MadeFile());
@@ -169,14 +172,14 @@ const StageMaker::MadeFile& StageMaker::fileOf(const plan::Source& source, const
     } catch (const base::CaseError& error) {
         const std::string text = withKeys(error.what());
         if (text.find(mDirectory) == 0) {
-            throw; // no mistake of the case: it cannot be written, and so cannot the others
+            throw; // not a mistake of the case: the folder cannot be written
         }
         mMistakes.add(prefixOf(source.mLocation) + name + ": " + text);
     }
     return file;
 }
 
-/** Messages begin with the made file's name; what its user knows is the file of the source. */
+/** Messages name the file of the source, which the user knows, instead of the made file. */
 void StageMaker::expectPlayable(const plan::Source& source, const MadeFile& file) const
 {
     const check::FileFacts& facts = file.mFacts;
@@ -212,7 +215,7 @@ void StageMaker::addRemarks(const std::string& name, const std::vector<std::stri
     }
 }
 
-/** Files have no folder in it; see Stage. */
+/** File names in it have no folder; see Stage. */
 void StageMaker::writeConfiguration()
 {
     std::string text = fmt::format(
