@@ -39,13 +39,13 @@ bool isStart(const SeriesKey& key)
     return kind && key.mQuantity == startOf(*kind);
 }
 
-/** Late and early values are compared, and still are not as expected. */
+/** Late and early values are compared, but count as odd all the same. */
 size_t oddValues(const MatchCounts& counts)
 {
     return counts.mMissing + counts.mAdditional + counts.mLate + counts.mEarly + counts.mDoubled;
 }
 
-/** An event that is missing is never good, whether or not there is a limit for its start. */
+/** A missing event is never good, even without a limit for its start. */
 Verdict verdictOf(const SeriesResult& series, bool hasLimit)
 {
     if (!hasLimit) {
@@ -64,14 +64,14 @@ Verdict verdictOf(const SeriesResult& series, bool hasLimit)
     return series.mJudged == 0 ? Verdict::NotJudged : Verdict::Within;
 }
 
-/** The verdict of a whole: the first in the order of the enumeration that any series has. */
+/** The overall verdict: of all verdicts of series the first in the order of the enumeration. */
 Verdict worstOf(const std::vector<SeriesResult>& series)
 {
     Verdict worst = Verdict::NoLimit;
     for (const SeriesResult& it : series) {
         worst = std::min(worst, it.mVerdict);
     }
-    // Beside values that are within, those that cannot be judged are counted only.
+    // If some values are within their limits, values that cannot be judged do not decide.
     const bool hasWithin = std::any_of(series.begin(), series.end(), [](const auto& it) {
         return it.mVerdict == Verdict::Within;
     });
@@ -161,7 +161,7 @@ bool isBeyond(const JudgedValue& value)
     return value.mLimit > 0.0 && std::abs(value.mError) > value.mLimit + kRounding * size;
 }
 
-/** Does the comparison. */
+/** Performs the comparison. */
 class Assessment::Work
 {
 public:
@@ -274,7 +274,7 @@ void Assessment::Work::assessSeries(const SeriesKey& key)
     mResult.mSeries.push_back(std::move(series));
 }
 
-/** A value under a limit counts more than a larger error under none. */
+/** A value with a limit takes precedence over a larger error without one. */
 void Assessment::Work::judgeValues(const Matching& matching, const SeriesJudge& judge,
                                    SeriesResult& series)
 {

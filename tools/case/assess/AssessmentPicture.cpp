@@ -32,7 +32,7 @@ std::string axisOf(const std::string& what, const std::string& unit)
 void fitRange(plot::Panel& panel)
 {
     constexpr double kMargin = 0.08;
-    constexpr double kMinPart = 5e-5; // of the value: so the numbers at the axis differ
+    constexpr double kMinPart = 5e-5; // of the value; makes the numbers at the axis differ
     double low = std::numeric_limits<double>::infinity();
     double high = -low;
     for (const plot::Curve& curve : panel.mCurves) {

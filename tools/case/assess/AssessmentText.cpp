@@ -30,7 +30,7 @@ std::string withUnit(double value, const std::string& unit)
     return numberText(value) + (unit.empty() ? "" : " " + unit);
 }
 
-/** Sums over all series that decide. */
+/** Sums over all series that decide about the verdict. */
 struct Totals
 {
     size_t mJudged = 0;
@@ -78,7 +78,7 @@ void addCount(std::vector<std::string>& parts, size_t count, const char* what)
     }
 }
 
-/** What is wrong, in numbers. */
+/** Counts of what is wrong. */
 std::vector<std::string> faultsOf(const Totals& totals)
 {
     std::vector<std::string> parts;
@@ -95,7 +95,7 @@ std::vector<std::string> faultsOf(const Totals& totals)
     return parts;
 }
 
-/** What is not wrong, and not known to be good. */
+/** Counts of what is neither wrong nor known to be good. */
 std::string unknownOf(const Totals& totals)
 {
     std::vector<std::string> parts;
@@ -192,7 +192,7 @@ Json jsonOf(const SeriesResult& series)
     return json;
 }
 
-/** What a test report says of a series that is not within. */
+/** The message in a test report about a series that is not within its limits. */
 std::string messageOf(const SeriesResult& series)
 {
     std::string text = nameOf(series.mVerdict);

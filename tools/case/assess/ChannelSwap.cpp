@@ -29,7 +29,7 @@ const std::array<Members, 3>& channelGroups()
     return kGroups;
 }
 
-/** The rms of the errors; none where nothing can be compared. */
+/** The rms of the errors; no value if nothing can be compared. */
 std::optional<double> errorBetween(const Series& expected, const Series& measured, bool isAngles,
                                    qint64 toleranceNs)
 {
@@ -47,14 +47,14 @@ std::optional<double> errorBetween(const Series& expected, const Series& measure
                          : std::optional(std::sqrt(squares / static_cast<double>(pairs.size())));
 }
 
-/** Compares each channel of a group with what is expected of each. */
+/** Compares each measured channel of a group with each expected one. */
 class SwapSearch
 {
 public:
     SwapSearch(const ValueTable& expected, const ValueTable& measured, const std::string& quantity,
                const Members& group, qint64 toleranceNs);
 
-    /** Nothing where each channel is nearest to itself, or no clear exchange is found. */
+    /** No value if each channel fits itself best, or if no clear exchange is found. */
     std::optional<Permutation> find() const;
 
     const Members& members() const { return mMembers; }

@@ -26,7 +26,7 @@ constexpr int kMaxShift = 20; ///< intervals
 constexpr int kShiftsPerInterval = 4;
 constexpr qint64 kMaxIntervalNs = 86400 * waveform::kSecondInNs;
 
-/** How well a series agrees when its time stamps are shifted. */
+/** How well series agree when their time stamps are shifted. */
 struct Agreement
 {
     size_t mProbes = 0;
@@ -45,7 +45,7 @@ auto firstAt(const Samples& samples, qint64 ns)
                             [](const Sample& it, qint64 time) { return it.mUtcNs < time; });
 }
 
-/** Expected values at the time of a measured one, none outside of them. */
+/** The expected value at a time, interpolated; no value before the first or after the last. */
 std::optional<double> valueAtTime(const Samples& samples, qint64 ns)
 {
     const auto after = firstAt(samples, ns);
@@ -80,7 +80,7 @@ void addAgreement(const Samples& expected, const Samples& measured, qint64 offse
     }
 }
 
-/** A series of both tables, and how far a time stamp may be off. */
+/** A series that both tables have, and its tolerance of time stamps. */
 struct ProbedSeries
 {
     double mVariation; ///< of the expected values, by the largest
@@ -98,14 +98,14 @@ double variationOf(const Samples& samples)
     return size > 0.0 ? (max->mValue - min->mValue) / size : 0.0;
 }
 
-/** Not more than a quarter of the interval: a window of all times would fit everywhere. */
+/** At most a quarter of the spacing: a wider window would match at any offset. */
 qint64 windowOf(const Samples& expected, qint64 toleranceNs)
 {
     constexpr qint64 kMinNs = waveform::kSecondInNs / 1000;
     return std::min(std::max(toleranceNs, kMinNs), spacingOf(expected) / 4);
 }
 
-/** Those that say most about the time: they vary most, and are no angles. */
+/** The series that are best for finding an offset: those that vary most, without angles. */
 std::vector<ProbedSeries> probedSeries(const ValueTable& expected, const ValueTable& measured,
                                        qint64 toleranceNs)
 {
@@ -127,7 +127,7 @@ std::vector<ProbedSeries> probedSeries(const ValueTable& expected, const ValueTa
     return probed;
 }
 
-/** Whole seconds up to a minute, half hours up to 14 h, a day; to either side. */
+/** Whole seconds up to a minute, half hours up to 14 h, a day; each with both signs. */
 std::vector<qint64> clockOffsets()
 {
     constexpr int kHalfHour = 1800;
@@ -163,7 +163,7 @@ const char* clockHint(qint64 seconds)
     }
 }
 
-/** Tries offsets on a few series. */
+/** Searches the clock offset at which a few series agree. */
 class OffsetSearch
 {
 public:
@@ -191,7 +191,7 @@ Agreement OffsetSearch::agreement(qint64 offsetNs) const
     return sum;
 }
 
-/** Nearly all values are found where few were, or their errors vanish. */
+/** True if nearly all values match where few did before, or if their errors nearly vanish. */
 bool OffsetSearch::isFarBetter(const Agreement& it) const
 {
     constexpr size_t kFew = 4;

@@ -81,7 +81,7 @@ void makeBars(plot::Panel& panel, double apart)
 
 void setRanges(plot::WaveColumn& column, bool hasBars)
 {
-    constexpr double kMarginPart = 1.0 / 20.0; // of the time, so that no bar is cut
+    constexpr double kMarginPart = 1.0 / 20.0; // of the time axis, so that no bar is cut off
     constexpr double kBarPart = 1.0 / 200.0;
     constexpr double kMinSpan = 1e-3;
     const double span = column.mTo - column.mFrom;

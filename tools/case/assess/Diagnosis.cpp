@@ -27,7 +27,7 @@ constexpr double kExplained = 0.2;      ///< of the error is left at most
 constexpr double kHalfTurn = 180.0;
 constexpr double kTurn = 360.0;
 
-/** A ratio that has a usual cause. */
+/** A ratio with a well-known cause. */
 struct KnownRatio
 {
     double mRatio;
@@ -55,7 +55,7 @@ const char* causeOf(double ratio)
     return "the ratio of a transformer, or a factor in the map?";
 }
 
-/** What a set of series has in common: a text for each value, with the names of the series. */
+/** Names of series by the diagnosis that they share. */
 using Groups = std::map<std::string, std::vector<std::string>>;
 
 std::vector<std::string> sentences(const Groups& groups)
@@ -72,7 +72,7 @@ std::vector<std::string> sentences(const Groups& groups)
     return texts;
 }
 
-/** Whether nearly all of the error is a factor; that factor. */
+/** The factor that explains nearly all of the error, if there is one. */
 std::optional<double> ratioOf(const std::vector<Pair>& pairs)
 {
     double xx = 0.0;
@@ -96,7 +96,7 @@ std::optional<double> ratioOf(const std::vector<Pair>& pairs)
                                                                  : std::nullopt;
 }
 
-/** The mean error of angles, where they all have nearly the same. */
+/** The mean error of the angles, if all errors are nearly equal. */
 std::optional<double> commonTurn(const std::vector<Pair>& pairs)
 {
     constexpr double kAlike = 0.995; // of the length of the mean vector
@@ -110,7 +110,7 @@ std::optional<double> commonTurn(const std::vector<Pair>& pairs)
     return std::arg(sum) / base::kRadiansPerDegree;
 }
 
-/** A turn of all angles by less than a period is a delay. */
+/** A diagnosis for angles that are all off by the same amount, which mostly means a delay. */
 std::string turnText(double degrees, double hertz)
 {
     const double size = std::abs(degrees);
@@ -126,7 +126,7 @@ std::string turnText(double degrees, double hertz)
         degrees < 0.0 ? "late" : "early", milliseconds, size);
 }
 
-/** Works on what is beyond its limit. */
+/** Looks for causes of the errors beyond their limits. */
 class Diagnostician
 {
 public:
@@ -193,7 +193,7 @@ bool Diagnostician::hasBeyond(bool (*isMeant)(std::string_view)) const
     });
 }
 
-/** Of the expected phasors; 50 where they do not say it. */
+/** The frequency of the expected phasors; 50 Hz if it is not in the table. */
 double Diagnostician::hertz() const
 {
     const Series* const series = mExpected.find({kPhasorHz, ""});
@@ -220,7 +220,7 @@ void Diagnostician::findTurns()
     addTurns(turns);
 }
 
-/** Series that are turned alike share a sentence. */
+/** Series whose angles have the same error share a sentence. */
 void Diagnostician::addTurns(const std::map<std::string, double>& turns)
 {
     std::vector<std::pair<double, std::vector<std::string>>> groups;
@@ -247,17 +247,17 @@ void Diagnostician::addTurns(const std::map<std::string, double>& turns)
     }
 }
 
-/** What a factor does not explain may be a delay. */
+/** Looks for a factor, and if there is none, for a delay. */
 void Diagnostician::findRatios()
 {
-    constexpr size_t kMaxDelayed = 20; // each is a search
+    constexpr size_t kMaxDelayed = 20; // each needs a search
     size_t searched = 0;
     Groups ratios;
     Groups delays;
     for (const SeriesResult& it : mResults) {
         const std::string& quantity = it.mKey.mQuantity;
         const bool isMagnitude = !isAngle(quantity) && !isComputed(quantity);
-        // Magnitudes of phasors have no limit of their own: the total vector error has.
+        // Magnitudes of phasors have no limit of their own; the total vector error has one.
         const bool isWrong = it.mVerdict == Verdict::Beyond || quantity == kMagnitude;
         if (!isMagnitude || !isWrong || mSwapped.count(it.mKey.mChannel) > 0) {
             continue;
@@ -283,7 +283,7 @@ void Diagnostician::findRatios()
     }
 }
 
-/** Time stamps that are late alike, while the values belong together. */
+/** Finds time stamps that are all late by the same time. */
 void Diagnostician::findStampDelay()
 {
     Groups groups;

@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kMinDurations = 2;
 constexpr double kSamePeriods = 0.25; ///< rms values are renewed each half period
 
-/** Rapid changes last between steady voltages, which is another rule. */
+/** Rapid voltage changes are excluded: their duration follows another rule. */
 bool isDurationByPeriods(const std::string& quantity)
 {
     return quantity == "dip-duration" || quantity == "swell-duration" ||

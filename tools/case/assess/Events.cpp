@@ -16,7 +16,7 @@ constexpr size_t kMaxCandidates = 32; ///< before and after an expected event
 
 using Starts = std::vector<qint64>;
 
-/** What two tables say of the events of one kind and channel. */
+/** The events of one kind and channel in both tables. */
 struct EventRows
 {
     std::set<std::string> mQuantities; ///< of the expected ones
@@ -24,7 +24,7 @@ struct EventRows
     std::set<qint64> mMeasured;
 };
 
-/** A possible pair: indices of starts. */
+/** A possible pair of an expected and a measured event, by indices of starts. */
 struct Candidate
 {
     qint64 mDistanceNs;
@@ -32,7 +32,7 @@ struct Candidate
     size_t mMeasured;
 };
 
-/** The time in which measured events count: all of it, if nothing else is said. */
+/** The time range in which measured events count; unlimited by default. */
 struct JudgedTime
 {
     qint64 mBeginNs = std::numeric_limits<qint64>::min();
@@ -41,7 +41,7 @@ struct JudgedTime
     bool holds(qint64 ns) const { return ns > mBeginNs && ns < mEndNs; }
 };
 
-/** From the first to the last expected value. */
+/** The range from the first to the last expected value. */
 JudgedTime timeOf(const ValueTable& expected)
 {
     JudgedTime time{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
@@ -54,7 +54,7 @@ JudgedTime timeOf(const ValueTable& expected)
     return time;
 }
 
-/** @param time measured events outside of it are left out */
+/** @param time measured events outside this range are left out */
 std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTable& measured,
                                        const JudgedTime& time)
 {
@@ -83,7 +83,7 @@ std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTa
     return events;
 }
 
-/** For each expected start the measured one, if there is one. */
+/** For each expected start the index of the measured one, if there is one. */
 std::vector<std::optional<size_t>> matchStarts(const Starts& expected, const Starts& measured,
                                                qint64 toleranceNs)
 {
@@ -125,11 +125,11 @@ std::optional<double> valueAt(const ValueTable& table, const SeriesKey& key, qin
     return isThere ? std::optional(found->mValue) : std::nullopt;
 }
 
-/** Works on the events of one kind and channel. */
+/** Matches the events of one kind and channel. */
 class EventMatcher
 {
 public:
-    /** Near expected events, measured ones count as well where that is outside of the time. */
+    /** Measured events near expected ones count even outside the time range. */
     EventMatcher(const EventRows& rows, qint64 toleranceNs, const JudgedTime& time)
         : mExpected(rows.mExpected.begin(), rows.mExpected.end())
     {
@@ -210,7 +210,7 @@ void addEvents(const ValueTable& expected, const ValueTable& measured, qint64 to
                bool isPart, ComputedSeries& computed)
 {
     const JudgedTime time = isPart ? timeOf(expected) : JudgedTime();
-    // The plays of a night share what was measured: each looks at its own part of it.
+    // The plays of a night share one table of measured values, so each play uses its part only.
     const JudgedTime near =
         isPart ? JudgedTime{time.mBeginNs - toleranceNs, time.mEndNs + toleranceNs} : time;
     for (const auto& [key, rows] : collect(expected, measured, near)) {

@@ -97,7 +97,7 @@ void LimitReader::readLimit(const toml::node& node)
     }
 }
 
-/** A text or a list of them. */
+/** Reads a text, or a list of texts, that must be among the names. */
 std::vector<std::string> LimitReader::knownTexts(const Section& section, const char* key,
                                                  const std::vector<std::string>& names) const
 {
@@ -178,7 +178,7 @@ void LimitReader::readConditions(const Section& section, Limit& limit) const
     limit.mAfter = span(section, "after");
 }
 
-/** A number, or "10 %". */
+/** Reads a number, or a percentage such as "10 %". */
 std::optional<Bound> LimitReader::bound(const Section& section, const char* key) const
 {
     const toml::node* const node = section.find(key);
@@ -216,7 +216,7 @@ std::optional<Span> LimitReader::span(const Section& section, const char* key) c
     return span;
 }
 
-/** A number of seconds, "2/f0" for periods or "7/fr" for intervals between frames. */
+/** Reads a number of seconds, of periods ("2/f0") or of reporting intervals ("7/fr"). */
 void LimitReader::addSpan(const Section& section, const char* key, const toml::node& node,
                           Span& span) const
 {

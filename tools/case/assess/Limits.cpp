@@ -58,7 +58,7 @@ const char* stateText(SignalState state)
     return "varying";
 }
 
-/** A channel has a unit, and so has a limit for it; without one the unit is not known. */
+/** The unit of a limit is that of its channel. Without a channel it may be V or A. */
 std::string unitOfLimit(const Limit& limit)
 {
     if (isComputed(limit.mQuantity)) {

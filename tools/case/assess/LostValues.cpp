@@ -18,7 +18,7 @@ constexpr qint64 kMaxRunStepNs = 1'000'000'000; ///< between times that are a ru
 
 using Names = std::vector<std::string>;
 
-/** Names of series by the time at which each has something odd. */
+/** Names of the series concerned, by time. */
 using ByTime = std::map<qint64, Names>;
 
 std::string utcTextOf(qint64 ns)
@@ -36,7 +36,7 @@ std::string listed(const Names& names)
                        names.size() - kMaxNamed);
 }
 
-/** One sentence for times in a row at which the same series are concerned. */
+/** Adds one sentence for consecutive times at which the same series are concerned. */
 void addRuns(const std::string& what, const ByTime& times, Names& sentences)
 {
     for (auto begin = times.begin(); begin != times.end();) {
@@ -66,7 +66,7 @@ void addTimes(const std::vector<qint64>& times, const std::string& name, ByTime&
     }
 }
 
-/** An event has a name of its own: "dip UA". */
+/** Events are named by kind and channel: "dip UA". */
 std::string eventName(const SeriesKey& key)
 {
     return nameOf(SeriesKey{*eventKindOf(key.mQuantity), key.mChannel});

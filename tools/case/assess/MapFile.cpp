@@ -229,7 +229,7 @@ void MapReader::readLong()
     mMap.mLong = columns;
 }
 
-/** Words of the device, each with ours. */
+/** Reads a table of the device's words with the names that they stand for. */
 void MapReader::readWords(const char* key, std::map<std::string, std::string>& words,
                           bool (*isKnown)(std::string_view),
                           const std::vector<std::string>& names) const

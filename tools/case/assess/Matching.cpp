@@ -7,7 +7,7 @@
 namespace assess {
 
 namespace {
-/** Adds a time to a list that is for messages. */
+/** Adds a time to a list for messages, up to its max length. */
 void list(std::vector<qint64>& times, qint64 utcNs)
 {
     if (times.size() < Matching::kMaxListed) {
@@ -15,7 +15,7 @@ void list(std::vector<qint64>& times, qint64 utcNs)
     }
 }
 
-/** Goes through both series once. */
+/** Matches two series in one pass. */
 class Matcher
 {
 public:
@@ -65,7 +65,7 @@ Matching Matcher::match()
     return std::move(mResult);
 }
 
-/** All measured values that are nearer to this expected value than to the one after it. */
+/** Takes all measured values that are nearer to this expected value than to the next one. */
 void Matcher::takeNext()
 {
     const qint64 end = mNext + 1 < mExpected.size()

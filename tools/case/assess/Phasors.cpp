@@ -18,7 +18,7 @@ Phasor phasorOf(double magnitude, double degrees)
     return {magnitude * std::cos(radians), magnitude * std::sin(radians)};
 }
 
-/** Percent; that of an expected 0 is 100 where anything was measured. */
+/** In percent. If 0 is expected, any other measured value has 100 %. */
 double vectorError(const Phasor& expected, const Phasor& measured)
 {
     constexpr double kPercent = 100.0;
@@ -27,7 +27,7 @@ double vectorError(const Phasor& expected, const Phasor& measured)
     return size > 0.0 ? kPercent * error / size : (error > 0.0 ? kPercent : 0.0);
 }
 
-/** Frames that have both a magnitude and an angle. */
+/** The vector errors of the frames that have both a magnitude and an angle. */
 Matching joinPairs(Matching magnitudes, const Matching& angles)
 {
     const std::vector<Pair> pairs = std::move(magnitudes.mPairs);

@@ -28,7 +28,7 @@ constexpr std::array<std::string_view, 4> kEventKinds{"dip", "swell", "interrupt
 constexpr std::array<std::pair<char, double>, 6> kPrefixes{
     {{'n', 1e-9}, {'u', 1e-6}, {'m', 1e-3}, {'k', 1e3}, {'M', 1e6}, {'G', 1e9}}};
 
-/** Units that differ in more than a prefix. */
+/** Two units and the factor between them, which is not that of a prefix. */
 struct UnitPair
 {
     std::string_view mFrom;
@@ -49,7 +49,7 @@ const auto* findComputed(std::string_view quantity)
                         [quantity](const auto& it) { return it.first == quantity; });
 }
 
-/** Of the quantities that are no events a name with each order, without intervals. */
+/** Names of all quantities except events, one for each order, without intervals. */
 std::vector<std::string> namesWithOrders()
 {
     std::vector<std::string> names;

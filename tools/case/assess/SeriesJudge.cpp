@@ -104,7 +104,7 @@ JudgedValue SeriesJudge::judge(const Pair& pair, const Limit** limit) const
                                   [&](const Row& it) { return applies(it, pair); });
     const bool hasRow = row != mLimits.end();
     if (hasRow) {
-        // A limit of 0, as percent of 0, would be none.
+        // A limit of 0 (a percentage of 0) must not be taken for no limit.
         value.mLimit =
             std::max(row->mFixed + row->mLimit->mReading * kPercentOf * std::abs(pair.mExpected),
                      std::numeric_limits<double>::min());

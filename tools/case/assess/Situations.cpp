@@ -24,7 +24,7 @@ const std::vector<Sample>* samplesOf(const ValueTable& table, const SeriesKey& k
     return series == nullptr || series->mSamples.empty() ? nullptr : &series->mSamples;
 }
 
-/** The smallest and the largest value from one time to another. */
+/** The smallest and the largest value in a time range. */
 struct Extremes
 {
     double mMin = 0.0;
@@ -46,7 +46,7 @@ Extremes extremesOf(const std::vector<Sample>& samples, qint64 beginNs, qint64 e
     return extremes;
 }
 
-/** A magnitude that shows what all phases do. */
+/** A magnitude that represents all phases. */
 const std::vector<Sample>* magnitudesOf(const ValueTable& expected)
 {
     for (const SeriesKey& key : {SeriesKey{kPositiveMagnitude, "U"}, SeriesKey{kMagnitude, "UA"},
@@ -111,7 +111,7 @@ void Situations::addSteps(const ValueTable& expected)
     mIntervals.insert(mIntervals.end(), mSteps.begin(), mSteps.end());
 }
 
-/** Overlapping intervals become one; their ends stay edges. */
+/** Merges overlapping intervals; their ends remain edges. */
 void Situations::join()
 {
     for (const Interval& it : mIntervals) {
@@ -132,7 +132,7 @@ void Situations::join()
     mIntervals = std::move(joined);
 }
 
-/** What is near a time and on the same side of each step. */
+/** The window around a time, cut at the nearest steps. */
 Situations::Interval Situations::windowAround(qint64 utcNs) const
 {
     const auto next = std::partition_point(

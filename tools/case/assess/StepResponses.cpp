@@ -15,7 +15,7 @@ namespace {
 constexpr qint64 kAroundStepNs = waveform::kSecondInNs / 2;
 constexpr qint64 kSameStepNs = waveform::kSecondInNs / 10; ///< in several channels
 
-/** What the table allows a quantity while nothing changes. */
+/** The limit of a quantity in steady state. */
 std::optional<double> steadyLimit(const LimitTable& limits, const std::string& quantity)
 {
     const auto found =
@@ -31,14 +31,16 @@ double errorOf(const Pair& pair)
     return std::abs(pair.mMeasured - pair.mExpected);
 }
 
-/** Where the error is at the limit between two values, in ns. */
+/** The time between two values at which the error crosses the limit, in ns. */
 qint64 crossing(const Pair& a, const Pair& b, double limit)
 {
     const double share = (limit - errorOf(a)) / (errorOf(b) - errorOf(a));
     return a.mUtcNs + std::llround(share * static_cast<double>(b.mUtcNs - a.mUtcNs));
 }
 
-/** From where the error leaves the limit to where it is back for good; s, 0 where it stays within.
+/**
+ * Time in s from where the error first exceeds the limit to where it is back within it for good; 0
+ * if it never exceeds it.
  */
 double responseTime(const std::vector<Pair>& pairs, const Step& step, double limit)
 {
@@ -53,7 +55,7 @@ double responseTime(const std::vector<Pair>& pairs, const Step& step, double lim
     }
     const auto last =
         std::find_if(std::make_reverse_iterator(end), std::make_reverse_iterator(first), isBeyond)
-            .base(); // the one after it
+            .base(); // the one after the last
     const qint64 leaves = first == begin ? first->mUtcNs : crossing(first[-1], *first, limit);
     const qint64 returns = last == end ? last[-1].mUtcNs : crossing(last[-1], *last, limit);
     return static_cast<double>(returns - leaves) * base::kSecondsPerNanosecond;
@@ -66,7 +68,7 @@ void addValue(ComputedSeries& computed, const SeriesKey& key, qint64 utcNs, doub
     matching.mPairs.push_back({utcNs, 0.0, value});
 }
 
-/** Adds what follows the steps of one channel. */
+/** Adds the computed quantities of the steps of one channel. */
 class ChannelSteps
 {
 public:
@@ -87,7 +89,7 @@ private:
     ComputedSeries& mComputed;
 };
 
-/** Delay and overshoot of a series. A step that is never made is missing. */
+/** Adds delay and overshoot of a series. A step that was not measured counts as missing. */
 std::vector<Step> ChannelSteps::add(const SeriesKey& key)
 {
     const std::vector<Sample>& wanted = mExpected.find(key)->mSamples;
@@ -119,7 +121,7 @@ void ChannelSteps::addResponses(const std::vector<Step>& steps, const Matching& 
     }
 }
 
-/** Steps in the order of time; those that several series have at once are one. */
+/** Steps sorted by time; simultaneous steps of several series become one. */
 std::vector<Step> merged(std::vector<Step> steps)
 {
     std::sort(steps.begin(), steps.end(),

@@ -17,7 +17,7 @@ constexpr double kMinDegrees = 1.0;
 constexpr double kFlat = 0.25; ///< of the smallest step: how far differences may be apart
 constexpr qint64 kAroundNs = waveform::kSecondInNs / 2;
 
-/** Looks for steps in the differences between values. */
+/** Finds steps in the differences between values. */
 class StepFinder
 {
 public:
@@ -43,7 +43,7 @@ private:
     std::vector<double> mDifferences; ///< [i]: from i to i + 1
 };
 
-/** A share of the larger one of the values around, so that a step from 0 has a size. */
+/** Min size of a step: a part of the larger neighbouring value, so that a step from 0 is found. */
 double StepFinder::minSizeAt(size_t index) const
 {
     if (mIsAngle) {
@@ -72,7 +72,7 @@ double StepFinder::slope(size_t first) const
     return sum / kPlateau;
 }
 
-/** The step right after the plateau that begins there. */
+/** The step right after the plateau that begins at the index, if there is one. */
 std::optional<Step> StepFinder::stepAfter(size_t first) const
 {
     const size_t begin = first + kPlateau; // index of the last value of the plateau
@@ -114,7 +114,7 @@ std::vector<Step> StepFinder::find()
     return steps;
 }
 
-/** The part of a series that is around a step. */
+/** The samples of a series around a step. */
 std::vector<Sample> around(const Step& step, const std::vector<Sample>& samples)
 {
     const auto isEarlier = [](const Sample& sample, qint64 ns) { return sample.mUtcNs < ns; };
@@ -124,14 +124,14 @@ std::vector<Sample> around(const Step& step, const std::vector<Sample>& samples)
     return {begin, end};
 }
 
-/** How far a value is, 0 before the step and 1 after it, its slope aside. */
+/** How much of the step a value has made: 0 before it, 1 after it, without the slope. */
 double shareOf(double value, double base, const Step& step, bool isAngle)
 {
     const double difference = value - base;
     return (isAngle ? wrapped(difference) : difference) / step.mSize;
 }
 
-/** Where a series has made half of the step; 0 where it never has. */
+/** The time in s at which a series has made half of the step; no value if it never has. */
 std::optional<double> halfOf(const Step& step, const std::vector<Sample>& samples, double slope,
                              bool isAngle)
 {
@@ -151,7 +151,7 @@ std::optional<double> halfOf(const Step& step, const std::vector<Sample>& sample
     return std::nullopt;
 }
 
-/** The mean slope outside of the step, in units a second. */
+/** The mean slope outside the step, in units per second. */
 double slopeAround(const Step& step, const std::vector<Sample>& samples, bool isAngle)
 {
     double change = 0.0;
@@ -169,7 +169,7 @@ double slopeAround(const Step& step, const std::vector<Sample>& samples, bool is
     return seconds > 0.0 ? change / seconds : 0.0;
 }
 
-/** The most by which the measured values go beyond the expected ones, in percent of the step. */
+/** The largest overshoot of the measured values over the expected ones, in percent of the step. */
 double overshootOf(const Step& step, const std::vector<Sample>& expected,
                    const std::vector<Sample>& measured, bool isAngle)
 {

@@ -43,7 +43,7 @@ RowKind kindOf(const SeriesKey& key)
     return *measure::findRowKind(key.mQuantity);
 }
 
-/** A, B, C and the neutral or total; what belongs to no phase has the last. */
+/** One colour each for A, B, C and for the neutral or total; the last for all without a phase. */
 size_t colourOf(const SeriesKey& key)
 {
     const Channel channel = *measure::findChannel(key.mChannel);
@@ -61,7 +61,7 @@ bool isOfCurrent(const SeriesKey& key)
            std::string_view("A");
 }
 
-/** What the values are in; voltages and currents, whose colours are the same, are kept apart. */
+/** The title of the axis. Voltages and currents have the same colours, so each has its own axis. */
 std::string axisOver(const SeriesKey& key)
 {
     const std::string unit = unitOf(key);
@@ -81,7 +81,7 @@ std::string titleOf(const RowKind& kind)
            kAggregated[static_cast<size_t>(kind.mInterval)];
 }
 
-/** The usual time between two values; 0 for one value. */
+/** The median time between two values; 0 for a single value. */
 double usualStepNs(const std::vector<Sample>& samples)
 {
     std::vector<qint64> steps;
@@ -109,7 +109,7 @@ std::optional<double> measuredAt(const Series* series, qint64 utcNs)
     return isThere ? std::optional(found->mValue) : std::nullopt;
 }
 
-/** The time nearest to the wanted one that is not further before or after it. */
+/** The time nearest to the wanted one, at most `before` ns before it or `after` ns after it. */
 std::optional<qint64> nearestOf(const std::set<qint64>& times, qint64 wanted, double before,
                                 double after)
 {
@@ -133,7 +133,7 @@ struct DrawnPhasor
     double mLength = 0.0;
     std::optional<double> mDegrees; ///< none: so small that it has no angle
 
-    /** A positive sequence would cover phase A, and is only said. */
+    /** A positive sequence is only named in the text: its arrow would cover that of phase A. */
     bool isArrow() const { return mMagnitude.mQuantity == kMagnitude; }
 
     std::string text() const
@@ -145,7 +145,7 @@ struct DrawnPhasor
     }
 };
 
-/** Voltages or currents, as arrows; the longest reaches the circle. Requires: one at least. */
+/** Voltages or currents as arrows; the longest reaches the circle. Requires: at least one. */
 plot::WaveColumn diagramOf(const std::vector<DrawnPhasor>& phasors)
 {
     constexpr double kMargin = 1.15;
@@ -197,7 +197,7 @@ bool isMeasuredTable(const std::string& path)
     try {
         head = base::InputFile(path).peek(kLong.size() + 1);
     } catch (const base::CaseError&) {
-        return false; // who reads it says why
+        return false; // opening it for reading reports the reason
     }
     for (const std::string_view other : {"utc,origin,", "{\"utc\":\""}) {
         if (head.compare(0, other.size(), other) == 0) {
@@ -236,7 +236,7 @@ TablePicture::TablePicture(const ValueTable& table, std::string name)
     }
 }
 
-/** In the order of the channels, those of one channel in that of the harmonics. */
+/** Sorted by channel, then by order of the harmonic. */
 TablePicture::Keys TablePicture::keysOf(const std::function<bool(const RowKind&)>& isWanted) const
 {
     Keys keys;
@@ -267,13 +267,13 @@ qint64 TablePicture::timeOf(const std::string& at) const
 }
 
 /**
- * A window covers the time from the one before it to its own, a frame half of that to the frames
- * beside it.
+ * The time stamp whose window or frame holds the time `at`. A window reaches back to the window
+ * before it; a frame reaches half-way to the frames before and after it.
  */
 qint64 TablePicture::momentOf(const Keys& keys, const std::string& what,
                               const std::string& at) const
 {
-    constexpr double kLongestPart = 1.25; // of the window of the nominal frequency: at 40 Hz
+    constexpr double kLongestPart = 1.25; // of the window at the nominal frequency: at 40 Hz
     std::set<qint64> times;
     for (const SeriesKey& key : keys) {
         for (const Sample& it : mTable.find(key)->mSamples) {
@@ -304,7 +304,7 @@ qint64 TablePicture::momentOf(const Keys& keys, const std::string& what,
 plot::Curve TablePicture::curveOf(const SeriesKey& key, bool hasBars) const
 {
     constexpr double kGapSteps = 2.5;
-    constexpr double kGapPart = 1.0 / 400.0; // of what is drawn through the extremes of columns
+    constexpr double kGapPart = 1.0 / 400.0; // of the time, if only extremes of columns are drawn
     const std::vector<Sample>& samples = mTable.find(key)->mSamples;
     plot::Envelope envelope(1, kDrawnColumns);
     for (const Sample& it : samples) {
@@ -331,7 +331,7 @@ plot::Picture TablePicture::overTime(const std::string& quantity) const
     }
     plot::WaveColumn column{
         titleOf(kind), std::numeric_limits<double>::infinity(), 0.0, std::nullopt, {}};
-    // A line of one value would not be seen.
+    // A line through a single value would be invisible.
     const bool hasBars = measure::quantityOf(kind.mId).mGroup == std::string_view("events") ||
                          std::any_of(keys.begin(), keys.end(), [this](const SeriesKey& key) {
                              return mTable.find(key)->mSamples.size() == 1;
@@ -405,7 +405,7 @@ plot::Picture TablePicture::phasors(const std::string& at) const
     });
     plot::Picture picture = pictureAt(kPhasors, moment);
     picture.mBelow = "real part";
-    std::array<std::vector<DrawnPhasor>, 2> systems; // of voltages, of currents
+    std::array<std::vector<DrawnPhasor>, 2> systems; // voltages, currents
     for (const SeriesKey& key : keys) {
         if (const auto length = measuredAt(mTable.find(key), moment)) {
             const char* const angle = key.mQuantity == kMagnitude ? kAngle : kPositiveAngle;

@@ -20,7 +20,7 @@ namespace {
 constexpr size_t kMaxUnused = 100;
 constexpr double kMaxMeasured = 1e30;
 
-/** Where the values of a field go. */
+/** The series to which the values of a field are added. */
 struct FieldTarget
 {
     Series* mSeries = nullptr; ///< none: left out
@@ -29,7 +29,7 @@ struct FieldTarget
 
 using Fields = std::vector<std::string_view>;
 
-/** Splits into `fields`, which keeps its memory. */
+/** Splits the line into `fields`, whose memory is reused. */
 void splitInto(std::string_view line, char separator, Fields& fields)
 {
     fields.clear();
@@ -142,7 +142,7 @@ void Reader::findColumns()
     }
 }
 
-/** Names the place in the map, if there is one: it is what has to be changed. */
+/** Errors name the position in the map, if there is one: that is what the user has to change. */
 size_t Reader::indexOf(const ColumnName& column) const
 {
     const std::string prefix =

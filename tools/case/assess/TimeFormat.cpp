@@ -29,17 +29,19 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-/** Days from 1970-01-01 to the first of the month, in the Gregorian calendar. */
+/** Days from 1970-01-01 to the first of the month in the Gregorian calendar. */
 qint64 daysToMonth(int year, int month)
 {
-    // Years that begin in March have the leap day at their end.
+    // With years that begin in March, the leap day is the last day of a year.
     const qint64 y = month <= 2 ? year - 1 : year;
     const qint64 m = (month + 9) % 12;
     constexpr qint64 kDaysToEpoch = 719468;
     return 365 * y + y / 4 - y / 100 + y / 400 + (153 * m + 2) / 5 - kDaysToEpoch;
 }
 
-/** Takes parts of a time from the front of a text. Each is false where it is not there. */
+/**
+ * Takes parts of a time from the front of a text. Each operation is false if its part is missing.
+ */
 class TimeParser
 {
 public:
@@ -120,7 +122,7 @@ bool TimeParser::takeMonthName()
     return found != kMonths.end();
 }
 
-/** "Z", "+01:00", "+0100", "+01". */
+/** Takes a zone: "Z", "+01:00", "+0100" or "+01". */
 bool TimeParser::takeZone()
 {
     if (takeCharacter('Z') || takeCharacter('z')) {
@@ -217,7 +219,7 @@ std::optional<qint64> parsePattern(std::string_view text, std::string_view patte
     return parser.isAtEnd() ? parser.time() : std::nullopt;
 }
 
-/** A number of units since the epoch, without the rounding of a double. */
+/** Parses a number of units since the epoch exactly; a double would round it. */
 std::optional<qint64> parseCount(std::string_view text, char decimalSign, qint64 unitNs)
 {
     const size_t sign = std::min(text.find(decimalSign), text.size());
