@@ -82,6 +82,7 @@ TEST(EventMatchingTest, EventsThatNobodyLookedForAreNotAdditional)
         {"not looked for", {}, false, false, 0},
         {"within the play", {10'000}, false, true, 1},
         {"after the play", {4'000}, false, true, 0},
+        {"in another play", {3'000}, false, true, 0},
     };
     for (const Case& it : cases) {
         assess::ValueTable expected;
@@ -97,6 +98,8 @@ TEST(EventMatchingTest, EventsThatNobodyLookedForAreNotAdditional)
         measured.series({"dip-residual", "UA"}).add({kEventsBeginNs + 5'000 * kEventsMs, 100.0});
         assess::ComputedSeries computed;
         assess::addEvents(expected, measured, 1000 * kEventsMs, it.mIsPart, computed);
+        const bool isFar = it.mName == std::string("in another play");
+        EXPECT_TRUE(!isFar || computed.empty()) << "the play has no series of others' events";
         EXPECT_EQ((computed[{"dip-start", "UA"}].mCounts.mAdditional), it.mAdditional) << it.mName;
         const assess::LimitTable limits = assess::readLimits("pq-a");
         const auto result =
