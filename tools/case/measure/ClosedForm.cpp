@@ -43,7 +43,7 @@ std::optional<double> optionalNumber(const Json& object, const char* name)
 }
 } // namespace
 
-/** Fills a closed form; a class for its name alone. */
+/** Reads the truth of a signal into a closed form. */
 class TruthReader
 {
 public:
@@ -109,7 +109,7 @@ ClosedForm::ClosedForm(const std::string& path, std::array<double, 2> scale,
     }
 }
 
-/** How long a row's window lasts at most: 5 % more than at the nominal frequency. */
+/** Max length of the window of a row in s: 5 % longer than at the frequency of the file. */
 double ClosedForm::secondsOf(const RowKind& kind) const
 {
     constexpr double kTenMinutes = 600.0;
@@ -118,7 +118,7 @@ double ClosedForm::secondsOf(const RowKind& kind) const
     const double hertz = mHertz.value_or(mSettings.mNominalHz);
     const double longer = 1.05 * mSettings.mNominalHz / hertz;
     if (kind.mInterval == Interval::TenMinutes) {
-        return kTenMinutes + kWindow * longer; // its first window may begin before
+        return kTenMinutes + kWindow * longer; // its first window may begin earlier
     }
     if (kind.mInterval == Interval::ThreeSeconds) {
         return kThreeSeconds * longer;
@@ -177,7 +177,7 @@ std::optional<double> ClosedForm::channelValue(const Channel& channel, const Row
 
 void ClosedFormOutput::compare(const Measurement& measured, double known)
 {
-    constexpr double kSame = 1e-3; // what is measured is off by 20 ppm at most
+    constexpr double kSame = 1e-3; // the measuring error is 20 ppm at most
     constexpr double kRounding = 0.01;
     const QuantityId id = measured.mKind.mId;
     const bool isRms = id == QuantityId::Rms || id == QuantityId::RmsHalf;

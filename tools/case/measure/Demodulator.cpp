@@ -12,7 +12,7 @@ namespace {
 constexpr double kGroupsPerPeriod = 64.0;
 constexpr double kMaxStepPeriods = 0.25;
 
-/** Where the samples of the phases stand in a block. */
+/** Columns of the phases in a block. */
 constexpr std::array<size_t, kPhasorCount> kBlockColumns{0, 1, 2, 4, 5, 6};
 
 double cyclesAt(qint64 utcNs, double hz)

@@ -3,7 +3,7 @@
 namespace measure {
 
 namespace {
-/** A steady value at the threshold is not beyond it: both are rounded. */
+/** Relative margin, so that a steady value at the threshold is not beyond it by rounding. */
 constexpr double kRoundingMargin = 1e-5;
 
 RmsThreshold lowerThresholdOf(const EventSettings& settings, double percent)

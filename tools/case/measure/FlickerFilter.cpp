@@ -16,7 +16,7 @@ constexpr double kReferenceHz = 8.8;
 constexpr std::array<double, 3> kButterworthDampings{0.517638090205042, 1.414213562373095,
                                                      1.931851652578137};
 
-/** The weighting filter by the standard's names: Hz, and the gain k. */
+/** The weighting filter with the standard's names; frequencies in Hz, and the gain k. */
 struct Weighting
 {
     double mGain;
@@ -57,10 +57,10 @@ double gainAt(const Weighting& weighting, double nominalHz, double hz)
     return std::abs(gain);
 }
 
-/** What the square of the reference fluctuation rises to after the smoothing, without a scale. */
+/** Peak of the squared and smoothed reference fluctuation, before scaling. */
 double referenceLevel(const Weighting& weighting, double nominalHz)
 {
-    // The square of a voltage fluctuates twice as much as the voltage.
+    // The relative fluctuation of the squared voltage is twice that of the voltage.
     const double peak =
         weighting.mReferencePercent / 100.0 * gainAt(weighting, nominalHz, kReferenceHz);
     const double ripple =

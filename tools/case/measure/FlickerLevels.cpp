@@ -12,7 +12,9 @@ constexpr qint64 kTicksInSecond = 100;
 constexpr qint64 kTicksInShortTerm = 600 * kTicksInSecond;
 constexpr int kShortTermsInLongTerm = 12;
 
-/** The level that is exceeded in so many percent of the time; levels fall. */
+/**
+ * The level that is exceeded during this percentage of the time. Requires: levels in falling order.
+ */
 double levelExceeded(const std::vector<float>& levels, double percent)
 {
     const double position = percent / 100.0 * static_cast<double>(levels.size()) - 0.5;
@@ -87,7 +89,7 @@ std::optional<double> FlickerLevels::endShortTerm()
     return severity;
 }
 
-/** @param ended number of the 10 minutes that ended, from the epoch */
+/** @param ended number of the ended 10-minute interval since the epoch */
 std::optional<double> FlickerLevels::endLongTerm(qint64 ended, std::optional<double> shortTerm)
 {
     if (shortTerm) {

@@ -16,10 +16,10 @@ constexpr double kGroupSeconds = 0.5e-3;
 
 constexpr double kMaxFlickerStepPeriods = 0.25;
 
-/** Of the nominal voltage: what is lower cannot light a lamp. */
+/** Lower voltages, as a part of the nominal one, cannot light a lamp. */
 constexpr double kMinVoltage = 1e-3;
 
-/** Steps that differ by less, relatively, are one. */
+/** Relative difference up to which two sample steps count as equal. */
 constexpr double kSameStep = 1e-6;
 } // namespace
 
@@ -72,7 +72,7 @@ void FlickerMeter::finish(MeasurementOutput& output)
     endTick(output);
 }
 
-/** As if the signal began with this sample. */
+/** Restarts, as if the signal began with this sample. */
 void FlickerMeter::restart(double seconds, MeasurementOutput& output)
 {
     endTick(output);

@@ -16,8 +16,10 @@ qint64 utcOf(double seconds, qint64 beginUtcNs)
     return beginUtcNs + std::llround(seconds * base::kNanosecondsPerSecond);
 }
 
-/** How many samples after the first one the fundamental crosses 0, below half a period; 0 where
- * the period holds none. */
+/**
+ * Number of samples from the first one to the zero crossing of the fundamental, less than half a
+ * period; 0 if the period has no fundamental.
+ */
 size_t crossingOf(const double* period)
 {
     double real = 0.0;
@@ -30,7 +32,8 @@ size_t crossingOf(const double* period)
     if (real == 0.0 && imaginary == 0.0) {
         return 0;
     }
-    // A sine has the angle -90 degrees. What is a rounding after the crossing is at it.
+    // A sine has the angle -90 degrees. An angle that is past the crossing by rounding only is at
+    // it.
     constexpr double kRounding = 1e-3;
     const double degrees = std::atan2(imaginary, real) / base::kRadiansPerDegree + 90.0;
     const double past = std::fmod(degrees + 360.0 + kRounding, double{kHalf}) - kRounding;

@@ -52,7 +52,7 @@ MeasuredSignal::MeasuredSignal(const SignalOptions& options)
     findNominal(options.mNominalHz);
 }
 
-/** A recording of the driver has UTC, one of others a time of which the zone is not known. */
+/** A recording of the driver has UTC. In other recordings the time zone is unknown. */
 void MeasuredSignal::findBegin(const std::optional<qint64>& given)
 {
     const auto recorded = parseUtc(description().mStartTime);
@@ -71,7 +71,7 @@ void MeasuredSignal::findBegin(const std::optional<qint64>& given)
                                   "1970-01-01T00:00:00Z; see --begin");
 }
 
-/** 50 or 60 Hz, whichever is nearer to what the steps of the lines say. */
+/** Takes 50 or 60 Hz, whichever is nearer to the frequency given by the steps of the lines. */
 void MeasuredSignal::findNominal(const std::optional<double>& given)
 {
     double hertz = description().mNominalHz;
@@ -81,7 +81,7 @@ void MeasuredSignal::findNominal(const std::optional<double>& given)
     mNominalHz = given.value_or(hertz > kBetweenNominals ? kHigherNominal : kLowerNominal);
 }
 
-/** 50 or 60 Hz as the recording states it; else as its samples have it. */
+/** Takes 50 or 60 Hz as stated in the recording, or else as recognised in its samples. */
 void MeasuredSignal::findNominal(const SignalOptions& options, const importing::ChannelMap& map)
 {
     const double stated = description().mNominalHz;

@@ -15,7 +15,7 @@ constexpr size_t kIntervals = 3;
 constexpr size_t kOrders = 51;
 constexpr size_t kChannels = static_cast<size_t>(Channel::None) + 1;
 
-/** The index of each kind of row in tables. */
+/** The index of a kind of row in lookup tables. */
 size_t indexOf(const RowKind& kind)
 {
     const auto id = static_cast<size_t>(kind.mId);
@@ -28,7 +28,7 @@ size_t kindCount()
     return quantities().size() * kIntervals * kOrders;
 }
 
-/** The names of all rows, made once each. */
+/** The names of all kinds of rows, each made only once. */
 class RowNames
 {
 public:
@@ -52,7 +52,7 @@ constexpr const char* kJsonLine = R"({{"utc":"{}","quantity":"{}","channel":"{}"
                                   R"("unit":"{}","origin":"{}"}})"
                                   "\n";
 
-/** A line a value, formatted in memory that is used again. */
+/** Writes one line per value, formatted in a buffer that is reused. */
 class LineWriter : public MeasurementWriter
 {
 public:
@@ -78,7 +78,7 @@ private:
     fmt::memory_buffer mLine;
 };
 
-/** A row is written when a value of another instant comes. */
+/** Writes one row per instant, as soon as a value of another instant arrives. */
 class WideWriter : public MeasurementWriter
 {
 public:
@@ -98,7 +98,8 @@ public:
     {
         const size_t column = mColumns[columnKey(value.mKind, value.mChannel)];
         std::string& cell = mCells[column];
-        // A second value of the same column is another row, as two events of one instant are.
+        // A second value for the same column begins another row, for example two events at one
+        // instant.
         if (mHasRow && (value.mUtcNs != mUtcNs || !cell.empty())) {
             finish();
         }
@@ -119,7 +120,7 @@ public:
         line += std::string(",") + (mIsMixed ? "mixed" : nameOf(mOrigin));
         std::sort(mFilled.begin(), mFilled.end());
         size_t next = 0;
-        for (const size_t column : mFilled) { // most of the thousands are empty
+        for (const size_t column : mFilled) { // most of the thousands of cells are empty
             line.append(column + 1 - next, ',');
             line += mCells[column];
             mCells[column].clear();
@@ -150,7 +151,7 @@ private:
         }
     }
 
-    /** "rms UA V"; parts that are empty are left out. */
+    /** Adds a column such as "rms UA V"; empty parts are left out. */
     void addColumn(const RowKind& kind, Channel channel, std::string* heading)
     {
         *heading += ',' + nameOf(kind);

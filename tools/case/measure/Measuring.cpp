@@ -38,7 +38,7 @@ std::unique_ptr<Meter> makePhasorMeter(const MeasureOptions& options, const Mete
     return std::make_unique<PhasorMeter>(settings, options.mPhasorClass, rate);
 }
 
-/** All that measure what is selected. */
+/** The meters of the selected quantities. */
 struct Meters
 {
     std::unique_ptr<EventMeter> mEvents; ///< gets what one of the others hands on
@@ -100,7 +100,7 @@ std::optional<ClosedForm> readTruth(const MeasureOptions& options, const MeterSe
     }
 }
 
-/** Passes rows on and remembers their groups. What is no number does not become a row. */
+/** Passes rows on and remembers their groups. Values that are not finite are left out. */
 class GroupWatch : public MeasurementOutput
 {
 public:
@@ -116,10 +116,10 @@ public:
         mOutput.add(value);
     }
 
-    /** Values that were left out: too large for a number. */
+    /** Number of values that were left out because they are not finite. */
     size_t notFinite() const { return mNotFinite; }
 
-    /** What is selected and has no row. No event is a result as well. */
+    /** Selected groups without a row. Events are not among them: no event is a result, too. */
     std::vector<std::string> emptyGroups(const Selection& selection) const
     {
         std::vector<std::string> empty;
@@ -141,7 +141,7 @@ private:
     std::bitset<static_cast<size_t>(QuantityId::Rocof) + 1> mHasRows;
 };
 
-/** @throws WrongInput where the truth is that of another signal */
+/** @throws WrongInput if the truth belongs to another signal */
 void expectOwnTruth(const std::optional<ClosedForm>& closedForm, size_t lines,
                     const MeasureOptions& options)
 {
@@ -152,7 +152,7 @@ void expectOwnTruth(const std::optional<ClosedForm>& closedForm, size_t lines,
     }
 }
 
-/** @throws WrongInput where a measured value is not what the truth says */
+/** @throws WrongInput if a measured value differs from the truth */
 void expectAgreement(const std::optional<ClosedFormOutput>& known, const MeasureOptions& options)
 {
     if (known && !known->disagreement().empty()) {

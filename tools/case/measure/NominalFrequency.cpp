@@ -13,7 +13,7 @@ namespace {
 constexpr double kShortest = 0.04; ///< s: two periods of 50 Hz
 constexpr double kLongest = 1.0;   ///< s
 
-/** The channels of the source that are taken. */
+/** The channels of the source that the map uses. */
 std::vector<size_t> sourcesOf(const importing::ChannelMap& map)
 {
     std::vector<size_t> sources;

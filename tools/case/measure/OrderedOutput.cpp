@@ -9,7 +9,7 @@
 namespace measure {
 
 namespace {
-/** Meters are less than that apart. */
+/** Max time between the outputs of different meters. */
 constexpr qint64 kHoldNs = 3 * waveform::kSecondInNs;
 
 bool isBefore(const Measurement& a, const Measurement& b)

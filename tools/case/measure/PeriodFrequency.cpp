@@ -11,7 +11,7 @@ namespace {
 constexpr qint64 kTenSecondsNs = 10 * waveform::kSecondInNs;
 constexpr double kMinSeconds = 5.0; ///< that must have been measured
 
-/** Times that are the same but for rounding to steps of whole ns. */
+/** Times that are closer are equal; they differ by rounding to whole ns of the steps. */
 constexpr qint64 kSameNs = 1000;
 } // namespace
 

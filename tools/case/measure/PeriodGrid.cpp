@@ -25,7 +25,7 @@ double PeriodGrid::Arc::cyclesAt(double x) const
     const double rise = mEnd - mBegin;
     const double bend = mBeginSlope - rise;
     const double twist = mEndSlope - rise;
-    // The straight line, and what vanishes at both ends.
+    // A straight line plus a cubic that is 0 at both ends.
     return mBegin + x * rise + x * (1.0 - x) * (bend * (1.0 - x) - twist * x);
 }
 
@@ -65,7 +65,7 @@ std::vector<ClockPeriod> PeriodGrid::takePeriods()
 void PeriodGrid::pull()
 {
     while (const auto point = mClock.take()) {
-        if (mPoints.empty()) { // one before the first, for its slope
+        if (mPoints.empty()) { // an extra point before the first, for its slope
             ClockPoint before = *point;
             before.mCycles -= before.mTurn;
             mPoints.push_back(before);
@@ -90,7 +90,7 @@ void PeriodGrid::makeInterval()
 {
     const size_t first = mInterval * kHopLines;
     const ClockPoint& end = mPoints[2];
-    // Between lines, the phase must be known.
+    // To resample between lines, the phase must be known.
     const bool isUnknown = !end.mIsOnLines && (end.mIsBeyond || !(mHasStarted || end.mIsMeasured));
     if (first >= mLines.end() || isUnknown) {
         return;
@@ -113,7 +113,7 @@ void PeriodGrid::copyLines(size_t first)
                  std::min(kHopLines, mLines.end() - first));
 }
 
-/** Where the kernel would reach beyond the lines there are no samples. */
+/** Makes no samples where the kernel would reach beyond the lines. */
 void PeriodGrid::resample(size_t first, const Arc& arc)
 {
     const auto reach = static_cast<double>(mKernel.halfWidth());
@@ -153,7 +153,7 @@ void PeriodGrid::addSample(double line)
     mGrid.append(mLines.secondsAt(line), values);
 }
 
-/** Each 360th sample ends a period; how far the fundamental turned in it is measured. */
+/** Ends a period at each 360th sample, with the measured turn of the fundamental. */
 void PeriodGrid::addToPeriods(size_t firstSample, const Arc& arc, const ClockPoint& end)
 {
     const double turnPerCycle = end.mTurn / (arc.mEnd - arc.mBegin);

@@ -11,50 +11,56 @@ namespace {
 constexpr double kLineCycles = 1.0 / kSamplesPerPeriod; ///< of a line that keeps to the fundamental
 constexpr double kHalfCycle = 0.5;
 
-/** How much a turn may differ from the one before it. A modulation of the phase by 0.1 rad at 5 Hz
- * needs 0.57 degrees. */
+/**
+ * Max difference of a turn from the turn before it. A phase modulation by 0.1 rad at 5 Hz needs
+ * 0.57 degrees.
+ */
 constexpr double kMaxTurnChangeCycles = 1.0 / 360.0;
 
-/** Likewise how much its amplitude grows. A modulation by 10 % at 5 Hz needs 1 %. */
+/** Max difference of the growth of the amplitude. A modulation by 10 % at 5 Hz needs 1 %. */
 constexpr double kMaxGrowthChange = 0.015;
 
-/** Amplitudes below this part of the one before are a fault. */
+/** A fall of the amplitude below this part of the one before is a fault. */
 constexpr double kMinAmplitude = 0.5;
 
-/** With less of its power in the fundamental, a system shows none. */
+/** With a smaller share of its power in the fundamental, a system counts as having none. */
 constexpr double kMinShare = 0.25;
 
-/** So many even measurements are trusted: the last two have no line of the fault in their window.
+/**
+ * Number of even measurements in a row that are trusted: the windows of the last two are free of
+ * the fault.
  */
 constexpr size_t kTrustedRun = 6;
 
-/** Points that are withdrawn when a fault is found: it was in their windows already. */
+/** Number of points that are withdrawn when a fault is found: their windows held its beginning. */
 constexpr size_t kWithdrawn = 3;
 
-/** Points from which the frequency before a fault is taken, before those. */
+/** Number of points before those that give the frequency before the fault. */
 constexpr size_t kFrequencyHops = 4;
 
-/** How long the beginning waits for a fundamental, in hops. */
+/** Max wait for the first fundamental, in hops. */
 constexpr size_t kMaxWait = 50;
 
-/** A line that every window before it reaches. */
+/** Index of a line with room for the longest window before it. */
 constexpr size_t kMaxWindow = size_t{3} * kSamplesPerPeriod;
 
-/** Turns of a period, in cycles, that half of it may have: 20 to 85 Hz for lines of 50 Hz. */
+/** Range of the turn per half period, in cycles: 20 to 85 Hz for lines of 50 Hz. */
 constexpr double kMinTurn = 0.2;
 constexpr double kMaxTurn = 0.85;
 
-/** The lines keep to a fundamental whose turn differs by no more: 1e-5 of a period, 5 ppm of rms.
+/**
+ * Max difference of turns at which the fundamental is in step with the lines: 1e-5 of a period,
+ * which is 5 ppm of rms.
  */
 constexpr double kLineTurn = 0.5e-5;
 
-/** Drift against the lines, in cycles, that ends this: after 10 and after 100 periods. */
+/** Drift in cycles against the lines, within 10 and 100 periods, at which it is out of step. */
 constexpr size_t kShortDriftHops = 20;
 constexpr double kShortDrift = 4e-4;
 constexpr size_t kLongDriftHops = 200;
 constexpr double kLongDrift = 1e-3;
 
-/** So many hops in a row: longer than a fault is in the windows. */
+/** Number of drifting hops in a row: more than the hops whose windows hold one fault. */
 constexpr size_t kDriftingHops = 6;
 
 double wrappedCycles(double cycles)
@@ -90,7 +96,7 @@ void PhaseClock::measureHop()
     ++mNextHop;
 }
 
-/** That of the last turn; exactly that of the lines where it is. */
+/** The frequency of the last turn; exactly that of the lines if they are almost equal. */
 double PhaseClock::windowFrequency() const
 {
     const double turn = !mIsFollowing && mRun.size() > 1
@@ -102,7 +108,7 @@ double PhaseClock::windowFrequency() const
                : std::clamp(turn, kMinTurn, kMaxTurn) / static_cast<double>(kHopLines);
 }
 
-/** @return false where a fault begins */
+/** @return false if a fault begins here */
 bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
 {
     const double expected = mCycles + mTurn + mTurnChange;
@@ -174,7 +180,7 @@ void PhaseClock::lose()
     }
 }
 
-/** Takes another system where this one shows no fundamental. */
+/** Chooses another system when this one has no fundamental. */
 bool PhaseClock::chooseReference()
 {
     const auto* const found = std::find_if(
@@ -228,8 +234,10 @@ void PhaseClock::extendRun(const SequenceSamples::Phasor& phasor)
     mRun.push_back({mNextHop, last.mCycles + turn, phasor.mAmplitude});
 }
 
-/** By its last two points, in whose windows no line of a fault is. The window is that of the lines:
- * under any other one a system that is not balanced has an image. */
+/**
+ * Decides by the last two points, whose windows are free of the fault. The window has the length
+ * for the lines: any other length gives an unbalanced system an image.
+ */
 bool PhaseClock::isRunOnLines()
 {
     const size_t middle = mRun.back().mHop * kHopLines;
@@ -242,7 +250,7 @@ bool PhaseClock::isRunOnLines()
     return std::abs(wrappedCycles(turn - kHalfCycle)) < kLineTurn;
 }
 
-/** The run is trusted from now on. */
+/** Trusts the run from now on. */
 void PhaseClock::resume()
 {
     refineRun();
@@ -262,8 +270,10 @@ void PhaseClock::resume()
     mDrifting = 0;
 }
 
-/** Measures the run once more, with its mean frequency and then with that around each point. What
- * a wider window at the beginning does not reach is given up. */
+/**
+ * Measures the run again, with its mean frequency and then with the frequency around each point.
+ * Drops points at the beginning that a wider window cannot reach.
+ */
 void PhaseClock::refineRun()
 {
     const double mean = (mRun.back().mCycles - mRun.front().mCycles) /
@@ -280,7 +290,7 @@ void PhaseClock::refineRun()
     }
 }
 
-/** With the frequency between two points. */
+/** Measures a point again with the frequency between two others. */
 void PhaseClock::refine(size_t index, const HopMeasurement& before, const HopMeasurement& after)
 {
     const double frequency = (after.mCycles - before.mCycles) /
@@ -292,7 +302,7 @@ void PhaseClock::refine(size_t index, const HopMeasurement& before, const HopMea
     }
 }
 
-/** The points before the fundamental was found get its frequency. */
+/** Gives the points before the fundamental was found its first frequency. */
 void PhaseClock::begin()
 {
     const double firstTurn = mRun[1].mCycles - mRun[0].mCycles;

@@ -11,7 +11,7 @@ namespace {
 constexpr size_t kVoltages = 0;
 constexpr size_t kCurrents = 3;
 
-/** Beyond the frequency at which the window has half its gain nothing is corrected. */
+/** Min gain of the window, relative to the nominal frequency, down to which it is corrected. */
 constexpr double kMinGain = 0.5;
 
 constexpr int kMaxPasses = 5;
@@ -109,7 +109,7 @@ void PhasorEstimator::sumUp(const std::vector<DemodulatedGroup>& groups, double 
     clearGains();
 }
 
-/** As if the frequency were the nominal one, without an image. */
+/** Sets the gains for the nominal frequency, without an image. */
 void PhasorEstimator::clearGains()
 {
     for (Centre& centre : mCentres) {
@@ -119,8 +119,9 @@ void PhasorEstimator::clearGains()
 }
 
 /**
- * Gain and image of a phasor that deviates by so many rad/s from the nominal frequency.
- * @return false where the window does not let it pass
+ * Sets gain and image for a phasor whose frequency deviates from the nominal one.
+ * @param deviation in rad/s
+ * @return false if the gain of the window is too small
  */
 bool PhasorEstimator::setGains(double deviation)
 {
@@ -130,7 +131,7 @@ bool PhasorEstimator::setGains(double deviation)
     for (size_t i = 0; i < mWeights.size(); ++i) {
         const DemodulatedGroup& group = mFirstGroup[i];
         const Complex& turn = phasor.at(group.mSeconds - mSeconds);
-        // A group is short, so its own low-pass is a parabola.
+        // A group is so short that its low-pass is well described by a parabola.
         const double weight = group.mWeight * (1.0 - 0.5 * deviation * deviation * group.mSpread);
         const Complex direct = weight * turn;
         const Complex image(group.mImage.real() * turn.real() + group.mImage.imag() * turn.imag(),
@@ -149,7 +150,7 @@ bool PhasorEstimator::setGains(double deviation)
     return std::abs(mCentres[kMiddle].mGain) >= kMinGain * mTotal;
 }
 
-/** The first phase of the system whose frequency counts, where one has a positive sequence. */
+/** The first phase of the system that gives the frequency; none without a positive sequence. */
 std::optional<size_t> PhasorEstimator::firstOfReference() const
 {
     if (std::abs(positiveAt(mCentres[kMiddle], kVoltages)) > mMinSequences.mVolts) {
@@ -161,7 +162,7 @@ std::optional<size_t> PhasorEstimator::firstOfReference() const
     return std::nullopt;
 }
 
-/** Of the frequency, in rad/s; sets the gains for it. */
+/** The deviation of the frequency in rad/s; sets the gains for it. */
 double PhasorEstimator::findDeviation(size_t first)
 {
     double deviation = deviationNow(first);

@@ -9,7 +9,7 @@
 namespace measure {
 
 namespace {
-/** Of the nominal value. */
+/** Min magnitude with an angle, as a part of the nominal value. */
 constexpr double kMinWithAngle = 1e-4;
 constexpr double kMinWithFrequency = 0.05;
 
@@ -82,7 +82,7 @@ void PhasorMeter::add(const waveform::SignalBlock& block, MeasurementOutput& out
 
 void PhasorMeter::finish(MeasurementOutput& /*output*/) {}
 
-/** Since the first sample. */
+/** Time of a frame since the first sample. */
 double PhasorMeter::secondsOf(qint64 frame) const
 {
     const qint64 wholeNs = frame / mRate * waveform::kSecondInNs - mSettings.mBeginUtcNs;

@@ -38,9 +38,9 @@ const ClassMFilter* findClassMFilter(int framesPerSecond, double nominalHz)
 }
 
 /**
- * The last weight of the reference model is not 0. As samples lie anywhere, it fades out over the
- * step that it stands for.
- * @param steps of the reference model from the middle
+ * The last weight of the reference model is not 0. Samples may lie at any time, so the weight fades
+ * out over the step that it stands for.
+ * @param steps distance from the middle, in steps of the reference model
  */
 double hammingSinc(const ClassMFilter& filter, double steps)
 {

@@ -26,14 +26,14 @@ const Channels& deviceChannelSet()
     return kOfDevice;
 }
 
-/** One without orders and without longer intervals. */
+/** A quantity without orders and without aggregation. */
 Quantity single(Id id, const char* name, const char* group, const char* unit,
                 const Channels& channels, const char* text)
 {
     return {id, name, group, unit, channels, 0, 0, false, text};
 }
 
-/** One without orders that is aggregated. */
+/** A quantity without orders that is aggregated. */
 Quantity aggregated(Id id, const char* name, const char* group, const char* unit,
                     const Channels& channels, const char* text)
 {
@@ -158,7 +158,7 @@ bool endsWith(std::string_view text, std::string_view ending)
     return text.size() > ending.size() && text.substr(text.size() - ending.size()) == ending;
 }
 
-/** Of a name without the suffix of its interval. */
+/** Finds the kind by a name without the suffix of an interval. */
 std::optional<RowKind> findBasicKind(std::string_view name)
 {
     for (const Quantity& quantity : quantities()) {

@@ -94,7 +94,7 @@ void RapidChanges::finish(MeasurementOutput& output)
     mQueue.outputUpTo(std::numeric_limits<qint64>::max(), output);
 }
 
-/** Ends the change of the three together with the last of theirs. */
+/** Ends the change of the three-phase system with the last change of its voltages. */
 void RapidChanges::takeIntoSystem(const SteadyVoltage::Change& change)
 {
     mSystem->mEndUtcNs = std::max(mSystem->mEndUtcNs, change.mEndUtcNs);

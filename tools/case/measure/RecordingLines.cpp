@@ -12,7 +12,7 @@ namespace {
 constexpr size_t kPartSamples = size_t{1} << 16U;
 constexpr size_t kBlockLines = 4096;
 
-/** What the interpolation passes, in parts of the slower rate, and how far its kernel reaches. */
+/** Pass band of the interpolation as a part of the slower rate, and reach of its kernel. */
 constexpr double kPassed = 0.41;
 constexpr double kReachSamples = 50.0;
 } // namespace
@@ -61,7 +61,7 @@ bool RecordingLines::collect()
     return !mIsAtEnd;
 }
 
-/** Keeps what the kernel needs before the next line. */
+/** Drops the samples that the kernel does not need before the next line. */
 void RecordingLines::dropOld()
 {
     const double from = static_cast<double>(mNextLine) / mLinesPerSecond - mMargin;
@@ -72,7 +72,7 @@ void RecordingLines::dropOld()
     }
 }
 
-/** @return false where no line is left */
+/** @return false if no line is left */
 bool RecordingLines::readPart()
 {
     if (mIsAtEnd) {

@@ -62,7 +62,7 @@ bool SequenceSamples::covers(size_t middle, double cyclesPerLine) const
     return middle >= mFirst + half && middle + half < end();
 }
 
-/** The window reaches one period to either side. */
+/** The window extends over one period on either side. */
 void SequenceSamples::prepareWeights(double cyclesPerLine)
 {
     if (cyclesPerLine == mCyclesPerLine) {

@@ -23,7 +23,7 @@ const std::array<std::complex<double>, kSamplesPerPeriod>& rotations()
     return kRotations;
 }
 
-/** Whether the negative sequence is the larger one, and no mere rest of equal phases. */
+/** Whether the negative sequence clearly dominates, also over a residue of equal phases. */
 bool isTurnedRound(const std::array<std::complex<double>, 3>& phases)
 {
     const std::complex<double> third = std::polar(1.0, base::kTwoPi / 3.0);

@@ -45,7 +45,7 @@ bool ThresholdEvents::isSystemBeyond(EventChannels inService) const
     return mTogether == Together::Any ? beyond.any() : beyond.any() && beyond == inService;
 }
 
-/** @param isBeyond after the values, which may be the first or the last of the event */
+/** @param isBeyond whether the system is beyond the threshold after these values */
 void ThresholdEvents::updateSystem(const HalfPeriodValues& values, bool isBeyond)
 {
     if (!isBeyond) {

@@ -26,7 +26,7 @@ std::string_view withoutZone(std::string_view text)
     return text;
 }
 
-/** ".25" as ns; an empty text is 0. */
+/** Parses a fraction of a second such as ".25" to ns; an empty text is 0. */
 std::optional<qint64> parseFraction(std::string_view text)
 {
     if (text.empty()) {

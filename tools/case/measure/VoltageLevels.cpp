@@ -9,11 +9,11 @@ namespace measure {
 namespace {
 constexpr double kLevelsPerFold = 1000.0;
 
-/** No supply stays farther off. */
+/** Range of steady supply voltages, as a part of the nominal voltage. */
 constexpr double kLowestShare = 0.85;
 constexpr double kHighestShare = 1.15;
 
-/** A recording of a fault, or a long dip, has more values than that near its nominal voltage. */
+/** Even a recording of a fault or of a long dip has a larger part of its values in that range. */
 constexpr double kMinNormal = 0.05;
 } // namespace
 

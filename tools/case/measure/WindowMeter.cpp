@@ -59,7 +59,7 @@ WindowValues WindowMeter::measure(const SampleHistory& samples, size_t first)
     return values;
 }
 
-/** Squares of the rms values of these lines. */
+/** Square of the rms value of these spectral lines together. */
 double WindowMeter::power(size_t firstLine, size_t lastLine) const
 {
     double sum = 0.0;

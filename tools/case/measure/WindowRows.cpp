@@ -8,7 +8,9 @@ namespace measure {
 namespace {
 constexpr double kPercent = 100.0;
 
-/** A fundamental below this part of the nominal value or of the largest channel is noise. Squares.
+/**
+ * A fundamental whose square is below this part of the square of the nominal value or of the
+ * largest channel is noise.
  */
 constexpr double kNothing = 1e-10;
 
@@ -105,7 +107,7 @@ void WindowRows::writeChannel(const ChannelSquares& squares, Channel channel, do
     }
 }
 
-/** Whether the subgroup is within the bandwidth of the signal, with its last line. */
+/** Whether the subgroup, including its last line, is within the bandwidth of the signal. */
 bool WindowRows::isInBand(QuantityId id, size_t order) const
 {
     const double aboveOrder = id == QuantityId::Harmonic ? kHarmonicReach : kInterharmonicReach;

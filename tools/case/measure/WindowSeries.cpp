@@ -12,7 +12,7 @@ namespace {
 constexpr qint64 kTenMinutesNs = 600 * waveform::kSecondInNs;
 constexpr size_t kWindowsOfThreeSeconds = 15;
 
-/** Samples that are this close to a full 10 minutes are at it. */
+/** Samples that are this close to a full 10 minutes count as exactly at it. */
 constexpr qint64 kAtMarkNs = 1000;
 
 qint64 markFrom(qint64 utcNs)
@@ -117,7 +117,7 @@ void WindowSeries::measureWindow(Chain& chain, const SampleHistory& samples,
     }
 }
 
-/** The 10 minutes that end with the signal are complete. */
+/** A 10-minute interval that ends with the signal is complete. */
 void WindowSeries::finish(const SampleHistory& samples, MeasurementOutput& output)
 {
     if (!mHasBegun || samples.end() < samples.begin() + 2) {
