@@ -311,6 +311,25 @@ TEST_F(NightTest, AStallIsInTheJournalWhileThePlayGoesOn)
     EXPECT_EQ(verdictsOf(journal), "f done");
 }
 
+/** The time left is that of the signal, however long the program takes to load its files. */
+TEST_F(NightTest, LoadingTakesNoTimeOfThePlay)
+{
+    const SimulatedNight night = sixPlays();
+    SimulatedDesk desk(night.mCases);
+    MemoryJournal journal;
+    run::Night played(night.mBegin, *night.mPlan, {}, desk, journal);
+    desk.mLoadNs = 60'000'000'000;
+    qint64 minLeftNs = desk.mLoadNs;
+    desk.mEachBurst = [&] {
+        minLeftNs =
+            desk.playsEnded() > 0 ? minLeftNs : std::min(minLeftNs, played.progress().mLeftNs);
+    };
+    played.begin(desk.now());
+    desk.play(played);
+    EXPECT_GT(minLeftNs, 0);
+    EXPECT_EQ(verdictsOf(journal), "pppppp done") << textOf(journal);
+}
+
 /** Also while the program does not end. */
 TEST_F(NightTest, TheSecondInterruptEndsTheNightAtOnce)
 {

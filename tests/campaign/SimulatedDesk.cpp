@@ -115,6 +115,7 @@ void SimulatedDesk::start(int /*run*/)
     mContinuous = 0;
     mCommanded = 0;
     mPosition = {};
+    pass(mLoadNs);
     mStampNs = mNow.mWallNs;
     mFifo.clear();
 }

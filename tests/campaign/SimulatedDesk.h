@@ -102,6 +102,7 @@ public:
     bool mLosesCommands = false; ///< they are written, and nobody takes them
     bool mSwapsNext = false;     ///< a block comes after the one behind it
     bool mStandsStill = false;
+    qint64 mLoadNs = 0;                   ///< from the start of the program to its first block
     std::vector<std::string> mEndRemarks; ///< of the sandbox, at the end of a run
     size_t mBlocks = 0;                   ///< written so far in the night
     std::vector<std::string> mKept;

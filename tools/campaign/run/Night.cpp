@@ -109,6 +109,9 @@ void Night::add(const SampleRecord* records, size_t count, const Moment& now)
         return;
     }
     mLastHeardNs = now.mSteadyNs;
+    if (mJudge->samples().arrived() == 0) {
+        schedule().restartPlayTime();
+    }
     mRecorder.add(records, count);
     mJudge->add(records, count);
     takeOutcomes();

@@ -61,6 +61,9 @@ public:
     /** Begins the next play. Requires: hasNext(). */
     void beginNext();
 
+    /** Counts the time of the current play from now on: until now the program was loading. */
+    void restartPlayTime() { mPlayBeganNs = mNow.mSteadyNs; }
+
     /** The case of the current play. Requires: there is one. */
     const journal::StagedCase& currentCase() const { return mOrder.caseOf(mNext - 1); }
 
