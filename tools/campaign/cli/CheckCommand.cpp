@@ -19,6 +19,7 @@ namespace cli {
 
 namespace {
 constexpr double kBytesPerMebibyte = 1048576.0;
+constexpr double kBytesPerGibibyte = 1024.0 * kBytesPerMebibyte;
 
 struct CheckOptions
 {
@@ -44,10 +45,13 @@ std::string recordingsText(const plan::Plan& plan, const stage::Stage& stage)
     if (bytes == 0) {
         return "";
     }
+    constexpr quint64 kMaxBytes = run::PlayRecordings::kMaxBytes;
     return fmt::format("recordings for the expected values: {:.1f} MiB until the night is over{}\n",
                        double(bytes) / kBytesPerMebibyte,
-                       bytes > run::PlayRecordings::kMaxBytes
-                           ? "; at most 8 GiB are recorded, so play the rest in another night"
+                       bytes > kMaxBytes
+                           ? fmt::format("; at most {:g} GiB are recorded, so play the rest in "
+                                         "another night",
+                                         double(kMaxBytes) / kBytesPerGibibyte)
                            : "");
 }
 
