@@ -378,6 +378,13 @@ TEST(ReportTest, WhatWasMeasuredCountsAsWell)
     ASSERT_TRUE(junit.load_string(junitFile(night).c_str()));
     expectCount(junit, "failure", "failures", 1);
     expectCount(junit, "skipped", "skipped", 1);
+
+    night.mCases[0].mAssessment = {};
+    night.mAssessmentProblem = "judge the night again";
+    EXPECT_EQ(statusOf(night), 1);
+    EXPECT_EQ(verdictText(night), "Failed: judge the night again");
+    ASSERT_TRUE(junit.load_string(junitFile(night).c_str()));
+    expectCount(junit, "error", "errors", 1);
 }
 
 TEST(ReportTest, WhatCannotBeANightIsRefused)

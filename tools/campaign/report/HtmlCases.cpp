@@ -287,7 +287,8 @@ std::string notObservedPart(const NightSummary& night, const Pictures& pictures)
     part.addCuts();
     part.addUnkept();
     part.addMissingPictures(pictures);
-    return "<h2>What was not observed</h2>\n<ul>\n" + part.mText + "</ul>\n";
+    return part.mText.empty() ? ""
+                              : "<h2>What was not observed</h2>\n<ul>\n" + part.mText + "</ul>\n";
 }
 
 } // namespace report

@@ -74,6 +74,19 @@ std::string playFindings(const NightSummary& night, size_t index, const Pictures
     }
     return text + findingList(play.mListedFindings, pictures, name);
 }
+
+/** A line for each case whose measured values are not good. */
+std::string measuredFindings(const NightSummary& night)
+{
+    std::string list;
+    for (const CaseSummary& it : night.mCases) {
+        if (it.mAssessment.bad() > 0) {
+            list += fmt::format("<li><strong>{}</strong>: {}</li>\n", htmlText(it.mStaged.mName),
+                                htmlText(it.mAssessment.mVerdict));
+        }
+    }
+    return list.empty() ? "" : "<h3>Measured values</h3>\n<ul>\n" + list + "</ul>\n";
+}
 } // namespace
 
 std::string delayText(const std::optional<DelaySpread>& delays)
@@ -110,9 +123,9 @@ std::string numbersPart(const NightSummary& night)
                   &text);
     }
     if (const size_t assessed = night.assessedCases(); assessed > 0) {
-        const size_t bad = night.badAssessments();
         addNumber("Cases with measured values", std::to_string(assessed),
-                  fmt::format("{} not good; limits {}", bad == 0 ? "none" : std::to_string(bad),
+                  fmt::format("{} not good; limits {}",
+                              countText(night.badAssessments(), "measured result"),
                               htmlText(night.mLimits)),
                   &text);
     }
@@ -145,6 +158,7 @@ std::string findingsPart(const NightSummary& night, const Pictures& pictures)
         text += "<h3>Outside the plays</h3>\n" +
                 findingList(night.mOutside, pictures, "the time outside the plays");
     }
+    text += measuredFindings(night);
     for (const journal::ProgramEnded& death : night.mDeaths) {
         text +=
             fmt::format("<p>Run {} of the program: {}.</p>\n", death.mRun, htmlText(death.mHow));

@@ -103,6 +103,9 @@ void addNight(const NightSummary& night, base::JunitFile& file)
         outside.fail(night.mOutside.front().mKind, night.mOutside.front().mText,
                      textOf(night.mOutside));
     }
+    if (!night.mAssessmentProblem.empty()) {
+        suite.addTest("measured values").failToRun("not judged", night.mAssessmentProblem, "");
+    }
     base::JunitSuite& whole = suite.addTest("every play was played");
     const size_t played = night.mCounts.of(night.wanted()) + night.mCounts.of(Outcome::Failed);
     const bool isShort = played < night.mPlays.size() || night.mPlays.empty();

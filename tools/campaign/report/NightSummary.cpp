@@ -10,7 +10,6 @@ namespace report {
 
 namespace {
 constexpr int kStatusBad = 1;
-constexpr int kStatusInterrupted = 130;
 
 Outcome outcomeOf(journal::PlayVerdict verdict, bool isObserved)
 {
@@ -271,7 +270,8 @@ size_t NightSummary::badAssessments() const
 bool NightSummary::isGood() const
 {
     return mState == NightState::Done && !mPlays.empty() && mOutside.empty() &&
-           mCounts.of(wanted()) == mPlays.size() && badAssessments() == 0;
+           mCounts.of(wanted()) == mPlays.size() && badAssessments() == 0 &&
+           mAssessmentProblem.empty();
 }
 
 NightSummary summarize(const std::vector<journal::Entry>& entries)

@@ -147,7 +147,10 @@ struct NightSummary
 
     size_t badAssessments() const;
 
-    /** Done, every play has the wanted outcome, no finding outside the plays, no bad assessment. */
+    /**
+     * Done, every play has the wanted outcome, no finding outside the plays, no bad assessment, and
+     * none that cannot be used.
+     */
     bool isGood() const;
 };
 
@@ -158,6 +161,9 @@ struct NightSummary
  * @throws CaseError if the entries are not those of a night
  */
 NightSummary summarize(const std::vector<journal::Entry>& entries);
+
+/** Exit status after an interrupt. */
+constexpr int kStatusInterrupted = 130;
 
 /** Exit status: 0 if it is good, 130 if it was interrupted, otherwise 1. */
 int statusOf(const NightSummary& night);

@@ -68,6 +68,9 @@ std::vector<std::string> faultsOf(const NightSummary& night, bool isBrokenOff)
     if (const size_t count = night.badAssessments(); count > 0) {
         faults.push_back(countText(count, "measured result") + " not good");
     }
+    if (!night.mAssessmentProblem.empty()) {
+        faults.push_back(night.mAssessmentProblem);
+    }
     return faults;
 }
 
