@@ -112,6 +112,9 @@ TEST_F(CampaignTest, MeasuredValuesAreJudged)
     mRunner.writeFile("nothing.csv", "utc,quantity,channel,value,unit,origin\n");
     EXPECT_EQ(judge("nothing.csv").mExitCode, 1);
     EXPECT_THAT(mRunner.readFile("night/junit.xml"), HasSubstr("type=\"NOT OBSERVED\""));
+    const CommandResult resumed = runPlan("dip.toml", {"--resume"});
+    EXPECT_EQ(resumed.mExitCode, 1) << resumed;
+    EXPECT_THAT(resumed.mOutput, HasSubstr("not good")) << "the assessment counts as before";
     const CommandResult unsafe = judge("night/cases.csv");
     EXPECT_EQ(unsafe.mExitCode, 2) << unsafe;
     EXPECT_THAT(unsafe.mErrors, HasSubstr("would overwrite the measured values"));

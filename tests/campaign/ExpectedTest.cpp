@@ -68,6 +68,30 @@ protected:
         return judgeNight(mFiles.path(""), night(verdicts), measured).mCases.at("dip");
     }
 
+    /** Records a play and two periods before it, without one sample. */
+    void record(int play, qint64 lost) const
+    {
+        std::string records;
+        for (qint64 k = -720; k < 7200; ++k) {
+            SampleRecord record = {};
+            const qint64 stampNs = kNightBeginNs + k * kStepNs;
+            record.mSeconds = static_cast<quint32>(stampNs / 1'000'000'000);
+            record.mNanoseconds = static_cast<quint32>(stampNs % 1'000'000'000);
+            records +=
+                k == lost ? "" : std::string(reinterpret_cast<char*>(&record), sizeof record);
+        }
+        mFiles.make(expectedName(mBegin.mCases[0], play) + ".bin", records);
+    }
+
+    /** Names, sorted. */
+    std::string filesOf(const char* folder) const
+    {
+        return QDir(QString::fromStdString(mFiles.path(folder)))
+            .entryList(QDir::Files)
+            .join(' ')
+            .toStdString();
+    }
+
     TestFiles mFiles;
     journal::NightBegin mBegin;
 };
@@ -157,24 +181,26 @@ TEST_F(ExpectedTest, AnAssessmentIsFoundAgainByTheReport)
     EXPECT_THAT(later.mAssessmentProblem, HasSubstr("was changed since judge wrote it"));
 }
 
-/** A recording that lacks a sample of the play is not measured, and stays. */
-TEST_F(ExpectedTest, APlayThatWasNotRecordedHasNoExpectedValues)
+/** A recording stays until it is measured; one that lacks a sample of the play is not. */
+TEST_F(ExpectedTest, WhatIsNotMeasuredIsSaid)
 {
+    const std::vector<PlayVerdict> verdicts = {kPlayPassed, kPlayPassed};
+    const std::string all = row(0, 230.0) + row(1, 230.0);
     QFile::remove(QString::fromStdString(mFiles.path("expected/dip-0.csv")));
-    std::string records;
-    for (qint64 k = -720; k < 7200; ++k) {
-        SampleRecord record = {};
-        const qint64 stampNs = kNightBeginNs + k * kStepNs;
-        record.mSeconds = static_cast<quint32>(stampNs / 1'000'000'000);
-        record.mNanoseconds = static_cast<quint32>(stampNs % 1'000'000'000);
-        records += k == 7000 ? "" : std::string(reinterpret_cast<char*>(&record), sizeof record);
-    }
-    mFiles.make("expected/dip-0.bin", records);
-    const std::vector<std::string> remarks =
-        expected::measurePlays(mFiles.path(""), night({kPlayPassed, kPlayPassed}));
+    record(0, 7200);
+    const auto interrupted =
+        expected::measurePlays(mFiles.path(""), night(verdicts), [] { return true; });
+    EXPECT_EQ(interrupted.mLeft, 1U);
+    EXPECT_EQ(filesOf("expected"), "dip-0.bin dip-1.csv");
+    EXPECT_THAT(judge(verdicts, all).mVerdict,
+                HasSubstr("there is no expected/dip-0.csv; run with --resume measures it"));
+
+    record(0, 7000);
+    const auto remarks =
+        expected::measurePlays(mFiles.path(""), night(verdicts), [] { return false; }).mRemarks;
     EXPECT_THAT(remarks, ElementsAre(HasSubstr("dip (1 of 2): no expected values: ")));
     EXPECT_THAT(remarks.front(), HasSubstr("has 7199 of 7200 samples"));
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(mFiles.path("expected/dip-0.csv"))));
+    EXPECT_EQ(filesOf("expected"), "dip-0.bin dip-1.csv");
 }
 
 } // namespace

@@ -36,7 +36,9 @@ TEST_F(NightResumeTest, GoesOnWithThePlayThatHadNotEnded)
         journal.mMaxEntries = SIZE_MAX;
         SimulatedDesk again(night.mCases);
         run::Night second(night.mBegin, *night.mPlan, {}, again, journal);
-        second.resume(run::resumePointOf(journal.mEntries), {}, again.now());
+        const run::ResumePoint point = run::resumePointOf(journal.mEntries);
+        EXPECT_EQ(point.mIsComplete, verdictsOf(journal) == "pppppp done");
+        second.resume(point, {}, again.now());
         again.play(second);
         std::vector<int> plays;
         for (const PlayEnd& end : journal.all<PlayEnd>()) {
@@ -44,6 +46,7 @@ TEST_F(NightResumeTest, GoesOnWithThePlayThatHadNotEnded)
             plays.push_back(end.mPlay);
         }
         EXPECT_EQ(plays, (std::vector<int>{0, 1, 2, 3, 4, 5})) << textOf(journal);
+        EXPECT_TRUE(run::resumePointOf(journal.mEntries).mIsComplete);
     }
 }
 

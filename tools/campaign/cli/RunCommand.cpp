@@ -31,10 +31,11 @@ namespace cli {
 namespace {
 constexpr char kRunFooter[] =
     R"(The reports are FOLDER/report.html, FOLDER/junit.xml and FOLDER/cases.csv. The first
-interrupt ends the night and writes its reports; the second ends it at once.
+interrupt ends the night and writes its reports; the second ends it at once. While the
+reports are written, an interrupt stops the writing; report writes them again.
 
 Exit status: 0 if every play passed (with --fifo: was answered), 1 if one did not, 2 for
-a wrong plan or command line, 130 if the night was interrupted.
+a wrong plan or command line, 130 if it was interrupted.
 
 Example:
   vx-campaign run night.toml -o night-0411)";
@@ -276,25 +277,60 @@ std::string playPrepared(const RunOptions& options, const run::NightOptions& nig
     return night.problem();
 }
 
+void remark(const std::string& text)
+{
+    std::cerr << "vx-campaign: remark: " << text << std::endl;
+}
+
+/** A complete night is not touched: what was judged afterwards belongs to its journal. */
+std::string playWhatIsLeft(const RunOptions& options, const run::NightOptions& nightOptions,
+                           Prepared prepared)
+{
+    if (prepared.mResume && prepared.mResume->mIsComplete) {
+        remark("the night is complete, nothing is left to play");
+        return "";
+    }
+    return playPrepared(options, nightOptions, std::move(prepared));
+}
+
+/** @return whether it was interrupted */
+bool measureExpected(const RunOptions& options, const report::NightSummary& night)
+{
+    run::EndingSignals ending;
+    const expected::MeasuredPlays measured =
+        expected::measurePlays(options.mFolder, night, [&ending] { return ending.take() > 0; });
+    for (const std::string& text : measured.mRemarks) {
+        remark(text);
+    }
+    if (measured.mLeft == 0) {
+        return false;
+    }
+    remark(
+        fmt::format("interrupted: the expected values of {} are missing; run with --resume "
+                    "measures them",
+                    report::countText(measured.mLeft, "play")));
+    return true;
+}
+
 void runPlan(const RunOptions& options)
 {
     const run::NightOptions nightOptions = nightOptionsOf(options);
     expectPlayable(options);
     Prepared prepared = prepare(options);
-    for (const std::string& remark : prepared.mStage.mRemarks) {
-        std::cerr << "vx-campaign: remark: " << remark << std::endl;
+    for (const std::string& text : prepared.mStage.mRemarks) {
+        remark(text);
     }
-    const std::string problem = playPrepared(options, nightOptions, std::move(prepared));
+    const std::string problem = playWhatIsLeft(options, nightOptions, std::move(prepared));
     if (!problem.empty()) {
         std::cerr << "vx-campaign: the night ends: " << problem << std::endl;
     }
     const report::NightSummary night = report::writeReports(options.mFolder);
-    for (const std::string& remark : expected::measurePlays(options.mFolder, night)) {
-        std::cerr << "vx-campaign: remark: " << remark << std::endl;
-    }
+    const bool isInterrupted = measureExpected(options, night);
     base::writeToStandardOutput(report::verdictText(night) + "\n" + options.mFolder + "/" +
                                 report::kPageFile + "\n");
-    const int status = problem.empty() ? report::statusOf(night) : EXIT_FAILURE;
+    const int status = !problem.empty() ? EXIT_FAILURE
+                       : isInterrupted  ? report::kStatusInterrupted
+                                        : report::statusOf(night);
     if (status != EXIT_SUCCESS) {
         throw base::EndWith(status);
     }

@@ -9,21 +9,28 @@
 namespace expected {
 
 namespace {
+bool isFile(const std::string& path)
+{
+    return QFile::exists(QString::fromStdString(path));
+}
+
 void judgePlay(const std::string& folder, const report::NightSummary& night, size_t index,
                const MeasuredNight& measured, CaseJudge* judge)
 {
     const report::PlaySummary& play = night.mPlays[index];
     const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
-    const std::string name = journal::expectedName(staged, static_cast<int>(index)) + ".csv";
-    const std::string path = folder + '/' + name;
+    const std::string name = journal::expectedName(staged, static_cast<int>(index));
     const std::string text = playText(night, play);
     if (play.mOutcome != report::Outcome::Passed) {
         judge->addNotObserved(
             text, std::string("no expected values: the play is ") + nameOf(play.mOutcome));
         return;
     }
-    if (!QFile::exists(QString::fromStdString(path))) {
-        judge->addNotObserved(text, "no expected values: there is no " + name);
+    const std::string path = folder + '/' + name + ".csv";
+    if (!isFile(path)) {
+        const bool isRecorded = isFile(folder + '/' + name + ".bin");
+        judge->addNotObserved(text, "no expected values: there is no " + name + ".csv" +
+                                        (isRecorded ? "; run with --resume measures it" : ""));
         return;
     }
     const assess::ReadTable table = assess::readTable(path, assess::measureMap());

@@ -56,9 +56,18 @@ measure::MeasureOptions optionsOf(const report::NightSummary& night,
     return options;
 }
 
-/** @return remarks. Throws CaseError if there is nothing to measure or the play is incomplete. */
+/** Thrown while a play is measured. */
+struct Interrupt
+{
+};
+
+/**
+ * @return remarks. Throws CaseError if there is nothing to measure or the play is incomplete, and
+ *         Interrupt.
+ */
 std::vector<std::string> measurePlay(const report::NightSummary& night,
-                                     const report::PlaySummary& play, const std::string& name)
+                                     const report::PlaySummary& play, const std::string& name,
+                                     const std::function<bool()>& isInterrupted)
 {
     const std::string recording = name + ".bin";
     if (!exists(recording)) {
@@ -70,16 +79,23 @@ std::vector<std::string> measurePlay(const report::NightSummary& night,
                               std::to_string(play.mSamples) + " samples of the play");
     }
     base::ResultFile values(name + ".csv", base::ResultFile::Existing::Keep);
-    const auto remarks = measure::measureSignal(optionsOf(night, play, recording), values);
+    measure::MeasureOptions options = optionsOf(night, play, recording);
+    options.mBeforeEachBlock = [&isInterrupted] {
+        if (isInterrupted()) {
+            throw Interrupt();
+        }
+    };
+    const auto remarks = measure::measureSignal(options, values);
     values.commit();
     QFile::remove(QString::fromStdString(recording));
     return remarks;
 }
 } // namespace
 
-std::vector<std::string> measurePlays(const std::string& folder, const report::NightSummary& night)
+MeasuredPlays measurePlays(const std::string& folder, const report::NightSummary& night,
+                           const std::function<bool()>& isInterrupted)
 {
-    std::vector<std::string> all;
+    MeasuredPlays measured;
     for (size_t index = 0; index < night.mPlays.size(); ++index) {
         const report::PlaySummary& play = night.mPlays[index];
         const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
@@ -89,16 +105,22 @@ std::vector<std::string> measurePlays(const std::string& folder, const report::N
             exists(name + ".csv")) {
             continue;
         }
+        if (measured.mLeft > 0) {
+            ++measured.mLeft;
+            continue;
+        }
         const std::string prefix = playText(night, play) + ": ";
         try {
-            for (const std::string& remark : measurePlay(night, play, name)) {
-                all.push_back(prefix + remark);
+            for (const std::string& remark : measurePlay(night, play, name, isInterrupted)) {
+                measured.mRemarks.push_back(prefix + remark);
             }
         } catch (const base::CaseError& error) {
-            all.push_back(prefix + "no expected values: " + error.what());
+            measured.mRemarks.push_back(prefix + "no expected values: " + error.what());
+        } catch (const Interrupt&) {
+            measured.mLeft = 1;
         }
     }
-    return all;
+    return measured;
 }
 
 } // namespace expected

@@ -33,6 +33,12 @@ struct ResumeReader
         mPoint->mFindings += step.mPlay == mPoint->mPlay ? 1U : 0U;
     }
 
+    void operator()(const journal::NightEnd& step) const
+    {
+        mPoint->mIsComplete = step.mReason == journal::NightEnd::Reason::Done ||
+                              step.mReason == journal::NightEnd::Reason::FirstFailure;
+    }
+
     template <typename Other>
     void operator()(const Other& /*step*/) const
     {

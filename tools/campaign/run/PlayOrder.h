@@ -40,6 +40,7 @@ struct ResumePoint
     int mRuns = 0;            ///< of the program so far
     quint64 mAllFindings = 0; ///< of all plays
     bool mHasFailed = false;  ///< whether a play has failed
+    bool mIsComplete = false; ///< whether nothing is left to play
 };
 
 ResumePoint resumePointOf(const std::vector<journal::Entry>& entries);

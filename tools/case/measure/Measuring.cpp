@@ -203,6 +203,7 @@ std::vector<std::string> measureSignal(const MeasureOptions& options, base::Resu
     size_t lines = 0;
     waveform::SignalBlock block;
     while (signal.read(block)) {
+        options.mBeforeEachBlock();
         progress.show(signal.progress());
         lines += block.size();
         check.add(block);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ struct MeasureOptions
     PhasorClass mPhasorClass = PhasorClass::M;
     Lamp mLamp = Lamp::V230;
     EventPercents mEventPercents;
+    std::function<void()> mBeforeEachBlock = [] {}; ///< may throw, which ends the measuring
 };
 
 /**
