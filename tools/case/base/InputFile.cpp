@@ -81,7 +81,7 @@ double InputFile::progress() const
                       : static_cast<double>(position() - mPartBegin) / static_cast<double>(bytes);
 }
 
-/** Makes room for `wanted` bytes from mNext on and reads; false at the end of the part. */
+/** Makes room for `wanted` bytes from mNext on and reads; false at the end of the part to read. */
 bool InputFile::readMore(size_t wanted)
 {
     const auto begin = mBlock.begin();

@@ -9,7 +9,7 @@
 namespace base {
 
 namespace {
-/** XML has no place for control characters. */
+/** XML does not allow control characters. */
 std::string xmlText(std::string text)
 {
     for (char& c : text) {
@@ -27,7 +27,7 @@ void setAttribute(pugi::xml_node node, const char* name, const std::string& valu
 
 void JunitSuite::addTest(const std::string& name, const std::string& className, double seconds)
 {
-    // What was said of a test precedes the outputs of the suite, which the schema has last.
+    // The schema has the outputs of a suite last, so tests are inserted before them.
     pugi::xml_node suite(mSuite);
     pugi::xml_node test = suite.insert_child_before("testcase", suite.child("system-out"));
     setAttribute(test, "name", name);

@@ -26,7 +26,7 @@ size_t distance(std::string_view a, std::string_view b)
 std::vector<std::string> nearestNames(std::string_view mistyped, std::vector<std::string> names,
                                       size_t count)
 {
-    constexpr size_t kEnough = 100; // bytes; a longer text is no mistyped name
+    constexpr size_t kEnough = 100; // bytes; a longer text is not a mistyped name
     mistyped = mistyped.substr(0, kEnough);
     std::stable_sort(names.begin(), names.end(), [mistyped](const auto& a, const auto& b) {
         return distance(mistyped, a) < distance(mistyped, b);

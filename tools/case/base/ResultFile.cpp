@@ -50,7 +50,7 @@ void ResultFile::commit()
 {
     flush();
     if (mKept.isOpen()) {
-        compare({}); // nothing may follow
+        compare({}); // the kept file must end here
         return;
     }
     if (!mName.empty() && !mFile.commit()) {
@@ -70,7 +70,7 @@ void ResultFile::flush()
     mPending.clear();
 }
 
-/** With what comes next in the file that is kept; with no bytes, that it ends there. */
+/** Compares bytes with the next ones of the kept file. Without bytes, expects its end. */
 void ResultFile::compare(std::string_view bytes)
 {
     const QByteArray kept = mKept.read(std::max<qint64>(qint64(bytes.size()), 1));
@@ -79,7 +79,7 @@ void ResultFile::compare(std::string_view bytes)
     }
 }
 
-/** A disk that fills up takes a part first; only the write after it has the reason. */
+/** A disk that fills up takes a part of the bytes; only the next write reports the reason. */
 void ResultFile::writeToFile(std::string_view bytes)
 {
     while (!bytes.empty()) {

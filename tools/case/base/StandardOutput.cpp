@@ -12,7 +12,7 @@
 namespace base {
 
 namespace {
-/** Also where the signal is ignored, by the process that started this one or by a library. */
+/** Also works if SIGPIPE is ignored, by the parent process or by a library. */
 void endIfReaderHasGone(int error)
 {
     if (error == EPIPE) {

@@ -8,7 +8,7 @@ namespace {
 constexpr char kRightMark = '>';
 constexpr size_t kGap = 2; ///< blanks between columns
 
-/** Characters, not bytes. */
+/** The width in characters, not in bytes. */
 size_t widthOf(const std::string& text)
 {
     constexpr unsigned kContinuationBits = 0xC0;

@@ -26,14 +26,14 @@ struct PhaseSet
     }
 };
 
-/** What distinguishes the objects of a recording. */
+/** The attributes by which the objects of a recording are distinguished. */
 struct Grouping
 {
     bool mByComponent;
     bool mByStem;
 };
 
-/** From the strictest on: each phase may have a component or a numbered name of its own. */
+/** The strictest first. Some recordings give each phase its own component or a numbered name. */
 constexpr Grouping kGroupings[] = {{true, true}, {true, false}, {false, true}, {false, false}};
 
 std::vector<PhaseSet> setsOf(const std::vector<waveform::ChannelDescription>& channels,
@@ -60,7 +60,7 @@ std::vector<PhaseSet> setsOf(const std::vector<waveform::ChannelDescription>& ch
     return sets;
 }
 
-/** The first of the fullest; an empty one where there is none. */
+/** The first set with the most phases; an empty one if there is none. */
 PhaseSet fullestOf(const std::vector<PhaseSet>& sets)
 {
     const auto best = std::max_element(
@@ -69,7 +69,7 @@ PhaseSet fullestOf(const std::vector<PhaseSet>& sets)
     return best != sets.end() ? *best : PhaseSet();
 }
 
-/** "BUS" of stems such as "BUS U" and "BUS_IL"; only digits before the quantity tell none. */
+/** "BUS" for stems such as "BUS U" and "BUS_IL". Digits alone before the quantity are no object. */
 std::string objectOf(const PhaseSet& set)
 {
     if (!set.mComponent.empty()) {

@@ -11,7 +11,7 @@ QString textOf(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<int>(text.size())).trimmed();
 }
 
-/** 0 where the letter is no prefix. */
+/** The factor of a unit prefix; 0 if the letter is none. */
 double factorOf(QChar prefix)
 {
     switch (prefix.unicode()) {
@@ -40,7 +40,7 @@ Quantity quantityOf(const QString& word)
     return kAmpere.match(capitals).hasMatch() ? Quantity::Current : Quantity::Unknown;
 }
 
-/** By a leading U, V or I. */
+/** The quantity by a leading U, V or I. */
 Quantity quantityByName(const waveform::ChannelDescription& channel)
 {
     static const QRegularExpression kVoltage("^[UV]");
@@ -52,7 +52,7 @@ Quantity quantityByName(const waveform::ChannelDescription& channel)
     return kCurrent.match(name).hasMatch() ? Quantity::Current : Quantity::Unknown;
 }
 
-/** A unit with Latin letters, whatever they stand for in other alphabets. */
+/** The unit with letters of other alphabets replaced by the Latin ones. */
 QString latinUnit(std::string_view text)
 {
     QString unit = textOf(text);

@@ -13,7 +13,7 @@ namespace channels {
 namespace {
 using Phase = ChannelPhase;
 
-/** In capitals; Cyrillic letters that stand for the phases look like Latin ones. */
+/** The text in capitals, with Cyrillic letters for phases replaced by the Latin look-alikes. */
 QString capitalsOf(std::string_view text)
 {
     QString capitals =
@@ -29,9 +29,9 @@ struct Ending
 };
 
 /**
- * Letters stand at the beginning, after a quantity, or after anything but a letter; a digit after
- * anything but a letter or a digit. Words, which may also end another word, need a quantity that
- * stands alone before them, or neither letter nor digit.
+ * A letter must be at the beginning, after a quantity, or after a non-letter; a digit after
+ * something that is neither letter nor digit. A word, which may also end another word, must follow
+ * a quantity that stands alone, or something that is neither letter nor digit.
  */
 Ending phaseEnding(const QString& letters, const QString& digit, const QString& words, Phase phase)
 {
@@ -66,7 +66,7 @@ const std::vector<Ending>& endings()
     return kEndings;
 }
 
-/** A difference of two phases, wherever in the name: "VA-VB", "UL1-UL2", "IA-IB". */
+/** A difference of two phases anywhere in the name: "VA-VB", "UL1-UL2", "IA-IB". */
 bool isDifference(const QString& capitals)
 {
     static const QRegularExpression kPattern(
@@ -75,7 +75,7 @@ bool isDifference(const QString& capitals)
     return kPattern.match(capitals).hasMatch();
 }
 
-/** A voltage between two phases, wherever in the name: "VAB", "Va-b", "UL1-L2", "U12". */
+/** A voltage between two phases anywhere in the name: "VAB", "Va-b", "UL1-L2", "U12". */
 bool isVoltageBetween(const QString& capitals)
 {
     static const QRegularExpression kPattern(
@@ -85,7 +85,7 @@ bool isVoltageBetween(const QString& capitals)
     return kPattern.match(capitals).hasMatch();
 }
 
-/** Of a channel, whatever the others are. */
+/** The phase of a channel, without regard to the other channels. */
 PhaseEnding endingOf(const waveform::ChannelDescription& channel)
 {
     const QString name = capitalsOf(channel.mName);
@@ -97,7 +97,7 @@ PhaseEnding endingOf(const waveform::ChannelDescription& channel)
     return byField.mPhase != Phase::Unknown ? byField : phaseAtEndOf(channel.mName);
 }
 
-/** Which systems of names channels use. */
+/** Which naming systems of phases some channels use. */
 struct Labels
 {
     bool mHasRedOrYellow = false;
@@ -113,7 +113,10 @@ struct Labels
     }
 };
 
-/** Tells whether a "B" is phase B or blue, by the set it is in, else by all of its quantity. */
+/**
+ * Decides if "B" is phase B or blue: by the channel's set, else by all of its quantity, else by
+ * all.
+ */
 class BlueFinder
 {
 public:
@@ -176,7 +179,7 @@ std::vector<PhaseInSet> phasesOf(const std::vector<waveform::ChannelDescription>
     for (const waveform::ChannelDescription& channel : channels) {
         const PhaseEnding ending = endingOf(channel);
         const PhaseEnding ofName = phaseAtEndOf(channel.mName);
-        // Where the phase field contradicts the end of the name, the name has no ending.
+        // If the phase field contradicts the end of the name, that end is not a phase.
         const bool isSame = ending.mPhase < Phase::Neutral && ofName.mPhase == ending.mPhase;
         phases.push_back({ending.mPhase, isSame ? ofName.mStem : ""});
         labels.push_back(ending.mLabel);

@@ -11,10 +11,10 @@
 namespace check {
 
 namespace {
-/** A command is taken when the case in progress has ended; people wait about that long. */
+/** A command takes effect at the end of the current case. Operators accept about this wait. */
 constexpr double kMaxWaitSeconds = 5.0;
 
-/** Each of two neighbours was rounded to a whole number. */
+/** Rounding of two adjacent values to whole numbers. */
 constexpr qint64 kRoundingOfValues = 1;
 
 bool isPlayed(const configuration::CaseEntry& entry, const FileFacts& facts)
@@ -47,7 +47,7 @@ CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configurati
     }
 }
 
-/** The simulator takes the numbers as indices, from 0 on. */
+/** The simulator uses the numbers as indices from 0 on. */
 void CaseCheck::checkNumbers()
 {
     const auto& numbers = mCases.configurations();
@@ -125,7 +125,7 @@ void CaseCheck::checkPlay(const configuration::CaseEntry& entry, const FileFacts
     }
 }
 
-/** The first entry follows the last one; an entry that is repeated follows itself. */
+/** The first entry follows the last one, and a repeated entry follows itself. */
 void CaseCheck::checkSeams(const QList<configuration::CaseEntry>& entries)
 {
     std::vector<const configuration::CaseEntry*> played;

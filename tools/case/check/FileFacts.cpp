@@ -11,7 +11,7 @@
 namespace check {
 
 namespace {
-/** An item on the 32-bit device: a pointer to its virtual operations, the record, the frequency. */
+/** An item on the 32-bit device: pointer to the virtual table, record, frequency. */
 constexpr qint64 kItemBytesOn32Bits = 4 + qint64{sizeof(SampleRecord)} + 4;
 
 void addErrors(const std::vector<std::string>& errors, FileFacts* facts)
@@ -32,13 +32,13 @@ void add(FileFacts::Finding* finding, qint64 sample, float frequency)
     }
 }
 
-/** Here NaN equals NaN. */
+/** Treats NaN as equal to NaN. */
 bool isSame(float frequency, float other)
 {
     return frequency == other || (std::isnan(frequency) && std::isnan(other));
 }
 
-/** Goes through the samples in their order, as the sample writer does. */
+/** Collects the facts sample by sample, with the blocks that the sample writer forms. */
 class SampleWalk
 {
 public:
@@ -89,7 +89,7 @@ private:
     quint32 mStep = sampleStepOf(kDefaultFrequencyHz);
 };
 
-/** Remembers the line of one sample; sees every line because it handles them itself. */
+/** Finds the line of one sample. It overrides parseLine(), so that it sees every line. */
 class LineFinder : public InputValues
 {
 public:
@@ -136,7 +136,7 @@ FileFacts factsOf(const QString& fileName)
 
 quint32 lineOfSample(const QString& fileName, qint64 sample)
 {
-    const waveform::ProgramMessages ignored; // they were reported before
+    const waveform::ProgramMessages ignored; // they have been reported already
     LineFinder finder(sample);
     if (finder.openFile(fileName)) {
         finder.parseLines(-1);

@@ -28,7 +28,7 @@ struct Options
     bool mJson = false;
 };
 
-/** The configuration that is meant, with its full path where the directory changes. */
+/** The configuration to check, with its full path if the working directory changes. */
 QString configurationName(const Options& options)
 {
     const QString name = QString::fromStdString(options.mConfiguration);

@@ -19,7 +19,7 @@ void CommandFiles::addSignal(const std::string& role, const std::string& path)
     addInput(role, input::otherFileOf(path));
 }
 
-/** What is wrong with the configuration is for the command to say. */
+/** Errors in the configuration are left to the command to report. */
 void CommandFiles::addCases(const std::string& path, const std::string& directory)
 {
     using configuration::CaseConfiguration;

@@ -9,7 +9,7 @@ namespace commands {
 std::string commandLineOf(const CLI::App& command)
 {
     std::string text = "vx-case " + command.get_name();
-    std::map<const CLI::Option*, size_t> used; // an option stands here as often as it was given
+    std::map<const CLI::Option*, size_t> used; // parse_order() repeats a repeated option
     for (const CLI::Option* const option : command.parse_order()) {
         text += option->get_positional() ? "" : ' ' + option->get_name();
         const size_t index = used[option]++;
@@ -24,7 +24,7 @@ std::string commandLineOf(const CLI::App& command)
 
 void takeOneValueEach(CLI::Option& option)
 {
-    // One below what the parser shows as "...".
+    // One below the value that the parser shows as "...".
     option.expected(1, CLI::detail::expected_max_vector_size - 1)->allow_extra_args(false);
 }
 

@@ -46,7 +46,7 @@ std::unique_ptr<explain::ExplanationOutput> makeOutput(const ExplainOptions& opt
     return explain::explanationText(file, width, isLive);
 }
 
-/** A file that is read twice has each command twice. */
+/** A file that is read twice would give each command twice. */
 void expectDifferent(const std::vector<std::string>& events)
 {
     for (auto file = events.begin(); file != events.end(); ++file) {

@@ -21,7 +21,7 @@ beside it, NAME.cff the same in one file, NAME.csv text with a heading.
 Example, the second half of the first second that arrived:
   vx-case export recording.bin --from 0.5 --to 1 -o half.cff)";
 
-/** Data without their configuration are not those of an older export. */
+/** Refuses a data file without a configuration: it does not come from an earlier export. */
 void expectOwnData(const std::string& output)
 {
     const std::string data = exporting::dataNameFor(output);

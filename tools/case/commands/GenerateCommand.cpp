@@ -101,7 +101,7 @@ bool readNeutral(const std::string& text, generate::WaveParameters& parameters)
     return true;
 }
 
-/** One option that fills the parameters from its text; read tells whether it could. */
+/** An option that sets parameters from its text; mRead is false if the text is invalid. */
 struct Reader
 {
     const char* mName;
@@ -137,7 +137,7 @@ const Reader kReaders[] = {
      "Scales and phase-shifts channels for some time; repeatable", true, readDisturbance},
 };
 
-/** What the command was told to do. */
+/** The options of the command. */
 struct GenerateOptions
 {
     generate::WaveParameters mWave;
@@ -153,7 +153,7 @@ struct GenerateOptions
     std::string mOutput; ///< empty for standard output
 };
 
-/** Each appearance of an option has one text; the last one counts where it is not repeatable. */
+/** Each occurrence of an option has one text. If it is not repeatable, the last one counts. */
 void addReader(CLI::App& command, const Reader& reader, GenerateOptions& options)
 {
     CLI::Option* const option = command.add_option_function<std::vector<std::string>>(
@@ -223,14 +223,14 @@ generate::Signal signalOf(const GenerateOptions& options)
         set(text, signal);
     }
     if (options.mIsWaveChanged || !options.mSettings.empty()) {
-        // Both hold for the row as it stands.
+        // Both apply to the unchanged row only.
         signal.mText.clear();
         signal.mPst = 0.0;
     }
     return signal;
 }
 
-/** The files that both kinds of description end in. */
+/** The output files, which all kinds of description have in common. */
 class Outputs
 {
 public:
@@ -251,7 +251,7 @@ public:
 
     base::ResultFile& values() { return *mValues; }
 
-    /** Null where none is asked for. */
+    /** Null if no truth was requested. */
     base::ResultFile* truth() { return mTruth ? &*mTruth : nullptr; }
 
     void commit()
@@ -325,7 +325,7 @@ void generateWave(const GenerateOptions& options, const std::string& commandLine
     outputs.commit();
 }
 
-/** Refused beside a file of states, which describes the wave. */
+/** These options are refused together with a file of states, which describes the wave. */
 void addStateOptions(CLI::App& command, GenerateOptions& options)
 {
     CLI::Option* const states =

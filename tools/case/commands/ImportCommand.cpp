@@ -22,7 +22,7 @@ namespace commands {
 namespace {
 using Json = nlohmann::ordered_json;
 
-/** More periods are a matter of repetitions in the configuration. */
+/** For more periods, repetitions in the configuration do the same. */
 constexpr size_t kMaxRepeatedPeriods = 100'000;
 
 constexpr char kImportFooter[] =
@@ -43,7 +43,7 @@ struct ImportCommandOptions
     bool mJson = false;
 };
 
-/** Each reads an option's text; what it returns is empty or says why it cannot. */
+/** Each of the following reads the text of an option. It returns an empty text, or the error. */
 std::string readChannels(const std::string& text, importing::ImportOptions& options)
 {
     return importing::readAssignments(text, options.mMapping.mAssignments);

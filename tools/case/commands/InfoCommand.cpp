@@ -24,7 +24,7 @@ rms gives all samples the same weight; times are seconds from the first sample.
 Example:
   vx-case generate --duration 1 -o sine.csv && vx-case info sine.csv)";
 
-/** The text shows no more changes of a status channel; JSON has them. */
+/** Max changes of a status channel in the text; JSON has all of them. */
 constexpr size_t kShownChanges = 8;
 
 struct InfoOptions
@@ -107,7 +107,7 @@ std::string changesText(const waveform::StatusChannel& status)
                        : "");
 }
 
-/** The status channels that change. */
+/** The changes of the status channels. */
 std::string statusText(const waveform::SignalDescription& signal)
 {
     base::TextTable table({">status", "name", ">first", "then"});
@@ -188,7 +188,7 @@ std::string infoJson(const waveform::SignalDescription& signal, const waveform::
     for (const waveform::StatusChannel& status : signal.mStatusChannels) {
         info["statusChannels"].push_back(statusJson(status));
     }
-    // What is no UTF-8 after all, such as a file's name, is shown as well as may be.
+    // Text that is not UTF-8, such as a file name, is shown with replacement characters.
     return info.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -44,13 +44,13 @@ struct JudgeOptions
     bool mDoesList = false;
     std::string mOutput; ///< empty for standard output
 
-    // Empty for none.
+    // Paths; empty for none.
     std::string mJunit;
     std::string mJson;
     std::string mPlot;
 };
 
-/** All that is read. */
+/** The contents of all input files. */
 struct JudgedFiles
 {
     assess::LimitTable mLimits;
@@ -58,7 +58,7 @@ struct JudgedFiles
     assess::ReadTable mMeasured;
 };
 
-/** A wrong file is no bad verdict. */
+/** Turns an invalid file into an error of the command line: it is not a bad verdict. */
 template <typename Read>
 auto readOrRefuse(Read read)
 {

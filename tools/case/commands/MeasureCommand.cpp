@@ -97,7 +97,7 @@ void addMeasuredInput(CLI::App& command, measure::SignalOptions& signal)
     addEncodingOption(command, &signal.mEncoding);
 }
 
-/** An option that is one of two words. */
+/** Adds an option with two possible words. */
 template <typename Value>
 void addChoice(CLI::App& command, const std::string& name, Value& value,
                const std::array<std::pair<const char*, Value>, 2>& choices, const std::string& text)
@@ -139,7 +139,7 @@ void readThresholds(const std::string& text, measure::EventPercents& percents)
     }
 }
 
-/** How some quantities are measured. */
+/** Options for how some quantities are measured. */
 void addMeterOptions(CLI::App& command, measure::MeasureOptions& measuring)
 {
     using measure::Lamp;

@@ -36,7 +36,7 @@ Examples:
   vx-case plot expected.csv --quantity rms -o rms.svg
   vx-case plot recording.bin --events events.jsonl --config vx-simulator.conf -o run.svg)";
 
-// Of characters, on a terminal.
+// Widths of a terminal, in characters.
 constexpr int kUsualColumns = 80;
 constexpr int kMinColumns = 40;
 
@@ -56,7 +56,7 @@ int terminalColumns()
     return isKnown ? std::max<int>(size.ws_col, kMinColumns) : kUsualColumns;
 }
 
-/** What the panels of the terminal do not tell. */
+/** Text above the panels: what the panels on a terminal cannot show. */
 std::string headOf(const plot::Picture& picture)
 {
     std::string head = picture.mTitle + "\n" + picture.mCaption + "\n";
@@ -86,8 +86,8 @@ std::string reasonNotMoment(const std::string& text)
 }
 
 /**
- * gnuplot begins each panel with a form feed in a line of blanks, and ends with such a line, which
- * may give the colours back.
+ * Removes the lines of blanks with a form feed with which gnuplot begins each panel. The last line
+ * has no line end and may reset the colours; of it only the blanks are removed.
  */
 std::string withoutPages(const std::string& text)
 {
@@ -134,13 +134,13 @@ void expectTableOptions(const CLI::App& command, const PlotOptions& options)
         throw CLI::ValidationError("--at",
                                    "for a table, expected --quantity harmonics or phasors, too");
     }
-    // Characters are higher than wide: angles would be wrong.
+    // Characters are taller than wide, so angles would look wrong.
     if (options.mOutput.empty() && options.mQuantity == assess::kPhasors) {
         throw CLI::ValidationError("--quantity", "phasors need a picture: expected -o FILE");
     }
 }
 
-/** Finds out what the inputs are, and takes --at as they need it. */
+/** Finds out if the input is a table, and checks the options that depend on it. */
 void findTable(const CLI::App& command, PlotOptions& options)
 {
     std::vector<std::string>& inputs = options.mRequest.mInputs;
@@ -199,7 +199,7 @@ void plotOnTerminal(PlotOptions options)
     result.commit();
 }
 
-/** What is shown of the whole. */
+/** Options for the part of the time that is shown. */
 void addMomentOptions(CLI::App& command, PlotOptions& options)
 {
     plot::MomentRequest& moments = options.mRequest.mMoments;

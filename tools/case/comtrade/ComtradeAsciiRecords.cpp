@@ -18,7 +18,7 @@ constexpr double kLargestStamp = 1e17;
 constexpr size_t kLeadingFields = 2;
 } // namespace
 
-/** The fields of a line, one after another. */
+/** Reads the fields of a line one by one. */
 class ComtradeAsciiRecords::Fields
 {
 public:
@@ -26,18 +26,18 @@ public:
 
     size_t taken() const { return mTaken; }
 
-    /** @return false where the next field is no number; NaN where it is empty. */
+    /** @return false if the next field is not a number; an empty field gives NaN */
     bool take(double* number)
     {
         ++mTaken;
         return takeInteger(number) || takeAny(number);
     }
 
-    /** The field that was no number. */
+    /** The field that was not a number. */
     std::string_view field() const { return mField; }
 
 private:
-    /** The fast path: what nearly all fields are, up to nine digits. */
+    /** The fast path for up to nine digits, which nearly all fields have. */
     bool takeInteger(double* number)
     {
         constexpr int kMaxDigits = 9;
@@ -100,7 +100,7 @@ void ComtradeAsciiRecords::read(size_t maxRecords, ComtradeBlock* block,
     block->mStates.resize(records * stateWords(mHeader));
 }
 
-/** Takes the next line that is a record; false at the end of the data. */
+/** Takes the next record; false at the end of the data. */
 bool ComtradeAsciiRecords::takeRecord(std::string_view* line)
 {
     while (!mHasEnded && mFile.takeLine(line)) {

@@ -25,7 +25,7 @@ Number numberAt(const char* bytes)
     return number;
 }
 
-/** @param step bytes from a value to that of the next record */
+/** @param step bytes from a value to the same value of the next record */
 template <typename Number>
 void readColumn(const char* bytes, size_t step, Number missing, size_t count, double* column)
 {
@@ -37,7 +37,7 @@ void readColumn(const char* bytes, size_t step, Number missing, size_t count, do
 
 void readFloatColumn(const char* bytes, size_t step, size_t count, double* column)
 {
-    // Some writers take the lowest float for missing, others the smallest positive one.
+    // Some writers mark missing values by the lowest float, others by the smallest positive one.
     constexpr float kLowest = std::numeric_limits<float>::lowest();
     constexpr float kSmallest = std::numeric_limits<float>::min();
     for (size_t i = 0; i < count; ++i) {
@@ -47,7 +47,7 @@ void readFloatColumn(const char* bytes, size_t step, size_t count, double* colum
     }
 }
 
-/** In 1991 all ones were missing, and some recordings hold numbers without a sign. */
+/** In revision 1991 a missing value has all bits set. Some recordings hold unsigned numbers. */
 void read1991Column(const ComtradeAnalog& analog, const char* bytes, size_t step, size_t count,
                     double* column)
 {

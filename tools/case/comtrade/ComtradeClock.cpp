@@ -7,10 +7,10 @@
 namespace comtrade {
 
 namespace {
-/** Rates and stamps differ when the end is further off than this share of the whole. */
+/** Max relative difference between the durations by rates and by time stamps. */
 constexpr double kMaxDifference = 0.01;
 
-/** Recorders take 20 samples a period and more; with fewer, the 9th harmonic is lost. */
+/** Recorders take at least 20 samples per period; with fewer, the 9th harmonic is lost. */
 constexpr double kMinSamplesInPeriod = 20.0;
 } // namespace
 
@@ -70,7 +70,7 @@ void ComtradeClock::remarkOn(base::Remarks* remarks) const
     for (const std::string& remark : mStamped.remarks()) {
         remarks->add(remark);
     }
-    // Stamps of 0 throughout are none.
+    // If all time stamps are 0, there are none.
     const double difference = std::abs(mStampedSeconds - mRatedSeconds);
     if (mStampedSeconds != 0.0 && difference > kMaxDifference * mRatedSeconds) {
         remarks->add(

@@ -19,7 +19,7 @@ std::vector<std::string_view> linesOf(std::string_view text)
     while (!text.empty()) {
         const size_t end = std::min(text.find_first_of("\r\n"), text.size());
         lines.push_back(text.substr(0, end));
-        // The writers of some files end a line twice: CR CR LF.
+        // Some files end their lines with CR CR LF.
         size_t next = std::min(text.find_first_not_of('\r', end), text.size());
         next += next < text.size() && text[next] == '\n' ? 1 : 0;
         text.remove_prefix(next);

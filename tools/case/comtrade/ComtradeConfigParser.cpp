@@ -33,7 +33,7 @@ std::string_view withoutHz(std::string_view field)
     return isHz ? field.substr(0, digits) : field;
 }
 
-/** For an empty field, and one that is no number, the number that it would have if left out. */
+/** The number in a field; the default if the field is empty or not a number. */
 double numberOr(std::string_view field, double otherwise)
 {
     double number = otherwise;
@@ -104,7 +104,7 @@ void ComtradeConfigParser::parseRevision(std::string_view text)
     }
 }
 
-/** By the form of the first channel, where no year gives the revision. */
+/** Guesses the revision by the form of the first channel; used if there is no year. */
 void ComtradeConfigParser::guessRevision()
 {
     const bool isNew = base::splitFields(mLines.peek(), ',').size() > kPrimaryField;
@@ -166,7 +166,7 @@ ComtradeAnalog ComtradeConfigParser::parseAnalog(size_t index, size_t count)
     if (!base::parseNumber(fields[0], &channel.mNumber)) {
         mRemarks.addFor("no number: numbered by its position", channel.mNumber);
     }
-    // More fields than there are: the name holds commas.
+    // If there are too many fields, the name contains commas.
     const size_t excess = std::max(fields.size(), kMaxAnalogFields) - kMaxAnalogFields;
     channel.mName = upTo(fields, 1, excess + 2);
     fields.erase(fields.begin() + 1, fields.begin() + 1 + static_cast<std::ptrdiff_t>(excess));
@@ -248,7 +248,7 @@ void ComtradeConfigParser::parseRates()
         mLines.fail(fmt::format("the number of sampling rates, found \"{}\"",
                                 fields[0].substr(0, base::kLongestExcerpt)));
     }
-    // Without a rate one line still follows, for the number of samples; not all writers know.
+    // Without a rate, one line with the number of samples should follow. Some files lack it.
     const bool isDateNext = mLines.peek().find('/') != std::string_view::npos;
     const size_t lines = count == 0 && !isDateNext ? 1 : count;
     for (size_t i = 0; i < lines; ++i) {
@@ -297,7 +297,7 @@ std::string ComtradeConfigParser::parseTime(const char* what)
     if (time->mHasSwappedDayMonth) {
         mRemarks.add(fmt::format("the {} time has day and month swapped", what));
     }
-    // The start time comes first; its form says what a stamp counts.
+    // The start time comes first; its number of digits gives the unit of the time stamps.
     if (mHeader.mTriggerTime.empty() && mHeader.mStartTime.empty() &&
         time->mFractionDigits > kMicrosecondDigits) {
         mHeader.mStampSeconds = 1e-9;
@@ -329,7 +329,7 @@ void ComtradeConfigParser::parseStampFactor()
     }
 }
 
-/** UTC offsets and leap seconds. */
+/** Parses UTC offset and leap second fields. */
 void ComtradeConfigParser::parseClock()
 {
     constexpr std::string_view kNoLeapSecond = "0";

@@ -19,7 +19,7 @@ namespace comtrade {
 namespace {
 constexpr size_t kLargestConfig = size_t{16} << 20U;
 
-/** Parses the configuration and adds its remarks to those on its texts. */
+/** Parses the configuration and adds its remarks to those about the encoding. */
 void takeConfig(const std::string& name, std::string_view text, size_t firstLine,
                 const std::string& encoding, ComtradeParts* parts)
 {
@@ -67,7 +67,7 @@ std::optional<Heading> parseHeading(std::string_view line)
     return heading;
 }
 
-/** Goes through the sections of a single file. */
+/** Reads the sections of a single file. */
 class SectionReader
 {
 public:
@@ -129,7 +129,7 @@ private:
     size_t mLine = 0;
 };
 
-/** Where the heading of the data section and the configuration differ, the heading is right. */
+/** If the heading of the data section and the configuration differ, the heading is right. */
 void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
 {
     const Heading& heading = sections.mDataHeading;
@@ -148,7 +148,7 @@ void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
     }
 }
 
-/** Some configurations name another kind of data than there is; its first bytes show which. */
+/** Some configurations name a wrong kind of data; the first bytes show the true one. */
 void adoptKindOfData(ComtradeParts* parts)
 {
     constexpr size_t kProbedBytes = 256;
@@ -175,7 +175,7 @@ std::string findBeside(const std::string& path, const std::string& suffix)
     const QString wanted = info.completeBaseName() + "." + QString::fromStdString(suffix);
     std::string found;
     for (const QString& name : info.dir().entryList(QDir::Files)) {
-        // Where several names differ in case only, the one that is spelled like the given one.
+        // If several names differ in case only, prefers the spelling of the given name.
         if (name.compare(wanted, Qt::CaseInsensitive) == 0 &&
             (found.empty() || name.startsWith(info.completeBaseName()))) {
             found = path.substr(0, path.rfind('/') + 1) + name.toStdString();

@@ -51,7 +51,7 @@ void ComtradeSource::describe()
     mDescription.mRemarks = mParts.mRemarks.take();
 }
 
-/** Remarks on what a configuration says of a channel and no recorder means. */
+/** Adds remarks on implausible settings of channels. */
 void ComtradeSource::remarkOnChannels()
 {
     const double hz = mParts.mHeader.mNominalHz > 0.0 ? mParts.mHeader.mNominalHz : kUsualHz;
@@ -95,7 +95,7 @@ bool ComtradeSource::read(waveform::SignalBlock& block)
     return block.size() > 0;
 }
 
-/** From numbers as they stand in the file to the channel's unit. */
+/** Converts the numbers of the file to the unit of the channel. */
 void ComtradeSource::scale(size_t channel, waveform::SignalBlock* block)
 {
     const double factor = mParts.mHeader.mAnalogs[channel].mFactor;
@@ -117,7 +117,7 @@ void ComtradeSource::scale(size_t channel, waveform::SignalBlock* block)
     mLastValues[channel] = last;
 }
 
-/** Where numbers jump, samples were lost; those that fall to 0 or 1 have begun again. */
+/** If sample numbers jump, samples were lost. If they fall to 0 or 1, numbering has restarted. */
 void ComtradeSource::checkNumbers()
 {
     const size_t first = mClock.samples() - mBlock.size();

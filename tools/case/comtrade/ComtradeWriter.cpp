@@ -13,7 +13,7 @@ namespace comtrade {
 namespace {
 constexpr char kLineEnd[] = "\r\n";
 
-/** Commas and line ends would begin another field. */
+/** Replaces commas and line ends, which would begin another field. */
 std::string fieldOf(std::string text)
 {
     std::replace_if(
@@ -69,7 +69,7 @@ std::string comtradeConfigText(const ComtradeHeader& header)
     text += timeLine(header.mStartTime) + kLineEnd + timeLine(header.mTriggerTime) + kLineEnd;
     text += fmt::format("{}{}{}{}", nameOf(header.mKind), kLineEnd,
                         header.mStampSeconds / base::kSecondsPerMicrosecond, kLineEnd);
-    // UTC; nothing is known of the clock, nor of leap seconds.
+    // UTC; the quality of the clock and leap seconds are unknown.
     return text + "0,0" + kLineEnd + "F,3" + kLineEnd;
 }
 

@@ -65,7 +65,7 @@ bool Beam::fits(const PlayedFile& file, size_t sample, const SampleContent& cont
     return file.samples()[sample] == content && (!stepNs || step == 0 || *stepNs == step);
 }
 
-/** All positions but the last are the same: see Hypothesis. */
+/** All positions except the last are equal, see Hypothesis. */
 bool Beam::anyFits(const Hypothesis& it, const SampleContent& content,
                    std::optional<qint64> stepNs) const
 {

@@ -15,7 +15,7 @@ quint64 hashOf(const SampleContent& content)
     return static_cast<quint64>(hash) << kNumberBits;
 }
 
-/** Whether the file goes on with the contents from the sample on, as far as both go. */
+/** Whether the file has the contents from this sample on, up to the end of the shorter one. */
 bool goesOn(const PlayedFile& file, size_t sample, const std::vector<SampleContent>& contents)
 {
     const size_t count = std::min(contents.size(), file.size() - sample);
@@ -54,7 +54,7 @@ std::vector<Positions> ContentSearch::find(const std::vector<SampleContent>& con
     std::vector<Positions> all;
     std::vector<size_t> samples;
     size_t index = 0;
-    size_t begin = 0; // of the file, among all samples
+    size_t begin = 0; // number of the file's first sample among all samples
     for (auto it = std::lower_bound(mIndex.begin(), mIndex.end(), hash);
          it != mIndex.end() && *it >> kNumberBits == hash >> kNumberBits; ++it) {
         const size_t number = *it & ~quint32{0};
@@ -82,7 +82,7 @@ void ContentSearch::makeIndex() const
     std::sort(mIndex.begin(), mIndex.end());
 }
 
-/** As of PlayedFile; what was found out once is not compared again. */
+/** Like PlayedFile::repeats(), but remembers the last result. */
 bool ContentSearch::repeats(size_t file, size_t first, size_t end, size_t stride) const
 {
     mRuns.resize(mPlan.files().size());
@@ -100,7 +100,7 @@ bool ContentSearch::repeats(size_t file, size_t first, size_t end, size_t stride
     return true;
 }
 
-/** Makes as few of the samples as they allow, which ascend. */
+/** Combines the samples into as few Positions as possible. Requires: samples in rising order. */
 void ContentSearch::addPositions(size_t file, const std::vector<size_t>& samples,
                                  std::vector<Positions>* all) const
 {

@@ -21,7 +21,7 @@ std::string deathOf(const nlohmann::json& line)
     return "";
 }
 
-/** What the ends of the program and of the run tell besides. */
+/** Further remarks in the events of the end of the program and of the run. */
 std::vector<std::string> remarksOf(const nlohmann::json& line)
 {
     std::vector<std::string> remarks;

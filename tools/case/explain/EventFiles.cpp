@@ -10,7 +10,7 @@
 namespace explain {
 
 namespace {
-/** How late a line may be appended after what it tells of. */
+/** Max delay with which the line of an event is appended. */
 constexpr qint64 kMaxDisorderNs = 1'000'000'000;
 
 /** The events' clock. */
@@ -21,13 +21,13 @@ qint64 realtimeNs()
 }
 } // namespace
 
-/** One file, and how far it was read. */
+/** One file with its read position. */
 class EventFiles::Source
 {
 public:
     explicit Source(const std::string& path) : mFile(path) {}
 
-    /** The next event; nothing at the end of what is written so far. */
+    /** The next event; no value if none is written yet. */
     std::optional<Event> next(bool isFinished)
     {
         const qint64 nowNs = realtimeNs();
@@ -90,7 +90,9 @@ std::optional<Event> EventFiles::next()
     return event;
 }
 
-/** Reads until no file can have an event before the first one that waits; false if one can. */
+/**
+ * Reads until no file can have an earlier event than the first waiting one; false if one still can.
+ */
 bool EventFiles::readAhead()
 {
     for (const auto& source : mSources) {

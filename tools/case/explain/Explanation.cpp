@@ -7,8 +7,7 @@
 namespace explain {
 
 namespace {
-/** Gives the judge the events up to the block with this record, or all, as far as they are there.
- */
+/** Gives the judge the available events up to the block with this record; without it, all. */
 void feed(EventFiles* events, Judge* judge, std::optional<size_t> untilRecord)
 {
     while (!untilRecord || judge->recordsInEvents() <= *untilRecord) {

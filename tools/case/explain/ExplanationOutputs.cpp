@@ -58,7 +58,7 @@ std::string findingsText(const FindingCounts& findings)
     return text;
 }
 
-/** Writes line by line, at once where somebody may be waiting for it. */
+/** Writes line by line; live output is flushed after each line. */
 class LineOutput
 {
 public:
@@ -82,7 +82,7 @@ private:
     bool mIsLive;
 };
 
-/** A table with the commands and findings between its rows. */
+/** A table, with commands and findings between its rows. */
 class ExplanationText : public ExplanationOutput
 {
 public:
@@ -132,7 +132,7 @@ private:
     size_t mFileWidth;
 };
 
-/** An object a line, which tells its "kind". */
+/** One JSON object per line, with its "kind". */
 class ExplanationJson : public ExplanationOutput
 {
 public:

@@ -5,7 +5,7 @@
 namespace explain {
 
 namespace {
-/** A way over lost samples. */
+/** A possible course of playing during the lost samples. */
 struct Path
 {
     Hypothesis mAt;
@@ -18,7 +18,10 @@ const PlayedFile& file(const PlaybackTracker& tracker, const Hypothesis& it)
     return tracker.beam().plan().fileOf(it.mEntry);
 }
 
-/** Whether the file has a sample at that time after this one, or ends before: mostly not. */
+/**
+ * Whether the gap can lead from this sample to another one of the file, or beyond its end. Mostly
+ * it cannot, which saves a search.
+ */
 bool leads(const PlayedFile& file, size_t sample, qint64 gapNs)
 {
     if (!file.hasAllSteps()) {
@@ -52,7 +55,7 @@ std::vector<Path> beginPaths(const PlaybackTracker& expected, qint64 gapNs)
     return paths;
 }
 
-/** Continues after the pass of the path. */
+/** Continues the path with all successors of its pass. */
 void follow(const Path& path, qint64 passNs, const PlayPlan& plan, std::vector<Path>* open)
 {
     const size_t lost = path.mLost + plan.fileOf(path.mAt.mEntry).size() - path.mAt.mSample;

@@ -9,7 +9,7 @@
 namespace explain {
 
 namespace {
-/** With more beginnings than these, more than the first record decides between them. */
+/** With more possible beginnings than this, more records than the first decide between them. */
 constexpr size_t kMaxFronts = 64;
 } // namespace
 
@@ -32,7 +32,7 @@ void Judge::add(const SampleRecord* records, size_t count)
     judge(RecordWindow::kAhead);
 }
 
-/** Continues as long as more records than these are ahead. */
+/** Judges as long as more than this number of records are ahead. */
 void Judge::judge(size_t keepAhead)
 {
     while (mWindow.arrived() > keepAhead && (!mHasEvents || mEvents.covers(mWindow.position()))) {
@@ -44,7 +44,7 @@ void Judge::judge(size_t keepAhead)
     }
 }
 
-/** Where the recording may begin: where the simulator does, or anywhere. */
+/** Sets the positions where the recording may begin: where the simulator begins, or anywhere. */
 void Judge::begin()
 {
     if (mHasBegun) {
@@ -76,7 +76,7 @@ bool Judge::takeNext()
     return true;
 }
 
-/** The next record is the next sample of the likeliest. */
+/** Accepts the next record as the next sample of the likeliest hypothesis. */
 void Judge::pass(qint64 stampNs)
 {
     report(mTracker.takeEnded());
@@ -112,7 +112,7 @@ void Judge::offerCommands()
     mTracker.offer(mCommands.valid(), {arrivalNs, stampNs});
 }
 
-/** Judges the commands that were given by then. */
+/** Judges the commands that were given up to this time. */
 void Judge::takeCommands(std::optional<qint64> untilNs)
 {
     while (const std::optional<Event> sent = mEvents.takeCommand(untilNs)) {
@@ -166,7 +166,7 @@ void Judge::reportPending(size_t untilRecord)
     }
 }
 
-/** Reports the command that brought a pass, or that nobody gave one. */
+/** Reports the command that caused a pass, or that no command was given. */
 void Judge::reportCommands(const PlayedPasses& played)
 {
     if (mHasEvents && played.mUnknownCommands > mReportedChanges) {
@@ -188,7 +188,7 @@ void Judge::reportCommands(const PlayedPasses& played)
     }
 }
 
-/** What arrived so far is done with: the next record does not follow from it. */
+/** Closes what arrived so far: the next record does not continue it. */
 void Judge::breakOff()
 {
     if (mLastStampNs) {
@@ -264,7 +264,7 @@ void Judge::passDifferent(const Repair& found)
     }
 }
 
-/** When the next record was played; where its stamp is as wrong as the rest, as it should be. */
+/** The time of the next record. If its stamp is wrong and its content, too, the expected time. */
 qint64 Judge::judgedStampNs(bool fits)
 {
     const qint64 stampNs = waveform::stampNsOf(mWindow.next());
@@ -279,7 +279,7 @@ qint64 Judge::judgedStampNs(bool fits)
     return stampNs;
 }
 
-/** Passes over them as over the expected ones, so that time and commands are not lost. */
+/** Skips foreign records as if they were the expected ones, to keep track of time and commands. */
 void Judge::passForeign(const Repair& found)
 {
     breakOff();
@@ -309,7 +309,7 @@ void Judge::addTimeJump()
                     waveform::stampNsOf(mWindow.next()) - *mLastStampNs, mTracker.nextStep()));
 }
 
-/** Puts it out once it is known what was played so far, which is mostly now. */
+/** Outputs a finding as soon as it is known what was played before it; mostly at once. */
 void Judge::addFinding(FindingKind kind, size_t count, const std::string& text)
 {
     const Finding finding{kind, mWindow.position(), count, text};
@@ -387,7 +387,7 @@ void Judge::finishRun(bool isComplete)
     finishBlocks();
 }
 
-/** A program that hangs sends no block. */
+/** Reports a program that hung: it sent no blocks at the end of the run. */
 void Judge::finishBlocks()
 {
     if (!mEvents.endedWhilePlaying() || !mEvents.lastBlockNs() || shouldBeSilent()) {
@@ -401,13 +401,13 @@ void Judge::finishBlocks()
     }
 }
 
-/** The longest time between the blocks of a program that plays. */
+/** Max time between two blocks of a playing program. */
 qint64 Judge::maxSilenceNs() const
 {
     return kBlocksAhead * mPlan.longestBlockNs() + kWaitToleranceNs;
 }
 
-/** Whether what it was told to play when the last block arrived, or soon after, has no samples. */
+/** Whether the configuration commanded up to shortly after the last block has no samples. */
 bool Judge::shouldBeSilent() const
 {
     const qint64 endNs = mEvents.lastBlockNs().value_or(0) + maxSilenceNs();

@@ -185,7 +185,7 @@ void PlaybackTracker::advance(const std::optional<Arrival>& arrival, const Sampl
     mBeam.prune();
 }
 
-/** Takes out the positions that have come to the end of their file. */
+/** Removes and returns the positions at the end of their file. */
 std::vector<Hypothesis> PlaybackTracker::takeOutEnded()
 {
     std::vector<Hypothesis> ended;
@@ -198,7 +198,7 @@ std::vector<Hypothesis> PlaybackTracker::takeOutEnded()
             ended.push_back(it.splitLast());
         } else {
             ended.push_back(it);
-            it.mCount = 0; // to be dropped
+            it.mCount = 0; // to be erased
         }
     }
     all.erase(std::remove_if(all.begin(), all.end(), [](const auto& it) { return it.mCount == 0; }),
@@ -207,8 +207,9 @@ std::vector<Hypothesis> PlaybackTracker::takeOutEnded()
 }
 
 /**
- * A case that has begun as others that are under way becomes one of their positions: so a steady
- * file of a thousand periods, of which any may be the last one, is followed as one hypothesis.
+ * Merges a case that has just begun into a hypothesis of which it continues the row of positions.
+ * So a steady file of a thousand periods, of which any may be the last, is followed as one
+ * hypothesis.
  */
 void PlaybackTracker::mergeAtSecondSample()
 {
@@ -222,14 +223,14 @@ void PlaybackTracker::mergeAtSecondSample()
             return it.mCount > 0 && it.prepend(begun, file);
         });
         if (isTaken) {
-            begun.mCount = 0; // to be dropped
+            begun.mCount = 0; // to be erased
         }
     }
     all.erase(std::remove_if(all.begin(), all.end(), [](const auto& it) { return it.mCount == 0; }),
               all.end());
 }
 
-/** A command of which nothing is known may come wherever a case has just ended. */
+/** An unknown command may have been given wherever a case has just ended. */
 void PlaybackTracker::addUnknownCommands(const SampleContent* next)
 {
     const Hypothesis* cheapest = nullptr;
@@ -240,7 +241,7 @@ void PlaybackTracker::addUnknownCommands(const SampleContent* next)
     }
     if (cheapest == nullptr ||
         cheapest->mCost + kCostOfUnknownCommand > likeliest().mCost + kMaxCostAboveLikeliest) {
-        return; // no case has just ended, or what follows would be dropped at once
+        return; // no case has just ended, or the result would be pruned at once
     }
     Hypothesis commanded = *cheapest;
     commanded.mCost += kCostOfUnknownCommand;

@@ -12,11 +12,11 @@
 namespace explain {
 
 namespace {
-/** So few that their items stay in the processor's cache until they are taken over. */
+/** So few that their items stay in the CPU cache until they are copied. */
 constexpr int kLinesAtOnce = 1024;
 } // namespace
 
-/** The program's reader, some lines at a time, so that a file is held in one shape only. */
+/** The program's reader, used for some lines at a time, so that the file is not held twice. */
 class ValueLines : private InputValues
 {
 public:

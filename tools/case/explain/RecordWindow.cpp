@@ -8,7 +8,7 @@ namespace explain {
 
 void RecordWindow::append(const SampleRecord* records, size_t count)
 {
-    if (mNext > 2 * kBack) { // not each time, so that a record is moved once or twice
+    if (mNext > 2 * kBack) { // not each time, so that a record is moved twice at most
         const size_t dropped = mNext - kBack;
         mRecords.erase(mRecords.begin(), mRecords.begin() + static_cast<std::ptrdiff_t>(dropped));
         mNext -= dropped;

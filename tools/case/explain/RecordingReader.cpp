@@ -12,7 +12,7 @@
 namespace explain {
 
 namespace {
-/** 768 KiB: a record more costs a call no more. */
+/** 768 KiB: larger reads are not faster. */
 constexpr size_t kRecordsAtOnce = 16'384;
 } // namespace
 
@@ -73,7 +73,7 @@ size_t RecordingReader::read(char* bytes, size_t count)
     return static_cast<size_t>(taken);
 }
 
-/** The kernel gives a read lease only on a file that nobody has open for writing. */
+/** The kernel grants a read lease only if no process has the file open for writing. */
 bool RecordingReader::isComplete() const
 {
     if (mIsStream) {

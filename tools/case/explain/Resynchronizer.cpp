@@ -13,14 +13,14 @@ qint64 gapBefore(const RecordWindow& window, size_t offset)
            waveform::stampNsOf(window[static_cast<std::ptrdiff_t>(offset) - 1]);
 }
 
-/** Whether the records from the offset on are those supposed, the first one's step aside. */
+/** Whether the records from the offset on fit the tracker. The step before the first is ignored. */
 bool goesOn(const RecordWindow& window, const PlaybackTracker& from, size_t offset)
 {
     if (offset == window.ahead()) {
         return true;
     }
     if (!from.allows(contentOf(window[offset]), {})) {
-        return false; // mostly so, and needs no copy
+        return false; // the most frequent case, which needs no copy
     }
     PlaybackTracker supposed = from;
     const std::vector<SampleContent> contents = window.proof(offset);
@@ -37,7 +37,7 @@ bool goesOn(const RecordWindow& window, const PlaybackTracker& from, size_t offs
     return true;
 }
 
-/** Whether they mostly do: some may differ, but not the first and its successor's step. */
+/** Whether most records fit. Some may differ, but not both of the first two. */
 bool mostlyGoesOn(const RecordWindow& window, PlaybackTracker supposed)
 {
     const std::vector<SampleContent> contents = window.proof(0);
@@ -58,7 +58,10 @@ bool mostlyGoesOn(const RecordWindow& window, PlaybackTracker supposed)
     return 2 * different < contents.size();
 }
 
-/** Whether the next records are the likeliest's, whatever their time; not across a file's end. */
+/**
+ * Whether the contents of the next records fit the likeliest hypothesis, whatever their time
+ * stamps. False if they reach beyond the end of the file.
+ */
 bool contentGoesOn(const RecordWindow& window, const PlaybackTracker& expected)
 {
     const std::vector<SampleContent> contents = window.proof(0);
@@ -80,7 +83,7 @@ bool isSame(const SampleRecord& left, const SampleRecord& right)
     return left.mNanoseconds == right.mNanoseconds && std::memcmp(&left, &right, sizeof(left)) == 0;
 }
 
-/** Those that may be at the next record when the records from the offset on fit. */
+/** The hypotheses at the next record for which the records from the offset on fit. */
 PlaybackTracker leadingTo(const RecordWindow& window, PlaybackTracker expected, size_t offset)
 {
     expected.keepIf([&](PlaybackTracker alone) {
@@ -92,7 +95,7 @@ PlaybackTracker leadingTo(const RecordWindow& window, PlaybackTracker expected, 
     return expected;
 }
 
-/** How many records from the next on are those that arrived before, in the same order. */
+/** Number of next records that repeat the records before them in the same order. */
 size_t countTwice(const RecordWindow& window)
 {
     const auto ahead = static_cast<std::ptrdiff_t>(window.ahead());
@@ -139,7 +142,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
         if (anyLost && goesOn(window, behind.mAfter, 0)) {
             Repair found{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
             if (brokenOff && brokenOff->mSamples == behind.mLost) {
-                found.mAfter.alsoFollow(brokenOff->mAfter); // the two may be alike for a while
+                found.mAfter.alsoFollow(brokenOff->mAfter); // both may fit for a while
             }
             return found;
         }
@@ -150,7 +153,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
             return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
         }
     }
-    // Where all samples have one step, no other position explains the time any better.
+    // If all samples have the same step, no other position explains the time better.
     const bool isTimeAlone = mPlan.hasOneStep() && contentGoesOn(window, expected);
     if (isTimeAlone || goesOn(window, expected, 0) || mostlyGoesOn(window, expected)) {
         return Repair{Repair::Kind::TimeJump, 0, 0, expected};
@@ -158,7 +161,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
     return std::nullopt;
 }
 
-/** A block that the driver refused: its case ends, and play begins anew. */
+/** Handles a block that the driver refused: its case ends, and playing starts again. */
 std::optional<Repair> Resynchronizer::missingWithinCase(const RecordWindow& window,
                                                         const PlaybackTracker& expected,
                                                         qint64 gapNs) const
@@ -215,7 +218,7 @@ Repair Resynchronizer::repairByContent(const RecordWindow& window, const Playbac
     return {Repair::Kind::Foreign, ahead, ahead, expected};
 }
 
-/** Every position where the records from the offset on stand in the files; may be empty. */
+/** All positions in the files that fit the records from the offset on; may be empty. */
 PlaybackTracker Resynchronizer::elsewhere(const RecordWindow& window,
                                           const PlaybackTracker& expected, size_t offset) const
 {
