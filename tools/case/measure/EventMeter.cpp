@@ -42,13 +42,15 @@ void EventMeter::add(const HalfPeriodValues& values, MeasurementOutput& output)
     if (mDip.isBack(values.mRms) && mSwell.isBack(values.mRms)) {
         mInService.set(channel);
     }
-    const bool wasExcluded = mDips.isOpen(channel) || mSwells.isOpen(channel);
+    const bool wasInEvent = mDips.isOpen(channel) || mSwells.isOpen(channel);
     mDips.add(values, mInService, output);
     mSwells.add(values, mInService, output);
     mInterruptions.add(values, mInService, output);
-    const bool isExcluded = wasExcluded || mDips.isOpen(channel) || mSwells.isOpen(channel) ||
-                            !mInService.test(channel);
+    // The period that ends an event overlaps the next one: a change in that is part of the event.
+    const bool isInEvent = wasInEvent || mDips.isOpen(channel) || mSwells.isOpen(channel);
+    const bool isExcluded = isInEvent || mWereInEvent.test(channel) || !mInService.test(channel);
     mRapidChanges.add(values, isExcluded, output);
+    mWereInEvent.set(channel, isInEvent);
     mEndUtcNs = values.mEndUtcNs;
 }
 

@@ -30,6 +30,7 @@ private:
     RmsThreshold mDip;
     RmsThreshold mSwell;
     EventChannels mInService;
+    EventChannels mWereInEvent; ///< a dip or swell, at the period before
     ThresholdEvents mDips;
     ThresholdEvents mSwells;
     ThresholdEvents mInterruptions;
