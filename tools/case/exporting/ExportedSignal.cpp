@@ -15,7 +15,7 @@ namespace exporting {
 
 namespace {
 
-/** Max number of rates that are written; where they change more often, only time stamps are. */
+/** Max number of rates that are written. If there are more, only the time stamps are written. */
 constexpr size_t kMaxRates = 999;
 
 /** Keeps the samples from begin up to end. */
@@ -29,7 +29,7 @@ void cut(waveform::SignalBlock* block, size_t begin, size_t end)
     std::for_each(block->mValues.begin(), block->mValues.end(), cutColumn);
 }
 
-/** Makes rates of the steps between samples. */
+/** Finds sampling rates from the steps between samples. */
 class RateFinder
 {
 public:
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    /** A rate holds for the distance from each of its samples to the next. */
+    /** The samples of a rate are those whose distance to the next sample is its step. */
     void addStep(qint64 stepNs)
     {
         mFirstStepNs = mSamples == 1 ? stepNs : mFirstStepNs;
@@ -77,7 +77,7 @@ private:
     std::vector<waveform::SampleRate> mRates;
 };
 
-/** The frequency that the input has, if it is what was played, with the few digits that it has. */
+/** The frequency of the input: exactly as given if it has the step of the samples, else rounded. */
 double frequencyOf(const waveform::SignalDescription& description, qint64 stepNs)
 {
     const auto nominal = static_cast<float>(description.mNominalHz);

@@ -46,7 +46,7 @@ comtrade::ComtradeAnalog analogOf(const ExportOptions& options, int channel)
     return analog;
 }
 
-/** The time of a recording plus what is skipped; 1970 for a value file, which has none. */
+/** The start of the recording plus the skipped time; 1970 for a value file, which has no time. */
 std::string startTime(const std::string& text, double skippedSeconds)
 {
     constexpr int kDigitsToSeconds = 19;
@@ -66,7 +66,7 @@ std::string startTime(const std::string& text, double skippedSeconds)
                        microseconds);
 }
 
-/** Seconds of one unit of the time stamps, so that the last stamp fits 32 bits. */
+/** The unit of the time stamps in s, chosen so that the last stamp fits 32 bits. */
 double stampSeconds(double seconds)
 {
     const double max = std::numeric_limits<quint32>::max() * base::kSecondsPerMicrosecond;

@@ -17,7 +17,7 @@ namespace generate {
 namespace {
 constexpr char kConfigurationName[] = "vx-simulator.conf";
 
-/** The first one is the steady one, whatever is asked for. */
+/** The first one is always the steady signal. */
 std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
 {
     std::vector<const Signal*> rows;
@@ -41,7 +41,7 @@ std::vector<const Signal*> signalsOf(const std::vector<std::string>& names)
     return rows;
 }
 
-/** The whole path, since the simulator takes a relative one from where it was started. */
+/** The absolute path: the simulator takes a relative one from its own working directory. */
 std::string pathOf(const std::string& directory)
 {
     const QDir folder(QString::fromStdString(directory));
@@ -91,7 +91,7 @@ void writeCatalogue(const std::string& directory, const std::vector<std::string>
     base::ResultFile configuration(path + '/' + kConfigurationName,
                                    base::ResultFile::Existing::Keep);
     configuration.write(configurationOf(rows, path));
-    configuration.flush(); // what is there is compared before anything is written
+    configuration.flush(); // compares an existing file before anything is written
     base::ProgressLine progress("writing");
     for (size_t number = 0; number < rows.size(); ++number) {
         progress.show(double(number) / double(rows.size()));

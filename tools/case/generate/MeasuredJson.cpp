@@ -29,7 +29,7 @@ const char* nameOf(EventKind kind)
     return "interruption";
 }
 
-/** An end that is not in the file is null, and so is the duration. */
+/** If the end is not in the file, end and duration are null. */
 Json jsonOf(const EventSpan& span)
 {
     Json json{{"begin", jsonOf(span.mBegin)}, {"end", nullptr}, {"durationSeconds", nullptr}};

@@ -12,13 +12,13 @@ namespace generate {
 namespace {
 using Complex = std::complex<double>;
 
-/** To -180 (excluded) to 180. */
+/** The angle in the range above -180 up to 180 degrees. */
 double normalizedDegrees(double degrees)
 {
     return degreesOf(std::polar(1.0, degrees * base::kRadiansPerDegree));
 }
 
-/** The peak phasors of a channel by their order, at the first line. */
+/** The peak phasors of a channel at the first line, by order. */
 struct Spectrum
 {
     std::map<int, Complex> mPhasors;
@@ -84,7 +84,7 @@ ChannelValues valuesOf(Spectrum spectrum)
     return values;
 }
 
-/** Computes the values of one description, part by part. */
+/** Computes the reference values of one description. */
 class ReferenceMeter
 {
 public:
@@ -106,7 +106,7 @@ private:
     ToneValues tone(const Tone& tone) const;
     ModulationValues modulation(const Modulation& modulation) const;
 
-    /** Otherwise a change may be so fast that it shows among the harmonics. */
+    /** A rectangular modulation changes so fast that it would show among the harmonics. */
     bool hasNoRectangle() const
     {
         return std::none_of(mParameters.mModulations.begin(), mParameters.mModulations.end(),
@@ -180,7 +180,7 @@ FrequencyValues ReferenceMeter::changingFrequency() const
     return values;
 }
 
-/** The periods in which the course begins, bends and ends; those of a jump are one. */
+/** The periods at which the course begins, bends and ends; a jump has one. */
 std::vector<FrequencyStep> ReferenceMeter::frequencySteps() const
 {
     std::vector<FrequencyStep> steps;
@@ -216,7 +216,7 @@ std::optional<double> ReferenceMeter::maxSlope() const
     return slope;
 }
 
-/** Of the undisturbed voltages. */
+/** The unbalance of the undisturbed voltages. */
 std::optional<UnbalanceValues> ReferenceMeter::unbalance() const
 {
     const Complex turn = std::polar(1.0, 2.0 * base::kPi / 3.0);

@@ -11,7 +11,7 @@ namespace generate {
 namespace {
 using Crossing = ThresholdMeter::Crossing;
 
-/** Rounded samples differ by less; what is nearer than this to a value is the value. */
+/** Relative tolerance: values that differ by less are equal but for the rounding of samples. */
 constexpr double kSame = 1e-5;
 
 ThresholdMeter lowerThreshold(double declared, double percent)
@@ -37,7 +37,7 @@ EventSpan spanOf(const Crossing& crossing, const Timeline& timeline)
     return span;
 }
 
-/** The first line of the period that is back; of none, after all others. */
+/** The first line of the period that is back within the threshold; beyond all lines if none is. */
 qint64 backOf(const Crossing& crossing)
 {
     return crossing.mBack.value_or(std::numeric_limits<qint64>::max());
@@ -50,7 +50,7 @@ struct PhaseCrossing
     Crossing mCrossing;
 };
 
-/** Crossings of several phases that overlap: the first one begins it, the last one ends it. */
+/** Overlapping crossings of several phases. It begins with the first and ends with the last one. */
 struct SystemCrossing
 {
     ChannelSet mChannels;
@@ -84,7 +84,7 @@ void sortByBegin(std::vector<VoltageEvent>& events)
     });
 }
 
-/** Where crossings of both overlap. */
+/** The parts in which crossings of both overlap. */
 std::vector<Crossing> intersectionOf(const std::vector<Crossing>& a, const std::vector<Crossing>& b)
 {
     std::vector<Crossing> result;

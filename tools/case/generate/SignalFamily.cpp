@@ -14,7 +14,7 @@ constexpr double kDegreesPerPeriod = 360.0;
 
 const FamilyParameter kFrequency{"frequency", 50, 10, 400, "Hz"};
 const FamilyParameter kSeconds{"seconds", 1, 0.1, 86400, "s, of the file"};
-/** For what repeats each period: so a command waits no longer than that. */
+/** For signals that repeat each period: with a file of one period, commands take effect soon. */
 const FamilyParameter kShortSeconds{"seconds", 0, 0, 86400, "s, of the file; 0 is one period"};
 constexpr double kAsVoltages = std::numeric_limits<double>::quiet_NaN(); ///< a currents' default
 const FamilyParameter kPhases{"phases", 3, 1, 3, "how many, from the first on; a whole number",
@@ -31,14 +31,14 @@ double value(const Settings& settings, std::string_view name)
     return settings.find(name)->second;
 }
 
-/** The fallback where the parameter has not been set. */
+/** The value of the parameter; the fallback if it is not set. */
 double valueOr(const Settings& settings, std::string_view name, double fallback)
 {
     const double set = value(settings, name);
     return std::isnan(set) ? fallback : set;
 }
 
-/** The first phases of voltages or currents. */
+/** The first phases of the voltages or currents, as set by "phases". */
 ChannelSet phasesOf(const Settings& settings, ChannelSet all)
 {
     const auto absent = size_t(std::lround(3.0 - value(settings, "phases")));
@@ -52,7 +52,7 @@ void applySteady(const Settings& settings, WaveParameters& wave)
     wave.mDuration = seconds > 0.0 ? seconds : 1.0 / double(wave.mFrequency);
 }
 
-/** Where something begins, in periods. */
+/** The beginning of the event in periods. */
 double beginOf(const Settings& settings, const WaveParameters& wave)
 {
     const double degrees =
@@ -72,7 +72,7 @@ void applyEvent(const Settings& settings, WaveParameters& wave)
                                   phasesOf(settings, kVoltages)});
 }
 
-/** The second half of the file, which is whole periods, differs from the first. */
+/** Changes the second half of the file. Each half is a whole number of periods. */
 void applyStep(const Settings& settings, WaveParameters& wave)
 {
     applySteady(settings, wave);
@@ -113,7 +113,7 @@ void applyModulation(const Settings& settings, WaveParameters& wave)
         {hertz, currentPercent / kPercent, currentRadians, ModulationShape::Sine, kCurrents});
 }
 
-/** A change of so many percent is half of them up and half of them down. */
+/** A fluctuation by a percentage goes up by half of it and down by half of it. */
 void applyFlicker(const Settings& settings, WaveParameters& wave)
 {
     constexpr double kChangesPerCycle = 2.0;
@@ -143,7 +143,7 @@ void applyInterharmonic(const Settings& settings, WaveParameters& wave)
                            0.0, kLasting, phasesOf(settings, kVoltages)});
 }
 
-/** The three sequences are in phase in the first voltage. */
+/** In the first voltage, the three sequences are in phase. */
 void applyUnbalance(const Settings& settings, WaveParameters& wave)
 {
     constexpr double kThird = 120.0;
@@ -163,7 +163,7 @@ void addDecay(const Settings& settings, double hertz, double phase, ChannelSet c
               WaveParameters& wave)
 {
     applySteady(settings, wave);
-    // From a line on, so that the first sample has the phase.
+    // Begins at a line, so that the first sample has exactly the phase.
     const double begin = std::round(beginOf(settings, wave) * kSamplesPerPeriod);
     wave.mTones.push_back({begin / wave.samplesPerSecond(), hertz,
                            value(settings, "percent") / kPercent, phase, value(settings, "tau"),

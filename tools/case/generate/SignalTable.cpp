@@ -11,7 +11,7 @@ namespace generate {
 namespace {
 constexpr bool kNotInCatalogue = false; ///< not in the catalogue: too long, or one of many alike
 
-// Where the values come from: doc/catalogue.md.
+// doc/catalogue.md gives the sources of the values.
 const std::vector<Signal> kSignals{
     {"steady-50hz", FamilyKind::Steady, "230 V and 5 A at 50 Hz", {}},
     {"steady-60hz", FamilyKind::Steady, "230 V and 5 A at 60 Hz", {{"frequency", 60}}},
@@ -180,7 +180,7 @@ const std::vector<Signal> kSignals{
      "voltages and currents 10 degrees behind (IEC/IEEE 60255-118-1)",
      {{"jump", -10}}},
 
-    // Each file is whole cycles, so that it can be played over and over for ten minutes.
+    // Each file has whole cycles, so that it can be repeated for ten minutes.
     {"flicker-1",
      FamilyKind::Flicker,
      "1 change a minute by 2.715 %, Pst 1 (IEC 61000-4-15)",
@@ -256,7 +256,7 @@ const std::vector<Signal> kSignals{
      {{"angle", 90}}},
 };
 
-/** One order alone; some of the orders stand for all in the catalogue. */
+/** A signal with a single harmonic. The catalogue has some of the orders only. */
 Signal harmonicOf(int order)
 {
     const bool isTypical = order == 3 || order == 5 || order == kMaxNamedOrder;
@@ -282,7 +282,7 @@ void Signal::applyTo(WaveParameters& wave) const
     const SignalFamily& family = familyOf(mFamily);
     Settings settings = mSettings;
     for (const FamilyParameter& parameter : family.mParameters) {
-        settings.emplace(parameter.mName, parameter.mDefault); // leaves what is set
+        settings.emplace(parameter.mName, parameter.mDefault); // keeps values that are set
     }
     family.mApply(settings, wave);
 }

@@ -52,7 +52,7 @@ Timeline::Timeline(const std::vector<float>& frequencies, qint64 lineCount)
     mEndSeconds = secondsOf(last) + 1.0 / (double(frequencyOf(last)) * kSamplesPerPeriod);
 }
 
-/** A period more; mEndSeconds is its beginning. */
+/** Adds a period, which begins at mEndSeconds. */
 void Timeline::add(float frequency)
 {
     mPeriods.push_back({mEndSeconds, mNanoseconds, frequency});
@@ -93,7 +93,7 @@ double Timeline::stampOf(qint64 line) const
     if (mPeriods.empty()) {
         return double(line * sampleStepOf(mFrequency)) * base::kSecondsPerNanosecond;
     }
-    // The step of a period stands before its first line too.
+    // The step of a period also precedes its first line.
     const Period& period = mPeriods[size_t(line / kSamplesPerPeriod)];
     const qint64 lines = line % kSamplesPerPeriod + 1;
     return double(period.mNanoseconds + lines * sampleStepOf(period.mFrequency) -

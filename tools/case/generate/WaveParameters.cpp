@@ -12,7 +12,7 @@
 namespace generate {
 
 namespace {
-/** A course is followed period by period, which takes memory for each. */
+/** A course is stored period by period, which takes memory for each of them. */
 constexpr double kMinCourseHz = 1.0;
 constexpr double kMaxCourseHz = 1000.0;
 
@@ -58,7 +58,7 @@ std::string problemOfHarmonic(const Harmonic& harmonic)
     return {};
 }
 
-/** Half a sample is left for the rounding of decimal times: 0.1 s + 0.2 s is beyond 0.3 s. */
+/** Half a sample is tolerated, because decimal times are rounded: 0.1 s + 0.2 s is beyond 0.3 s. */
 std::string problemOfDisturbance(const Disturbance& disturbance, double caseDuration,
                                  double halfSample)
 {
@@ -77,7 +77,9 @@ std::string problemOfDisturbance(const Disturbance& disturbance, double caseDura
     return {};
 }
 
-/** Both are computed from the number of the sample, which must be its time then. */
+/**
+ * Modulations and tones are computed from the sample number, so the sampling rate must be constant.
+ */
 std::string problemOfCourse(const WaveParameters& parameters)
 {
     if (!parameters.mModulations.empty() || !parameters.mTones.empty()) {
@@ -125,7 +127,7 @@ std::string problemOfTone(const Tone& tone, const WaveParameters& parameters)
     return {};
 }
 
-/** The largest value that the channel could reach if all its parts had their peaks together. */
+/** Upper bound of the channel's values: the sum of the peaks of all its components. */
 double largestValue(const WaveParameters& parameters, std::size_t channel)
 {
     double factor = 1.0;
@@ -163,7 +165,7 @@ std::string problemOfValues(const WaveParameters& parameters)
     return {};
 }
 
-/** The first problem that one of several parts has. */
+/** The first problem of the parts, or an empty text. */
 template <typename Parts, typename Judge>
 std::string firstProblem(const Parts& parts, Judge judge)
 {
@@ -199,7 +201,7 @@ std::string problemOfParts(const WaveParameters& parameters)
     return problem;
 }
 
-/** A remark where so many Hz leave a part of a cycle at the end; empty where they do not. */
+/** A remark if a frequency has an incomplete cycle at the end of the file; otherwise empty. */
 std::string seamOf(const char* what, double hertz, double seconds)
 {
     constexpr double kTolerance = 1e-6; // of a cycle

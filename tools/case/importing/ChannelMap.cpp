@@ -27,7 +27,7 @@ std::string listOf(const Channels& channels)
     return list;
 }
 
-/** Finds one by its number, if the text is digits, else by its name. */
+/** Finds a channel by its number if the text is digits, else by its name. */
 size_t findChannel(const waveform::SignalDescription& description, const std::string& text)
 {
     const Channels& channels = description.mChannels;
@@ -47,7 +47,7 @@ size_t findChannel(const waveform::SignalDescription& description, const std::st
     return static_cast<size_t>(found - channels.begin());
 }
 
-/** Builds the map; a class only to share what all steps need. */
+/** Builds the map. */
 class Mapper
 {
 public:
@@ -99,7 +99,7 @@ ChannelMap Mapper::map()
     return mMap;
 }
 
-/** What is not asked for. */
+/** The guessed source, unless the user assigned one. */
 std::optional<size_t> Mapper::guessed(size_t index) const
 {
     return mOptions.mAssignments[index]
@@ -116,7 +116,7 @@ void Mapper::refuseNothing() const
             mDescription.mFileName +
             ": --channels makes all channels 0; expected a source for one at least");
     }
-    // A remark may say why, as on the encoding of names.
+    // A remark may have the reason, for example the encoding of names.
     throw base::CaseError(
         fmt::format("{}: no channel is known by unit and phase as a voltage or "
                     "current; expected --channels{}{}{}",
@@ -140,7 +140,7 @@ void Mapper::remarkMixed(size_t first)
     }
 }
 
-/** Unless the user decided about either. */
+/** Reports different objects, unless the user assigned voltages or currents. */
 void Mapper::remarkObjects()
 {
     const std::string& voltages = mGuessed[0].mObject;
@@ -165,7 +165,7 @@ void Mapper::assign(size_t index, const Assignment& assignment)
     }
 }
 
-/** The first term decides about the unit; what is neither V nor A is what the channel is for. */
+/** The first term decides about the unit. An unknown unit is taken for that of the channel. */
 void Mapper::add(size_t index, size_t source, double factor)
 {
     const waveform::ChannelDescription& channel = mDescription.mChannels[source];

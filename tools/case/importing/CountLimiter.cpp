@@ -12,7 +12,7 @@ namespace {
 constexpr double kMinCount = std::numeric_limits<qint32>::min();
 constexpr double kMaxCount = std::numeric_limits<qint32>::max();
 
-/** Down to three digits: a number that is easily typed. Not finite for 0. */
+/** Rounded down to three digits, which are easily typed. Not finite for 0. */
 double roundedDown(double value)
 {
     const double unit = std::pow(10.0, std::floor(std::log10(value)) - 2.0);

@@ -13,11 +13,13 @@ namespace importing {
 namespace {
 constexpr double kMinPeriods = 6.0;
 
-/** A nominal frequency outside is taken for a slip of the recorder, in Hz. */
+/** In Hz. A nominal frequency outside this range is taken for an error of the recorder. */
 constexpr double kLowestNominal = 10.0;
 constexpr double kHighestNominal = 500.0;
 
-/** The sums of three channels of the device, from `first` on; empty where there is none. */
+/**
+ * The values of three channels of the device, from `first` on; empty for those without a source.
+ */
 std::vector<std::vector<double>> phasesOf(const RecordedSignal& recorded, const ChannelMap& map,
                                           size_t first)
 {
@@ -41,7 +43,7 @@ resampling::ComplexSignal sequenceOf(const std::vector<std::vector<double>>& pha
     return resampling::positiveSequence(columns);
 }
 
-/** How much of a frequency there is, over the whole recording. */
+/** The mean amplitude at a frequency over the whole recording. */
 double amountOf(const resampling::PhaseMeter& meter, double hz)
 {
     constexpr int kInstants = 32;
@@ -55,13 +57,13 @@ double amountOf(const resampling::PhaseMeter& meter, double hz)
     return sum / kInstants;
 }
 
-/** In whichever order the phases turn. */
+/** The larger amplitude of both phase sequences. */
 double amountEitherWay(const resampling::PhaseMeter& meter, double hz)
 {
     return std::max(amountOf(meter, hz), amountOf(meter, -hz));
 }
 
-/** What is the same in all phases has no positive sequence, so that noise would decide. */
+/** Equal phases have no positive sequence, so noise would decide. */
 bool areEqual(const std::vector<std::vector<double>>& phases,
               const resampling::PhaseMeter& sequence)
 {
@@ -73,7 +75,7 @@ bool areEqual(const std::vector<std::vector<double>>& phases,
            sequence.rms() < kMaxSequence * kSequenceOfOne * base::rootMeanSquare(phases[0]);
 }
 
-/** The track of one system of phases, in whichever order they turn. */
+/** The track of one system of phases, with either phase sequence. */
 std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> phases,
                                              const resampling::SampleTimes& times,
                                              Fundamental& fundamental, bool isKnown)

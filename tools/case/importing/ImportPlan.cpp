@@ -14,7 +14,7 @@
 namespace importing {
 
 namespace {
-/** 55 h at 50 Hz. Nobody plays more: the stamps or the rate must be wrong. */
+/** 55 h at 50 Hz. A longer recording must have wrong time stamps or a wrong rate. */
 constexpr double kMaxPeriods = 1e7;
 
 void limitRange(ImportPlan& plan, const waveform::SignalDescription& description,

@@ -12,10 +12,10 @@ namespace {
 constexpr size_t kMaxStatusChannels = 8;
 constexpr size_t kMaxChanges = 4; ///< of a channel
 
-/** As a share of the peak. The rounding of counts stays below. */
+/** As a part of the peak. The error by rounding to counts is smaller. */
 constexpr double kMaxPeakDifference = 0.01;
 
-/** The changes of a status channel in a range. */
+/** The changes of a status channel in a time range. */
 struct ChangesInRange
 {
     std::string mName;

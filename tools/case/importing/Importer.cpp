@@ -78,7 +78,7 @@ ImportReport reportOf(const waveform::SignalDescription& description,
     return report;
 }
 
-/** What is known when all lines are written. */
+/** Adds what is known only after all lines are written. */
 void finish(const waveform::SignalDescription& description, const ImportOptions& options,
             const ChannelMap& map, const LineWriter& writer, ImportReport* report)
 {

@@ -50,7 +50,7 @@ std::string LeftOutChannels::passedOver() const
     return list([&](size_t source) { return reasonPassedOver(source); });
 }
 
-/** Names with the same reason share it. */
+/** Lists names by reason: "a, b (reason)". */
 std::string LeftOutChannels::list(const Reasons& reasonOf) const
 {
     std::vector<std::pair<std::string, std::vector<std::string_view>>> byReason;
@@ -84,7 +84,7 @@ bool LeftOutChannels::isUsed(size_t source) const
     });
 }
 
-/** Empty where the channel cannot be meant. */
+/** Why the source was not taken for the channel; empty if it could not be meant for it at all. */
 std::string LeftOutChannels::reasonAgainst(size_t source, size_t index) const
 {
     const waveform::ChannelDescription& channel = mChannels[source];
@@ -113,7 +113,7 @@ std::string LeftOutChannels::reasonAgainst(size_t source, size_t index) const
                      : "of another set";
 }
 
-/** Empty where the channel is used, or may be meant for one that is missing or asked for. */
+/** Why the source was passed over; empty if it is used, or is a candidate for a missing channel. */
 std::string LeftOutChannels::reasonPassedOver(size_t source) const
 {
     const Quantity quantity = channels::unitOf(mChannels[source]).mQuantity;

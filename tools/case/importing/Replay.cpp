@@ -9,7 +9,7 @@
 namespace importing {
 
 namespace {
-/** Phases that are the same but for rounding, in periods. */
+/** Phases that are closer, in periods, differ only by rounding. */
 constexpr double kRoundingOfCycles = 1e-6;
 
 Counts crossfaded(const Counts& from, const Counts& to, double share)
@@ -49,13 +49,13 @@ PeriodicExtension Replay::lastPeriod() const
             PeriodicExtension::Joint::End};
 }
 
-/** Since the beginning of the last period, of a line behind the recording. */
+/** Cycles of a line after the recording, since the beginning of the last period. */
 double Replay::cyclesOfLastAt(size_t line) const
 {
     return 1.0 + (mPlan.mSchedule.secondsOf(line) - mPlan.mTo) / mPlan.mLastPeriod;
 }
 
-/** A block of 360 lines has one frequency. */
+/** The frequency of a line after the recording: that of its block, which has one frequency. */
 float Replay::frequencyBehind(size_t line, float next) const
 {
     const resampling::Schedule& schedule = mPlan.mSchedule;

@@ -8,7 +8,9 @@
 namespace importing {
 
 namespace {
-/** A few percent: swings and rounding of relays stay below, the first period of a fault does not.
+/**
+ * A few percent: power swings and rounding by relays stay below, the first period of a fault
+ * exceeds it.
  */
 constexpr double kMaxDifference = 0.03;
 
@@ -21,7 +23,7 @@ struct Period
     double mLength;
 };
 
-/** Root mean squares of the channels in counts, in a period and of its difference from another. */
+/** RMS values of the channels in counts: of a period, and of its difference from another one. */
 struct Comparison
 {
     Counts mRms{};
@@ -48,14 +50,17 @@ Comparison compare(MappedSignal& signal, const Period& a, const Period& b)
     return result;
 }
 
-/** A channel, and how far a period of it differs from the next, relative to its quantity. */
+/** A channel and the difference between two of its periods, relative to its quantity. */
 struct Deviation
 {
     size_t mChannel = 0;
     double mShare = 0.0;
 };
 
-/** A neutral near 0 is compared with the phases; a difference below one count is rounding. */
+/**
+ * Differences are relative to the largest channel of the quantity, since a neutral may be near 0. A
+ * difference below one count is rounding.
+ */
 Deviation largestDeviation(const Comparison& comparison, const ChannelMap& map)
 {
     Deviation largest;

@@ -12,11 +12,11 @@ namespace importing {
 namespace {
 using Segment = resampling::SampleTimes::Segment;
 
-/** Fewer samples of a period do not show its shape, nor its harmonics. */
+/** With fewer samples per period, neither its shape nor its harmonics can be seen. */
 constexpr double kMinSamples = 4.0;
 constexpr double kRoundingOfSamples = 1e-3;
 
-/** A recorder of waveforms takes more samples of a period. */
+/** A recorder of waveforms takes more samples per period. */
 constexpr double kFewSamples = 20.0;
 
 /** A shorter run of equal steps is a gap. */
@@ -41,7 +41,7 @@ double endOf(const Segment& run)
         description.mFileName, samples, nominalHz, range.mFrom, range.mTo, kMinSamples));
 }
 
-/** Samples a period where they are fewest; a gap is not looked at. */
+/** The smallest number of samples per period; gaps are ignored. */
 double expectWaveform(const waveform::SignalDescription& description,
                       const resampling::SampleTimes& times, const TimeRange& range,
                       double nominalHz)
@@ -67,7 +67,7 @@ double expectWaveform(const waveform::SignalDescription& description,
     return samples;
 }
 
-/** Distances of samples, by their index, that are wider than the steps before (or behind). */
+/** Indices of samples before gaps: distances that are wider than the steps around them. */
 std::vector<size_t> gapsIn(const std::vector<double>& seconds, const resampling::SampleTimes& times)
 {
     constexpr double kMinSteps = 1.75;
@@ -89,7 +89,7 @@ std::vector<size_t> gapsIn(const std::vector<double>& seconds, const resampling:
     return gaps;
 }
 
-/** Where time stamps alone tell the time, some may be missing. */
+/** If only time stamps give the time, samples may be missing. */
 void remarkGaps(const std::vector<double>& seconds, const resampling::SampleTimes& times,
                 const TimeRange& range, std::vector<std::string>* remarks)
 {
@@ -116,7 +116,7 @@ std::vector<std::string> checkTimes(const waveform::SignalDescription& descripti
 {
     std::vector<std::string> remarks;
     const double samples = expectWaveform(description, times, range, nominalHz);
-    // Where the recording states its frequency, its reader has reported that.
+    // If the recording states its frequency, its reader has already reported this.
     if (description.mNominalHz == 0.0 && samples < kFewSamples) {
         remarks.push_back(fmt::format(
             "{:.3g} samples in a period: the recording was filtered or thinned", samples));

@@ -37,14 +37,14 @@ struct ComtradePair
     std::string mData;
 };
 
-/** The configuration beside a file that is named as data; first, since it says what they are. */
+/** The pair of a data file that has a configuration beside it. */
 std::optional<ComtradePair> pairOfData(const std::string& path)
 {
     const std::string config = hasSuffix(path, "dat") ? comtrade::findBeside(path, "cfg") : "";
     return config.empty() ? std::nullopt : std::optional(ComtradePair{config, path});
 }
 
-/** A configuration whose data lie beside it. */
+/** The pair of a configuration. Throws if there is no data file beside it. */
 ComtradePair pairOfConfig(const std::string& path)
 {
     const std::string data = comtrade::findBeside(path, "dat");
@@ -103,7 +103,7 @@ std::unique_ptr<waveform::SignalSource> openInput(const std::string& path,
                                                   const InputOptions& options)
 {
     base::InputFile file(path);
-    // First, since records of 48 bytes may stand in a recording too.
+    // Checked first: COMTRADE data may have records of 48 bytes, too.
     if (const auto pair = pairOfData(path)) {
         return openPair(path, *pair, options);
     }

@@ -11,14 +11,16 @@ namespace {
 /** Closer ticks make the grid too dense, however short their numbers are. */
 constexpr double kMaxTimeSteps = 15.0;
 
-/** Letters of space between two numbers. */
+/** Min space between two numbers, in letters. */
 constexpr double kApart = 3.0;
 
-/** An axis that ends this part of a step before a tick has it at its end: 1 s where the last of
- * 1000 samples is at 0.999 s. Nobody sees the difference. */
+/**
+ * An axis that ends just before a tick, by less than this part of a step, still gets it: 1 s if the
+ * last of 1000 samples is at 0.999 s. The difference cannot be seen.
+ */
 constexpr double kTolerance = 0.01;
 
-/** More ticks than any axis has. */
+/** A limit that no real axis reaches. */
 constexpr int kMaxTicks = 100;
 
 std::string timeText(double seconds)
@@ -31,7 +33,7 @@ std::string valueText(double value)
     return fmt::format("{:.6g}", value);
 }
 
-/** 1, 2 or 5 times a power of ten, of which at most `steps` fill the width. */
+/** The smallest 1, 2 or 5 times a power of ten with at most `steps` steps in the width. */
 double roundStep(double width, double steps)
 {
     const double decade = std::pow(10.0, std::floor(std::log10(width / steps)));

@@ -14,13 +14,15 @@ constexpr double kRowHeight = 28.0;
 constexpr double kRowMiddle = 12.0; ///< of a text, below the top of its row
 constexpr size_t kMaxRows = 6;
 
-/** Between a text and the arrow of its command. */
+/** Distance between a text and the arrow of its command. */
 constexpr double kBesideArrow = 8.0;
 
-/** Between two texts in a row, and a text and the end of the bar. */
+/** Min distance between two texts of a row, and between a text and the end of the bar. */
 constexpr double kBetweenTexts = 3.0 * kLetterWidth;
 
-/** Two such texts fit side by side, so that each fits to the left or the right of its command. */
+/**
+ * Two texts of this length fit side by side, so any text fits to the left or right of its command.
+ */
 constexpr size_t kMaxCommandLetters = 56;
 
 constexpr double kNoText = std::numeric_limits<double>::infinity();
@@ -75,7 +77,7 @@ void BarLayout::addParts(double top, double bottom)
     }
 }
 
-/** Its text stands in the highest row that has room; to the left of a late command. */
+/** Puts the text into the highest row with room; for a late command, to the left of it. */
 void BarLayout::addCommand(const GivenCommand& command)
 {
     const std::string text = shortened(command.mText, kMaxCommandLetters);

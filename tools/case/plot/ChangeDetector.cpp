@@ -25,16 +25,18 @@ constexpr double kMinScore = 0.05;
 constexpr double kFrequencyScore = 5.0;
 
 /**
- * A change has begun where this part of its largest difference is reached: a step at once, what
- * grows from a zero of the voltage after a thirtieth of a period (asin 0.2), and above what
- * rounding makes of small signals.
+ * A change begins where the difference reaches this part of its maximum: for a step at once, for a
+ * change that grows from a zero crossing of the voltage after a thirtieth of a period (asin 0.2).
+ * It is above the rounding of small signals.
  */
 constexpr double kOnset = 0.2;
 
-/** A change within a period reaches into the next one; in the one after that it has settled. */
+/**
+ * A change within a period extends into the next one; in the second one after it, it has settled.
+ */
 constexpr size_t kSettled = 2;
 
-/** The period's value at a phase that it has no sample at, on a line between its samples. */
+/** The value of the period at any phase, by linear interpolation between its samples. */
 double valueAt(const Period& period, size_t curve, double phase)
 {
     const auto above =
@@ -72,7 +74,7 @@ void ChangeDetector::add(const Period& last, const Period& period, const std::ve
         mScales[mGroupOf[i]] = std::max(mScales[mGroupOf[i]], rms[i]);
     }
     if (last.size() < 2) {
-        // Nothing to compare with: the next difference must not count as a rise.
+        // There is nothing to compare with. The next difference must not count as a rise.
         mLastDifferences.assign(rms.size(), std::numeric_limits<double>::infinity());
     } else {
         const Change change = findChange(last, period);
@@ -94,7 +96,8 @@ Change ChangeDetector::findChange(const Period& last, const Period& period)
         const double scale = mScales[mGroupOf[i]];
         const double rise = scale > 0.0 ? (difference - mLastDifferences[i]) / scale : 0.0;
         mLastDifferences[i] = difference;
-        // The largest may begin late, where the jump of its phase is at a zero.
+        // The channel with the largest change may show it late, if its jump is near a zero
+        // crossing.
         onset = rise > kMinScore ? std::min(onset, onsetIn(period)) : onset;
         if (rise > best.mScore) {
             best = {0.0, rise, mPeriods, i, mLastRms[i], mLastRms[i]};
@@ -109,7 +112,7 @@ Change ChangeDetector::findChange(const Period& last, const Period& period)
     return best;
 }
 
-/** @return rms of how the period differs from the last */
+/** @return the rms of the difference between the period and the last one */
 double ChangeDetector::differenceOf(const Period& last, const Period& period, size_t curve)
 {
     mDifference.resize(period.size());
@@ -126,7 +129,7 @@ double ChangeDetector::differenceOf(const Period& last, const Period& period, si
     return base::rootMeanSquare(mDifference);
 }
 
-/** When the curve of mDifference has begun to change. */
+/** The time at which the change in mDifference begins. */
 double ChangeDetector::onsetIn(const Period& period)
 {
     double peak = 0.0;
@@ -150,7 +153,7 @@ void ChangeDetector::completeLast(const std::vector<double>& rms)
     }
 }
 
-/** What begins in one period often grows in the next: that is one change. */
+/** Adds a change. If one began in the period before, it often grows in the next: both are one. */
 void ChangeDetector::keep(const Change& change)
 {
     if (!mChanges.empty() && change.mPeriod <= mChanges.back().mPeriod + 1) {
@@ -164,7 +167,7 @@ void ChangeDetector::keep(const Change& change)
     mChanges.push_back(change);
 }
 
-/** Of equal ones the last. */
+/** Drops the change with the lowest score; of equal ones the last. */
 void ChangeDetector::dropLowest()
 {
     const auto lowest =

@@ -73,7 +73,7 @@ void Difference::finish()
     mSides = {};
 }
 
-/** Both sides start at their first samples: the later of them is where both have samples. */
+/** Starts at the later of the two first samples, where both sides have samples. */
 void Difference::align()
 {
     Side& left = mSides[0];

@@ -28,14 +28,14 @@ std::string labelOf(const waveform::ChannelDescription& channel)
     return shortened(nameOf(channel), kMaxLabelLetters);
 }
 
-/** In V or A, so that two signals share their axes whatever units they were recorded in. */
+/** In V or A, so that two signals share their axes, whatever their units are. */
 DrawnGroup groupOf(Quantity quantity)
 {
     const bool isVoltage = quantity == Quantity::Voltage;
     return {isVoltage ? "voltage" : "current", isVoltage ? "V" : "A", {}};
 }
 
-/** A channel as --channels of an import names it, by number or name; a sum is none. */
+/** The channel that a text of --channels names by number or name; no value for a sum. */
 std::optional<size_t> findSource(const std::vector<waveform::ChannelDescription>& channels,
                                  const std::string& source)
 {
@@ -51,7 +51,7 @@ std::optional<size_t> findSource(const std::vector<waveform::ChannelDescription>
                : std::optional(static_cast<size_t>(found - channels.begin()));
 }
 
-/** Which channel of a source belongs to which of the device. */
+/** The source channel of each channel of the device. */
 using Order = std::array<std::optional<size_t>, kChannelCount>;
 
 Order orderOf(const std::vector<waveform::ChannelDescription>& channels,

@@ -34,7 +34,7 @@ void Envelope::join(Column* column, const Column& other)
     }
 }
 
-/** Joins two columns each; the last of an odd number stays. */
+/** Joins the columns in pairs; the last of an odd number stays alone. */
 void Envelope::halve()
 {
     for (std::vector<Column>& columns : mCurves) {
@@ -55,7 +55,7 @@ void Envelope::limit(size_t columns)
     halveIfFull();
 }
 
-/** The last of so many columns may still grow. */
+/** Halves the columns when there are too many. The last one may still grow. */
 void Envelope::halveIfFull()
 {
     while (!mCurves.empty() && (mCurves[0].size() > mMaxColumns ||

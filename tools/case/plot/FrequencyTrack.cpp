@@ -14,18 +14,22 @@ namespace {
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 /**
- * The median of so many turns is taken. A jump of the phase spoils three of them: a window is two
+ * Number of turns of which the median is taken. A phase jump spoils three of them: a window is two
  * periods long, and each turn has two windows that overlap by one period. So four of seven are
  * good.
  */
 constexpr size_t kMedianOf = 7;
 
-/** The phase of a sine takes more than two samples a period; with three, the second harmonic is in
- * it. */
+/**
+ * Measuring the phase of a sine needs more than two samples per period; with three, it contains the
+ * second harmonic.
+ */
 constexpr size_t kMinSamples = 4;
 
-/** With less of the power in the fundamental there is none. Noise has 1/180 of it there (of 360
- * samples), a sine with a distortion of 100 % has half. */
+/**
+ * With a smaller share of the power in the fundamental there is none. Of noise 1/180 is there (with
+ * 360 samples), of a sine with a distortion of 100 % half.
+ */
 constexpr double kMinShare = 0.1;
 
 std::complex<double> product(const std::vector<double>& values,
@@ -46,7 +50,7 @@ bool FrequencyTrack::add(const Period& last, const Period& period, Value* value)
 {
     mInRow = last.size() == 0 ? 0 : mInRow + 1;
     const double turn = period.size() < kMinSamples ? kNone : turnInto(last, period);
-    // The two windows together reach over this period and the two before it.
+    // The two windows together cover this period and the two before it.
     const Period& middle = last.size() == 0 ? period : last;
     mValues.push_back({middle.middle(), mInRow < 2 ? kNone : (1.0 + turn) / middle.length()});
     if (mValues.size() < kMedianOf) {
@@ -79,7 +83,7 @@ void FrequencyTrack::makeWeights(const std::vector<double>& phases)
     }
 }
 
-/** @return in turns beyond the one of the nominal frequency, -0.5 to 0.5 */
+/** @return turns beyond the single turn of the nominal frequency, -0.5 to 0.5 */
 double FrequencyTrack::turnInto(const Period& last, const Period& period)
 {
     makeWeights(period.mPhases);
@@ -94,7 +98,7 @@ double FrequencyTrack::turnInto(const Period& last, const Period& period)
         mWindow[i] = last.size() == 0 ? Phasor() : window;
         mLast[i] = product(values, mRising);
     }
-    // A sine of amplitude 1 has a power of 1/2 and is 1/2 in a window.
+    // A sine of amplitude 1 has the power 1/2 and gives 1/2 in a window.
     return std::abs(sum) < kMinShare * power / 2.0 || power == 0.0 ? kNone
                                                                    : std::arg(sum) / base::kTwoPi;
 }

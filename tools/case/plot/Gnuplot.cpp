@@ -17,7 +17,7 @@ struct ProgramRun
     std::string mMessages; ///< and why it did not start or end by itself
 };
 
-/** QProcess reads what the program writes while it still writes the input: neither waits. */
+/** QProcess reads the output while it still writes the input, so neither side blocks. */
 ProgramRun runProgram(const QString& name, const std::string& input)
 {
     QProcess process;
@@ -56,7 +56,7 @@ std::string runGnuplot(const std::string& script)
 void expectFont()
 {
     const ProgramRun run = runProgram("fc-list", "");
-    // What cannot be asked may have one.
+    // If the fonts cannot be listed, there may still be one.
     if (run.mIsGood && run.mOutput.empty()) {
         throw base::CaseError(
             "the texts of a PNG picture need a font, and there is none: install the package "

@@ -11,10 +11,10 @@
 namespace plot {
 
 namespace {
-/** Of curves, by Curve::mColour; and lighter, for the second signal. */
+/** Colours of curves by Curve::mColour, and lighter ones for the second signal. */
 constexpr std::array<const char*, kFrequencyColour + 1> kColours = {"#0072b2", "#d55e00", "#009e73",
                                                                     "#808080", "#000000"};
-// No plain grey: gnuplot gives terminals a colour for it that does not exist.
+// Not a plain grey: on a terminal, gnuplot uses a colour for it that does not exist.
 constexpr std::array<const char*, kFrequencyColour + 1> kLighter = {"#56c4ff", "#ffb27a", "#5fe0b8",
                                                                     "#c0c0c8", "#56c4ff"};
 constexpr std::array<const char*, 6> kShades = {"#dbe9f6", "#fbdcc4", "#d8efdf",
@@ -22,7 +22,7 @@ constexpr std::array<const char*, 6> kShades = {"#dbe9f6", "#fbdcc4", "#d8efdf",
 constexpr char kMutedColour[] = "#404040";
 constexpr char kCommandColour[] = "#9b1fa8";
 
-/** How a format of picture differs; the fonts are 14 and 21 units high in both. */
+/** Settings of a picture format. The fonts are 14 and 21 units high in all formats. */
 struct FormatSettings
 {
     const char* mTerminal;
@@ -33,13 +33,13 @@ struct FormatSettings
 constexpr FormatSettings kSvg = {"svg", 1.0, 14, 21};
 constexpr FormatSettings kPng = {"pngcairo", 6.0 / 7.0, 9, 14};
 
-/** Of lines as broad as a bar; those of four channels fit side by side for each harmonic. */
+/** Width of lines that are drawn as bars: bars of four channels fit side by side for a harmonic. */
 constexpr double kBarWidth = 4.0;
 
-/** Lines of characters for a panel on a terminal. */
+/** Height of a panel on a terminal, in lines of characters. */
 constexpr int kTerminalLines = 14;
 
-/** As gnuplot takes a text that it does not look into. */
+/** A text in the quotes in which gnuplot does not interpret it. */
 std::string quoted(const std::string& text)
 {
     std::string result = "'";
@@ -78,7 +78,7 @@ private:
     size_t mBlocks = 0; ///< of data so far
 };
 
-/** Each curve is a block, $data0, $data1, ... */
+/** Adds each curve as a block: $data0, $data1, ... */
 void Script::addData(const Panel& panel)
 {
     for (const Curve& curve : panel.mCurves) {
@@ -86,7 +86,7 @@ void Script::addData(const Panel& panel)
         for (const Point& point : curve.mPoints) {
             add("{:.12g} {:.6g}\n", point.mX, point.mY);
         }
-        // An empty block is an error, a row without numbers is none.
+        // An empty block is an error; a row without numbers is allowed.
         mText += curve.mPoints.empty() ? "NaN NaN\nEOD\n" : "EOD\n";
     }
 }
@@ -102,7 +102,7 @@ void Script::addAxis(const char* name, const Axis& axis, bool hasNumbers)
         axis.mHigh, fmt::join(ticks, ", "));
 }
 
-/** The curves of the blocks added last that are not drawn yet. */
+/** Draws the curves of the panel, whose blocks were added last. */
 void Script::addPlot(const Panel& panel, double lineWidth, const std::vector<std::string>& names)
 {
     const size_t first = mBlocks - panel.mCurves.size();
@@ -148,7 +148,9 @@ void Script::addMarks(const std::vector<Mark>& marks)
     }
 }
 
-/** All but the panels, over the whole picture; y counts from its top, as in the layout. */
+/**
+ * Everything except the panels, over the whole picture; y counts from the top, as in the layout.
+ */
 void Script::addShapes(const Layout& layout, int titleSize)
 {
     add("set lmargin at screen 0; set rmargin at screen 1; set tmargin at screen 1; "

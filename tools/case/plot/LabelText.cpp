@@ -59,7 +59,7 @@ std::vector<std::string> brokenIntoLines(const std::string& text, size_t letters
     std::vector<std::string> lines;
     for (const std::string_view part : base::splitText(text, ';')) {
         const std::string more = lines.empty() ? "" : lines.back() + ";" + std::string(part);
-        // A semicolon may follow.
+        // Leaves room for a semicolon.
         if (!lines.empty() && letterCount(more) < letters) {
             lines.back() = more;
             continue;

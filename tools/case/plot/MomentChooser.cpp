@@ -17,17 +17,20 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kPeriodsBefore = 2.25;
 constexpr double kPeriodsBehind = 2.75;
 
-/** On both sides of a time that was asked for; the beginning is as long. */
+/**
+ * Periods shown on each side of a requested time. The first waveform, at the beginning, has twice
+ * as many.
+ */
 constexpr double kPeriodsAround = 5.0;
 
-/** Where few changes are found in the signal itself, these come after them. */
+/** Scores below those of changes in the signal, which therefore come first. */
 constexpr double kSwitchScore = 0.04;
 constexpr double kCommandScore = 0.03;
 
-/** More switches and commands are not looked at: the first ones are shown. */
+/** Max number of switches and commands that are considered: the first ones. */
 constexpr size_t kMaxOthers = 16;
 
-/** Letters of a name in the title of a waveform. */
+/** Max letters of a name in the title of a waveform. */
 constexpr size_t kMaxNameLetters = 24;
 
 Span spanAround(double seconds, double before, double after)

@@ -57,7 +57,7 @@ void Periods::append(const waveform::SignalBlock& block, size_t begin, size_t en
 {
     for (size_t i = begin; i < end; ++i) {
         mPeriod.mSeconds.push_back(block.mSeconds[i]);
-        // Counted from the period's own beginning, so that equal periods have equal phases.
+        // From the beginning of the period, so that equal periods have equal phases.
         mPeriod.mPhases.push_back(
             mIsOfDevice ? static_cast<double>(mPeriod.mPhases.size()) / kSamplesPerPeriod
                         : turnsAt(block.mFirst + i, block.mSeconds[i]) - mNumber);

@@ -11,7 +11,7 @@ namespace plot {
 namespace {
 constexpr double kMargin = 28.0; ///< at the left of the title, and at the right
 
-// From the top.
+// Distances from the top.
 constexpr double kTitleMiddle = 27.0;
 constexpr double kCaptionMiddle = 56.0; ///< of its first line
 constexpr double kCaptionStep = 21.0;
@@ -23,7 +23,7 @@ constexpr double kWaveHeight = 250.0;
 constexpr double kMaxSquare = 560.0;
 constexpr double kGap = 20.0; ///< between panels one above the other
 
-// Below the lowest panel of a column: its numbers, and what they are.
+// Below the lowest panel of a column: numbers and title of the time axis.
 constexpr double kTimeTextMiddle = 18.5;
 constexpr double kTimeTitleMiddle = 37.0;
 constexpr double kTimeHeight = 62.0;
@@ -32,15 +32,15 @@ constexpr double kColumnGap = 48.0;
 constexpr double kColumnTitleHeight = 44.0; ///< above its upper panel
 constexpr double kColumnTitleMiddle = 24.0; ///< above the panel
 
-/** A number may reach so far beyond the end of its axis. */
+/** Max distance by which a number may extend beyond the end of its axis. */
 constexpr double kOverhang = kColumnGap / 2.0 - 1.0;
 
-// The numbers at the left of a panel, and what they are.
+// Numbers and title of the axis at the left of a panel.
 constexpr double kAxisTitleMiddle = 18.0;
 constexpr double kAxisTitleWidth = 22.0;
 constexpr double kMinLeft = 91.0;
 
-// The key, at the right of the panels.
+// The key at the right of the panels.
 constexpr double kKeyLineBegin = 24.0;
 constexpr double kKeyLineEnd = 40.0;
 constexpr double kKeyText = 51.0;
@@ -51,7 +51,7 @@ constexpr double kKeyStep = 18.5;
 constexpr double kWholeLineWidth = 2.0;
 constexpr double kWaveLineWidth = 1.5;
 
-// About so many ticks up an axis.
+// Wanted number of ticks on a vertical axis.
 constexpr double kPanelTicks = 4.0;
 constexpr double kHertzTicks = 2.0;
 constexpr double kWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
@@ -112,7 +112,7 @@ Layout LayoutBuilder::build()
     return std::move(mLayout);
 }
 
-/** Leaves room for the widest number at the left and the widest name at the right. */
+/** Sets the margins for the widest number at the left and the widest name at the right. */
 void LayoutBuilder::chooseSides()
 {
     double number = 0.0;
@@ -255,7 +255,7 @@ void LayoutBuilder::addTimeTexts(const LaidPanel& panel)
                               area.mBottom + kTimeTitleMiddle, Anchor::Centre});
 }
 
-/** The second signal has no lines in it: its curves are dashed and lighter. */
+/** The key has no lines for the second signal: its curves are dashed and lighter. */
 void LayoutBuilder::addKey(const LaidPanel& panel)
 {
     double middle = panel.mArea.mTop + kKeyFirst;

@@ -17,13 +17,13 @@
 namespace plot {
 
 namespace {
-/** Above the largest value of a panel. */
+/** Factor for the room above the largest value of a panel. */
 constexpr double kHeadroom = 1.15;
 
-/** An axis of Hz ends at a multiple of this, and so far away at least. */
+/** An axis in Hz ends at multiples of this, about one step beyond the curve. */
 constexpr double kHertzStep = 5.0;
 
-/** Names in a remark. */
+/** Max number of names in a remark. */
 constexpr size_t kMaxNames = 10;
 
 std::string baseName(const std::string& path)
@@ -31,14 +31,14 @@ std::string baseName(const std::string& path)
     return QFileInfo(QString::fromStdString(path)).fileName().toStdString();
 }
 
-/** A signal as a part of its recording: itself, but for an import. */
+/** The recording of which a signal is a part; the signal itself, unless it is an import. */
 waveform::ImportMark partOf(const waveform::SignalDescription& description)
 {
     return description.mImport.value_or(
         waveform::ImportMark{description.mFileName, description.mStartTime, 0.0, {}});
 }
 
-/** The two files of a recording have the same name but for its suffix. */
+/** The two files of a recording differ only in the suffix of their names. */
 bool isSameRecording(const waveform::ImportMark& left, const waveform::ImportMark& right)
 {
     const auto stemOf = [](const waveform::ImportMark& mark) {
@@ -76,7 +76,7 @@ std::vector<Point> scaled(std::vector<Point> points, double factor)
     return points;
 }
 
-/** Whether both are parts of the same recording, one of them at least by an import. */
+/** Whether both are parts of the same recording and at least one is an import. */
 bool areOfOneImport(const std::vector<waveform::ImportMark>& parts)
 {
     const auto isImport = [](const waveform::ImportMark& part) { return !part.mSources.empty(); };
@@ -84,13 +84,13 @@ bool areOfOneImport(const std::vector<waveform::ImportMark>& parts)
            std::any_of(parts.begin(), parts.end(), isImport);
 }
 
-/** The source as a recording of the driver; null when it is none. */
+/** The source as a recording of the driver; null if it is not one. */
 const waveform::DriverRecordingSource* asRecording(const waveform::SignalSource& source)
 {
     return dynamic_cast<const waveform::DriverRecordingSource*>(&source);
 }
 
-/** Makes the picture; a class only to share what all steps need. */
+/** Makes the picture. */
 class Maker
 {
 public:
@@ -145,7 +145,7 @@ Picture Maker::make(base::ProgressLine& progress)
     return std::move(mPicture);
 }
 
-/** An import and the recording that it was made from have the times of the first one. */
+/** An import and its source recording are drawn with the times of the first input. */
 void Maker::openInputs()
 {
     std::vector<std::unique_ptr<waveform::SignalSource>> sources;
@@ -242,7 +242,7 @@ void Maker::addTexts()
     }
 }
 
-/** Widens the panel so that all its curves are seen, to both sides of 0 or from 0 on. */
+/** Sets the range of the panel to show all its curves: symmetric around 0, or from 0 on. */
 void fit(Panel* panel, bool isSigned)
 {
     double max = 0.0;
@@ -329,7 +329,7 @@ void Maker::addWaveforms(const std::vector<ShownSpan>& shown)
     for (const ShownSpan& span : shown) {
         mPicture.mColumns.push_back(columnOf(span, mRequest.mColumns / shown.size()));
     }
-    // The columns have their axes in common.
+    // All columns share the same axes.
     for (size_t i = 0; i < groups().size(); ++i) {
         double high = 0.0;
         for (WaveColumn& column : mPicture.mColumns) {

@@ -5,7 +5,7 @@
 namespace plot {
 
 namespace {
-/** The signal that is behind; past the end when all have ended. */
+/** The index of the signal that is behind in time; the number of signals when all have ended. */
 size_t nextOf(const std::vector<std::unique_ptr<DrawnSignal>>& drawn)
 {
     size_t next = drawn.size();

@@ -9,7 +9,7 @@ namespace plot {
 
 namespace {
 
-/** More cannot be told apart in a picture; what comes behind belongs to the last. */
+/** More parts could not be distinguished in a picture. Later parts are joined to the last one. */
 constexpr size_t kMaxParts = 1000;
 constexpr size_t kMaxCommands = 100;
 
@@ -32,7 +32,7 @@ void PlayedBar::add(const explain::PlayedSegment& segment)
     const QString name = QFileInfo(QString::fromStdString(segment.mFile)).completeBaseName();
     const PlayedPart part{secondsOf(segment.mFirstStampNs), secondsOf(segment.mLastStampNs),
                           configuration, fmt::format("{}: {}", configuration, name.toStdString())};
-    // Where nothing is missing, a part ends where the next one begins.
+    // A part of the same configuration extends the last one.
     if (!mParts.empty() && (mParts.back().mText == part.mText || mParts.size() == kMaxParts)) {
         mParts.back().mTo = part.mTo;
         return;

@@ -5,10 +5,10 @@
 namespace plot {
 
 namespace {
-/** Characters that the numbers and the key take beside a panel. */
+/** Characters that the numbers and the key need beside a panel. */
 constexpr int kBesidePanel = 22;
 
-// About so many ticks up an axis.
+// Wanted number of ticks on a vertical axis.
 constexpr double kTerminalPanelTicks = 3.0;
 constexpr double kTerminalWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
 
@@ -16,7 +16,7 @@ TerminalPanel panelOf(const Panel& panel, const std::string& title, const Axis& 
 {
     TerminalPanel laid{title, time, valueAxis(panel.mLow, panel.mHigh, ticks), {}, {}, &panel};
     for (Tick& tick : laid.mValues.mTicks) {
-        tick.mLabel.insert(0, tick.mValue < 0.0 ? "" : " "); // as wide as one with a minus
+        tick.mLabel.insert(0, tick.mValue < 0.0 ? "" : " "); // as wide as one with a minus sign
     }
     for (const Curve& curve : panel.mCurves) {
         laid.mNames.push_back(withoutIndex(curve.mLabel) + (curve.mIsSecond ? " (2)" : ""));

@@ -11,39 +11,38 @@ namespace {
 constexpr size_t kHopsAPeriod = 2;
 constexpr size_t kWindowHops = PhaseMeter::kWindowPeriods * kHopsAPeriod;
 
-/** Ten periods, the interval over which power quality is measured: what is extrapolated from. */
+/** Max points for an extrapolation: ten periods, a usual interval of power quality measurement. */
 constexpr size_t kFitHops = 10 * kHopsAPeriod;
 
-/** A run is trusted when its first window and its last have no sample in common ... */
+/** Hops after which a run is trusted: its first and last window have no sample in common ... */
 constexpr size_t kSettledHops = kWindowHops + 1;
 
-/** ... and in a deep sag after 50 periods: protection has ended a fault long before. */
+/** ... and in a deep sag 50 periods: by then protection has cleared any fault. */
 constexpr size_t kLongSagHops = 50 * kHopsAPeriod;
 
-/** Points that a parabola is fitted to: six periods; a line to fewer. */
+/** Min points to fit a parabola, six periods; fewer points get a line. */
 constexpr size_t kPointsForBend = 6 * kHopsAPeriod;
 constexpr size_t kPointsForLine = 3;
 
 /**
- * How far the step of the phase may change from one measurement to the next: 0.6 degrees in half a
- * period are 17 Hz/s at 50 Hz. No grid is that fast, and a fault turns the phase by more.
+ * Max change of the phase step from one measurement to the next: 0.6 degrees in half a period are
+ * 17 Hz/s at 50 Hz. No grid is that fast, and a fault turns the phase by more.
  */
 constexpr double kMaxStepChange = 0.6 / 360.0;
 
-/** Of the amplitude before: what is left of a voltage then follows the fault, not the grid. */
+/** Part of the amplitude before. Below it, the residual voltage follows the fault, not the grid. */
 constexpr double kDeepSag = 0.5;
 
-/** Of the signal's rms: below it there is noise. */
+/** Part of the signal's rms. Below it there is only noise. */
 constexpr double kSilence = 0.02;
 
-/** What the windows, which are two periods of about the frequency, still measure; of the nominal.
- */
+/** Max deviation, as a part of the nominal frequency, that windows of two periods can measure. */
 constexpr double kFrequencyRange = 0.25;
 
-/** How far the frequency is extrapolated at most, in parts of itself. */
+/** Max extrapolated change of the frequency, as a part of itself. */
 constexpr double kMaxDrift = 0.1;
 
-/** To the nearest whole number of periods: -0.5 to 0.5. */
+/** The distance to the nearest whole number of periods, -0.5 to 0.5. */
 double wrapped(double cycles)
 {
     return cycles - std::round(cycles);
@@ -80,7 +79,7 @@ double PhaseFollower::secondsOf(size_t hop) const
 void PhaseFollower::take(size_t hop)
 {
     const auto phasor = mMeter.measure(secondsOf(hop), mFrequency);
-    // What follows the last window of the recording ends no run.
+    // The lines after the last window of the recording do not end a run.
     const bool isBehindEnd = !phasor && secondsOf(hop) > mMeter.end() - 1.0 / mNominalHz * 2.0;
     if (isBehindEnd) {
         return;
@@ -117,7 +116,7 @@ bool PhaseFollower::continuesRun(const Point& point) const
            std::abs(step - (last.mCycles - mRun[mRun.size() - 2].mCycles)) <= kMaxStepChange;
 }
 
-/** Compared with the last ten periods that are known to be undisturbed. */
+/** Compared with the last amplitude that is known to be undisturbed. */
 bool PhaseFollower::isDeepSag(double amplitude) const
 {
     return amplitude < kDeepSag * mReference;
@@ -145,7 +144,7 @@ bool PhaseFollower::isSettled() const
     return mRun.size() >= hops + (mIsAfterBreak ? kWindowHops : 0);
 }
 
-/** Puts the run into the track, without what the phase jumped since the run before. */
+/** Adds the run to the track, without the phase jump since the run before. */
 void PhaseFollower::trustRun()
 {
     if (mIsAfterBreak) {
@@ -165,7 +164,7 @@ void PhaseFollower::trustRun()
     mReference = first.mAmplitude;
 }
 
-/** The last windows of a run may already hold what ended it. */
+/** Ends the run without its last windows, which may contain the disturbance. */
 void PhaseFollower::endRun()
 {
     if (mIsTrusted) {
@@ -177,7 +176,7 @@ void PhaseFollower::endRun()
     mFrequency = mModel ? mModel->mSlope / mHopSeconds : mNominalHz;
 }
 
-/** Ends the trusted run after `count` points; too few of them change nothing. */
+/** Ends the trusted run after `count` points. If they are too few, the run is ignored. */
 void PhaseFollower::keep(size_t count)
 {
     mRun.resize(count);
@@ -216,7 +215,7 @@ void PhaseFollower::complete()
     fill(*mModel, last + 1, mCycles.size());
     const size_t first = mFirstPoints.front().mHop;
     fill(fittedTo(mFirstPoints, first), 0, first);
-    // A window cannot be centred nearer to an end than by half of it.
+    // The centre of a window is at least half a window away from either end.
     const double window = static_cast<double>(kWindowHops) * mHopSeconds;
     if (secondsOf(first) - mMeter.begin() > window) {
         mGaps.emplace(mGaps.begin(), mMeter.begin(), secondsOf(first));

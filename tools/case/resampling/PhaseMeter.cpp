@@ -10,7 +10,7 @@
 namespace resampling {
 
 namespace {
-/** Four samples a period: with three the second harmonic looks like the fundamental. */
+/** Four samples per period: with three, the second harmonic looks like the fundamental. */
 constexpr long kMinSamples = 4L * PhaseMeter::kWindowPeriods;
 
 /** Rounding of times at the ends of the signal, in s. */

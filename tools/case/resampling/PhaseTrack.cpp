@@ -6,7 +6,7 @@
 namespace resampling {
 
 namespace {
-/** Steps of Newton's method; the curve is almost straight, so each doubles the digits. */
+/** Steps of Newton's method. The curve is almost straight, so each step doubles the digits. */
 constexpr int kIterations = 6;
 
 struct Curve
@@ -25,7 +25,7 @@ Curve hermite(double y0, double y1, double slope0, double slope1, double x)
     return {y0 + at * (slope0 + at * (second + at * third)) + (x - at) * slope, slope};
 }
 
-/** Of the curve through the points, between the point `interval` and the next. */
+/** The curve through the points, between point `interval` and the next. */
 Curve curveAt(const std::vector<double>& y, size_t interval, double x)
 {
     const double chord = y[interval + 1] - y[interval];

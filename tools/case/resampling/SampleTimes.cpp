@@ -7,17 +7,19 @@
 namespace resampling {
 
 namespace {
-/** How far a stamp may lie from the line of its segment, in steps: clearly less than half a step,
- * at which a sample would be nearer to its neighbour's time. */
+/**
+ * Max distance of a stamp from the line of its segment, in steps: clearly less than half a step, at
+ * which a sample would be nearer to its neighbour's time.
+ */
 constexpr double kJitter = 0.3;
 constexpr double kRoundingOfSteps = 1e-6;
 
-/** Steps of a rate that nobody samples with, in s: keeps times and indices finite. */
+/** In s. No recorder has shorter steps; this keeps times and indices finite. */
 constexpr double kShortestStep = 1e-9;
 
 /**
- * Index of the last sample that a line from `first` reaches with all samples between them within
- * the tolerance: the range of slopes that fit is narrowed down sample by sample.
+ * Index of the last sample such that one line from `first` passes all samples up to it within the
+ * tolerance. The range of possible slopes is narrowed sample by sample.
  */
 size_t endOfLine(const std::vector<double>& seconds, size_t first, double tolerance)
 {
@@ -96,9 +98,9 @@ StepCounts countSteps(const std::vector<double>& seconds, double shortStep, doub
 }
 
 /**
- * The tick of a coarse clock whose stamps never repeat, 0 for other stamps: nearly all steps are k
- * or k + 1 ticks, both often, and one of them never twice in a row, as 3 and 4 ms of 300 samples a
- * second. From 4 ticks on, kJitter covers one.
+ * The tick of a coarse clock whose stamps never repeat, 0 for other stamps. Nearly all steps are k
+ * or k + 1 ticks; both are frequent, and one of them never occurs twice in a row, as with 3 and 4
+ * ms at 300 samples/s. From 4 ticks on, kJitter covers one.
  */
 double tickOfSteps(const std::vector<double>& seconds, double shortStep)
 {
@@ -124,7 +126,7 @@ double tickOfSteps(const std::vector<double>& seconds, double shortStep)
     return isCoarse ? tick : 0.0;
 }
 
-/** Then a line may miss the stamps by one of the clock's ticks, and a bit for rounding. */
+/** The tick of a coarse clock, plus a margin for rounding. A line may miss the stamps by this. */
 double tickOf(const std::vector<double>& seconds)
 {
     double tick = std::numeric_limits<double>::infinity();
@@ -155,7 +157,7 @@ SampleTimes::SampleTimes(const std::vector<double>& seconds, bool areExact)
                                      : fitted(seconds, first, last));
         first = last;
     }
-    // The line through truncated stamps begins before the first of them.
+    // Stamps are truncated, so their line begins before the first stamp.
     const double lead = seconds.front() - mSegments.front().mStart;
     for (Segment& segment : mSegments) {
         segment.mStart += lead;

@@ -9,7 +9,7 @@ namespace resampling {
 
 namespace {
 
-/** Instants that are the same but for rounding, in lines. */
+/** Instants that are closer, in lines, differ only by rounding. */
 constexpr double kRoundingOfLines = 1e-6;
 } // namespace
 
@@ -32,7 +32,7 @@ Schedule scheduleKeepingTime(float hz, double from, double to)
     const double lines = (to - from) / (step * base::kSecondsPerNanosecond) + kRoundingOfLines;
     schedule.mLineCount = static_cast<size_t>(lines) + 1;
     for (size_t line = 0; line < schedule.mLineCount; line += kSamplesPerPeriod) {
-        // Whole nanoseconds up to here: no error adds up.
+        // `from` is a whole number of ns, so errors do not add up.
         const double start = from + static_cast<double>(line) * step * base::kSecondsPerNanosecond;
         schedule.mPeriods.push_back({start, step * base::kSecondsPerNanosecond, hz});
     }

@@ -8,20 +8,26 @@ namespace resampling {
 
 namespace {
 
-/** Half the width, in samples of the slower of the two rates: what makes the edge below as narrow
- * as the header promises. */
+/**
+ * Half the width in samples of the slower rate: wide enough for the narrow edge that the header
+ * promises.
+ */
 constexpr double kHalfWidth = 44.0;
 
-/** Kaiser's shape for ripples of -118 dB, and how wide the edge then is on either side of the
- * cut, in parts of the slower rate: (118 - 8) / (2.285 * 2 pi) / (2 * kHalfWidth) / 2. */
+/**
+ * Shape of a Kaiser window for ripples of -118 dB. The edge on either side of the cut-off is, as a
+ * part of the slower rate: (118 - 8) / (2.285 * 2 pi) / (2 * kHalfWidth) / 2.
+ */
 constexpr double kShape = 12.04;
 constexpr double kHalfEdge = 0.0435;
 
-/** Fractions in the table for a kernel of one source sample: interpolating linearly between them
- * costs 1e-7 and less at the highest frequency. */
+/**
+ * Number of fractions in the table for a kernel of one source sample: linear interpolation between
+ * them costs 1e-7 or less at the highest frequency.
+ */
 constexpr double kRows = 2048.0;
 
-/** Below it, aliases are let through instead of summing ever more samples. */
+/** Below this ratio, aliases are accepted instead of summing more and more samples. */
 constexpr double kMinRatio = 1e-3;
 
 double sinc(double x)
@@ -38,7 +44,7 @@ double kaiser(double x)
                : std::cyl_bessel_i(0.0, kShape * std::sqrt(root)) / std::cyl_bessel_i(0.0, kShape);
 }
 
-/** Weighs a constant exactly. */
+/** Scales the row so that a constant is reproduced exactly. */
 void normalise(double* row, size_t width)
 {
     double sum = 0.0;

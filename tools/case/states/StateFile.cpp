@@ -24,7 +24,7 @@ constexpr std::array<const char*, 4> kLetters{"A", "B", "C", "N"};
 const Range kAnyDegrees{-kMaxDegrees, kMaxDegrees};
 const Range kTaus{0.0, kMaxTau, true};
 
-/** Reads one file; each state begins as a copy of the one before. */
+/** Reads one file. Each state starts as a copy of the state before. */
 class Reader
 {
 public:
@@ -98,7 +98,7 @@ void Reader::readNeutral(const TomlSection& file)
     readRule("voltage", mPlan.mNeutral.mVoltage, mHasVoltageRule);
 }
 
-/** A channel that is named in a state has a location. */
+/** Requires neutral values in some state if the rule is "given": only then they have a location. */
 void Reader::expectNeutralGiven(const TomlSection& file) const
 {
     const auto expect = [this, &file](const std::string& key, generate::NeutralRule rule,
@@ -216,7 +216,7 @@ void Reader::readChannel(const TomlSection& section, const char* key, size_t cha
         value = valueOf(section, node, key);
     }
     wave.mRms = value.mValue;
-    // A balanced value with no angle keeps those of the state before, where there is one.
+    // A balanced value without an angle keeps the angles of the state before, if there is one.
     if (value.mDegrees || mNumber == 0) {
         wave.mDegrees = value.mDegrees.value_or(0.0) + turn;
     }

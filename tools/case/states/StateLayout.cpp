@@ -39,7 +39,7 @@ struct Ramp
     }
 };
 
-/** Follows the states line by line, in steps of what is left of a period. */
+/** Goes through the states, each step up to the end of a period. */
 class Walk
 {
 public:
@@ -92,7 +92,7 @@ LaidOut Walk::run()
     return std::move(mResult);
 }
 
-/** The state before lasts until the voltage, as it has it, comes to the angle. */
+/** Extends the state before until its voltage reaches the angle. */
 void Walk::waitFor(const PointOnWave& at, const State& last)
 {
     const double angle = double(mLine % kSamplesPerPeriod) + last.mChannels[at.mChannel].mDegrees;
@@ -152,7 +152,7 @@ void Walk::pass(const State& state)
         const auto lines =
             qint64(std::llround(std::min((end - mSeconds) * hertz(), 1.0) * kSamplesPerPeriod));
         if (mIsAligned) {
-            const bool isEmpty = mLine == first; // a state has a period at least
+            const bool isEmpty = mLine == first; // a state has at least one period
             if (lines < kSamplesPerPeriod / 2 && !isEmpty) {
                 return;
             }
@@ -166,7 +166,7 @@ void Walk::pass(const State& state)
     }
 }
 
-/** Of the period in which the line is. One that begins has the frequency of its middle. */
+/** The frequency of the current period. A period that begins has the frequency of its middle. */
 double Walk::hertz() const
 {
     if (mLine % kSamplesPerPeriod != 0) {

@@ -16,7 +16,7 @@ namespace states {
 namespace {
 using generate::Json;
 
-/** In counts, of the phasors as the state has them; the neutral by its rule. */
+/** The phasors of a state in counts; the neutral by its rule. */
 std::array<std::complex<double>, kChannelCount> phasorsOf(const StatePlan& plan, const State& state)
 {
     std::array<std::complex<double>, kChannelCount> phasors;

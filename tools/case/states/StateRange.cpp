@@ -24,7 +24,7 @@ double peakOf(const State& state, size_t channel)
     return state.mChannels[channel].mRms * std::sqrt(2.0) * ratio;
 }
 
-/** Remanence of 1 adds as much flux as switching on at 0 degrees does. */
+/** A remanence of 1 adds as much flux as switching on at 0 degrees. */
 double inrushOf(const State& state, size_t channel)
 {
     const bool isPhase = channel >= generate::kFirstCurrent && channel < generate::kNeutralCurrent;

@@ -75,7 +75,7 @@ double StateSignal::amplitudeOf(const State& state, size_t channel, double swing
     return amplitude;
 }
 
-/** Without what a current transformer makes of it. */
+/** The value without the effect of the current transformer. */
 double StateSignal::valueAt(size_t state, size_t channel, qint64 line) const
 {
     return waveAt(state, channel, line) + offsetAt(state, channel, line) +
@@ -114,7 +114,8 @@ double StateSignal::offsetAt(size_t number, size_t channel, qint64 line) const
            std::exp(-secondsSince(wave.mSince, line) / wave.mOffset->mTau);
 }
 
-/** The flux is the integral of the voltage; its DC component decays. Above the knee current flows.
+/**
+ * The flux is the integral of the voltage; its DC component decays. A current flows above the knee.
  */
 double StateSignal::inrushAt(size_t state, size_t channel, qint64 line) const
 {
@@ -137,7 +138,7 @@ double StateSignal::inrushAt(size_t state, size_t channel, qint64 line) const
            mPlan.mCountsPerAmpere;
 }
 
-/** What would drive the flux beyond the knee does not reach the burden. */
+/** The part of the current that would drive the flux beyond the knee does not reach the burden. */
 void StateSignal::saturate(const State& state, qint64 line, generate::LineValues& values)
 {
     if (!state.mSaturation) {

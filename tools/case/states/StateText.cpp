@@ -20,7 +20,7 @@ bool canBeginName(char character)
            std::string_view("_-\"'").find(character) != kNone;
 }
 
-/** Where the string ends that begins there; the end of the line where it does not. */
+/** The end of the string that begins there; the end of the line if it is not closed. */
 size_t endOfString(std::string_view line, size_t begin)
 {
     for (size_t i = begin + 1; i < line.size(); ++i) {
@@ -34,7 +34,7 @@ size_t endOfString(std::string_view line, size_t begin)
     return line.size();
 }
 
-/** The first byte beyond ASCII that is not in a comment. */
+/** The first non-ASCII byte that is not in a comment. */
 size_t findForeign(std::string_view line)
 {
     size_t end = 0;

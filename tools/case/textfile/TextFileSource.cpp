@@ -20,7 +20,7 @@ constexpr size_t kBlockValues = 32768;
 constexpr size_t kMaxBlockSamples = 4096;
 constexpr double kMaxTime = 1e15; ///< in any unit
 
-/** The first lines that are not empty, as they stand. */
+/** The first lines that are not empty, unchanged. */
 std::string firstLines(base::InputFile& file)
 {
     file.setPart(0, file.size());
@@ -172,7 +172,7 @@ void TextFileSource::finish()
     }
 }
 
-/** A sign that separates thousands cannot be told from one of decimals in every file. */
+/** Refuses digit groups: their separator cannot always be distinguished from a decimal sign. */
 void TextFileSource::refuseGroups() const
 {
     const std::optional<DigitGroups::Field> field = mGroups->firstGrouped();

@@ -25,7 +25,7 @@ std::string_view unquoted(std::string_view text)
     return isQuoted ? base::trimmed(text.substr(1, text.size() - 2)) : text;
 }
 
-/** "U1 (kV)", "U1 [kV]" and "U1/kV" have a unit. */
+/** Splits a heading such as "U1 (kV)", "U1 [kV]" or "U1/kV" into name and unit. */
 TextLayout::Column parseHeading(std::string_view text)
 {
     for (const std::string_view brackets : {"()", "[]"}) {
@@ -44,7 +44,10 @@ TextLayout::Column parseHeading(std::string_view text)
     return {std::string(text), ""};
 }
 
-/** Every field is a number or empty, as many as in the heading, and not all are empty. */
+/**
+ * True if there are as many fields as in the heading and all are numbers or empty, but not all
+ * empty.
+ */
 bool isRow(std::string_view line, char separator, char decimalSign, size_t count)
 {
     const auto fields = textFields(line, separator);
@@ -57,7 +60,7 @@ bool isRow(std::string_view line, char separator, char decimalSign, size_t count
                        [&](std::string_view field) { return field.empty() || isNumber(field); });
 }
 
-/** The line before rows of numbers, of which some others may stand in front; none without rows. */
+/** The line right before the rows of numbers. Other lines may precede it. No value without rows. */
 std::optional<size_t> findHeading(const std::vector<std::string>& lines, char separator,
                                   char decimalSign)
 {
@@ -83,7 +86,8 @@ std::string_view withoutBrackets(std::string_view text)
     return has ? text.substr(1, text.size() - 2) : text;
 }
 
-/** Whether a line holds the units of the names in the line before it, judged by that of the time.
+/**
+ * Whether a line holds the units of the names in the line before it; the unit of the time decides.
  */
 bool areUnits(const std::vector<std::string_view>& names,
               const std::vector<std::string_view>& fields)
@@ -99,7 +103,7 @@ bool areUnits(const std::vector<std::string_view>& names,
     return false;
 }
 
-/** The columns by their heading, or by two lines of names and of units. */
+/** The columns by their heading, or by a line of names and a line of units. */
 std::vector<TextLayout::Column> columnsOf(const std::vector<std::string>& lines, size_t heading,
                                           char separator)
 {
@@ -119,7 +123,7 @@ std::vector<TextLayout::Column> columnsOf(const std::vector<std::string>& lines,
     return columns;
 }
 
-/** The numbers of the lines from `first` on; nothing for empty fields. */
+/** The numbers of the lines from `first` on; no value for empty fields. */
 std::vector<std::vector<std::optional<double>>> rowsOf(const std::vector<std::string>& lines,
                                                        size_t first, const TextLayout& layout)
 {

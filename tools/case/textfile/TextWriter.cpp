@@ -24,7 +24,7 @@ void TextWriter::write(const waveform::SignalBlock& block)
         line.clear();
         fmt::format_to(std::back_inserter(line), "{:.9f}", block.mSeconds[i]);
         for (size_t channel = 0; channel < mColumns.size(); ++channel) {
-            // Digits enough for 32 bits by any scale.
+            // Enough digits for 32 bits with any scale.
             fmt::format_to(std::back_inserter(line), ",{:.12g}",
                            block.mValues[channel][i] * mColumns[channel].mFactor);
         }

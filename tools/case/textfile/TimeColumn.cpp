@@ -41,7 +41,7 @@ bool isTimeWord(const std::string& word)
     return std::find(kTimeWords.begin(), kTimeWords.end(), word) != kTimeWords.end();
 }
 
-/** What the first rows of a column cover, in its unit; nothing where they are no time. */
+/** Duration of the first rows of a column, in its unit; no value if they are not a time. */
 std::optional<double> spanOf(const Rows& rows, size_t column)
 {
     waveform::RisingTime<double> time;
@@ -52,13 +52,17 @@ std::optional<double> spanOf(const Rows& rows, size_t column)
     return time.isTime() ? std::optional(last) : std::nullopt;
 }
 
-/** What no heading calls a time has to rise; a coarse clock may stand still for some rows. */
+/**
+ * Whether a column rises, as one without a heading of a time must. A coarse clock may repeat
+ * values.
+ */
 bool rises(const Rows& rows, size_t column)
 {
     return rows.size() < 2 || spanOf(rows, column) > 0.0;
 }
 
-/** The better of the columns whose names say time: one that rises, with a unit, more to the left.
+/**
+ * The best column whose name says time: preferably one that is a time, has a unit, is further left.
  */
 std::optional<size_t> columnByName(const Columns& columns, const Rows& rows)
 {

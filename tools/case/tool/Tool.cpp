@@ -19,7 +19,7 @@ namespace {
 constexpr int kInputAtFault = 1;
 constexpr int kCommandLineAtFault = 2;
 
-/** What was not understood comes before what is missing: it is why that is missing. */
+/** Unknown arguments are reported before missing ones, since they are the likely cause. */
 std::string failureMessage(const CLI::App* app, const CLI::Error& error)
 {
     const std::vector<std::string> unknown = app->remaining(true);
@@ -54,7 +54,7 @@ int parseAndRun(CLI::App& app, int argc, char** argv)
 
 int runTool(const Tool& tool, int argc, char** argv)
 {
-    // The program's messages go through log4cxx, which goes by the locale and else loses umlauts.
+    // The program's messages go through log4cxx, which loses non-ASCII letters without this locale.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     configuration::CaseConfiguration::keepLogSilent();
     CLI::App app;

@@ -10,36 +10,43 @@
 namespace waveform {
 
 namespace {
-/** With three samples in a period the second harmonic looks like the fundamental. */
+/** With three samples per period, the second harmonic looks like the fundamental. */
 constexpr size_t kMinSamplesInPeriod = 4;
 
-/** Six periods: fewer say little of a frequency. */
+/** Six periods: fewer do not give a reliable frequency. */
 constexpr size_t kMinTurns = 4;
 
-/** How much a window of a steady run may differ from the one before where there is no noise: slow
- * swings stay below. */
+/**
+ * Max relative difference of the amplitude between windows of a steady run without noise. Slow
+ * power swings stay below.
+ */
 constexpr double kMaxAmplitudeChange = 0.02;
 
-/** Likewise a turn, in radians. The image of a fundamental that is 10 % off moves the phase in such
- * a window by up to 0.25 degrees, a turn by 0.5, and the difference of two by 1 degree. */
+/**
+ * Max difference between turns, in radians. The image of a fundamental that is 10 % off moves the
+ * phase in such a window by up to 0.25 degrees, a turn by 0.5, and the difference of two turns by 1
+ * degree.
+ */
 constexpr double kMaxTurnChange = 1.5 * base::kRadiansPerDegree;
 
-/** Noise widens both: 5 medians of the change from turn to turn are hardly ever exceeded. Four
- * times as wide, 6 degrees, is the limit. */
+/**
+ * Noise widens both limits: 5 medians of the change from turn to turn are hardly ever exceeded. The
+ * widest limit is four times as wide, 6 degrees.
+ */
 constexpr double kMediansOfNoise = 5.0;
 constexpr double kMaxWidening = 4.0;
 
-/** The median is followed by steps of this factor, from the smallest value on. */
+/** The median is tracked in steps of this factor, starting at the smallest value. */
 constexpr double kMedianStep = 1.25;
 constexpr double kMinMedian = 0.05 * base::kRadiansPerDegree;
 
-/** With less of its power in the fundamental, a run shows none. */
+/** With a smaller share of its power in the fundamental, a run counts as having none. */
 constexpr double kMinShare = 0.1;
 
-/** A share below this part of another one is clearly less pure. */
+/** A share below this part of another share is clearly less pure. */
 constexpr double kClearlyLess = 0.9;
 
-/** Turns are known no better, in radians, so that no short run is the best by chance. */
+/** Assumed resolution of turns, in radians, so that no short run is the best by chance. */
 constexpr double kTurnResolution = 0.002 * base::kRadiansPerDegree;
 
 double wrapped(double radians)
@@ -48,8 +55,8 @@ double wrapped(double radians)
 }
 
 /**
- * Whether neighbouring periods may have been sampled at one rate: they differ by one sample, since
- * a period is no whole number of them, and where the clock ticks only four times a period, by all
+ * Whether adjacent periods may have the same sampling rate. They may differ by one sample, since a
+ * period is not a whole number of samples, and with a clock of only four ticks per period by all
  * samples of a tick.
  */
 bool isSameRate(size_t samples, size_t before)
@@ -132,7 +139,7 @@ void FrequencyMeter::enterPeriod(double period)
     mInPeriod = 0;
 }
 
-/** By the window that has ended; begins a new run where it is not like the one before. */
+/** Extends the run by the ended window; begins a new run if that window differs too much. */
 void FrequencyMeter::extendRun(Channel* channel) const
 {
     const double amplitude = std::abs(channel->mEnding);
@@ -146,7 +153,7 @@ void FrequencyMeter::extendRun(Channel* channel) const
         const double step = turnChange > channel->mChange ? kMedianStep : 1.0 / kMedianStep;
         channel->mChange = std::max(channel->mChange * step, kMinMedian);
     }
-    // Values beyond the range of numbers are not steady.
+    // Values that are not finite are not steady.
     const bool isSteady = amplitude > 0.0 && change <= widening * kMaxAmplitudeChange * amplitude;
     const bool isLikeLast = turnChange <= widening * kMaxTurnChange;
     if (run.mTurns == 0 || !isSteady || !isLikeLast) {

@@ -17,7 +17,7 @@ constexpr std::string_view kBehindChannel = ": ";
 constexpr std::string_view kBeforeFactor = ", ";
 constexpr std::string_view kBehindFactor = " counts for 1 ";
 
-/** Takes the text from its beginning up to the separator, and that; false where there is none. */
+/** Takes the text up to and including the separator; false if there is none. */
 bool takeUpTo(std::string_view separator, std::string_view* text, std::string_view* part)
 {
     const size_t end = text->find(separator);

@@ -9,10 +9,10 @@
 namespace waveform {
 
 namespace {
-/** Frequencies of power systems, where the nominal one is not known; 50 Hz finds 60 Hz, too. */
+/** Tried if the nominal frequency is unknown; the meter for 50 Hz finds 60 Hz, too. */
 constexpr double kUsualHertz[] = {50.0, 50.0 / 3.0};
 
-/** Channels in which the frequency is measured: more cost time and say nothing new. */
+/** Max channels in which the frequency is measured: more cost time and add nothing. */
 constexpr size_t kMaxMeteredChannels = 16;
 
 constexpr size_t kLanes = 4;
@@ -41,7 +41,7 @@ void Measures::add(const SignalBlock& block)
     mSeconds = block.mSeconds.back();
 }
 
-/** Not before the first block, which has the frequency of a value file. */
+/** Called with the first block: only then the frequency of a value file is known. */
 void Measures::beginMeters()
 {
     const size_t channels = std::min(mChannels.size(), kMaxMeteredChannels);
@@ -54,7 +54,7 @@ void Measures::beginMeters()
     }
 }
 
-/** Several sums beside one another, so that no sample waits for the one before it. */
+/** Several independent sums, so that no addition waits for the one before. */
 void Measures::addColumn(const std::vector<double>& column, Sums* sums) const
 {
     const double first = column[0];

@@ -23,7 +23,7 @@ bool beginsAsNumber(std::string_view text)
     return text.size() > sign && std::isdigit(static_cast<unsigned char>(text[sign])) != 0;
 }
 
-/** Looks only for what tells other files apart; the program's reader reports everything else. */
+/** Checks only what distinguishes other kinds of file; the program's reader reports the rest. */
 std::string reasonNotValueLine(std::string_view line)
 {
     const auto fields = base::splitText(line, ';');
@@ -58,7 +58,7 @@ bool ValueFileSource::read(SignalBlock& block)
     block.resize(kChannelCount, ValueLines::kMaxLines);
     size_t count = 0;
     bool isMore = true;
-    while (count == 0 && isMore) { // lines may hold no sample
+    while (count == 0 && isMore) { // lines may have no sample
         isMore = mLines.readSome();
         if (!mLines.errors().empty()) {
             throw base::CaseError(mLines.errors().front());

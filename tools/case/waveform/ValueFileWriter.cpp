@@ -11,7 +11,7 @@ constexpr int kTimeDecimals = 9;
 /** Eleven integers of at most 20 characters, a time and a frequency with their separators. */
 constexpr size_t kMaxLineBytes = 512;
 
-/** Largest time that is written: keeps its text within the line. */
+/** Largest time that is written, so that its text fits into the line. */
 constexpr double kLargestSeconds = 1e18;
 
 template <typename... Format>
