@@ -39,12 +39,19 @@ TEST_F(CampaignTest, TheExampleNightPasses)
     EXPECT_EQ(again.mExitCode, 2);
     EXPECT_THAT(again.mErrors, HasSubstr("night has a night already; name another folder"));
 
-    const CommandResult elsewhere =
-        mRunner.run({"sh", "-c", "mkfifo fifo && touch log && exec 3<>fifo && exec \"$@\"", "sh",
-                     VX_CAMPAIGN, "run", VX_EXAMPLES "/night.toml", "-o", "night", "--resume",
-                     "--fifo", "fifo", "--log", "log"});
-    EXPECT_EQ(elsewhere.mExitCode, 2) << elsewhere;
-    EXPECT_THAT(elsewhere.mErrors, HasSubstr("--resume: the night began without --fifo"));
+    const std::pair<const char*, const char*> rows[] = {
+        {"night/journal.jsonl", "--resume: the night began without --fifo"},
+        {"none", "--log: none: there is no such file"},
+        {"night", "--log: night: is a directory"},
+    };
+    for (const auto& [log, message] : rows) {
+        const CommandResult elsewhere =
+            mRunner.run({"sh", "-c", "rm -f fifo && mkfifo fifo && exec 3<>fifo && exec \"$@\"",
+                         "sh", VX_CAMPAIGN, "run", VX_EXAMPLES "/night.toml", "-o", "night",
+                         "--resume", "--fifo", "fifo", "--log", log});
+        EXPECT_EQ(elsewhere.mExitCode, 2) << elsewhere;
+        EXPECT_THAT(elsewhere.mErrors, HasSubstr(message));
+    }
 }
 
 TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)

@@ -163,6 +163,7 @@ TEST(PlanTest, AMistakeIsReportedWithItsPlace)
         {"[[case]]\nsignal = \"stedy-60hz\"",
          "2:10: signal: 'stedy-60hz': no signal has this name; near it are steady-60hz, "
          "steady-50hz, swell-110-50hz, and vx-case generate --list shows all"},
+        {"[[case]]\nsignal = 1", "2:10: signal: expected text in quotes"},
         {"[[case]]\nfile = \"\"",
          "2:8: file: expected a text without control characters, not empty"},
         {"[[case]]\nfile = \"a\\nb.csv\"",

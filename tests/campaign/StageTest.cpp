@@ -166,6 +166,8 @@ TEST_F(StageTest, AllMistakesOfAllFilesAreReportedAndNothingIsLeft)
     mFiles.make("slow.csv", oneBlock("50") + oneBlock("0.001"));
     mFiles.make("block.csv", oneBlock("50"));
     mFiles.make("states.toml", "[[state]]\nperiods = 0\n");
+    mFiles.make("at.toml",
+                "[[state]]\nperiods = 2\n[[state]]\nname = \"b\"\nperiods = 2\nat = \"A@0\"\n");
     EXPECT_EQ(
         mistakesOf(R"([[case]]
 file = "none.csv"
@@ -182,6 +184,9 @@ states = "states.toml"
 [[case]]
 signal = "dip-80-250-50hz"
 seconds = 5
+[[case]]
+states = "at.toml"
+align = true
 )"),
         "night.toml:1:1: none: none.csv: no such file\n"
         "night.toml:3:1: bad: bad.csv:361: Wrong number of parameter. Expected: 13, found 2: "
@@ -193,7 +198,9 @@ seconds = 5
         "night.toml:11:1: states: states.toml:2:11: periods: expected a number above 0 and at "
         "most 1e+07\n"
         "night.toml:13:1: dip-80-250-50hz: seconds: one pass of the file takes 5.500 s; "
-        "expected at least that");
+        "expected at least that\n"
+        "night.toml:16:1: at: at.toml:3:1: state 'b' has 'at', which cannot be combined with "
+        "align = true");
     EXPECT_EQ(foundIn("night"), "");
 }
 
@@ -257,6 +264,8 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
     mRunner.writeFile("a.toml",
                       "gap = 1\n[[case]]\nsignal = \"steady-60hz\"\ntimes = 2\n"
                       "seconds = 1\nexpect = [\"rms\"]\n[group.g]\ncases = [\"steady-60hz\"]\n");
+    mRunner.writeFile("long.toml",
+                      "[[case]]\nsignal = \"steady-60hz\"\nseconds = 9000\nexpect = [\"rms\"]\n");
     mRunner.writeFile("bad.toml", "gap = -1\n[[case]]\nfile = \"none.csv\"\n");
     const std::string table =
         "number  case         times  samples  repetitions  duration/s  source\n"
@@ -286,6 +295,8 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
         EXPECT_EQ(result.mOutput, output);
         EXPECT_EQ(result.mErrors, errors);
     }
+    EXPECT_THAT(mRunner.run({VX_CAMPAIGN, "check", "long.toml"}).mOutput,
+                HasSubstr("8903.1 MiB until the night is over; at most 8 GiB are recorded"));
     EXPECT_THAT(mRunner.readFile("kept/stage/cases.conf"), HasSubstr("1,60,steady-60hz.csv\n"));
 }
 
