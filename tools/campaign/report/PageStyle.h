@@ -51,6 +51,7 @@ thead th { border-top: 0; color: var(--muted); font-size: 0.85rem; font-weight: 
 .number { text-align: right; }
 .more > td { padding-top: 0; border-top: 0; }
 .plays { font-size: 0.85rem; }
+.plays td > span[class] { white-space: nowrap; }
 summary { cursor: pointer; color: var(--muted); font-size: 0.9rem; }
 figure { margin: 0.75rem 0; overflow-x: auto; }
 img { display: block; width: 100%; min-width: 42rem; max-width: 70rem; height: auto; }
