@@ -248,24 +248,23 @@ TEST(MeasureTest, AggregatesTheValuesOfWindows)
     const double negative = std::abs(fault - 1.0);
     struct Row
     {
-        QuantityId mId;
-        Channel mChannel;
         double mOutside;
         double mInFault;
-        bool mIsPower;
+        QuantityId mId;
+        Channel mChannel;
     };
     const Row rows[] = {
-        {QuantityId::Rms, Channel::UA, kRms, 0.4 * kRms, false},
-        {QuantityId::NegativeVoltageUnbalance, Channel::U, 0.0,
-         100.0 * negative / std::abs(fault + 2.0), false},
-        {QuantityId::NegativeSequence, Channel::U, 0.0, kVolts * negative / 3.0, false},
-        {QuantityId::ReactivePower, Channel::A, watts * std::tan(base::kTwoPi / 12.0), 0.0, true},
-        {QuantityId::ApparentPower, Channel::A, kRms * kRms / 46.0, 0.4 * kRms * kRms / 46.0, true},
+        {kRms, 0.4 * kRms, QuantityId::Rms, Channel::UA},
+        {0.0, 100.0 * negative / std::abs(fault + 2.0), QuantityId::NegativeVoltageUnbalance,
+         Channel::U},
+        {0.0, kVolts * negative / 3.0, QuantityId::NegativeSequence, Channel::U},
+        {watts * std::tan(base::kTwoPi / 12.0), 0.0, QuantityId::ReactivePower, Channel::A},
+        {kRms * kRms / 46.0, 0.4 * kRms * kRms / 46.0, QuantityId::ApparentPower, Channel::A},
     };
-    for (const auto& [id, channel, outside, inFault, isPower] : rows) {
-        const double mean =
-            isPower ? (12.0 * outside + 3.0 * inFault) / 15.0
-                    : std::sqrt((12.0 * outside * outside + 3.0 * inFault * inFault) / 15.0);
+    for (const auto& [outside, inFault, id, channel] : rows) {
+        const double squares = (12.0 * outside * outside + 3.0 * inFault * inFault) / 15.0;
+        const bool isPower = measure::quantityOf(id).mGroup == std::string("power");
+        const double mean = isPower ? (12.0 * outside + 3.0 * inFault) / 15.0 : std::sqrt(squares);
         const auto values = found.of(id, channel, 0, Interval::ThreeSeconds);
         ASSERT_EQ(values.size(), 1U) << measure::quantityOf(id).mName;
         EXPECT_NEAR(values[0].mValue / mean, 1.0, 1e-4) << measure::quantityOf(id).mName;
