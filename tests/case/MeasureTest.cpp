@@ -378,6 +378,17 @@ TEST_F(MeasureCommandTest, ClosedFormWinsWhereItHolds)
         << other.mErrors;
 }
 
+/** The file with the truth has all orders, the measured thd those up to 50. */
+TEST_F(MeasureCommandTest, ClosedFormOfThdEndsWithOrder50)
+{
+    ASSERT_EQ(run("generate --duration 0.3 --harmonic 60:0.05:0:0 --harmonic 50:0.03:0:0 "
+                  "--harmonic 2:0.04:0:0 --truth t.json -o s.csv")
+                  .mExitCode,
+              0);
+    const CommandResult result = run("measure s.csv --truth t.json --quantities thd");
+    EXPECT_NE(result.mOutput.find("Z,thd,UA,5,%,closed form\n"), std::string::npos) << result;
+}
+
 /** In an interruption there are 3 counts, whose percentages are those of their rounding. */
 TEST_F(MeasureCommandTest, NothingHasNoPercentages)
 {

@@ -79,16 +79,22 @@ private:
         if (!channel.mHasHarmonics) {
             return;
         }
-        channel.mThd = optionalNumber(json, "thdPercent");
         const auto fundamental = json.at("fundamentalRms").get<double>();
         double squares = fundamental * fundamental;
+        double percents = 0.0; // their squares
         for (const Json& harmonic : json.at("harmonics")) {
             const auto order = harmonic.at("order").get<size_t>();
             const auto rms = harmonic.at("rms").get<double>();
             squares += rms * rms;
             if (order < channel.mPercents.size()) {
                 channel.mPercents[order] = optionalNumber(harmonic, "percent");
+                const double percent = channel.mPercents[order].value_or(0.0);
+                percents += percent * percent;
             }
+        }
+        // The file has that of all orders, which is another one if some are above 50.
+        if (optionalNumber(json, "thdPercent")) {
+            channel.mThd = std::sqrt(percents);
         }
         channel.mRms = std::sqrt(squares) / countsPerUnit;
     }
