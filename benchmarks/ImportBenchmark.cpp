@@ -94,7 +94,7 @@ void importRecording(benchmark::State& state)
                                                    benchmark::Counter::kIsIterationInvariantRate);
 }
 
-void lookAt(benchmark::State& state, const char* kind, const std::string& data, int samples)
+void readInfo(benchmark::State& state, const char* kind, const std::string& data, int samples)
 {
     const QTemporaryDir directory;
     const std::string name = directory.filePath("recording").toStdString();
@@ -115,13 +115,13 @@ void lookAt(benchmark::State& state, const char* kind, const std::string& data, 
 void infoOfBinary(benchmark::State& state)
 {
     const int samples = static_cast<int>(state.range(0));
-    lookAt(state, "BINARY", dataOf(samples), samples);
+    readInfo(state, "BINARY", dataOf(samples), samples);
 }
 
 void infoOfAscii(benchmark::State& state)
 {
     const int samples = static_cast<int>(state.range(0));
-    lookAt(state, "ASCII", asciiDataOf(samples), samples);
+    readInfo(state, "ASCII", asciiDataOf(samples), samples);
 }
 
 /** The argument is the length of the recording in s. */

@@ -31,7 +31,7 @@ BenchFiles& files()
 }
 
 /** A line read in the plain way; the values are stored as the program stores them. */
-bool appendPlainly(const QByteArray& line, QList<InputValueItem>* items)
+bool appendPlainLine(const QByteArray& line, QList<InputValueItem>* items)
 {
     const QStringList fields = QString::fromUtf8(line).split(QLatin1Char(';'));
     if (fields.size() != 13) {
@@ -51,13 +51,13 @@ bool appendPlainly(const QByteArray& line, QList<InputValueItem>* items)
     return std::all_of(std::begin(ok), std::end(ok), [](bool good) { return good; });
 }
 
-QList<InputValueItem> loadPlainly(const QString& path)
+QList<InputValueItem> loadWithPlainReader(const QString& path)
 {
     QFile file(path);
     bool ok = file.open(QIODevice::ReadOnly);
     QList<InputValueItem> items;
     while (ok && !file.atEnd()) {
-        ok = appendPlainly(file.readLine(), &items);
+        ok = appendPlainLine(file.readLine(), &items);
     }
     if (!ok) {
         throw std::runtime_error("the plain way failed");
@@ -198,9 +198,9 @@ void measure(benchmark::State& state, Operation operation, int filesBefore = 0)
     state.counters["faults"] = cost.mFaults;
 }
 
-void plainWay(benchmark::State& state)
+void plainReader(benchmark::State& state)
 {
-    measure(state, loadPlainly);
+    measure(state, loadWithPlainReader);
 }
 
 void program(benchmark::State& state)
@@ -255,7 +255,7 @@ void asTable(benchmark::internal::Benchmark* table)
     table->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1);
 }
 
-BENCHMARK(plainWay)->Arg(kMillionLines)->Apply(asTable);
+BENCHMARK(plainReader)->Arg(kMillionLines)->Apply(asTable);
 BENCHMARK(floorReadAndFindLineEnds)->Arg(kMillionLines)->Apply(asTable);
 BENCHMARK(floorReadAndTouchBytes)->Arg(kMillionLines)->Apply(asTable);
 BENCHMARK(floorTouchMemoryForItems)->Arg(kMillionLines)->Apply(asTable);

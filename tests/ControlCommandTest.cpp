@@ -69,7 +69,7 @@ protected:
     std::unique_ptr<Configuration> mConfiguration;
 };
 
-TEST_F(ControlCommandTest, MakesTheFifoForItsOwnerOrUsesTheOneThatIsThere)
+TEST_F(ControlCommandTest, MakesAPrivateFifoOrUsesAnExistingOne)
 {
     struct stat status
     {
@@ -86,7 +86,7 @@ TEST_F(ControlCommandTest, MakesTheFifoForItsOwnerOrUsesTheOneThatIsThere)
     EXPECT_TRUE(take("1\n"));
 }
 
-TEST_F(ControlCommandTest, FifoThatCannotBeMadeOrOpenedTakesNoCommand)
+TEST_F(ControlCommandTest, UnusableFifoTakesNoCommand)
 {
     const auto expectNoCommand = [this](const Lines& messages) {
         restart();
@@ -106,7 +106,7 @@ TEST_F(ControlCommandTest, FifoThatCannotBeMadeOrOpenedTakesNoCommand)
     expectNoCommand({}); // there, but does not open
 }
 
-TEST_F(ControlCommandTest, WhatAnotherReaderTakesIsNoCommand)
+TEST_F(ControlCommandTest, LinesTakenByAnotherReaderAreNotExecuted)
 {
     mSystem.mOnRead = [] { // between the poll and the read
         const int fifo = open(kControlFifoPath, O_RDONLY | O_NONBLOCK);
@@ -148,7 +148,7 @@ TEST_F(ControlCommandTest, TakesAndRejectsCommands)
     EXPECT_EQ(mSystem.mWaits.size() + mSystem.mSleeps.size(), 0U);
 }
 
-TEST_F(ControlCommandTest, TakesOneLineACallAndKeepsAnUnfinishedOne)
+TEST_F(ControlCommandTest, TakesOneLinePerCallAndKeepsAnUnfinishedOne)
 {
     EXPECT_TRUE(take("s1\n2\nx\ns"));
     EXPECT_EQ(nextPlayed(), "10");
@@ -179,7 +179,7 @@ TEST_F(ControlCommandTest, EndOfFileEndsACommand)
                                   "ERROR Config Cmd to small!"}));
 }
 
-TEST_F(ControlCommandTest, LineBeyondTheLimitIsDroppedOnce)
+TEST_F(ControlCommandTest, OverlongLineIsDroppedOnce)
 {
     EXPECT_FALSE(take(std::string(kMaxLineBytes - 1, ' ')));
     EXPECT_TRUE(take("1\n")) << "the longest line";
@@ -200,7 +200,7 @@ TEST_F(ControlCommandTest, LineBeyondTheLimitIsDroppedOnce)
     EXPECT_EQ(mLog.takeFrom(kTaken), joined(kDroppedAndTaken, kDroppedAndTaken));
 }
 
-TEST_F(ControlCommandTest, WaitEndsAtOnceWithACommandAndOtherwiseTakesItsTime)
+TEST_F(ControlCommandTest, WaitEndsWithACommandOrAfterItsTime)
 {
     EXPECT_EQ(waitInVain(), kSecond);
     const std::function<void()> kCauses[] = {

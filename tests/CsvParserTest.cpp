@@ -48,7 +48,7 @@ protected:
     CollectingParser mParser;
 };
 
-TEST_F(CsvParserTest, ReadsAsAFileInTextModeDoes)
+TEST_F(CsvParserTest, ReadsLikeAFileInTextMode)
 {
     const std::string kPieces[] = {"\n",   "\r",   "a",   "1",        " ",
                                    "\t",   "#",    ",",   ";",        "\xC3",
@@ -79,7 +79,7 @@ TEST_F(CsvParserTest, ReadsAsAFileInTextModeDoes)
     }
 }
 
-TEST_F(CsvParserTest, LinesMayCrossAndExceedTheBlocksThatAreRead)
+TEST_F(CsvParserTest, LinesMayCrossAndExceedReadBlocks)
 {
     for (const int size : {1, 100'000, 262'143, 262'144, 524'288, 900'001}) {
         const std::string line = repeated("x", size);
@@ -148,7 +148,7 @@ TEST_F(CsvParserTest, ParsesPiecewise)
     EXPECT_EQ(mParser.parseLines(1), -1);
 }
 
-TEST_F(CsvParserTest, WhatTheSecondReadBringsDecidesAboutTheRest)
+TEST_F(CsvParserTest, FaultsOfALaterReadAreHandled)
 {
     constexpr int kLines = 40'000;
     VirtualSystem system;

@@ -80,7 +80,7 @@ TEST_F(InputValuesTest, RejectsFieldsWithTheirMessage)
                                  "found 1: " + std::string(64 * 1024 + 1, 'x') + "...")));
 }
 
-TEST_F(InputValuesTest, AHandlerOfItsOwnSeesEveryLine)
+TEST_F(InputValuesTest, OverriddenHandlerSeesEveryLine)
 {
     class SeeingValues : public InputValues
     {

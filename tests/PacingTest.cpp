@@ -65,7 +65,7 @@ TEST_F(PacingTest, FirstBlockAndThenEveryEleventhPaces)
     EXPECT_EQ(mSystem.mSleeps, (Times{19'999'000, 219'998'000, 219'998'000, 219'998'000}));
 }
 
-TEST_F(PacingTest, SleepsAwayTheLeadAndGivesUpTheClockBeyondAMinute)
+TEST_F(PacingTest, SleepsForTheLeadAndResetsTheClockBeyondAMinute)
 {
     const Times kMoreThan32BitsOfMicroseconds =
         sizeof(long) == 4 ? Times{4'294'967'295'000, 705'032'705'000} : Times{5000 * kSecond};
@@ -96,7 +96,7 @@ TEST_F(PacingTest, SleepsAwayTheLeadAndGivesUpTheClockBeyondAMinute)
     }
 }
 
-TEST_F(PacingTest, StreamIsInStepAgainAfterTheClockHasJumped)
+TEST_F(PacingTest, StreamIsInStepAgainAfterAClockJump)
 {
     struct Jump
     {
@@ -144,7 +144,7 @@ TEST_F(PacingTest, PlaysAcrossTheEndOf32BitTime)
     EXPECT_EQ(TestDevice::words(kF2hPath).at(1), kEnd + 2) << "a multiple of ten seconds";
 }
 
-TEST_F(PacingTest, WallClockThatCannotBeReadIsReportedOnceAndPacingGoesOn)
+TEST_F(PacingTest, UnreadableWallClockIsReportedOnceAndPacingContinues)
 {
     playRound();
     for (const int error : {EOVERFLOW, 0, EPERM}) {

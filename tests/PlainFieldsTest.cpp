@@ -53,7 +53,7 @@ const std::string kEdges =
     "1|1\xC2\xA0|\xFF|\xC3|\xEF\xBB\xBF+1|\xD9\xA1|\xEF\xBC\x91"
     "|1\0|\0|"s;
 
-TEST(PlainFieldsTest, ReadsEveryColumnAsTheGeneralWayDoes)
+TEST(PlainFieldsTest, ReadsEveryColumnLikeTheGeneralPath)
 {
     Words lines;
     for (size_t column = 0; column < kFields.size(); ++column) {
@@ -79,7 +79,7 @@ TEST(PlainFieldsTest, TakesTheLinesOfRealFiles)
 }
 
 /** Floats are where two conversions could round differently. */
-TEST(PlainFieldsTest, RoundsFrequenciesAsTheGeneralWayDoes)
+TEST(PlainFieldsTest, RoundsFrequenciesLikeTheGeneralPath)
 {
     std::mt19937 random = seededRandom();
     Words lines;

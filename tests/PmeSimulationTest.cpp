@@ -107,7 +107,7 @@ TEST_F(PmeSimulationTest, WritesOneFramePerMarkedBatch)
     }
 }
 
-TEST_F(PmeSimulationTest, ReportsADeviceThatDoesNotWork)
+TEST_F(PmeSimulationTest, ReportsAnUnusableDevice)
 {
     const auto expectFailure = [this](const Lines& messages, qint32 result) {
         PmeSimulation pme;

@@ -31,7 +31,7 @@ TEST_F(PrussSimulationTest, TakesNothingWithoutSampleBufferOrF2h)
     }
 }
 
-TEST_F(PrussSimulationTest, FirstFileThatIsMissingOrDoesNotOpenIsReported)
+TEST_F(PrussSimulationTest, FirstUnusableFileIsReported)
 {
     const auto expectFailure = [this](const std::string& path, const std::string& problem) {
         PrussSimulation writer;
@@ -65,7 +65,7 @@ TEST_F(PrussSimulationTest, TimeSpentOpeningDoesNotCount)
 }
 
 /** As it is described: the product's own structure could hide that two members are swapped. */
-TEST_F(PrussSimulationTest, RecordIsLaidOutAsTheDriverReadsIt)
+TEST_F(PrussSimulationTest, RecordHasTheLayoutThatTheDriverReads)
 {
     mSystem.mRealtime = {1'700'000'000, 0};
     startWriter();
@@ -79,7 +79,7 @@ TEST_F(PrussSimulationTest, RecordIsLaidOutAsTheDriverReadsIt)
                           48));
 }
 
-TEST_F(PrussSimulationTest, FrequencyOfTheFirstItemHoldsForTheBlock)
+TEST_F(PrussSimulationTest, FrequencyOfTheFirstItemAppliesToTheBlock)
 {
     InputValues values = items(100);
     for (int i = 0; i < 300; ++i) {
@@ -169,7 +169,7 @@ TEST_F(PrussSimulationTest, FailingBlockIsConsumedAndCostsNoPacing)
     EXPECT_EQ(mSystem.mSleeps.size(), 1U) << "the countdown had not moved";
 }
 
-TEST_F(PrussSimulationTest, ExceptionOutOfTheWriteIsReportedAndPlayGoesOn)
+TEST_F(PrussSimulationTest, ExceptionOfTheWriteIsReportedAndPlayingContinues)
 {
     startWriter();
     mSystem.mFaultyFile = kSampleBufferPath;

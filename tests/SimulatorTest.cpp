@@ -105,7 +105,7 @@ TEST_F(SimulatorTest, FailedWriteDropsTheRestOfThePassAndCostsNoWait)
     EXPECT_TRUE(mSystem.mWaits.empty());
 }
 
-TEST_F(SimulatorTest, RefusalsThatGoOnAreRetriedAfterGrowingWaits)
+TEST_F(SimulatorTest, RepeatedRefusalsAreRetriedAfterGrowingWaits)
 {
     TestDevice::makeLink(kSampleBufferPath, "/dev/full");
     const qint64 start = toNanoseconds(mSystem.mMonotonic);
@@ -125,7 +125,7 @@ TEST_F(SimulatorTest, RefusalsThatGoOnAreRetriedAfterGrowingWaits)
     EXPECT_THAT(mLog.take(), testing::Contains("INFO Execute Config 1 once"));
 }
 
-TEST_F(SimulatorTest, PlaysInThisOrder)
+TEST_F(SimulatorTest, PlaysInOrder)
 {
     struct Play
     {

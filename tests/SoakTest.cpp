@@ -149,7 +149,7 @@ protected:
     int mCasesPlayed = 0;
 };
 
-TEST_F(SoakTest, EveryRecordOfHoursIsTheOneThatShouldCome)
+TEST_F(SoakTest, EveryRecordIsTheExpectedOneForHours)
 {
     for (size_t number = 0; number < kCases.size(); ++number) {
         std::string text;

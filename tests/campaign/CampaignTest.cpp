@@ -28,7 +28,7 @@ protected:
     CommandRunner mRunner;
 };
 
-TEST_F(CampaignTest, TheExampleNightPasses)
+TEST_F(CampaignTest, ExampleNightPasses)
 {
     const CommandResult result = runExample({});
     EXPECT_EQ(result.mExitCode, 0) << result;
@@ -54,7 +54,7 @@ TEST_F(CampaignTest, TheExampleNightPasses)
     }
 }
 
-TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)
+TEST_F(CampaignTest, LostBlockFailsItsCaseOnly)
 {
     const CommandResult result = runExample({"--only", "harmonics,unbalance-negative", "--fault",
                                              "adc-in:85:EIO", "--fault", "r2h:99999:EIO"});
@@ -68,7 +68,7 @@ TEST_F(CampaignTest, ALostBlockFailsItsCaseAndNoOther)
 }
 
 /** What cannot be played is refused before a folder is made. */
-TEST_F(CampaignTest, WhatCannotBePlayedIsRefused)
+TEST_F(CampaignTest, RejectsWhatCannotBePlayed)
 {
     mRunner.writeFile("file", "");
     ASSERT_EQ(mRunner.run({"mkfifo", "fifo"}).mExitCode, 0);
@@ -128,7 +128,7 @@ TEST_F(CampaignTest, MeasuredValuesAreJudged)
 }
 
 /** Files of the user's that have the name of one of ours. */
-TEST_F(CampaignTest, AFileOfTheUserIsNotOverwritten)
+TEST_F(CampaignTest, UserFilesAreNotOverwritten)
 {
     ASSERT_EQ(mRunner.run({"mkdir", "night"}).mExitCode, 0);
     for (const std::string name : {"program.log", "cases.csv"}) {

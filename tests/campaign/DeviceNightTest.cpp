@@ -15,7 +15,7 @@ class DeviceNightTest : public NightFixture
 } // namespace
 
 /** On a device nothing has passed: it was commanded and answered, or it has failed. */
-TEST_F(DeviceNightTest, ADeviceIsCommandedAndNotObserved)
+TEST_F(DeviceNightTest, DeviceIsCommandedAndNotObserved)
 {
     struct AnsweringDevice : run::Device
     {

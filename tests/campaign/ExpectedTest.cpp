@@ -99,7 +99,7 @@ protected:
 constexpr auto kPlayPassed = PlayVerdict::Passed;
 constexpr auto kPlayFailed = PlayVerdict::Failed;
 
-TEST_F(ExpectedTest, OfEachQuantityTheWorstPlayCounts)
+TEST_F(ExpectedTest, WorstPlayOfEachQuantityCounts)
 {
     const struct
     {
@@ -149,7 +149,7 @@ TEST_F(ExpectedTest, OfEachQuantityTheWorstPlayCounts)
     }
 }
 
-TEST_F(ExpectedTest, ExpectedValuesThatTellNothingAreNoneOfAGoodNight)
+TEST_F(ExpectedTest, NightWithoutUsableExpectedValuesIsNotGood)
 {
     expect(1, "");
     const std::string all = row(0, 230.0) + row(1, 230.0);
@@ -160,7 +160,7 @@ TEST_F(ExpectedTest, ExpectedValuesThatTellNothingAreNoneOfAGoodNight)
 }
 
 /** It is of the journal that was judged, and of no later one. */
-TEST_F(ExpectedTest, AnAssessmentIsFoundAgainByTheReport)
+TEST_F(ExpectedTest, ReportFindsTheAssessment)
 {
     report::NightAssessment assessment;
     assessment.mJournalBytes = 99;
@@ -182,7 +182,7 @@ TEST_F(ExpectedTest, AnAssessmentIsFoundAgainByTheReport)
 }
 
 /** A recording stays until it is measured; one that lacks a sample of the play is not. */
-TEST_F(ExpectedTest, WhatIsNotMeasuredIsSaid)
+TEST_F(ExpectedTest, UnmeasuredPlaysAreReported)
 {
     const std::vector<PlayVerdict> verdicts = {kPlayPassed, kPlayPassed};
     const std::string all = row(0, 230.0) + row(1, 230.0);

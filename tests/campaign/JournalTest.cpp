@@ -31,7 +31,7 @@ NightBegin wholeNight()
     return night;
 }
 
-TEST(JournalTest, EveryStepSurvivesItsLine)
+TEST(JournalTest, EveryStepReadsBackAsWritten)
 {
     const Step steps[] = {wholeNight(),
                           Resumed{{{"host", "desk"}}},
@@ -59,7 +59,7 @@ TEST(JournalTest, EveryStepSurvivesItsLine)
 }
 
 /** Nothing is converted so that it fits. */
-TEST(JournalTest, WhatIsNoStepIsRefusedWithItsField)
+TEST(JournalTest, RejectsInvalidStepsWithTheirField)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"", "no JSON object"},
@@ -93,7 +93,7 @@ TEST(JournalTest, WhatIsNoStepIsRefusedWithItsField)
     }
 }
 
-TEST(JournalTest, WhereverItIsCutTheStepsBeforeAreRead)
+TEST(JournalTest, CutJournalIsReadUpToTheCut)
 {
     const TestFiles files;
     const std::string path = files.path("journal.jsonl");
@@ -126,7 +126,7 @@ TEST(JournalTest, WhereverItIsCutTheStepsBeforeAreRead)
     }
 }
 
-TEST(JournalTest, TheLargestPlanHasALineThatIsRead)
+TEST(JournalTest, LineOfTheLargestPlanIsRead)
 {
     const TestFiles files;
     NightBegin night = wholeNight();
@@ -140,7 +140,7 @@ TEST(JournalTest, TheLargestPlanHasALineThatIsRead)
     EXPECT_EQ(journal.night()->mOrder, night.mOrder);
 }
 
-TEST(JournalTest, AFullDiskLeavesTheEntriesBefore)
+TEST(JournalTest, FullDiskKeepsEarlierEntries)
 {
     const TestFiles files;
     const std::string path = files.path("journal.jsonl");
@@ -166,7 +166,7 @@ NightBegin nightAtTheDesk()
 }
 
 /** An edited journal is refused where it contradicts itself, with the line and the field. */
-TEST(JournalTest, StepsThatContradictThoseBeforeAreRefused)
+TEST(JournalTest, RejectsContradictingSteps)
 {
     const PlayEnd passed{0, PlayVerdict::Passed, 1, 2, 7200, std::nullopt, 0};
     PlayEnd withFinding = passed;
@@ -215,7 +215,7 @@ TEST(JournalTest, StepsThatContradictThoseBeforeAreRefused)
     }
 }
 
-TEST(JournalTest, ALineInTheMiddleThatIsNoStepIsNamed)
+TEST(JournalTest, InvalidLineInTheMiddleIsNamed)
 {
     const TestFiles files;
     const std::string path = files

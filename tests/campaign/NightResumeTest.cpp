@@ -12,7 +12,7 @@ class NightResumeTest : public NightFixture
 } // namespace
 
 /** No play is lost and none has two ends, wherever it stops: cut, interrupted or a full disk. */
-TEST_F(NightResumeTest, GoesOnWithThePlayThatHadNotEnded)
+TEST_F(NightResumeTest, ContinuesWithTheUnfinishedPlay)
 {
     const SimulatedNight night = sixPlays();
     for (int round = 0; round < 50; ++round) {
@@ -51,7 +51,7 @@ TEST_F(NightResumeTest, GoesOnWithThePlayThatHadNotEnded)
 }
 
 /** What was found before the cut is not forgotten because the play is played again. */
-TEST_F(NightResumeTest, APlayWithAFindingFailsAlsoWhenItIsPlayedAgain)
+TEST_F(NightResumeTest, PlayWithAFindingFailsEvenWhenRepeated)
 {
     const SimulatedNight night = sixPlays();
     MemoryJournal journal;

@@ -61,7 +61,7 @@ const BlockFault kBlockFaults[] = {
 
 } // namespace
 
-TEST_F(NightTest, PlaysThePlanAndSaysWhatArrived)
+TEST_F(NightTest, PlaysThePlanAndReportsWhatArrived)
 {
     const SimulatedNight night = sixPlays();
     SimulatedDesk desk(night.mCases);
@@ -84,7 +84,7 @@ TEST_F(NightTest, PlaysThePlanAndSaysWhatArrived)
     }
 }
 
-TEST_F(NightTest, NoCleanNightFails)
+TEST_F(NightTest, CleanNightsPass)
 {
     for (int round = 0; round < 200; ++round) {
         std::vector<SimulatedCase> cases = {steady()};
@@ -108,7 +108,7 @@ TEST_F(NightTest, NoCleanNightFails)
 }
 
 /** A play that fails is not; around the others there is nothing but the steady signal. */
-TEST_F(NightTest, APlayIsRecordedWithTheSteadySignalAroundIt)
+TEST_F(NightTest, PlayIsRecordedWithTheSteadySignalAroundIt)
 {
     SimulatedNight night = sixPlays();
     night.mBegin.mCases[1].mExpected = {"rms"};
@@ -140,7 +140,7 @@ TEST_F(NightTest, APlayIsRecordedWithTheSteadySignalAroundIt)
     }
 }
 
-TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
+TEST_F(NightTest, FaultFailsItsPlayOnly)
 {
     const SimulatedNight night = sixPlays();
     SimulatedDesk clean(night.mCases);
@@ -194,7 +194,7 @@ TEST_F(NightTest, AFaultFailsThePlayThatItIsInAndNoOther)
 }
 
 /** What fails more than one play, or the night itself. */
-TEST_F(NightTest, OtherFaultsEndAsTheyShould)
+TEST_F(NightTest, OtherFaultsEndAsExpected)
 {
     const SimulatedNight night = sixPlays();
     const struct
@@ -250,7 +250,7 @@ TEST_F(NightTest, OtherFaultsEndAsTheyShould)
 }
 
 /** The next gap begins when the stream is on time again. */
-TEST_F(NightTest, AStallFailsThePlayThatItBeginsIn)
+TEST_F(NightTest, StallFailsThePlayInWhichItBegins)
 {
     const SimulatedNight night = sixPlays();
     constexpr qint64 kSecondNs = 1'000'000'000;
@@ -294,7 +294,7 @@ TEST_F(NightTest, AStallFailsThePlayThatItBeginsIn)
 }
 
 /** A cut in that play does not lose it. */
-TEST_F(NightTest, AStallIsInTheJournalWhileThePlayGoesOn)
+TEST_F(NightTest, StallIsInTheJournalDuringThePlay)
 {
     const SimulatedNight night({steady(), {samples(7200, 7200), 1}}, {1}, 4'000'000'000);
     SimulatedDesk desk(night.mCases);
@@ -312,7 +312,7 @@ TEST_F(NightTest, AStallIsInTheJournalWhileThePlayGoesOn)
 }
 
 /** The time left is that of the signal, however long the program takes to load its files. */
-TEST_F(NightTest, LoadingTakesNoTimeOfThePlay)
+TEST_F(NightTest, LoadingDoesNotCountAsPlaying)
 {
     const SimulatedNight night = sixPlays();
     SimulatedDesk desk(night.mCases);
@@ -331,7 +331,7 @@ TEST_F(NightTest, LoadingTakesNoTimeOfThePlay)
 }
 
 /** Also while the program does not end. */
-TEST_F(NightTest, TheSecondInterruptEndsTheNightAtOnce)
+TEST_F(NightTest, SecondInterruptEndsTheNightAtOnce)
 {
     const SimulatedNight night = sixPlays();
     SimulatedDesk desk(night.mCases);
@@ -346,7 +346,7 @@ TEST_F(NightTest, TheSecondInterruptEndsTheNightAtOnce)
     EXPECT_EQ(verdictsOf(journal), " interrupted");
 }
 
-TEST_F(NightTest, WhatTheSandboxRemarksFailsNoPlay)
+TEST_F(NightTest, RemarksOfTheSandboxFailNoPlay)
 {
     const SimulatedNight night = sixPlays();
     SimulatedDesk desk(night.mCases);
@@ -358,7 +358,7 @@ TEST_F(NightTest, WhatTheSandboxRemarksFailsNoPlay)
     EXPECT_EQ(journal.all<journal::Remark>()[0].mText, "a fault did not happen");
 }
 
-TEST_F(NightTest, UntilFailureGoesOnInRounds)
+TEST_F(NightTest, UntilFailureRepeatsThePlan)
 {
     SimulatedNight night = sixPlays();
     night.mBegin.mUntilFailure = true;
@@ -381,7 +381,7 @@ TEST_F(NightTest, UntilFailureGoesOnInRounds)
     }
 }
 
-TEST_F(NightTest, EightHoursAndAThousandPlaysTakeNoMoreMemory)
+TEST_F(NightTest, LongNightTakesNoMoreMemory)
 {
     SimulatedNight night({steady(), {samples(720, 720), 1}, {samples(400, 400), 2}}, {500, 500},
                          5'000'000'000);

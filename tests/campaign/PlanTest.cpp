@@ -127,7 +127,7 @@ TEST(PlanTest, SourcesOfDifferentSettingsHaveDifferentTexts)
     EXPECT_EQ(texts.size(), std::size(keys));
 }
 
-TEST(PlanTest, WhatIsNotNamedHasADefault)
+TEST(PlanTest, MissingKeysHaveDefaults)
 {
     const Plan plan = parsePlan(caseWith(""), "plans/night.toml");
     EXPECT_EQ(plan.mName, "night");
@@ -138,7 +138,7 @@ TEST(PlanTest, WhatIsNotNamedHasADefault)
     EXPECT_FALSE(plan.mCases[0].mSeconds);
 }
 
-TEST(PlanTest, AMistakeIsReportedWithItsPlace)
+TEST(PlanTest, MistakeIsReportedWithItsPosition)
 {
     const std::string name =
         "expected up to 60 letters, digits, \".\", \"_\" and \"-\", the first a "

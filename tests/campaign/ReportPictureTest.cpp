@@ -92,7 +92,7 @@ protected:
     ExpectedSamples mExpected{mFiles.path("")};
 };
 
-TEST_F(ReportPictureTest, WhatIsExpectedIsKnownAtEveryTimeStamp)
+TEST_F(ReportPictureTest, ExpectedSamplesAreKnownAtEveryTimeStamp)
 {
     struct Row
     {
@@ -133,7 +133,7 @@ TEST_F(ReportPictureTest, WhatIsExpectedIsKnownAtEveryTimeStamp)
     EXPECT_EQ(error, "another play may have been in progress");
 }
 
-TEST_F(ReportPictureTest, WhatArrivedIsDrawnOverWhatWasExpected)
+TEST_F(ReportPictureTest, ArrivedSamplesAreDrawnOverExpectedOnes)
 {
     std::string kept;
     const auto keep = [&kept](qint64 sample, qint32 value) {
@@ -188,7 +188,7 @@ TEST_F(ReportPictureTest, ReportsAreWrittenWithoutPictures)
     EXPECT_NE(readFile(mFiles.path("cases.csv")).find("dip,1,1,failed,"), std::string::npos);
 }
 
-TEST_F(ReportPictureTest, ANightIsGoodOnlyWithTheLastByteOfItsJournal)
+TEST_F(ReportPictureTest, NightIsGoodOnlyWithTheLastByteOfItsJournal)
 {
     const std::string text = journalOf(entries());
     for (size_t cut = 0; cut <= text.size(); ++cut) {
@@ -200,7 +200,7 @@ TEST_F(ReportPictureTest, ANightIsGoodOnlyWithTheLastByteOfItsJournal)
     }
 }
 
-TEST_F(ReportPictureTest, TheCommandEndsWithTheVerdict)
+TEST_F(ReportPictureTest, ExitStatusFollowsTheVerdict)
 {
     std::vector<journal::Entry> good = entries();
     const std::vector<journal::Entry> cut(good.begin(), good.end() - 1);
@@ -229,7 +229,7 @@ TEST_F(ReportPictureTest, TheCommandEndsWithTheVerdict)
     EXPECT_THAT(running.mOutput, testing::StartsWith("Still running after 1 of 1 play\n"));
 }
 
-TEST(ReportSizeTest, ThinnedCurvesStayWhereTheyWere)
+TEST(ReportSizeTest, ThinnedCurvesStayWithinTheTolerance)
 {
     plot::Picture picture;
     picture.mWhole = {{"V", -1.0, 1.0, {{"U", 0, false, {}}}}};

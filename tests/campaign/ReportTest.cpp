@@ -219,7 +219,7 @@ size_t countOf(const std::string& text, const std::string& part)
     return count;
 }
 
-TEST(ReportTest, EveryKindOfNightHasTheSameVerdictEverywhere)
+TEST(ReportTest, AllReportsOfANightHaveTheSameVerdict)
 {
     for (const NightCase& it : nights()) {
         SCOPED_TRACE(it.mName);
@@ -249,7 +249,7 @@ TEST(ReportTest, EveryKindOfNightHasTheSameVerdictEverywhere)
     }
 }
 
-TEST(ReportTest, AnEmptyJournalIsANightThatWasCutOff)
+TEST(ReportTest, EmptyJournalIsACutOffNight)
 {
     const NightSummary night = summarize({});
     EXPECT_EQ(statusOf(night), 1);
@@ -258,7 +258,7 @@ TEST(ReportTest, AnEmptyJournalIsANightThatWasCutOff)
     EXPECT_NE(junitFile(night).find("<error"), std::string::npos);
 }
 
-TEST(ReportTest, NumbersAreThoseOfTheJournal)
+TEST(ReportTest, NumbersMatchTheJournal)
 {
     const NightSummary night = Steps()
                                    .add(journal::ProgramStarted{1})
@@ -290,7 +290,7 @@ TEST(ReportTest, NumbersAreThoseOfTheJournal)
               "0.010000000,0,\n");
 }
 
-TEST(ReportTest, TextsOfFilesAreTextsInEveryReport)
+TEST(ReportTest, TextsAreEscapedInEveryReport)
 {
     const std::string nasty = "\"<script>\" & 'more',\x01\nend";
     const NightSummary night = Steps().begin(0).found(0, nasty).end(0, kFailed).summary();
@@ -323,7 +323,7 @@ TEST(ReportTest, LongNightsStayReadable)
     expectBalanced(page);
 }
 
-TEST(ReportTest, TheBarShowsEveryFailure)
+TEST(ReportTest, BarShowsEveryFailure)
 {
     // Neighbours become one.
     EXPECT_EQ(countOf(nightBar(longNight(2000, false)), "<rect class=\"passed\""), 1U);
@@ -337,7 +337,7 @@ TEST(ReportTest, TheBarShowsEveryFailure)
     EXPECT_EQ(nightBar(summarize({})), "");
 }
 
-TEST(ReportTest, ANightThatWentOnSaysWhenItStoppedAndWhatChanged)
+TEST(ReportTest, ResumedNightReportsItsStopAndWhatChanged)
 {
     const NightSummary night = Steps()
                                    .play(0, kPassed)
@@ -359,7 +359,7 @@ TEST(ReportTest, ANightThatWentOnSaysWhenItStoppedAndWhatChanged)
     EXPECT_EQ(night.mPlays[1].mAttempts, 2);
 }
 
-TEST(ReportTest, WhatWasMeasuredCountsAsWell)
+TEST(ReportTest, MeasuredValuesCountToo)
 {
     NightSummary night =
         Steps().play(0, kPassed).play(1, kPassed).play(2, kPassed).over(kDone).summary();
@@ -387,7 +387,7 @@ TEST(ReportTest, WhatWasMeasuredCountsAsWell)
     expectCount(junit, "error", "errors", 1);
 }
 
-TEST(ReportTest, WhatCannotBeANightIsRefused)
+TEST(ReportTest, RejectsImpossibleNights)
 {
     const std::vector<std::vector<journal::Entry>> wrong = {
         {{0, journal::PlayBegin{0}}},

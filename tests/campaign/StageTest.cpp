@@ -116,7 +116,7 @@ set = { seconds = 0.5 }
 }
 
 /** The very lines that vx-case makes. */
-TEST_F(StageTest, SignalsRecordingsAndStatesAreAsVxCaseMakesThem)
+TEST_F(StageTest, FilesEqualThoseOfVxCase)
 {
     const std::string states = VX_EXAMPLES "/inrush.toml";
     const std::string recording = VX_EXAMPLES "/recordings/inrush.cfg";
@@ -143,7 +143,7 @@ TEST_F(StageTest, SignalsRecordingsAndStatesAreAsVxCaseMakesThem)
     }
 }
 
-TEST_F(StageTest, AMovedPlanMakesTheSameFiles)
+TEST_F(StageTest, MovedPlanMakesTheSameFiles)
 {
     std::set<std::string> hashes;
     for (const std::string folder : {"here", "there"}) {
@@ -159,7 +159,7 @@ TEST_F(StageTest, AMovedPlanMakesTheSameFiles)
     EXPECT_EQ(hashes.size(), 1U);
 }
 
-TEST_F(StageTest, AllMistakesOfAllFilesAreReportedAndNothingIsLeft)
+TEST_F(StageTest, AllMistakesAreReportedAndNothingIsLeft)
 {
     mFiles.make("bad.csv", oneBlock("50") + "1;2\n" + oneBlock("50") + "3\n");
     mFiles.make("empty.csv", "# nothing\n");
@@ -205,7 +205,7 @@ align = true
 }
 
 /** What plays in the gaps as well cannot be told from them, however long it is. */
-TEST_F(StageTest, ACaseLikeTheSteadySignalIsRefused)
+TEST_F(StageTest, RejectsACaseLikeTheSteadySignal)
 {
     const std::string half = oneBlock("50").substr(0, oneBlock("50").size() / 2);
     const std::pair<std::string, bool> rows[] = {
@@ -230,7 +230,7 @@ TEST_F(StageTest, ACaseLikeTheSteadySignalIsRefused)
 }
 
 /** The same plan makes the same stage, wherever it is; so what is there is kept or refused. */
-TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
+TEST_F(StageTest, ExistingStageIsCompletedAndNeverOverwritten)
 {
     mFiles.make("mine.csv", oneBlock("50"));
     const std::string text = "[[case]]\nfile = \"mine.csv\"\n[[case]]\nsignal = \"steady-60hz\"\n";
@@ -259,7 +259,7 @@ TEST_F(StageTest, AStageThatIsThereIsCompletedAndNeverOverwritten)
 }
 
 /** What a user sees; the temporary files of a check go away. */
-TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
+TEST_F(StageTest, CheckPrintsTheTableAndKeepsFilesOnRequest)
 {
     mRunner.writeFile("a.toml",
                       "gap = 1\n[[case]]\nsignal = \"steady-60hz\"\ntimes = 2\n"
@@ -301,7 +301,7 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsWhatIsAskedFor)
 }
 
 /** That is no mistake of the plan. */
-TEST_F(StageTest, AFullDiskIsAFailure)
+TEST_F(StageTest, FullDiskIsAFailure)
 {
     mRunner.writeFile("a.toml", "[[case]]\nsignal = \"steady-60hz\"\n");
     const CommandResult result = mRunner.run(
@@ -311,7 +311,7 @@ TEST_F(StageTest, AFullDiskIsAFailure)
     EXPECT_EQ(mRunner.readFile("night/plan.toml"), "");
 }
 
-TEST_F(StageTest, TheExamplesAreGood)
+TEST_F(StageTest, ExamplesAreGood)
 {
     for (const auto& [name, cases] : {std::pair("night", 10U), std::pair("compliance", 33U)}) {
         const plan::Plan plan = plan::readPlan(std::string(VX_EXAMPLES "/") + name + ".toml");

@@ -33,7 +33,7 @@ run::ArrivedBytes takeAll(run::StreamReader& reader)
     return all;
 }
 
-TEST(StreamReaderTest, WritersGoOnWhileNobodyTakes)
+TEST(StreamReaderTest, WritersContinueWhileNobodyTakes)
 {
     ReaderPipes pipes;
     run::StreamReader reader(std::move(pipes.mEvents.mReadEnd), std::move(pipes.mRecords.mReadEnd));

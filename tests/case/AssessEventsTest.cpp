@@ -66,7 +66,7 @@ TEST(EventMatchingTest, NearestEventsBelongTogether)
 }
 
 /** A dip of the device alone, at 5 s: whether it counts follows from the expected values. */
-TEST(EventMatchingTest, EventsThatNobodyLookedForAreNotAdditional)
+TEST(EventMatchingTest, EventsThatWereNotExpectedToBeMeasuredAreNotAdditional)
 {
     struct Case
     {

@@ -69,7 +69,7 @@ TEST(TimeFormatTest, ReadsWhatDevicesWrite)
 }
 
 /** Each names the place in the map, and what was expected there. */
-TEST(MapTest, SaysWhatIsWrongAndWhere)
+TEST(MapTest, ReportsErrorsWithTheirPosition)
 {
     struct Case
     {
@@ -157,7 +157,7 @@ TEST(MapTest, TablesAreReadAsTheMapSays)
 }
 
 /** Each names file, line and field. */
-TEST(TableTest, SaysWhatIsWrongAndWhere)
+TEST(TableTest, ReportsErrorsWithTheirPosition)
 {
     constexpr char kHeading[] = "utc,quantity,channel,value,unit,origin\n";
     struct Case
@@ -196,7 +196,7 @@ TEST(TableTest, SaysWhatIsWrongAndWhere)
 }
 
 /** Each names the place in the file. */
-TEST(LimitFileTest, SaysWhatIsWrongAndWhere)
+TEST(LimitFileTest, ReportsErrorsWithTheirPosition)
 {
     struct Case
     {

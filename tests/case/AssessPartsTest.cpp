@@ -109,7 +109,7 @@ TEST(MatchingTest, SingleValueIsMatchedWithinTheTolerance)
 }
 
 /** Where a step is, and that nothing else is one. */
-TEST(StepTest, StepsAreToldFromRampsAndModulation)
+TEST(StepTest, StepsAreDistinguishedFromRampsAndModulation)
 {
     struct Case
     {

@@ -256,7 +256,7 @@ TEST(DeviceTest, FaultsAreNamed)
 }
 
 /** What is measured twice, or out of order, is compared once. */
-TEST(DeviceTest, TimesAreHeldAgainstEachOther)
+TEST(DeviceTest, ValuesAreMatchedByTheirTimes)
 {
     ValueTable measured = expectedTable();
     auto& samples = measured.series({"rms-half", "UB"}).mSamples;
@@ -277,7 +277,7 @@ TEST(DeviceTest, TimesAreHeldAgainstEachOther)
 }
 
 /** Nothing that could not be compared is good. */
-TEST(DeviceTest, WhatWasNotObservedIsNotGood)
+TEST(DeviceTest, UnobservedValuesAreNotGood)
 {
     const ValueTable good = expectedTable();
     const auto noPhasors = without(good, "phasor", [](qint64) { return true; });

@@ -139,7 +139,7 @@ TEST(VerdictTest, NoWindowWithAnEventIsJudged)
 }
 
 /** A device may be off by just one period, however many digits the durations have. */
-TEST(VerdictTest, AnErrorThatEqualsItsLimitIsWithin)
+TEST(VerdictTest, ErrorEqualToItsLimitIsWithin)
 {
     const auto tableWith = [](double seconds) {
         ValueTable table;
@@ -169,7 +169,7 @@ TEST(VerdictTest, AnErrorThatEqualsItsLimitIsWithin)
 }
 
 /** A value is for the time before it, of which no part may lie in an event: here one up to 1 s. */
-TEST(VerdictTest, IntervalsOfValues)
+TEST(VerdictTest, ValuesCountForTheirIntervals)
 {
     for (const auto& [quantity, seconds] : {std::pair("rms", 0.2),
                                             {"harmonic-5-3s", 3.0},
@@ -192,7 +192,7 @@ TEST(VerdictTest, IntervalsOfValues)
 }
 
 /** Limits in percent of a nominal voltage that the signal does not have say nothing. */
-TEST(VerdictTest, AWrongNominalVoltageIsTold)
+TEST(VerdictTest, WrongNominalVoltageIsReported)
 {
     struct Case
     {

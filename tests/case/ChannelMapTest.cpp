@@ -79,7 +79,7 @@ TEST(ChannelMapTest, KnowsPhases)
 }
 
 /** By their names, whatever a phase field says, at any point of the name. */
-TEST(ChannelMapTest, VoltagesBetweenPhasesAreNoPhaseVoltages)
+TEST(ChannelMapTest, VoltagesBetweenPhasesAreNotPhaseVoltages)
 {
     for (const char* const name : {"VA-VB", "UL1-UL2", "Va-b", "UAB", "VAB BUS 1", "U12", "UL1L2",
                                    "VA/VB", "Vb - Vc", "V_CA", "VR-VY", "U1-U2", "U3-1", "UL31"}) {
@@ -223,7 +223,7 @@ TEST(ChannelMapTest, CandidatesAreNamed)
 }
 
 /** What was decided between two channels of one phase is said, unless the user decided. */
-TEST(ChannelMapTest, ChannelsPassedOverAreNamed)
+TEST(ChannelMapTest, SkippedChannelsAreNamed)
 {
     const std::tuple<std::vector<waveform::ChannelDescription>, const char*, std::string> rows[] = {
         {{channel("UA", "A", "V"), channel("UB", "A", "V"), channel("UC", "A", "V")},
@@ -252,7 +252,7 @@ TEST(ChannelMapTest, ChannelsPassedOverAreNamed)
     }
 }
 
-TEST(ChannelMapTest, DoesWhatIsAsked)
+TEST(ChannelMapTest, AppliesTheOptionsOfTheUser)
 {
     waveform::SignalDescription recording =
         recordingOf({channel("IA", "A", "A"), channel("IB", "B", "mA"), channel("UA", "A", "kV"),
@@ -294,7 +294,7 @@ TEST(ChannelMapTest, DoesWhatIsAsked)
 }
 
 /** Values of the side that is asked for; a ratio that is not known is told, and changes nothing. */
-TEST(ChannelMapTest, ValuesAreThoseOfTheSide)
+TEST(ChannelMapTest, ValuesAreOfTheRequestedSide)
 {
     using Side = importing::TransformerSide;
     const struct

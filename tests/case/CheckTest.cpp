@@ -91,7 +91,7 @@ TEST_F(CheckTest, FindsAllErrorsInOneRun)
     EXPECT_EQ(errors.back(), "worse: and 2480 more such lines, 2500 in all");
 }
 
-TEST_F(CheckTest, WarnsOfWhatPlaysButHardlyAsMeant)
+TEST_F(CheckTest, WarnsOfProbableMistakes)
 {
     makeWave("whole", 360);
     makeWave("part", 90);
@@ -114,7 +114,7 @@ TEST_F(CheckTest, WarnsOfWhatPlaysButHardlyAsMeant)
                             "long: plays for 10.0 s, and a command waits until its end"));
 }
 
-TEST_F(CheckTest, TellsWhatIsPlayed)
+TEST_F(CheckTest, ReportsWhatIsPlayed)
 {
     makeWave("a", 720, [](int sample) { return sample < 360 ? 50 : 60; });
     makeWave("b", 360);
@@ -136,7 +136,7 @@ TEST_F(CheckTest, TellsWhatIsPlayed)
 }
 
 /** A seam is where one file follows another, and where a file follows itself. */
-TEST_F(CheckTest, JumpsAreLookedForWhereTheyArePlayed)
+TEST_F(CheckTest, JumpsAreFoundWhereTheyArePlayed)
 {
     makeWave("part", 90);
     makeWave("whole", 360);

@@ -79,7 +79,7 @@ TEST_F(CommandTest, HelpShowsExamplesThatWork)
     EXPECT_THAT(mRunner.readFile("run.svg"), HasSubstr("set terminal svg"));
 }
 
-TEST_F(CommandTest, WrongCommandLinesEndWithTwo)
+TEST_F(CommandTest, WrongCommandLinesEndWithStatusTwo)
 {
     for (const auto& [arguments, error] : std::vector<std::pair<std::string, std::string>>{
              {"", "A subcommand is required"},
@@ -98,7 +98,7 @@ TEST_F(CommandTest, WrongCommandLinesEndWithTwo)
 }
 
 /** Explains to people and to programs, onto standard output and into a file. */
-TEST_F(CommandTest, ExplainTellsWhatWasPlayed)
+TEST_F(CommandTest, ExplainReportsWhatWasPlayed)
 {
     record();
     const std::string arguments = "explain r.bin --config vx-simulator.conf --events e.jsonl";
@@ -142,7 +142,7 @@ TEST_F(CommandTest, ExplainTellsWhatWasPlayed)
                                       nlohmann::json{"missing", first + 720, 360}));
 }
 
-TEST_F(CommandTest, CheckLooksWhereItIsTold)
+TEST_F(CommandTest, CheckLooksInTheGivenDirectory)
 {
     const std::string directory = mRunner.path("cases");
     mRunner.run({"mkdir", directory});
@@ -171,7 +171,7 @@ TEST_F(CommandTest, CheckLooksWhereItIsTold)
  * Each mistake alone: the check says of it what the simulator says. Where a rejected line would let
  * that one wait for ever, a number 0 that is missing ends it.
  */
-TEST_F(CommandTest, CheckSpeaksAsTheSimulator)
+TEST_F(CommandTest, CheckUsesTheMessagesOfTheSimulator)
 {
     const std::string good = valueLine("7", "50");
     const struct
@@ -207,7 +207,7 @@ TEST_F(CommandTest, CheckSpeaksAsTheSimulator)
 }
 
 /** What a program wants to know of each kind of file. */
-TEST_F(CommandTest, InfoTellsOfEveryKind)
+TEST_F(CommandTest, InfoDescribesEveryKindOfFile)
 {
     record();
     ASSERT_EQ(vxCase("export event.csv -o fault.cff").mExitCode, 0);

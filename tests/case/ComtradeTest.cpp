@@ -86,7 +86,7 @@ struct Row
 } // namespace
 
 /** What real files do: each oddity is read, and said where it matters. */
-TEST(ComtradeTest, OddRecordings)
+TEST(ComtradeTest, ReadsOddRecordings)
 {
     const std::string plain = "2 3 -2 @ 0 1 2 | ";
     const std::string held =
@@ -322,7 +322,7 @@ TEST(ComtradeTest, OddRecordings)
 }
 
 /** In every kind of data and revision; two status words, so that offsets in a record matter. */
-TEST(ComtradeTest, AllKindsHoldTheSameNumbers)
+TEST(ComtradeTest, AllKindsOfDataHaveTheSameNumbers)
 {
     std::mt19937 random = seededRandom();
     const TestFiles files;
@@ -361,7 +361,7 @@ TEST(ComtradeTest, AllKindsHoldTheSameNumbers)
 }
 
 /** Either file may be named, in any case; a single file holds both, its data counted in bytes. */
-TEST(ComtradeTest, FilesOfARecording)
+TEST(ComtradeTest, FindsTheFilesOfARecording)
 {
     const std::string expected = "2 3 -2 @ 0 1 2 | ";
     const TestFiles files;

@@ -203,7 +203,7 @@ class ExamplesTest : public SandboxedTest
 };
 
 /** Each is what its file says, to the last count, and reaches the driver as it is. */
-TEST_F(ExamplesTest, AreWhatTheySayAndArePlayed)
+TEST_F(ExamplesTest, MatchTheirDescriptionAndArePlayed)
 {
     std::string configuration;
     for (const Example& example : kExamples) {

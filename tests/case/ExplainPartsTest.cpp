@@ -6,7 +6,7 @@
 #include "explain/Hypothesis.h"
 
 /** At the third end of a case, and not before it has waited longer than the longest one. */
-TEST(CommandLedgerTest, GivesUpWhatWaitsTooLong)
+TEST(CommandLedgerTest, GivesUpOverdueCommands)
 {
     constexpr qint64 kLongestNs = 1'000;
     constexpr qint64 kLateNs = kLongestNs + explain::kWaitToleranceNs + 1;

@@ -36,7 +36,7 @@ protected:
 } // namespace
 
 /** Samples count from 1; what is whole says nothing of its ends. */
-TEST_F(ExplanationOutputTest, TellsWhereASegmentIsCut)
+TEST_F(ExplanationOutputTest, ReportsWhereASegmentIsCut)
 {
     const struct
     {
@@ -64,7 +64,7 @@ TEST_F(ExplanationOutputTest, TellsWhereASegmentIsCut)
     }
 }
 
-TEST_F(ExplanationOutputTest, TellsWhatBecameOfACommand)
+TEST_F(ExplanationOutputTest, ReportsTheResultOfACommand)
 {
     const std::string json = "{\"kind\":\"command\",\"text\":\"s2\",\"arrivalNs\":";
     const std::string stamp = std::to_string(kStampNs);

@@ -228,7 +228,7 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
 }
 
 /** A recording of something else costs no more time, and is told as such. */
-TEST_F(ExplanationTest, WhatIsInNoFileIsCounted)
+TEST_F(ExplanationTest, ForeignSamplesAreCounted)
 {
     play("a400.csv");
     while (mRecords.size() < 60'000) {
@@ -258,7 +258,7 @@ TEST_F(ExplanationTest, EveryConfigurationThatFitsIsNamed)
 }
 
 /** Where a pass began may show only behind it. */
-TEST_F(ExplanationTest, WhatBeginsAsAnotherIsToldAsItWas)
+TEST_F(ExplanationTest, CasesWithEqualBeginningsAreDistinguished)
 {
     makeFile("like-a.csv", {10'301, 50'002, 50'003}); // as a400 goes on behind a300
     play("a400.csv");
@@ -317,7 +317,7 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
 }
 
 /** What the events tell of the end counts, whatever the samples are. */
-TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
+TEST_F(ExplanationTest, EndOfTheRunIsJudged)
 {
     constexpr qint64 kRunNs = 1'000'000'000;
     const std::string over = R"("run":"ended","reason":"time")";
@@ -409,7 +409,7 @@ TEST_F(ExplanationTest, TheEndOfTheRunIsJudged)
 }
 
 /** A pipe is judged as it comes, and what is being written as far as it is there. */
-TEST_F(ExplanationTest, WhatIsStillWrittenIsJudgedAsFarAsItIsThere)
+TEST_F(ExplanationTest, UnfinishedRecordingIsJudgedUpToItsEnd)
 {
     play("c720.csv");
     for (int i = 0; i < 15; ++i) {

@@ -44,7 +44,7 @@ protected:
 };
 
 /** What is written reads back as the same counts at the same times, a change of rate included. */
-TEST_F(ExportTest, ReadsBackAsTheSame)
+TEST_F(ExportTest, ReadsBackIdentically)
 {
     constexpr size_t kLines = 800;
     mRunner.writeFile("in.csv", valueFile(kLines));
@@ -109,7 +109,7 @@ TEST_F(ExportTest, WritesTextWithUnits)
 }
 
 /** The bytes by the standard, since our own reader would bend as our writer does. */
-TEST_F(ExportTest, WritesWhatTheStandardAsksFor)
+TEST_F(ExportTest, WritesWhatTheStandardRequires)
 {
     const std::string extremes = ";;0;0;49.975;2147483647;-2147483648;-1;1;0;0;0;0\n";
     mRunner.writeFile("in.csv", extremes + extremes + extremes);
@@ -183,7 +183,7 @@ TEST(ExportedSignalTest, PartBeginsAndEndsOnItsSamples)
 
 /** A recording of the driver has its frequency from its steps, and each run of equal ones a rate.
  */
-TEST(ExportedSignalTest, RatesAreThoseOfTheStamps)
+TEST(ExportedSignalTest, RatesMatchTheTimeStamps)
 {
     const CommandRunner runner;
     const struct

@@ -160,7 +160,7 @@ TEST_F(FlickerTest, ASecondHasTheLargestOfAllLevels)
 }
 
 /** Percentiles of levels that rise evenly to 1, and the severities of two hours. */
-TEST_F(FlickerTest, SeveritiesAreInClosedForm)
+TEST_F(FlickerTest, SeveritiesMatchTheClosedForm)
 {
     constexpr qint64 kTicks = 60'000;
     constexpr double kEvenlySpread = 0.0314 * 0.999 + 0.0525 * (1.0 - 0.032 / 3.0) +

@@ -57,7 +57,7 @@ TEST(SignalTableTest, CatalogueStaysWithinItsLimits)
 }
 
 /** Computed by hand from the table's row. */
-TEST(ReferenceValuesTest, AreThoseOfTheDescription)
+TEST(ReferenceValuesTest, MatchTheDescription)
 {
     using Values = generate::ReferenceValues;
     struct Case
@@ -103,7 +103,7 @@ TEST(ReferenceValuesTest, AreThoseOfTheDescription)
 }
 
 /** A dip of two phases, one inside the other in time; thresholds are crossed, not touched. */
-TEST(SampleMeterTest, FindsEventsAsTheStandardDoes)
+TEST(SampleMeterTest, FindsEventsByTheStandard)
 {
     generate::WaveParameters parameters;
     parameters.mDuration = 2.0;
@@ -197,7 +197,7 @@ TEST_F(GenerateTest, WritesTheWave)
 }
 
 /** What the JSON says of a signal that is not as its row in the table. */
-TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
+TEST_F(GenerateTest, TruthHoldsForAChangedSignal)
 {
     struct Case
     {
@@ -244,7 +244,7 @@ TEST_F(GenerateTest, TruthHoldsForASignalThatIsChanged)
     }
 }
 
-TEST_F(GenerateTest, SaysWhatIsWrong)
+TEST_F(GenerateTest, ReportsErrors)
 {
     struct Case
     {
@@ -334,7 +334,7 @@ TEST_F(GenerateTest, NeutralIsTheSumOfThePhases)
 }
 
 /** The program takes all of it, and its time stamps are those that the truth tells. */
-TEST_F(GenerateTest, CatalogueIsWhatTheProgramLoads)
+TEST_F(GenerateTest, ProgramLoadsTheCatalogue)
 {
     const std::string directory = mRunner.path("some signals");
     const Words command{VX_CASE, "catalogue", directory, "frequency-step-up", "flicker-1620"};

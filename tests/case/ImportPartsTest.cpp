@@ -24,7 +24,7 @@ importing::ChannelMap voltagesAndCurrents()
 } // namespace
 
 /** Rounds to the nearest count, and what does not fit to the limit. */
-TEST(CountLimiterTest, RoundsWhatFits)
+TEST(CountLimiterTest, RoundsAndLimitsCounts)
 {
     importing::CountLimiter limiter;
     const auto values = limiter.round(
@@ -87,7 +87,7 @@ waveform::StatusChannel status(int number, const char* name, std::vector<double>
 } // namespace
 
 /** In the order of their first changes in the range; its ends belong to it. */
-TEST(ImportRemarksTest, NameTheStatusChannelsThatChange)
+TEST(ImportRemarksTest, NameChangingStatusChannels)
 {
     waveform::SignalDescription description;
     description.mStatusChannels = {
@@ -121,7 +121,7 @@ TEST(ImportRemarksTest, NameTheStatusChannelsThatChange)
 }
 
 /** By more than a count and more than a hundredth. */
-TEST(ImportRemarksTest, TellPeaksThatDiffer)
+TEST(ImportRemarksTest, ReportDifferingPeaks)
 {
     importing::ImportReport report;
     report.mChannels[0] = {"A", "V", 1000.0, 0.0, 100.0, 101.1};

@@ -8,7 +8,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
-TEST(ImportReportTest, ReportsWhatItDid)
+TEST(ImportReportTest, ReportsWhatWasDone)
 {
     importing::ImportOptions options;
     const Imported imported = import({}, 0.1, options);
@@ -91,7 +91,7 @@ TEST(ImportReportTest, EqualPhasesAreFollowedByTheFirst)
 }
 
 /** Where fewer than four samples are a period, whatever the format. */
-TEST(ImportReportTest, WhatShowsNoWaveformIsRefused)
+TEST(ImportReportTest, RejectsRecordingsWithoutAWaveform)
 {
     const TestFiles files;
     for (const auto& [rate, isGood] : {std::pair{200.0, true}, {190.0, false}, {5.0, false}}) {

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 /** Each line says where in the recording it was taken, and holds what was there. */
-TEST(ImportTest, LinesCanBeFoundAgain)
+TEST(ImportTest, LinesNameTheirTimeInTheRecording)
 {
     const ClosedForm signal;
     for (const importing::LineTiming timing :
@@ -39,7 +39,7 @@ TEST(ImportTest, LinesCanBeFoundAgain)
 }
 
 /** Sums of channels at any rate, from any part of the recording, in each way of timing. */
-TEST(ImportTest, AnyMappingHoldsWhatWasRecorded)
+TEST(ImportTest, AnyMappingKeepsTheRecordedValues)
 {
     std::mt19937 random = seededRandom();
     const auto number = [&random](double min, double max) {
@@ -129,7 +129,7 @@ TEST(ImportTest, LoopHasNoSeam)
 }
 
 /** What is sagged stays so: its last period goes on, and the one in front is the first. */
-TEST(ImportTest, AfterGoesOnAsTheRecordingEnds)
+TEST(ImportTest, AfterContinuesTheLastPeriod)
 {
     for (const importing::LineTiming timing :
          {importing::LineTiming::Phase, importing::LineTiming::Nominal}) {
@@ -153,7 +153,7 @@ TEST(ImportTest, AfterGoesOnAsTheRecordingEnds)
 }
 
 /** Of a period that is repeated although the one beside it differs. */
-TEST(ImportTest, WhatIsNotSteadyIsReported)
+TEST(ImportTest, UnsteadyPeriodsAreReported)
 {
     const std::tuple<double, double, bool, const char*> rows[] = {
         {0.02, 0.5, false,
@@ -191,7 +191,7 @@ TEST(ImportTest, WhatIsNotSteadyIsReported)
     }
 }
 
-TEST(ImportTest, NothingWraps)
+TEST(ImportTest, CountsDoNotWrap)
 {
     importing::ImportOptions options;
     options.mMapping.mCountsPerVolt = 2e6;
@@ -218,7 +218,7 @@ TEST(ImportTest, NothingWraps)
 }
 
 /** From a recording to a configuration, as its user does it. */
-TEST(ImportTest, CommandMakesWhatCanBePlayed)
+TEST(ImportTest, CommandMakesAPlayableFile)
 {
     const TestFiles files;
     std::string data;

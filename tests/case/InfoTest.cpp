@@ -15,7 +15,7 @@
 using testing::HasSubstr;
 
 /** Separator, decimal sign and units are found out. */
-TEST(InputTest, TextFilesWithAHeading)
+TEST(InputTest, ReadsTextFilesWithAHeading)
 {
     struct Row
     {
@@ -52,7 +52,7 @@ TEST(InputTest, TextFilesWithAHeading)
 }
 
 /** Any separator, decimal sign, line end and number of decimals; the numbers are the same. */
-TEST(InputTest, TextFilesOfAnyForm)
+TEST(InputTest, ReadsTextFilesOfAnyForm)
 {
     std::mt19937 random = seededRandom();
     const TestFiles files;
@@ -165,7 +165,7 @@ TEST(InputTest, TimeColumnIsFound)
 }
 
 /** What is refused says for each kind why. */
-TEST(InputTest, WhatAFileIsIsFoundByItsContent)
+TEST(InputTest, KindOfFileIsFoundByItsContent)
 {
     const TestFiles files;
     const auto formatOf = [&](const std::string& name, const std::string& bytes) {
@@ -289,7 +289,7 @@ TEST(MeasuresTest, ChangeOfTheRateDoesNotMislead)
     EXPECT_NEAR(measures.frequency().mHertz, 50.13, 1e-4);
 }
 
-TEST(InfoTest, TellsWhatIsInAFile)
+TEST(InfoTest, DescribesAFile)
 {
     const TestFiles files;
     CommandRunner runner;
@@ -305,7 +305,7 @@ TEST(InfoTest, TellsWhatIsInAFile)
 }
 
 /** Eight changes of a status channel in text, all in JSON; a ratio where there is one. */
-TEST(InfoTest, TellsOfRatiosAndStates)
+TEST(InfoTest, ReportsRatiosAndStates)
 {
     const TestFiles files;
     const CommandRunner runner;

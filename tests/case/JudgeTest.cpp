@@ -345,7 +345,7 @@ TEST_F(JudgeTest, PlayIsGoodFromAnywhereAndDamageIsBad)
 }
 
 /** What is appended after the end was reached comes, too, by its time; half a line does not. */
-TEST_F(JudgeTest, EventsAreReadOnAsTheyAreWritten)
+TEST_F(JudgeTest, EventsAreReadWhileTheyAreWritten)
 {
     const std::string path = mFiles.make("e.jsonl", "").toStdString();
     explain::EventFiles events({path});

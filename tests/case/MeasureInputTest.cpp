@@ -53,7 +53,7 @@ protected:
     CommandRunner mRunner;
 };
 
-TEST_F(MeasureInputTest, RemarksOnWhatIsProbablyNotMeant)
+TEST_F(MeasureInputTest, RemarksOnProbableMistakes)
 {
     struct Case
     {
@@ -91,7 +91,7 @@ TEST_F(MeasureInputTest, RemarksOnWhatIsProbablyNotMeant)
 }
 
 /** Windows of 10 periods at 50 Hz and of 12 at 60 Hz last 0.2 s. */
-TEST_F(MeasureInputTest, ATextFileIsMeasuredAtTheFrequencyOfItsSamples)
+TEST_F(MeasureInputTest, TextFileIsMeasuredAtTheFrequencyOfItsSamples)
 {
     struct Case
     {
@@ -126,7 +126,7 @@ TEST_F(MeasureInputTest, HugeValuesAreLeftOut)
 
 /** The lines keep to the fundamental after a dip of some phases as well: nothing is lost at the
  * end. */
-TEST_F(MeasureInputTest, HalfPeriodsGoOnToTheEndAfterAnUnbalancedDip)
+TEST_F(MeasureInputTest, HalfPeriodsContinueAfterAnUnbalancedDip)
 {
     for (const char* const signal : {"dip-40-10-50hz-1phase", "dip-40-10-50hz-2phases",
                                      "swell-140-50hz-2phases-at90", "dip-40-10-50hz"}) {
@@ -139,7 +139,7 @@ TEST_F(MeasureInputTest, HalfPeriodsGoOnToTheEndAfterAnUnbalancedDip)
     }
 }
 
-TEST_F(MeasureInputTest, ADriversUtcIsNotReplacedWithoutAWord)
+TEST_F(MeasureInputTest, ReplacingTheUtcOfTheDriverIsReported)
 {
     std::string records;
     for (quint32 i = 0; i < 720; ++i) {

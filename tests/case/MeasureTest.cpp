@@ -166,7 +166,7 @@ TEST(MeasureTest, AgreesWithTheClosedForm)
 }
 
 /** Half-period values are right up to the period before a fault and from the one after it. */
-TEST(MeasureTest, AFaultLeavesTheValuesAroundItAlone)
+TEST(MeasureTest, FaultDoesNotChangeTheValuesAroundIt)
 {
     for (const double hz : {playedHz(50.0), 49.93}) {
         const Content content{hz, 0.0, 0.0, false, 0.5, 0.8};
@@ -219,7 +219,7 @@ TEST(MeasureTest, AggregatesFromFullTenMinutesOfUtc)
 }
 
 /** Whether the 49th harmonic is in the band or not: thd has what the rows of harmonics have. */
-TEST(MeasureTest, ThdIsOfTheHarmonicsThatHaveRows)
+TEST(MeasureTest, ThdCoversTheHarmonicsWithRows)
 {
     for (const double lastOrder : {49.15, 49.05}) {
         const MeasuredRows found = measured({playedHz(50.0)}, 50.0, 0.3, {"thd", "harmonics"}, 0,
@@ -272,7 +272,7 @@ TEST(MeasureTest, AggregatesTheValuesOfWindows)
 }
 
 /** A percentage is that of the windows that have it, a power factor that of averaged powers. */
-TEST(MeasureTest, AggregatesWhatSomeWindowsDoNotHave)
+TEST(MeasureTest, AggregatesQuantitiesThatSomeWindowsLack)
 {
     measure::WindowMeans means;
     const auto add = [&means](Channel channel, double active, double apparent) {
@@ -305,7 +305,7 @@ TEST(MeasureTest, AggregatesWhatSomeWindowsDoNotHave)
     EXPECT_EQ(next.mRows.mRows[0].mValue, 3.0);
 }
 
-TEST(MeasureTest, EachNameLeadsBackToItsRow)
+TEST(MeasureTest, EveryNameIdentifiesItsRow)
 {
     size_t count = 0;
     for (const measure::Quantity& quantity : measure::quantities()) {
@@ -390,7 +390,7 @@ TEST_F(MeasureCommandTest, ClosedFormOfThdEndsWithOrder50)
 }
 
 /** In an interruption there are 3 counts, whose percentages are those of their rounding. */
-TEST_F(MeasureCommandTest, NothingHasNoPercentages)
+TEST_F(MeasureCommandTest, NegligibleFundamentalHasNoPercentages)
 {
     ASSERT_EQ(run("generate --disturbance 0.2:0.8:0.00001:0:0,1,2,4,5,6 -o s.csv").mExitCode, 0);
     const CommandResult result =
@@ -404,7 +404,7 @@ TEST_F(MeasureCommandTest, NothingHasNoPercentages)
     }
 }
 
-TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
+TEST_F(MeasureCommandTest, ReportsErrorsOfOptions)
 {
     ASSERT_EQ(run("generate --duration 0.1 --truth t.json -o s.csv").mExitCode, 0);
     ASSERT_EQ(run("generate --duration 0.1 --amplitudes 300000,325269,325269,0,7071,7071,7071,0 "
@@ -439,7 +439,7 @@ TEST_F(MeasureCommandTest, SaysWhatIsWrongWithAnOption)
 }
 
 /** A wide table and JSON hold the values of the long one. */
-TEST_F(MeasureCommandTest, TablesHoldTheSameValues)
+TEST_F(MeasureCommandTest, AllTablesHaveTheSameValues)
 {
     ASSERT_EQ(run("generate --duration 0.5 -o s.csv").mExitCode, 0);
     const std::string command = "measure s.csv --begin 2026-01-01T00:00:00Z --quantities unbalance";
@@ -453,7 +453,7 @@ TEST_F(MeasureCommandTest, TablesHoldTheSameValues)
 }
 
 /** A recording at its own rate is measured like the value file that it was exported from. */
-TEST_F(MeasureCommandTest, MeasuresARecordingOfOthers)
+TEST_F(MeasureCommandTest, MeasuresRecordingsOfOtherDevices)
 {
     mRunner.writeFile("r.csv", [] {
         const Content content{49.97};
@@ -480,7 +480,7 @@ TEST_F(MeasureCommandTest, MeasuresARecordingOfOthers)
 }
 
 /** A table that is empty, or not true in a part, is not written without a word. */
-TEST_F(MeasureCommandTest, SaysWhatTheSignalDoesNotHave)
+TEST_F(MeasureCommandTest, ReportsQuantitiesWithoutRows)
 {
     ASSERT_EQ(run("generate --signal steady-50hz -o period.csv").mExitCode, 0);
     const CommandResult period = run("measure period.csv --quantities rms-half,rms,flicker");

@@ -73,7 +73,7 @@ protected:
     CommandRunner mRunner;
 };
 
-TEST_F(OutputTest, NoLostByteGoesUnnoticed)
+TEST_F(OutputTest, LostBytesAreReported)
 {
     for (const char* const arguments :
          {"--help", "--version", "generate --list", "generate --duration 0.02", "check c.conf",
@@ -93,7 +93,7 @@ TEST_F(OutputTest, NoLostByteGoesUnnoticed)
 }
 
 /** As any command whose reader has seen enough, whether or not its parent ignores the signal. */
-TEST_F(OutputTest, AClosedPipeEndsQuietly)
+TEST_F(OutputTest, ClosedPipeEndsQuietly)
 {
     for (const char* const before : {"", "trap '' PIPE; "}) {
         const CommandResult result =
@@ -103,7 +103,7 @@ TEST_F(OutputTest, AClosedPipeEndsQuietly)
     }
 }
 
-TEST_F(OutputTest, NoCommandOverwritesWhatItReads)
+TEST_F(OutputTest, NoCommandOverwritesItsInput)
 {
     mRunner.writeFile("e.jsonl", "");
     mRunner.writeFile("there.csv", "an older result\n");
@@ -158,7 +158,7 @@ TEST_F(OutputTest, NoCommandOverwritesWhatItReads)
 }
 
 /** Results whose names the user did not type replace nothing but themselves. */
-TEST_F(OutputTest, ResultsBesideTheNamedOneReplaceNothing)
+TEST_F(OutputTest, AdditionalResultsReplaceNothing)
 {
     ASSERT_EQ(shell("mkdir own values same && echo mine > own/vx-simulator.conf && "
                     "echo mine > values/dip-0-one-50hz.json && echo mine > u.dat && "
@@ -190,7 +190,7 @@ TEST_F(OutputTest, ResultsBesideTheNamedOneReplaceNothing)
 }
 
 /** What cannot stand in a line of a case configuration is refused; what breaks a comment, too. */
-TEST_F(OutputTest, ConfigurationsOfImportsHoldTheirNames)
+TEST_F(OutputTest, ConfigurationsOfImportsHaveValidNames)
 {
     ASSERT_EQ(shell("vx-case export v.csv -o 'a\nb.cfg'").mExitCode, 0);
     for (const char* const name : {"n,1.csv", "n#1.csv", "n\n1.csv", "n\t1.csv", "n  1.csv"}) {

@@ -336,7 +336,7 @@ TEST_F(PhasorTest, FramesNeedAWholeWindow)
 }
 
 /** A voltage of nothing has a magnitude, but neither angle nor frequency. */
-TEST_F(PhasorTest, NothingHasNoAngle)
+TEST_F(PhasorTest, ZeroHasNoAngle)
 {
     measure::PhasorMeter meter({kFullSecondNs, kPhasorVolts, kAmperes, 50.0}, PhasorClass::M, 25);
     const MeasuredRows rows = runMeter(meter, timesOf(18'000, 1.0), [](size_t channel, double t) {

@@ -191,7 +191,7 @@ TEST(LabelTextTest, CountsAndShortensLetters)
     EXPECT_EQ(plot::shortened("U_{L1}", 3), "U_{L1}");
     EXPECT_EQ(plot::letterCount("a_b"), 3);
     EXPECT_EQ(plot::withoutIndex("U_{L1}"), "U_L1");
-    EXPECT_THAT(plot::brokenIntoLines("one; two; a longer part; end", 10),
+    EXPECT_THAT(plot::wrappedIntoLines("one; two; a longer part; end", 10),
                 testing::ElementsAre("one; two;", "a lo…part;", "end"));
 }
 

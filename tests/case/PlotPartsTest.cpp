@@ -82,11 +82,11 @@ TEST(LabelTextTest, IsShortenedInTheMiddle)
     EXPECT_EQ(plot::shortened("abcdefgh", 3), "a…h");
     EXPECT_EQ(plot::shortened("ÄÖÜäöü", 5), "ÄÖ…öü");
     EXPECT_EQ(plot::shortened("Voltage_{L1}", 8), "Vol…e_L1");
-    EXPECT_EQ(fmt::format("{}", fmt::join(plot::brokenIntoLines("ab; cd; ef", 7), "|")),
+    EXPECT_EQ(fmt::format("{}", fmt::join(plot::wrappedIntoLines("ab; cd; ef", 7), "|")),
               "ab; cd;|ef");
-    EXPECT_EQ(fmt::format("{}", fmt::join(plot::brokenIntoLines("ab; cd; ef", 6), "|")),
+    EXPECT_EQ(fmt::format("{}", fmt::join(plot::wrappedIntoLines("ab; cd; ef", 6), "|")),
               "ab;|cd;|ef");
-    EXPECT_EQ(fmt::format("{}", fmt::join(plot::brokenIntoLines("abcdefgh;x", 7), "|")),
+    EXPECT_EQ(fmt::format("{}", fmt::join(plot::wrappedIntoLines("abcdefgh;x", 7), "|")),
               "ab…fgh;|x");
 }
 
@@ -117,7 +117,7 @@ TEST(BarLayoutTest, CommandsWithoutRoomKeepTheirArrows)
 }
 
 /** What is played without a gap is one part; times count from the first stamp. */
-TEST(PlayedBarTest, JoinsWhatIsTheSame)
+TEST(PlayedBarTest, JoinsEqualParts)
 {
     plot::PlayedBar bar(5'000'000'000);
     const auto add = [&bar](const char* file, std::vector<int> numbers, qint64 from, qint64 to) {

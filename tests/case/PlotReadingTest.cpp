@@ -105,7 +105,7 @@ TEST_F(PictureReaderTest, KeepsTheWindowsOfBoth)
     }
 }
 
-TEST_F(PictureReaderTest, ShowsWhatIsAskedFor)
+TEST_F(PictureReaderTest, ShowsTheRequestedTime)
 {
     read({}, {}, {2.0, {}, {}});
     EXPECT_EQ(shown()[0].mTitle, "around 2 s");
@@ -136,14 +136,14 @@ TEST_F(PictureReaderTest, FindsTheDifference)
     EXPECT_EQ(mDifference->curve(0, 0).front().mX, 0.5);
 }
 
-TEST_F(PictureReaderTest, ComparesNothingAtOtherInstants)
+TEST_F(PictureReaderTest, ComparesOnlyEqualInstants)
 {
     read({}, {0, 5000, 100, 0.0, 0.0001});
     EXPECT_FALSE(mDifference->isKnown());
 }
 
 /** What is made coarser later is what would have been made so from the beginning. */
-TEST(EnvelopeTest, LimitsAsIfItHadBeenCoarse)
+TEST(EnvelopeTest, LimitedEnvelopeEqualsACoarseOne)
 {
     for (const int count : {1, 9, 10, 39, 40, 41, 999}) {
         plot::Envelope fine(1, 100);

@@ -117,7 +117,7 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
 }
 
 /** As an import takes them by itself, or as its --channels said. */
-TEST(DrawnChannelsTest, StandsInTheOrderOfThePhases)
+TEST(DrawnChannelsTest, AreInTheOrderOfThePhases)
 {
     waveform::SignalDescription description;
     for (const char* const name : {"UN", "1UB", "2UA", "1UA", "1UC", "2UB", "2UC"}) {
@@ -168,7 +168,7 @@ TEST(ChangeDetectorTest, KeepsTheHighestScores)
 }
 
 /** A window that is opened late has what came before; what is forgotten is gone. */
-TEST(WaveformWindowsTest, KeepsWhatIsAskedForLater)
+TEST(WaveformWindowsTest, KeepsTimesThatAreRequestedLater)
 {
     plot::WaveformWindows windows(1);
     const auto add = [&](double begin) {
@@ -196,7 +196,7 @@ TEST(WaveformWindowsTest, KeepsWhatIsAskedForLater)
     EXPECT_EQ(windows.curve(forgotten, 0, 100).front().mX, 10.0);
 }
 
-TEST_F(PlotTest, SaysWhatDiffersAndWhatIsOdd)
+TEST_F(PlotTest, ReportsDifferencesAndOddities)
 {
     plot("a.csv b.csv -o both.PNG");
     EXPECT_THAT(mRunner.readFile("both.PNG"),
@@ -263,7 +263,7 @@ TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
 }
 
 /** Whatever part of it was imported, and however many periods were put before. */
-TEST_F(PlotTest, LaysAnImportOverItsRecording)
+TEST_F(PlotTest, DrawsAnImportOverItsRecording)
 {
     const auto vxCase = [this](const std::string& arguments) {
         ASSERT_EQ(mRunner.run(joined({VX_CASE}, split(arguments))).mExitCode, 0) << arguments;
@@ -285,7 +285,7 @@ TEST_F(PlotTest, LaysAnImportOverItsRecording)
     }
 }
 
-TEST_F(PlotTest, SaysWhatIsWrongAndLeavesNoPicture)
+TEST_F(PlotTest, ReportsErrorsAndLeavesNoPicture)
 {
     mRunner.writeFile("line.csv", valueLine("0", "50"));
     mRunner.writeFile("fc-list", "#!/bin/sh\n");

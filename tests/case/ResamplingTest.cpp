@@ -215,7 +215,7 @@ TEST(PhaseMeterTest, SeesTheFundamentalAlone)
 }
 
 /** A clock of whole microseconds, a change of the rate, a gap, and a skew. */
-TEST(RecorderTest, TimesAreTakenAsTheyAre)
+TEST(RecorderTest, CoarseTimeStampsAreHandled)
 {
     const ClosedForm signal;
     // Several samples have the same tick of a millisecond; those of 1.5 and 2.1 a step never do.
@@ -262,7 +262,7 @@ TEST(RecorderTest, TimesAreTakenAsTheyAre)
 }
 
 /** Where there is nothing to measure, also at the ends, the frequency goes on, and that is told. */
-TEST(RecorderTest, GapsAtTheEndsAreTold)
+TEST(RecorderTest, GapsAtTheEndsAreReported)
 {
     Recorded recorded({}, uniformTimes(4800.0, kSeconds));
     for (resampling::SourceColumn& column : recorded.mColumns) {

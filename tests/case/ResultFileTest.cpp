@@ -27,7 +27,7 @@ TEST(ResultFileTest, AppearsWholeOrNotAtAll)
 }
 
 /** What is to be kept may only be written as it is. */
-TEST(ResultFileTest, KeepsWhatIsThere)
+TEST(ResultFileTest, KeepsExistingFiles)
 {
     const std::string old = std::string(100'000, 'x') + "end";
     const std::pair<std::string, bool> rows[] = {
@@ -48,7 +48,7 @@ TEST(ResultFileTest, KeepsWhatIsThere)
     }
 }
 
-TEST(ResultFileTest, RefusesWhatIsNoFile)
+TEST(ResultFileTest, RejectsWhatIsNotAFile)
 {
     for (const char* const name : {"/dev/null", "/tmp", "/no/such/directory/file"}) {
         EXPECT_THROW(base::ResultFile{name}, base::CaseError) << name;

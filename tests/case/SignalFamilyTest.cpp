@@ -90,7 +90,7 @@ TEST(SignalFamilyTest, StepIsInTheMiddle)
     EXPECT_EQ(wave.mDisturbances[0].mChannels.to_ulong(), 0b0111'0111U);
 }
 
-TEST(SignalFamilyTest, RampTakesItsTime)
+TEST(SignalFamilyTest, RampHasItsDuration)
 {
     const struct
     {
@@ -184,7 +184,7 @@ TEST(SignalFamilyTest, HarmonicsAndTones)
 }
 
 /** No part of a wave may leave 32 bits, at its most unfavourable instant. */
-TEST(WaveParametersTest, PeakIsThatOfAllParts)
+TEST(WaveParametersTest, PeakIsTheSumOfAllParts)
 {
     constexpr double kMax = 2147483647.0;
     generate::WaveParameters wave;

@@ -35,7 +35,7 @@ TEST(SignalSourceTest, ValueFileHasTheTimesOfTheSimulator)
     EXPECT_EQ(source.description().mNominalHz, 50);
 }
 
-TEST(SignalSourceTest, ValueFileIsRefusedInTheProgramsWords)
+TEST(SignalSourceTest, ValueFileIsRejectedWithTheProgramsMessage)
 {
     const TestFiles files;
     const std::string name =
@@ -81,7 +81,7 @@ TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
 }
 
 /** A single byte is left out as well, and told. */
-TEST(SignalSourceTest, BytesOfNoRecordAreTold)
+TEST(SignalSourceTest, IncompleteRecordIsReported)
 {
     const TestFiles files;
     const std::vector<SampleRecord> records(2, {7, 0, 0, 0, {}});

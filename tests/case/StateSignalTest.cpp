@@ -32,7 +32,7 @@ struct Played
 };
 
 /** Computed by hand. */
-TEST(StateSignalTest, HasTheValuesOfClosedForm)
+TEST(StateSignalTest, MatchesTheClosedForm)
 {
     const Played played(R"(
 scale = [100, 10]

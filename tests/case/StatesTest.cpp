@@ -16,7 +16,7 @@
 #include "waveform/ValueFileSource.h"
 
 /** Each names the place in the file. */
-TEST(StateFileTest, SaysWhatIsWrongAndWhere)
+TEST(StateFileTest, ReportsErrorsWithTheirPosition)
 {
     struct Case
     {

@@ -109,7 +109,7 @@ TEST_F(TablePictureTest, DrawsAQuantityOverTime)
     EXPECT_TRUE(std::isnan(points[4].mY));
     EXPECT_NEAR(points[5].mX, 1.6, 1e-9);
     EXPECT_EQ(points[5].mY, 238.0);
-    const std::vector<plot::Point> alone = assess::brokenAtGaps({{0.0, 1.0}, {9.0, 2.0}}, 5.0);
+    const std::vector<plot::Point> alone = assess::splitAtGaps({{0.0, 1.0}, {9.0, 2.0}}, 5.0);
     ASSERT_EQ(alone.size(), 5U);
     EXPECT_EQ(alone[0].mX, 1.0); // a value alone is a dash
     EXPECT_EQ(alone[3].mX, 8.0);
@@ -194,7 +194,7 @@ TEST_F(TablePlotTest, DrawsATableIntoAFile)
                                HasSubstr("order of the harmonic")));
 }
 
-TEST_F(TablePlotTest, SaysWhatIsWrong)
+TEST_F(TablePlotTest, ReportsErrors)
 {
     for (const auto& [arguments, status, message] :
          std::vector<std::tuple<std::string, int, std::string>>{

@@ -21,10 +21,10 @@ TEST(TimeColumnTest, KnowsUnitsAndNames)
     }
     for (const char* const name :
          {"t", "Time", "Zeit", "sample TIME", "Time(abs)", "time_1", "rel.time", "Время"}) {
-        EXPECT_TRUE(textfile::saysTime(name)) << name;
+        EXPECT_TRUE(textfile::isTimeName(name)) << name;
     }
     for (const char* const name : {"T", "", "U1", "overtime", "timer", "Zeiten", "t1"}) {
-        EXPECT_FALSE(textfile::saysTime(name)) << name;
+        EXPECT_FALSE(textfile::isTimeName(name)) << name;
     }
 }
 
@@ -101,7 +101,7 @@ TEST(TimeColumnTest, FindsTheColumnThatIsTheTime)
 }
 
 /** One number that cannot be grouped shows that the sign is decimal. */
-TEST(DigitGroupsTest, TellsThousandsFromDecimals)
+TEST(DigitGroupsTest, DistinguishesThousandsFromDecimals)
 {
     const struct
     {

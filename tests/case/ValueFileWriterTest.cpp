@@ -6,7 +6,7 @@
 
 #include "Files.h"
 
-TEST(ValueFileWriterTest, WritesWhatReadsBackAsTheSame)
+TEST(ValueFileWriterTest, ReadsBackIdentically)
 {
     using Limits = std::numeric_limits<qint32>;
     const TestFiles files;

@@ -124,7 +124,7 @@ std::optional<double> closedFormOf(const generate::WaveParameters& wave, qint64 
 }
 } // namespace
 
-TEST(WaveTest, AnyWaveIsItsClosedForm)
+TEST(WaveTest, AnyWaveMatchesItsClosedForm)
 {
     RandomWaves waves;
     size_t compared = 0;

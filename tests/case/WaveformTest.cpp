@@ -38,7 +38,7 @@ waveform::Measures measured(const waveform::SignalDescription& description, doub
 } // namespace
 
 /** Sums are the same whatever the blocks are, also of one sample and of a few beyond four. */
-TEST(MeasuresTest, AreThoseOfTheWhole)
+TEST(MeasuresTest, DoNotDependOnTheBlocks)
 {
     const waveform::SignalDescription description = oneChannel(50.0);
     EXPECT_EQ(waveform::Measures(description).channel(0).mRms, 0.0);
@@ -75,7 +75,7 @@ TEST(MeasuresTest, FindTheFrequency)
 }
 
 /** The purer one where one share is below nine tenths of the other; else the smaller error. */
-TEST(FrequencyMeterTest, TakesTheBetterOfTwo)
+TEST(FrequencyMeterTest, TakesTheBetterOfTwoResults)
 {
     using Result = waveform::FrequencyMeter::Result;
     const struct
@@ -101,7 +101,7 @@ TEST(FrequencyMeterTest, TakesTheBetterOfTwo)
 }
 
 /** What an import writes is read back; other comments, and channels that are none, are not. */
-TEST(ImportMarkTest, IsReadAsItWasWritten)
+TEST(ImportMarkTest, ReadsBackAsWritten)
 {
     const TestFiles files;
     const waveform::ImportMark written{

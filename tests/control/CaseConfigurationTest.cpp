@@ -19,7 +19,7 @@ static std::string contentOf(const configuration::CaseConfiguration& cases)
            std::to_string(cases.continuousLine());
 }
 
-TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
+TEST(CaseConfigurationTest, ReadsLikeTheProgramOrContinuesAfterErrors)
 {
     configuration::CaseConfiguration::keepLogSilent();
     const TestFiles files;
@@ -32,7 +32,7 @@ TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
     EXPECT_EQ(program.lineErrors().size(), 1U);
 
     configuration::CaseConfiguration all;
-    ASSERT_TRUE(all.read(name, configuration::CaseConfiguration::Rejected::GoOn));
+    ASSERT_TRUE(all.read(name, configuration::CaseConfiguration::Rejected::Continue));
     EXPECT_EQ(contentOf(all), "0:1xa.csv@3 1:2xb.csv@2 1:1xd.csv@6 0@8");
     const std::string prefix = name.toStdString() + ":";
     EXPECT_EQ(all.lineErrors(),
@@ -50,7 +50,7 @@ TEST(CaseConfigurationTest, ReadsAsTheProgramDoesOrGoesOnBehindErrors)
     }
 }
 
-TEST(PlayListTest, FindsWhatIsMeantByNameOrNumber)
+TEST(PlayListTest, FindsConfigurationsByNameOrNumber)
 {
     configuration::CaseConfiguration::keepLogSilent();
     const TestFiles files;

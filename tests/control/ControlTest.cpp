@@ -83,7 +83,7 @@ extern "C" int fstat(int descriptor, struct stat* status) noexcept
     return result;
 }
 
-TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
+TEST(ControlFifoTest, ReportsWhyNothingCanBeWritten)
 {
     const TestFiles files;
     const auto problemOf = [&](const std::string& name) { return ::problemOf(files.path(name)); };
@@ -115,7 +115,7 @@ TEST(ControlFifoTest, TellsAtOnceWhyNothingCanBeWritten)
               files.path("fifo") + ": nobody reads it; is the simulator running?");
 }
 
-TEST(ControlFifoTest, WarnsOfOneThatIsNotSafe)
+TEST(ControlFifoTest, WarnsOfAnUnsafeFifo)
 {
     const TestFiles files;
     const std::string path = files.path("fifo");
@@ -138,7 +138,7 @@ TEST(ControlFifoTest, WarnsOfOneThatIsNotSafe)
 }
 
 /** The answers of both are the same line. */
-TEST(DeliveryTest, EachOfTwoWaitsForItsOwnAnswer)
+TEST(DeliveryTest, EachOfTwoGetsItsOwnAnswer)
 {
     const TestFiles files;
     const std::string path = files.path("fifo");
@@ -171,7 +171,7 @@ TEST(DeliveryTest, EachOfTwoWaitsForItsOwnAnswer)
     close(reader);
 }
 
-TEST(EventFileTest, AppendsToEventsAndToNothingElse)
+TEST(EventFileTest, AppendsToEventFilesOnly)
 {
     const TestFiles files;
     files.make("events", "{\"run\":\"ended\"}\n");
@@ -200,7 +200,7 @@ TEST(EventFileTest, AppendsToEventsAndToNothingElse)
     EXPECT_EQ(appended("events", ""), files.path("events") + ": File too large");
 }
 
-TEST(LogWatchTest, GivesWhatComesAfterItsStartThroughRotationAndCut)
+TEST(LogWatchTest, FollowsTheLogThroughRotationAndTruncation)
 {
     const TestFiles files;
     const std::string log = files.path("log");
@@ -228,7 +228,7 @@ TEST(LogWatchTest, GivesWhatComesAfterItsStartThroughRotationAndCut)
     EXPECT_EQ(newLines(&watch), "hole\n");
 }
 
-TEST(LogWatchTest, RefusesWhatIsNoFile)
+TEST(LogWatchTest, RejectsWhatIsNotAFile)
 {
     EXPECT_EQ(control::LogWatch("/dev/null").problem(), "/dev/null: expected a regular file");
 }

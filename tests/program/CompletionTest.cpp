@@ -43,7 +43,7 @@ protected:
 };
 
 /** Names that several configurations play, or that look like numbers, are not offered. */
-TEST_F(CompletionTest, OffersWhatVxControlTakes)
+TEST_F(CompletionTest, OffersWordsOfVxControl)
 {
     mRunner.writeFile("c.conf",
                       "0,1,idle.csv\n1,1,a/sag.csv\n2,1,sag.csv\n2,2,long name.csv\n"
@@ -66,7 +66,7 @@ TEST_F(CompletionTest, OffersWhatVxControlTakes)
     }
 }
 
-TEST_F(CompletionTest, OffersWhatTheOtherProgramsTake)
+TEST_F(CompletionTest, OffersWordsOfTheOtherPrograms)
 {
     const std::pair<Words, const char*> rows[] = {
         {{"vx-case", "ex"}, "explain\nexport"},

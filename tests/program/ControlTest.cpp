@@ -8,7 +8,7 @@ class ControlTest : public SandboxedTest
 {
 };
 
-TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
+TEST_F(ControlTest, RunningSimulatorAnswers)
 {
     mRunner.writeFile("idle.csv", repeated(valueLine("0", "50"), 360));
     mRunner.writeFile("sag.csv", repeated(valueLine("0", "50"), 360));
@@ -41,7 +41,7 @@ TEST_F(ControlTest, IsAnsweredByTheRunningSimulator)
     EXPECT_EQ(commands, "3 bytes 2 bytes ");
 }
 
-TEST_F(ControlTest, TellsWhatIsWrongWithTheCommandLine)
+TEST_F(ControlTest, ReportsErrorsOfTheCommandLine)
 {
     for (const Words& words :
          {Words{},
@@ -64,7 +64,7 @@ TEST_F(ControlTest, TellsWhatIsWrongWithTheCommandLine)
     }
 }
 
-TEST_F(ControlTest, ListsWhatTheSimulatorReads)
+TEST_F(ControlTest, ListsWhatTheSimulatorCanPlay)
 {
     mRunner.writeFile("c", "0,1,a.csv\nx,1,b.csv\n1,1,c.csv\n");
     const CommandResult list = mRunner.run({VX_CONTROL, "--config", "c", "list"});
@@ -73,7 +73,7 @@ TEST_F(ControlTest, ListsWhatTheSimulatorReads)
                 MatchesRegex("vx-control: c:2: .*; the simulator stops reading here\n"));
 }
 
-TEST_F(ControlTest, TellsThatItsResultIsLost)
+TEST_F(ControlTest, ReportsALostResult)
 {
     mRunner.writeFile("c", "0,1,a.csv\n");
     for (const std::string arguments : {"--config c list", "--help"}) {

@@ -22,7 +22,7 @@ sandbox::FaultPlan planOf(const Words& texts)
 }
 } // namespace
 
-TEST(FaultsTest, AreReadAsTheyAreWritten)
+TEST(FaultsTest, ReadBackAsWritten)
 {
     const sandbox::Fault error = sandbox::parseFault("adc-in:100:EIO:3");
     EXPECT_EQ(error.mFile, sandbox::DriverFile::AdcIn);
@@ -39,7 +39,7 @@ TEST(FaultsTest, AreReadAsTheyAreWritten)
 }
 
 /** Write by write: the index of the fault that it meets; of several, the one given first. */
-TEST(FaultsTest, AreMetWriteByWrite)
+TEST(FaultsTest, AreTriggeredWriteByWrite)
 {
     const struct
     {
@@ -77,7 +77,7 @@ TEST(FaultsTest, AreMetWriteByWrite)
 }
 
 /** Only as long as the next write would meet it, and not ahead of the first block. */
-TEST(FaultsTest, AFileVanishesForItsWrites)
+TEST(FaultsTest, FileVanishesForTheGivenWrites)
 {
     sandbox::FaultPlan plan = planOf({"adc-in:2:vanish", "f2h:1s:vanish"});
     const auto adc = sandbox::DriverFile::AdcIn;

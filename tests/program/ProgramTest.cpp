@@ -46,7 +46,7 @@ TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
 }
 
 /** The stream keeps its pace, and valid commands are followed. */
-TEST_F(ProgramTest, AbuseOfTheFifoDoesNotHoldTheStream)
+TEST_F(ProgramTest, FifoAbuseDoesNotStopTheStream)
 {
     for (const auto& [writer, lastLine] :
          {std::pair("yes s0 | head -10000", "INFO Configuration Execute Config 0 once\n"),
@@ -63,7 +63,7 @@ TEST_F(ProgramTest, AbuseOfTheFifoDoesNotHoldTheStream)
 }
 
 /** Every kind of fault on every file that is written. */
-TEST_F(ProgramTest, PlaysOnBehindEveryFault)
+TEST_F(ProgramTest, PlaysOnAfterEveryFault)
 {
     Words options = {"--for", "8"};
     for (const char* fault :
@@ -84,7 +84,7 @@ TEST_F(ProgramTest, PlaysOnBehindEveryFault)
     EXPECT_EQ(summary(mResult)["refused writes"], "2") << mResult;
 }
 
-TEST_F(ProgramTest, BearsAFaultThatStays)
+TEST_F(ProgramTest, SurvivesAPermanentFault)
 {
     play(kOneCase, {"--for", "3", "--fault", "adc-in:0.5s:EIO:on", "--fault", "f2h:0.5s:EIO:on",
                     "--fault", "r2h:0.5s:EIO:on"});

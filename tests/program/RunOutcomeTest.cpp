@@ -17,7 +17,7 @@ constexpr auto kTime = StopReason::TimeIsOver;
 } // namespace
 
 /** A program that crashes while it is being stopped has crashed. */
-TEST(RunOutcomeTest, TellsAStoppedProgramFromOneThatEnded)
+TEST(RunOutcomeTest, DistinguishesAStoppedProgramFromAnEndedOne)
 {
     const struct
     {

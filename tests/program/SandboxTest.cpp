@@ -130,7 +130,7 @@ protected:
     }
 };
 
-TEST_F(SandboxTest, DriverTakesWhatItsRulesAllow)
+TEST_F(SandboxTest, DriverAcceptsWhatItsRulesAllow)
 {
     std::string script;
     std::string recorded;
@@ -316,7 +316,7 @@ TEST_F(SandboxTest, NoProcessOutlivesIt)
               0);
 }
 
-TEST_F(SandboxTest, TellsWhereTheFifoIs)
+TEST_F(SandboxTest, PrintsThePathOfTheFifo)
 {
     const CommandResult result = mRunner.run(
         {"sh", "-c",

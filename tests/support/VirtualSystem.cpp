@@ -10,7 +10,7 @@
 #include <utility>
 
 namespace {
-constexpr qint64 kNanosecondsASecond = 1'000'000'000;
+constexpr qint64 kNanosecondsPerSecond = 1'000'000'000;
 constexpr qint64 kMicrosecondsPerSecond = 1'000'000;
 constexpr qint64 kNanosecondsPerMicrosecond = 1000;
 
@@ -57,13 +57,13 @@ bool isFile(int descriptor, const std::string& path)
 
 qint64 toNanoseconds(const timespec& time)
 {
-    return time.tv_sec * kNanosecondsASecond + time.tv_nsec;
+    return time.tv_sec * kNanosecondsPerSecond + time.tv_nsec;
 }
 
 timespec fromNanoseconds(qint64 nanoseconds)
 {
-    return {static_cast<time_t>(nanoseconds / kNanosecondsASecond),
-            static_cast<long>(nanoseconds % kNanosecondsASecond)};
+    return {static_cast<time_t>(nanoseconds / kNanosecondsPerSecond),
+            static_cast<long>(nanoseconds % kNanosecondsPerSecond)};
 }
 
 VirtualSystem::VirtualSystem()

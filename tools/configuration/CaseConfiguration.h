@@ -32,7 +32,7 @@ public:
     enum class Rejected
     {
         Stop,
-        GoOn
+        Continue
     };
 
     /** Turns off all logging of the process. */

@@ -13,11 +13,11 @@
 namespace control {
 
 namespace {
-constexpr unsigned long kBetweenLooksMilliseconds = 50;
+constexpr unsigned long kCheckIntervalMilliseconds = 50;
 constexpr double kMillisecondsPerSecond = 1000.0;
 
 /** More than one check, because a command leaves the FIFO a moment before it is in the log. */
-constexpr int kLooksAtEmptyFifo = 2;
+constexpr int kChecksOfEmptyFifo = 2;
 
 /** In nanoseconds since the epoch. */
 qint64 realtimeNs()
@@ -36,7 +36,7 @@ Delivery::Delivery(const ControlOptions& options, const PlayRequest& request)
 {
 }
 
-bool Delivery::isToWait() const
+bool Delivery::mustWait() const
 {
     return mOptions.waitSeconds() > 0.0;
 }
@@ -56,13 +56,13 @@ int Delivery::run()
     if (!problem.isEmpty()) {
         return fail(problem);
     }
-    return isToWait() ? std::max(status, awaitVerdict()) : status;
+    return mustWait() ? std::max(status, awaitVerdict()) : status;
 }
 
 /** Opens all files except the FIFO. */
 QString Delivery::openFiles()
 {
-    if (isToWait()) {
+    if (mustWait()) {
         const QString problem = LogWatch(mOptions.log()).problem();
         if (!problem.isEmpty()) {
             return problem;
@@ -86,7 +86,7 @@ QString Delivery::deliver()
     for (const QString& warning : mFifo.warnings()) {
         warn(warning);
     }
-    if (isToWait()) {
+    if (mustWait()) {
         problem = awaitTurn();
         if (!problem.isEmpty()) {
             return problem;
@@ -103,7 +103,7 @@ QString Delivery::awaitTurn()
     for (int looks = 0;;) {
         const bool isAlone = mFifo.tryLock();
         looks = isAlone && !mFifo.hasWaitingCommands() ? looks + 1 : 0;
-        if (looks == kLooksAtEmptyFifo) {
+        if (looks == kChecksOfEmptyFifo) {
             return {};
         }
         if (looks == 0 && mDeadline.hasExpired()) {
@@ -113,7 +113,7 @@ QString Delivery::awaitTurn()
                              : QStringLiteral("another vx-control still waits for its answer"))
                 .arg(mOptions.waitSeconds());
         }
-        QThread::msleep(kBetweenLooksMilliseconds);
+        QThread::msleep(kCheckIntervalMilliseconds);
     }
 }
 
@@ -139,7 +139,7 @@ int Delivery::awaitVerdict()
                                        "%1 s (a command is taken at the end of a case)")
                             .arg(mOptions.waitSeconds()));
         }
-        QThread::msleep(kBetweenLooksMilliseconds);
+        QThread::msleep(kCheckIntervalMilliseconds);
     }
 }
 

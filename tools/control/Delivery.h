@@ -37,7 +37,7 @@ private:
     QString record(const QString& problem);
     int awaitVerdict();
 
-    bool isToWait() const;
+    bool mustWait() const;
 
     const ControlOptions& mOptions;
     PlayRequest mRequest;

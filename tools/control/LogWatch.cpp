@@ -10,7 +10,7 @@ namespace control {
 
 namespace {
 /** After a truncation, a writer without O_APPEND leaves zeros before its next line. */
-QByteArray withoutHole(const QByteArray& line)
+QByteArray withoutLeadingNuls(const QByteArray& line)
 {
     const auto isZero = [](char byte) { return byte == '\0'; };
     const auto* const text = std::find_if_not(line.begin(), line.end(), isZero);
@@ -43,7 +43,7 @@ QByteArray LogWatch::nextLine()
     }
     const QByteArray line = mUnread.left(end + 1);
     mUnread.remove(0, line.size());
-    return withoutHole(line);
+    return withoutLeadingNuls(line);
 }
 
 bool LogWatch::openFromBeginning()

@@ -82,7 +82,7 @@ bool parseWhat(const std::string& text, Fault& fault)
     return fault.mError != 0;
 }
 
-bool parseHowMany(const std::string& text, Fault& fault)
+bool parseWriteCount(const std::string& text, Fault& fault)
 {
     fault.mLeft =
         text == "on" ? std::numeric_limits<std::uint64_t>::max() : parseCount(text).value_or(0);
@@ -100,7 +100,7 @@ Fault parseFault(const std::string& text)
     fault.mFile = file.value_or(DriverFile::AdcIn);
     const bool isValid = file && (parts.size() == 3 || parts.size() == 4) &&
                          parseWhen(parts[1], fault) && parseWhat(parts[2], fault) &&
-                         (parts.size() == 3 || parseHowMany(parts[3], fault));
+                         (parts.size() == 3 || parseWriteCount(parts[3], fault));
     if (!isValid) {
         throw std::runtime_error(
             "--fault takes FILE:WHEN:WHAT[:COUNT], such as adc-in:100:EIO:3, r2h:2.5s:vanish:on or "

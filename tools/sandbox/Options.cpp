@@ -162,7 +162,7 @@ void addValueFiles(const std::string& path, files::OutputCheck& check)
     using configuration::CaseConfiguration;
     CaseConfiguration::keepLogSilent();
     CaseConfiguration cases;
-    cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::GoOn);
+    cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::Continue);
     for (const std::string& name : cases.valueFiles()) {
         check.addInput("the value file", name);
     }

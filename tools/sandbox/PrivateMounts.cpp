@@ -98,7 +98,7 @@ void makeMountPointFile(const std::string& path)
 }
 
 /** A descriptor of the directory that stays valid when a mount covers it. */
-files::FileDescriptor openBeneath(const std::string& path)
+files::FileDescriptor openDirectory(const std::string& path)
 {
     files::FileDescriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!directory.isOpen()) {
@@ -167,7 +167,7 @@ void PrivateMounts::enter()
 void PrivateMounts::coverDirectory(const std::string& path)
 {
     checkEntered();
-    const files::FileDescriptor oldDirectory = openBeneath(path);
+    const files::FileDescriptor oldDirectory = openDirectory(path);
     const std::vector<std::string> names = entryNames(path);
     mountTmpfs(path, modeOf(oldDirectory));
     for (const std::string& name : names) {
@@ -197,7 +197,7 @@ void PrivateMounts::makePrivateDirectory(const std::string& path)
 void PrivateMounts::makePrivateDev()
 {
     checkEntered();
-    const files::FileDescriptor oldDev = openBeneath("/dev");
+    const files::FileDescriptor oldDev = openDirectory("/dev");
     mountTmpfs("/dev", kDirectoryMode);
     for (const char* name : kUsualNodes) {
         carryOver(oldDev, name, "/dev");

@@ -104,7 +104,7 @@ void check(const CheckOptions& options)
     } catch (const plan::PlanError& error) {
         draft.mMistakes.add(error.what());
     }
-    draft.mMistakes.expectNone();
+    draft.mMistakes.throwIfAny();
     base::writeToStandardOutput(tableOf(draft.mPlan, *stage));
 }
 } // namespace

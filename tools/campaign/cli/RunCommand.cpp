@@ -145,7 +145,7 @@ void expectSame(const std::string& now, const std::string& before, const std::st
 /**
  * Verdicts of one night are of one kind: based on the observed stream, or on answers in the log.
  */
-void expectSameWay(const journal::NightBegin& night, const RunOptions& options)
+void expectSameObservation(const journal::NightBegin& night, const RunOptions& options)
 {
     if (night.mIsObserved == options.isOnDevice()) {
         throw CLI::ValidationError("--resume",
@@ -162,7 +162,7 @@ Prepared prepare(RunOptions options)
         static_cast<size_t>(QFileInfo(QString::fromStdString(journalOf(options))).size());
     const std::optional<journal::Journal> before = journalToResume(options);
     if (before) {
-        expectSameWay(*before->night(), options);
+        expectSameObservation(*before->night(), options);
         selectCasesOf(*before->night(), &options);
     } else {
         expectNoFiles(options.mFolder);
@@ -283,8 +283,8 @@ void remark(const std::string& text)
 }
 
 /** A complete night is not touched: what was judged afterwards belongs to its journal. */
-std::string playWhatIsLeft(const RunOptions& options, const run::NightOptions& nightOptions,
-                           Prepared prepared)
+std::string playRemaining(const RunOptions& options, const run::NightOptions& nightOptions,
+                          Prepared prepared)
 {
     if (prepared.mResume && prepared.mResume->mIsComplete) {
         remark("the night is complete, nothing is left to play");
@@ -320,7 +320,7 @@ void runPlan(const RunOptions& options)
     for (const std::string& text : prepared.mStage.mRemarks) {
         remark(text);
     }
-    const std::string problem = playWhatIsLeft(options, nightOptions, std::move(prepared));
+    const std::string problem = playRemaining(options, nightOptions, std::move(prepared));
     if (!problem.empty()) {
         std::cerr << "vx-campaign: the night ends: " << problem << std::endl;
     }

@@ -54,7 +54,7 @@ bool isWorse(const assess::SeriesResult& a, const assess::SeriesResult& b)
     if (a.mVerdict != b.mVerdict) {
         return a.mVerdict < b.mVerdict;
     }
-    return a.mLargest && (!b.mLargest || a.mLargest->load() > b.mLargest->load());
+    return a.mLargest && (!b.mLargest || a.mLargest->errorRatio() > b.mLargest->errorRatio());
 }
 } // namespace
 

@@ -123,7 +123,7 @@ template <typename Io>
 void fields(Io& io, typename Io::template Object<ProgramEnded> it)
 {
     io("run", it.mRun, 1);
-    io("how", it.mHow);
+    io("how", it.mEndText);
 }
 
 template <typename Io>

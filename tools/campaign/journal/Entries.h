@@ -124,7 +124,7 @@ struct PlayEnd
 struct ProgramEnded
 {
     int mRun = 0;
-    std::string mHow; ///< in words; empty if it was stopped as planned
+    std::string mEndText; ///< in words; empty if it was stopped as planned
 };
 
 /** The last line of a night that was not cut off. */

@@ -44,9 +44,9 @@ void PlayJudge::add(const SampleRecord* records, size_t count)
     if (count == 0) {
         return;
     }
-    countHeard(records, count);
+    countReceived(records, count);
     mSamples.add(records, count);
-    mOffTimeNs = mArrivals.add(records, count) ? mHeardNs : mOffTimeNs;
+    mOffTimeNs = mArrivals.add(records, count) ? mReceivedNs : mOffTimeNs;
     mJudge.add(records, count);
     closePlay();
     judgeArrivals();
@@ -67,11 +67,11 @@ void PlayJudge::judgeArrivals()
     }
 }
 
-void PlayJudge::countHeard(const SampleRecord* records, size_t count)
+void PlayJudge::countReceived(const SampleRecord* records, size_t count)
 {
     const qint64 endNs = waveform::stampNsOf(records[count - 1]);
     const qint64 maxNs = static_cast<qint64>(count) * mPlan.longestBlockNs() / kSamplesPerPeriod;
-    mHeardNs += std::clamp<qint64>(endNs - mLastStampNs.value_or(endNs), 0, maxNs);
+    mReceivedNs += std::clamp<qint64>(endNs - mLastStampNs.value_or(endNs), 0, maxNs);
     mLastStampNs = endNs;
 }
 

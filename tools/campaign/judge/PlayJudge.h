@@ -84,9 +84,9 @@ public:
     const Played& soFar() const { return mPlayed; }
 
     /** Duration of the signal that has arrived, by its time stamps without their jumps. */
-    qint64 heardNs() const { return mHeardNs; }
+    qint64 receivedNs() const { return mReceivedNs; }
 
-    /** heardNs() when the last block off time had arrived; 0 when none was. */
+    /** receivedNs() when the last block off time had arrived; 0 when none was. */
     qint64 offTimeNs() const { return mOffTimeNs; }
 
     /** Whether the driver has taken any sample, as far as the events tell. */
@@ -107,7 +107,7 @@ private:
     void add(const explain::Finding& finding) override;
     void add(const explain::Verdict& verdict) override;
 
-    void countHeard(const SampleRecord* records, size_t count);
+    void countReceived(const SampleRecord* records, size_t count);
     void addFinding(Finding finding);
     bool belongsToPlayed(const Finding& finding) const;
     void closePlay();
@@ -122,7 +122,7 @@ private:
     explain::Judge mJudge;
     ArrivalCheck mArrivals;
     bool mIsOffTimeFound = false; ///< since the last play
-    qint64 mHeardNs = 0;
+    qint64 mReceivedNs = 0;
     qint64 mOffTimeNs = 0;
     std::optional<qint64> mLastStampNs;
     std::optional<Expected> mExpected;

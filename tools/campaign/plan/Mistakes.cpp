@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kMaxTexts = 100;
 } // namespace
 
-void Mistakes::expectNone() const
+void Mistakes::throwIfAny() const
 {
     if (mTexts.empty()) {
         return;

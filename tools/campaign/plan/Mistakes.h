@@ -34,7 +34,7 @@ public:
     const std::vector<std::string>& texts() const { return mTexts; }
 
     /** @throws PlanError with all mistakes, if there are any */
-    void expectNone() const;
+    void throwIfAny() const;
 
 private:
     std::vector<std::string> mTexts;

@@ -50,7 +50,7 @@ std::string planText(const std::string& path)
 Plan parsePlan(const std::string& text, const std::string& path)
 {
     Draft draft = draftPlan(text, path);
-    draft.mMistakes.expectNone();
+    draft.mMistakes.throwIfAny();
     return std::move(draft.mPlan);
 }
 

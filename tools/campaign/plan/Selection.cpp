@@ -52,7 +52,7 @@ std::vector<std::string> wantedNames(const Plan& plan, const Selection& selectio
         }
         wanted.insert(wanted.end(), group->second.begin(), group->second.end());
     }
-    mistakes.expectNone();
+    mistakes.throwIfAny();
     return wanted;
 }
 } // namespace

@@ -23,7 +23,7 @@ std::string field(const std::string& text)
     return result + "\"";
 }
 
-std::string whatOf(const PlaySummary& play)
+std::string findingTexts(const PlaySummary& play)
 {
     std::string what;
     for (const journal::Finding& finding : play.mListedFindings) {
@@ -39,11 +39,12 @@ std::string caseTable(const NightSummary& night)
     for (const PlaySummary& play : night.mPlays) {
         const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
         const bool hasStamps = play.mFirstStampNs != 0;
-        table += fmt::format(
-            "{},{},{},{},{},{},{},{},{},{}\n", field(staged.mName), play.mRepetition,
-            staged.mNumber, nameOf(play.mOutcome), hasStamps ? utcText(play.mFirstStampNs) : "",
-            hasStamps ? utcText(play.mLastStampNs) : "", play.mSamples,
-            play.mDelayNs ? secondsText(*play.mDelayNs) : "", play.mFindings, field(whatOf(play)));
+        table += fmt::format("{},{},{},{},{},{},{},{},{},{}\n", field(staged.mName),
+                             play.mRepetition, staged.mNumber, nameOf(play.mOutcome),
+                             hasStamps ? utcText(play.mFirstStampNs) : "",
+                             hasStamps ? utcText(play.mLastStampNs) : "", play.mSamples,
+                             play.mDelayNs ? secondsText(*play.mDelayNs) : "", play.mFindings,
+                             field(findingTexts(play)));
     }
     return table;
 }

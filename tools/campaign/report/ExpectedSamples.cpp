@@ -10,7 +10,7 @@ namespace report {
 
 namespace {
 /** A time range in which one file is played repeatedly. */
-struct Stretch
+struct PlayedRange
 {
     const explain::PlayedFile* mFile;
     qint64 mOriginNs; ///< stamp of what came before one of the passes
@@ -33,7 +33,7 @@ qint64 floorQuotient(qint64 dividend, qint64 divisor)
     return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
 }
 
-void addStretch(const Stretch& stretch, std::vector<ExpectedSample>* samples)
+void addSamplesIn(const PlayedRange& stretch, std::vector<ExpectedSample>* samples)
 {
     const explain::PlayedFile& file = *stretch.mFile;
     const qint64 durationNs = file.durationNs();
@@ -71,7 +71,8 @@ const explain::PlayedFile& ExpectedSamples::steadyFile()
     if (!mSteady) {
         configuration::CaseConfiguration cases;
         const std::string path = mStage + stage::kCasesFile;
-        cases.read(QString::fromStdString(path), configuration::CaseConfiguration::Rejected::GoOn);
+        cases.read(QString::fromStdString(path),
+                   configuration::CaseConfiguration::Rejected::Continue);
         const QList<configuration::CaseEntry> steady = cases.configurations().value(0);
         if (steady.isEmpty()) {
             throw base::CaseError(path + ": has no configuration 0");
@@ -103,11 +104,11 @@ std::vector<ExpectedSample> ExpectedSamples::around(const NightSummary& night,
     }
     std::vector<ExpectedSample> samples;
     if (fromNs <= beforeNs) {
-        addStretch({&steadyFile(), beforeNs, fromNs, std::min(toNs, beforeNs)}, &samples);
+        addSamplesIn({&steadyFile(), beforeNs, fromNs, std::min(toNs, beforeNs)}, &samples);
     }
-    addStretch({&played, beforeNs, std::max(fromNs, firstNs), std::min(toNs, lastNs)}, &samples);
+    addSamplesIn({&played, beforeNs, std::max(fromNs, firstNs), std::min(toNs, lastNs)}, &samples);
     if (toNs > lastNs) {
-        addStretch({&steadyFile(), lastNs, std::max(fromNs, lastNs + 1), toNs}, &samples);
+        addSamplesIn({&steadyFile(), lastNs, std::max(fromNs, lastNs + 1), toNs}, &samples);
     }
     return samples;
 }

@@ -157,11 +157,11 @@ class NotObserved
 public:
     explicit NotObserved(const NightSummary& night) : mNight(night) {}
 
-    void addWhatIsNeverSeen();
+    void addNeverObserved();
     void addUnmeasured();
     void addPlays(Outcome outcome, const char* what);
     void addCuts();
-    void addUnkept();
+    void addSamplesNotKept();
     void addMissingPictures(const Pictures& pictures);
 
     std::string mText;
@@ -172,7 +172,7 @@ private:
     const NightSummary& mNight;
 };
 
-void NotObserved::addWhatIsNeverSeen()
+void NotObserved::addNeverObserved()
 {
     if (!mNight.mNight.mIsObserved) {
         add("The stream. Only the commands and the answers in the log of the program are known.");
@@ -230,7 +230,7 @@ void NotObserved::addCuts()
 }
 
 /** Counts the findings whose samples were not kept, because the limit was reached. */
-void NotObserved::addUnkept()
+void NotObserved::addSamplesNotKept()
 {
     size_t count = 0;
     for (const PlaySummary& play : mNight.mPlays) {
@@ -248,8 +248,8 @@ void NotObserved::addMissingPictures(const Pictures& pictures)
 {
     std::map<std::string, std::string> names;
     const auto note = [&](const Drawing& drawing, const std::string& name) {
-        if (!drawing.mWhyNot.empty()) {
-            std::string& all = names[drawing.mWhyNot];
+        if (!drawing.mReasonNotDrawn.empty()) {
+            std::string& all = names[drawing.mReasonNotDrawn];
             all += (all.empty() ? "" : ", ") + name;
         }
     };
@@ -281,11 +281,11 @@ std::string casesPart(const NightSummary& night, const Pictures& pictures)
 std::string notObservedPart(const NightSummary& night, const Pictures& pictures)
 {
     NotObserved part(night);
-    part.addWhatIsNeverSeen();
+    part.addNeverObserved();
     part.addPlays(Outcome::NotPlayed, "not played");
     part.addPlays(Outcome::Unfinished, "not finished");
     part.addCuts();
-    part.addUnkept();
+    part.addSamplesNotKept();
     part.addMissingPictures(pictures);
     return part.mText.empty() ? ""
                               : "<h2>What was not observed</h2>\n<ul>\n" + part.mText + "</ul>\n";

@@ -86,9 +86,9 @@ std::string verdictPart(const NightSummary& night)
 
 std::string figureOf(const Drawing& drawing, const std::string& what)
 {
-    if (!drawing.mWhyNot.empty()) {
+    if (!drawing.mReasonNotDrawn.empty()) {
         return fmt::format("<p class=\"muted\">No picture of {}: {}.</p>\n", htmlText(what),
-                           htmlText(drawing.mWhyNot));
+                           htmlText(drawing.mReasonNotDrawn));
     }
     // Embedded as a separate image, so that identifiers of two pictures cannot clash.
     const QByteArray svg =

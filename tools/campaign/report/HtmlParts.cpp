@@ -160,8 +160,8 @@ std::string findingsPart(const NightSummary& night, const Pictures& pictures)
     }
     text += measuredFindings(night);
     for (const journal::ProgramEnded& death : night.mDeaths) {
-        text +=
-            fmt::format("<p>Run {} of the program: {}.</p>\n", death.mRun, htmlText(death.mHow));
+        text += fmt::format("<p>Run {} of the program: {}.</p>\n", death.mRun,
+                            htmlText(death.mEndText));
     }
     return text.empty() ? "" : "<h2>Findings</h2>\n" + text;
 }

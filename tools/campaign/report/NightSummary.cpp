@@ -143,7 +143,7 @@ void SummaryBuilder::operator()(const journal::PlayEnd& end)
 
 void SummaryBuilder::operator()(const journal::ProgramEnded& end)
 {
-    if (!end.mHow.empty()) {
+    if (!end.mEndText.empty()) {
         mSummary.mDeaths.push_back(end);
     }
 }

@@ -94,7 +94,7 @@ void PictureDrawer::drawFinding(const PlaySummary* play, const journal::Finding&
     }
     Drawing& drawing = mPictures.mFindings[finding.mSamplesFile];
     if (mBytes > kMaxBytes / 2) {
-        drawing.mWhyNot =
+        drawing.mReasonNotDrawn =
             fmt::format("the report has no room for more pictures; vx-case plot {} draws it",
                         finding.mSamplesFile);
         return;
@@ -104,7 +104,7 @@ void PictureDrawer::drawFinding(const PlaySummary* play, const journal::Finding&
         thinCurves(&picture);
         drawing = draw(picture);
     } catch (const base::CaseError& error) {
-        drawing.mWhyNot = error.what();
+        drawing.mReasonNotDrawn = error.what();
     }
 }
 

@@ -13,7 +13,7 @@ namespace report {
 struct Drawing
 {
     std::string mSvg;
-    std::string mWhyNot; ///< empty if there is a picture
+    std::string mReasonNotDrawn; ///< empty if there is a picture
 };
 
 struct Pictures
@@ -25,7 +25,7 @@ struct Pictures
 /**
  * Draws all pictures of a report with gnuplot: the samples around findings, then the cases that did
  * not pass, then the others. Their total size is limited, so that the report can be sent by mail.
- * Nothing is thrown: if a picture cannot be drawn, Drawing::mWhyNot has the reason.
+ * Nothing is thrown: if a picture cannot be drawn, Drawing::mReasonNotDrawn has the reason.
  */
 class PictureDrawer
 {

@@ -42,12 +42,12 @@ std::string dateText(qint64 seconds, const char* format)
 }
 
 /** All faults, such as "2 of 33 plays failed", or "2 failed" for an interrupted night. */
-std::vector<std::string> faultsOf(const NightSummary& night, bool isBrokenOff)
+std::vector<std::string> faultsOf(const NightSummary& night, bool isUnfinished)
 {
     std::vector<std::string> faults;
     const auto add = [&](Outcome outcome) {
         if (const size_t count = night.mCounts.of(outcome); count > 0) {
-            faults.push_back(isBrokenOff || !faults.empty()
+            faults.push_back(isUnfinished || !faults.empty()
                                  ? fmt::format("{} {}", count, nameOf(outcome))
                                  : fmt::format("{} of {} {}", count,
                                                countText(night.mPlays.size(), "play"),
@@ -55,7 +55,7 @@ std::vector<std::string> faultsOf(const NightSummary& night, bool isBrokenOff)
         }
     };
     add(Outcome::Failed);
-    if (!isBrokenOff) {
+    if (!isUnfinished) {
         add(Outcome::Unfinished);
         add(Outcome::NotPlayed);
     }
@@ -88,7 +88,7 @@ std::string goodText(const NightSummary& night)
 }
 
 /** The first words about a night that did not run to its end. */
-std::string brokenOffText(const NightSummary& night)
+std::string unfinishedText(const NightSummary& night)
 {
     const char* const how = night.mState == NightState::CutOff        ? "Cut off"
                             : night.mState == NightState::Running     ? "Still running"
@@ -161,11 +161,11 @@ std::string verdictText(const NightSummary& night)
     if (night.isGood()) {
         return goodText(night);
     }
-    const bool isBrokenOff =
+    const bool isUnfinished =
         night.mState != NightState::Done && night.mState != NightState::FirstFailure;
-    const std::string faults = fmt::format("{}", fmt::join(faultsOf(night, isBrokenOff), ", "));
-    if (isBrokenOff) {
-        return brokenOffText(night) + (faults.empty() ? "" : ": " + faults);
+    const std::string faults = fmt::format("{}", fmt::join(faultsOf(night, isUnfinished), ", "));
+    if (isUnfinished) {
+        return unfinishedText(night) + (faults.empty() ? "" : ": " + faults);
     }
     return "Failed: " + (faults.empty() ? "nothing was played" : faults);
 }

@@ -87,7 +87,7 @@ void Night::add(const explain::Event& event, const Moment& now)
     if (isRefused && isProgramUp()) {
         find(explain::nameOf(explain::FindingKind::NotSent).mKey,
              fmt::format("command '{}' was not sent: {}", event.mText, event.mReason));
-        loseProgram();
+        giveUpProgram();
         return;
     }
     if (event.mKind == explain::Event::Kind::Block && !event.mAccepted && !mJudge->hasBegun()) {
@@ -97,7 +97,7 @@ void Night::add(const explain::Event& event, const Moment& now)
                  event.mSamples));
     }
     if (event.mKind == explain::Event::Kind::ProgramEnd) {
-        mHow = event.mText; // the judge reports it as a finding, too
+        mEndText = event.mText; // the judge reports it as a finding, too
     }
     mJudge->add(event);
 }
@@ -108,7 +108,7 @@ void Night::add(const SampleRecord* records, size_t count, const Moment& now)
     if (!mJudge) {
         return;
     }
-    mLastHeardNs = now.mSteadyNs;
+    mLastReceivedNs = now.mSteadyNs;
     if (mJudge->samples().arrived() == 0) {
         schedule().restartPlayTime();
     }
@@ -123,10 +123,10 @@ void Night::programEnded(const std::string& problem, size_t restBytes, const Mom
     schedule().setTime(now);
     const bool wasAsked = mState == State::Stopping;
     mState = State::Stopping;
-    if (mHow.empty()) {
-        mHow = problem.empty() && !wasAsked ? "the program ended by itself" : problem;
-        if (mJudge && !mHow.empty()) {
-            find(explain::nameOf(explain::FindingKind::Died).mKey, mHow);
+    if (mEndText.empty()) {
+        mEndText = problem.empty() && !wasAsked ? "the program ended by itself" : problem;
+        if (mJudge && !mEndText.empty()) {
+            find(explain::nameOf(explain::FindingKind::Died).mKey, mEndText);
         }
     }
     if (!wasAsked) {
@@ -136,7 +136,7 @@ void Night::programEnded(const std::string& problem, size_t restBytes, const Mom
         judgeRest(restBytes);
     }
     mRecorder.stop();
-    schedule().endRun(mHow);
+    schedule().endRun(mEndText);
     nextProgram();
 }
 
@@ -211,8 +211,8 @@ void Night::startProgram()
 {
     schedule().beginRun();
     mJudge.emplace(mPlan);
-    mHow.clear();
-    mLastHeardNs = schedule().now().mSteadyNs;
+    mEndText.clear();
+    mLastReceivedNs = schedule().now().mSteadyNs;
     beginPlay();
     mDesk.start(schedule().run());
 }
@@ -226,7 +226,7 @@ void Night::beginPlay()
         mRecorder.begin(expectedName(next, *playJournal().play()));
     }
     mState = State::Gap;
-    mPhaseFromNs = mJudge->heardNs();
+    mPhaseFromNs = mJudge->receivedNs();
 }
 
 void Night::sendCommand()
@@ -236,7 +236,7 @@ void Night::sendCommand()
     playJournal().write(journal::CommandSent{*playJournal().play(), command});
     mRecorder.endBefore();
     mState = State::Playing;
-    mPhaseFromNs = mJudge->heardNs();
+    mPhaseFromNs = mJudge->receivedNs();
     mCommandedAt = schedule().now();
     mJudge->expect(next.mNumber, next.mSamples);
     mDesk.send(command);
@@ -264,9 +264,9 @@ void Night::take(const judge::Played& played)
         endPlay(played);
     }
     if (played.mEnding == judge::Played::Ending::Lost && isProgramUp()) {
-        loseProgram();
+        giveUpProgram();
     } else {
-        goOn();
+        continueNight();
     }
 }
 
@@ -318,7 +318,7 @@ bool Night::wasClockSet() const
 }
 
 /** Begins the next play, or the end of the night. */
-void Night::goOn()
+void Night::continueNight()
 {
     if (mState != State::Playing && mState != State::Gap) {
         return;
@@ -327,7 +327,7 @@ void Night::goOn()
         beginPlay();
     } else if (schedule().reason() == NightEnd::Reason::Done) {
         mState = State::Closing;
-        mPhaseFromNs = mJudge->heardNs();
+        mPhaseFromNs = mJudge->receivedNs();
     } else {
         stopProgram();
     }
@@ -335,14 +335,14 @@ void Night::goOn()
 
 void Night::watchSilence()
 {
-    const qint64 silentNs = schedule().now().mSteadyNs - mLastHeardNs;
+    const qint64 silentNs = schedule().now().mSteadyNs - mLastReceivedNs;
     if (silentNs <= maxSilenceNs()) {
         return;
     }
     find(explain::nameOf(explain::FindingKind::Silent).mKey,
          fmt::format("no samples for {} s", silentNs / kSecondInNs));
     countDeath();
-    loseProgram();
+    giveUpProgram();
 }
 
 qint64 Night::maxSilenceNs() const
@@ -356,18 +356,18 @@ qint64 Night::maxSilenceNs() const
 void Night::watchPlay()
 {
     if (mState == State::Playing) {
-        const qint64 heardNs = mJudge->heardNs() - mPhaseFromNs;
-        if (heardNs > maxPlayNs()) {
+        const qint64 receivedNs = mJudge->receivedNs() - mPhaseFromNs;
+        if (receivedNs > maxPlayNs()) {
             find("notPlayed",
                  fmt::format("the case was not played within {} s of signal after the command",
-                             heardNs / kSecondInNs));
-            loseProgram();
+                             receivedNs / kSecondInNs));
+            giveUpProgram();
         }
         return;
     }
     const qint64 fromNs =
         std::clamp(mJudge->offTimeNs(), mPhaseFromNs, mPhaseFromNs + kMaxOffTimeNs);
-    if (mJudge->heardNs() - fromNs < schedule().gapNs() || mJudge->samples().arrived() == 0) {
+    if (mJudge->receivedNs() - fromNs < schedule().gapNs() || mJudge->samples().arrived() == 0) {
         return;
     }
     if (mState == State::Gap) {
@@ -386,7 +386,7 @@ qint64 Night::maxPlayNs() const
 }
 
 /** The program misbehaves: the play in progress fails, and the program is restarted. */
-void Night::loseProgram()
+void Night::giveUpProgram()
 {
     if (playJournal().play()) {
         endPlay(mJudge->soFar());

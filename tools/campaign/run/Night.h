@@ -62,11 +62,11 @@ private:
     void find(const std::string& kind, const std::string& text);
     std::string keepSamples(const judge::Finding& finding);
     void endPlay(const judge::Played& played);
-    void goOn();
+    void continueNight();
     bool wasClockSet() const;
     void watchSilence();
     void watchPlay();
-    void loseProgram();
+    void giveUpProgram();
     void countDeath();
     void stopProgram();
     void judgeRest(size_t restBytes);
@@ -84,9 +84,9 @@ private:
     std::optional<judge::PlayJudge> mJudge; ///< of this run; none: nothing more is judged
     qint64 mPhaseFromNs = 0;                ///< signal that had arrived when the state began
     Moment mCommandedAt;
-    qint64 mLastHeardNs = 0;               ///< on the steady clock
+    qint64 mLastReceivedNs = 0;            ///< on the steady clock
     qint64 mStopNs = 0;                    ///< on the steady clock: when it was asked to end
-    std::string mHow;                      ///< the program died, in words
+    std::string mEndText;                  ///< the program died, in words
     int mDeaths = 0;                       ///< since the last play that passed
     int mKeptOfPlay = 0;                   ///< files with samples
     std::optional<journal::NightEnd> mEnd; ///< how the night ends, once the program has ended

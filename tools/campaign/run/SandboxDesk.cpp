@@ -134,7 +134,7 @@ void SandboxDesk::deliver(Night& night, const Moment& now)
     mEvents.add(arrived.mEvents);
     mRecords.add(arrived.mRecords);
     tellEvents(night, now);
-    tellRecords(night, now);
+    deliverRecords(night, now);
     if (arrived.mHasEnded) {
         tellEnd(night, now);
     }
@@ -163,7 +163,7 @@ void SandboxDesk::tellEvents(Night& night, const Moment& now)
     mEvents.mUnread.erase(0, begin);
 }
 
-void SandboxDesk::tellRecords(Night& night, const Moment& now)
+void SandboxDesk::deliverRecords(Night& night, const Moment& now)
 {
     std::vector<SampleRecord> records(mRecords.mUnread.size() / sizeof(SampleRecord));
     if (records.empty()) {

@@ -69,7 +69,7 @@ private:
     void startProgram(int run);
     std::vector<std::string> commandFor(int run) const;
     void tellEvents(Night& night, const Moment& now);
-    void tellRecords(Night& night, const Moment& now);
+    void deliverRecords(Night& night, const Moment& now);
     void tellEnd(Night& night, const Moment& now);
 
     SandboxSetup mSetup;

@@ -48,7 +48,7 @@ std::vector<std::string> missingFiles(const std::vector<std::string>& files, con
                          "plan and its files");
         }
     }
-    mistakes.expectNone();
+    mistakes.throwIfAny();
     return missing;
 }
 

@@ -32,7 +32,7 @@ constexpr const char* kLikeSteady =
     "two, for example its amplitude";
 
 /** Names keys of a plan instead of options of vx-case in a message. */
-std::string withKeys(const std::string& message)
+std::string withPlanKeys(const std::string& message)
 {
     static const QRegularExpression kOption(QStringLiteral("(?<=^| )--(?=[a-z])"));
     return QString::fromStdString(message)
@@ -72,7 +72,7 @@ Stage StageMaker::make()
         progress.show(double(++done) / double(mPlan.mCases.size() + 1));
         makeCase(it);
     }
-    mMistakes.expectNone();
+    mMistakes.throwIfAny();
     writeConfiguration();
     return std::move(mStage);
 }
@@ -170,7 +170,7 @@ const StageMaker::MadeFile& StageMaker::fileOf(const plan::Source& source, const
         file.mIsGood = true;
         mFiles.push_back(file.mName);
     } catch (const base::CaseError& error) {
-        const std::string text = withKeys(error.what());
+        const std::string text = withPlanKeys(error.what());
         if (text.find(mDirectory) == 0) {
             throw; // not a mistake of the case: the folder cannot be written
         }
@@ -211,7 +211,7 @@ void StageMaker::expectPlayable(const plan::Source& source, const MadeFile& file
 void StageMaker::addRemarks(const std::string& name, const std::vector<std::string>& remarks)
 {
     for (const std::string& remark : remarks) {
-        mStage.mRemarks.push_back(name + ": " + withKeys(remark));
+        mStage.mRemarks.push_back(name + ": " + withPlanKeys(remark));
     }
 }
 

@@ -88,7 +88,7 @@ public:
 private:
     static bool isWorse(const WorstValue& a, const WorstValue& b)
     {
-        return a.mValue.load() > b.mValue.load();
+        return a.mValue.errorRatio() > b.mValue.errorRatio();
     }
 
     std::vector<WorstValue> mHeap; ///< the least bad one at the front
@@ -96,11 +96,11 @@ private:
 
 void WorstList::add(const SeriesKey& key, const JudgedValue& value)
 {
-    if (value.load() == 0.0) {
+    if (value.errorRatio() == 0.0) {
         return;
     }
     const bool isFull = mHeap.size() == kMaxWorst;
-    if (isFull && value.load() <= mHeap.front().mValue.load()) {
+    if (isFull && value.errorRatio() <= mHeap.front().mValue.errorRatio()) {
         return;
     }
     if (isFull) {
@@ -149,7 +149,7 @@ const char* nameOf(Verdict verdict)
     return "no limit";
 }
 
-double JudgedValue::load() const
+double JudgedValue::errorRatio() const
 {
     return mLimit > 0.0 ? std::abs(mError) / mLimit : std::abs(mError);
 }
@@ -289,7 +289,7 @@ void Assessment::Work::judgeValues(const Matching& matching, const SeriesJudge& 
         }
         const bool isFirst = !series.mLargest || (limit != nullptr && largestLimit == nullptr);
         const bool isSameKind = (limit != nullptr) == (largestLimit != nullptr);
-        if (isFirst || (isSameKind && value.load() > series.mLargest->load())) {
+        if (isFirst || (isSameKind && value.errorRatio() > series.mLargest->errorRatio())) {
             series.mLargest = value;
             largestLimit = limit;
         }

@@ -36,7 +36,7 @@ struct JudgedValue
     double mLimit = 0.0; ///< 0: none applies
 
     /** The error divided by the limit; the error itself if no limit applies. */
-    double load() const;
+    double errorRatio() const;
 };
 
 /**

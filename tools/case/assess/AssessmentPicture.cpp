@@ -54,7 +54,7 @@ const SeriesResult* worstSeries(const AssessmentResult& result)
     const auto isWorse = [](const SeriesResult& a, const SeriesResult& b) {
         const bool hasA = a.mLargest->mLimit > 0.0;
         const bool hasB = b.mLargest->mLimit > 0.0;
-        return hasA == hasB ? a.mLargest->load() > b.mLargest->load() : hasA;
+        return hasA == hasB ? a.mLargest->errorRatio() > b.mLargest->errorRatio() : hasA;
     };
     for (const SeriesResult& it : result.mSeries) {
         if (it.mLargest && (worst == nullptr || isWorse(it, *worst))) {

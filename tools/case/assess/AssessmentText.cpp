@@ -147,7 +147,7 @@ std::string worstTable(const AssessmentResult& result)
                    fmt::format("{:.9g}", it.mValue.mExpected),
                    fmt::format("{:.9g}", it.mValue.mMeasured), numberText(it.mValue.mError),
                    numberText(it.mValue.mLimit),
-                   fmt::format("{:.0f} %", 100.0 * it.mValue.load())});
+                   fmt::format("{:.0f} %", 100.0 * it.mValue.errorRatio())});
     }
     return table.text();
 }

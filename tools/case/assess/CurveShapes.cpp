@@ -8,7 +8,7 @@
 
 namespace assess {
 
-std::vector<plot::Point> brokenAtGaps(const std::vector<plot::Point>& points, double longest)
+std::vector<plot::Point> splitAtGaps(const std::vector<plot::Point>& points, double longest)
 {
     constexpr double kDash = 0.2;
     std::vector<plot::Point> broken;

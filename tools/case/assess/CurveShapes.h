@@ -13,7 +13,7 @@ namespace assess {
  * No line is drawn over a time without values; a value alone becomes a dash.
  * @param longest x between two points of a line
  */
-std::vector<plot::Point> brokenAtGaps(const std::vector<plot::Point>& points, double longest);
+std::vector<plot::Point> splitAtGaps(const std::vector<plot::Point>& points, double longest);
 
 /** From the origin to a point, with a head, as one line. */
 std::vector<plot::Point> arrowTo(double magnitude, double degrees, double headLength);

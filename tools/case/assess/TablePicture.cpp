@@ -173,14 +173,14 @@ plot::WaveColumn diagramOf(const std::vector<DrawnPhasor>& phasors)
 }
 } // namespace
 
-bool isOfMoment(const std::string& quantity)
+bool isShownAtMoment(const std::string& quantity)
 {
     return quantity == kHarmonics || quantity == kPhasors;
 }
 
 std::string reasonNotDrawn(const std::string& quantity)
 {
-    if (isMeasured(quantity) || isOfMoment(quantity)) {
+    if (isMeasured(quantity) || isShownAtMoment(quantity)) {
         return "";
     }
     std::vector<std::string> names = measuredNames();
@@ -317,7 +317,7 @@ plot::Curve TablePicture::curveOf(const SeriesKey& key, bool hasBars) const
     const std::string name = key.mChannel.empty() ? key.mQuantity : key.mChannel;
     plot::Curve curve{name, colourOf(key), false, envelope.curve(0)};
     if (!hasBars && longest > 0.0) {
-        curve.mPoints = brokenAtGaps(curve.mPoints, longest);
+        curve.mPoints = splitAtGaps(curve.mPoints, longest);
     }
     return curve;
 }

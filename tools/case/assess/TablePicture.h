@@ -24,7 +24,7 @@ inline constexpr char kHarmonics[] = "harmonics";
 inline constexpr char kPhasors[] = "phasors";
 
 /** Whether the picture shows one time: "harmonics" and "phasors". */
-bool isOfMoment(const std::string& quantity);
+bool isShownAtMoment(const std::string& quantity);
 
 /** Why a quantity cannot be drawn, with the nearest name; empty if it can be drawn. */
 std::string reasonNotDrawn(const std::string& quantity);

@@ -26,7 +26,7 @@ bool isPlayed(const configuration::CaseEntry& entry, const FileFacts& facts)
 CaseCheck::CaseCheck(const QString& configuration) : mName(local8Bit(configuration))
 {
     const bool isRead =
-        mCases.read(configuration, configuration::CaseConfiguration::Rejected::GoOn);
+        mCases.read(configuration, configuration::CaseConfiguration::Rejected::Continue);
     const std::vector<std::string>& lineErrors = mCases.lineErrors();
     mErrors.insert(mErrors.end(), lineErrors.begin(), lineErrors.end());
     if (!isRead) {

@@ -28,7 +28,7 @@ void CommandFiles::addCases(const std::string& path, const std::string& director
     }
     addInput("the configuration", path);
     CaseConfiguration cases;
-    cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::GoOn);
+    cases.read(QString::fromStdString(path), CaseConfiguration::Rejected::Continue);
     const QDir folder(QString::fromStdString(directory));
     for (const std::string& name : cases.valueFiles()) {
         addInput(

@@ -41,7 +41,7 @@ struct JudgeOptions
     std::string mMap; ///< empty for the format of measure
     std::optional<NominalValues> mNominal;
     std::set<std::string> mQuantities;
-    bool mDoesList = false;
+    bool mIsList = false;
     std::string mOutput; ///< empty for standard output
 
     // Paths; empty for none.
@@ -144,7 +144,7 @@ assess::AssessmentOptions assessmentOptions(const JudgeOptions& options)
 
 void judge(const JudgeOptions& options)
 {
-    if (options.mDoesList) {
+    if (options.mIsList) {
         base::ResultFile list(options.mOutput);
         list.write(
             assess::textOf(readOrRefuse([&] { return assess::readLimits(options.mLimits); })));
@@ -239,10 +239,10 @@ void addJudgeCommand(CLI::App& app)
             },
             "Quantities or groups to judge (default: all expected ones)")
         ->type_name("NAME,...");
-    command.add_flag("--list-limits", options->mDoesList, "Only prints the table of limits");
+    command.add_flag("--list-limits", options->mIsList, "Only prints the table of limits");
     addJudgeResults(command, *options);
     command.callback([options] {
-        if (!options->mDoesList && options->mMeasured.empty()) {
+        if (!options->mIsList && options->mMeasured.empty()) {
             throw CLI::ValidationError("EXPECTED and MEASURED are required");
         }
         judge(*options);

@@ -130,7 +130,7 @@ void expectTableOptions(const CLI::App& command, const PlotOptions& options)
             throw CLI::ValidationError(name, "does not apply to a table of measure");
         }
     }
-    if (!options.mAt.empty() && !assess::isOfMoment(options.mQuantity)) {
+    if (!options.mAt.empty() && !assess::isShownAtMoment(options.mQuantity)) {
         throw CLI::ValidationError("--at",
                                    "for a table, expected --quantity harmonics or phasors, too");
     }

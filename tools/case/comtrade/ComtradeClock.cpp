@@ -50,7 +50,7 @@ bool ComtradeClock::nextByStamp(qint64 stamp, double* seconds)
     return mSamples > 0 || hasStamp;
 }
 
-bool ComtradeClock::tellsNoTime() const
+bool ComtradeClock::hasNoTime() const
 {
     return mHeader.mRates.empty() && mSamples > 1 && (mLastSeconds == 0.0 || !mStamped.isTime());
 }

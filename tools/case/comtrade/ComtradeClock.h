@@ -26,7 +26,7 @@ public:
     bool stamp(const ComtradeBlock& block, double* seconds);
 
     /** Whether, without a rate, the stamps tell no time: none has risen, or too many fall. */
-    bool tellsNoTime() const;
+    bool hasNoTime() const;
 
     /** Samples so far. */
     size_t samples() const { return mSamples; }

@@ -79,7 +79,7 @@ bool ComtradeSource::read(waveform::SignalBlock& block)
     mRecords->read(mBlockSamples, &mBlock, &block.mValues);
     block.resize(mLastValues.size(), mBlock.size());
     const bool hasBegin = mClock.stamp(mBlock, block.mSeconds.data());
-    if (!hasBegin || (block.size() == 0 && mClock.tellsNoTime())) {
+    if (!hasBegin || (block.size() == 0 && mClock.hasNoTime())) {
         throw base::CaseError(mParts.mData->name() +
                               ": expected time stamps that rise, from the first "
                               "record on, since the configuration has no rate");

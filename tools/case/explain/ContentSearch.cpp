@@ -16,7 +16,7 @@ quint64 hashOf(const SampleContent& content)
 }
 
 /** Whether the file has the contents from this sample on, up to the end of the shorter one. */
-bool goesOn(const PlayedFile& file, size_t sample, const std::vector<SampleContent>& contents)
+bool continues(const PlayedFile& file, size_t sample, const std::vector<SampleContent>& contents)
 {
     const size_t count = std::min(contents.size(), file.size() - sample);
     for (size_t i = 0; i < count; ++i) {
@@ -36,7 +36,7 @@ std::vector<Positions> ContentSearch::scan(const std::vector<SampleContent>& con
         const PlayedFile& file = mPlan.files()[index];
         samples.clear();
         for (size_t sample = 0; sample < file.size(); ++sample) {
-            if (goesOn(file, sample, contents)) {
+            if (continues(file, sample, contents)) {
                 samples.push_back(sample);
             }
         }
@@ -63,7 +63,7 @@ std::vector<Positions> ContentSearch::find(const std::vector<SampleContent>& con
             samples.clear();
             begin += mPlan.files()[index++].size();
         }
-        if (goesOn(mPlan.files()[index], number - begin, contents)) {
+        if (continues(mPlan.files()[index], number - begin, contents)) {
             samples.push_back(number - begin);
         }
     }

@@ -296,9 +296,9 @@ void Judge::passForeign(const Repair& found)
         mWindow.advance();
     }
     mTracker.forgetPasses();
-    const bool goesOn =
+    const bool continues =
         mWindow.arrived() > 0 && mTracker.allows(contentOf(mWindow.next()), std::nullopt);
-    mNextStep = goesOn ? NextStep::Known : NextStep::Doubtful;
+    mNextStep = continues ? NextStep::Known : NextStep::Doubtful;
 }
 
 void Judge::addTimeJump()
@@ -370,7 +370,7 @@ void Judge::finishRun(bool isComplete)
 {
     const size_t recorded = mWindow.position();
     const size_t inEvents = mEvents.samples();
-    if (mEvents.tellOfBlocks() && inEvents != recorded && isComplete) {
+    if (mEvents.haveBlocks() && inEvents != recorded && isComplete) {
         addRunFinding(
             FindingKind::OtherEvents, std::max(inEvents, recorded) - std::min(inEvents, recorded),
             fmt::format("the events have {} samples, the recording has {}", inEvents, recorded));

@@ -8,10 +8,10 @@ namespace explain {
 
 bool PlayedPasses::append(const PlayedPasses& next)
 {
-    const bool goesOn =
+    const bool continues =
         next.mFile == mFile && next.mFirstSample == 0 && next.mKnownCommands == mKnownCommands &&
         next.mUnknownCommands == mUnknownCommands && next.mConfigurations == mConfigurations;
-    if (!goesOn) {
+    if (!continues) {
         return false;
     }
     mLast = next.mLast;

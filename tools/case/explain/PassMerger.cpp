@@ -25,11 +25,11 @@ void PassMerger::add(const PlayedPasses& played)
 {
     const PlayedFile& file = mPlan.files()[played.mFile];
     std::vector<int> configurations = configurationsOf(played);
-    const bool goesOn = mSegment && played.mFirstSample == 0 &&
-                        mSegment->mLastSample + 1 == mSegment->mFileSamples &&
-                        mSegment->mFile == file.name() &&
-                        mSegment->mConfigurations == configurations;
-    if (!goesOn) {
+    const bool continues = mSegment && played.mFirstSample == 0 &&
+                           mSegment->mLastSample + 1 == mSegment->mFileSamples &&
+                           mSegment->mFile == file.name() &&
+                           mSegment->mConfigurations == configurations;
+    if (!continues) {
         flush();
         mSegment = PlayedSegment{std::move(configurations),
                                  file.name(),

@@ -172,7 +172,7 @@ void PlaybackTracker::advance(const std::optional<Arrival>& arrival, const Sampl
         return;
     }
     mPastHasChanged = true;
-    std::vector<Hypothesis> ended = takeOutEnded();
+    std::vector<Hypothesis> ended = removeEnded();
     if (arrival) {
         PassHistory(plan()).addEnded(&ended, mSamplesTaken, *arrival);
     }
@@ -186,7 +186,7 @@ void PlaybackTracker::advance(const std::optional<Arrival>& arrival, const Sampl
 }
 
 /** Removes and returns the positions at the end of their file. */
-std::vector<Hypothesis> PlaybackTracker::takeOutEnded()
+std::vector<Hypothesis> PlaybackTracker::removeEnded()
 {
     std::vector<Hypothesis> ended;
     std::vector<Hypothesis>& all = mBeam.changeAll();

@@ -116,7 +116,7 @@ private:
     const PlayPlan& plan() const { return mBeam.plan(); }
     PlayedPasses current(const Arrival& last) const;
     void beginPasses(const Arrival& arrival);
-    std::vector<Hypothesis> takeOutEnded();
+    std::vector<Hypothesis> removeEnded();
     void mergeAtSecondSample();
     void addUnknownCommands(const SampleContent* next);
 

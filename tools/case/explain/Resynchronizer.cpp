@@ -14,7 +14,7 @@ qint64 gapBefore(const RecordWindow& window, size_t offset)
 }
 
 /** Whether the records from the offset on fit the tracker. The step before the first is ignored. */
-bool goesOn(const RecordWindow& window, const PlaybackTracker& from, size_t offset)
+bool continues(const RecordWindow& window, const PlaybackTracker& from, size_t offset)
 {
     if (offset == window.ahead()) {
         return true;
@@ -38,7 +38,7 @@ bool goesOn(const RecordWindow& window, const PlaybackTracker& from, size_t offs
 }
 
 /** Whether most records fit. Some may differ, but not both of the first two. */
-bool mostlyGoesOn(const RecordWindow& window, PlaybackTracker supposed)
+bool mostlyContinues(const RecordWindow& window, PlaybackTracker supposed)
 {
     const std::vector<SampleContent> contents = window.proof(0);
     size_t different = 0;
@@ -62,7 +62,7 @@ bool mostlyGoesOn(const RecordWindow& window, PlaybackTracker supposed)
  * Whether the contents of the next records fit the likeliest hypothesis, whatever their time
  * stamps. False if they reach beyond the end of the file.
  */
-bool contentGoesOn(const RecordWindow& window, const PlaybackTracker& expected)
+bool contentContinues(const RecordWindow& window, const PlaybackTracker& expected)
 {
     const std::vector<SampleContent> contents = window.proof(0);
     const PlayedFile& file = expected.likeliestFile();
@@ -90,13 +90,13 @@ PlaybackTracker leadingTo(const RecordWindow& window, PlaybackTracker expected, 
         for (size_t i = 0; i < offset; ++i) {
             alone.advance();
         }
-        return goesOn(window, alone, offset);
+        return continues(window, alone, offset);
     });
     return expected;
 }
 
 /** Number of next records that repeat the records before them in the same order. */
-size_t countTwice(const RecordWindow& window)
+size_t countRepeated(const RecordWindow& window)
 {
     const auto ahead = static_cast<std::ptrdiff_t>(window.ahead());
     for (std::ptrdiff_t back = 1; back <= static_cast<std::ptrdiff_t>(window.back()); ++back) {
@@ -132,14 +132,14 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
         return std::nullopt;
     }
     if (gapNs <= 0) {
-        if (const size_t twice = countTwice(window); twice > 0) {
+        if (const size_t twice = countRepeated(window); twice > 0) {
             return Repair{Repair::Kind::Twice, twice, twice, expected};
         }
     } else {
         const GapAnswer behind = searchAfterGap(expected, gapNs);
         const bool anyLost = !behind.mAfter.empty() && behind.mLost > 0;
         std::optional<Repair> brokenOff = missingWithinCase(window, expected, gapNs);
-        if (anyLost && goesOn(window, behind.mAfter, 0)) {
+        if (anyLost && continues(window, behind.mAfter, 0)) {
             Repair found{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
             if (brokenOff && brokenOff->mSamples == behind.mLost) {
                 found.mAfter.alsoFollow(brokenOff->mAfter); // both may fit for a while
@@ -149,13 +149,13 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
         if (brokenOff) {
             return brokenOff;
         }
-        if (anyLost && mostlyGoesOn(window, behind.mAfter)) {
+        if (anyLost && mostlyContinues(window, behind.mAfter)) {
             return Repair{Repair::Kind::Missing, 0, behind.mLost, behind.mAfter};
         }
     }
     // If all samples have the same step, no other position explains the time better.
-    const bool isTimeAlone = mPlan.hasOneStep() && contentGoesOn(window, expected);
-    if (isTimeAlone || goesOn(window, expected, 0) || mostlyGoesOn(window, expected)) {
+    const bool isTimeAlone = mPlan.hasOneStep() && contentContinues(window, expected);
+    if (isTimeAlone || continues(window, expected, 0) || mostlyContinues(window, expected)) {
         return Repair{Repair::Kind::TimeJump, 0, 0, expected};
     }
     return std::nullopt;
@@ -170,7 +170,7 @@ std::optional<Repair> Resynchronizer::missingWithinCase(const RecordWindow& wind
     const PlayedFile& file = expected.likeliestFile();
     const qint64 lostStepNs = expected.nextStep();
     PlaybackTracker after = expected.restarted(contentOf(window.next()));
-    if (lostStepNs == 0 || !goesOn(window, after, 0)) {
+    if (lostStepNs == 0 || !continues(window, after, 0)) {
         return std::nullopt;
     }
     after.keep(contentOf(window.next()), std::nullopt);
@@ -197,7 +197,7 @@ Repair Resynchronizer::repairByContent(const RecordWindow& window, const Playbac
     for (size_t different = 1; different <= ahead; ++different) {
         blind.advance();
         const bool fits = different < ahead || different <= kSamplesPerPeriod;
-        if (fits && goesOn(window, blind, different)) {
+        if (fits && continues(window, blind, different)) {
             const bool isLikelier =
                 found.empty() || (different <= kMaxDifferentInRow && lastStampNs);
             if (isLikelier) {
@@ -223,7 +223,7 @@ PlaybackTracker Resynchronizer::elsewhere(const RecordWindow& window,
                                           const PlaybackTracker& expected, size_t offset) const
 {
     PlaybackTracker found = expected.movedTo(mSearch.find(window.proof(offset)));
-    if (!found.empty() && !goesOn(window, found, offset)) {
+    if (!found.empty() && !continues(window, found, offset)) {
         return expected.movedTo({});
     }
     return found;

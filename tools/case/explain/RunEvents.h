@@ -35,7 +35,7 @@ public:
     size_t refusedSamples() const { return mRefusedSamples; }
 
     /** Whether they are those of a driver, which tell how many samples there are. */
-    bool tellOfBlocks() const { return mLastBlockNs || mIsRunOver; }
+    bool haveBlocks() const { return mLastBlockNs || mIsRunOver; }
 
     /** When the last block arrived, accepted or refused; nothing before the first. */
     std::optional<qint64> lastBlockNs() const { return mLastBlockNs; }

@@ -57,14 +57,14 @@ Spectra spectraOf(const WaveParameters& parameters)
 ChannelValues valuesOf(Spectrum spectrum)
 {
     const Complex fundamental = spectrum.mPhasors[1];
-    const bool hasFundamental = !isNothing(fundamental);
+    const bool hasFundamental = !isNegligible(fundamental);
     ChannelValues values{hasFundamental ? std::abs(fundamental) / std::sqrt(2.0) : 0.0,
                          degreesOf(fundamental),
                          {},
                          {}};
     double squares = 0.0;
     for (const auto& [order, phasor] : spectrum.mPhasors) {
-        if (order == 1 || isNothing(phasor)) {
+        if (order == 1 || isNegligible(phasor)) {
             continue;
         }
         HarmonicValues harmonic{
@@ -264,7 +264,7 @@ ModulationValues ReferenceMeter::modulation(const Modulation& modulation) const
 }
 } // namespace
 
-bool isNothing(std::complex<double> phasor)
+bool isNegligible(std::complex<double> phasor)
 {
     constexpr double kMaxRemainder = 1e-6;
     return std::abs(phasor) <= kMaxRemainder;
@@ -272,7 +272,7 @@ bool isNothing(std::complex<double> phasor)
 
 double degreesOf(std::complex<double> phasor)
 {
-    if (isNothing(phasor)) {
+    if (isNegligible(phasor)) {
         return 0.0;
     }
     constexpr double kDecimals = 1e9;

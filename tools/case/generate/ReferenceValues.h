@@ -104,7 +104,7 @@ struct ReferenceValues
 ReferenceValues referenceValuesOf(const WaveParameters& parameters);
 
 /** Whether it is what rounding leaves of phasors that cancel each other, in counts. */
-bool isNothing(std::complex<double> phasor);
+bool isNegligible(std::complex<double> phasor);
 
 /** Above -180 to 180, without the last digits' rounding; 0 where there is nothing. */
 double degreesOf(std::complex<double> phasor);

@@ -65,7 +65,7 @@ private:
     void assign(size_t index, const Assignment& assignment);
     void add(size_t index, size_t source, double factor);
     double sideFactor(const waveform::ChannelDescription& channel);
-    [[noreturn]] void refuseNothing() const;
+    [[noreturn]] void refuseEmptyMap() const;
     void remarkMixed(size_t first);
     void remarkObjects();
     void remarkMissing();
@@ -90,7 +90,7 @@ ChannelMap Mapper::map()
         hasAny = hasAny || !mMap.mChannels[index].mTerms.empty();
     }
     if (!hasAny) {
-        refuseNothing();
+        refuseEmptyMap();
     }
     remarkMixed(0);
     remarkMixed(kFirstCurrent);
@@ -107,7 +107,7 @@ std::optional<size_t> Mapper::guessed(size_t index) const
                : mGuessed[index / kFirstCurrent].mSources[index % kFirstCurrent];
 }
 
-void Mapper::refuseNothing() const
+void Mapper::refuseEmptyMap() const
 {
     const auto& assignments = mOptions.mAssignments;
     if (std::all_of(assignments.begin(), assignments.end(),
@@ -218,7 +218,7 @@ void Mapper::remarkMissing()
             (names.empty() ? ": the recording has none"
                            : "; not used for it: " + names + "; see --channels"));
     }
-    const std::string others = leftOut.passedOver();
+    const std::string others = leftOut.skippedChannels();
     if (!others.empty()) {
         mMap.mRemarks.push_back("not taken: " + others + "; see --channels");
     }

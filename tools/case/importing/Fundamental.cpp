@@ -58,7 +58,7 @@ double amountOf(const resampling::PhaseMeter& meter, double hz)
 }
 
 /** The larger amplitude of both phase sequences. */
-double amountEitherWay(const resampling::PhaseMeter& meter, double hz)
+double amountInEitherSequence(const resampling::PhaseMeter& meter, double hz)
 {
     return std::max(amountOf(meter, hz), amountOf(meter, -hz));
 }
@@ -88,8 +88,8 @@ std::optional<resampling::PhaseTrack> follow(std::vector<std::vector<double>> ph
         meter = resampling::PhaseMeter(times, sequenceOf(phases));
     }
     for (const double other : {60.0, 50.0 / 3.0}) {
-        if (!isKnown &&
-            amountEitherWay(meter, other) > amountEitherWay(meter, fundamental.mNominalHz)) {
+        if (!isKnown && amountInEitherSequence(meter, other) >
+                            amountInEitherSequence(meter, fundamental.mNominalHz)) {
             fundamental.mNominalHz = other;
         }
     }

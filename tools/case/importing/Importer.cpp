@@ -54,10 +54,10 @@ std::vector<std::string> commentsOf(const waveform::SignalDescription& descripti
         waveform::importComment({name, description.mStartTime, begin, {}})};
     for (size_t i = 0; i < report.mChannels.size(); ++i) {
         const ChannelReport& channel = report.mChannels[i];
-        const bool isNothing = channel.mFactor == 0.0;
-        comments.push_back(isNothing ? fmt::format("channel {}: nothing", i)
-                                     : waveform::sourceComment(i, channel.mSource, channel.mFactor,
-                                                               channel.mUnit));
+        const bool isNegligible = channel.mFactor == 0.0;
+        comments.push_back(isNegligible ? fmt::format("channel {}: nothing", i)
+                                        : waveform::sourceComment(i, channel.mSource,
+                                                                  channel.mFactor, channel.mUnit));
     }
     comments.insert(comments.end(), report.mRemarks.begin(), report.mRemarks.end());
     comments.emplace_back(

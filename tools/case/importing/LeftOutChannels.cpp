@@ -45,9 +45,9 @@ std::string LeftOutChannels::candidatesFor(size_t index) const
     return list([&](size_t source) { return reasonAgainst(source, index); });
 }
 
-std::string LeftOutChannels::passedOver() const
+std::string LeftOutChannels::skippedChannels() const
 {
-    return list([&](size_t source) { return reasonPassedOver(source); });
+    return list([&](size_t source) { return reasonSkipped(source); });
 }
 
 /** Lists names by reason: "a, b (reason)". */
@@ -114,7 +114,7 @@ std::string LeftOutChannels::reasonAgainst(size_t source, size_t index) const
 }
 
 /** Why the source was passed over; empty if it is used, or is a candidate for a missing channel. */
-std::string LeftOutChannels::reasonPassedOver(size_t source) const
+std::string LeftOutChannels::reasonSkipped(size_t source) const
 {
     const Quantity quantity = channels::unitOf(mChannels[source]).mQuantity;
     const auto phase = static_cast<size_t>(mPhases[source].mPhase);

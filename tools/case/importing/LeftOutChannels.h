@@ -31,13 +31,13 @@ public:
 
     /** Those of the phase and quantity of a channel that was found, which are no candidates for
      * any that is missing; empty for none. */
-    std::string passedOver() const;
+    std::string skippedChannels() const;
 
 private:
     using Reasons = std::function<std::string(size_t source)>;
 
     std::string list(const Reasons& reasonOf) const;
-    std::string reasonPassedOver(size_t source) const;
+    std::string reasonSkipped(size_t source) const;
     bool isUsed(size_t source) const;
     std::string reasonAgainst(size_t source, size_t index) const;
 

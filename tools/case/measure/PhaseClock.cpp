@@ -90,7 +90,7 @@ void PhaseClock::measureHop()
     } else {
         const auto phasor = mSamples.measure(mReference, middle, windowFrequency());
         if (!mIsFollowing || !followOn(phasor)) {
-            search(phasor);
+            searchFundamental(phasor);
         }
     }
     ++mNextHop;
@@ -117,7 +117,7 @@ bool PhaseClock::followOn(const SequenceSamples::Phasor& phasor)
     const bool isEven = std::abs(difference) <= kMaxTurnChangeCycles &&
                         std::abs(growth - mGrowth) <= kMaxGrowthChange * mAmplitude;
     if (!isEven || phasor.mAmplitude < kMinAmplitude * mAmplitude) {
-        lose();
+        beginFault();
         return false;
     }
     const double turn = mTurn + mTurnChange + difference;
@@ -164,7 +164,7 @@ void PhaseClock::pushExtrapolated()
 }
 
 /** Withdraws the points whose windows held the beginning of the fault. */
-void PhaseClock::lose()
+void PhaseClock::beginFault()
 {
     mIsFollowing = false;
     mRun.clear();
@@ -195,7 +195,7 @@ bool PhaseClock::chooseReference()
     return true;
 }
 
-void PhaseClock::search(SequenceSamples::Phasor phasor)
+void PhaseClock::searchFundamental(SequenceSamples::Phasor phasor)
 {
     if (phasor.mShare < kMinShare) {
         mRun.clear();

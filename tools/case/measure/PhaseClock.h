@@ -57,8 +57,8 @@ private:
 
     void measureHop();
     bool followOn(const SequenceSamples::Phasor& phasor);
-    void lose();
-    void search(SequenceSamples::Phasor phasor);
+    void beginFault();
+    void searchFundamental(SequenceSamples::Phasor phasor);
     void extendRun(const SequenceSamples::Phasor& phasor);
     void resume();
     void refineRun();

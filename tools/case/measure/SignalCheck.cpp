@@ -24,7 +24,7 @@ const std::array<std::complex<double>, kSamplesPerPeriod>& rotations()
 }
 
 /** Whether the negative sequence clearly dominates, also over a residue of equal phases. */
-bool isTurnedRound(const std::array<std::complex<double>, 3>& phases)
+bool isPhaseOrderReversed(const std::array<std::complex<double>, 3>& phases)
 {
     const std::complex<double> third = std::polar(1.0, base::kTwoPi / 3.0);
     const double positive = std::abs(phases[0] + third * phases[1] + std::conj(third) * phases[2]);
@@ -77,10 +77,10 @@ void SignalCheck::endPeriod()
         const bool isThere = std::any_of(phases.begin(), phases.end(),
                                          [](const Phase& it) { return it.mSquares > 0.0; });
         system.mPeriods += isThere ? 1 : 0;
-        system.mReversed +=
-            isTurnedRound({phases[0].mFundamental, phases[1].mFundamental, phases[2].mFundamental})
-                ? 1
-                : 0;
+        system.mReversed += isPhaseOrderReversed({phases[0].mFundamental, phases[1].mFundamental,
+                                                  phases[2].mFundamental})
+                                ? 1
+                                : 0;
         system.mPhases = {};
     }
 }

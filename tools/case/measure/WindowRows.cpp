@@ -12,7 +12,7 @@ constexpr double kPercent = 100.0;
  * A fundamental whose square is below this part of the square of the nominal value or of the
  * largest channel is noise.
  */
-constexpr double kNothing = 1e-10;
+constexpr double kNoiseShare = 1e-10;
 
 /** How far the last line of a subgroup is above its order; the larger one of 10 and 12 periods. */
 constexpr double kHarmonicReach = 0.1;
@@ -87,7 +87,7 @@ void WindowRows::writeChannel(const ChannelSquares& squares, Channel channel, do
         put(QuantityId::Rms, channel, std::sqrt(squares.mRms));
     }
     const double fundamental = squares.mHarmonics[1];
-    if (!(fundamental > kNothing * largest)) {
+    if (!(fundamental > kNoiseShare * largest)) {
         return;
     }
     if (mHasThd) {
@@ -132,7 +132,7 @@ void WindowRows::writeSequences(const WindowValues& values, size_t number)
     const bool isVoltage = number == 0;
     const Channel system = isVoltage ? Channel::U : Channel::I;
     const double largest = std::max({squares.mNegative, squares.mZero, mNominalSquares[number]});
-    if (squares.mPositive > kNothing * largest) {
+    if (squares.mPositive > kNoiseShare * largest) {
         put(isVoltage ? QuantityId::NegativeVoltageUnbalance : QuantityId::NegativeCurrentUnbalance,
             system, percentOf(squares.mNegative, squares.mPositive));
         put(isVoltage ? QuantityId::ZeroVoltageUnbalance : QuantityId::ZeroCurrentUnbalance, system,

@@ -12,7 +12,7 @@ namespace {
 constexpr double kMaxTimeSteps = 15.0;
 
 /** Min space between two numbers, in letters. */
-constexpr double kApart = 3.0;
+constexpr double kMinLettersBetween = 3.0;
 
 /**
  * An axis that ends just before a tick, by less than this part of a step, still gets it: 1 s if the
@@ -53,7 +53,7 @@ double timeStep(double low, double high, double letters)
         const double last = std::floor(high / step);
         const auto widest = std::max(widthAt(last * step), widthAt((last - 1.0) * step));
         if (steps <= 1.0 ||
-            (static_cast<double>(widest) + kApart) * (high - low) / step <= letters) {
+            (static_cast<double>(widest) + kMinLettersBetween) * (high - low) / step <= letters) {
             return step;
         }
     }

@@ -54,7 +54,7 @@ std::string shortened(const std::string& text, size_t letters)
     return whole.substr(0, begins[head]) + "…" + whole.substr(begins[begins.size() - tail]);
 }
 
-std::vector<std::string> brokenIntoLines(const std::string& text, size_t letters)
+std::vector<std::string> wrappedIntoLines(const std::string& text, size_t letters)
 {
     std::vector<std::string> lines;
     for (const std::string_view part : base::splitText(text, ';')) {

@@ -26,6 +26,6 @@ std::string shortened(const std::string& text, size_t letters);
  * The text in lines, broken after semicolons. A part between semicolons that does not fit is
  * shortened. Requires: letters >= 4.
  */
-std::vector<std::string> brokenIntoLines(const std::string& text, size_t letters);
+std::vector<std::string> wrappedIntoLines(const std::string& text, size_t letters);
 
 } // namespace plot

@@ -15,7 +15,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /** Periods shown before and after a moment. */
 constexpr double kPeriodsBefore = 2.25;
-constexpr double kPeriodsBehind = 2.75;
+constexpr double kPeriodsAfter = 2.75;
 
 /**
  * Periods shown on each side of a requested time. The first waveform, at the beginning, has twice
@@ -40,10 +40,10 @@ Span spanAround(double seconds, double before, double after)
 
 Span spanOf(const Moment& moment, double period)
 {
-    return spanAround(moment.mSeconds, kPeriodsBefore * period, kPeriodsBehind * period);
+    return spanAround(moment.mSeconds, kPeriodsBefore * period, kPeriodsAfter * period);
 }
 
-Span spanAskedFor(double seconds, double period)
+Span requestedSpan(double seconds, double period)
 {
     return spanAround(seconds, kPeriodsAround * period, kPeriodsAround * period);
 }
@@ -53,9 +53,9 @@ Span spanOfBeginning(double period)
     return {0.0, 2.0 * kPeriodsAround * period};
 }
 
-std::vector<Moment> chooseApart(const std::vector<Moment>& moments, size_t max, double period)
+std::vector<Moment> withoutOverlap(const std::vector<Moment>& moments, size_t max, double period)
 {
-    return chooseMoments(moments, max, (kPeriodsBefore + kPeriodsBehind) * period);
+    return chooseMoments(moments, max, (kPeriodsBefore + kPeriodsAfter) * period);
 }
 } // namespace
 
@@ -82,7 +82,7 @@ std::vector<Moment> MomentChooser::moments(const Overview& overview) const
     for (const Change& change : detector.changes()) {
         moments.push_back({change.mSeconds, change.mScore, detector.textOf(change)});
     }
-    if (chooseApart(moments, mRequest.mMax, overview.period()).size() < mRequest.mMax) {
+    if (withoutOverlap(moments, mRequest.mMax, overview.period()).size() < mRequest.mMax) {
         moments.insert(moments.end(), mOthers.begin(), mOthers.end());
     }
     return moments;
@@ -98,7 +98,7 @@ std::vector<Span> MomentChooser::candidates(const Overview& overview) const
         return {};
     }
     if (mRequest.mAt) {
-        return {spanAskedFor(*mRequest.mAt, period)};
+        return {requestedSpan(*mRequest.mAt, period)};
     }
     std::vector<Span> spans;
     for (const Moment& moment : moments(overview)) {
@@ -112,7 +112,7 @@ size_t MomentChooser::shownCount(const Overview& overview) const
     if (mRequest.mFrom || mRequest.mTo || mRequest.mAt) {
         return 1;
     }
-    const size_t count = chooseApart(moments(overview), mRequest.mMax, overview.period()).size();
+    const size_t count = withoutOverlap(moments(overview), mRequest.mMax, overview.period()).size();
     return std::max<size_t>(count, 1);
 }
 
@@ -142,7 +142,8 @@ std::vector<ShownSpan> MomentChooser::choose(const Overview& overview, double be
         return {{fmt::format("around {:.6g} s", *mRequest.mAt), first, mRequest.mAt}};
     }
     std::vector<ShownSpan> shown;
-    for (const Moment& moment : chooseApart(moments(overview), mRequest.mMax, overview.period())) {
+    for (const Moment& moment :
+         withoutOverlap(moments(overview), mRequest.mMax, overview.period())) {
         shown.push_back({moment.mText, spanOf(moment, overview.period()), moment.mSeconds});
     }
     return shown.empty() ? std::vector<ShownSpan>{{"the beginning", first, std::nullopt}} : shown;

@@ -146,7 +146,7 @@ void LayoutBuilder::addHead()
     mTop = kHeadHeight - kCaptionStep;
     double middle = kCaptionMiddle;
     for (const std::string& line :
-         brokenIntoLines(mPicture.mCaption, static_cast<size_t>(room / kLetterWidth))) {
+         wrappedIntoLines(mPicture.mCaption, static_cast<size_t>(room / kLetterWidth))) {
         mLayout.mTexts.push_back({line, kMargin, middle, Anchor::Left, TextStyle::Muted});
         middle += kCaptionStep;
         mTop += kCaptionStep;

@@ -15,7 +15,7 @@ constexpr size_t kCubicPoints = 4;
 
 /** Rates of which a kernel is kept, 1 % apart: each takes some 1.5 MB. */
 constexpr size_t kMaxKernels = 16;
-constexpr double kKernelsAnOctave = 64.0;
+constexpr double kKernelsPerOctave = 64.0;
 
 /** Rates that differ by less share a kernel, in 1/64 octave: about 1 %, as a drifting frequency or
  * a truncated step makes them differ. */
@@ -70,7 +70,7 @@ const SincKernel* Interpolator::kernelFor(const Segment& segment)
         return nullptr;
     }
     const double excess = std::log2(std::max(1.0 / (segment.mStep * mOutputRate), 1.0));
-    const int key = static_cast<int>(std::ceil(excess * kKernelsAnOctave - kKernelTolerance));
+    const int key = static_cast<int>(std::ceil(excess * kKernelsPerOctave - kKernelTolerance));
     const auto found = mKernels.find(key);
     if (found != mKernels.end()) {
         return &found->second;
@@ -78,7 +78,7 @@ const SincKernel* Interpolator::kernelFor(const Segment& segment)
     if (mKernels.size() == kMaxKernels) {
         return nullptr;
     }
-    return &mKernels.emplace(key, SincKernel(std::exp2(-key / kKernelsAnOctave))).first->second;
+    return &mKernels.emplace(key, SincKernel(std::exp2(-key / kKernelsPerOctave))).first->second;
 }
 
 void Interpolator::prepare(double seconds)

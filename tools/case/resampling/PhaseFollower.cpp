@@ -8,20 +8,20 @@
 namespace resampling {
 
 namespace {
-constexpr size_t kHopsAPeriod = 2;
-constexpr size_t kWindowHops = PhaseMeter::kWindowPeriods * kHopsAPeriod;
+constexpr size_t kHopsPerPeriod = 2;
+constexpr size_t kWindowHops = PhaseMeter::kWindowPeriods * kHopsPerPeriod;
 
 /** Max points for an extrapolation: ten periods, a usual interval of power quality measurement. */
-constexpr size_t kFitHops = 10 * kHopsAPeriod;
+constexpr size_t kFitHops = 10 * kHopsPerPeriod;
 
 /** Hops after which a run is trusted: its first and last window have no sample in common ... */
 constexpr size_t kSettledHops = kWindowHops + 1;
 
 /** ... and in a deep sag 50 periods: by then protection has cleared any fault. */
-constexpr size_t kLongSagHops = 50 * kHopsAPeriod;
+constexpr size_t kLongSagHops = 50 * kHopsPerPeriod;
 
 /** Min points to fit a parabola, six periods; fewer points get a line. */
-constexpr size_t kPointsForBend = 6 * kHopsAPeriod;
+constexpr size_t kPointsForBend = 6 * kHopsPerPeriod;
 constexpr size_t kPointsForLine = 3;
 
 /**
@@ -52,7 +52,7 @@ double wrapped(double cycles)
 PhaseFollower::PhaseFollower(const PhaseMeter& meter, double nominalHz)
     : mMeter(meter),
       mNominalHz(nominalHz),
-      mHopSeconds(1.0 / nominalHz / static_cast<double>(kHopsAPeriod)),
+      mHopSeconds(1.0 / nominalHz / static_cast<double>(kHopsPerPeriod)),
       mFrequency(nominalHz)
 {
 }
@@ -60,7 +60,7 @@ PhaseFollower::PhaseFollower(const PhaseMeter& meter, double nominalHz)
 std::optional<PhaseTrack> PhaseFollower::follow()
 {
     const double hops = std::ceil((mMeter.end() - mMeter.begin()) / mHopSeconds);
-    mCycles.resize(static_cast<size_t>(hops) + kHopsAPeriod);
+    mCycles.resize(static_cast<size_t>(hops) + kHopsPerPeriod);
     for (size_t hop = 0; hop < mCycles.size(); ++hop) {
         take(hop);
     }

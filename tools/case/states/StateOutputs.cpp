@@ -49,7 +49,7 @@ Json channelsOf(const StatePlan& plan, const StateSignal& signal, size_t number)
     for (size_t channel = 0; channel < phasors.size(); ++channel) {
         const std::complex<double> phasor = phasors[channel];
         Json json{{"channel", channel},
-                  {"fundamentalRms", generate::isNothing(phasor) ? 0.0 : std::abs(phasor)},
+                  {"fundamentalRms", generate::isNegligible(phasor) ? 0.0 : std::abs(phasor)},
                   {"fundamentalDegrees", generate::degreesOf(phasor)}};
         const ChannelWave& wave = state.mChannels[channel];
         if (wave.mOffset && wave.mSince == number) {

@@ -96,7 +96,7 @@ bool areUnits(const std::vector<std::string_view>& names,
         return false;
     }
     for (size_t i = 0; i < fields.size(); ++i) {
-        if ((i == 0 || saysTime(names[i])) && secondsInUnit(withoutBrackets(fields[i]))) {
+        if ((i == 0 || isTimeName(names[i])) && secondsInUnit(withoutBrackets(fields[i]))) {
             return true;
         }
     }

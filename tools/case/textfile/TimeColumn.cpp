@@ -71,7 +71,7 @@ std::optional<size_t> columnByName(const Columns& columns, const Rows& rows)
         return std::pair(spanOf(rows, i).has_value(), secondsInUnit(columns[i].mUnit).has_value());
     };
     for (size_t i = 0; i < columns.size(); ++i) {
-        if (saysTime(columns[i].mName) && (!best || score(i) > score(*best))) {
+        if (isTimeName(columns[i].mName) && (!best || score(i) > score(*best))) {
             best = i;
         }
     }
@@ -99,7 +99,7 @@ std::optional<double> secondsInUnit(std::string_view unit)
     return found == kTimeUnits.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool saysTime(std::string_view name)
+bool isTimeName(std::string_view name)
 {
     if (name == "t") {
         return true; // but a "T" may be a phase
@@ -123,7 +123,7 @@ void splitTimeName(TextLayout::Column* column, bool isFirst)
     const std::string& name = column->mName;
     const size_t end = name.find_last_of("_ ");
     if (column->mUnit.empty() && end != std::string::npos && end + 1 < name.size() &&
-        secondsInUnit(name.substr(end + 1)) && (isFirst || saysTime(name.substr(0, end)))) {
+        secondsInUnit(name.substr(end + 1)) && (isFirst || isTimeName(name.substr(0, end)))) {
         *column = {name.substr(0, end), name.substr(end + 1)};
     }
 }

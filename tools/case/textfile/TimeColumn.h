@@ -13,7 +13,7 @@ namespace textfile {
 std::optional<double> secondsInUnit(std::string_view unit);
 
 /** Whether a column with this name holds the time: "t", "Time", "Zeit", "Sample time", ... */
-bool saysTime(std::string_view name);
+bool isTimeName(std::string_view name);
 
 /** "time_ms" and "Time ms" become a name and a unit; in the first column "x_ms" too. */
 void splitTimeName(TextLayout::Column* column, bool isFirst);

@@ -10,12 +10,12 @@ namespace waveform {
 
 namespace {
 constexpr std::string_view kBeforeTime = "# begins at ";
-constexpr std::string_view kBehindTime = " s of the recording ";
+constexpr std::string_view kAfterTime = " s of the recording ";
 constexpr std::string_view kBeforeStart = ", whose first sample is of ";
 constexpr std::string_view kBeforeChannel = "# channel ";
-constexpr std::string_view kBehindChannel = ": ";
+constexpr std::string_view kAfterChannel = ": ";
 constexpr std::string_view kBeforeFactor = ", ";
-constexpr std::string_view kBehindFactor = " counts for 1 ";
+constexpr std::string_view kAfterFactor = " counts for 1 ";
 
 /** Takes the text up to and including the separator; false if there is none. */
 bool takeUpTo(std::string_view separator, std::string_view* text, std::string_view* part)
@@ -38,7 +38,7 @@ bool takePrefix(std::string_view prefix, std::string_view* text)
 bool readOrigin(std::string_view line, ImportMark* mark)
 {
     std::string_view seconds;
-    if (!takePrefix(kBeforeTime, &line) || !takeUpTo(kBehindTime, &line, &seconds) ||
+    if (!takePrefix(kBeforeTime, &line) || !takeUpTo(kAfterTime, &line, &seconds) ||
         !base::parseNumber(seconds, &mark->mSeconds)) {
         return false;
     }
@@ -52,13 +52,13 @@ void readSource(std::string_view line, ImportMark* mark)
 {
     std::string_view channel;
     size_t number = 0;
-    const size_t unit = line.rfind(kBehindFactor);
+    const size_t unit = line.rfind(kAfterFactor);
     const size_t end = line.rfind(kBeforeFactor, unit);
     if (unit == std::string_view::npos || end == std::string_view::npos) {
         return;
     }
     line = line.substr(0, end);
-    if (takePrefix(kBeforeChannel, &line) && takeUpTo(kBehindChannel, &line, &channel) &&
+    if (takePrefix(kBeforeChannel, &line) && takeUpTo(kAfterChannel, &line, &channel) &&
         base::parseNumber(channel, &number) && number < mark->mSources.size()) {
         mark->mSources[number] = line;
     }
@@ -67,15 +67,15 @@ void readSource(std::string_view line, ImportMark* mark)
 
 std::string importComment(const ImportMark& mark)
 {
-    return fmt::format("begins at {:.9f}{}{}{}", mark.mSeconds, kBehindTime, mark.mFile,
+    return fmt::format("begins at {:.9f}{}{}{}", mark.mSeconds, kAfterTime, mark.mFile,
                        mark.mStart.empty() ? "" : std::string(kBeforeStart) + mark.mStart);
 }
 
 std::string sourceComment(size_t channel, const std::string& source, double factor,
                           const std::string& unit)
 {
-    return fmt::format("channel {}{}{}{}{:.10g}{}{}", channel, kBehindChannel, source,
-                       kBeforeFactor, factor, kBehindFactor, unit);
+    return fmt::format("channel {}{}{}{}{:.10g}{}{}", channel, kAfterChannel, source, kBeforeFactor,
+                       factor, kAfterFactor, unit);
 }
 
 std::optional<ImportMark> readImportMark(const std::string& path)
