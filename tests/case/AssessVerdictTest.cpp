@@ -88,6 +88,21 @@ TEST(VerdictTest, EveryFaultDecides)
     }
 }
 
+/** An interruption from 2 to 5 s, in which the reference has no value, but the device has. */
+TEST(VerdictTest, ValuesInAGapOfTheExpectedOnesAreNotJudged)
+{
+    const ValueTable expected = tableOf({{0, 230}, {10, 230}, {20, 230}, {50, 230}, {60, 230}});
+    std::vector<Value> measured;
+    for (int i = 0; i <= 6; ++i) {
+        measured.push_back({10 * i, i == 3 || i == 4 ? 0.0 : 230.0});
+    }
+    EXPECT_EQ(assess::verdictText(verdictOn(expected, tableOf(measured))),
+              "good: 5 values within their limits; not judged: 2 values in gaps of the expected "
+              "ones");
+    measured.push_back({70, 230.0});
+    EXPECT_EQ(verdictOn(expected, tableOf(measured)).mVerdict, Verdict::Incomplete) << "at the end";
+}
+
 /** The worst ten, by the part of the limit that each takes, the worst first. */
 TEST(VerdictTest, WorstValuesAreListedInTheirOrder)
 {

@@ -36,6 +36,7 @@ struct Totals
     size_t mJudged = 0;
     size_t mBeyond = 0;
     size_t mNotJudged = 0; ///< values
+    size_t mInGaps = 0;
     size_t mMissing = 0;
     size_t mAdditional = 0;
     size_t mDoubled = 0;
@@ -57,6 +58,7 @@ Totals totalsOf(const AssessmentResult& result)
         totals.mJudged += it.mJudged;
         totals.mBeyond += it.mBeyond;
         totals.mNotJudged += it.mCompared - it.mJudged;
+        totals.mInGaps += it.mCounts.mInGaps;
         totals.mAdditional += it.mCounts.mAdditional;
         totals.mDoubled += it.mCounts.mDoubled;
         totals.mLate += it.mCounts.mLate;
@@ -100,6 +102,7 @@ std::string unknownOf(const Totals& totals)
 {
     std::vector<std::string> parts;
     addCount(parts, totals.mNotJudged, "values outside the conditions of the limits");
+    addCount(parts, totals.mInGaps, "values in gaps of the expected ones");
     addCount(parts, totals.mNoLimit, "series without a limit");
     return parts.empty() ? "" : fmt::format("; not judged: {}", fmt::join(parts, ", "));
 }
@@ -182,6 +185,7 @@ Json jsonOf(const SeriesResult& series)
                  {"beyond", series.mBeyond},
                  {"missing", series.mCounts.mMissing},
                  {"additional", series.mCounts.mAdditional},
+                 {"inGaps", series.mCounts.mInGaps},
                  {"doubled", series.mCounts.mDoubled},
                  {"late", series.mCounts.mLate},
                  {"early", series.mCounts.mEarly},

@@ -35,6 +35,7 @@ private:
     {
         return mMeasured[measured].mUtcNs - mExpected[mNext].mUtcNs;
     }
+    bool isInGap() const;
     void takeAdditional(size_t measured);
     void takeNext();
 
@@ -95,8 +96,20 @@ void Matcher::takeNext()
     mResult.mPairs.push_back({utcNs, mExpected[mNext].mValue, mMeasured[best].mValue});
 }
 
+/** Whether the next expected value comes late, as a percentage after an interruption. */
+bool Matcher::isInGap() const
+{
+    const bool isBetween = mNext > 0 && mNext < mExpected.size();
+    return isBetween && mExpected[mNext].mUtcNs - mExpected[mNext - 1].mUtcNs >
+                            mResult.mSpacingNs + mResult.mSpacingNs / 2;
+}
+
 void Matcher::takeAdditional(size_t measured)
 {
+    if (isInGap()) {
+        ++mResult.mCounts.mInGaps;
+        return;
+    }
     ++mResult.mCounts.mAdditional;
     list(mResult.mAdditional, mMeasured[measured].mUtcNs);
 }
@@ -112,7 +125,7 @@ qint64 spacingOf(const std::vector<Sample>& samples)
     for (size_t i = 1; i < samples.size(); ++i) {
         intervals.push_back(samples[i].mUtcNs - samples[i - 1].mUtcNs);
     }
-    const auto middle = intervals.begin() + static_cast<std::ptrdiff_t>(intervals.size() / 2);
+    const auto middle = intervals.begin() + static_cast<std::ptrdiff_t>((intervals.size() - 1) / 2);
     std::nth_element(intervals.begin(), middle, intervals.end());
     return *middle;
 }

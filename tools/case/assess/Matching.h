@@ -20,6 +20,7 @@ struct MatchCounts
     size_t mExpected = 0;
     size_t mMissing = 0;    ///< expected without a measured one
     size_t mAdditional = 0; ///< measured without an expected one
+    size_t mInGaps = 0;     ///< measured in a gap of the expected ones: there is no reference
     size_t mLate = 0;       ///< with a time stamp later by more than the tolerance
     size_t mEarly = 0;
     size_t mDoubled = 0;    ///< a further measured value for the same expected one
@@ -45,7 +46,8 @@ qint64 spacingOf(const std::vector<Sample>& samples);
 /**
  * Matches by time. A measured value belongs to the nearest expected one, if it is at most half the
  * interval between expected values away, or within the tolerance if there is only one. Each
- * expected value gets the nearest of its measured values.
+ * expected value gets the nearest of its measured values. If expected values are farther apart than
+ * 1.5 times their usual interval, measured ones in between are in a gap.
  *
  * @param toleranceNs of time stamps: a matched value farther away is late or early
  * Requires: both series are sorted.
