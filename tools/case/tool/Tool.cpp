@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <sstream>
 #include <vector>
@@ -19,6 +20,18 @@ namespace {
 constexpr int kInputAtFault = 1;
 constexpr int kCommandLineAtFault = 2;
 
+/** Shows a positional that may be given twice without the library's "(1x)". */
+class UsageFormatter : public CLI::Formatter
+{
+public:
+    std::string make_option_usage(const CLI::Option* option) const override
+    {
+        const std::string name = make_option_name(option, true);
+        const bool isOnceOrTwice = option->get_required() && option->get_expected_max() == 2;
+        return isOnceOrTwice ? name : CLI::Formatter::make_option_usage(option);
+    }
+};
+
 /** Unknown arguments are reported before missing ones, since they are the likely cause. */
 std::string failureMessage(const CLI::App* app, const CLI::Error& error)
 {
@@ -30,6 +43,7 @@ std::string failureMessage(const CLI::App* app, const CLI::Error& error)
 
 void declare(const Tool& tool, CLI::App& app)
 {
+    app.formatter(std::make_shared<UsageFormatter>()); // the subcommands inherit it
     app.name(tool.mName);
     app.description(tool.mDescription);
     app.set_version_flag("-v,--version", tool.mName + " " + tool.mVersion);
