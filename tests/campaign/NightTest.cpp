@@ -193,6 +193,37 @@ TEST_F(NightTest, FaultFailsItsPlayOnly)
     }
 }
 
+/** Refused blocks, some of them in a row, are missing; no play is made up from what is left. */
+TEST_F(NightTest, RefusedBlocksFailTheirPlaysAndSayNothingElse)
+{
+    const SimulatedNight night = sixPlays();
+    for (int round = 0; round < 60; ++round) {
+        SimulatedDesk desk(night.mCases);
+        MemoryJournal journal;
+        const size_t first = between(1, 60);
+        const size_t inRow = between(1, 4);
+        const size_t later = first + inRow + between(6, 20);
+        std::set<int> suspects;
+        desk.mFault = [&](Block* block) {
+            const size_t index = block->mIndex;
+            block->mIsAccepted = index < first || (index >= first + inRow && index != later);
+            if (!block->mIsAccepted) {
+                suspects.insert(desk.playsEnded() == 6 ? -1 : desk.playsEnded());
+            }
+        };
+        playNight(night, desk, journal);
+        SCOPED_TRACE(std::to_string(inRow) + " blocks from " + std::to_string(first) + " on, and " +
+                     std::to_string(later));
+        for (const int play : playsWithFindings(journal)) {
+            EXPECT_EQ(suspects.count(play), 1U) << textOf(journal);
+        }
+        for (const journal::Finding& finding : journal.all<journal::Finding>()) {
+            EXPECT_TRUE(finding.mKind == "missing" || finding.mKind == "notPlayed")
+                << textOf(journal);
+        }
+    }
+}
+
 /** What fails more than one play, or the night itself. */
 TEST_F(NightTest, OtherFaultsEndAsExpected)
 {

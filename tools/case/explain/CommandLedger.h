@@ -42,6 +42,9 @@ public:
     std::optional<CommandOutcome> takeUnreported(size_t end);
     std::optional<CommandOutcome> takeUnreported() { return takeUnreported(mGiven.size()); }
 
+    /** Number of commands, from the first on, of which it was reported what became of them. */
+    size_t reported() const { return mReported; }
+
     /** Whether the command waited too long when the run ended at this time. */
     bool isNotFollowed(const CommandOutcome& waiting, qint64 endNs) const;
 

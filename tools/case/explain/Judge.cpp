@@ -136,7 +136,7 @@ void Judge::giveUpOverdueCommand(qint64 nowNs)
     const size_t next = mTracker.likeliest().mKnownCommands;
     if (const std::optional<CommandOutcome> waiting = mCommands.giveUpOverdue(next, nowNs)) {
         addNotFollowed(*waiting);
-        mTracker.giveUpCommand();
+        mTracker.excludeCommands(next + 1);
     }
 }
 
@@ -235,6 +235,7 @@ void Judge::continueElsewhere(const Repair& found)
     }
     mTracker = found.mAfter;
     mTracker.forgetPasses();
+    mTracker.excludeCommands(mCommands.reported());
     mNextStep = NextStep::Judged;
     mOfferedAt.reset();
     if (found.mKind == Repair::Kind::Missing) {

@@ -1,6 +1,7 @@
 #include "explain/PlaybackTracker.h"
 
 #include <algorithm>
+#include <map>
 
 namespace explain {
 
@@ -69,9 +70,18 @@ PlaybackTracker PlaybackTracker::movedTo(const std::vector<Positions>& all) cons
 
 PlaybackTracker PlaybackTracker::restarted(const SampleContent& content) const
 {
-    Hypothesis before = likeliest();
-    before.mOrigins = before.mOrigins.fresh(1);
-    return replacedBy(startsAt(plan().firstEntriesWith(content), before, plan()));
+    std::map<size_t, const Hypothesis*> likeliestOf; // by the commands taken
+    for (const Hypothesis& it : mBeam.all()) {
+        const Hypothesis*& best = likeliestOf.try_emplace(it.mKnownCommands, &it).first->second;
+        best = it.mCost < best->mCost ? &it : best;
+    }
+    PlaybackTracker result = replacedBy({});
+    for (const auto& [commands, it] : likeliestOf) {
+        Hypothesis before = *it;
+        before.mOrigins = before.mOrigins.fresh(1);
+        result.mBeam.insertOrMerge(startsAt(plan().firstEntriesWith(content), before, plan()));
+    }
+    return result;
 }
 
 bool PlaybackTracker::isBetweenCases() const
@@ -97,11 +107,10 @@ void PlaybackTracker::offer(const std::vector<ControlCommand>& commands,
     }
 }
 
-void PlaybackTracker::giveUpCommand()
+void PlaybackTracker::excludeCommands(size_t count)
 {
-    const size_t given = likeliest().mKnownCommands;
     for (Hypothesis& it : mBeam.changeAll()) {
-        it.mKnownCommands = std::max(it.mKnownCommands, given + 1);
+        it.mKnownCommands = std::max(it.mKnownCommands, count);
     }
 }
 

@@ -36,7 +36,10 @@ public:
     /** At any of the positions, in every configuration that plays them. */
     PlaybackTracker movedTo(const std::vector<Positions>& all) const;
 
-    /** At the beginning of any configuration that begins with this content. */
+    /**
+     * At the beginning of any configuration that begins with this content, with each number of
+     * commands that may have been taken.
+     */
     PlaybackTracker restarted(const SampleContent& content) const;
 
     /**
@@ -46,8 +49,8 @@ public:
      */
     void offer(const std::vector<ControlCommand>& commands, const CommandEffect& effect);
 
-    /** Gives up waiting for the likeliest's next command. */
-    void giveUpCommand();
+    /** Has none of them take the first commands any more: what became of these is known. */
+    void excludeCommands(size_t count);
 
     /** Whether one of them is about to begin a case. */
     bool isBetweenCases() const;

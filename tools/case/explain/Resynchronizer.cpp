@@ -95,6 +95,18 @@ PlaybackTracker leadingTo(const RecordWindow& window, PlaybackTracker expected, 
     return expected;
 }
 
+/** Samples of the first block of the file, played so often that it takes this time; 0 if none. */
+size_t samplesOfFirstBlocks(const PlayedFile& file, qint64 ns)
+{
+    if (!file.hasAllSteps()) {
+        return 0;
+    }
+    const bool hasMore = file.size() > kSamplesPerPeriod;
+    const size_t samples = hasMore ? size_t{kSamplesPerPeriod} : file.size();
+    const qint64 blockNs = hasMore ? file.timeBefore(samples) : file.durationNs();
+    return ns % blockNs == 0 ? static_cast<size_t>(ns / blockNs) * samples : 0;
+}
+
 /** Number of next records that repeat the records before them in the same order. */
 size_t countRepeated(const RecordWindow& window)
 {
@@ -161,7 +173,7 @@ std::optional<Repair> Resynchronizer::repairByStamp(const RecordWindow& window,
     return std::nullopt;
 }
 
-/** Handles a block that the driver refused: its case ends, and playing starts again. */
+/** Handles blocks that the driver refused: with each, its case ends, and playing starts again. */
 std::optional<Repair> Resynchronizer::missingWithinCase(const RecordWindow& window,
                                                         const PlaybackTracker& expected,
                                                         qint64 gapNs) const
@@ -177,8 +189,13 @@ std::optional<Repair> Resynchronizer::missingWithinCase(const RecordWindow& wind
     const qint64 lostNs = gapNs - after.nextStep();
     const size_t max = std::min<size_t>(kSamplesPerPeriod - before.mSample % kSamplesPerPeriod,
                                         file.size() - before.mSample);
-    const bool isWhole = lostNs > 0 && lostNs % lostStepNs == 0;
-    if (!isWhole || static_cast<size_t>(lostNs / lostStepNs) > max) {
+    const qint64 othersNs = lostNs - static_cast<qint64>(max) * lostStepNs;
+    if (othersNs > 0) {
+        const size_t others = samplesOfFirstBlocks(after.likeliestFile(), othersNs);
+        return others > 0 ? std::optional(Repair{Repair::Kind::Missing, 0, max + others, after})
+                          : std::nullopt;
+    }
+    if (lostNs <= 0 || lostNs % lostStepNs != 0) {
         return std::nullopt;
     }
     return Repair{Repair::Kind::Missing, 0, static_cast<size_t>(lostNs / lostStepNs), after};
