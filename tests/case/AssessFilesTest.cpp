@@ -185,7 +185,7 @@ TEST(TableTest, ReportsErrorsWithTheirPosition)
         {kWide, "T,Vrms\n", ":1: no column 'V'; the nearest is 'T'"},
         {kWide, "T,V,V\n", ":1: two columns 'V'; expected a number"},
         {"time = 4\n[[column]]\nname = 1\nquantity = 'rms'\nchannel = 'UA'\n", "T,V\n",
-         ":1: column 4: there are 2"},
+         ":1: column 4: the table has 2 columns"},
     };
     for (const Case& it : cases) {
         const auto map =

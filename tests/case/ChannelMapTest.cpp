@@ -160,7 +160,7 @@ TEST(ChannelMapTest, TakesTheFirstCompleteSet)
         EXPECT_EQ(sourcesOf(importing::mapChannels(recordingOf(channels), {})), sources);
     }
     EXPECT_THAT(importing::mapChannels(recordingOf(rows[4].first), {}).mRemarks,
-                testing::Contains(HasSubstr("UA, UB, UC are taken for one object, although")));
+                testing::Contains(HasSubstr("UA, UB, UC are treated as one object, although")));
     EXPECT_THAT(importing::mapChannels(recordingOf(rows[1].first), {}).mRemarks,
                 testing::Contains("channel 7 (neutral current) is 0; not used for it: IN_T (of "
                                   "another set); see --channels"));
@@ -176,7 +176,7 @@ TEST(ChannelMapTest, VoltagesAndCurrentsOfDifferentObjectsAreNamed)
 {
     const auto remark = [](const std::string& voltages, const std::string& currents) {
         return "the voltages are of " + voltages + ", the currents of " + currents +
-               ": taken for one object; see --channels";
+               ": treated as one object; see --channels";
     };
     const std::tuple<std::vector<waveform::ChannelDescription>, const char*, std::string> rows[] = {
         {{channel("UA", "A", "V", "BUS 1"), channel("IA", "A", "A", "LINE 2")},

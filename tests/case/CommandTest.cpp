@@ -113,7 +113,7 @@ TEST_F(CommandTest, ExplainReportsWhatWasPlayed)
     EXPECT_THAT(lines[3], testing::MatchesRegex("1 +event.csv +1 .*"));
     EXPECT_EQ(lines[1].size(), lines[3].size()) << "in columns";
     EXPECT_THAT(lines[4], StartsWith("0             steady.csv "));
-    EXPECT_THAT(lines[5], testing::MatchesRegex("verdict: good: [0-9]+ samples as they should be"));
+    EXPECT_THAT(lines[5], testing::MatchesRegex("verdict: good: [0-9]+ samples as expected"));
 
     // A sample of the event is changed, and a block of it is gone.
     std::string bytes = mRunner.readFile("r.bin");

@@ -157,7 +157,7 @@ TEST(ComtradeTest, ReadsOddRecordings)
         {"stamps disagree",
          {},
          "1,0,2,0\n2,2000,4,0\n3,4000,-6,0\n",
-         plain + "time stamps end at 0.004 s, the rate at 0.002 s: the rate is taken"},
+         plain + "time stamps end at 0.004 s, the rate at 0.002 s: the rate is used"},
         {"stamps", kNoRate, "7,500,2,0\n8,1500,4,1\n9,4500,-6,1\n",
          stamped("0 1 4") + thinned("10")},
         {"stamps, no line", {{"1\n1000,3\n", "0\n"}}, kData, stamped("0 1 2")},
@@ -269,7 +269,7 @@ TEST(ComtradeTest, ReadsOddRecordings)
         {"factor of stamps 0",
          {{"ASCII\n1", "ASCII\n0"}},
          kData,
-         plain + "a factor of 0 for time stamps: 1 is taken"},
+         plain + "a factor of 0 for time stamps: 1 is used"},
         {"rates fall",
          {{"1\n1000,3", "2\n1000,2\n2000,2"}},
          kData,
@@ -376,13 +376,13 @@ TEST(ComtradeTest, FindsTheFilesOfARecording)
     EXPECT_EQ(single(config + "--- file type: INF ---\n\n--- FILE TYPE: DAT ASCII ---\n" + kData),
               expected);
     const std::string binary = "--- file type: DAT BINARY: 36 ---\n" + threeRecords<qint16>(4);
-    const std::string told =
+    const std::string remark =
         "the configuration says ASCII data, the heading of their section BINARY: the heading is "
-        "taken";
-    EXPECT_EQ(single(config + binary + "\n"), expected + told);
-    EXPECT_EQ(single(binary + config), expected + told);
+        "used";
+    EXPECT_EQ(single(config + binary + "\n"), expected + remark);
+    EXPECT_EQ(single(binary + config), expected + remark);
     EXPECT_EQ(single(edited(config + binary, {{": 36", ": 99"}})),
-              expected + told + " | 99 bytes of data are announced, 36 are there");
+              expected + remark + " | 99 bytes of data are announced, 36 are there");
     EXPECT_EQ(single(config), "single: expected a section \"--- file type: DAT ---\"");
     EXPECT_EQ(single(config + "--- file type: DAT ASCII ---\n1,0,x,0\n"),
               "single:14: expected a number in field 3, found \"x\"");

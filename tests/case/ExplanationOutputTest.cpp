@@ -95,9 +95,9 @@ TEST_F(ExplanationOutputTest, ReportsTheResultOfACommand)
 TEST_F(ExplanationOutputTest, VerdictListsEachKindOfFinding)
 {
     EXPECT_EQ(textOf(explain::Verdict{7, 0, explain::FindingCounts()}),
-              "verdict: good: 7 samples as they should be\n");
+              "verdict: good: 7 samples as expected\n");
     EXPECT_EQ(textOf(explain::Verdict{7, 47, explain::FindingCounts()}),
-              "verdict: good: 7 samples as they should be, and 47 bytes of the next\n");
+              "verdict: good: 7 samples as expected, and 47 bytes of the next\n");
     for (int kind = 0; kind < static_cast<int>(explain::FindingKind::Count); ++kind) {
         const explain::Finding finding{static_cast<explain::FindingKind>(kind), 41, 3, "why"};
         const explain::FindingName& name = nameOf(finding.mKind);

@@ -275,9 +275,9 @@ TEST_F(GenerateTest, ReportsErrors)
          "disturbance from 0.9 s to 1.1 s: expected to lie between 0 s and the end of the wave at "
          "1 s"},
         {"--signal nothing", 2,
-         "--signal: 'nothing': no signal has this name; near it are flicker-1, flicker-2, "
-         "flicker-7, "
-         "and vx-case generate --list shows all"},
+         "--signal: 'nothing': no signal has this name; the nearest are flicker-1, flicker-2, "
+         "flicker-7; "
+         "vx-case generate --list shows all"},
         {"--signal steady-50hz --set x=1", 2,
          "--set: 'x=1': expected PARAMETER=NUMBER; steady-50hz has the parameters frequency, "
          "seconds"},
@@ -289,9 +289,8 @@ TEST_F(GenerateTest, ReportsErrors)
          "period)"},
         {"--neutral sum", 2, "--neutral: 'sum': expected CURRENT,VOLTAGE, for example sum,zero"},
         {"--signal dip-0-one-50hz --set phases=1.5", 2,
-         "--set: 'phases=1.5': expected phases=NUMBER, 1 to 3 (how many, from the first on; a "
-         "whole "
-         "number)"},
+         "--set: 'phases=1.5': expected phases=NUMBER, 1 to 3 (a whole number of phases, from the "
+         "first on)"},
         {"--signal interharmonic-75hz --set hertz=9000", 2,
          "tone of 9000 Hz: expected 0 Hz or more and less than 9000 Hz, half of the samples in a "
          "second"},

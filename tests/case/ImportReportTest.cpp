@@ -59,10 +59,10 @@ TEST(ImportReportTest, PeaksAndStatesAreReported)
 TEST(ImportReportTest, NominalFrequencyIsFound)
 {
     const std::tuple<double, double, const char*> rows[] = {
-        {0.0, 16.7, "the recording states no nominal frequency: 16.67 Hz is taken"},
+        {0.0, 16.7, "the recording states no nominal frequency: 16.67 Hz is assumed"},
         {1e9, 60.1,
          "the recording's nominal frequency, 1e+09 Hz, is not one of a power system: 60 Hz is "
-         "taken"},
+         "assumed"},
     };
     for (const auto& [nominal, actual, remark] : rows) {
         const TestFiles files;
@@ -86,7 +86,7 @@ TEST(ImportReportTest, EqualPhasesAreFollowedByTheFirst)
     base::ResultFile output(files.path("case.csv"));
     const auto remarks = importing::importSignal(source, options, output).mRemarks;
     EXPECT_THAT(remarks, Contains("the three phases are equal: the first alone is followed"));
-    EXPECT_THAT(remarks, Contains("the recording states no nominal frequency: 50 Hz is taken"));
+    EXPECT_THAT(remarks, Contains("the recording states no nominal frequency: 50 Hz is assumed"));
     EXPECT_THAT(remarks, Contains("the frequency is followed: 50.020 to 50.020 Hz"));
 }
 
@@ -107,7 +107,7 @@ TEST(ImportReportTest, RejectsRecordingsWithoutAWaveform)
             const std::string error =
                 errorIfAny([&] { importing::importSignal(source, {}, output); });
             EXPECT_EQ(error.empty(), isGood) << rate << error;
-            EXPECT_THAT(error, HasSubstr(isGood ? "" : "samples a period of 50 Hz from 0 to"));
+            EXPECT_THAT(error, HasSubstr(isGood ? "" : "samples per period of 50 Hz from 0 to"));
         }
     }
 }

@@ -46,7 +46,7 @@ TEST(InputTest, ReadsTextFilesWithAHeading)
     const auto late = input::openInput(
         files.make("scope", "t;u\n" + repeated("0;1\n", 60) + "1;x\n").toStdString(), {});
     EXPECT_THAT(late->description().mRemarks,
-                testing::ElementsAre("the time column \"t\" has no unit: s is taken"));
+                testing::ElementsAre("the time column \"t\" has no unit: s is assumed"));
     EXPECT_THAT(errorOf([&] { readAll(*late); }),
                 HasSubstr("scope:62: expected a number in field 2, found \"x\""));
 }

@@ -100,11 +100,11 @@ TEST_F(MeasureInputTest, TextFileIsMeasuredAtTheFrequencyOfItsSamples)
         const char* mRemark;
     };
     for (const Case& it :
-         {Case{60.0, 1.0, "its nominal frequency is unknown: 60 Hz is taken, as in its samples"},
-          {57.0, 1.0, "60 Hz is taken, as"},
-          {51.0, 1.0, "50 Hz is taken, as"},
-          {60.0, 0.1, "60 Hz is taken, as"},
-          {60.0, 0.03, "its nominal frequency is unknown: 50 Hz is taken; see"}}) {
+         {Case{60.0, 1.0, "its nominal frequency is unknown: 60 Hz is assumed, as in its samples"},
+          {57.0, 1.0, "60 Hz is assumed, as"},
+          {51.0, 1.0, "50 Hz is assumed, as"},
+          {60.0, 0.1, "60 Hz is assumed, as"},
+          {60.0, 0.03, "its nominal frequency is unknown: 50 Hz is assumed; see"}}) {
         mRunner.writeFile("r.csv", textOf(it.mHertz, 230.0, it.mSeconds));
         const CommandResult result = run("measure r.csv --quantities rms,frequency");
         EXPECT_THAT(result.mErrors, HasSubstr(it.mRemark));

@@ -132,7 +132,7 @@ TEST(ControlFifoTest, WarnsOfAnUnsafeFifo)
                   "simulator?\n" +
                   path +
                   ": others can send commands or take yours away (mode 0620); chmod 0600 "
-                  "ends that");
+                  "prevents that");
     strangerAsOwner = 0;
     close(reader);
 }

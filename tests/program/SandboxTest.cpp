@@ -73,10 +73,10 @@ constexpr Ending kEndings[] = {
     {"--send|1:s1|true", 0, kNoBlock},
     {"--fault|adc-in:1:short=480|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 0, ""},
     {"--fault|adc-in:0s:EIO|sh|-c|head -c 48 /dev/zero >/dev/adc-in", 0,
-     "the program ended before any write met the fault adc-in:0s:EIO"},
+     "the program ended before any write triggered the fault adc-in:0s:EIO"},
     {"--record|kept|sh|-c|head -c 48 /dev/zero >/dev/adc-in; until [ -s kept ]; do sleep 0.1; done",
      0, ""},
-    {"--for|1|--patience|0.2|sleep|60", 124, "no block came within 0.2 s; ending the program"},
+    {"--for|1|--patience|0.2|sleep|60", 124, "no block arrived within 0.2 s; ending the program"},
     {"--events|killed|--for|0|sh|-c|trap '' TERM; head -c 48 /dev/zero >/dev/adc-in; while :; do "
      "sleep 1; done",
      0, "the program is still running 5 s after SIGTERM; killing it"},
@@ -386,7 +386,7 @@ TEST_F(SandboxTest, VanishedFileCannotBeFound)
                  "try() { head -c 48 /dev/zero >/dev/adc-in && test -e /dev/adc-in; "
                  "echo $?; }; exec 3>/dev/adc-in; try; head -c 48 /dev/zero >&3; try"});
     EXPECT_EQ(programOutput(result), "1\n0\n") << result;
-    EXPECT_THAT(result.mErrors, HasSubstr("before any write met the fault r2h:9:EIO"));
+    EXPECT_THAT(result.mErrors, HasSubstr("before any write triggered the fault r2h:9:EIO"));
     EXPECT_THAT(mRunner.readFile("e"), HasSubstr(R"("unmetFaults":["r2h:9:EIO"]})"));
     EXPECT_EQ(summary(result)["faulted writes"], "1");
 }

@@ -152,14 +152,15 @@ TEST_F(StartUpTest, EndsCleanlyWhenNothingCanBePlayed)
                      "no.csv'.\nFATAL CsvParser openFileInternal() : Das I/O-Device 'no.csv' "
                      "existiert nicht.\nERROR Simulator could not open file: no.csv\n" +
                      kNotLoaded);
-    expectReason("0,1,values.csv\n", valueLine("0", "50"),
-                 kLoaded +
-                     "values.csv'.\nINFO CsvParser Total 1 lines parsed.\n"
-                     "INFO Simulator All data files parsed.\n"
-                     "FATAL PrussSimulation openFile : Das Device '/dev/adc-in' existiert nicht.\n"
-                     "FATAL Simulator Could not initialze Prus-Simulation\n",
-                 {"--fault", "adc-in:1:vanish"},
-                 "vx-sandbox: the program ended before any write met the fault adc-in:1:vanish\n");
+    expectReason(
+        "0,1,values.csv\n", valueLine("0", "50"),
+        kLoaded +
+            "values.csv'.\nINFO CsvParser Total 1 lines parsed.\n"
+            "INFO Simulator All data files parsed.\n"
+            "FATAL PrussSimulation openFile : Das Device '/dev/adc-in' existiert nicht.\n"
+            "FATAL Simulator Could not initialze Prus-Simulation\n",
+        {"--fault", "adc-in:1:vanish"},
+        "vx-sandbox: the program ended before any write triggered the fault adc-in:1:vanish\n");
     const Words onDirectory = {VX_SIMULATOR, "--track", "track.xml", "--config", "/usr"};
     expectEnd(onDirectory, 0, "", "",
               kStartLine + (kStartTime + ("FATAL Configuration" + kIsDirectory)) +

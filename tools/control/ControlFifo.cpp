@@ -87,7 +87,7 @@ QStringList ControlFifo::warnings() const
     }
     if ((status.st_mode & kRightsOfOthers) != 0) {
         warnings += problem(QStringLiteral("others can send commands or take yours away (mode "
-                                           "%1); chmod 0600 ends that")
+                                           "%1); chmod 0600 prevents that")
                                 .arg(status.st_mode & ALLPERMS, 4, 8, QLatin1Char('0')));
     }
     return warnings;

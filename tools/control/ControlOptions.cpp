@@ -9,14 +9,14 @@ constexpr char kHelpText[] =
     R"(Usage: vx-control [OPTION]... list
        vx-control [OPTION]... play NAME|NUMBER
        vx-control [OPTION]... once NAME|NUMBER
-Tells a running vx-simulator what to play: "play" switches to it for good,
-"once" plays it once and then goes back. "list" shows what can be played.
-NUMBER is a configuration; NAME is a value file, without its path and suffix,
-that only one configuration plays.
+Tells a running vx-simulator what to play: "play" plays it from now on, "once"
+plays it once and then returns. "list" shows what can be played.
+NUMBER is a configuration. NAME is a value file without path and suffix that
+only one configuration plays.
 
-  --config FILE    case configuration (default: where the simulator looks)
+  --config FILE    case configuration (default: where the simulator searches)
   --fifo PATH      control FIFO, for example of a simulator in a sandbox
-  --wait SECONDS   wait until the log says what became of the command
+  --wait SECONDS   wait until the log shows the result of the command
   --log FILE       the log for --wait (default: that of the service)
   --events FILE    append the command to the events of vx-sandbox --events
   -h, --help       show this text

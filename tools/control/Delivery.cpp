@@ -136,7 +136,7 @@ int Delivery::awaitVerdict()
         }
         if (isLastLook) {
             return fail(QStringLiteral("written, but the log says nothing about it after "
-                                       "%1 s (a command is taken at the end of a case)")
+                                       "%1 s (a command takes effect at the end of a case)")
                             .arg(mOptions.waitSeconds()));
         }
         QThread::msleep(kCheckIntervalMilliseconds);

@@ -8,7 +8,7 @@ namespace control {
 /** A request to the simulator. */
 struct PlayRequest
 {
-    bool mOnce = false; ///< play it once, else for good
+    bool mOnce = false; ///< play it once; otherwise continuously
     qint32 mNumber = 0; ///< of the configuration
 
     /** The line for the FIFO, with its line end. */

@@ -20,14 +20,14 @@ namespace {
 
 constexpr char kDescription[] =
     "Runs PROGRAM with a simulated ADC driver at the fixed paths. /dev, /etc/vx and the\n"
-    "driver's directory under /sys are private to it; nothing changes on the host.\n";
+    "driver's directory under /sys are private to it; the host is not changed.\n";
 
 constexpr char kFooter[] =
     "Exit status: that of PROGRAM; 0 if --for ended it; 124 if --for found no block to count\n"
     "from; 128 + N if another signal N ended it; 125 if the sandbox itself fails, 126 if PROGRAM\n"
     "cannot be executed, 127 if it is not found.\n"
     "\n"
-    "Example: play for 10 s, switch to configuration 2 after 3 s, keep what arrived:\n"
+    "Example: play for 10 s, switch to configuration 2 after 3 s, record:\n"
     "  vx-sandbox --record samples.bin --for 10 --send 3:2 -- vx-simulator --config my.conf";
 
 constexpr std::size_t kHelpColumn = 27;
@@ -79,7 +79,7 @@ void addOptions(CLI::App& app, Options& options)
     addOutput(app, "--events", options.mOutputs.mEventsPath,
               "write one JSON object per line for every write and\ncommand, and for the end");
     addOutput(app, "--pme", options.mOutputs.mPmePath,
-              "add /dev/pme-sim and write the frames it gets");
+              "add /dev/pme-sim and write the frames that it receives");
     const auto takeCommand = [&options](const std::string& text) {
         if (text == "-") {
             options.mReadsCommands = true;
@@ -90,11 +90,11 @@ void addOptions(CLI::App& app, Options& options)
     addList(app, "--send", takeCommand, "SECONDS:COMMAND",
             "write COMMAND into the control FIFO, SECONDS after the\n"
             "first block; \"-\" writes the lines of standard input as\n"
-            "they come, and ends PROGRAM when that ends");
+            "they arrive, and ends PROGRAM at the end of the input");
     CLI::Option* const run = addSeconds(app, "--for", options.mRunNs,
                                         "end PROGRAM with SIGTERM, SECONDS after the first block");
     addSeconds(app, "--patience", options.mPatienceNs,
-               "with --for: end PROGRAM when no block has come after\nSECONDS (default 60)")
+               "with --for: end PROGRAM if no block has arrived after\nSECONDS (default 60)")
         ->needs(run);
     const auto takeFault = [&options](const std::string& text) {
         options.mFaults.push_back(parseFault(text));
@@ -104,7 +104,7 @@ void addOptions(CLI::App& app, Options& options)
             "the number of the first one or, for example 2.5s, a\n"
             "time after the first block; WHAT is an errno by name,\n"
             "short=BYTES, stall=SECONDS or vanish; COUNT is 1 if\n"
-            "not given, or \"on\" for all that follow");
+            "not given, or \"on\" for all from then on");
 }
 
 /** The program and its arguments: all that the parser left over. */

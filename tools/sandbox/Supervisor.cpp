@@ -231,7 +231,7 @@ void Supervisor::endWhenDue(std::int64_t nowNs)
         return;
     }
     if (!hasBlock()) {
-        mConsole.message(fmt::format("no block came within {} s; ending the program",
+        mConsole.message(fmt::format("no block arrived within {} s; ending the program",
                                      inSeconds(mOptions.mPatienceNs)));
     }
     stop(hasBlock() ? StopReason::TimeIsOver : StopReason::NoBlock);
@@ -308,7 +308,7 @@ void Supervisor::reportEnd()
             fmt::format("the program ended before {} of the --send commands were due", unsent));
     }
     for (const std::string& fault : mDriver.faults().unmet()) {
-        mConsole.message("the program ended before any write met the fault " + fault);
+        mConsole.message("the program ended before any write triggered the fault " + fault);
     }
 }
 

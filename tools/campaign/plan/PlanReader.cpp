@@ -166,10 +166,10 @@ void PlanReader::readName(const states::TomlSection& section,
     it.mName = given ? *given : *defaultName;
     const toml::node& node = given ? *section.find("name") : section.table();
     if (!isName(it.mName)) {
-        section.fail(
-            node, "name",
-            given ? kExpectedName
-                  : fmt::format("missing, and '{}' cannot be one: {}", it.mName, kExpectedName));
+        section.fail(node, "name",
+                     given ? kExpectedName
+                           : fmt::format("missing, and '{}' is not a valid name: {}", it.mName,
+                                         kExpectedName));
     }
     if (it.mName == kReservedName) {
         section.fail(node, "name",
@@ -200,7 +200,7 @@ void PlanReader::expectFewPlays()
         plays += static_cast<size_t>(it.mTimes);
         if (plays > kMaxPlays) {
             throw base::CaseError(states::messagePrefix(mPlan.mFileName, it.mLocation) +
-                                  fmt::format("times: more than {} plays in all", kMaxPlays));
+                                  fmt::format("times: more than {} plays in total", kMaxPlays));
         }
     }
 }

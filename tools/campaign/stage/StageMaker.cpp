@@ -143,9 +143,9 @@ void StageMaker::setRepetitions(const plan::Case& it, const MadeFile& file,
     }
     const double repetitions = std::max(1.0, std::round(wanted / fileSeconds));
     if (repetitions > double(std::numeric_limits<quint32>::max())) {
-        mMistakes.add(fmt::format("{}{}: seconds: the file lasts {:g} s; expected at most {} of it",
-                                  prefixOf(it.mLocation), it.mName, fileSeconds,
-                                  std::numeric_limits<quint32>::max()));
+        mMistakes.add(fmt::format(
+            "{}{}: seconds: the file lasts {:g} s; expected at most {} repetitions",
+            prefixOf(it.mLocation), it.mName, fileSeconds, std::numeric_limits<quint32>::max()));
         return;
     }
     staged.mFileRepetitions = static_cast<quint64>(repetitions);

@@ -149,8 +149,8 @@ size_t Reader::indexOf(const ColumnName& column) const
         mMap.mFileName.empty() ? "" : states::messagePrefix(mMap.mFileName, column.mLocation);
     if (column.mNumber > 0) {
         if (column.mNumber > mHeading.size()) {
-            throw base::CaseError(fmt::format("{}{}:{}: column {}: there are {}", prefix,
-                                              mFile.name(), mLine, column.mNumber,
+            throw base::CaseError(fmt::format("{}{}:{}: column {}: the table has {} columns",
+                                              prefix, mFile.name(), mLine, column.mNumber,
                                               mHeading.size()));
         }
         return column.mNumber - 1;

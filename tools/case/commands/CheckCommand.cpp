@@ -115,7 +115,7 @@ void addCheckCommand(CLI::App& app)
         app.add_subcommand("check", "Finds mistakes in a case configuration and its value files");
     command
         ->add_option("CONFIGURATION", options->mConfiguration,
-                     "Case configuration (default: where the simulator looks)")
+                     "Case configuration (default: where the simulator searches)")
         ->type_name("");
     addDirectoryOption(*command, options->mDirectory);
     command->add_flag("--strict", options->mStrict, "Fails on warnings, too");

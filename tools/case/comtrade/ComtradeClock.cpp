@@ -74,7 +74,7 @@ void ComtradeClock::remarkOn(base::Remarks* remarks) const
     const double difference = std::abs(mStampedSeconds - mRatedSeconds);
     if (mStampedSeconds != 0.0 && difference > kMaxDifference * mRatedSeconds) {
         remarks->add(
-            fmt::format("time stamps end at {:.6g} s, the rate at {:.6g} s: the rate is taken",
+            fmt::format("time stamps end at {:.6g} s, the rate at {:.6g} s: the rate is used",
                         mStampedSeconds, mRatedSeconds));
     }
     double slowest = mHeader.mRates.empty() ? 0.0 : mHeader.mRates[0].mHz;

@@ -11,7 +11,7 @@ namespace comtrade {
 
 /**
  * When each sample of a recording was taken: by its rates, which hold one after another, else by
- * its time stamps. Where a rate and the stamps differ, the rate is taken.
+ * its time stamps. Where a rate and the stamps differ, the rate is used.
  */
 class ComtradeClock
 {

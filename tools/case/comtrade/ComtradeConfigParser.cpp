@@ -192,7 +192,7 @@ void ComtradeConfigParser::parseScaling(const Fields& fields, const std::string&
                                 offset.substr(0, base::kLongestExcerpt)));
     }
     if (!hasFactor) {
-        mRemarks.addFor("no factor: 1 is taken", analog->mChannel.mNumber);
+        mRemarks.addFor("no factor: 1 is used", analog->mChannel.mNumber);
     }
     analog->mSmallest = numberOr(fieldAt(fields, kFactorField + 3), analog->mSmallest);
     analog->mLargest = numberOr(fieldAt(fields, kFactorField + 4), analog->mLargest);
@@ -325,7 +325,7 @@ void ComtradeConfigParser::parseStampFactor()
     if (factor > 0.0) {
         mHeader.mStampSeconds *= factor;
     } else {
-        mRemarks.add("a factor of 0 for time stamps: 1 is taken");
+        mRemarks.add("a factor of 0 for time stamps: 1 is used");
     }
 }
 

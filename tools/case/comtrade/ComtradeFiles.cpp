@@ -137,7 +137,7 @@ void adoptHeading(const SectionReader& sections, ComtradeParts* parts)
     if (parseKind(heading.mKind, &kind) && kind != parts->mHeader.mKind) {
         parts->mRemarks.add(
             fmt::format("the configuration says {} data, the heading of their section {}: the "
-                        "heading is taken",
+                        "heading is used",
                         nameOf(parts->mHeader.mKind), nameOf(kind)));
         parts->mHeader.mKind = kind;
     }

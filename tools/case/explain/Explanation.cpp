@@ -38,7 +38,7 @@ bool explainRecording(const PlayPlan& plan, RecordingReader& recording,
         judge.add(next.data(), next.size());
     }
     if (records == 0) {
-        throw base::CaseError(recording.name() + ": holds no sample");
+        throw base::CaseError(recording.name() + ": has no samples");
     }
     const bool isComplete = recording.isComplete(); // before its events are read to their end
     events.finish();

@@ -118,7 +118,7 @@ public:
     {
         if (verdict.mFindings.isClean()) {
             mOutput.write(
-                fmt::format("verdict: good: {} samples as they should be{}\n", verdict.mRecords,
+                fmt::format("verdict: good: {} samples as expected{}\n", verdict.mRecords,
                             verdict.mRestBytes == 0
                                 ? ""
                                 : fmt::format(", and {} bytes of the next", verdict.mRestBytes)));

@@ -13,7 +13,7 @@ const FindingName& nameOf(FindingKind kind)
     static constexpr FindingName kNames[] = {
         {"differs", "samples that differ from their file"},
         {"missing", "samples missing"},
-        {"twice", "samples that come twice"},
+        {"twice", "repeated samples"},
         {"foreign", "samples of no file"},
         {"timeJump", "jumps of the time stamps"},
         {"elsewhere", "jumps to other samples"},

@@ -207,7 +207,7 @@ void Judge::repair()
             return;
         case Repair::Kind::Twice:
             addFinding(FindingKind::Twice, found.mSamples,
-                       fmt::format("{} samples come twice", found.mSamples));
+                       fmt::format("{} samples are repeated", found.mSamples));
             mWindow.advance(found.mRecords);
             return;
         case Repair::Kind::Foreign:

@@ -83,7 +83,7 @@ const std::vector<Signal> kSignals{
      {{"percent", 40}, {"periods", 10}, {"phases", 2}}},
     {"dip-40-10-50hz-jump",
      FamilyKind::Event,
-     "dip to 40 % for 10 periods, 30 degrees behind meanwhile",
+     "dip to 40 % for 10 periods, 30 degrees behind during the event",
      {{"percent", 40}, {"periods", 10}, {"jump", -30}}},
 
     {"swell-110-50hz", FamilyKind::Event, "swell to 110 % for 10 periods", {{"percent", 110}}},
@@ -99,7 +99,7 @@ const std::vector<Signal> kSignals{
      {{"percent", 140}, {"phases", 2}, {"angle", 90}}},
     {"swell-120-50hz-jump",
      FamilyKind::Event,
-     "swell to 120 % for 10 periods, 30 degrees ahead meanwhile",
+     "swell to 120 % for 10 periods, 30 degrees ahead during the event",
      {{"percent", 120}, {"jump", 30}}},
 
     {"frequency-42.5hz", FamilyKind::Steady, "42.5 Hz", {{"frequency", 42.5}}},
@@ -110,8 +110,8 @@ const std::vector<Signal> kSignals{
     {"frequency-52.5hz", FamilyKind::Steady, "52.5 Hz", {{"frequency", 52.5}}},
     {"frequency-55hz", FamilyKind::Steady, "55 Hz", {{"frequency", 55}}, kNotInCatalogue},
     {"frequency-57.5hz", FamilyKind::Steady, "57.5 Hz", {{"frequency", 57.5}}},
-    {"frequency-step-up", FamilyKind::Frequency, "from 50 to 51 Hz at once", {{"to", 51}}},
-    {"frequency-step-down", FamilyKind::Frequency, "from 50 to 49 Hz at once", {{"to", 49}}},
+    {"frequency-step-up", FamilyKind::Frequency, "step from 50 to 51 Hz", {{"to", 51}}},
+    {"frequency-step-down", FamilyKind::Frequency, "step from 50 to 49 Hz", {{"to", 49}}},
     {"frequency-ramp-up-2hz",
      FamilyKind::Frequency,
      "from 48 to 52 Hz with 1 Hz/s (IEC/IEEE 60255-118-1, P)",
@@ -307,7 +307,7 @@ std::string unknownSignal(const std::string& name)
         names.push_back(signal.mName);
     }
     return fmt::format(
-        "'{}': no signal has this name; near it are {}, and vx-case generate --list shows all",
+        "'{}': no signal has this name; the nearest are {}; vx-case generate --list shows all",
         name, fmt::join(base::nearestNames(name, names, 3), ", "));
 }
 

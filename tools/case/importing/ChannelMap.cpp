@@ -135,7 +135,7 @@ void Mapper::remarkMixed(size_t first)
     }
     if (mGuessed[first / kFirstCurrent].mIsMixed && names.size() > 1) {
         mMap.mRemarks.push_back(
-            fmt::format("{} are taken for one object, although their names or components differ",
+            fmt::format("{} are treated as one object, although their names or components differ",
                         fmt::join(names, ", ")));
     }
 }
@@ -151,8 +151,8 @@ void Mapper::remarkObjects()
     if (voltages != currents && !voltages.empty() && !currents.empty() && isGuessed(0) &&
         isGuessed(kFirstCurrent)) {
         mMap.mRemarks.push_back(
-            fmt::format("the voltages are of {}, the currents of {}: taken "
-                        "for one object; see --channels",
+            fmt::format("the voltages are of {}, the currents of {}: treated "
+                        "as one object; see --channels",
                         voltages, currents));
     }
 }

@@ -148,7 +148,7 @@ Fundamental findFundamental(const waveform::SignalDescription& description,
                       "system",
                       description.mNominalHz);
         fundamental.mRemarks.push_back(
-            fmt::format("{}: {:.4g} Hz is taken", stated, fundamental.mNominalHz));
+            fmt::format("{}: {:.4g} Hz is assumed", stated, fundamental.mNominalHz));
     }
     return fundamental;
 }

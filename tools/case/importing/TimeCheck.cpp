@@ -36,8 +36,8 @@ double endOf(const Segment& run)
                          const TimeRange& range, double nominalHz)
 {
     throw base::CaseError(fmt::format(
-        "{}: {:.3g} samples a period of {:.4g} Hz from {:g} to {:g} s: that is no waveform; "
-        "expected at least {:g}, and the time in its unit",
+        "{}: {:.3g} samples per period of {:.4g} Hz from {:g} to {:g} s are not a waveform; "
+        "expected at least {:g}; is the unit of the time right?",
         description.mFileName, samples, nominalHz, range.mFrom, range.mTo, kMinSamples));
 }
 
@@ -124,7 +124,7 @@ std::vector<std::string> checkTimes(const waveform::SignalDescription& descripti
     if (description.mRates.empty()) {
         if (times.clockTick() > 0.0) {
             remarks.push_back(fmt::format(
-                "time stamps of a coarse clock, {:.3g} ms: the straight line through them is taken",
+                "time stamps of a coarse clock, {:.3g} ms: the straight line through them is used",
                 times.clockTick() * 1e3));
         }
         remarkGaps(seconds, times, range, &remarks);

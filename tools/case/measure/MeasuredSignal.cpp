@@ -97,7 +97,7 @@ void MeasuredSignal::findNominal(const SignalOptions& options, const importing::
     const std::string what = stated == 0.0
                                  ? "its nominal frequency is unknown"
                                  : fmt::format("its nominal frequency is {:g} Hz", stated);
-    mRemarks.push_back(fmt::format("{}: {:g} Hz is taken{}; see --nominal", what, mNominalHz,
+    mRemarks.push_back(fmt::format("{}: {:g} Hz is assumed{}; see --nominal", what, mNominalHz,
                                    recognized ? ", as in its samples" : ""));
 }
 
@@ -111,7 +111,7 @@ void MeasuredSignal::mapRecording(const SignalOptions& options)
         const bool isVoltage = waveform::isDeviceVoltage(static_cast<int>(channel));
         const auto expected = isVoltage ? channels::Quantity::Voltage : channels::Quantity::Current;
         if (mChannels.test(channel) && mapped.mQuantity != expected) {
-            throw base::CaseError(fmt::format("{}: '{}' is no {}, as channel {} is",
+            throw base::CaseError(fmt::format("{}: '{}' is not a {}, but channel {} is",
                                               description().mFileName, mapped.mText,
                                               isVoltage ? "voltage" : "current", channel));
         }

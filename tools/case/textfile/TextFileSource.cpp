@@ -73,7 +73,7 @@ TextFileSource::TextFileSource(const std::string& path, const std::string& encod
     }
     if (!mLayout.mHasTimeUnit) {
         mDescription.mRemarks.push_back(
-            fmt::format("the time column \"{}\" has no unit: s is taken", mLayout.mTimeName));
+            fmt::format("the time column \"{}\" has no unit: s is assumed", mLayout.mTimeName));
     }
     mFile.setPart(0, mFile.size());
     std::string_view heading;
@@ -158,7 +158,7 @@ void TextFileSource::finish()
     refuseGroups();
     if (!mTime.isTime()) {
         throw base::CaseError(
-            fmt::format("{}: its time column \"{}\" falls again and again: expected a time that "
+            fmt::format("{}: its time column \"{}\" falls repeatedly: expected a time that "
                         "rises",
                         mFile.name(), mLayout.mTimeName));
     }
