@@ -70,6 +70,7 @@ void PictureDrawer::drawCases(bool areGood)
         const CaseSummary& it = mNight.mCases[i];
         if ((it.mOutcome == mNight.wanted()) == areGood) {
             mPictures.mCases[i] = drawCase(it.mStaged);
+            mProgress.show(double(++mCasesDone) / double(mNight.mCases.size()));
         }
     }
 }

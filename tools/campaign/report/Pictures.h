@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ProgressLine.h"
 #include "plot/Picture.h"
 #include "report/ExpectedSamples.h"
 
@@ -50,6 +51,8 @@ private:
     ExpectedSamples mExpected;
     Pictures mPictures;
     size_t mBytes = 0;
+    size_t mCasesDone = 0;
+    base::ProgressLine mProgress{"drawing the report"};
 };
 
 } // namespace report
