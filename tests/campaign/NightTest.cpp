@@ -224,6 +224,19 @@ TEST_F(NightTest, RefusedBlocksFailTheirPlaysAndSayNothingElse)
     }
 }
 
+TEST_F(NightTest, ADriverThatRefusesAllBlocksIsNoSilentProgram)
+{
+    const SimulatedNight night = sixPlays();
+    SimulatedDesk desk(night.mCases);
+    desk.mFault = [](Block* block) { block->mIsAccepted = block->mIndex < 5; };
+    MemoryJournal journal;
+    playNight(night, desk, journal);
+    const std::vector<journal::Finding> findings = journal.all<journal::Finding>();
+    ASSERT_FALSE(findings.empty());
+    EXPECT_EQ(findings[0].mKind, "silent");
+    EXPECT_NE(findings[0].mText.find(" s; the driver refused "), std::string::npos);
+}
+
 /** What fails more than one play, or the night itself. */
 TEST_F(NightTest, OtherFaultsEndAsExpected)
 {

@@ -96,6 +96,7 @@ void Night::add(const explain::Event& event, const Moment& now)
                  "the first {} samples of the run are missing, because the driver refused them",
                  event.mSamples));
     }
+    mRefusedBlocks += event.mKind == explain::Event::Kind::Block && !event.mAccepted ? 1 : 0;
     if (event.mKind == explain::Event::Kind::ProgramEnd) {
         mEndText = event.mText; // the judge reports it as a finding, too
     }
@@ -109,6 +110,7 @@ void Night::add(const SampleRecord* records, size_t count, const Moment& now)
         return;
     }
     mLastReceivedNs = now.mSteadyNs;
+    mRefusedBlocks = 0;
     if (mJudge->samples().arrived() == 0) {
         schedule().restartPlayTime();
     }
@@ -213,6 +215,7 @@ void Night::startProgram()
     mJudge.emplace(mPlan);
     mEndText.clear();
     mLastReceivedNs = schedule().now().mSteadyNs;
+    mRefusedBlocks = 0;
     beginPlay();
     mDesk.start(schedule().run());
 }
@@ -340,7 +343,9 @@ void Night::watchSilence()
         return;
     }
     find(explain::nameOf(explain::FindingKind::Silent).mKey,
-         fmt::format("no samples for {} s", silentNs / kSecondInNs));
+         fmt::format("no samples for {} s", silentNs / kSecondInNs) +
+             (mRefusedBlocks == 0 ? ""
+                                  : fmt::format("; the driver refused {} blocks", mRefusedBlocks)));
     countDeath();
     giveUpProgram();
 }

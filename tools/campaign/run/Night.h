@@ -85,6 +85,7 @@ private:
     qint64 mPhaseFromNs = 0;                ///< signal that had arrived when the state began
     Moment mCommandedAt;
     qint64 mLastReceivedNs = 0;            ///< on the steady clock
+    int mRefusedBlocks = 0;                ///< by the driver since then
     qint64 mStopNs = 0;                    ///< on the steady clock: when it was asked to end
     std::string mEndText;                  ///< the program died, in words
     int mDeaths = 0;                       ///< since the last play that passed
