@@ -108,8 +108,8 @@ struct Cost
 {
     double mSeconds;   ///< CPU time
     double mHeapBytes; ///< heap in use afterwards
-    double mPeakBytes; ///< by how much the process was larger at its largest
-    double mFaults;    ///< pages and huge pages that the kernel had to find
+    double mPeakBytes; ///< growth of the process at its peak
+    double mFaults;    ///< pages and huge pages that the kernel had to provide
 };
 
 double heapInUse()

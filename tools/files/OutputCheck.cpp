@@ -22,8 +22,8 @@ constexpr int kMaxLinks = 40;
 struct Identity
 {
     dev_t mDevice = 0;
-    ino_t mInode = 0; ///< of the file; where it does not exist, of its directory ...
-    fs::path mName;   ///< ... with its name there; the whole path where that does not exist either
+    ino_t mInode = 0; ///< of the file; if it does not exist, of its directory ...
+    fs::path mName;   ///< ... with its name there; the whole path if that does not exist either
 
     bool operator==(const Identity& other) const
     {

@@ -24,7 +24,7 @@ constexpr double kBytesPerGibibyte = 1024.0 * kBytesPerMebibyte;
 struct CheckOptions
 {
     PlanOptions mPlan;
-    std::string mFolder; ///< empty: a temporary one
+    std::string mFolder; ///< empty: a temporary folder
 };
 
 std::vector<std::string> rowOf(const journal::StagedCase& it)

@@ -51,7 +51,7 @@ struct RunOptions
     std::string mStartAt;
     std::string mKeep;
     std::vector<std::string> mFaults;
-    std::string mFifo; ///< of a device; empty: at the desk
+    std::string mFifo; ///< of a device; empty for a night in the sandbox
     std::string mLog;
 
     bool isOnDevice() const { return !mFifo.empty(); }
@@ -63,8 +63,8 @@ struct Prepared
     stage::Stage mStage;
     journal::NightBegin mNight;
     std::optional<run::ResumePoint> mResume;
-    size_t mJournalBytes = 0; ///< of whole lines
-    size_t mFoundBytes = 0;   ///< of the file
+    size_t mJournalBytes = 0; ///< size of its complete lines
+    size_t mFoundBytes = 0;   ///< size of the file
 };
 
 std::string journalOf(const RunOptions& options)

@@ -7,7 +7,7 @@
 namespace plan {
 
 namespace {
-constexpr size_t kHashedBytes = size_t{1} << 20U; ///< at a time
+constexpr size_t kHashedBytes = size_t{1} << 20U; ///< read at a time
 } // namespace
 
 std::string fileHash(const std::string& path)

@@ -13,9 +13,9 @@ namespace {
 struct PlayedRange
 {
     const explain::PlayedFile* mFile;
-    qint64 mOriginNs; ///< stamp of what came before one of the passes
-    qint64 mFromNs;   ///< of the first sample, or less
-    qint64 mToNs;     ///< of the last sample, or more
+    qint64 mOriginNs; ///< time stamp of the sample before a pass
+    qint64 mFromNs;   ///< at or before the first sample
+    qint64 mToNs;     ///< at or after the last sample
 };
 
 std::unique_ptr<explain::PlayedFile> readFile(const std::string& path)

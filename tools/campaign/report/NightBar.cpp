@@ -14,9 +14,9 @@ namespace report {
 namespace {
 constexpr double kBarWidth = 1000.0;
 constexpr double kBarHeight = 40.0;
-constexpr double kInset = 8.0; ///< of what is good, from above and below
+constexpr double kInset = 8.0; ///< inset of good parts at top and bottom
 constexpr double kMinBadWidth = 3.0;
-constexpr double kSameColumn = 0.5; ///< plays so near to each other become one
+constexpr double kSameColumn = 0.5; ///< plays that are closer are drawn as one
 constexpr qint64 kMaxTicks = 5;
 
 /** Possible distances of the times below the bar, in s. */

@@ -91,7 +91,7 @@ private:
         return a.mValue.errorRatio() > b.mValue.errorRatio();
     }
 
-    std::vector<WorstValue> mHeap; ///< the least bad one at the front
+    std::vector<WorstValue> mHeap; ///< the least bad value is at the front
 };
 
 void WorstList::add(const SeriesKey& key, const JudgedValue& value)

@@ -20,7 +20,7 @@ constexpr size_t kMaxCompared = 5000;
 constexpr double kSwappedShare = 0.3; ///< of the error
 
 using Members = std::vector<std::string>;
-using Permutation = std::vector<size_t>; ///< [i]: whose expected values channel i has
+using Permutation = std::vector<size_t>; ///< [i]: the channel whose expected values channel i has
 
 const std::array<Members, 3>& channelGroups()
 {
@@ -62,7 +62,7 @@ public:
 private:
     size_t nearest(size_t member) const;
 
-    Members mMembers;                                                   ///< that are in both tables
+    Members mMembers;                                                   ///< those in both tables
     std::array<std::array<double, kMaxMembers>, kMaxMembers> mErrors{}; ///< [measured][expected]
 };
 

@@ -83,7 +83,7 @@ void addAgreement(const Samples& expected, const Samples& measured, qint64 offse
 /** A series that both tables have, and its tolerance of time stamps. */
 struct ProbedSeries
 {
-    double mVariation; ///< of the expected values, by the largest
+    double mVariation; ///< of the expected values, relative to the largest
     const Samples* mExpected;
     const Samples* mMeasured;
     qint64 mWindowNs;

@@ -22,8 +22,8 @@ namespace {
 constexpr size_t kMinPairs = 4;
 constexpr double kSmallestAngle = 0.1;  ///< degrees
 constexpr double kSameAngle = 1.0;      ///< degrees
-constexpr double kSmallestRatio = 1e-3; ///< beside 1
-constexpr double kExplained = 0.2;      ///< of the error is left at most
+constexpr double kSmallestRatio = 1e-3; ///< difference from 1
+constexpr double kExplained = 0.2;      ///< max part of the error that may remain
 constexpr double kHalfTurn = 180.0;
 constexpr double kTurn = 360.0;
 

@@ -11,7 +11,7 @@ namespace assess {
 
 namespace {
 constexpr size_t kMinDurations = 2;
-constexpr double kSamePeriods = 0.25; ///< rms values are renewed each half period
+constexpr double kSamePeriods = 0.25; ///< rms values are updated each half period
 
 /** Rapid voltage changes are excluded: their duration follows another rule. */
 bool isDurationByPeriods(const std::string& quantity)

@@ -19,7 +19,7 @@ using Starts = std::vector<qint64>;
 /** The events of one kind and channel in both tables. */
 struct EventRows
 {
-    std::set<std::string> mQuantities; ///< of the expected ones
+    std::set<std::string> mQuantities; ///< quantities of the expected events
     std::set<qint64> mExpected;        ///< starts
     std::set<qint64> mMeasured;
 };

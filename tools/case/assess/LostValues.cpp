@@ -14,7 +14,7 @@ namespace assess {
 namespace {
 constexpr size_t kMaxSentences = 20;
 constexpr size_t kMaxNamed = 4;
-constexpr qint64 kMaxRunStepNs = 1'000'000'000; ///< between times that are a run
+constexpr qint64 kMaxRunStepNs = 1'000'000'000; ///< max time between the times of a run
 
 using Names = std::vector<std::string>;
 

@@ -12,11 +12,11 @@
 namespace assess {
 
 namespace {
-constexpr qint64 kStateWindowNs = waveform::kSecondInNs / 4; ///< to either side
+constexpr qint64 kStateWindowNs = waveform::kSecondInNs / 4; ///< on either side
 constexpr double kSteadyShare = 0.01;                        ///< of the magnitude
 constexpr double kSteadyRocof = 0.05;                        ///< Hz/s
 constexpr double kMaxEventSeconds = 1e8;
-constexpr double kConstantRocof = 0.1; ///< Hz/s; how far a ramp's may vary
+constexpr double kConstantRocof = 0.1; ///< Hz/s; max variation within a ramp
 
 const std::vector<Sample>* samplesOf(const ValueTable& table, const SeriesKey& key)
 {

@@ -13,7 +13,7 @@ namespace assess {
 
 namespace {
 constexpr qint64 kAroundStepNs = waveform::kSecondInNs / 2;
-constexpr qint64 kSameStepNs = waveform::kSecondInNs / 10; ///< in several channels
+constexpr qint64 kSameStepNs = waveform::kSecondInNs / 10; ///< closer steps of channels are one
 
 /** The limit of a quantity in steady state. */
 std::optional<double> steadyLimit(const LimitTable& limits, const std::string& quantity)

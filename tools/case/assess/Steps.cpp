@@ -9,12 +9,12 @@
 namespace assess {
 
 namespace {
-constexpr size_t kPlateau = 8; ///< differences that are alike, before and after
+constexpr size_t kPlateau = 8; ///< number of equal differences before and after a step
 constexpr qint64 kMaxStepDurationNs = waveform::kSecondInNs / 5;
-constexpr size_t kMinValues = 4; ///< that a step may take
+constexpr size_t kMinValues = 4; ///< number of values that a step may always take
 constexpr double kMinShare = 0.01;
 constexpr double kMinDegrees = 1.0;
-constexpr double kFlat = 0.25; ///< of the smallest step: how far differences may be apart
+constexpr double kFlat = 0.25; ///< part of the smallest step: max spread of equal differences
 constexpr qint64 kAroundNs = waveform::kSecondInNs / 2;
 
 /** Finds steps in the differences between values. */

@@ -131,7 +131,7 @@ struct DrawnPhasor
 {
     SeriesKey mMagnitude;
     double mLength = 0.0;
-    std::optional<double> mDegrees; ///< none: so small that it has no angle
+    std::optional<double> mDegrees; ///< none if it is too small to have an angle
 
     /** A positive sequence is only named in the text: its arrow would cover that of phase A. */
     bool isArrow() const { return mMagnitude.mQuantity == kMagnitude; }

@@ -24,7 +24,7 @@ QString capitalsOf(std::string_view text)
 
 struct Ending
 {
-    QRegularExpression mPattern; ///< of a text in capitals; its first group is the phase
+    QRegularExpression mPattern; ///< for a text in capitals; the first group is the phase
     Phase mPhase;
 };
 
@@ -101,7 +101,7 @@ PhaseEnding endingOf(const waveform::ChannelDescription& channel)
 struct Labels
 {
     bool mHasRedOrYellow = false;
-    bool mHasOthers = false; ///< that tell another system: A, C, S, T
+    bool mHasOthers = false; ///< labels of another system: A, C, S, T
 
     void add(const std::string& label)
     {

@@ -141,13 +141,13 @@ const Reader kReaders[] = {
 struct GenerateOptions
 {
     generate::WaveParameters mWave;
-    bool mIsWaveChanged = false;      ///< by an option of its own
+    bool mIsWaveChanged = false;      ///< by one of its options
     bool mIsNeutralDescribed = false; ///< by --neutral or --amplitudes
     std::string mSignal;              ///< empty for none
     std::vector<std::string> mSettings;
     bool mIsList = false;
     std::string mStates;     ///< a file; empty for none
-    bool mIsAligned = false; ///< states are whole periods
+    bool mIsAligned = false; ///< states have whole periods
     bool mIsStateList = false;
     std::string mTruth;  ///< empty for none
     std::string mOutput; ///< empty for standard output

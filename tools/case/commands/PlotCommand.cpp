@@ -45,7 +45,7 @@ struct PlotOptions
     plot::PictureRequest mRequest;
     std::string mOutput;   ///< empty for the terminal
     std::string mQuantity; ///< of a table; empty for its first
-    std::string mAt;       ///< seconds; of a table UTC, too
+    std::string mAt;       ///< seconds; for a table also UTC
     bool mIsTable = false;
 };
 

@@ -38,8 +38,8 @@ void takeConfig(const std::string& name, std::string_view text, size_t firstLine
 struct Heading
 {
     std::string mType;            ///< "CFG", "DAT", ... in upper case
-    std::string mKind;            ///< of data; may be empty
-    std::optional<size_t> mBytes; ///< of data, where the heading says them
+    std::string mKind;            ///< only for data; may be empty
+    std::optional<size_t> mBytes; ///< only for data, if the heading has it
 };
 
 std::optional<Heading> parseHeading(std::string_view line)

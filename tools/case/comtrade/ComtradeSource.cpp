@@ -12,9 +12,9 @@
 namespace comtrade {
 
 namespace {
-constexpr size_t kBlockValues = 32768; ///< about the values of a block, to stay in the cache
+constexpr size_t kBlockValues = 32768; ///< values per block, to fit the cache
 constexpr size_t kMaxBlockSamples = 4096;
-constexpr double kUsualHz = 50.0; ///< where no nominal frequency is given
+constexpr double kUsualHz = 50.0; ///< if no nominal frequency is given
 constexpr double kMicrosecondsPerSecond = 1e6;
 } // namespace
 

@@ -3,7 +3,7 @@
 namespace comtrade {
 
 namespace {
-constexpr size_t kMaxChanges = 100'000; ///< kept of all channels
+constexpr size_t kMaxChanges = 100'000; ///< max number kept, for all channels together
 } // namespace
 
 void StatusTracker::add(const ComtradeBlock& block, const std::vector<double>& seconds)

@@ -41,7 +41,7 @@ public:
         return event;
     }
 
-    qint64 mTimeNs = 0; ///< of the last event, or when there was no further one
+    qint64 mTimeNs = 0; ///< of the last event, or of the last attempt to read one
 
 private:
     std::optional<Event> read(bool isFinished)

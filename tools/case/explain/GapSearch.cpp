@@ -9,7 +9,7 @@ namespace {
 struct Path
 {
     Hypothesis mAt;
-    qint64 mLeftNs; ///< from the sample before mAt to the next that arrived
+    qint64 mLeftNs; ///< from the sample before mAt to the next one that arrived
     size_t mLost;
 };
 

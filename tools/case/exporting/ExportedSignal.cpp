@@ -73,7 +73,7 @@ private:
     double mLastSeconds = 0.0;
     qint64 mFirstStepNs = 0;
     qint64 mStepNs = 0;
-    bool mHasRepeated = false; ///< a time stamp: no rate does
+    bool mHasRepeated = false; ///< a time stamp; a rate cannot express that
     std::vector<waveform::SampleRate> mRates;
 };
 

@@ -16,7 +16,7 @@ const FamilyParameter kFrequency{"frequency", 50, 10, 400, "Hz"};
 const FamilyParameter kSeconds{"seconds", 1, 0.1, 86400, "s, of the file"};
 /** For signals that repeat each period: with a file of one period, commands take effect soon. */
 const FamilyParameter kShortSeconds{"seconds", 0, 0, 86400, "s, of the file; 0 is one period"};
-constexpr double kAsVoltages = std::numeric_limits<double>::quiet_NaN(); ///< a currents' default
+constexpr double kAsVoltages = std::numeric_limits<double>::quiet_NaN(); ///< default of currents
 const FamilyParameter kPhases{"phases", 3, 1, 3, "a whole number of phases, from the first on",
                               true};
 const FamilyParameter kLead{"lead", 10, 0, 10000, "undisturbed periods before it"};

@@ -9,7 +9,7 @@
 namespace generate {
 
 namespace {
-constexpr bool kNotInCatalogue = false; ///< not in the catalogue: too long, or one of many alike
+constexpr bool kNotInCatalogue = false; ///< not in the catalogue: too long, or similar to others
 
 // doc/catalogue.md gives the sources of the values.
 const std::vector<Signal> kSignals{

@@ -20,7 +20,7 @@ struct ChangesInRange
 {
     std::string mName;
     std::vector<waveform::StatusChannel::Change> mChanges;
-    size_t mMore = 0; ///< that were not kept while reading
+    size_t mMore = 0; ///< not kept while reading
 };
 
 ChangesInRange changesOf(const waveform::StatusChannel& status, const TimeRange& range)

@@ -16,7 +16,7 @@
 namespace input {
 
 namespace {
-constexpr size_t kBeginning = size_t{64} << 10U; ///< bytes that show the form of a file
+constexpr size_t kBeginning = size_t{64} << 10U; ///< bytes that identify the kind of file
 
 bool hasSuffix(const std::string& path, const char* suffix)
 {

@@ -18,7 +18,7 @@ namespace {
 constexpr double kLowerNominal = 50.0;
 constexpr double kHigherNominal = 60.0;
 constexpr double kBetweenNominals = 55.0;
-constexpr double kUsualDistance = 10.0; ///< from between: 45 to 65 Hz
+constexpr double kUsualDistance = 10.0; ///< from kBetweenNominals: 45 to 65 Hz
 
 bool isOfDevice(const waveform::SignalDescription& description)
 {

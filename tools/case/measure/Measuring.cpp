@@ -41,7 +41,7 @@ std::unique_ptr<Meter> makePhasorMeter(const MeasureOptions& options, const Mete
 /** The meters of the selected quantities. */
 struct Meters
 {
-    std::unique_ptr<EventMeter> mEvents; ///< gets what one of the others hands on
+    std::unique_ptr<EventMeter> mEvents; ///< gets the values of one of the others
     std::vector<std::unique_ptr<Meter>> mAll;
 };
 

@@ -9,7 +9,7 @@ namespace measure {
 
 namespace {
 constexpr qint64 kTenSecondsNs = 10 * waveform::kSecondInNs;
-constexpr double kMinSeconds = 5.0; ///< that must have been measured
+constexpr double kMinSeconds = 5.0; ///< min measured time of an interval
 
 /** Times that are closer are equal; they differ by rounding to whole ns of the steps. */
 constexpr qint64 kSameNs = 1000;

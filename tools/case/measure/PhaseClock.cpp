@@ -8,7 +8,7 @@
 namespace measure {
 
 namespace {
-constexpr double kLineCycles = 1.0 / kSamplesPerPeriod; ///< of a line that keeps to the fundamental
+constexpr double kLineCycles = 1.0 / kSamplesPerPeriod; ///< if in step with the fundamental
 constexpr double kHalfCycle = 0.5;
 
 /**

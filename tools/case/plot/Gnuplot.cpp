@@ -14,7 +14,7 @@ struct ProgramRun
     bool mIsStarted = false;
     bool mIsGood = false; ///< ended by itself with status 0
     std::string mOutput;
-    std::string mMessages; ///< and why it did not start or end by itself
+    std::string mMessages; ///< and the reason if it failed to start or was killed
 };
 
 /** QProcess reads the output while it still writes the input, so neither side blocks. */

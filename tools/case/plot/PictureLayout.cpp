@@ -21,7 +21,7 @@ constexpr double kPanelHeight = 126.0;
 constexpr double kHertzHeight = 76.0;
 constexpr double kWaveHeight = 250.0;
 constexpr double kMaxSquare = 560.0;
-constexpr double kGap = 20.0; ///< between panels one above the other
+constexpr double kGap = 20.0; ///< between a panel and the one below
 
 // Below the lowest panel of a column: numbers and title of the time axis.
 constexpr double kTimeTextMiddle = 18.5;
@@ -54,7 +54,7 @@ constexpr double kWaveLineWidth = 1.5;
 // Wanted number of ticks on a vertical axis.
 constexpr double kPanelTicks = 4.0;
 constexpr double kHertzTicks = 2.0;
-constexpr double kWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
+constexpr double kWaveTicks = 5.0; ///< with fewer, a range around 0 may have 0 as its only tick
 
 double widthOf(const std::string& text)
 {
@@ -98,7 +98,7 @@ private:
     Layout mLayout;
     double mLeft = kMinLeft; ///< of all panels
     double mRight = 0.0;
-    double mTop = 0.0; ///< where the next thing begins
+    double mTop = 0.0; ///< top of the next part
 };
 
 Layout LayoutBuilder::build()

@@ -10,7 +10,7 @@ constexpr int kBesidePanel = 22;
 
 // Wanted number of ticks on a vertical axis.
 constexpr double kTerminalPanelTicks = 3.0;
-constexpr double kTerminalWaveTicks = 5.0; ///< fewer may leave a range around 0 with 0 alone
+constexpr double kTerminalWaveTicks = 5.0; ///< with fewer, 0 may be the only tick
 
 TerminalPanel panelOf(const Panel& panel, const std::string& title, const Axis& time, double ticks)
 {

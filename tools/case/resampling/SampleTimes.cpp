@@ -105,8 +105,8 @@ StepCounts countSteps(const std::vector<double>& seconds, double shortStep, doub
 double tickOfSteps(const std::vector<double>& seconds, double shortStep)
 {
     constexpr double kMaxTicks = 4.0;
-    constexpr double kOften = 0.05;  ///< share of all steps; fewer long ones may be gaps
-    constexpr double kSeldom = 0.01; ///< likewise; more are another rate
+    constexpr double kOften = 0.05;  ///< part of all steps; fewer long steps may be gaps
+    constexpr double kSeldom = 0.01; ///< part of all steps; more are another rate
     double longStep = std::numeric_limits<double>::infinity();
     for (size_t i = 1; i < seconds.size(); ++i) {
         const double step = seconds[i] - seconds[i - 1];

@@ -27,7 +27,7 @@ struct Ramp
     double mBegin; ///< seconds
     double mFrom;
     double mTo;
-    double mRate; ///< 0: at once
+    double mRate; ///< 0: a step
 
     double at(double seconds) const
     {
