@@ -7,9 +7,8 @@
 class VxDevice;
 
 /**
- * Assembles the lines that the operator writes into the control FIFO: keeps the part of a line
- * that has arrived until its end comes, and drops a line that is too long. What a line means is the
- * business of others.
+ * Assembles the lines that the operator writes into the control FIFO: keeps the part of a line that
+ * has arrived until its end comes, and drops a line that is too long. Does not interpret the lines.
  *
  * Never waits and logs nothing. Borrows the device for each call. Not copyable.
  */
@@ -27,11 +26,10 @@ public:
     };
 
     /**
-     * Takes at most one line. What follows its line end belongs to the next call and stays in the
-     * device.
+     * Takes at most one line. Bytes after its line end stay in the device for the next call.
      *
-     * @param line gets a taken line with its line end; at the end of a regular file what stands
-     *             there, which may be nothing
+     * @param line gets a taken line with its line end; at the end of a regular file the rest of the
+     * file, which may be empty
      */
     Result take(VxDevice& device, QByteArray* line);
 

@@ -8,17 +8,17 @@ class QCommandLineOption;
 class QCommandLineParser;
 
 /**
- * Where a configuration file is when nobody says where. Messages go to the stream that the caller
- * hands in, since logging is not running yet.
+ * Finds configuration files that are not given by an option. Messages go to a stream of the caller,
+ * since logging is not running yet.
  */
 
-/** The name under which the case configuration is looked for. */
+/** The default name of the case configuration. */
 inline constexpr char kCaseConfigName[] = "vx-simulator.conf";
 
 /**
- * The directories that are searched, the first first; made anew by each call. Among them is the
- * directory of the running program: of a tool it is the tool's own, which is the simulator's
- * where both are installed together.
+ * The directories to search, in this order; computed anew by each call. One of them is the
+ * directory of the running program: for a tool its own, which is the simulator's if both are
+ * installed together.
  */
 QStringList configSearchDirectories();
 

@@ -48,8 +48,8 @@ class Configuration : public CsvParser
 {
 public:
     /**
-     * Never fails: a control FIFO that is missing is reported, and one that does not open is not;
-     * no command is taken then.
+     * Never fails: a missing control FIFO is reported, one that does not open is not; in both cases
+     * no commands are taken.
      */
     Configuration();
     ~Configuration() override;
@@ -88,10 +88,9 @@ public:
     bool readUserInput();
 
     /**
-     * As readUserInput(), but waits up to msecs ms for a valid command and returns at once when it
-     * comes, also after lines that are rejected or not finished. However the control FIFO
-     * behaves, a call that takes no valid command lasts that long and does not spin, so that it
-     * can be made in a loop.
+     * Like readUserInput(), but waits up to msecs ms for a valid command and returns at once when
+     * it comes, even after rejected or unfinished lines. However the control FIFO behaves, a call
+     * without a valid command takes that long and does not spin, so it can be made in a loop.
      */
     bool waitForUserInput(int msecs);
 

@@ -6,8 +6,8 @@
 
 /**
  * One line of the case configuration: three fields separated by ",", converted. Only reads the
- * text: logs nothing, counts nothing, opens nothing, so that the tools can judge a file as the
- * program does.
+ * text: logs nothing, counts nothing, opens nothing, so that the tools can check a file like the
+ * program.
  */
 class ConfigurationLine
 {
@@ -17,7 +17,7 @@ public:
 
     bool isValid() const { return mProblem == Problem::None; }
 
-    /** What is wrong, as the program words it after "file:line: ". Requires: not isValid(). */
+    /** The program's message, without "file:line: ". Requires: not isValid(). */
     std::string error() const;
 
     /** The configuration of the entry; negative when the line chooses the continuous one. */
@@ -26,7 +26,7 @@ public:
     /** Repetitions of the entry, or the number of the continuous configuration. */
     quint32 value() const { return mValue; }
 
-    /** The value file as it is written, unchanged; without meaning when number() is negative. */
+    /** The value file as in the line; meaningless if number() is negative. */
     QString fileName() const { return mFields.at(kFileName); }
 
 private:

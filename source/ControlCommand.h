@@ -4,28 +4,28 @@
 #include <string>
 
 /**
- * One line of the control FIFO, judged: a number asks for a configuration to be played
- * continuously, "s" and a number for one to be played once. Only reads the text: logs nothing,
- * counts nothing, sends nothing.
+ * One line of the control FIFO, parsed: a number selects a configuration to be played continuously,
+ * "s" and a number one to be played once. Only reads the text: logs nothing, counts nothing, sends
+ * nothing.
  */
 class ControlCommand
 {
 public:
     /**
      * @param line not empty; normally with its line end
-     * @param configurationCount the numbers from 0 up to it, without it, are valid
+     * @param configurationCount the numbers below it are valid
      */
     ControlCommand(const QString& line, int configurationCount);
 
     bool isValid() const { return mProblem == Problem::None; }
 
-    /** What is wrong, as the program words it. Requires: not isValid(). */
+    /** The program's message. Requires: not isValid(). */
     std::string error() const;
 
-    /** The configuration asked for, from 0 on. Requires: isValid(). */
+    /** The selected configuration, from 0 on. Requires: isValid(). */
     qint32 number() const { return mNumber; }
 
-    /** To be played once, else continuously. */
+    /** Whether it is played once; otherwise continuously. */
     bool isOnce() const { return mOnce; }
 
 private:

@@ -3,8 +3,8 @@
 #include <QFile>
 
 /**
- * A file of the simulated ADC driver: a QFile that gives up when the driver interrupts every
- * attempt to write, which QFile would repeat for ever. To be opened unbuffered.
+ * A file of the simulated ADC driver: a QFile that gives up if the driver interrupts every attempt
+ * to write, which QFile would repeat endlessly. To be opened unbuffered.
  */
 class DriverFile : public QFile
 {

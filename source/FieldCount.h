@@ -5,7 +5,7 @@
 
 #include "LogText.h"
 
-/** The message about a line that has not as many fields as its format wants. */
+/** The message about a line with a wrong number of fields. */
 inline std::string wrongFieldCount(int expected, int found, const QString& line)
 {
     return "Wrong number of parameter. Expected: " + std::to_string(expected) + ", found " +

@@ -3,10 +3,10 @@
 #include <cstddef>
 
 /**
- * Looks at what waits in a FIFO or a file without taking it, so that a line can be taken in one
- * read and what follows it stays there.
+ * Reads the next bytes of a FIFO or a file without taking them, so that a line can be taken in one
+ * read and the bytes after it stay there.
  *
- * Owns a pipe, through which a copy of a FIFO's bytes goes. Not copyable.
+ * Owns a pipe for a copy of a FIFO's bytes. Not copyable.
  */
 class FifoPeek
 {
@@ -20,8 +20,8 @@ public:
     ~FifoPeek();
 
     /**
-     * How many of the waiting bytes belong to the first line, its line end included; never more
-     * than kMaxBytes. 1 when nothing waits, and for what cannot be looked at.
+     * Number of waiting bytes of the first line, including its line end; at most kMaxBytes. 1 if
+     * nothing waits, and if the bytes cannot be read in advance.
      */
     size_t bytesOfFirstLine(int descriptor) const;
 

@@ -9,9 +9,9 @@
 constexpr size_t kHugePageBytes = 2 * 1024 * 1024;
 
 /**
- * Memory for a std::vector: what fills a huge page to the last element gets one of its own,
- * aligned, which the kernel is asked to find in one piece. It is ordinary memory where the kernel
- * has no such pages. Everything smaller comes from the heap.
+ * Memory for a std::vector: an array that fills a huge page exactly gets one, aligned, for which
+ * the kernel is asked to use a huge page. Without such pages it is ordinary memory. Everything
+ * smaller comes from the heap.
  */
 template <typename T>
 class HugePageAllocator

@@ -7,9 +7,9 @@
 #include "InputValueItem.h"
 
 /**
- * The items of one input value file, in file order. Grows by chunks that never move, so that an
- * item keeps its address, a long file is never copied while it grows, and an item costs its own
- * size and next to nothing beside it. The later chunks of a very long file are huge pages.
+ * The items of one input value file, in file order. It grows by chunks that never move, so an item
+ * keeps its address, a long file is never copied while it grows, and the overhead per item is
+ * negligible. The later chunks of a very long file are huge pages.
  *
  * Owns its items; a copy owns copies.
  */

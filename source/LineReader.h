@@ -6,9 +6,8 @@
 #include <string_view>
 
 /**
- * Hands out the lines of an open file one after another, reading ahead in blocks so that a line
- * costs no system call of its own. Knows bytes and line ends (0x0A) only; what a line means is
- * the parser's business.
+ * Returns the lines of an open file one by one, and reads ahead in blocks to avoid a system call
+ * per line. It deals with bytes and line ends (0x0A) only.
  *
  * Borrows the descriptor, which must stay open while lines are taken, and owns its buffer, which
  * grows to the longest line.
@@ -25,15 +24,15 @@ public:
     void stop();
 
     /**
-     * True when a line can be taken: a whole one, or what stands after the last line end.
-     * False at the end of the file (a read that delivers nothing) and after a failed read;
-     * the bytes of a line that a failed read left unfinished are never delivered.
+     * True if a line can be taken: a whole one, or the bytes after the last line end. False at the
+     * end of the file (a read that returns nothing) and after a failed read; the bytes of a line
+     * that a failed read left unfinished are never returned.
      */
     bool hasLine() { return mBegin < mWholeEnd || findLine(); }
 
     /**
-     * Lets hasLine() read on where the file had its end, since it may have grown. A failed read
-     * stays the end.
+     * Lets hasLine() continue at the end of the file, which may have grown. A failed read remains
+     * the end.
      */
     void lookAgain() { mAtEnd = mFailed; }
 

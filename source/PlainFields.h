@@ -31,7 +31,7 @@ public:
      */
     explicit PlainFields(const char* line) : mBegin(line), mNext(line) {}
 
-    /** Steps over the line end; false when the line goes on. */
+    /** Skips the line end; false if the line continues. */
     bool endLine()
     {
         mNext += *mNext == '\r' ? 1 : 0;
@@ -178,7 +178,7 @@ private:
         return bytes;
     }
 
-    /** The top bit of the first zero byte; what is set above it means nothing. */
+    /** The top bit of the first zero byte; bits above it are undefined. */
     static quint64 zeroBytes(quint64 bytes) { return (bytes - kEachByte) & ~bytes & kTopBits; }
 
     /** As zeroBytes() for the bytes below a blank: NUL, line ends, tabs. */

@@ -3,11 +3,11 @@
 #include <log4cxx/logger.h>
 
 /**
- * Base of everything that logs: holds the logger of the object and counts, for the whole program,
- * the errors that were reported.
+ * Base of all classes that log: holds the logger of the object and counts the reported errors of
+ * the whole program.
  *
- * Our layer in place of the utility library of the target; it offers what the program uses of
- * that library and nothing more, so that the real one can be linked instead.
+ * It replaces the utility library of the target and offers only what the program uses of it, so
+ * that the real one can be linked instead.
  */
 class TrackObject
 {

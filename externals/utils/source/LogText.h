@@ -3,7 +3,7 @@
 #include <QString>
 #include <string>
 
-/** Puts texts from elsewhere into a message. Knows no logger. */
+/** Converts texts of other sources for a message. Independent of the logger. */
 
 /** A file name or system text in the encoding of the log, the local 8-bit encoding. */
 inline std::string local8Bit(const QString& text)
@@ -12,8 +12,8 @@ inline std::string local8Bit(const QString& text)
 }
 
 /**
- * A text that may be of any length, such as a line of a file. No command line is ever cut; what
- * is longer than one nobody would read.
+ * The beginning of a text of any length, such as a line of a file. Command lines are never cut;
+ * longer texts are unreadable in a log.
  */
 inline std::string excerpt(const QString& text)
 {

@@ -27,7 +27,7 @@ public:
      * Sleeps for the given time; a signal does not shorten the sleep.
      *
      * @param nanoseconds up to 4.294967295 s
-     * @return true when the whole time was slept
+     * @return true if it slept for the whole time
      */
     static bool nanoSleep(quint32 nanoseconds);
 
@@ -43,7 +43,7 @@ private:
 bool operator==(const timespec& a, const timespec& b);
 
 /**
- * Writes for example "12s, 500ns", without a line end; whatever base, width and the like the stream
- * is set to has no effect on it and stays.
+ * Writes for example "12s, 500ns", without a line end. Ignores and keeps the stream's base, width
+ * and other settings.
  */
 std::ostream& operator<<(std::ostream& out, const timespec& time);

@@ -10,19 +10,19 @@
 #include "TrackObject.h"
 
 /**
- * The one way in which the program's classes log.
+ * The only way in which the program's classes log.
  *
- * Each call takes the logger, LOG4CXX_LOCATION (which names the calling function) and a callable
- * that builds the text. The text is built only when the level is enabled; errors are counted
- * either way. A line that log4cxx cannot write, because the disk is full for example, is lost and
- * nothing else: the caller never learns of it.
+ * Each call takes the logger, LOG4CXX_LOCATION (the calling function) and a callable that builds
+ * the text. The text is built only if the level is enabled; errors are counted in any case. A line
+ * that log4cxx cannot write, for example because the disk is full, is lost without any other
+ * effect.
  *
  *     logError(mLogger, LOG4CXX_LOCATION, [&] { return "cannot open " + local8Bit(name); });
  */
 
 /**
- * Hands lines to log4cxx and counts those that it could not write. The next line that can be
- * written is preceded, at its level, by one with the number of lost lines.
+ * Passes lines to log4cxx and counts those that it could not write. The next line that can be
+ * written is preceded by one, at its level, with the number of lost lines.
  */
 class LogOutput
 {

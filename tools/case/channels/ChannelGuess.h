@@ -10,21 +10,21 @@
 
 namespace channels {
 
-/** Of one quantity: which channel of a source, counted from 0, is A, B, C, neutral. */
+/** The channels of a source, counted from 0, that are A, B, C and neutral of one quantity. */
 struct GuessedSet
 {
     std::array<std::optional<size_t>, kPhaseCount + 1> mSources;
-    bool mIsMixed = false; ///< names or components speak of several objects
-    std::string mObject;   ///< by its components, else its names; empty where they tell none
+    bool mIsMixed = false; ///< names or components belong to several objects
+    std::string mObject;   ///< by components, or else names; empty if unknown
 };
 
 /** The voltages and the currents. */
 using GuessedSets = std::array<GuessedSet, 2>;
 
 /**
- * Maps by unit and phase. Where a recording has several objects (lines, transformers, ...) it takes
- * the first complete set of three phases, else the first that is complete whatever its names and
- * components say, else the fullest.
+ * Maps by unit and phase. If a recording has several objects (lines, transformers, ...), it takes
+ * the first complete set of three phases, or else the first complete one regardless of names and
+ * components, or else the fullest.
  */
 GuessedSets guessChannels(const std::vector<waveform::ChannelDescription>& channels);
 

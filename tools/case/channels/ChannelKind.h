@@ -6,7 +6,7 @@
 
 namespace channels {
 
-/** What a channel measures. */
+/** The quantity that a channel measures. */
 enum class Quantity
 {
     Unknown,
@@ -21,13 +21,13 @@ struct ChannelUnit
     double mFactor = 1.0;
 };
 
-/** "kV", "mV", "volt", "A", "ampere", ...; 'm' is milli and 'M' mega, else case means nothing. */
+/** "kV", "mV", "volt", "A", "ampere", ...; 'm' is milli and 'M' mega, otherwise case is ignored. */
 ChannelUnit unitOf(std::string_view text);
 
-/** The same of a channel; where it has no unit, a leading U, V or I of its name decides. */
+/** The same for a channel; if it has no unit, a leading U, V or I of its name decides. */
 ChannelUnit unitOf(const waveform::ChannelDescription& channel);
 
-/** What a channel seems to measure although its unit is not known, as "Vrms" or "% of A". */
+/** The probable quantity of a channel with an unknown unit, such as "Vrms" or "% of A". */
 Quantity likelyQuantityOf(const waveform::ChannelDescription& channel);
 
 } // namespace channels

@@ -8,10 +8,10 @@
 
 namespace channels {
 
-/** Phases of a set of voltages or currents, beside the neutral. */
+/** Number of phases of a set of voltages or currents, without the neutral. */
 inline constexpr size_t kPhaseCount = 3;
 
-/** To which phase a channel belongs. The values of the first four are their order. */
+/** The phase of a channel. The first four are in the order of the device's channels. */
 enum class ChannelPhase
 {
     A,
@@ -22,7 +22,7 @@ enum class ChannelPhase
     Unknown
 };
 
-/** A phase, and what stands before it in the text. */
+/** A phase, and the text before it. */
 struct PhaseEnding
 {
     ChannelPhase mPhase = ChannelPhase::Unknown;
@@ -31,24 +31,28 @@ struct PhaseEnding
 };
 
 /**
- * The phase that a text ends with: A/B/C, R/S/T, R/Y/B (RD/YE/BU), L1/L2/L3, 1/2/3, also with the
- * neutral named as the other side (UAN, L1-E); N, 4, 3I0, 3U0 and their like are the neutral. A "B"
- * is phase B here, as text alone does not tell R/Y/B.
+ * The phase at the end of a text: A/B/C, R/S/T, R/Y/B (RD/YE/BU), L1/L2/L3, 1/2/3, also with the
+ * neutral named as the other side (UAN, L1-E); N, 4, 3I0, 3U0 and similar are the neutral. A "B" is
+ * phase B here, because text alone does not identify R/Y/B.
  */
 PhaseEnding phaseAtEndOf(std::string_view text);
 
-/** By the name where it says a voltage between phases, else by the phase field, else by the end of
- * the name; "B" as for phaseAtEndOf(). */
+/**
+ * By the name if it is a voltage between phases, or else by the phase field, or else by the end of
+ * the name; "B" as for phaseAtEndOf().
+ */
 ChannelPhase phaseOf(const waveform::ChannelDescription& channel);
 
-/** What a channel is among the others of its recording. */
+/** The phase of a channel among the others of its recording. */
 struct PhaseInSet
 {
     ChannelPhase mPhase;
-    std::string mStem; ///< of a name that ends with its phase A, B or C; else empty
+    std::string mStem; ///< of a name that ends with its phase A, B or C; otherwise empty
 };
 
-/** Of all channels of a recording: a "B" beside R or Y and without A, C, S, T is phase C. */
+/**
+ * The phases of all channels of a recording: "B" is phase C if there is R or Y, but no A, C, S, T.
+ */
 std::vector<PhaseInSet> phasesOf(const std::vector<waveform::ChannelDescription>& channels);
 
 } // namespace channels

@@ -24,23 +24,25 @@ struct CheckedConfiguration
 };
 
 /**
- * Judges a case configuration and its value files as the simulator would, in its words, and
+ * Checks a case configuration and its value files like the simulator, with its messages, but
  * continues where the simulator stops. Touches neither the control FIFO nor the driver.
  */
 class CaseCheck
 {
 public:
-    /** @param configuration the file; relative names in it begin in the working directory */
+    /** @param configuration the file; its relative names start at the working directory */
     explicit CaseCheck(const QString& configuration);
 
-    /** What the simulator would refuse or not play. Each begins with the file and,
-     * where it has one, the line. */
+    /**
+     * What the simulator would refuse or not play. Each begins with the file and, if there is one,
+     * the line.
+     */
     const std::vector<std::string>& errors() const { return mErrors; }
 
-    /** How many errors there are, including those that errors() only counts. */
+    /** Number of errors, including those that errors() only counts. */
     qint64 errorCount() const;
 
-    /** What plays, but probably not as intended. */
+    /** What can be played, but probably not as intended. */
     const std::vector<std::string>& warnings() const { return mWarnings; }
 
     /** In the order of their numbers. */
@@ -66,10 +68,10 @@ private:
     configuration::CaseConfiguration mCases;
     std::map<QString, FileFacts> mFacts; ///< each file is read once
     std::vector<std::string> mErrors;
-    qint64 mUnlistedErrors = 0; ///< counted in mErrors, without a line of their own
+    qint64 mUnlistedErrors = 0; ///< counted in mErrors, without an own entry
     std::vector<std::string> mWarnings;
     std::vector<CheckedConfiguration> mConfigurations;
-    qint64 mLoadedSamples = 0; ///< each entry has samples of its own in the program
+    qint64 mLoadedSamples = 0; ///< in the program, each entry has its own samples
 };
 
 } // namespace check

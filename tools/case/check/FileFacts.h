@@ -10,49 +10,49 @@
 
 namespace check {
 
-/** What the check must know of one value file; the samples themselves are not kept. */
+/** The facts about one value file that the check needs; the samples are not kept. */
 struct FileFacts
 {
     using Values = std::array<qint64, kChannelCount>;
 
-    /** The first sample with a fault, and how many have it. */
+    /** The first sample with a fault, and the number of samples with it. */
     struct Finding
     {
-        qint64 mFirst = -1; ///< index of the sample; -1 when there is none
+        qint64 mFirst = -1; ///< index of the sample; -1 for none
         qint64 mCount = 0;
         float mFrequency = 0; ///< Hz, of the first
     };
 
-    std::vector<std::string> mErrors; ///< the program's words, at most kMaxErrors of them
+    std::vector<std::string> mErrors; ///< messages of the program, at most kMaxErrors
     qint64 mErrorCount = 0;
-    bool mIsThere = true; ///< false when it could not be opened
+    bool mIsThere = true; ///< false if it could not be opened
 
     qint64 mSamples = 0;
     qint64 mNanoseconds = 0; ///< of one play, in the simulator's steps of whole ns
     float mLowestHz = 0;
     float mHighestHz = 0;
-    Finding mUnplayable;   ///< frequencies outside the design, where a block begins
+    Finding mUnplayable;   ///< unplayable frequencies at the beginning of a block
     Finding mInsideBlocks; ///< frequencies that change inside a block and have no effect
 
     Values mFirst{};
     Values mLast{};
-    Values mLargestStep{}; ///< between neighbours in the file, each channel by itself
+    Values mLargestStep{}; ///< between adjacent samples, for each channel
 
     static constexpr int kMaxErrors = 20;
 
     double seconds() const { return static_cast<double>(mNanoseconds) * 1e-9; }
 };
 
-/** Memory in bytes that the program on the 32-bit device takes for so many samples. */
+/** Memory in bytes that the program on the 32-bit device needs for these samples. */
 qint64 bytesOn32Bits(qint64 samples);
 
 /**
- * Reads a value file as the simulator does, with its classes and in its words, and continues after
- * a rejected line.
+ * Reads a value file like the simulator, with its classes and messages, and continues after a
+ * rejected line.
  */
 FileFacts factsOf(const QString& fileName);
 
-/** The line of the file, counted from 1, that holds the sample. Reads the file again. */
+/** The line of the sample in the file, counted from 1. Reads the file again. */
 quint32 lineOfSample(const QString& fileName, qint64 sample);
 
 } // namespace check

@@ -7,9 +7,9 @@ class App;
 namespace commands {
 
 /**
- * The subcommands, one file each. Each function declares its options and what is done when the
- * subcommand was given; the work itself is done in the other rooms. A command throws CaseError
- * when its input is at fault and CLI::ValidationError when its options contradict each other.
+ * The subcommands, one file each. Each function declares the options of its subcommand and the
+ * action; the work is done in the other folders. A command throws CaseError for a wrong input and
+ * CLI::ValidationError for options that contradict each other.
  */
 
 void addCatalogueCommand(CLI::App& app);

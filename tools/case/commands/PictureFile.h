@@ -7,13 +7,16 @@
 
 namespace commands {
 
-/** What a picture is by the end of its name. Throws CLI::ValidationError. @param option its name */
+/**
+ * The format of a picture by the suffix of its name. Throws CLI::ValidationError. @param option for
+ * the message
+ */
 plot::PictureFormat pictureFormatOf(const char* option, const std::string& name);
 
-/** Throws CaseError where the system has no font for such a picture. */
+/** Throws CaseError if the system has no font for such a picture. */
 void expectDrawable(plot::PictureFormat format);
 
-/** The file with the picture. Throws CaseError where it cannot be drawn. */
+/** The content of the picture file. Throws CaseError if it cannot be drawn. */
 std::string drawn(const plot::Picture& picture, plot::PictureFormat format);
 
 } // namespace commands

@@ -27,9 +27,9 @@ private:
     base::InputFile& mFile;
     const ComtradeHeader& mHeader;
     size_t mFieldCount;
-    double mMissing;        ///< the number that marks a missing value; else NaN
+    double mMissing;        ///< the number that marks a missing value; NaN for none
     size_t mLine;           ///< of the last line taken
-    size_t mCutOffLine = 0; ///< of a last line that ends too early; 0 where none does
+    size_t mCutOffLine = 0; ///< of an incomplete last line; 0 for none
     qint64 mLastNumber = 0; ///< of a sample
     bool mHasEnded = false; ///< another section of a single file has begun
 };

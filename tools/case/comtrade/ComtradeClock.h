@@ -10,8 +10,8 @@
 namespace comtrade {
 
 /**
- * When each sample of a recording was taken: by its rates, which hold one after another, else by
- * its time stamps. Where a rate and the stamps differ, the rate is used.
+ * The time of each sample of a recording: by its rates, each of which holds for a range of samples,
+ * or else by its time stamps. If a rate and the stamps differ, the rate is used.
  */
 class ComtradeClock
 {
@@ -21,17 +21,17 @@ public:
 
     /**
      * Fills in the times of a block, in s from the first sample of the recording.
-     * @return false when neither a rate nor a stamp says when the recording begins
+     * @return false if neither a rate nor a stamp gives the start of the recording
      */
     bool stamp(const ComtradeBlock& block, double* seconds);
 
-    /** Whether, without a rate, the stamps tell no time: none has risen, or too many fall. */
+    /** Whether there is no rate and the stamps are not a time: none has risen, or too many fall. */
     bool hasNoTime() const;
 
     /** Samples so far. */
     size_t samples() const { return mSamples; }
 
-    /** What was odd, once all has been read. */
+    /** Adds remarks on oddities; to be called at the end. */
     void remarkOn(base::Remarks* remarks) const;
 
 private:

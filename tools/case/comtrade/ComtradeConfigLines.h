@@ -7,8 +7,8 @@
 namespace comtrade {
 
 /**
- * The lines of the configuration part of a COMTRADE recording, taken one after another as fields
- * between commas. Real files end a line in several ways and put blank lines between all of them.
+ * The lines of the configuration part of a COMTRADE recording, taken one by one as fields between
+ * commas. Real files end lines in several ways, and may have a blank line after every line.
  *
  * Borrows the text.
  */
@@ -17,19 +17,21 @@ class ComtradeConfigLines
 public:
     using Fields = std::vector<std::string_view>; ///< at least one; trimmed
 
-    /** @param name of the file, as messages give it; `firstLine` is the text's first line in it */
+    /**
+     * @param name of the file, for messages @param firstLine number of the text's first line in it
+     */
     ComtradeConfigLines(std::string name, std::string_view text, size_t firstLine);
 
     /**
      * Takes the next line.
-     * @param expected what it should hold
+     * @param expected content, for messages
      * @throws CaseError at the end
      */
     Fields take(const std::string& expected);
 
     bool isAtEnd() const { return mNext >= mLines.size(); }
 
-    /** The line that comes next; empty at the end. */
+    /** The next line; empty at the end. */
     std::string_view peek() const { return isAtEnd() ? std::string_view() : mLines[mNext]; }
 
     /** The beginning of the line that was taken last, for a message. */
@@ -47,7 +49,7 @@ private:
     bool mHasBlankLines; ///< after every line
 };
 
-/** The field, or nothing where the line is shorter. */
+/** The field, or an empty one if the line is shorter. */
 std::string_view fieldAt(const ComtradeConfigLines::Fields& fields, size_t index);
 
 /** True when the text begins as a configuration does: its second line counts channels. */

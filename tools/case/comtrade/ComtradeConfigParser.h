@@ -10,16 +10,18 @@
 namespace comtrade {
 
 /**
- * Reads the configuration part of a COMTRADE recording, of any revision. Real files
- * deviate from the standard in many ways: what can be understood is taken, and a remark says how.
- * Throws CaseError with the file's name and the line for what cannot.
+ * Reads the configuration part of a COMTRADE recording of any revision. Real files deviate from the
+ * standard in many ways: everything that can be understood is accepted, with a remark. Otherwise it
+ * throws CaseError with the file's name and the line.
  *
- * Memory is bounded by the text, whatever numbers stand in it.
+ * Memory is bounded by the text, whatever numbers it contains.
  */
 class ComtradeConfigParser
 {
 public:
-    /** @param name of the file, as messages give it; `firstLine` is the text's first line in it */
+    /**
+     * @param name of the file, for messages @param firstLine number of the text's first line in it
+     */
     ComtradeConfigParser(std::string name, std::string_view text, size_t firstLine = 1);
 
     /** Requires: called once. */

@@ -8,9 +8,9 @@
 namespace comtrade {
 
 /**
- * The file beside the given one that has the same name but another suffix, both in any case.
+ * The file in the same folder with the same name but another suffix, both in any case.
  * @param suffix for example "dat"
- * @return empty when there is none
+ * @return empty if there is none
  */
 std::string findBeside(const std::string& path, const std::string& suffix);
 

@@ -19,7 +19,7 @@ enum class ComtradeRevision
     k2013 = 2013
 };
 
-/** How a value stands in the data part. */
+/** The format of values in the data part. */
 enum class ComtradeKind
 {
     kAscii,
@@ -39,7 +39,7 @@ struct ComtradeAnalog
 };
 
 /**
- * What the configuration part of a COMTRADE recording says: plain data, for its reader and its
+ * The content of the configuration part of a COMTRADE recording: plain data, for its reader and its
  * writer. Texts are UTF-8 without blanks at their ends.
  */
 struct ComtradeHeader
@@ -49,20 +49,20 @@ struct ComtradeHeader
     ComtradeRevision mRevision = ComtradeRevision::k1999;
     std::vector<ComtradeAnalog> mAnalogs;
     std::vector<waveform::StatusChannel> mStatuses; ///< without states
-    double mNominalHz = 0.0;                        ///< 0 where the file has none
-    /** Empty where there is no rate and time stamps say when a sample was taken. */
+    double mNominalHz = 0.0;                        ///< 0 if the file has none
+    /** Empty if there is no rate and time stamps give the time of each sample. */
     std::vector<waveform::SampleRate> mRates;
-    size_t mAnnouncedSamples = 0; ///< 0 where no number is announced
+    size_t mAnnouncedSamples = 0; ///< 0 if no number is announced
     std::string mStartTime;       ///< of the first sample: "2015-11-18 05:33:03.765333"
     std::string mTriggerTime;     ///< likewise
     ComtradeKind mKind = ComtradeKind::kAscii;
-    double mStampSeconds = 1e-6; ///< what 1 in a time stamp is worth, its factor included
+    double mStampSeconds = 1e-6; ///< unit of a time stamp, including its factor
 };
 
 /** "ASCII", "BINARY", "BINARY32", "FLOAT32". */
 const char* nameOf(ComtradeKind kind);
 
-/** The kind of that name, whatever its case; false when there is none. */
+/** Finds the kind with this name in any case; false if there is none. */
 bool parseKind(std::string_view name, ComtradeKind* kind);
 
 } // namespace comtrade

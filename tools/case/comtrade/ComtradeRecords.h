@@ -11,13 +11,13 @@
 
 namespace comtrade {
 
-/** Consecutive records of a data part, as they stand there. */
+/** Consecutive records of a data part, unconverted. */
 struct ComtradeBlock
 {
     static constexpr qint64 kNoStamp = std::numeric_limits<qint64>::min();
 
     std::vector<qint64> mNumbers; ///< of the samples
-    std::vector<qint64> mStamps;  ///< in the header's unit; kNoStamp where there is none
+    std::vector<qint64> mStamps;  ///< in the header's unit; kNoStamp for none
     /** The states of a sample, 16 in a word, the first of them in the lowest bit. */
     std::vector<quint16> mStates;
 
@@ -25,8 +25,8 @@ struct ComtradeBlock
 };
 
 /**
- * Reads the records of a data part. What differs with the kind of data is here and nowhere else.
- * Throws CaseError with file and line or byte for what cannot be read.
+ * Reads the records of a data part. Everything that depends on the kind of data is here. Throws
+ * CaseError with file and line or byte if something cannot be read.
  */
 class ComtradeRecords
 {
@@ -38,16 +38,16 @@ public:
 
     /**
      * Reads the next records, at most `maxRecords`; none at the end.
-     * @param columns one for each analog channel, with room for so many numbers; gets them as they
-     *        stand, NaN where one is missing
+     * @param columns one for each analog channel, with room for this number of values; gets them
+     * unconverted, NaN for a missing one
      */
     virtual void read(size_t maxRecords, ComtradeBlock* block,
                       std::vector<std::vector<double>>* columns) = 0;
 
-    /** How many there are; 0 where only reading shows it. */
+    /** Number of records; 0 if it is known only after reading. */
     virtual size_t count() const = 0;
 
-    /** What was odd, once all has been read. */
+    /** Adds remarks on oddities; to be called at the end. */
     virtual void remarkOn(base::Remarks* remarks) const = 0;
 };
 
@@ -63,8 +63,8 @@ inline size_t stateWords(const ComtradeHeader& header)
 /**
  * The reader for the header's kind of data.
  *
- * @param file stands at the beginning of the data part, which ends where its part ends; borrowed,
- *        as is the header
+ * @param file at the beginning of the data part, which ends where its part ends; borrowed, like the
+ * header
  * @param firstLine number of the first line of the data part in the file
  */
 std::unique_ptr<ComtradeRecords> makeComtradeRecords(base::InputFile& file,

@@ -13,19 +13,19 @@
 
 namespace comtrade {
 
-/** Where the parts of a recording lie. */
+/** The parts of a recording. */
 struct ComtradeParts
 {
-    std::string mName; ///< of the recording, for the user: the file that was named
+    std::string mName; ///< of the recording, for the user: the given file
     ComtradeHeader mHeader;
     base::Remarks mRemarks;                 ///< so far
-    std::unique_ptr<base::InputFile> mData; ///< stands at the beginning of the data part
+    std::unique_ptr<base::InputFile> mData; ///< at the beginning of the data part
     size_t mFirstDataLine = 1;
 };
 
 /**
- * A COMTRADE recording: values in the units of its channels, missing ones held at the last (0
- * before there is one).
+ * A COMTRADE recording: values in the units of its channels. For a missing value the one before is
+ * held (0 at the beginning).
  */
 class ComtradeSource : public waveform::SignalSource
 {
@@ -53,7 +53,7 @@ private:
     std::vector<double> mLastValues; ///< of each channel
     qint64 mLastNumber = 0;          ///< of a sample
     size_t mJumps = 0;               ///< of the samples' numbers
-    size_t mDisorders = 0;           ///< numbers that repeat or fall
+    size_t mDisorders = 0;           ///< sample numbers that repeat or fall
     bool mIsFinished = false;
 };
 

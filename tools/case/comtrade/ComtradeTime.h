@@ -6,7 +6,7 @@
 
 namespace comtrade {
 
-/** A date and a time as a recording's configuration gives them. */
+/** A date and a time from a recording's configuration. */
 struct ComtradeTime
 {
     std::string mText;                ///< "2015-11-18 05:33:03.765333"
@@ -17,8 +17,8 @@ struct ComtradeTime
 /**
  * Reads "18/11/2015" and "05:33:03.765333".
  *
- * @param monthFirst what stands first in a date that could be read both ways
- * @return nothing when they are no date and time. A year of two digits is one from 1970 on.
+ * @param monthFirst whether an ambiguous date has the month first
+ * @return no value if they are not a date and a time; a year of two digits is one from 1970 on
  */
 std::optional<ComtradeTime> parseComtradeTime(std::string_view date, std::string_view time,
                                               bool monthFirst);

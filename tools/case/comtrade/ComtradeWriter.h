@@ -10,14 +10,14 @@
 namespace comtrade {
 
 /**
- * Writes COMTRADE of 2013 with BINARY32 data. Its numbers are those of the channels as they stand;
- * the header's factors make values of them. -2147483648 reads back as a missing value.
+ * Writes COMTRADE 2013 with BINARY32 data. The numbers are those of the channels, unconverted; the
+ * header's factors convert them into values. -2147483648 reads back as a missing value.
  */
 
-/** The configuration part; its lines end as the standard asks for. */
+/** The configuration part, with the line ends that the standard requires. */
 std::string comtradeConfigText(const ComtradeHeader& header);
 
-/** Bytes that a record has. */
+/** Size of a record in bytes. */
 size_t comtradeRecordBytes(const ComtradeHeader& header);
 
 /**

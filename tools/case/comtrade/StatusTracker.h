@@ -8,7 +8,7 @@
 
 namespace comtrade {
 
-/** Finds where states change. Keeps the first changes only, so that memory is bounded. */
+/** Finds changes of states. Keeps only the first ones, so that memory is bounded. */
 class StatusTracker
 {
 public:

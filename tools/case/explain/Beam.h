@@ -9,8 +9,9 @@
 namespace explain {
 
 /**
- * The hypotheses that a search follows. It is bounded: what costs more than kMaxCostAboveLikeliest
- * above the likeliest is dropped, and of more than kMaxHypotheses the likeliest are kept.
+ * The hypotheses that a search follows. They are bounded: those that cost more than
+ * kMaxCostAboveLikeliest above the likeliest are dropped, and at most kMaxHypotheses are kept, the
+ * likeliest ones.
  *
  * Value type; borrows the plan.
  */
@@ -24,10 +25,13 @@ public:
     std::vector<Hypothesis>& changeAll() { return mAll; }
     bool empty() const { return mAll.empty(); }
 
-    /** The first of those that cost least. Requires: not empty(). */
+    /** The first hypothesis with the lowest cost. Requires: not empty(). */
     const Hypothesis& likeliest() const;
 
-    /** Adds one, unless another dominates it; two that together allow for no more become one. */
+    /**
+     * Adds a hypothesis, unless another one dominates it. Two whose union allows for nothing more
+     * are merged.
+     */
     void insertOrMerge(Hypothesis added);
     void insertOrMerge(std::vector<Hypothesis> added);
 
@@ -35,24 +39,27 @@ public:
     void prune();
 
     /**
-     * Whether one of them has this sample next.
-     * @param stepNs since the sample before; without it any step will do
+     * Whether a hypothesis has this sample next.
+     * @param stepNs time since the sample before; without it any step fits
      */
     bool allows(const SampleContent& content, std::optional<qint64> stepNs) const;
 
-    /** Keeps those that allow() it; false when none does, and nothing is changed then. */
+    /** Keeps the hypotheses that allow() the sample. False, without a change, if there is none. */
     bool filter(const SampleContent& content, std::optional<qint64> stepNs);
 
     /**
-     * Splits off the positions of a hypothesis that do not continue as its others do. To be called
-     * before a sample is passed over without filter().
+     * Splits off the positions of a hypothesis that continue differently from its others. To be
+     * called before a sample is skipped without filter().
      */
     void splitUnequal();
 
-    /** How often positions were dropped or split off. */
+    /** Number of times that positions were dropped or split off. */
     size_t changes() const { return mChanges; }
 
-    /** Keeps those for which this is true of a beam of them alone; all if it is true for none. */
+    /**
+     * Keeps the hypotheses for which isRight is true of a beam with that hypothesis alone. Keeps
+     * all if it is true for none.
+     */
     void filterIf(const std::function<bool(const Beam& alone)>& isRight);
 
 private:

@@ -9,7 +9,7 @@
 
 namespace explain {
 
-/** The commands of a run: what was given, how long each waited, and whether it was reported. */
+/** The commands of a run: their text, how long each has waited, and whether it was reported. */
 class CommandLedger
 {
 public:
@@ -25,24 +25,26 @@ public:
     /** Takes a command that was written; the outcome when the program rejects it. */
     std::optional<CommandOutcome> add(const Event& sent);
 
-    /** All valid ones so far. */
+    /** All valid commands so far. */
     const std::vector<ControlCommand>& valid() const { return mValid; }
 
-    /** What the last of them that arrived by then asked to play continuously; nothing if none did.
+    /**
+     * The continuous configuration set by the last command up to this time; no value if there is
+     * none.
      */
     std::optional<int> continuousAt(qint64 ns) const;
 
     /**
-     * A case has ended while the command with this index, if there is one, was waiting. Returns its
-     * outcome when it has waited too long: nothing else is reported of it then.
+     * To be called when a case has ended while the command with this index was waiting. Returns its
+     * outcome if it has waited too long; nothing else is then reported for it.
      */
     std::optional<CommandOutcome> giveUpOverdue(size_t index, qint64 nowNs);
 
-    /** The next one that was not reported yet, if its index is below this. */
+    /** The next command that was not reported yet, if its index is below `end`. */
     std::optional<CommandOutcome> takeUnreported(size_t end);
     std::optional<CommandOutcome> takeUnreported() { return takeUnreported(mGiven.size()); }
 
-    /** Number of commands, from the first on, of which it was reported what became of them. */
+    /** Number of commands, from the first on, whose outcome was reported. */
     size_t reported() const { return mReported; }
 
     /** Whether the command waited too long when the run ended at this time. */
@@ -61,7 +63,7 @@ private:
 
     int mConfigurationCount;
     qint64 mLongestCaseNs;
-    std::vector<ControlCommand> mValid; ///< and below what else is known of each
+    std::vector<ControlCommand> mValid; ///< mGiven has further facts about each
     std::vector<GivenCommand> mGiven;
     size_t mReported = 0;
 };

@@ -5,8 +5,8 @@
 namespace explain {
 
 /**
- * Finds contents in the files of a plan, which it borrows. A file that consists of
- * equal periods has a position in each of them: those become one Positions, however many they are.
+ * Finds contents in the files of a plan, which it borrows. A file of equal periods has a position
+ * in each of them; these become one Positions object.
  */
 class ContentSearch
 {
@@ -20,13 +20,13 @@ public:
     std::vector<Positions> scan(const std::vector<SampleContent>& contents) const;
 
     /**
-     * The same by an index, which is made by the first call: 8 bytes a sample, and soon no more
-     * time than the answer is long.
+     * The same by an index, which the first call makes: 8 bytes per sample. The time depends only
+     * on the number of results.
      */
     std::vector<Positions> find(const std::vector<SampleContent>& contents) const;
 
 private:
-    /** Samples of a file that are the same as those a stride later. */
+    /** Samples of a file that are equal to those one stride later. */
     struct RepeatedRun
     {
         size_t mStride = 0;
@@ -40,9 +40,9 @@ private:
                       std::vector<Positions>* all) const;
 
     const PlayPlan& mPlan;
-    /** For each sample its hash and, in the lower half, its number in all files; in this order. */
+    /** For each sample its hash and, in the lower half, its number among all files; sorted. */
     mutable std::vector<quint64> mIndex;
-    mutable std::vector<RepeatedRun> mRuns; ///< one a file: the last that was found
+    mutable std::vector<RepeatedRun> mRuns; ///< one per file: the last one found
 };
 
 } // namespace explain

@@ -8,18 +8,19 @@
 namespace explain {
 
 /**
- * What the judge weighs, bounds and waits for, in one place.
+ * All costs, limits and waiting times of the judge.
  *
  * Costs say how unlikely a hypothesis is; only their order and their sums matter.
  */
 
-/** A command that was given is left waiting at the end of a case: it may have come too late. */
+/** A given command is left waiting at the end of a case: it may have come too late. */
 constexpr int kCostOfWaitingCommand = 1;
 
-/** A command of which nothing is known: as unlikely as a command that is left waiting twice. */
+/** An unknown command: as unlikely as a command that is left waiting twice. */
 constexpr int kCostOfUnknownCommand = 2;
 
-/** A recording begins elsewhere than the simulator does: rarer than a command, likelier than two.
+/**
+ * A recording that begins elsewhere than the simulator: rarer than one command, likelier than two.
  */
 constexpr int kCostOfCutFront = 3;
 
@@ -30,39 +31,39 @@ constexpr int kCostOfCutFront = 3;
 constexpr int kMaxCostAboveLikeliest = 3 * kCostOfUnknownCommand;
 
 /**
- * More hypotheses than these are not followed: the likeliest are kept. Reached only where that many
- * configurations go on alike for a while.
+ * Max number of hypotheses; the likeliest are kept. It is reached only if this number of
+ * configurations continue equally for a while.
  */
 constexpr size_t kMaxHypotheses = 1024;
 
-/** Positions of one hypothesis whose past is remembered one by one: see Hypothesis. */
+/** Max positions of a hypothesis whose past is stored separately, see Origins. */
 constexpr size_t kMaxOrigins = 100'000;
 
-/** Limit on rows that are kept while it is ambiguous which were played. */
+/** Max rows that are kept while it is ambiguous which were played. */
 constexpr size_t kMaxAmbiguousRows = 256;
 
-/** The longest gap that is searched: beyond ten minutes, the content must tell where play is. */
+/** The longest gap that is searched. After ten minutes, only the content shows the position. */
 constexpr qint64 kMaxGapNs = 600'000'000'000;
 
-/** Plays that one search over a gap steps through: some ms of work. */
+/** Max plays that one search over a gap steps through: some ms of work. */
 constexpr size_t kMaxPlaysInGap = 20'000;
 
-/** Positions that one search over a gap starts from. */
+/** Max positions that one search over a gap starts from. */
 constexpr size_t kMaxGapStarts = 256;
 
 /**
- * Records in a row that must fit before play is taken to go on there. With eight channels that
- * hardly happens by chance, and it is far less than a period, so that a short event is found.
+ * Records in a row that must fit before playing is assumed to continue there. With eight channels
+ * this hardly happens by chance, and it is far less than a period, so a short event is found.
  */
 constexpr size_t kProofRecords = 16;
 
-/** Of those, the number that may differ where the time stamp tells what happened. */
+/** Number of them that may differ if the time stamp shows what happened. */
 constexpr size_t kMaxDifferentInProof = 4;
 
-/** Records that may differ in a row before play is taken to go on from another sample. */
+/** Records in a row that may differ before playing is assumed to continue from another sample. */
 constexpr size_t kMaxDifferentInRow = 8;
 
-/** What a command may wait beyond the longest case: lead of the writer, and lag of the machine. */
+/** Max wait of a command beyond the longest case: lead of the writer, and lag of the machine. */
 constexpr qint64 kWaitToleranceNs = 1'000'000'000;
 
 /** Blocks that the writer sends at once before it sleeps. */

@@ -8,7 +8,7 @@
 
 namespace explain {
 
-/** A line of vx-sandbox --events or vx-control --events, as far as it matters to the judge. */
+/** A line of vx-sandbox --events or vx-control --events, with the fields that the judge needs. */
 struct Event
 {
     enum class Kind
@@ -25,15 +25,15 @@ struct Event
     bool mAccepted = true; ///< Block: by the driver; Command: it was written
     size_t mSamples = 0;   ///< of Block
     /**
-     * Command: its text. ProgramEnd: how it died, in words; empty when it was stopped because the
-     * run was over, or exited with status 0. RunEnd: why.
+     * Command: its text. ProgramEnd: how it died, in words; empty if it was stopped at the end of
+     * the run, or exited with status 0. RunEnd: the reason.
      */
     std::string mText;
     std::string mReason;               ///< Command: why it was not written
-    std::vector<std::string> mRemarks; ///< ProgramEnd and RunEnd: what is no fault of the stream
+    std::vector<std::string> mRemarks; ///< ProgramEnd and RunEnd: no stream faults
 };
 
-/** Nothing when the line is no event. */
+/** No value if the line is not an event. */
 std::optional<Event> parseEvent(std::string_view line);
 
 } // namespace explain

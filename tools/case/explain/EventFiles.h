@@ -11,9 +11,9 @@
 namespace explain {
 
 /**
- * The events of one run, from one file or several, in the order of their times. Where others append
- * to a file, its lines may be out of order by a second. Read once, while they grow, in memory that
- * does not depend on their length. A last line that is still being written is left out.
+ * The events of one run, from one or more files, in the order of their times. If several programs
+ * append to a file, its lines may be out of order by a second. Files are read once, while they
+ * grow, in constant memory. An incomplete last line is left out.
  */
 class EventFiles
 {
@@ -24,12 +24,12 @@ public:
     EventFiles& operator=(const EventFiles&) = delete;
     ~EventFiles();
 
-    /** The run is over: what is in the files is all. */
+    /** The run is over: nothing more will be appended to the files. */
     void finish() { mIsFinished = true; }
 
     /**
-     * The next event; nothing as long as none is certain to be the next, and at the end.
-     * @throws CaseError for a line that is no event
+     * The next event; no value at the end, or while it is not certain which event is next.
+     * @throws CaseError for a line that is not an event
      */
     std::optional<Event> next();
 

@@ -10,18 +10,18 @@
 namespace explain {
 
 /**
- * Reads a recording and the events of its run, if there are any, to the end and lets a Judge say
- * what they are.
+ * Reads a recording and the events of its run, if there are any, to their ends and lets a Judge
+ * explain them.
  *
- * @param eventFiles what vx-sandbox and vx-control wrote with --events; none: what was commanded is
- *        taken from what was played
- * @return whether all is as it should be
- * @throws CaseError when a file cannot be read, or the recording has no sample
+ * @param eventFiles files of --events of vx-sandbox and vx-control; without any, the commands are
+ * concluded from what was played
+ * @return true if everything is as expected
+ * @throws CaseError if a file cannot be read, or the recording has no sample
  */
 bool explainRecording(const PlayPlan& plan, RecordingReader& recording,
                       const std::vector<std::string>& eventFiles, ExplanationOutput& output);
 
-/** The commands that were sent, by the events alone. Throws as explainRecording() does. */
+/** The commands that were sent, according to the events. Throws like explainRecording(). */
 std::vector<Event> commandsIn(const std::vector<std::string>& eventFiles);
 
 } // namespace explain

@@ -12,12 +12,12 @@ namespace explain {
  *
  * @param output borrowed
  * @param fileWidth characters of the longest value file's name
- * @param isLive whether each line is to be seen at once
+ * @param isLive whether each line is flushed
  */
 std::unique_ptr<ExplanationOutput> explanationText(base::ResultFile& output, size_t fileWidth,
                                                    bool isLive);
 
-/** The explanation for programs: one JSON object a line, which tells its "kind". */
+/** The explanation for programs: one JSON object per line, with its "kind". */
 std::unique_ptr<ExplanationOutput> explanationJson(base::ResultFile& output, bool isLive);
 
 } // namespace explain

@@ -8,7 +8,7 @@
 
 namespace explain {
 
-/** What can be wrong with a recording. */
+/** Kinds of faults of a recording. */
 enum class FindingKind
 {
     Differs,
@@ -28,7 +28,7 @@ enum class FindingKind
     Count
 };
 
-/** The kind as programs read it, and what the verdict says before the number. */
+/** The name of a kind for programs, and its text in the verdict. */
 struct FindingName
 {
     const char* mKey;
@@ -37,7 +37,7 @@ struct FindingName
 };
 const FindingName& nameOf(FindingKind kind);
 
-/** One thing that is wrong. */
+/** One fault. */
 struct Finding
 {
     FindingKind mKind;
@@ -46,16 +46,16 @@ struct Finding
     std::string mText;
 };
 
-/** How much of each kind was found, and which of it is listed. */
+/** Counts of the findings of each kind, and the decision which ones are listed. */
 class FindingCounts
 {
 public:
-    /** Max number that is listed of each kind, unless another is given; all are counted. */
+    /** Default max number of listed findings of each kind; all are counted. */
     static constexpr size_t kMaxListed = 20;
 
     explicit FindingCounts(size_t maxListed = kMaxListed) : mMaxListed(maxListed) {}
 
-    /** Counts the finding; true when it is one of those to be listed. */
+    /** Counts the finding; true if it is to be listed. */
     bool add(const Finding& finding);
 
     size_t count(FindingKind kind) const { return mCounts[static_cast<size_t>(kind)]; }
@@ -76,24 +76,24 @@ struct PlayedSegment
     std::string mFile;
     size_t mFileSamples;
     size_t mPasses;
-    size_t mFirstSample; ///< of the first pass, from 0; not 0 where that is cut
+    size_t mFirstSample; ///< of the first pass, from 0; above 0 if the pass is cut
     size_t mLastSample;  ///< of the last pass
     qint64 mFirstStampNs;
     qint64 mLastStampNs;
     size_t mSamples; ///< that arrived
 };
 
-/** What became of a command. */
+/** The outcome of a command. */
 struct CommandOutcome
 {
     std::string mText;
     qint64 mArrivalNs;
-    std::string mProblem; ///< why it is none, in the simulator's words; empty for a valid one
+    std::string mProblem; ///< why it is invalid, in the simulator's words; empty if it is valid
     std::optional<qint64> mFirstSampleArrivalNs; ///< of what it selected, if that was played
     qint64 mFirstStampNs;                        ///< of that sample
 };
 
-/** What is known at the end. */
+/** The result at the end of a recording. */
 struct Verdict
 {
     size_t mRecords;

@@ -4,16 +4,16 @@
 
 namespace explain {
 
-/** Where play may continue after lost samples. */
+/** Where playing may continue after lost samples. */
 struct GapAnswer
 {
-    PlaybackTracker mAfter; ///< empty where no sample stands at that very time
-    size_t mLost;           ///< the min number of samples that may have been lost
+    PlaybackTracker mAfter; ///< empty if no sample has exactly this time
+    size_t mLost;           ///< the smallest number of samples that may be lost
 };
 
 /**
- * Skips the samples that were lost when the stamp of the next one is that long after the last.
- * Looks at no more than kMaxGapNs, and leaves out what is more than kMaxPlaysInGap plays away.
+ * Skips the lost samples if the time stamp of the next one is this long after the last. Searches up
+ * to kMaxGapNs and kMaxPlaysInGap plays.
  */
 GapAnswer searchAfterGap(const PlaybackTracker& expected, qint64 gapNs);
 

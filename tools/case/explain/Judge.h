@@ -10,24 +10,23 @@
 
 namespace explain {
 
-/** What is known of a recording before it comes, and what is wanted. */
+/** What is known of a recording in advance, and what is wanted. */
 struct JudgeOptions
 {
-    /** Events will come; without them what was commanded is taken from what was played. */
+    /** Events will be added; without them, the commands are concluded from what was played. */
     bool mHasEvents = false;
 
-    bool mIsFromStart = false; ///< it begins with the first sample that the program played
+    bool mIsFromStart = false; ///< it begins with the first sample that was played
     size_t mMaxListed = FindingCounts::kMaxListed; ///< findings of each kind that are output
 };
 
 /**
- * Finds out from a recording of the driver what was played when, and what is wrong with it. Records
- * and events go in piece by piece as they come, and what is found out comes out as soon as it is
- * certain, in memory that does not depend on their length.
+ * Finds out from a recording of the driver what was played when, and its faults. Records and events
+ * are added as they arrive, and results are output as soon as they are certain, in constant memory.
  *
- * The judge stays RecordWindow::kAhead records behind what arrived, because what a record means may
- * show only later. Data goes one way: RunEvents and RecordWindow hold it, PlaybackTracker
- * follows it, Resynchronizer finds out where that fails, PassMerger makes segments.
+ * The judge stays RecordWindow::kAhead records behind the latest one, because later records may
+ * decide about earlier ones. Data goes one way: RunEvents and RecordWindow hold it, PlaybackTracker
+ * follows it, Resynchronizer handles what does not fit, PassMerger makes segments.
  *
  * Borrows the plan and the output.
  */
@@ -42,31 +41,31 @@ public:
      */
     void add(const Event& event) { mEvents.add(event); }
 
-    /** Takes the records that arrived next and judges what can be judged. */
+    /** Takes the next records and judges those that can be judged. */
     void add(const SampleRecord* records, size_t count);
 
     /** Number of records in the events. */
     size_t recordsInEvents() const { return mEvents.samples(); }
 
-    /** The whole passes that were played last, which are not output yet; nothing if all are. */
+    /** The latest complete passes, if they are not output yet. */
     const std::optional<PlayedSegment>& playedLast() const { return mMerger.segment(); }
 
-    /** What was found so far. */
+    /** The findings so far. */
     const FindingCounts& findings() const { return mFindings; }
 
     /** Whether the events say that the run is over. */
     bool isRunOver() const { return mEvents.isRunOver(); }
 
     /**
-     * Judges what is left, and outputs the verdict. Nothing may be added after it.
+     * Judges the rest, and outputs the verdict. Nothing may be added after it.
      * @param restBytes of a record after the last whole one
-     * @param isComplete whether nobody is still writing the recording: only then are such a rest,
-     *        and another number of records than in the events, faults
+     * @param isComplete whether no process still writes the recording: only then such a rest, or a
+     * number of records that differs from the events, is a fault
      */
     void finish(size_t restBytes, bool isComplete);
 
 private:
-    /** A line to output before the segment that it is in. */
+    /** A line that is output before its segment. */
     struct PendingLine
     {
         size_t mRecord;

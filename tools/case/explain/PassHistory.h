@@ -12,7 +12,7 @@ namespace explain {
 struct Hypothesis;
 class PlayPlan;
 
-/** When the first sample that a command brought was met. */
+/** When the first sample selected by a command arrived. */
 struct CommandEffect
 {
     qint64 mArrivalNs; ///< of the block with that sample
@@ -26,26 +26,26 @@ struct Arrival
     qint64 mStampNs;
 };
 
-/** Passes of one file in a row, the last one to its end or so far. */
+/** Passes of one file in a row; the last one may be incomplete. */
 struct PlayedPasses
 {
     size_t mFile;
     std::set<int> mConfigurations; ///< every one that fits
-    size_t mKnownCommands;         ///< as in Hypothesis; so the others
+    size_t mKnownCommands;         ///< these two as in Hypothesis
     int mUnknownCommands;
     CommandEffect mLastEffect;
     Arrival mFirst;
     Arrival mLast;
-    size_t mFirstSample; ///< of the first pass, in its file; not 0 where that is cut
+    size_t mFirstSample; ///< of the first pass, in its file; above 0 if the pass is cut
     size_t mLastSample;  ///< of the last pass
     size_t mPasses;
     size_t mSamples; ///< that arrived
 
-    /** Takes over a pass that goes on with these; false where it is another thing. */
+    /** Appends a pass that continues these; false if it does not. */
     bool append(const PlayedPasses& next);
 };
 
-/** Passes that have ended and those before them, back to where the past is settled. */
+/** Ended passes and those before them, back to the settled past. */
 struct EndedPasses
 {
     PlayedPasses mPasses;
@@ -54,27 +54,30 @@ struct EndedPasses
     std::shared_ptr<const EndedPasses> mBefore;
 };
 
-/** How the pass began in which a hypothesis is, and what was before it. */
+/** The beginning of the current pass of a hypothesis, and the passes before it. */
 struct Origin
 {
     size_t mCount = 1; ///< positions of the hypothesis that share it
     bool mHasBegun = false;
     Arrival mFirst{};          ///< once it has begun
-    size_t mSamplesBefore = 0; ///< that the tracker had taken when it began
+    size_t mSamplesBefore = 0; ///< number taken by the tracker before it began
     CommandEffect mLastEffect{};
-    std::shared_ptr<const EndedPasses> mBefore; ///< what is not settled; null when nothing
+    std::shared_ptr<const EndedPasses> mBefore; ///< passes that are not settled; null for none
 };
 
 /**
- * The origins of a hypothesis's positions, in their order; neighbours share one where they began
- * together. Copies share them until one is changed, so that a search may copy hypotheses freely.
+ * The origins of a hypothesis's positions, in their order; adjacent ones share one if they began
+ * together. Copies share them until one is changed, so a search can copy hypotheses cheaply.
  */
 class Origins
 {
 public:
     explicit Origins(Origin origin, size_t count = 1);
 
-    /** Of passes that have not begun and nothing before them; the last command's effect stays. */
+    /**
+     * Origins of passes that have not begun, without passes before them; keeps the last command's
+     * effect.
+     */
     Origins fresh(size_t count) const;
 
     const Origin& first() const { return mAll.first(); }
@@ -84,7 +87,7 @@ public:
     /** Whether all positions have the same past. */
     bool isSameAs(const Origins& other) const;
 
-    /** Adds one position in front. Of more than kMaxOrigins the newest count as one. */
+    /** Adds a position in front. Beyond kMaxOrigins, the newest positions share one origin. */
     void pushFirst(Origin origin);
     void dropLast();
 
@@ -96,8 +99,8 @@ private:
 };
 
 /**
- * What the hypotheses have in common of their past, and where it ends. Stateless: the past itself
- * is in the hypotheses, so that it goes when they go.
+ * Finds the past that the hypotheses have in common. Stateless: the past is stored in the
+ * hypotheses, so it goes away with them.
  */
 class PassHistory
 {
@@ -105,14 +108,15 @@ public:
     explicit PassHistory(const PlayPlan& plan) : mPlan(plan) {}
 
     /**
-     * The pass in which the first position of a hypothesis is, so far.
+     * The current pass of the first position of a hypothesis, so far.
      * @param samplesTaken by the tracker, with the last one of the pass
      */
     PlayedPasses passOf(const Hypothesis& hypothesis, size_t samplesTaken,
                         const Arrival& last) const;
 
     /**
-     * Remembers in each what has ended; those that are as likely and began it together share it.
+     * Stores the ended pass in each hypothesis; those with equal cost and the same beginning share
+     * it.
      * Requires: single positions at the end of their files.
      */
     void addEnded(std::vector<Hypothesis>* ended, size_t samplesTaken, const Arrival& last) const;
@@ -120,13 +124,13 @@ public:
     /** Whether all have the same past, up to the pass that they are in. */
     static bool agree(const std::vector<Hypothesis>& all);
 
-    /** Whether one of them remembers more than kMaxAmbiguousRows. */
+    /** Whether one of them stores more than kMaxAmbiguousRows. */
     static bool isTooLong(const std::vector<Hypothesis>& all);
 
     /**
-     * Settles the past as it is for the first position of the decisive one, and takes it out,
-     * oldest first. Those of another past continue as if their pass had begun with the decisive
-     * one's.
+     * Settles the past as that of the decisive one's first position, and removes it, oldest first.
+     * Hypotheses with another past continue as if their pass had begun with that of the decisive
+     * one.
      */
     static std::vector<PlayedPasses> settle(const Hypothesis& decisive,
                                             std::vector<Hypothesis>* all);

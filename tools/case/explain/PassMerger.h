@@ -13,8 +13,8 @@ class PassMerger
 {
 public:
     /**
-     * @param namesEqual whether to name all configurations that play the same, since it is not
-     *        known which of them was meant
+     * @param namesEqual whether to name all configurations that play the same, because it is not
+     * known which one was selected
      * Borrows the plan and the output.
      */
     PassMerger(const PlayPlan& plan, bool namesEqual, ExplanationOutput& output)
@@ -22,15 +22,15 @@ public:
     {
     }
 
-    /** Outputs a segment of another file: what is output next comes after it. */
+    /** Outputs a segment of another file, so that it precedes the next output. */
     void flushOthers(const PlayedFile& file);
 
     void add(const PlayedPasses& played);
 
-    /** What was merged and is not output yet. */
+    /** The merged segment that is not output yet. */
     const std::optional<PlayedSegment>& segment() const { return mSegment; }
 
-    /** Outputs what there is; what follows begins a new segment. */
+    /** Outputs the current segment; the next pass begins a new one. */
     void flush();
 
 private:

@@ -10,7 +10,7 @@
 
 namespace explain {
 
-/** An entry that is really played: its file has samples and its repetitions are not 0. */
+/** An entry that is played: its file has samples and its repetitions are not 0. */
 struct PlayedEntry
 {
     int mConfiguration;
@@ -20,8 +20,8 @@ struct PlayedEntry
 };
 
 /**
- * Samples of a file with the same content, at equal distances: mFirst, mFirst + mStride and so on,
- * mCount in all. All samples from the first up to the last are the same as those a stride later.
+ * Samples of a file with the same content at equal distances: mFirst, mFirst + mStride and so on,
+ * mCount in total. All samples from the first up to the last equal those one stride later.
  */
 struct Positions
 {
@@ -58,7 +58,7 @@ public:
     /** All entries that play the file, of configurations that play the same those of the first. */
     const std::vector<int>& entriesOf(size_t file) const { return mEntriesOfFile[file]; }
 
-    /** Numbers that a command may name: from 0 up to it, without it. */
+    /** A command may name the numbers below this. */
     int configurationCount() const { return static_cast<int>(mFirstEntryOf.size()); }
     int continuousConfiguration() const { return mContinuous; }
 
@@ -71,16 +71,16 @@ public:
      */
     const std::vector<int>& firstEntries() const { return mFirstEntries; }
 
-    /** Those of them that begin with this content. */
+    /** The firstEntries() that begin with this content. */
     const std::vector<int>& firstEntriesWith(const SampleContent& content) const;
 
-    /** All configurations that play the very same as this one, itself included, in order. */
+    /** All configurations that play exactly the same as this one, including itself, in order. */
     const std::vector<int>& equalConfigurations(int configuration) const;
 
-    /** ns that the longest play of a file takes. */
+    /** Duration of the longest file in ns. */
     qint64 longestCaseNs() const { return mLongestCaseNs; }
 
-    /** ns that a block of the slowest file takes, or of one without a playable frequency. */
+    /** Duration in ns of a block of the slowest file, or of one without a playable frequency. */
     qint64 longestBlockNs() const { return mLongestStepNs * qint64{kSamplesPerPeriod}; }
 
     /** Whether the step is known and the same for all samples of all files. */

@@ -5,18 +5,17 @@
 namespace explain {
 
 /**
- * Follows what the simulator may be playing, sample by sample, as a beam search over hypotheses:
- * where several fit, because files or their periods are alike or a command may have come, all of
- * them are followed until what arrives decides. What a hypothesis assumes has a cost, and the
- * cheapest one counts as what was played.
+ * Follows what the simulator may be playing, sample by sample, as a beam search over hypotheses. If
+ * several fit, because files or periods are equal or a command may have come, all of them are
+ * followed until later samples decide. Assumptions of a hypothesis have costs; the cheapest
+ * hypothesis counts as what was played.
  *
- * What bounds the search is in Beam and Costs.h. What is lost by it: play that looks like plain
- * repetition for a while and takes more than three commands, or a cut front and more than one, to
- * be explained from there on; and play with more than kMaxHypotheses beginnings that go on alike.
- * Such a recording may be called bad although it is good; one that is bad is never called good by
- * it.
+ * Beam and Costs.h bound the search. These bounds lose two cases: playing that looks like plain
+ * repetition for a while, and whose explanation from there on takes more than three commands, or a
+ * cut front and more than one command; and playing with more than kMaxHypotheses equal beginnings.
+ * Such a good recording may be called bad, but never a bad one good.
  *
- * Value type: a search copies it and leaves the original alone. Borrows the plan.
+ * Value type: a search works on a copy. Borrows the plan.
  */
 class PlaybackTracker
 {
@@ -27,9 +26,9 @@ public:
     static PlaybackTracker atStart(const PlayPlan& plan);
 
     /**
-     * Allows for any of the positions, too, as for those of a recording that is cut.
-     * @param isAnyContinuous whether any configuration may be the continuous one there; else that
-     *        takes a command of which nothing is known
+     * Adds hypotheses at these positions, as for a recording whose beginning is cut off.
+     * @param isAnyContinuous whether any configuration may be the continuous one there; otherwise
+     * that costs an unknown command
      */
     void addCutFronts(const std::vector<Positions>& all, bool isAnyContinuous);
 
@@ -43,13 +42,15 @@ public:
     PlaybackTracker restarted(const SampleContent& content) const;
 
     /**
-     * Lets those that are between two cases take their next command or leave it waiting.
-     * @param commands all valid ones that were given so far
-     * @param effect the next record, which is the first of a command that is taken
+     * Lets the hypotheses between two cases take their next command or leave it waiting.
+     * @param commands all valid commands so far
+     * @param effect the next record, which is the first one of a command that is taken
      */
     void offer(const std::vector<ControlCommand>& commands, const CommandEffect& effect);
 
-    /** Has none of them take the first commands any more: what became of these is known. */
+    /**
+     * Excludes the first commands: their outcome is known, so no hypothesis may take them any more.
+     */
     void excludeCommands(size_t count);
 
     /** Whether one of them is about to begin a case. */
@@ -65,46 +66,48 @@ public:
     }
     bool keep(const SampleContent& content, std::optional<qint64> stepNs);
 
-    /** Whether one of them has its next sample so long after the one before. */
+    /** Whether a hypothesis has its next sample at this distance from the one before. */
     bool allowsStep(qint64 stepNs) const;
 
-    /** Keeps those for which this is true of a tracker of them alone; all if it is true for none.
+    /**
+     * Keeps the hypotheses for which isRight is true of a tracker with that hypothesis alone. Keeps
+     * all if it is true for none.
      */
     void keepIf(const std::function<bool(PlaybackTracker alone)>& isRight);
 
     /**
      * Advances all by a sample.
      * @param arrival the record that was this sample, or should have been; without it the pass does
-     *        not count it, and what was played before is forgotten
-     * @param next what comes after it, if that is known: of the many configurations that an
-     *        unknown command may bring, those that do not begin with it are left out
+     * not count it, and the passes before are forgotten
+     * @param next the sample after it, if known; hypotheses for unknown commands that do not begin
+     * with it are left out
      */
     void advance(const std::optional<Arrival>& arrival = std::nullopt,
                  const SampleContent* next = nullptr);
 
-    /** To be called before a sample is passed over that none of them allows. */
+    /** To be called before a sample that no hypothesis allows is skipped. */
     void splitUnequal() { mBeam.splitUnequal(); }
 
     /** keep() and advance(). */
     bool take(const SampleContent& content, std::optional<qint64> stepNs,
               const SampleContent* next = nullptr);
 
-    /** Whether all have the same past: what is said now of the samples so far holds. */
+    /** Whether all have the same past, so that results about the samples so far are final. */
     bool isSettled() const { return PassHistory::agree(mBeam.all()); }
 
-    /** Takes out the passes that have ended, oldest first: those of which all agree. */
+    /** Removes and returns the ended passes on which all agree, oldest first. */
     std::vector<PlayedPasses> takeEnded();
 
-    /** Takes out all passes as the likeliest has them, the one that is being played included. */
+    /** Removes and returns all passes of the likeliest hypothesis, including the current one. */
     std::vector<PlayedPasses> breakOff(const Arrival& last);
 
-    /** What arrives next begins a pass, wherever in its file it stands. */
+    /** The next sample begins a pass, at whatever position in its file. */
     void forgetPasses();
 
-    /** Follows what the other does, too. */
+    /** Adds the hypotheses of the other tracker. */
     void alsoFollow(const PlaybackTracker& other) { mBeam.insertOrMerge(other.mBeam.all()); }
 
-    /** With these hypotheses instead of its own. */
+    /** A tracker with these hypotheses instead of its own. */
     PlaybackTracker replacedBy(std::vector<Hypothesis> hypotheses) const;
 
     /** Requires: not empty(). */
@@ -125,7 +128,7 @@ private:
 
     Beam mBeam;
     size_t mSamplesTaken = 0;
-    bool mPastHasChanged = false; ///< since takeEnded() looked at it
+    bool mPastHasChanged = false; ///< since the last takeEnded()
 };
 
 } // namespace explain

@@ -26,7 +26,7 @@ public:
     const SampleStore& samples() const { return mSamples; }
     size_t size() const { return mSamples.size(); }
 
-    /** ns from the sample before to this one; 0 where the file does not say. */
+    /** ns from the sample before to this one; 0 if the file does not give it. */
     quint32 stepAt(size_t sample) const { return mSteps[sample / kSamplesPerPeriod]; }
 
     /**
@@ -35,28 +35,31 @@ public:
      */
     qint64 timeBefore(size_t sample) const;
 
-    /** The sample whose timeBefore() its successor this is; nothing where none has it. */
+    /** The sample right before the one whose timeBefore() is this; no value if there is none. */
     std::optional<size_t> sampleAtTime(qint64 ns) const;
 
-    /** ns that a play of the whole file takes. */
+    /** Duration of one pass in ns. */
     qint64 durationNs() const { return timeBefore(size()); }
 
-    /** ns from one sample to the next where that is longest. */
+    /** The longest step between two samples in ns. */
     qint64 longestStepNs() const;
 
-    /** False where a frequency that cannot be played leaves a step as it was before. */
+    /**
+     * False if a step depends on what was played before, because of a frequency that cannot be
+     * played.
+     */
     bool hasAllSteps() const { return mHasAllSteps; }
 
     /** Whether every sample has this step. */
     bool hasOnlyStep(quint32 ns) const;
 
-    /** Whether this sample and that one have the same content and the same step. */
+    /** Whether both samples have the same content and the same step. */
     bool isSame(size_t left, size_t right) const
     {
         return stepAt(left) == stepAt(right) && mSamples[left] == mSamples[right];
     }
 
-    /** Whether all samples from `first` on, up to `end`, are the same as those a stride later. */
+    /** Whether all samples from `first` up to `end` equal those one stride later. */
     bool repeats(size_t first, size_t end, size_t stride) const;
 
     /** Whether they play the same; the names may differ. */

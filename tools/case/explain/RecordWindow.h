@@ -8,13 +8,13 @@
 namespace explain {
 
 /**
- * A recording of the driver, seen through a window that moves over it once: what has arrived and
- * was not judged yet, and some records behind it.
+ * A window that moves once over a recording of the driver: the records that have arrived and are
+ * not judged yet, and some before them.
  */
 class RecordWindow
 {
 public:
-    /** Records that can be seen ahead and back, if the recording has them. */
+    /** Max number of accessible records ahead and back. */
     static constexpr size_t kAhead = 4096;
     static constexpr size_t kBack = 8192;
 
@@ -26,7 +26,7 @@ public:
     /** The same, but at most kAhead. */
     size_t ahead() const { return arrived() < kAhead ? arrived() : kAhead; }
 
-    /** Records before the next one that can be seen. */
+    /** Number of accessible records before the next one. */
     size_t back() const { return mNext; }
 
     /** The next record, or one ahead of or, with a negative offset, behind it. */

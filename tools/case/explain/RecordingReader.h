@@ -9,10 +9,10 @@
 namespace explain {
 
 /**
- * Reads the records of a recording as they come: of a file what has been written so far, of
- * standard input or a named pipe all until its writers have closed it.
+ * Reads the records of a recording as they arrive: of a file all that has been written so far, of
+ * standard input or a named pipe everything until all writers have closed it.
  *
- * Owns the open file. Throws CaseError with its name for whatever fails.
+ * Owns the open file. All errors are CaseErrors with its name.
  */
 class RecordingReader
 {
@@ -25,16 +25,16 @@ public:
 
     const std::string& name() const { return mName; }
 
-    /** Whether it is standard input or a pipe, whose records may take as long as they like. */
+    /** Whether it is standard input or a pipe, whose records may arrive at any time. */
     bool isStream() const { return mIsStream; }
 
-    /** The next whole records that are there, once there are any; none at the end. */
+    /** Waits for the next whole records; none at the end. */
     const std::vector<SampleRecord>& next();
 
-    /** Bytes at the end that are no whole record. Known once next() gave none. */
+    /** Bytes of an incomplete record at the end. Known once next() has returned none. */
     size_t restBytes() const { return mRest.size(); }
 
-    /** Whether nobody can be writing it any more. A stream's writer may have more to send. */
+    /** Whether no process has it open for writing. False for a stream. */
     bool isComplete() const;
 
 private:
@@ -46,7 +46,7 @@ private:
     size_t mSize = 0; ///< of a file, when it was opened
     size_t mTaken = 0;
     base::ProgressLine mProgress{"reading"};
-    std::vector<char> mRest; ///< of a record that has not arrived as a whole
+    std::vector<char> mRest; ///< of an incomplete record
     std::vector<SampleRecord> mRecords;
 };
 

@@ -8,37 +8,36 @@
 
 namespace explain {
 
-/** What the time from the last record to the next one tells. */
+/** What the time from the last record to the next one means. */
 enum class NextStep
 {
-    Known,    ///< it is that of the next sample, or something is wrong
-    Doubtful, ///< nothing, unless it shows how many samples are missing
-    Judged,   ///< nothing more: what is wrong with it has been said
+    Known,    ///< it is the step of the next sample, or there is a fault
+    Doubtful, ///< nothing, but it may show how many samples are missing
+    Judged,   ///< nothing more: its fault has been reported
 };
 
-/** Why a recording does not continue as it should, and how it continues instead. */
+/** Why a recording does not continue as expected, and how it continues instead. */
 struct Repair
 {
     enum class Kind
     {
-        Differs,   ///< the next mRecords are others than they should be
+        Differs,   ///< the next mRecords differ from the expected ones
         Missing,   ///< mSamples are missing before the next record
-        Twice,     ///< the next mRecords were there before
+        Twice,     ///< the next mRecords repeat those before
         Foreign,   ///< the next mRecords are in no file
         TimeJump,  ///< the samples continue, their time stamps do not
         Elsewhere, ///< the samples of another position are played
     };
 
     Kind mKind;
-    size_t mRecords;        ///< that are done with by this; 0 where what arrived is good again
-    size_t mSamples;        ///< concerned
+    size_t mRecords;        ///< handled by this repair; 0 if the next record fits again
+    size_t mSamples;        ///< that are concerned
     PlaybackTracker mAfter; ///< for the next record
 };
 
 /**
- * Finds out what happened where a record does not fit: by its time stamp, by the records after
- * it, and by where the same samples stand in the files. Its work is bounded by what the window
- * shows.
+ * Finds out what happened if a record does not fit: by its time stamp, by the records after it, and
+ * by the positions of equal samples in the files. The window bounds its work.
  */
 class Resynchronizer
 {

@@ -7,18 +7,18 @@
 namespace explain {
 
 /**
- * What the events tell of the run so far: when each block of samples arrived, which commands were
- * given, and how the run ended. Events come in the order of their times.
+ * Facts from the events of the run so far: when each block of samples arrived, which commands were
+ * given, and how the run ended. Requires: events in the order of their times.
  */
 class RunEvents
 {
 public:
     void add(Event event);
 
-    /** Nothing more will come. */
+    /** No more events will be added. */
     void finish() { mIsFinished = true; }
 
-    /** Whether what happened until this sample of the recording arrived is known. */
+    /** Whether all events up to the arrival of this sample are known. */
     bool covers(size_t sample) const { return mIsFinished || mSamples > sample; }
 
     /**
@@ -27,25 +27,25 @@ public:
      */
     std::optional<qint64> arrivalNs(size_t sample);
 
-    /** The oldest command that was not taken out, if it was given by then. */
+    /** The oldest command that was not taken yet, if it was given by this time. */
     std::optional<Event> takeCommand(std::optional<qint64> untilNs);
 
-    /** Samples that the driver accepted, and those that it refused after them. */
+    /** Samples that the driver accepted; refusedSamples() are those refused after them. */
     size_t samples() const { return mSamples; }
     size_t refusedSamples() const { return mRefusedSamples; }
 
-    /** Whether they are those of a driver, which tell how many samples there are. */
+    /** Whether the events are those of a driver, which include the number of samples. */
     bool haveBlocks() const { return mLastBlockNs || mIsRunOver; }
 
     /** When the last block arrived, accepted or refused; nothing before the first. */
     std::optional<qint64> lastBlockNs() const { return mLastBlockNs; }
 
-    /** How the program died, in words; empty if it did not, or nothing is known of it. */
+    /** How the program died, in words; empty if it did not, or if that is unknown. */
     const std::string& death() const { return mDeath; }
 
     bool isRunOver() const { return mIsRunOver; }
 
-    /** Whether the program should have played until the run was over. */
+    /** Whether the program should have played until the end of the run. */
     bool endedWhilePlaying() const { return mEndedWhilePlaying; }
 
     /** Of the last event, or of the end of the run. */

@@ -8,7 +8,7 @@
 
 namespace explain {
 
-/** What of a record comes from the value file: all but the time stamp. */
+/** The part of a record that comes from the value file: everything except the time stamp. */
 using SampleContent = std::array<quint32, 2 + kChannelCount>;
 
 inline SampleContent contentOf(const SampleRecord& record)
@@ -19,8 +19,8 @@ inline SampleContent contentOf(const SampleRecord& record)
 }
 
 /**
- * The contents of a value file, by their index. Grows by chunks that never move: a sample costs its
- * own size and next to nothing beside it, whatever the number of samples.
+ * The contents of a value file, by index. It grows by chunks that never move, so the overhead per
+ * sample is negligible.
  */
 class SampleStore
 {
@@ -35,7 +35,7 @@ public:
         ++mSize;
     }
 
-    /** Gives back what the last chunk does not need. To be called once all is appended. */
+    /** Releases the unused part of the last chunk. To be called after the last append. */
     void finish()
     {
         if (!mChunks.empty()) {
@@ -54,7 +54,7 @@ public:
     bool operator==(const SampleStore& other) const { return mChunks == other.mChunks; }
 
 private:
-    /** 160 KiB: the unused part of the last chunk never matters beside what is loaded. */
+    /** 160 KiB, so that the unused part of the last chunk is negligible. */
     static constexpr size_t kChunkSamples = 4096;
 
     std::vector<std::vector<SampleContent>> mChunks;

@@ -17,25 +17,25 @@ struct ExportPart
     double mTo = std::numeric_limits<double>::infinity();
 };
 
-/** What must be known of a signal before it can be written. */
+/** Facts about a signal that are needed before it can be written. */
 struct ExportFacts
 {
     size_t mSamples = 0;
     double mSeconds = 0.0;        ///< from the first to the last
-    double mSkippedSeconds = 0.0; ///< from the first of the input to the first exported
-    double mFrequency = 0.0;      ///< Hz, at the beginning; computed from the step to two decimals
+    double mSkippedSeconds = 0.0; ///< from the first sample of the input to the first exported one
+    double mFrequency = 0.0;      ///< Hz at the beginning; rounded to two decimals if computed
     size_t mMissing = 0;          ///< values of -2147483648
-    std::vector<waveform::SampleRate> mRates; ///< empty where only time stamps can say it
+    std::vector<waveform::SampleRate> mRates; ///< empty if only time stamps give the times
 };
 
 /**
- * The samples of a value file or a recording of the driver that lie in a part of it, in counts,
- * with times from the first of them on. To be read once.
+ * The samples in a part of a value file or a recording of the driver, in counts, with times from
+ * the first of them on. To be read once.
  */
 class ExportedSignal
 {
 public:
-    /** @throws CaseError when the file is neither. */
+    /** @throws CaseError if the file is neither. */
     ExportedSignal(const std::string& path, const ExportPart& part);
 
     const waveform::SignalDescription& description() const { return mSource->description(); }
@@ -43,7 +43,7 @@ public:
     /** As SignalSource::read(). */
     bool read(waveform::SignalBlock& block);
 
-    /** Reads all of it. @throws CaseError when the part has no sample */
+    /** Reads all of it. @throws CaseError if the part has no samples */
     ExportFacts readFacts();
 
 private:

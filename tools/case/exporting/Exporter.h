@@ -6,7 +6,7 @@
 
 namespace exporting {
 
-/** What is exported, and how. */
+/** Options of an export. */
 struct ExportOptions
 {
     std::string mInput;
@@ -16,17 +16,17 @@ struct ExportOptions
     double mCountsPerAmpere = 1000.0;
 };
 
-/** Whether the name of the output has a suffix that says what to write. */
+/** Whether the name of the output has a suffix of a known format. */
 bool isExportName(const std::string& output);
 
-/** The file that is written beside the output: the data of NAME.cfg; else empty. */
+/** The additional file: the data of NAME.cfg; otherwise empty. */
 std::string dataNameFor(const std::string& output);
 
 /**
  * Writes the input as COMTRADE in two files (.cfg) or one (.cff), or as text (.csv). The input is
- * read twice; memory does not depend on its length.
+ * read twice, in constant memory.
  *
- * @return what the user should know about it; may be empty
+ * @return a remark for the user; may be empty
  * @throws CaseError
  */
 std::string exportSignal(const ExportOptions& options);

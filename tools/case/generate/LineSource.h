@@ -5,7 +5,7 @@
 
 namespace generate {
 
-/** The lines of a value file before they are rounded, whatever they are made from. */
+/** The source of the lines of a value file, before they are rounded. */
 class LineSource
 {
 public:

@@ -12,16 +12,16 @@ using Json = nlohmann::ordered_json;
 
 Json jsonOf(const Position& position);
 
-/** null where there is none. */
+/** null for no value. */
 Json numberOrNull(const std::optional<double>& value);
 
-/** Their numbers. */
+/** The numbers of the channels. */
 Json channelList(const ChannelSet& channels);
 
 /** "channel" and "name". */
 Json channelHeading(size_t number);
 
-/** Of one channel: "rms", and "events" where it has any. */
+/** Of one channel: "rms", and "events" if it has any. */
 Json jsonOf(const MeasuredValues& values, size_t channel);
 
 /** "declaredRms", "thresholds" and "events". */

@@ -17,10 +17,10 @@ inline constexpr size_t kNeutralVoltage = 3;
 inline constexpr size_t kFirstCurrent = 4;
 inline constexpr size_t kNeutralCurrent = 7;
 
-/** What the channel of a neutral holds. */
+/** The rule for the value of a neutral channel. */
 enum class NeutralRule
 {
-    Given, ///< what is described for that channel
+    Given, ///< as described for this channel
     Zero,
     Sum ///< of the three phases, before they are rounded
 };
@@ -43,7 +43,7 @@ struct Neutral
     NeutralRule mCurrent = NeutralRule::Given;
     NeutralRule mVoltage = NeutralRule::Given;
 
-    /** Sets the neutral of anything that adds up: samples, phasors, largest values. */
+    /** Sets the neutral of additive values: samples, phasors, upper bounds. */
     template <typename Values>
     void applyTo(Values& values) const
     {

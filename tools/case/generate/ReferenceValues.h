@@ -21,24 +21,24 @@ struct FrequencyStep
 
 struct FrequencyValues
 {
-    float mFileHertz = 0.0F; ///< where it is constant, as the next one
+    float mFileHertz = 0.0F; ///< if it is constant, as the next one
     double mHertz = 0.0;     ///< of the time stamps
     double mMinHertz;
     double mMaxHertz;
-    std::optional<double> mMaxHertzPerSecond; ///< none where the frequency jumps
-    std::vector<FrequencyStep> mSteps;        ///< empty where it is constant
+    std::optional<double> mMaxHertzPerSecond; ///< none if the frequency jumps
+    std::vector<FrequencyStep> mSteps;        ///< empty if it is constant
 };
 
 struct HarmonicValues
 {
     int mOrder;
     double mRms;
-    std::optional<double> mPercent; ///< of the channel's fundamental, where there is one
+    std::optional<double> mPercent; ///< of the channel's fundamental, if there is one
     std::optional<double> mDegrees; ///< where the channel's fundamental rises through 0
     double mFirstLineDegrees;
 };
 
-/** Of the wave as it is without disturbances, modulations and tones. */
+/** Values of the wave without disturbances, modulations and tones. */
 struct ChannelValues
 {
     double mFundamentalRms;
@@ -59,7 +59,7 @@ struct DisturbanceValues
     ChannelSet mChannels;
     Position mBegin;
     Position mEnd;  ///< the first line after it
-    double mFactor; ///< what remains of the amplitude
+    double mFactor; ///< remaining part of the amplitude
     double mPhaseJumpDegrees;
 };
 
@@ -70,7 +70,7 @@ struct ToneValues
     double mHertz;
     double mPercent;
     double mDegrees;
-    std::optional<double> mTimeConstantSeconds; ///< none where it lasts
+    std::optional<double> mTimeConstantSeconds; ///< none if it does not decay
 };
 
 struct ModulationValues
@@ -82,7 +82,7 @@ struct ModulationValues
     double mPhaseRadians;
 };
 
-/** What a wave is made of, with the times at which it is played. In counts. */
+/** The components of a wave, with the times at which it is played. In counts. */
 struct ReferenceValues
 {
     Position mEnd; ///< the line after the last one
@@ -103,10 +103,10 @@ struct ReferenceValues
  */
 ReferenceValues referenceValuesOf(const WaveParameters& parameters);
 
-/** Whether it is what rounding leaves of phasors that cancel each other, in counts. */
+/** Whether a phasor, in counts, is only a rounding error of phasors that cancel each other. */
 bool isNegligible(std::complex<double> phasor);
 
-/** Above -180 to 180, without the last digits' rounding; 0 where there is nothing. */
+/** Above -180 up to 180, rounded; 0 for a negligible phasor. */
 double degreesOf(std::complex<double> phasor);
 
 /** Measures such a wave: the declared voltage is that of the first channel. */

@@ -10,7 +10,7 @@
 
 namespace generate {
 
-/** The rms of one period is renewed each half period. */
+/** The rms of one period is updated each half period. */
 inline constexpr int kHalfPeriod = kSamplesPerPeriod / 2;
 
 /** Thresholds for the rms of one period, in percent of the declared voltage. */
@@ -30,13 +30,13 @@ enum class EventKind
 };
 
 /**
- * From the begin of the first period beyond the threshold up to the end of the first one that is
- * back, as IEC 61000-4-30 has it.
+ * From the beginning of the first period beyond the threshold to the end of the first one that is
+ * back, as in IEC 61000-4-30.
  */
 struct EventSpan
 {
     Position mBegin;
-    std::optional<Position> mEnd; ///< none where it lasts to the end of the file
+    std::optional<Position> mEnd; ///< none if it lasts to the end of the file
 };
 
 /** An event of one voltage, or of all three together. */
@@ -61,24 +61,24 @@ struct MeasuredValues
 {
     struct Channel
     {
-        std::optional<RmsExtreme> mMinRms; ///< none in a file that is too short, as the next one
+        std::optional<RmsExtreme> mMinRms; ///< none if the file is too short, as the next one
         std::optional<RmsExtreme> mMaxRms;
         std::vector<VoltageEvent> mEvents; ///< of the phase voltages; dips and swells
     };
 
-    double mDeclaredRms = 0.0; ///< to which the thresholds refer; 0: no events are looked for
+    double mDeclaredRms = 0.0; ///< reference of the thresholds; 0: no events are searched
     std::array<Channel, kChannelCount> mChannels;
     std::vector<VoltageEvent> mEvents; ///< of the three voltages together
 };
 
-/** The rms of one channel's periods, each renewed after half of one. */
+/** The rms of one period of a channel, updated each half period. */
 class RmsMeter
 {
 public:
     /** @param degrees of the channel's wave at line 0: its periods begin at a zero crossing */
     explicit RmsMeter(double degrees);
 
-    /** @return the rms of the period that ends with this line, where one does */
+    /** @return the rms of the period that ends with this line, if one does */
     std::optional<double> add(qint64 line, qint32 value);
 
 private:
@@ -114,8 +114,8 @@ private:
 };
 
 /**
- * Measures what is written, line by line: the extremes of the rms, and the events as IEC 61000-4-30
- * finds them in the rms of one period.
+ * Measures the written lines: the extremes of the rms, and the events that IEC 61000-4-30 finds in
+ * the rms of one period.
  */
 class SampleMeter
 {

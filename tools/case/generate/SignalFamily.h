@@ -15,7 +15,7 @@ inline constexpr int kMaxNamedOrder = 50;
 /** Values of a family's parameters, by their names. */
 using Settings = std::map<std::string, double, std::less<>>;
 
-/** What the signals of a family are. */
+/** The kind of the signals of a family. */
 enum class FamilyKind
 {
     Steady,
@@ -41,11 +41,11 @@ struct FamilyParameter
     std::string mMeaning; ///< with its unit
     bool mIsWhole = false;
 
-    /** Whether it is a value of the parameter. */
+    /** Whether the value is allowed. */
     bool accepts(double value) const;
 };
 
-/** Signals that differ in numbers only. */
+/** Signals that differ only in the values of parameters. */
 struct SignalFamily
 {
     FamilyKind mKind;
@@ -57,7 +57,7 @@ struct SignalFamily
      */
     void (*mApply)(const Settings& settings, WaveParameters& wave);
 
-    /** Null where the family has no such parameter. */
+    /** Null if the family has no such parameter. */
     const FamilyParameter* find(std::string_view parameter) const;
 };
 

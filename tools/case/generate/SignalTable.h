@@ -13,25 +13,25 @@ struct Signal
 {
     std::string mName;
     FamilyKind mFamily = FamilyKind::Steady;
-    std::string mText;  ///< one line for its user
-    Settings mSettings; ///< what differs from the family's defaults
+    std::string mText;  ///< one line for the user
+    Settings mSettings; ///< those that differ from the family's defaults
     bool mIsInCatalogue = true;
-    double mPst = 0.0; ///< flicker by the standard's table; 0 where there is none
+    double mPst = 0.0; ///< flicker by the standard's table; 0 for none
 
     /** Adds the signal to a wave, and sets its frequency and duration. */
     void applyTo(WaveParameters& wave) const;
 };
 
-/** In the catalogue: the neutral conductor carries what the phases leave, at no voltage. */
+/** In the catalogue, the neutral conductor carries the sum of the phase currents, at no voltage. */
 inline constexpr Neutral kCatalogueNeutral{NeutralRule::Sum, NeutralRule::Zero};
 
-/** All signals, a row each. The first of them is what plays when nothing else is asked for. */
+/** All signals, one row each. The first one is the steady signal, which is played by default. */
 const std::vector<Signal>& signalTable();
 
-/** Null when there is none of that name. */
+/** Null if there is none with this name. */
 const Signal* findSignal(std::string_view name);
 
-/** The message about a name that no signal has, with the nearest names. */
+/** The message about an unknown name, with the nearest names. */
 std::string unknownSignal(const std::string& name);
 
 } // namespace generate

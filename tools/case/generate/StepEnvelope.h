@@ -11,12 +11,12 @@ namespace generate {
 struct Fundamental
 {
     double mAmplitude; ///< peak value
-    double mPhase;     ///< degrees that it is ahead of a sine from the first sample
+    double mPhase;     ///< degrees ahead of a sine that starts at the first sample
 };
 
 /**
- * What changes in steps: amplitude and phase of the channels' fundamentals, by disturbances and by
- * rectangular modulations.
+ * Amplitude and phase of the channels' fundamentals, which disturbances and rectangular modulations
+ * change in steps.
  */
 class StepEnvelope
 {

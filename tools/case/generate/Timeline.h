@@ -7,7 +7,7 @@
 
 namespace generate {
 
-/** What the receiver of the time stamps sees of a frequency in the file. */
+/** The frequency by the time stamps, as their receiver sees it, for a frequency in the file. */
 double playedHertz(float hertz);
 
 /** A line of the value file and when it is played. */
@@ -18,9 +18,10 @@ struct Position
 };
 
 /**
- * When each sample of a wave is. A sample is known by its line in the value file, from 0; 360 lines
- * are one period. There are two times: that of the description, by the frequency, and that of the
- * time stamps, by the simulator's step of whole nanoseconds, which is up to 20 ppm ahead.
+ * The time of each sample of a wave. A sample is identified by its line in the value file, from 0;
+ * 360 lines are one period. There are two times: that of the description, by the frequency, and
+ * that of the time stamps, by the simulator's step of whole nanoseconds, which is up to 20 ppm
+ * ahead.
  */
 class Timeline
 {
@@ -51,7 +52,7 @@ public:
     /** Seconds to the end of the last line by the frequency. */
     double endSeconds() const { return mEndSeconds; }
 
-    /** The line nearest to a time by the frequency; may lie after the last one. */
+    /** The line nearest to a time by the frequency; may be after the last one. */
     qint64 lineAt(double seconds) const;
 
 private:

@@ -7,10 +7,10 @@
 namespace generate {
 
 /**
- * Writes what a wave is made of and what was measured in its samples, as one JSON object, with the
- * signal's name and flicker. The caller commits the file.
+ * Writes the components of a wave and the values measured in its samples as one JSON object, with
+ * the signal's name and flicker. The caller commits the file.
  *
- * @param signal may have no name: then the wave was described by options alone
+ * @param signal has no name if the wave was described by options alone
  */
 void writeTruth(const Signal& signal, const ReferenceValues& values, const MeasuredValues& measured,
                 base::ResultFile& output);

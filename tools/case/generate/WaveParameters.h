@@ -42,7 +42,7 @@ struct Harmonic
     ChannelSet mChannels; ///< channels that carry it
 };
 
-/** For some time a channel's whole wave, harmonics included, is scaled and shifted. */
+/** Scales and phase-shifts a channel's whole wave, harmonics included, for some time. */
 struct Disturbance
 {
     double mStart;        ///< seconds from the first sample
@@ -58,10 +58,10 @@ enum class ModulationShape
     Rectangle ///< 1 and -1 alternately, each for half a cycle
 };
 
-/** In radians; nobody tests with a deeper modulation of the phase. */
+/** In radians; no test needs a deeper modulation of the phase. */
 inline constexpr double kMaxPhaseDepth = 100.0;
 
-/** A channel's whole wave, harmonics included, swings in amplitude, in phase or in both. */
+/** Modulates a channel's whole wave, harmonics included, in amplitude, phase or both. */
 struct Modulation
 {
     double mHertz;
@@ -72,13 +72,13 @@ struct Modulation
     ChannelSet mChannels;
 };
 
-/** The time constant of what does not decay. */
+/** The time constant of a component that does not decay. */
 inline constexpr double kLasting = std::numeric_limits<double>::infinity();
 
 /**
- * What is added to a wave without being part of it, from a moment on: an oscillation, or an offset
- * (0 Hz at 90 degrees), decaying or lasting. It is amplitude * mRatio * exp(-t / mTimeConstant) *
- * sin(2 pi mHertz t + mPhase), t from mStart, amplitude that of the undisturbed channel.
+ * A component that is added to a wave from some time on: an oscillation, or an offset (0 Hz at 90
+ * degrees), decaying or lasting. It is amplitude * mRatio * exp(-t / mTimeConstant) * sin(2 pi
+ * mHertz t + mPhase), with t from mStart and the amplitude of the undisturbed channel.
  */
 struct Tone
 {

@@ -16,19 +16,19 @@ struct AssignedTerm
     double mFactor = 1.0;
 };
 
-/** What was asked for one channel of the device: a sum; without terms the channel is 0. */
+/** The assignment of one channel of the device: a sum; without terms the channel is 0. */
 struct Assignment
 {
-    std::string mText; ///< as it was given
+    std::string mText; ///< as given
     std::vector<AssignedTerm> mTerms;
 };
 
-/** For each channel of the device what was asked; nothing for those that were not named. */
+/** The assignment of each channel of the device; no value for channels that were not named. */
 using Assignments = std::array<std::optional<Assignment>, kChannelCount>;
 
 /**
  * Reads "0=UA,1=UB,2=17,3=0,4=IA*0.5,7=IA+IB+IC".
- * @return why it cannot be read, with the part at fault; empty when it was read
+ * @return the error with the invalid part; empty on success
  */
 std::string readAssignments(const std::string& text, Assignments& assignments);
 

@@ -11,7 +11,7 @@
 
 namespace importing {
 
-/** Which side of the transformers the values are to belong to. */
+/** The side of the transformers for which values are wanted. */
 enum class TransformerSide
 {
     AsRecorded,
@@ -21,16 +21,16 @@ enum class TransformerSide
 
 struct MappingOptions
 {
-    Assignments mAssignments; ///< what is not assigned is found by unit and phase
+    Assignments mAssignments; ///< other channels are found by unit and phase
     TransformerSide mSide = TransformerSide::AsRecorded;
     double mCountsPerVolt = 1000.0;
     double mCountsPerAmpere = 1000.0;
 };
 
-/** The channels of the device before it are voltages. */
+/** The channels of the device before this one are voltages. */
 inline constexpr size_t kFirstCurrent = kChannelCount / 2;
 
-/** What one channel of the device gets. */
+/** The source of one channel of the device. */
 struct MappedChannel
 {
     struct Term
@@ -39,10 +39,10 @@ struct MappedChannel
         double mFactor; ///< in the unit of the first term
     };
 
-    std::vector<Term> mTerms; ///< the channel is their sum; 0 without one
-    std::string mText = "-";  ///< for the user: the sum as it is asked for
+    std::vector<Term> mTerms; ///< the channel is their sum; 0 without terms
+    std::string mText = "-";  ///< for the user: the sum as given
     std::string mUnit;        ///< of the sum
-    double mCounts = 0.0;     ///< for 1 of that unit
+    double mCounts = 0.0;     ///< counts for 1 of that unit
     channels::Quantity mQuantity = channels::Quantity::Unknown;
 };
 
@@ -53,8 +53,8 @@ struct ChannelMap
 };
 
 /**
- * Decides which channels of the recording go where and by which factors. Throws CaseError for a
- * source that is not there and when nothing fits, with a list of what there is.
+ * Assigns channels of the recording to those of the device, with factors. Throws CaseError, with a
+ * list of the channels, for an unknown source and if no channel fits.
  */
 ChannelMap mapChannels(const waveform::SignalDescription& description,
                        const MappingOptions& options);

@@ -9,18 +9,19 @@
 
 namespace importing {
 
-/** Rounds counts to the 32 bits of a record, and remembers what does not fit them. */
+/** Rounds counts to the 32 bits of a record, and keeps track of those that do not fit. */
 class CountLimiter
 {
 public:
-    /** @return what fits: the nearest whole number, or the limit where there is none */
+    /** @return the nearest whole numbers, limited to 32 bits */
     std::array<qint32, kChannelCount> round(const Counts& counts, double seconds);
 
-    /** Values that did not fit. */
+    /** Number of values that did not fit. */
     size_t clipped() const;
 
     /**
-     * The channel and time of the first that did not fit, and the scale with which all would.
+     * The channel and time of the first value that did not fit, and the scale at which all would
+     * fit.
      * Requires: clipped() > 0.
      */
     std::string overflowMessage(const ChannelMap& map, const MappingOptions& options) const;

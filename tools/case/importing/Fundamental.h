@@ -14,7 +14,7 @@ namespace importing {
 struct Fundamental
 {
     double mNominalHz = 50.0;
-    std::optional<resampling::PhaseTrack> mTrack; ///< nothing where it cannot be followed
+    std::optional<resampling::PhaseTrack> mTrack; ///< no value if it cannot be followed
     std::string mReasonNotTracked;
     std::vector<std::string> mRemarks;
 };
@@ -23,9 +23,9 @@ struct Fundamental
 bool isNominalKnown(const waveform::SignalDescription& description);
 
 /**
- * Follows the positive sequence of the voltages that are mapped, else that of the currents. A
- * recording of fewer than six periods is not followed. The nominal frequency is the recording's;
- * where it states none, 50, 60 or 16.7 Hz, whichever is strongest.
+ * Follows the positive sequence of the mapped voltages, or else of the currents. A recording of
+ * fewer than six periods is not followed. The nominal frequency is the recording's; if it states
+ * none, 50, 60 or 16.7 Hz, whichever is strongest.
  */
 Fundamental findFundamental(const waveform::SignalDescription& description,
                             const RecordedSignal& recorded, const resampling::SampleTimes& times,

@@ -8,19 +8,19 @@
 
 namespace importing {
 
-/** What the lines of the value file keep. */
+/** What the lines of the value file preserve. */
 enum class LineTiming
 {
-    Phase,   ///< 360 lines are a period of the recording, whatever it lasts
+    Phase,   ///< the phase: 360 lines are a period of the recording
     Nominal, ///< time, played at the nominal frequency
-    Fixed    ///< time, played at a frequency that is given
+    Fixed    ///< time, played at a given frequency
 };
 
 struct ImportOptions
 {
     MappingOptions mMapping;
     LineTiming mTiming = LineTiming::Phase;
-    float mHz = 0.0F;            ///< for Fixed; one that can be played
+    float mHz = 0.0F;            ///< for Fixed; must be playable
     std::optional<double> mFrom; ///< s in the recording; its beginning if it is not given
     std::optional<double> mTo;   ///< likewise its end
     size_t mBefore = 0;          ///< repetitions of the first period, before the recording

@@ -10,19 +10,19 @@
 
 namespace importing {
 
-/** Times that are the same but for rounding, in s. */
+/** Times that are closer, in s, differ only by rounding. */
 inline constexpr double kRoundingOfSeconds = 1e-9;
 
-/** At which instants of a recording the lines lie, and what its periods are. */
+/** The instants of a recording at which its lines lie, and its periods. */
 struct ImportPlan
 {
     double mFrom = 0.0; ///< s in the recording
     double mTo = 0.0;
     double mNominalHz = 0.0;
-    std::optional<resampling::PhaseTrack> mTrack; ///< of the fundamental, where it can be followed
+    std::optional<resampling::PhaseTrack> mTrack; ///< of the fundamental, if it can be followed
     resampling::Schedule mSchedule;
-    double mFirstPeriod = 0.0;    ///< s that the first period lasts
-    double mLastPeriod = 0.0;     ///< s that the last period lasts
+    double mFirstPeriod = 0.0;    ///< length of the first period in s
+    double mLastPeriod = 0.0;     ///< length of the last period in s
     double mLinesPerPeriod = 0.0; ///< of the first period
     double mLinesPerLastPeriod = 0.0;
     std::vector<std::string> mRemarks;
@@ -30,23 +30,23 @@ struct ImportPlan
     /** Phase of the fundamental since mFrom, in periods. */
     double cyclesAt(double seconds) const;
 
-    /** How long the period lasts that begins then, in s. */
+    /** Length in s of the period that begins at this time. */
     double periodFrom(double seconds) const;
 
-    /** How long the period lasts that ends then, in s. */
+    /** Length in s of the period that ends at this time. */
     double periodBefore(double seconds) const;
 
-    /** Lines in a second, where the schedule has the fewest. */
+    /** The smallest number of lines per second in the schedule. */
     double linesPerSecond() const;
 
-    /** Number of lines of that many periods before the recording. */
+    /** Number of lines for these periods before the recording. */
     size_t linesOf(size_t periods) const;
 
-    /** Time of the first of those lines, in s in the recording. */
+    /** Time of the first of those lines, in s of the recording. */
     double beginBefore(size_t periods) const;
 };
 
-/** Throws CaseError for a range that is not in the recording, or is too long to be played. */
+/** Throws CaseError for a range that is not in the recording, or too long to be played. */
 ImportPlan planImport(const waveform::SignalDescription& description,
                       const RecordedSignal& recorded, const resampling::SampleTimes& times,
                       const ChannelMap& map, const ImportOptions& options);

@@ -9,11 +9,11 @@
 
 namespace importing {
 
-/** Which status channels change in a range, and when: they are not played. A few lines at most. */
+/** Names the status channels that change in a range, which are not played. A few lines at most. */
 std::vector<std::string> remarksOnStatus(const waveform::SignalDescription& description,
                                          const TimeRange& range);
 
-/** Which peaks written differ from those recorded; empty where none does. */
+/** Names the written peaks that differ from the recorded ones; empty if none does. */
 std::vector<std::string> remarksOnPeaks(const ImportReport& report);
 
 } // namespace importing

@@ -13,19 +13,19 @@ namespace importing {
 /** A row of the table of channels. */
 struct ChannelReport
 {
-    std::string mSource;       ///< what the channel gets; "-" is nothing
+    std::string mSource;       ///< the source of the channel; "-" for none
     std::string mUnit;         ///< as recorded
     double mFactor = 0.0;      ///< counts for 1 of the unit
-    double mRms = 0.0;         ///< of the samples that are imported, in the unit
-    double mPeak = 0.0;        ///< their largest magnitude
-    double mWrittenPeak = 0.0; ///< the same of all lines written, in the unit
+    double mRms = 0.0;         ///< of the imported samples, in the unit
+    double mPeak = 0.0;        ///< the largest magnitude of the imported samples
+    double mWrittenPeak = 0.0; ///< the largest magnitude of all written lines, in the unit
 };
 
-/** What an import did. */
+/** The result of an import. */
 struct ImportReport
 {
     std::array<ChannelReport, kChannelCount> mChannels;
-    std::vector<std::string> mRemarks; ///< what was odd, missing, assumed or limited
+    std::vector<std::string> mRemarks; ///< on what was odd, missing, assumed or limited
     size_t mLines = 0;
 };
 

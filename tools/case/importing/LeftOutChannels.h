@@ -14,8 +14,8 @@ namespace importing {
 const char* nameOfDeviceChannel(size_t index);
 
 /**
- * The channels of a recording that a map does not use, although they may be what it lacks. Borrows
- * what it is made from.
+ * The channels of a recording that a map does not use, although they may be those that it lacks.
+ * Borrows its arguments.
  */
 class LeftOutChannels
 {
@@ -23,14 +23,16 @@ public:
     LeftOutChannels(const std::vector<waveform::ChannelDescription>& channels,
                     const ChannelMap& map, const Assignments& assignments);
 
-    /** Whether a channel of the device is 0 although nobody asked for that. */
+    /** Whether a channel of the device is 0 although that was not requested. */
     bool isMissing(size_t index) const;
 
-    /** Their names and why each was not taken for a channel of the device; empty for none. */
+    /** Their names, and why each was not used for a channel of the device; empty for none. */
     std::string candidatesFor(size_t index) const;
 
-    /** Those of the phase and quantity of a channel that was found, which are no candidates for
-     * any that is missing; empty for none. */
+    /**
+     * Channels with the phase and quantity of a used one that are not candidates for a missing one;
+     * empty for none.
+     */
     std::string skippedChannels() const;
 
 private:

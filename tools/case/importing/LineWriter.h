@@ -9,19 +9,23 @@
 namespace importing {
 
 /**
- * Writes the lines of an import: rounded, numbered, and with the time in the recording at
- * which each was taken. Borrows the times.
+ * Writes the lines of an import: rounded, numbered, and with their time in the recording. Borrows
+ * the times.
  */
 class LineWriter
 {
 public:
-    /** @param doClip go on writing after a value that does not fit; else only count such values */
+    /**
+     * @param doClip continues writing after a value that does not fit; otherwise only counts such
+     * values
+     */
     LineWriter(base::ResultFile& output, const resampling::SampleTimes& times, bool doClip);
 
     void writeComments(const std::vector<std::string>& comments);
 
-    /** @param seconds in the recording @param hz what the line says; may change at multiples of
-     * 360 lines */
+    /**
+     * @param seconds in the recording @param hz of the line; may change at multiples of 360 lines
+     */
     void write(const Counts& counts, double seconds, float hz);
 
     size_t lines() const { return mLines; } ///< written or left out

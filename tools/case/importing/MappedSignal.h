@@ -12,15 +12,15 @@ namespace importing {
 /** The eight values of one instant, in counts, not rounded yet. */
 using Counts = std::array<double, kChannelCount>;
 
-/** The device's channels at any instant of a recording. Borrows what it is made from. */
+/** The device's channels at any instant of a recording. Borrows its arguments. */
 class MappedSignal
 {
 public:
-    /** @param linesPerSecond how many instants of a second are asked for */
+    /** @param linesPerSecond number of instants per second that will be requested */
     MappedSignal(const RecordedSignal& recorded, const resampling::SampleTimes& times,
                  const ChannelMap& map, double linesPerSecond);
 
-    /** @param seconds on the recording's time; clamped to what it covers */
+    /** @param seconds of the recording; clamped to its range */
     Counts countsAt(double seconds);
 
 private:

@@ -5,27 +5,27 @@
 namespace importing {
 
 /**
- * One period of a recording, repeated without end: what is played before the recording or after
- * it. Where the period's end does not meet its beginning, the difference is spread over the
- * period, so that the repetition has no jump. Borrows the signal.
+ * One period of a recording, repeated endlessly, to be played before or after the recording. If the
+ * period's end does not meet its beginning, the difference is spread over the period, so the
+ * repetition has no jump. Borrows the signal.
  */
 class PeriodicExtension
 {
 public:
-    /** Which end of the period stays as recorded: that at which the recording joins. */
+    /** The end of the period that stays as recorded, because the recording joins there. */
     enum class Joint
     {
         Beginning,
         End
     };
 
-    /** @param begin, period s on the recording's time, which must cover the period */
+    /** @param begin, period in s of the recording, which must cover the period */
     PeriodicExtension(MappedSignal& signal, double begin, double period, Joint joint);
 
     /** @param cycles since the beginning of the period; may be negative */
     Counts countsAt(double cycles);
 
-    /** Where that phase lies in the recording, in s. */
+    /** The time of this phase in the recording, in s. */
     double secondsAt(double cycles) const;
 
 private:
@@ -33,7 +33,7 @@ private:
     double mBegin;
     double mPeriod;
     Joint mJoint;
-    Counts mDifference; ///< of its end from its beginning
+    Counts mDifference; ///< between its end and its beginning
 };
 
 } // namespace importing

@@ -10,18 +10,18 @@
 namespace importing {
 
 /**
- * What an import needs of a source, in memory: the times and the channels that are mapped. Takes
- * 8 bytes for each sample of each of them, as far as the source really holds them.
+ * The part of a source that an import needs, in memory: the times and the mapped channels. Takes 8
+ * bytes per sample and channel.
  */
 struct RecordedSignal
 {
     std::vector<double> mSeconds;
     std::vector<resampling::SourceColumn> mColumns; ///< in the order of mSources
-    std::vector<size_t> mSources;                   ///< channels of the source, from 0, rising
+    std::vector<size_t> mSources; ///< channels of the source, from 0, in ascending order
 
     size_t columnOf(size_t source) const;
 
-    /** The sum that a channel of the device gets, sample by sample, in its unit. */
+    /** The sum for a channel of the device, sample by sample, in its unit. */
     std::vector<double> sumOf(const MappedChannel& channel) const;
 };
 

@@ -8,9 +8,8 @@
 namespace importing {
 
 /**
- * Writes the lines of a replay in their order: repeated first periods, the recording,
- * repeated last periods.
- * Borrows what it is made from. Each operation but writeRecording() throws CaseError for a
+ * Writes the lines of a replay in their order: repeated first periods, the recording, repeated last
+ * periods. Borrows its arguments. Each operation except writeRecording() throws CaseError for a
  * recording of less than one period.
  */
 class Replay
@@ -23,12 +22,12 @@ public:
 
     void writeRecording();
 
-    /** The last period, repeated: the recording continues as it ends. */
+    /** The last period, repeated, so that the recording continues. */
     void writeAfter(size_t periods);
 
     /**
-     * One to two periods in which the last period fades into the first one: so many that
-     * the replay, played over and over, has no seam.
+     * One to two periods in which the last period fades into the first one, such that the replay
+     * has no jump when it is repeated.
      */
     void writeLoop();
 

@@ -10,8 +10,8 @@
 namespace importing {
 
 /**
- * Remarks on the periods that an import repeats: one that differs from the period beside it is no
- * steady signal.
+ * Remarks on the periods that an import repeats: one that differs from the adjacent period is not
+ * steady.
  */
 std::vector<std::string> remarksOnRepeated(MappedSignal& signal, const ImportPlan& plan,
                                            const ChannelMap& map, const ImportOptions& options);

@@ -16,9 +16,9 @@ struct TimeRange
 };
 
 /**
- * What is odd about the times of the samples in a range, for the user. Throws CaseError where
- * fewer than four samples are taken of a period: they show no waveform.
- * @param seconds the stamps of the samples @param times what was made of them
+ * Remarks on the times of the samples in a range. Throws CaseError if there are fewer than four
+ * samples per period: they are not a waveform.
+ * @param seconds time stamps of the samples @param times the times found from them
  */
 std::vector<std::string> checkTimes(const waveform::SignalDescription& description,
                                     const std::vector<double>& seconds,

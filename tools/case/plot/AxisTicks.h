@@ -11,14 +11,14 @@ struct Tick
     std::string mLabel; ///< empty for a tick without a number
 };
 
-/** The range of an axis, and its ticks, which lie in it and rise. */
+/** The range of an axis and its ticks, which are inside it in rising order. */
 struct Axis
 {
     double mLow;
     double mHigh;
     std::vector<Tick> mTicks;
 
-    /** How far up the axis a value is: 0 at mLow, 1 at mHigh. */
+    /** The position of a value on the axis: 0 at mLow, 1 at mHigh. */
     double share(double value) const { return (value - mLow) / (mHigh - mLow); }
 };
 
@@ -26,18 +26,18 @@ struct Axis
 struct Mark
 {
     double mSeconds;
-    bool mIsCommand; ///< else a moment
+    bool mIsCommand; ///< otherwise a moment
 };
 
 /**
- * Ticks at round times, so far apart that their numbers do not touch.
+ * Ticks at round times, with room for their numbers.
  *
  * @param letters that fit side by side along the axis
  * Requires: low < high.
  */
 Axis timeAxis(double low, double high, double letters);
 
-/** About so many ticks at round values. Requires: low < high. */
+/** Ticks at round values. @param ticks approximate number. Requires: low < high. */
 Axis valueAxis(double low, double high, double ticks);
 
 } // namespace plot

@@ -4,7 +4,7 @@
 
 namespace plot {
 
-/** Lays out the bar: what was played when, and the commands above it. */
+/** Lays out the bar of what was played, with the commands above it. */
 class BarLayout
 {
 public:
@@ -15,10 +15,10 @@ public:
      */
     BarLayout(const Picture& picture, double left, double right, double top, Layout& layout);
 
-    /** Adds everything. @return where the bar ends; `top` where there is nothing to show */
+    /** Adds everything. @return the bottom of the bar; `top` if there is nothing to show */
     double add();
 
-    /** Where a time lies. */
+    /** The horizontal position of a time. */
     double xOf(double seconds) const;
 
 private:

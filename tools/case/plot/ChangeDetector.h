@@ -7,34 +7,34 @@
 
 namespace plot {
 
-/** Where a signal changes. */
+/** A change of a signal. */
 struct Change
 {
-    double mSeconds = 0.0; ///< when it begins
+    double mSeconds = 0.0; ///< at which it begins
     double mScore = 0.0;   ///< rms of the change relative to the signal, about 0 to 1
     size_t mPeriod = 0;    ///< in which it begins
-    size_t mCurve = 0;     ///< that changes most; beyond the last one for the frequency
+    size_t mCurve = 0;     ///< with the largest change; number of curves for the frequency
     double mBefore = 0.0;
     double mAfter = 0.0; ///< rms, or Hz
 };
 
 /**
  * Finds where a period begins to differ from the one before it, or the rate of the time stamps
- * begins to change. Goes over the periods once and keeps the changes with the highest scores.
+ * changes. Reads the periods once and keeps the changes with the highest scores.
  */
 class ChangeDetector
 {
 public:
     /**
-     * Max number that is kept. None of the best three that lie five periods apart is lost: changes
-     * begin in every other period at most (nearer ones are one), so each of them rules out four
-     * others, and the best eleven hold three; one more is still growing.
+     * Max number of kept changes. It is enough for the best three that are five periods apart:
+     * changes begin in every other period at most (closer ones are merged), so each of them rules
+     * out four others, and the best eleven include three; one more is still growing.
      */
     static constexpr size_t kMaxChanges = 12;
 
     explicit ChangeDetector(const DrawnChannels& channels);
 
-    /** @param rms of the period, a value a curve */
+    /** @param rms of the period, one value per curve */
     void add(const Period& last, const Period& period, const std::vector<double>& rms);
 
     /** Largest rms of a group. */
@@ -54,7 +54,7 @@ private:
     void dropLowest();
 
     std::vector<DrawnChannel> mChannels; ///< of each curve
-    std::vector<size_t> mGroupOf;        ///< each curve's
+    std::vector<size_t> mGroupOf;        ///< group of each curve
     std::vector<DrawnGroup> mGroups;
     std::vector<double> mScales; ///< largest rms of each group so far
     std::vector<double> mLastRms;

@@ -11,27 +11,29 @@
 namespace plot {
 
 /**
- * How two signals differ, sample by sample, where their instants are the same. Compares from where
- * the later one begins up to where the earlier one ends, while both are read.
+ * The difference of two signals, sample by sample, if their instants are equal. Compares from the
+ * beginning of the later one to the end of the earlier one, while both are read.
  */
 class Difference
 {
 public:
     /**
-     * Compares the channels of the same conductor, in groups of the same quantity.
+     * Compares channels of the same conductor, in groups of the same quantity.
      *
-     * @param columns that the picture is wide
+     * @param columns width of the picture
      */
     Difference(const DrawnChannels& left, const DrawnChannels& right, size_t columns);
 
-    /** Takes the next block of a signal: 0 is the left one, 1 the right one. Memory is that of the
-     * blocks by which one is ahead of the other. */
+    /**
+     * Takes the next block of a signal: 0 is the left one, 1 the right one. Keeps the blocks by
+     * which one signal is ahead of the other.
+     */
     void add(size_t side, const SharedBlock& block);
 
-    /** One of them has ended. */
+    /** To be called when one of them has ended. */
     void finish();
 
-    /** Whether all instants were the same, to a µs, and there was one; else nothing is known. */
+    /** Whether there were instants and all were equal within 1 µs; otherwise nothing is known. */
     bool isKnown() const { return mAreInstantsEqual && mSamples > 0; }
 
     struct Largest
@@ -40,7 +42,7 @@ public:
         double mSeconds = 0.0;
     };
 
-    /** Channels that both have, of a group of the left signal. */
+    /** Number of channels of a group of the left signal that both signals have. */
     size_t channels(size_t group) const { return mPairs[group].size(); }
     const DrawnChannel& channel(size_t group, size_t channel) const
     {
@@ -60,7 +62,7 @@ private:
         DrawnChannel mRight;
     };
 
-    /** What of a signal is not compared yet. */
+    /** The part of a signal that is not compared yet. */
     struct Side
     {
         std::deque<SharedBlock> mBlocks;
@@ -70,7 +72,7 @@ private:
         size_t left() const { return mBlocks.empty() ? 0 : block().size() - mNext; }
         void advance(size_t samples);
 
-        /** Leaves out what is before that time. */
+        /** Skips the samples before this time. */
         void skipTo(double seconds);
     };
 

@@ -9,16 +9,16 @@
 namespace plot {
 
 /**
- * A signal that is drawn: which of its channels, its overview, and its waveforms in some windows.
- * Reads its source once, block by block, and owns it.
+ * A signal to be drawn: its drawn channels, its overview, and its waveforms in some windows. Reads
+ * its source once, block by block, and owns it.
  */
 class DrawnSignal
 {
 public:
     /**
-     * @param sources what an import of the signal took for each channel; empty for no import
-     * @param shift how much later than its own its times are, in s
-     * @param columns that the picture is wide
+     * @param sources source of each channel in an import of the signal; empty for no import
+     * @param shift in s, added to its times
+     * @param columns width of the picture
      */
     DrawnSignal(std::unique_ptr<waveform::SignalSource> source,
                 const std::vector<std::string>& sources, double shift, size_t columns);
@@ -29,7 +29,7 @@ public:
     /** The last block read. */
     const SharedBlock& block() const { return mBlock; }
 
-    /** Time of the last sample read; before the first block less than any other. */
+    /** Time of the last read sample; before the first block, less than any time. */
     double readTo() const { return mReadTo; }
     bool isAtEnd() const { return mIsAtEnd; }
     double progress() const { return mSource->progress(); }

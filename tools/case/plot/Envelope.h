@@ -12,9 +12,8 @@ struct Point
 };
 
 /**
- * Some curves over the same rising x, of any length in bounded memory: what is denser than the
- * columns of a picture is kept as the smallest and the largest value of each column, where they
- * were.
+ * Curves over the same rising x, of any length in bounded memory. If they are denser than the
+ * columns of a picture, the smallest and the largest value of each column are kept, with their x.
  */
 class Envelope
 {
@@ -22,13 +21,13 @@ public:
     /** Once full, keeps between `columns` and twice as many columns. Requires: columns > 0. */
     Envelope(size_t curves, size_t columns) : mMaxColumns(2 * columns), mCurves(curves) {}
 
-    /** A value that is not a number is left out. Requires: a value a curve. */
+    /** NaN is left out. Requires: one value per curve. */
     void add(double x, const std::vector<double>& values);
 
-    /** Makes it as coarse as one that was made for so many columns. Requires: columns > 0. */
+    /** Makes it as coarse as an envelope for this number of columns. Requires: columns > 0. */
     void limit(size_t columns);
 
-    /** In order of x; at most two points a column. */
+    /** In order of x; at most two points per column. */
     std::vector<Point> curve(size_t curve) const;
 
 private:
@@ -45,7 +44,7 @@ private:
     void halve();
 
     size_t mMaxColumns;
-    size_t mInColumn = 1; ///< values that a full column stands for
+    size_t mInColumn = 1; ///< number of values in a full column
     size_t mCount = 0;    ///< values added
     std::vector<std::vector<Column>> mCurves;
 };

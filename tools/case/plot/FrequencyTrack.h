@@ -9,21 +9,20 @@
 namespace plot {
 
 /**
- * The frequency of a signal over time: how far the phase of its fundamental turns from one window
- * of two periods to the next, which overlaps it by one. The windows are raised cosines. All
- * channels count, the large ones more; and the median of some windows is taken, so that a jump of
- * the phase is none of the frequency.
+ * The frequency of a signal over time, from the turn of the fundamental's phase between windows of
+ * two periods that overlap by one. The windows are raised cosines. All channels count, larger ones
+ * more. A median over some windows suppresses phase jumps.
  */
 class FrequencyTrack
 {
 public:
-    /** @param channels from the first on, so many */
+    /** @param channels number of channels, from the first on */
     explicit FrequencyTrack(size_t channels) : mLast(channels), mWindow(channels) {}
 
     struct Value
     {
         double mSeconds;
-        double mHertz; ///< NaN where there is no fundamental
+        double mHertz; ///< NaN if there is no fundamental
     };
 
     /**
@@ -38,12 +37,12 @@ private:
     void makeWeights(const std::vector<double>& phases);
     double turnInto(const Period& last, const Period& period);
 
-    std::vector<double> mPhases; ///< that the weights below are for
+    std::vector<double> mPhases; ///< of the weights below
     std::vector<Phasor> mRising;
     std::vector<Phasor> mFalling;
     std::vector<Phasor> mLast;   ///< of each channel, the first half of the next window
     std::vector<Phasor> mWindow; ///< of each channel, the last whole window
-    std::deque<Value> mValues;   ///< those that the median is of
+    std::deque<Value> mValues;   ///< the values for the median
     size_t mInRow = 0;           ///< periods without a gap
 };
 

@@ -7,13 +7,15 @@ namespace plot {
 /**
  * Runs gnuplot with the script on its standard input, and waits for its end.
  *
- * @return what it wrote to its standard output
- * @throws CaseError when it is missing or fails, with its message
+ * @return its standard output
+ * @throws CaseError with its message if it is missing or fails
  */
 std::string runGnuplot(const std::string& script);
 
-/** Throws CaseError when the system has no font, without which gnuplot silently leaves
- * all texts out of PNG. */
+/**
+ * Throws CaseError if the system has no font: without one, gnuplot silently leaves all texts out of
+ * a PNG.
+ */
 void expectFont();
 
 } // namespace plot

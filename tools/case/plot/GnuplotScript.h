@@ -8,7 +8,7 @@
 
 namespace plot {
 
-/** What a picture file is. */
+/** The format of a picture file. */
 enum class PictureFormat
 {
     Svg,
@@ -16,9 +16,8 @@ enum class PictureFormat
 };
 
 /**
- * What gnuplot draws a layout from, with the data: nothing is decided here but colours and lines.
- * gnuplot writes the picture to its standard output. Texts of the layout are drawn as they are,
- * whatever is in them.
+ * The gnuplot script of a layout, including the data. Only colours and line styles are decided
+ * here. gnuplot writes the picture to its standard output. Any text is drawn literally.
  */
 std::string gnuplotScript(const Layout& layout, PictureFormat format);
 

@@ -5,20 +5,20 @@
 
 namespace plot {
 
-/** Texts of a picture are UTF-8; "_{...}" in one of them is an index, as in "U_{L1}". */
+/** Texts of a picture are UTF-8; "_{...}" is an index, as in "U_{L1}". */
 
 /** Whether the text has an index. */
 bool hasIndex(const std::string& text);
 
-/** The text without the signs of an index. */
+/** The text without the markup of an index. */
 std::string withoutIndex(std::string text);
 
-/** Letters that the reader sees. */
+/** Number of visible letters. */
 size_t letterCount(const std::string& text);
 
 /**
- * The text; of one with more letters than that its beginning, "…", and its end, which often tells
- * the phase. Requires: letters >= 3, or a text that is short enough.
+ * The text, shortened to its beginning, "…", and its end, which often has the phase.
+ * Requires: letters >= 3, or a text that is short enough.
  */
 std::string shortened(const std::string& text, size_t letters);
 

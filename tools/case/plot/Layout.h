@@ -9,8 +9,8 @@
 namespace plot {
 
 /**
- * A picture as it is to be drawn: where everything is, as plain data. Positions are in units from
- * the top left corner; the picture is kLayoutWidth units wide. A unit is a pixel of SVG.
+ * The layout of a picture as plain data. Positions are in units from the top left corner; the
+ * picture is kLayoutWidth units wide. A unit is a pixel of SVG.
  */
 inline constexpr double kLayoutWidth = 1400.0;
 
@@ -31,7 +31,7 @@ enum class TextStyle
     Title,
     Plain,
     Muted,
-    Command, ///< in front of lines that cross it
+    Command, ///< drawn in front of lines that cross it
 };
 
 enum class Anchor
@@ -52,7 +52,7 @@ struct LaidText
     TextStyle mStyle = TextStyle::Plain;
 };
 
-/** The room that a text takes, by the mean width of a letter. */
+/** The box of a text, by the mean width of a letter. */
 Box boxOf(const LaidText& text);
 
 /** From the text of a command down to the end of the bar. */
@@ -70,7 +70,7 @@ struct BarPart
     size_t mShade; ///< from 0 on; the same for the same configuration
 };
 
-/** Shows beside a curve's name how it is drawn. */
+/** The sample line of a curve beside its name. */
 struct KeyLine
 {
     Box mBox; ///< the line goes through its middle
@@ -99,8 +99,10 @@ struct Layout
     std::vector<LaidPanel> mPanels;
 };
 
-/** Borrows the picture, which must stay. Requires: a panel over the whole or a column, and a
- * panel in each column. */
+/**
+ * Borrows the picture, which must outlive the layout. Requires: a panel over the whole or a column,
+ * and a panel in each column.
+ */
 Layout layOut(const Picture& picture);
 
 } // namespace plot

@@ -4,17 +4,17 @@
 
 namespace plot {
 
-/** Sizes that the parts of a layout share, in its units. */
+/** Sizes shared by the parts of a layout, in its units. */
 
 /** Mean width of a letter, and height of a line of text. */
 inline constexpr double kLetterWidth = 8.5;
 inline constexpr double kLineHeight = 18.0;
 
-/** Those of the title. */
+/** Letter width and line height of the title. */
 inline constexpr double kTitleLetterWidth = 12.75;
 inline constexpr double kTitleHeight = 27.0;
 
-/** Between an axis and the numbers at its left. */
+/** Distance between an axis and the numbers at its left. */
 inline constexpr double kBesideAxis = 11.0;
 
 } // namespace plot

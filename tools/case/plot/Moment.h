@@ -5,18 +5,19 @@
 
 namespace plot {
 
-/** Something that may be worth a look at the waveforms. */
+/** A moment whose waveforms may be of interest. */
 struct Moment
 {
     double mSeconds;
-    double mScore; ///< of a change in the signal: relative to it, about 0 to 1
+    double mScore; ///< of a change in the signal: relative size, about 0 to 1
     std::string mText;
 };
 
 /**
- * Those with the highest scores that lie apart, in order of time; of equal ones the first.
+ * The moments with the highest scores that are far enough apart, in order of time; of equal ones
+ * the first.
  *
- * @param apart in s
+ * @param apart min distance in s
  */
 std::vector<Moment> chooseMoments(std::vector<Moment> moments, size_t max, double apart);
 

@@ -11,7 +11,7 @@
 
 namespace plot {
 
-/** Which waveforms are asked for, in s; without a time, those around the moments found. */
+/** The requested waveforms, in s; without a time, those around the moments found. */
 struct MomentRequest
 {
     std::optional<double> mAt;
@@ -29,21 +29,21 @@ struct ShownSpan
 };
 
 /**
- * Chooses the times whose waveforms are shown: what was asked for; else changes of the signal,
- * then switches of the configuration and commands; else the beginning. Its candidates are known
- * while the signal is read, and few, so that their samples can be kept.
+ * Chooses the times whose waveforms are shown: the requested ones, or else changes of the signal,
+ * then switches of the configuration and commands, or else the beginning. Its few candidates are
+ * known while the signal is read, so their samples can be kept.
  */
 class MomentChooser
 {
 public:
-    /** @param played and commands: moments beside those of the signal */
+    /** @param played, commands further moments */
     MomentChooser(const MomentRequest& request, const std::vector<PlayedPart>& played,
                   const std::vector<GivenCommand>& commands);
 
-    /** Spans that may be shown, by what is known of the first signal so far. */
+    /** Spans that may be shown, according to the first signal so far. */
     std::vector<Span> candidates(const Overview& overview) const;
 
-    /** How many of them are shown, as far as it is known. */
+    /** Number of spans that will be shown, as far as known. */
     size_t shownCount(const Overview& overview) const;
 
     /** No later candidate begins before this time. */
@@ -52,8 +52,8 @@ public:
     /**
      * The spans that are shown: some of the last candidates. To be called at the end.
      *
-     * @param begin and end of all signals
-     * @throws CaseError when the signals have nothing at the times asked for
+     * @param begin, end of all signals
+     * @throws CaseError if the signals have nothing at the requested times
      */
     std::vector<ShownSpan> choose(const Overview& overview, double begin, double end) const;
 

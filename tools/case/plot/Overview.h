@@ -9,13 +9,13 @@
 namespace plot {
 
 /**
- * A signal as a whole: rms of each period and frequency over time, and where it changes.
- * Made while the signal is read once, in memory that does not depend on its length.
+ * An overview of a signal: rms of each period and frequency over time, and changes. Made in one
+ * pass in constant memory.
  */
 class Overview
 {
 public:
-    /** @param columns that the picture is wide */
+    /** @param columns width of the picture */
     Overview(const waveform::SignalDescription& description, const DrawnChannels& channels,
              size_t columns);
 
@@ -26,16 +26,16 @@ public:
     /** Takes the next block of the described signal, as drawnBlock() makes it. */
     void add(const waveform::SignalBlock& block);
 
-    /** The signal ends. */
+    /** To be called at the end of the signal. */
     void finish() { mPeriods.finish(); }
 
-    /** Of a drawn channel, in the unit of its group. */
+    /** The rms of a drawn channel, in the unit of its group. */
     std::vector<Point> rms(size_t curve) const { return mRms.curve(curve); }
     std::vector<Point> hertz() const { return mHertz.curve(0); }
     double largestRms(size_t group) const { return mChanges.largest(group); }
     const ChangeDetector& changes() const { return mChanges; }
 
-    /** No change that is found from now on begins before this time. */
+    /** Changes that are found later do not begin before this time. */
     double earliestNextChange() const { return mEarliestNext; }
 
     /** Times of the first and the last sample, in s. */

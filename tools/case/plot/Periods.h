@@ -11,9 +11,9 @@ namespace plot {
 struct Period
 {
     double mBegin = 0.0;                      ///< time of the first sample, in s
-    double mEnd = 0.0;                        ///< where the next one begins
+    double mEnd = 0.0;                        ///< at which the next one begins
     std::vector<double> mSeconds;             ///< times of the samples
-    std::vector<double> mPhases;              ///< where each is in the period, 0 to less than 1
+    std::vector<double> mPhases;              ///< phase of each sample, 0 to less than 1
     std::vector<std::vector<double>> mValues; ///< of each curve
 
     size_t size() const { return mSeconds.size(); }
@@ -22,8 +22,8 @@ struct Period
 };
 
 /**
- * Cuts a signal into nominal periods: of 360 samples, where it is for the device, else of the
- * time that the nominal frequency gives. Memory is that of two periods.
+ * Cuts a signal into nominal periods: of 360 samples for signals of the device, otherwise by the
+ * nominal frequency. Memory is that of two periods.
  */
 class Periods
 {
@@ -37,14 +37,17 @@ public:
     /** Takes the next block, as drawnBlock() makes it. */
     void add(const waveform::SignalBlock& block);
 
-    /** Where the period in progress begins, which is not given yet. Requires: a block. */
+    /** Beginning of the current period, which was not passed on yet. Requires: a block. */
     double begin() const { return mPeriod.mSeconds.front(); }
 
-    /** The signal ends: its last period is given if it is whole, to a sample, or the only one. */
+    /**
+     * To be called at the end. Passes on the last period if it is whole, within a sample, or the
+     * only one.
+     */
     void finish();
 
 private:
-    /** A file may say that all its samples belong to one period. */
+    /** Limit, because a file may claim that all its samples belong to one period. */
     static constexpr size_t kMaxSamples = size_t{1} << 20U;
 
     double turnsAt(size_t sample, double seconds) const;

@@ -8,7 +8,7 @@
 
 namespace plot {
 
-/** What a picture shows, not how it is drawn. Times are in s. */
+/** The content of a picture, without its layout. Times are in s. */
 
 /** Colours of curves: one for each conductor (L1, L2, L3, N), and that of the frequency. */
 inline constexpr size_t kConductorColours = 4;
@@ -19,7 +19,7 @@ struct Curve
     std::string mLabel;         ///< may have an index, as "U_{L1}"; empty: not in the key
     size_t mColour;             ///< 0 to kFrequencyColour
     bool mIsSecond;             ///< of the second signal
-    std::vector<Point> mPoints; ///< a line is broken at one that is not a number
+    std::vector<Point> mPoints; ///< NaN interrupts the line
     bool mHasBars = false;      ///< from 0 to each point, instead of a line
 };
 
@@ -33,7 +33,7 @@ struct Panel
     bool mIsFrequency = false;
 };
 
-/** What was played for some time. */
+/** A time range in which one configuration was played. */
 struct PlayedPart
 {
     double mFrom;
@@ -48,7 +48,7 @@ struct GivenCommand
     std::string mText;
 };
 
-/** Waveforms around a moment, or whatever else stands beside others. */
+/** Waveforms around a moment, or another column of panels. */
 struct WaveColumn
 {
     std::string mTitle;
@@ -69,8 +69,8 @@ struct Picture
     std::vector<GivenCommand> mCommands;
     std::vector<Panel> mWhole;         ///< over the whole, one above the other
     std::vector<WaveColumn> mColumns;  ///< side by side
-    std::vector<std::string> mRemarks; ///< what is odd in the inputs, or not shown
-    std::string mBelow = "time since the first sample, s"; ///< what the numbers below panels are
+    std::vector<std::string> mRemarks; ///< on oddities of the inputs, and on what is not shown
+    std::string mBelow = "time since the first sample, s"; ///< title of the axis below the panels
 };
 
 } // namespace plot

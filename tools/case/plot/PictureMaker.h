@@ -10,23 +10,23 @@
 
 namespace plot {
 
-/** What to draw. */
+/** A request for a picture. */
 struct PictureRequest
 {
     std::vector<std::string> mInputs; ///< one, or two to be drawn over each other
     input::InputOptions mInputOptions;
     std::string mEvents;        ///< of vx-sandbox; empty for none
-    std::string mConfiguration; ///< that was played; empty for none
-    std::string mDirectory;     ///< where its relative names begin
+    std::string mConfiguration; ///< the played one; empty for none
+    std::string mDirectory;     ///< base of its relative names
     MomentRequest mMoments;
-    size_t mColumns = 1000; ///< points side by side that can be told apart
+    size_t mColumns = 1000; ///< distinguishable points side by side
 };
 
 /**
- * Reads the signals, each of them once, and returns what the picture shows. With a configuration
- * the recording is explained first, which reads it once more.
+ * Reads each signal once, and returns the content of the picture. With a configuration the
+ * recording is explained first, which reads it once more.
  *
- * @throws CaseError for what cannot be read or drawn
+ * @throws CaseError if something cannot be read or drawn
  */
 Picture makePicture(const PictureRequest& request, base::ProgressLine& progress);
 

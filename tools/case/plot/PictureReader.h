@@ -11,12 +11,11 @@
 namespace plot {
 
 /**
- * Reads the signals of a picture to their ends, once and side by side: always the one that is
- * behind in time. So they can be compared, and have windows at the same times, in memory that does
- * not depend on their length.
+ * Reads the signals of a picture to their ends, in parallel: always the one that is behind in time.
+ * So they can be compared, and have windows at the same times, in constant memory.
  *
- * @param drawn one signal or two
- * @param columns that the picture is wide
+ * @param drawn one or two signals
+ * @param columns width of the picture
  * @param difference of the two; null for one
  */
 void readSignals(const std::vector<std::unique_ptr<DrawnSignal>>& drawn, Difference* difference,

@@ -6,11 +6,11 @@
 
 namespace plot {
 
-/** Keeps what was played when, and which commands were given, as far as a picture can show it. */
+/** Collects what was played and which commands were given, as far as a picture can show it. */
 class PlayedBar : public explain::ExplanationOutput
 {
 public:
-    /** @param firstStampNs where the picture begins */
+    /** @param firstStampNs beginning of the picture */
     explicit PlayedBar(qint64 firstStampNs) : mFirstStampNs(firstStampNs) {}
 
     void add(const explain::PlayedSegment& segment) override;
@@ -18,7 +18,7 @@ public:
     void add(const explain::Finding& /*finding*/) override {}
     void add(const explain::Verdict& /*verdict*/) override {}
 
-    /** One of which it is not known what became of it. */
+    /** Adds a command whose outcome is unknown. */
     void addCommand(const explain::Event& command);
 
     const std::vector<PlayedPart>& parts() const { return mParts; }

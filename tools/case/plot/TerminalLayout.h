@@ -5,7 +5,7 @@
 
 namespace plot {
 
-/** A panel on a terminal, over its whole width: gnuplot finds the margins itself. */
+/** A panel over the whole width of a terminal; gnuplot chooses the margins. */
 struct TerminalPanel
 {
     std::string mTitle;
@@ -17,10 +17,10 @@ struct TerminalPanel
 };
 
 /**
- * The panels one below the other.
+ * The panels from top to bottom.
  *
- * @param columns of characters
- * Borrows the picture, which must stay.
+ * @param columns width in characters
+ * Borrows the picture, which must outlive them.
  */
 std::vector<TerminalPanel> layOutOnTerminal(const Picture& picture, int columns);
 

@@ -9,7 +9,7 @@
 
 namespace plot {
 
-/** A part of the time, in s. */
+/** A time range in s. */
 struct Span
 {
     double mFrom;
@@ -18,12 +18,13 @@ struct Span
     bool operator==(const Span& other) const { return mFrom == other.mFrom && mTo == other.mTo; }
 };
 
-/** A block that is shared, and not changed any more. */
+/** A shared block, which is not changed any more. */
 using SharedBlock = std::shared_ptr<const waveform::SignalBlock>;
 
 /**
- * The samples of some parts of a signal, no denser than the picture, while the signal is read once.
- * What will be looked at shows only later; so the latest blocks are kept until they are forgotten.
+ * The samples of some parts of a signal, no denser than the picture, collected in one pass. The
+ * parts become known only later, so the latest blocks are kept until they are released by
+ * forgetBefore().
  */
 class WaveformWindows
 {
@@ -34,20 +35,20 @@ public:
     void add(const SharedBlock& block);
 
     /**
-     * The spans that are to be kept from now on. A new one begins with what is not forgotten yet;
+     * Sets the spans to keep from now on. A new one begins with the samples that are still kept;
      * others are dropped.
      *
-     * @param columns that a window is wide in the picture: its samples are no denser from now on
+     * @param columns width of a window in the picture, which limits the density of its samples
      */
     void open(const std::vector<Span>& spans, size_t columns);
 
-    /** No window will be opened that begins before this time. */
+    /** Announces that no window will be opened that begins before this time. */
     void forgetBefore(double seconds);
 
     /**
      * The samples of a curve.
      *
-     * @param columns that the window is wide in the picture
+     * @param columns width of the window in the picture
      * Requires: the span is among those that were opened last.
      */
     std::vector<Point> curve(const Span& span, size_t curve, size_t columns) const;

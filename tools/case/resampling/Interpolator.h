@@ -9,40 +9,40 @@
 
 namespace resampling {
 
-/** One channel of a source, whole. */
+/** All values of one channel of a source. */
 struct SourceColumn
 {
     std::vector<double> mValues;
-    double mSkewSeconds = 0.0; ///< how much later than its sample's time each value was taken
+    double mSkewSeconds = 0.0; ///< delay of each value after the time of its sample
 };
 
 /**
- * The values of a source at any instant, band-limited: each segment of equal steps with a kernel
- * for its rate. Where the kernel reaches beyond a segment, it sees the neighbours through cubic
- * polynomials, and beyond the ends of the source its mirror image through the end's value.
+ * The values of a source at any instant, band-limited. Each segment of equal steps has a kernel for
+ * its rate. If the kernel reaches beyond a segment, the adjacent ones are represented by cubic
+ * polynomials, and beyond the ends of the source by its point reflection at the end's value.
  *
- * Borrows times and columns, which must outlive it. Not for several threads: it keeps weights.
+ * Borrows times and columns, which must outlive it. Not thread-safe: it caches weights.
  */
 class Interpolator
 {
 public:
-    /** By how much faster than the output a segment is. Making one is slow. */
+    /** Kernels by the ratio of a segment's rate to that of the output. Making one is slow. */
     using Kernels = std::map<int, SincKernel>;
 
     /**
-     * @param outputRate samples a second that are taken; decides what must be filtered away
-     * @param kernels of the part of the source before this one, with the same rate
+     * @param outputRate samples per second that are requested; determines the filter
+     * @param kernels of the previous part of the source, with the same rate
      */
     Interpolator(const SampleTimes& times, const std::vector<SourceColumn>& columns,
                  double outputRate, Kernels kernels = {});
 
     /**
-     * @param seconds on the source's time; clamped to what it covers
+     * @param seconds of the source; clamped to its range
      * @param values one per column
      */
     void valuesAt(double seconds, std::vector<double>& values);
 
-    /** For the next part; none where there is no room for another one. No instant follows. */
+    /** Hands the kernels to the next part; none if there are too many. Must be the last call. */
     Kernels takeKernels();
 
 private:
@@ -61,11 +61,11 @@ private:
     double mOutputRate;
     Kernels mKernels;
 
-    /** Of the present instant. */
+    /** State of the current instant. */
     const Segment* mSegment = nullptr;
     const SincKernel* mKernel = nullptr; ///< null: polynomials are used
     double mSeconds = 0.0;
-    size_t mBefore = 0; ///< sample before the instant, counted in the segment
+    size_t mBefore = 0; ///< index in the segment of the sample before the instant
     bool mIsOnSample = false;
     std::vector<double> mWeights;
 };

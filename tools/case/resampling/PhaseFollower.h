@@ -9,14 +9,14 @@
 namespace resampling {
 
 /**
- * Follows the phase of a fundamental from one end of a recording to the other.
+ * Follows the phase of a fundamental over a recording.
  *
  * It measures every half period. A run of measurements in which the phase rises evenly is trusted.
  * A fault ends the run: the step of the phase changes by more than 0.6 degrees, or the amplitude
  * falls below half. From there the phase is extrapolated with the frequency of the ten periods
- * before and its rate of change, until the next run has settled. What the phase has jumped by then
- * is left out of the track, so the jump stays in the samples. A deep sag that lasts longer than 50
- * periods is taken as the new state.
+ * before and its rate of change, until the next run has settled. The phase jump between both runs
+ * is left out of the track, so it stays in the samples. A deep sag that lasts longer than 50
+ * periods becomes the new reference.
  */
 class PhaseFollower
 {
@@ -26,7 +26,7 @@ public:
 
     /**
      * May be called once.
-     * @return nothing where no run of a few periods could be trusted
+     * @return no value if no run of a few periods could be trusted
      */
     std::optional<PhaseTrack> follow();
 
@@ -39,13 +39,13 @@ private:
     };
     using Points = std::vector<Point>;
 
-    /** How the phase is extrapolated where it is not measured. */
+    /** The extrapolation of the phase. */
     struct Model
     {
-        size_t mHop;    ///< where it is anchored
-        double mCycles; ///< there
-        double mSlope;  ///< cycles a hop, there
-        double mBend;   ///< change of the slope, a hop
+        size_t mHop;    ///< of the anchor
+        double mCycles; ///< at the anchor
+        double mSlope;  ///< cycles per hop at the anchor
+        double mBend;   ///< change of the slope per hop
 
         double cyclesAt(size_t hop) const;
     };
@@ -72,7 +72,7 @@ private:
     double mOffset = 0.0;    ///< cycles from the run's phase to the track's
     bool mIsTrusted = false; ///< the run
     bool mHasMeasured = false;
-    bool mIsAfterBreak = false; ///< the run's first windows may hold what ended the one before
+    bool mIsAfterBreak = false; ///< its first windows may contain the disturbance before
     Points mFirstPoints;        ///< of the first run that was trusted
     std::optional<Model> mModel;
     std::vector<double> mCycles; ///< the track, a hop each

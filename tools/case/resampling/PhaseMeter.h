@@ -13,7 +13,7 @@ using ComplexSignal = std::vector<std::complex<double>>;
 /**
  * The positive sequence of three phases, sample by sample: a balanced system becomes one phasor
  * that rotates with its frequency.
- * @param phases one to three columns of one length; null for a phase that is not there
+ * @param phases one to three columns of equal length; null for a missing phase
  */
 ComplexSignal positiveSequence(const std::vector<const std::vector<double>*>& phases);
 
@@ -27,15 +27,15 @@ public:
         double mCycles;    ///< phase at the instant, -0.5 to 0.5
     };
 
-    /** Periods that go into one measurement. Under its window, constants and harmonics vanish. */
+    /** Periods of one window. It rejects constants and harmonics. */
     static constexpr int kWindowPeriods = 2;
 
     /** Borrows the times, which must outlive it. */
     PhaseMeter(const SampleTimes& times, ComplexSignal signal);
 
     /**
-     * @param hz about the frequency of the fundamental; negative for what rotates backwards
-     * @return nothing where the window reaches beyond the signal or holds too few samples
+     * @param hz approximate frequency of the fundamental; negative for backward rotation
+     * @return no value if the window reaches beyond the signal or has too few samples
      */
     std::optional<Phasor> measure(double seconds, double hz) const;
 

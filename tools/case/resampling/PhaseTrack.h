@@ -7,13 +7,13 @@
 namespace resampling {
 
 /**
- * The phase of a fundamental over time, in periods from the beginning, without its jumps: the
- * clock by which 360 samples are one period. It rises.
+ * The phase of a fundamental over time, in periods from the beginning, without its jumps: the clock
+ * by which 360 samples are one period. It rises.
  */
 class PhaseTrack
 {
 public:
-    /** A time through which the phase was not measured but extrapolated, in s. */
+    /** A time range in s in which the phase was extrapolated. */
     using Gap = std::pair<double, double>;
 
     /**
@@ -23,13 +23,13 @@ public:
      */
     PhaseTrack(double begin, double hop, std::vector<double> cycles, std::vector<Gap> gaps);
 
-    /** Also beyond the points, where it is extrapolated with the slope of the end. */
+    /** The phase at a time; beyond the points it is extrapolated with the slope at the end. */
     double cyclesAt(double seconds) const;
 
-    /** When that phase is reached, in s. */
+    /** The time in s at which this phase is reached. */
     double secondsAt(double cycles) const;
 
-    /** In their order; at the ends those that last longer than a window. */
+    /** In order of time; at the ends only those that are longer than a window. */
     const std::vector<Gap>& gaps() const { return mGaps; }
 
 private:

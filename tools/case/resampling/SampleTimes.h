@@ -6,12 +6,12 @@
 namespace resampling {
 
 /**
- * When the samples of a source were taken: segments of equal steps, found from their time
- * stamps. Stamps that jitter, since they are rounded or read from a clock, are replaced by the
- * line through them; a change of the rate and a gap begin a new segment.
+ * The times of the samples of a source: segments of equal steps, found from their time stamps.
+ * Stamps with jitter, because they are rounded or read from a clock, are replaced by the line
+ * through them. A change of the rate or a gap begins a new segment.
  *
- * Neighbouring segments share the sample between them, so they cover the time from the first
- * sample to the last without a hole.
+ * Adjacent segments share the sample between them, so they cover the time from the first sample to
+ * the last without a gap.
  */
 class SampleTimes
 {
@@ -32,20 +32,20 @@ public:
 
     /**
      * @param seconds of each sample; must not fall
-     * @param areExact the stamps were computed from a rate: nothing is taken for jitter
+     * @param areExact the stamps were computed from a rate, so there is no jitter
      * Requires: at least two different stamps.
      */
     SampleTimes(const std::vector<double>& seconds, bool areExact);
 
     const std::vector<Segment>& segments() const { return mSegments; }
 
-    /** The segment that holds the time; the first or the last one for times outside. */
+    /** The segment that contains the time; the first or the last one for times outside. */
     const Segment& segmentAt(double seconds) const;
 
     /** Index of the sample that is nearest to the time. */
     size_t nearestSample(double seconds) const;
 
-    /** The tick in s of a coarse clock, whose stamps were replaced by lines; 0 for other clocks. */
+    /** The tick in s of a coarse clock whose stamps were replaced by lines; 0 for other clocks. */
     double clockTick() const { return mTick; }
 
     double timeOf(size_t sample) const;

@@ -12,10 +12,10 @@ struct SchedulePeriod
 {
     double mStart; ///< s, of the first line
     double mStep;  ///< s from line to line
-    float mHz;     ///< what the lines say
+    float mHz;     ///< frequency in the lines
 };
 
-/** At which instants of a source the lines of a value file lie. */
+/** The instants of a source at which the lines of a value file lie. */
 struct Schedule
 {
     std::vector<SchedulePeriod> mPeriods; ///< the last one may be used in part
@@ -26,14 +26,14 @@ struct Schedule
 };
 
 /**
- * Keeps time: the lines lie as far apart as the simulator plays them, a truncated step of whole
+ * Keeps time: the lines are as far apart as the simulator plays them, a truncated step of whole
  * nanoseconds.
- * @param from, to s; the first line is at `from`, the last not after `to`
+ * @param from, to in s; the first line is at `from`, the last not after `to`
  * Requires: from <= to; a frequency that can be played.
  */
 Schedule scheduleKeepingTime(float hz, double from, double to);
 
-/** Keeps the phase: 360 lines are one period of the track, whatever it lasts. */
+/** Keeps the phase: 360 lines are one period of the track, however long it is. */
 Schedule scheduleKeepingPhase(const PhaseTrack& track, double from, double to);
 
 } // namespace resampling

@@ -8,7 +8,7 @@
 namespace textfile {
 
 /**
- * Tells whether the decimal sign of a text file separates thousands instead: in a column with
+ * Decides whether the decimal sign of a text file separates thousands instead: in a column with
  * whole numbers up to 999, every sign has three digits after it. A single number anywhere that
  * cannot be grouped (0.5, 0.123, 1.25, 1000) shows that the sign is decimal.
  */
@@ -28,7 +28,7 @@ public:
     /** Takes a field that is a number. */
     void add(std::string_view text, size_t column, size_t line);
 
-    /** The first field that is grouped; nothing where the sign is decimal. */
+    /** The first grouped field; no value if the sign is decimal. */
     std::optional<Field> firstGrouped() const;
 
 private:

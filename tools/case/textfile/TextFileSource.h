@@ -11,13 +11,13 @@
 namespace textfile {
 
 /**
- * A text file of an oscilloscope or a spreadsheet: a heading line, then rows of a time and the
- * values at that time. A field that is empty is a missing value, held at the one before.
+ * A text file of an oscilloscope or a spreadsheet: a heading line, then rows with a time and the
+ * values at that time. An empty field is a missing value: the value before is held.
  */
 class TextFileSource : public waveform::SignalSource
 {
 public:
-    /** @param encoding of the heading, as decodeText() takes it */
+    /** @param encoding of the heading, as for decodeText() */
     TextFileSource(const std::string& path, const std::string& encoding);
 
     const waveform::SignalDescription& description() const override { return mDescription; }
@@ -43,7 +43,7 @@ private:
     bool mIsFinished = false;
 };
 
-/** Why the file is no such text file; empty when it is one. */
+/** Why the file is not such a text file; empty if it is one. */
 std::string reasonNotTextFile(base::InputFile& file);
 
 } // namespace textfile

@@ -7,16 +7,16 @@
 
 namespace textfile {
 
-/** How a text file with a heading is written, as found out from its first lines. */
+/** The layout of a text file with a heading, found from its first lines. */
 struct TextLayout
 {
     size_t mHeadingLines = 1; ///< before the first row, without empty ones
-    char mSeparator = ',';    ///< a blank stands for any number of them
+    char mSeparator = ',';    ///< a blank means any number of blanks
     char mDecimalSign = '.';
-    size_t mTimeColumn = 0; ///< index of the field that holds the time
+    size_t mTimeColumn = 0; ///< index of the field with the time
     std::string mTimeName;
-    double mTimeSeconds = 1.0; ///< what 1 in the time column is worth
-    bool mHasTimeUnit = true;  ///< else seconds are assumed
+    double mTimeSeconds = 1.0; ///< unit of the time column
+    bool mHasTimeUnit = true;  ///< otherwise seconds are assumed
     struct Column
     {
         std::string mName;
@@ -26,16 +26,16 @@ struct TextLayout
 };
 
 /**
- * Finds out the layout from the heading and the lines after it. An oscilloscope may write lines
- * about itself before it, and the units in a line of their own.
+ * Finds the layout from the heading and the lines after it. An oscilloscope may write other lines
+ * before the heading, and the units in a separate line.
  *
  * @param lines the first of the file, UTF-8, without empty ones
- * @param reason gets why they are no such file, when they are none
+ * @param reason gets the reason if they are not such a file
  */
 std::optional<TextLayout> findTextLayout(const std::vector<std::string>& lines,
                                          std::string* reason);
 
-/** The fields of a line, without blanks at their ends and quotes around them. */
+/** The fields of a line, without surrounding blanks and quotes. */
 std::vector<std::string_view> textFields(std::string_view line, char separator);
 
 /** A number with that decimal sign; false for anything else. */

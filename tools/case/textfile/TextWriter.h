@@ -6,8 +6,8 @@
 namespace textfile {
 
 /**
- * Writes a text file with a heading: a time column in seconds, then one a channel with its unit.
- * Borrows the result file, which the caller commits.
+ * Writes a text file with a heading: a time column in seconds, then one column per channel with its
+ * unit. Borrows the result file, which the caller commits.
  */
 class TextWriter
 {

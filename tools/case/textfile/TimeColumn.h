@@ -9,22 +9,22 @@
 
 namespace textfile {
 
-/** What 1 in a unit of time is worth, in s; nothing for any other unit. Case is ignored. */
+/** A unit of time in s; no value for any other unit. Case is ignored. */
 std::optional<double> secondsInUnit(std::string_view unit);
 
-/** Whether a column with this name holds the time: "t", "Time", "Zeit", "Sample time", ... */
+/** Whether a column with this name has the time: "t", "Time", "Zeit", "Sample time", ... */
 bool isTimeName(std::string_view name);
 
 /** "time_ms" and "Time ms" become a name and a unit; in the first column "x_ms" too. */
 void splitTimeName(TextLayout::Column* column, bool isFirst);
 
 /**
- * Finds the column that holds the time: the one whose name says so, else the first one with a unit
- * of time, else the first column if it has no unit. It has to rise in the first rows.
+ * Finds the column with the time: by its name, or else the first one with a unit of time, or else
+ * the first column if it has no unit. It has to rise in the first rows.
  *
  * @param columns of the heading, in which splitTimeName() has been applied
- * @param rows the values of the first rows, a field for each column; nothing for an empty field
- * @param reason gets why there is none
+ * @param rows the values of the first rows, a field for each column; no value for an empty field
+ * @param reason gets the reason if there is none
  */
 std::optional<size_t> findTimeColumn(const std::vector<TextLayout::Column>& columns,
                                      const std::vector<std::vector<std::optional<double>>>& rows,

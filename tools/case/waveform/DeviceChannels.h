@@ -7,7 +7,7 @@
 
 namespace waveform {
 
-/** What the channels of the device measure: the phase and neutral voltages, then the currents. */
+/** Names of the device's channels: the phase and neutral voltages, then the currents. */
 inline constexpr std::array<const char*, kChannelCount> kDeviceChannelNames{"UA", "UB", "UC", "UN",
                                                                             "IA", "IB", "IC", "IN"};
 
@@ -16,7 +16,7 @@ inline constexpr bool isDeviceVoltage(int channel)
     return channel < kChannelCount / 2;
 }
 
-/** The channels of the device as value files and recordings have them: numbers, in counts. */
+/** The channels of the device in value files and recordings: numbers, in counts. */
 inline std::vector<ChannelDescription> deviceChannels()
 {
     std::vector<ChannelDescription> channels(kChannelCount);

@@ -7,8 +7,8 @@
 namespace waveform {
 
 /**
- * What the driver was given, as vx-sandbox records it: sample records of 48 bytes. Times are those
- * of the stamps.
+ * The sample stream of the driver, as vx-sandbox records it: sample records of 48 bytes. Times are
+ * those of the stamps.
  */
 class DriverRecordingSource : public SignalSource
 {
@@ -19,7 +19,7 @@ public:
     bool read(SignalBlock& block) override;
     double progress() const override { return mFile.progress(); }
 
-    /** Time stamp of the first record; 0 where there is none. */
+    /** Time stamp of the first record; 0 if there is none. */
     qint64 firstStampNs() const { return mFirstStampNs; }
 
 private:
@@ -33,8 +33,8 @@ private:
 };
 
 /**
- * Why the file is no recording of the driver, which is a whole number of records with rising
- * stamps (looked at from its beginning); empty when it is one.
+ * Why the file is not a recording of the driver, which is a whole number of records with rising
+ * stamps (the first ones are checked); empty if it is one.
  */
 std::string reasonNotDriverRecording(base::InputFile& file);
 

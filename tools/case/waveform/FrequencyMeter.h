@@ -8,40 +8,40 @@
 namespace waveform {
 
 /**
- * Measures the frequency of the fundamental of one or several channels while a signal is read, in
- * memory that does not depend on its length.
+ * Measures the frequency of the fundamental of one or more channels while a signal is read, in
+ * constant memory.
  *
  * Each channel is compared with a phasor that rotates at a frequency near its own, in windows of
- * two of the phasor's periods which overlap by one: how far the phase turns from window to window
- * is the difference of the frequencies. Windows whose amplitude and turn are those of the window
- * before form a steady run, which a fault ends. The run that knows the
- * frequency best counts: a long one whose turns scatter little.
+ * two of the phasor's periods that overlap by one: the turn of the phase from window to window is
+ * the difference of the frequencies. Windows with the same amplitude and turn as the window before
+ * form a steady run, which a fault ends. The run with the most precise frequency counts: a long one
+ * whose turns scatter little.
  */
 class FrequencyMeter
 {
 public:
     struct Result
     {
-        double mHertz = 0.0; ///< 0 where nothing steady was found
-        /** How much of the channel's power is in the fundamental, about 0 to 1. */
+        double mHertz = 0.0; ///< 0 if nothing steady was found
+        /** Part of the channel's power in the fundamental, about 0 to 1. */
         double mShare = 0.0;
-        double mError = 0.0; ///< as estimated, in Hz
-        double mFrom = 0.0;  ///< s, where the signal was steady and has been measured
+        double mError = 0.0; ///< estimated, in Hz
+        double mFrom = 0.0;  ///< s; the steady range that was measured
         double mTo = 0.0;
     };
 
     /**
-     * @param nearHertz about the frequency, above 0: half of it to one and a half are measured
-     * @param channels how many are looked at, from the first on
+     * @param nearHertz approximate frequency, above 0: half of it to one and a half are measured
+     * @param channels number of channels, from the first on
      */
     FrequencyMeter(double nearHertz, size_t channels);
 
     void add(const SignalBlock& block);
 
-    /** Of the channel that knows it best; all 0 where nothing was measured. */
+    /** Of the channel with the best result; all 0 if nothing was measured. */
     Result result() const;
 
-    /** The one with the purer fundamental where that is clear, else with the smaller error. */
+    /** The result with the clearly purer fundamental, or else the one with the smaller error. */
     static Result betterOf(const Result& a, const Result& b);
 
 private:
@@ -64,16 +64,16 @@ private:
 
     struct Channel
     {
-        Phasor mEnding;        ///< of the window that the samples are in the second half of
-        Phasor mBeginning;     ///< of the one they are in the first half of
+        Phasor mEnding;        ///< of the window whose second half is being read
+        Phasor mBeginning;     ///< of the window whose first half is being read
         Phasor mLast;          ///< of the last whole window
         double mSquares = 0.0; ///< sum of those of the samples in the period
-        double mChange = 0.0;  ///< from turn to turn, about the median of it so far, in radians
-        Run mRun;              ///< that has not ended
+        double mChange = 0.0;  ///< approximate median change from turn to turn so far, in radians
+        Run mRun;              ///< the current one
         Result mBest;          ///< of the runs that have ended
     };
 
-    /** The phasor at each sample of a block, weighted for the window that ends and the next. */
+    /** The phasor at each sample of a block, weighted for the ending and the next window. */
     struct Weights
     {
         std::vector<double> mFallingCos;
@@ -94,10 +94,10 @@ private:
     std::vector<Channel> mChannels;
     Weights mWeights;
     std::vector<double> mPeriods; ///< of a block: number of the period of each sample
-    double mPeriod = -1.0;        ///< that the samples are in
-    size_t mInPeriod = 0;         ///< samples in it so far
-    size_t mInLast = 0;           ///< in the one before it
-    size_t mPeriodsInRow = 0;     ///< whole ones before it, of one rate
+    double mPeriod = -1.0;        ///< the current one
+    size_t mInPeriod = 0;         ///< samples in the current period so far
+    size_t mInLast = 0;           ///< samples in the period before
+    size_t mPeriodsInRow = 0;     ///< whole periods before it with one rate
 };
 
 } // namespace waveform

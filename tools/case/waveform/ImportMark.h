@@ -7,25 +7,25 @@
 namespace waveform {
 
 /**
- * What the comments of an imported value file say of the recording that it was made from, so
- * that the two can be laid over each other.
+ * What the comments of an imported value file say about its recording, so that both can be drawn
+ * over each other.
  */
 struct ImportMark
 {
-    std::string mFile;                 ///< the recording, as it was named
+    std::string mFile;                 ///< the recording, as given
     std::string mStart;                ///< time of its first sample, as text; may be empty
-    double mSeconds = 0.0;             ///< from there to the file's first line, as it is played
-    std::vector<std::string> mSources; ///< of each channel of the device; empty for nothing
+    double mSeconds = 0.0;             ///< from there to the first line of the file
+    std::vector<std::string> mSources; ///< of each channel of the device; empty for none
 };
 
-/** The comment with all but the sources. */
+/** The comment with everything except the sources. */
 std::string importComment(const ImportMark& mark);
 
-/** The comment that names what a channel was made from. */
+/** The comment with the source of a channel. */
 std::string sourceComment(size_t channel, const std::string& source, double factor,
                           const std::string& unit);
 
-/** What the comments before the first sample say; nothing where the file is no import. */
+/** Reads the comments before the first sample; no value if the file is not an import. */
 std::optional<ImportMark> readImportMark(const std::string& path);
 
 } // namespace waveform

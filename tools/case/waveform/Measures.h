@@ -8,16 +8,15 @@
 namespace waveform {
 
 /**
- * What a signal is like as a whole: of each channel rms, smallest and largest value, and the
- * frequency of the fundamental. Made while the signal is read, block by block, in memory that
- * does not depend on its length.
+ * Overall measures of a signal: rms, smallest and largest value of each channel, and the frequency
+ * of the fundamental. Made while the signal is read, in constant memory.
  */
 class Measures
 {
 public:
     struct Channel
     {
-        double mRms = 0.0; ///< over all samples, each counting the same; constants included
+        double mRms = 0.0; ///< over all samples with equal weight, including DC
         double mSmallest = 0.0;
         double mLargest = 0.0;
     };
@@ -35,7 +34,9 @@ public:
     /** From the first sample to the last, in s. */
     double seconds() const { return mSeconds; }
 
-    /** Where the signal is steady; 0 Hz where no channel shows a fundamental for some periods. */
+    /**
+     * Measured where the signal is steady; 0 Hz if no channel has a fundamental for some periods.
+     */
     FrequencyMeter::Result frequency() const;
 
 private:
@@ -51,7 +52,7 @@ private:
 
     const SignalDescription& mDescription;
     std::vector<Sums> mChannels;
-    std::vector<FrequencyMeter> mMeters; ///< for what the frequency may be near to
+    std::vector<FrequencyMeter> mMeters; ///< for possible frequencies
     size_t mSamples = 0;
     double mSeconds = 0.0;
 };

@@ -7,7 +7,7 @@
 
 namespace waveform {
 
-/** A remark for each channel with missing values: how many, and when the first was missing. */
+/** A remark for each channel with missing values: their number, and the time of the first. */
 void remarkOnMissing(const std::vector<ChannelDescription>& channels, base::Remarks* remarks);
 
 } // namespace waveform

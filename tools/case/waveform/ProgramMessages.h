@@ -9,8 +9,8 @@
 namespace waveform {
 
 /**
- * Catches what the program's own classes log as an error while it lives, so that a tool that uses
- * them gives the program's verdict in the program's words.
+ * Collects the errors that the program's own classes log while it lives, so that a tool can report
+ * them with the program's messages.
  */
 class ProgramMessages
 {

@@ -9,9 +9,8 @@
 namespace waveform {
 
 /**
- * Turns time stamps into times that begin at 0 and never fall. Where a stamp falls, the time
- * advances by the last step. Where a stamp repeats, as those of a coarse clock do, so does the
- * time.
+ * Turns time stamps into times that begin at 0 and never fall. If a stamp falls, the time advances
+ * by the last step. If a stamp repeats, as those of a coarse clock do, the time repeats, too.
  *
  * Number: the type of the stamps; an integer keeps every digit of a large stamp. Times are exact up
  * to 2^53 units.
@@ -21,7 +20,7 @@ class RisingTime
 {
 public:
     /**
-     * @return the time of the sample with this stamp, in the stamps' unit from the first.
+     * @return the time of the sample with this stamp since the first one, in the stamps' unit.
      * Requires: the difference of two stamps fits a Number.
      */
     double next(Number stamp)
@@ -51,13 +50,15 @@ public:
         return mTime;
     }
 
-    /** Whether the stamps are a time: a clock may be set back once, or in one of ten steps. */
+    /**
+     * Whether the stamps are a time: a clock may be set back once, or at most in every tenth step.
+     */
     bool isTime() const
     {
         return mFalling == 0 || mFalling * 10 < mCount || (mFalling == 1 && mTime > 0.0);
     }
 
-    /** What was odd, for the user. */
+    /** Remarks on oddities, for the user. */
     std::vector<std::string> remarks() const
     {
         std::vector<std::string> texts;

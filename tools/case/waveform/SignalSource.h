@@ -9,28 +9,30 @@
 
 namespace waveform {
 
-/** What is known of one analog channel before its samples are read. */
+/** An analog channel, as known before its samples are read. */
 struct ChannelDescription
 {
-    int mNumber = 0;        ///< as the file counts; from 1 in recordings, 0 to 7 in value files
+    int mNumber = 0;        ///< as in the file; from 1 in recordings, 0 to 7 in value files
     std::string mName;      ///< UTF-8
-    std::string mPhase;     ///< as the file gives it; may be empty
-    std::string mComponent; ///< the circuit component that is watched; may be empty
-    std::string mUnit;      ///< as the file gives it; "" where it has none
-    double mPrimary = 1.0;  ///< ratio of the transformer, primary part; 0 where it is not known
+    std::string mPhase;     ///< as in the file; may be empty
+    std::string mComponent; ///< the monitored circuit component; may be empty
+    std::string mUnit;      ///< as in the file; "" if it has none
+    double mPrimary = 1.0;  ///< ratio of the transformer, primary part; 0 if unknown
     double mSecondary = 1.0;
     char mSide =
         ' '; ///< 'P' or 'S': which side the values belong to; ' ' where the file does not say
-    /** How much later than the time of its sample each value was taken, in µs. */
+    /** Delay of each value after the time of its sample, in µs. */
     double mSkewMicroseconds = 0.0;
-    /** Values without a number, each held at the one before (0 at the beginning). Counted while
-     * the samples are read. */
+    /**
+     * Number of missing values, for which the value before is held (0 at the beginning). Counted
+     * while the samples are read.
+     */
     size_t mMissing = 0;
-    double mFirstMissing = 0.0;  ///< s, as in the block: of the first of them
+    double mFirstMissing = 0.0;  ///< time of the first of them in s, as in the block
     bool mBeginsMissing = false; ///< the first sample has no number
 };
 
-/** A status channel that changed while the samples were read. */
+/** A status channel, with the changes found while the samples are read. */
 struct StatusChannel
 {
     struct Change
@@ -43,17 +45,17 @@ struct StatusChannel
     std::string mName;            ///< UTF-8
     bool mFirstState = false;     ///< at the first sample
     size_t mChangeCount = 0;      ///< all of them
-    std::vector<Change> mChanges; ///< the first of them: as many as are kept
+    std::vector<Change> mChanges; ///< the first ones that are kept
 };
 
-/** A run of samples taken at one rate, which holds from each of them to the next. */
+/** A run of samples with one rate, which holds from each of them to the next. */
 struct SampleRate
 {
     double mHz = 0.0;
     size_t mEnd = 0; ///< index after its last sample, as the file announces it
 };
 
-/** What is known of a signal as a whole before its samples are read. */
+/** A signal, as known before its samples are read. */
 struct SignalDescription
 {
     std::string mFileName;
@@ -62,14 +64,16 @@ struct SignalDescription
     std::string mDevice;
     std::string mStartTime; ///< of the first sample, as text for the reader
     std::string mTriggerTime;
-    std::optional<ImportMark> mImport; ///< of a value file that was made from a recording
-    double mNominalHz = 0.0;           ///< 0 where the file has none
-    size_t mSampleCount = 0;           ///< 0 where it is known only at the end
-    std::vector<SampleRate> mRates;    ///< empty where only time stamps say when samples were taken
+    std::optional<ImportMark> mImport; ///< of a value file made from a recording
+    double mNominalHz = 0.0;           ///< 0 if the file has none
+    size_t mSampleCount = 0;           ///< 0 if it is known only at the end
+    std::vector<SampleRate> mRates;    ///< empty if only time stamps give the times
     std::vector<ChannelDescription> mChannels;
     std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end
-    /** What was odd in the file and what was done about it, for the user; grows while the samples
-     * are read. */
+    /**
+     * Remarks on oddities of the file and how they were handled, for the user; more may be added
+     * while the samples are read.
+     */
     std::vector<std::string> mRemarks;
 };
 
@@ -87,7 +91,7 @@ struct SignalBlock
 
     size_t size() const { return mSeconds.size(); }
 
-    /** Gives every column that many samples, whose values are not defined. */
+    /** Gives every column this number of samples with undefined values. */
     void resize(size_t channels, size_t samples)
     {
         mSeconds.resize(samples);
@@ -99,12 +103,11 @@ struct SignalBlock
 };
 
 /**
- * A signal that is read once from its beginning to its end, block by block, in memory that does
- * not depend on its length: a value file, a recording of the driver, a COMTRADE recording or a
- * text file. The kinds differ in what they are made from; whoever measures, draws, exports or
- * resamples sees only this.
+ * A signal that is read once from its beginning to its end, block by block, in constant memory: a
+ * value file, a recording of the driver, a COMTRADE recording or a text file. Measuring, drawing,
+ * exporting and resampling only see this interface.
  *
- * Readers throw CaseError for what cannot be read.
+ * Readers throw CaseError if something cannot be read.
  */
 class SignalSource
 {
@@ -114,16 +117,16 @@ public:
     SignalSource& operator=(const SignalSource&) = delete;
     virtual ~SignalSource() = default;
 
-    /** The reference stays; what it says about missing values, states and remarks grows. */
+    /** The reference stays valid; missing values, states and remarks are updated by read(). */
     virtual const SignalDescription& description() const = 0;
 
     /**
-     * Replaces the block by the next samples; its memory is used again.
+     * Replaces the block by the next samples and reuses its memory.
      * @return false at the end, with an empty block.
      */
     virtual bool read(SignalBlock& block) = 0;
 
-    /** How much has been read, 0 to 1, for a progress line. */
+    /** Part that has been read, 0 to 1, for a progress line. */
     virtual double progress() const = 0;
 };
 

@@ -7,11 +7,11 @@
 namespace waveform {
 
 /**
- * An input value file, read by the program's own class so that a tool takes what the program
- * takes and refuses it in the same words.
+ * An input value file, read by the program's own class, so that a tool accepts what the program
+ * accepts and uses its messages.
  *
  * Times are the simulator's: a step of whole nanoseconds from the frequency of the first line of
- * each block of 360, where a frequency that cannot be played leaves the step as it is.
+ * each block of 360; a frequency that cannot be played leaves the step unchanged.
  */
 class ValueFileSource : public SignalSource
 {
@@ -32,7 +32,7 @@ private:
     quint64 mNanoseconds = 0; ///< time of the last sample
 };
 
-/** Why the file is no value file, from its first line of data; empty when it is one. */
+/** Why the file is not a value file, by its first line of data; empty if it is one. */
 std::string reasonNotValueFile(base::InputFile& file);
 
 } // namespace waveform
