@@ -33,17 +33,17 @@ qint64 floorQuotient(qint64 dividend, qint64 divisor)
     return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
 }
 
-void addSamplesIn(const PlayedRange& stretch, std::vector<ExpectedSample>* samples)
+void addSamplesIn(const PlayedRange& range, std::vector<ExpectedSample>* samples)
 {
-    const explain::PlayedFile& file = *stretch.mFile;
+    const explain::PlayedFile& file = *range.mFile;
     const qint64 durationNs = file.durationNs();
     // The last sample of a pass is at the origin of the next one.
-    const qint64 pass = floorQuotient(stretch.mFromNs - stretch.mOriginNs - 1, durationNs);
-    for (qint64 beginNs = stretch.mOriginNs + pass * durationNs; beginNs < stretch.mToNs;
+    const qint64 pass = floorQuotient(range.mFromNs - range.mOriginNs - 1, durationNs);
+    for (qint64 beginNs = range.mOriginNs + pass * durationNs; beginNs < range.mToNs;
          beginNs += durationNs) {
         for (size_t i = 0; i < file.size(); ++i) {
             const qint64 stampNs = beginNs + file.timeBefore(i) + file.stepAt(i);
-            if (stampNs >= stretch.mFromNs && stampNs <= stretch.mToNs) {
+            if (stampNs >= range.mFromNs && stampNs <= range.mToNs) {
                 samples->push_back({stampNs, &file.samples()[i]});
             }
         }

@@ -100,10 +100,10 @@ void RapidChanges::takeIntoSystem(const SteadyVoltage::Change& change)
     mSystem->mEndUtcNs = std::max(mSystem->mEndUtcNs, change.mEndUtcNs);
     mSystem->mLargest = std::max(mSystem->mLargest, change.mLargest);
     mSystem->mSteadyChange = std::max(mSystem->mSteadyChange, change.mSteadyChange);
-    const bool goesOn = std::any_of(mVoltages.begin(), mVoltages.end(), [](const auto& each) {
+    const bool isContinued = std::any_of(mVoltages.begin(), mVoltages.end(), [](const auto& each) {
         return each.changingSince().has_value();
     });
-    if (goesOn) {
+    if (isContinued) {
         return;
     }
     if (!mIsSystemExcluded) {
