@@ -10,13 +10,13 @@ void addPlanOptions(CLI::App& command, PlanOptions& options)
         ->required()
         ->type_name("");
     command.add_option("--only", options.mSelection.mCases, "Selects these cases; repeatable")
-        ->type_name("NAME,...")
+        ->type_name("NAME[,NAME]")
         ->delimiter(',')
         ->allow_extra_args(false);
     command
         .add_option("--group", options.mSelection.mGroups,
                     "Selects the cases of these groups; repeatable")
-        ->type_name("NAME,...")
+        ->type_name("NAME[,NAME]")
         ->delimiter(',')
         ->allow_extra_args(false);
 }

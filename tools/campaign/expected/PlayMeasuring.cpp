@@ -5,6 +5,7 @@
 
 #include "base/CaseError.h"
 #include "base/InputFile.h"
+#include "base/ProgressLine.h"
 #include "measure/Measuring.h"
 #include "report/ReportText.h"
 #include "waveform/RecordStamp.h"
@@ -96,7 +97,9 @@ MeasuredPlays measurePlays(const std::string& folder, const report::NightSummary
                            const std::function<bool()>& isInterrupted)
 {
     MeasuredPlays measured;
+    base::ProgressLine progress("measuring the expected values");
     for (size_t index = 0; index < night.mPlays.size(); ++index) {
+        progress.show(double(index) / double(night.mPlays.size()));
         const report::PlaySummary& play = night.mPlays[index];
         const journal::StagedCase& staged = night.mCases[play.mCase].mStaged;
         const std::string name =
