@@ -416,8 +416,13 @@ TEST(StepTest, ResponseDelayAndOvershootAreMeasured)
         assess::Assessment(expected, measured, limits, {kNominal, {}, false}).result();
     // Half of it is made between frames 101 and 102; the expected one between 99 and 100.
     EXPECT_NEAR(seriesOf(result, {"step-delay", "UA"}).mLargest->mMeasured, 0.04, 1e-9);
+    EXPECT_NEAR(seriesOf(result, {"step-delay", "UA"}).mLargest->mLimit, 0.005, 1e-9);
     EXPECT_NEAR(seriesOf(result, {"step-overshoot", "UA"}).mLargest->mMeasured, 8.0, 1e-9);
     // The error is 0, 9.09, 7.27, 1.82 and 0.73 % in frames 99 to 103; 1 % is at 99.11 and 102.75.
     EXPECT_NEAR(seriesOf(result, {"step-response-tve", "UA"}).mLargest->mMeasured, 0.0728, 1e-5);
+    const auto forClassM = assess::Assessment(expected, measured, assess::readLimits("pmu-m"),
+                                              {kNominal, {"step-response-tve"}, false})
+                               .result();
+    EXPECT_EQ(forClassM.mVerdict, Verdict::Within) << "less than 7 intervals between frames";
     EXPECT_EQ(result.mVerdict, Verdict::Beyond);
 }

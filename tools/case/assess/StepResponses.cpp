@@ -61,9 +61,10 @@ double responseTime(const std::vector<Pair>& pairs, const Step& step, double lim
     return static_cast<double>(returns - leaves) * base::kSecondsPerNanosecond;
 }
 
-void addValue(ComputedSeries& computed, const SeriesKey& key, qint64 utcNs, double value)
+/** @param spacingNs of frames, to which limits refer */
+void addValue(Matching& matching, qint64 spacingNs, qint64 utcNs, double value)
 {
-    Matching& matching = computed[key];
+    matching.mSpacingNs = spacingNs;
     ++matching.mCounts.mExpected;
     matching.mPairs.push_back({utcNs, 0.0, value});
 }
@@ -94,14 +95,16 @@ std::vector<Step> ChannelSteps::add(const SeriesKey& key)
 {
     const std::vector<Sample>& wanted = mExpected.find(key)->mSamples;
     const Series* const found = mMeasured.find(key);
+    const qint64 spacingNs = spacingOf(wanted);
     std::vector<Step> steps = findSteps(wanted, isAngle(key.mQuantity));
     for (const Step& step : steps) {
         const auto response =
             found == nullptr ? std::nullopt
                              : responseTo(step, wanted, found->mSamples, isAngle(key.mQuantity));
         if (response) {
-            addValue(mComputed, {kStepDelay, key.mChannel}, response->mStepNs, response->mDelay);
-            addValue(mComputed, {kStepOvershoot, key.mChannel}, response->mStepNs,
+            addValue(mComputed[{kStepDelay, key.mChannel}], spacingNs, response->mStepNs,
+                     response->mDelay);
+            addValue(mComputed[{kStepOvershoot, key.mChannel}], spacingNs, response->mStepNs,
                      response->mOvershoot);
         } else {
             Matching& matching = mComputed[{kStepDelay, key.mChannel}];
@@ -117,7 +120,8 @@ void ChannelSteps::addResponses(const std::vector<Step>& steps, const Matching& 
                                 double limit, const SeriesKey& key)
 {
     for (const Step& step : steps) {
-        addValue(mComputed, key, step.mBeginNs, responseTime(errors.mPairs, step, limit));
+        addValue(mComputed[key], errors.mSpacingNs, step.mBeginNs,
+                 responseTime(errors.mPairs, step, limit));
     }
 }
 
