@@ -22,6 +22,7 @@ struct EventRows
     std::set<std::string> mQuantities; ///< quantities of the expected events
     std::set<qint64> mExpected;        ///< starts
     std::set<qint64> mMeasured;
+    std::set<qint64> mDoubled; ///< measured ones with two rows of the same quantity
 };
 
 /** A possible pair of an expected and a measured event, by indices of starts. */
@@ -54,6 +55,18 @@ JudgedTime timeOf(const ValueTable& expected)
     return time;
 }
 
+void addMeasured(const std::vector<Sample>& samples, EventRows& rows)
+{
+    const Sample* previous = nullptr;
+    for (const Sample& sample : samples) {
+        rows.mMeasured.insert(sample.mUtcNs);
+        if (previous != nullptr && previous->mUtcNs == sample.mUtcNs) {
+            rows.mDoubled.insert(sample.mUtcNs);
+        }
+        previous = &sample;
+    }
+}
+
 /** @param time measured events outside this range are left out */
 std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTable& measured,
                                        const JudgedTime& time)
@@ -76,8 +89,11 @@ std::map<SeriesKey, EventRows> collect(const ValueTable& expected, const ValueTa
         const auto isEarlier = [](const Sample& it, qint64 ns) { return it.mUtcNs < ns; };
         auto sample = std::lower_bound(series.mSamples.begin(), series.mSamples.end(),
                                        time.mBeginNs, isEarlier);
-        for (; kind && sample != series.mSamples.end() && sample->mUtcNs <= time.mEndNs; ++sample) {
-            events[{*kind, key.mChannel}].mMeasured.insert(sample->mUtcNs);
+        const auto end =
+            std::upper_bound(sample, series.mSamples.end(), time.mEndNs,
+                             [](qint64 ns, const Sample& it) { return ns < it.mUtcNs; });
+        if (kind && sample != end) {
+            addMeasured({sample, end}, events[{*kind, key.mChannel}]);
         }
     }
     return events;
@@ -138,6 +154,9 @@ public:
                                 start <= mExpected.back() + toleranceNs;
             if (isNear || time.holds(start)) {
                 mMeasured.push_back(start);
+                if (rows.mDoubled.count(start) > 0) {
+                    mDoubled.push_back(start);
+                }
             }
         }
         mMatches = matchStarts(mExpected, mMeasured, toleranceNs);
@@ -150,6 +169,7 @@ public:
 private:
     Starts mExpected;
     Starts mMeasured;
+    Starts mDoubled;
     std::vector<std::optional<size_t>> mMatches;
 };
 
@@ -157,6 +177,8 @@ Matching EventMatcher::starts() const
 {
     Matching matching;
     matching.mCounts.mExpected = mExpected.size();
+    matching.mCounts.mDoubled = mDoubled.size();
+    matching.mDoubled = mDoubled;
     std::vector<bool> isTaken(mMeasured.size());
     for (size_t i = 0; i < mExpected.size(); ++i) {
         if (!mMatches[i]) {
