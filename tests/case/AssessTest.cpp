@@ -276,6 +276,34 @@ TEST(DeviceTest, ValuesAreMatchedByTheirTimes)
     }
 }
 
+/** A phasor of 0 has no angle. Its frames are sent all the same, and each in time. */
+TEST(DeviceTest, InterruptionHasMagnitudesOnly)
+{
+    const auto isGone = [](qint64 ns) {
+        return ns > kBegin + 5 * kSecond && ns < kBegin + 6 * kSecond;
+    };
+    const ValueTable expected = without(expectedTable(), "phasor-angle", isGone);
+    const ValueTable late = changed(expected, "phasor-angle UA", [](Sample it) {
+        return Sample{it.mUtcNs + kFrame / 4, it.mValue};
+    });
+    ValueTable doubled = expected;
+    doubled.series({"phasor-angle", "UA"}).add({kBegin, 0.0});
+    doubled.sort();
+    const auto isFrame = [](qint64 ns) { return ns == kBegin + 5 * kSecond; };
+    for (const auto& [measured, verdict] :
+         {std::pair(expected, Verdict::Within),
+          {expectedTable(), Verdict::Within},
+          {late, Verdict::Incomplete},
+          {doubled, Verdict::Incomplete},
+          {without(expected, "phasor", isGone), Verdict::Incomplete},
+          {without(expected, "phasor-angle", isFrame), Verdict::Incomplete}}) {
+        const assess::LimitTable limits = assess::readLimits("pmu-m");
+        const auto result =
+            assess::Assessment(expected, measured, limits, {kNominal, {"tve"}, false}).result();
+        EXPECT_EQ(result.mVerdict, verdict) << assess::verdictText(result);
+    }
+}
+
 /** Nothing that could not be compared is good. */
 TEST(DeviceTest, UnobservedValuesAreNotGood)
 {
@@ -299,11 +327,13 @@ TEST(DeviceTest, UnobservedValuesAreNotGood)
 /** The expected values of one case, and what was measured in a whole night. */
 TEST(DeviceTest, CaseIsAssessedWithinItsNight)
 {
-    const ValueTable night = expectedTable();
+    ValueTable night = expectedTable();
     const auto isOutside = [](qint64 ns) {
         return ns < kBegin + 3 * kSecond || ns > kBegin + 6 * kSecond;
     };
-    const ValueTable play = without(night, "", isOutside);
+    ValueTable play = without(night, "", isOutside);
+    play.series({"frequency-10s", ""}).add({kBegin + 5 * kSecond, 50.0});
+    night.series({"frequency-10s", ""}).add({kBegin + 5 * kSecond + kFrame, 50.0}); // in time
     const assess::LimitTable limits = assess::readLimits("pq-a");
     EXPECT_EQ(assess::Assessment(play, night, limits, {kNominal, {}, true}).result().mVerdict,
               Verdict::Within);

@@ -116,18 +116,6 @@ std::vector<WorstValue> WorstList::take()
     std::stable_sort(mHeap.begin(), mHeap.end(), isWorse);
     return std::move(mHeap);
 }
-
-std::optional<qint64> beginOf(const ValueTable& values)
-{
-    std::optional<qint64> begin;
-    for (const auto& [key, series] : values.all()) {
-        if (!series.mSamples.empty()) {
-            const qint64 first = series.mSamples.front().mUtcNs;
-            begin = std::min(begin.value_or(first), first);
-        }
-    }
-    return begin;
-}
 } // namespace
 
 const char* nameOf(Verdict verdict)
@@ -184,6 +172,7 @@ private:
     const AssessmentOptions mOptions;
     const Nominal mNominal;
     const qint64 mToleranceNs;
+    const std::optional<TimeRange> mReference;
     const Situations mSituations;
     ComputedSeries mComputed;
     WorstList mWorst;
@@ -200,13 +189,14 @@ Assessment::Work::Work(const ValueTable& expected, const ValueTable& measured,
                firstKnown(mOptions.mNominal.mAmperes, limits.mNominal.mAmperes),
                firstKnown(mOptions.mNominal.mHertz, limits.mNominal.mHertz)},
       mToleranceNs(nsOf(limits.mToleranceSeconds)),
+      mReference(expected.range()),
       mSituations(expected)
 {
     addVectorErrors(expected, measured, mToleranceNs, mOptions.mIsPart, mComputed);
     addEvents(expected, measured, nsOf(limits.mEventToleranceSeconds), mOptions.mIsPart, mComputed);
     addStepResponses(expected, measured, limits, mComputed);
     for (const auto& [key, series] : expected.all()) {
-        if (!eventKindOf(key.mQuantity) && key.mQuantity != kEventCount) {
+        if (!eventKindOf(key.mQuantity)) {
             assessSeries(key);
         }
     }
@@ -216,7 +206,9 @@ Assessment::Work::Work(const ValueTable& expected, const ValueTable& measured,
     std::sort(mResult.mSeries.begin(), mResult.mSeries.end(),
               [](const auto& a, const auto& b) { return a.mKey < b.mKey; });
     mResult.mVerdict = worstOf(mResult.mSeries);
-    mResult.mBeginUtcNs = beginOf(expected);
+    if (mReference) {
+        mResult.mBeginUtcNs = mReference->mBeginNs;
+    }
     mResult.mWorst = mWorst.take();
     findUnexpected();
     mResult.mFindings = lostValues(mResult.mSeries);
@@ -249,8 +241,9 @@ Matching Assessment::Work::matchingOf(const SeriesKey& key) const
     if (measured == nullptr) {
         return matchInTime(*expected, {}, mToleranceNs);
     }
-    return matchInTime(*expected, mOptions.mIsPart ? partOf(*measured, *expected) : *measured,
-                       mToleranceNs);
+    return matchInTime(*expected,
+                       mOptions.mIsPart ? partOf(*measured, *expected, mToleranceNs) : *measured,
+                       mToleranceNs, mReference);
 }
 
 void Assessment::Work::assessSeries(const SeriesKey& key)

@@ -19,8 +19,12 @@ void list(std::vector<qint64>& times, qint64 utcNs)
 class Matcher
 {
 public:
-    Matcher(const Series& expected, const Series& measured, qint64 toleranceNs)
-        : mExpected(expected.mSamples), mMeasured(measured.mSamples), mToleranceNs(toleranceNs)
+    Matcher(const Series& expected, const Series& measured, qint64 toleranceNs,
+            const std::optional<TimeRange>& reference)
+        : mExpected(expected.mSamples),
+          mMeasured(measured.mSamples),
+          mToleranceNs(toleranceNs),
+          mReference(reference)
     {
         mResult.mCounts.mExpected = mExpected.size();
         mResult.mCounts.mOutOfOrder = measured.mOutOfOrder;
@@ -35,13 +39,14 @@ private:
     {
         return mMeasured[measured].mUtcNs - mExpected[mNext].mUtcNs;
     }
-    bool isInGap() const;
+    bool isInGap(size_t measured) const;
     void takeAdditional(size_t measured);
     void takeNext();
 
     const std::vector<Sample>& mExpected;
     const std::vector<Sample>& mMeasured;
     const qint64 mToleranceNs;
+    const std::optional<TimeRange>& mReference;
     qint64 mWindowNs = 0;
     Matching mResult;
     double mDistances = 0.0; ///< their sum
@@ -96,17 +101,27 @@ void Matcher::takeNext()
     mResult.mPairs.push_back({utcNs, mExpected[mNext].mValue, mMeasured[best].mValue});
 }
 
-/** Whether the next expected value comes late, as a percentage after an interruption. */
-bool Matcher::isInGap() const
+/**
+ * Whether the expected values around it are far apart, as percentages around an interruption. A
+ * single expected value has no interval, so that nothing is far from it.
+ */
+bool Matcher::isInGap(size_t measured) const
 {
-    const bool isBetween = mNext > 0 && mNext < mExpected.size();
-    return isBetween && mExpected[mNext].mUtcNs - mExpected[mNext - 1].mUtcNs >
-                            mResult.mSpacingNs + mResult.mSpacingNs / 2;
+    const bool isFirst = mNext == 0;
+    const bool isLast = mNext == mExpected.size();
+    const qint64 utcNs = mMeasured[measured].mUtcNs;
+    if (mResult.mSpacingNs == 0 || ((isFirst || isLast) && !mReference) ||
+        (isFirst && utcNs < mReference->mBeginNs) || (isLast && utcNs > mReference->mEndNs)) {
+        return false;
+    }
+    const qint64 begin = isFirst ? mReference->mBeginNs : mExpected[mNext - 1].mUtcNs;
+    const qint64 end = isLast ? mReference->mEndNs : mExpected[mNext].mUtcNs;
+    return end - begin > mResult.mSpacingNs + mResult.mSpacingNs / 2;
 }
 
 void Matcher::takeAdditional(size_t measured)
 {
-    if (isInGap()) {
+    if (isInGap(measured)) {
         ++mResult.mCounts.mInGaps;
         return;
     }
@@ -130,9 +145,10 @@ qint64 spacingOf(const std::vector<Sample>& samples)
     return *middle;
 }
 
-Matching matchInTime(const Series& expected, const Series& measured, qint64 toleranceNs)
+Matching matchInTime(const Series& expected, const Series& measured, qint64 toleranceNs,
+                     const std::optional<TimeRange>& reference)
 {
-    return Matcher(expected, measured, toleranceNs).match();
+    return Matcher(expected, measured, toleranceNs, reference).match();
 }
 
 } // namespace assess

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "assess/ValueTable.h"
@@ -20,7 +21,7 @@ struct MatchCounts
     size_t mExpected = 0;
     size_t mMissing = 0;    ///< expected without a measured one
     size_t mAdditional = 0; ///< measured without an expected one
-    size_t mInGaps = 0;     ///< measured in a gap of the expected ones: there is no reference
+    size_t mInGaps = 0;     ///< measured while the reference has no value
     size_t mLate = 0;       ///< with a time stamp later by more than the tolerance
     size_t mEarly = 0;
     size_t mDoubled = 0;    ///< a further measured value for the same expected one
@@ -50,8 +51,11 @@ qint64 spacingOf(const std::vector<Sample>& samples);
  * 1.5 times their usual interval, measured ones in between are in a gap.
  *
  * @param toleranceNs of time stamps: a matched value farther away is late or early
+ * @param reference of all expected series: if this one begins later or ends earlier by more than
+ *        1.5 times its interval, there is a gap, too
  * Requires: both series are sorted.
  */
-Matching matchInTime(const Series& expected, const Series& measured, qint64 toleranceNs);
+Matching matchInTime(const Series& expected, const Series& measured, qint64 toleranceNs,
+                     const std::optional<TimeRange>& reference = std::nullopt);
 
 } // namespace assess

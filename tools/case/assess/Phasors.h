@@ -20,7 +20,10 @@ using ComputedSeries = std::map<SeriesKey, Matching>;
 void addVectorErrors(const ValueTable& expected, const ValueTable& measured, qint64 toleranceNs,
                      bool isPart, ComputedSeries& computed);
 
-/** The samples of a series from a while before the expected ones to a while after them. */
-Series partOf(const Series& measured, const Series& expected);
+/**
+ * The samples of a series from half an interval before the expected ones to half an interval after
+ * them; as matchInTime(), within the tolerance if only one is expected.
+ */
+Series partOf(const Series& measured, const Series& expected, qint64 toleranceNs);
 
 } // namespace assess

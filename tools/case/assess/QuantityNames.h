@@ -25,7 +25,7 @@ inline constexpr char kPositiveAngle[] = "positive-sequence-angle";
 inline constexpr char kPhasorHz[] = "frequency-pmu";
 inline constexpr char kRocof[] = "rocof";
 
-/** Shows that events were looked for, and their number; not compared. */
+/** Shows that events were looked for, and their number. */
 inline constexpr char kEventCount[] = "event-count";
 
 /** The first word in the rows of an event: "dip" for "dip-residual", "dip-duration". */

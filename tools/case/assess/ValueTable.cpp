@@ -18,6 +18,21 @@ const Series* ValueTable::find(const SeriesKey& key) const
     return found == mSeries.end() ? nullptr : &found->second;
 }
 
+std::optional<TimeRange> ValueTable::range() const
+{
+    std::optional<TimeRange> range;
+    for (const auto& [key, values] : mSeries) {
+        if (!values.mSamples.empty()) {
+            const qint64 first = values.mSamples.front().mUtcNs;
+            const qint64 last = values.mSamples.back().mUtcNs;
+            range = range
+                        ? TimeRange{std::min(range->mBeginNs, first), std::max(range->mEndNs, last)}
+                        : TimeRange{first, last};
+        }
+    }
+    return range;
+}
+
 void ValueTable::sort()
 {
     const auto isEarlier = [](const Sample& a, const Sample& b) { return a.mUtcNs < b.mUtcNs; };

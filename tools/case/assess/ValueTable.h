@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 #include <map>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -46,6 +47,13 @@ struct Series
     void add(const Sample& sample);
 };
 
+/** From the first to the last of some values. */
+struct TimeRange
+{
+    qint64 mBeginNs = 0;
+    qint64 mEndNs = 0;
+};
+
 /** The values of a file, 16 bytes each. */
 class ValueTable
 {
@@ -57,6 +65,9 @@ public:
     const Series* find(const SeriesKey& key) const;
 
     const std::map<SeriesKey, Series>& all() const { return mSeries; }
+
+    /** Of all values; nothing without any. Requires: sort() was called. */
+    std::optional<TimeRange> range() const;
 
     /** Sorts each series by time. To be called once all values are there. */
     void sort();
