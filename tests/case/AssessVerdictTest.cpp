@@ -101,6 +101,19 @@ TEST(VerdictTest, ValuesInAGapOfTheExpectedOnesAreNotJudged)
               "ones");
     measured.push_back({70, 230.0});
     EXPECT_EQ(verdictOn(expected, tableOf(measured)).mVerdict, Verdict::Incomplete) << "at the end";
+    for (const auto& [tenths, verdict] : {std::pair(74, Verdict::Incomplete),
+                                          {76, Verdict::Within},
+                                          {-14, Verdict::Incomplete},
+                                          {-16, Verdict::Within}}) {
+        ValueTable longer = expected; // with a series that goes on, or that began before
+        longer.series({"rms", "UB"}).add({kFirst + tenths * kTenth, 230.0});
+        ValueTable device = longer;
+        device.series({"rms", "UA"}).add({kFirst + (tenths < 0 ? -10 : 70) * kTenth, 0.0});
+        device.sort();
+        EXPECT_EQ(verdictOn(longer, device).mVerdict, verdict) << tenths;
+        device.series({"rms", "UB"}).add({kFirst + (tenths < 0 ? -1 : 1) * 10 * kTenth, 230.0});
+        EXPECT_FALSE(verdictOn(longer, device).isGood()) << "a single value has no interval";
+    }
 }
 
 /** The worst ten, by the part of the limit that each takes, the worst first. */
@@ -134,6 +147,10 @@ TEST(VerdictTest, NoWindowWithAnEventIsJudged)
         const std::string duration = name.substr(0, name.rfind('-')) + "-duration";
         table.series({kind, "U"}).add({kFirst + 40 * kTenth, 100.0});
         table.series({duration, "U"}).add({kFirst + 40 * kTenth, 0.3});
+        ValueTable unfinished = table; // at the end of the signal
+        unfinished.series({duration, "U"}).mSamples.clear();
+        const auto open = verdictOn(unfinished, unfinished, std::string(kLimits) + "after = 0\n");
+        EXPECT_THAT(assess::verdictText(open), testing::StartsWith("good: 20 values")) << kind;
         const std::string limits = std::string(kLimits) + "after = 0\n[[limit]]\nquantity = '" +
                                    duration + "'\nabsolute = 1\nfrom = 1\n";
         const auto result = verdictOn(table, table, limits);

@@ -76,17 +76,21 @@ std::string eventName(const SeriesKey& key)
 std::vector<std::string> lostValues(const std::vector<SeriesResult>& series)
 {
     ByTime missing;
+    ByTime additional;
     ByTime doubled;
     ByTime missingEvents;
     ByTime additionalEvents;
+    ByTime doubledEvents;
     Names sentences;
     for (const SeriesResult& it : series) {
         const auto kind = eventKindOf(it.mKey.mQuantity);
         if (kind && it.mKey.mQuantity == startOf(*kind)) {
             addTimes(it.mMissing, eventName(it.mKey), missingEvents);
             addTimes(it.mAdditional, eventName(it.mKey), additionalEvents);
+            addTimes(it.mDoubled, eventName(it.mKey), doubledEvents);
         } else if (!kind && it.mCompared > 0 && !isComputed(it.mKey.mQuantity)) {
             addTimes(it.mMissing, nameOf(it.mKey), missing);
+            addTimes(it.mAdditional, nameOf(it.mKey), additional);
             addTimes(it.mDoubled, nameOf(it.mKey), doubled);
         }
         if (it.mCounts.mOutOfOrder > 0) {
@@ -96,7 +100,9 @@ std::vector<std::string> lostValues(const std::vector<SeriesResult>& series)
     }
     addRuns("missing event", missingEvents, sentences);
     addRuns("additional event", additionalEvents, sentences);
+    addRuns("doubled event", doubledEvents, sentences);
     addRuns("lost", missing, sentences);
+    addRuns("additional", additional, sentences);
     addRuns("doubled", doubled, sentences);
     if (sentences.size() > kMaxSentences) {
         const size_t more = sentences.size() - kMaxSentences;

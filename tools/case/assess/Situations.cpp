@@ -46,6 +46,21 @@ Extremes extremesOf(const std::vector<Sample>& samples, qint64 beginNs, qint64 e
     return extremes;
 }
 
+/** An event without a duration lasts beyond the end of the signal. */
+qint64 durationNs(const std::vector<Sample>* durations, qint64 beginNs)
+{
+    double seconds = kMaxEventSeconds;
+    if (durations != nullptr) {
+        const auto isEarlier = [](const Sample& it, qint64 ns) { return it.mUtcNs < ns; };
+        const auto found =
+            std::lower_bound(durations->begin(), durations->end(), beginNs, isEarlier);
+        if (found != durations->end() && found->mUtcNs == beginNs) {
+            seconds = std::clamp(found->mValue, 0.0, kMaxEventSeconds);
+        }
+    }
+    return std::llround(seconds * base::kNanosecondsPerSecond);
+}
+
 /** A magnitude that represents all phases. */
 const std::vector<Sample>* magnitudesOf(const ValueTable& expected)
 {
@@ -82,13 +97,13 @@ void Situations::addEvents(const ValueTable& expected)
 {
     for (const auto& [key, series] : expected.all()) {
         const auto kind = eventKindOf(key.mQuantity);
-        if (!kind || key.mQuantity != *kind + "-duration") {
+        if (!kind) {
             continue;
         }
+        const auto* const durations = samplesOf(expected, {*kind + "-duration", key.mChannel});
         for (const Sample& event : series.mSamples) {
-            const double seconds = std::clamp(event.mValue, 0.0, kMaxEventSeconds);
-            const auto ns = std::llround(seconds * base::kNanosecondsPerSecond);
-            mIntervals.push_back({event.mUtcNs, event.mUtcNs + ns});
+            mIntervals.push_back(
+                {event.mUtcNs, event.mUtcNs + durationNs(durations, event.mUtcNs)});
         }
     }
 }
