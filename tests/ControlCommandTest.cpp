@@ -55,7 +55,7 @@ protected:
         return played;
     }
 
-    /** Waits for a second of which no more than a command can save; the ns that passed. */
+    /** Waits for up to 1 s, which only a command can shorten; the ns that passed. */
     qint64 waitInVain()
     {
         const qint64 before = toNanoseconds(mSystem.mMonotonic);
@@ -103,7 +103,7 @@ TEST_F(ControlCommandTest, UnusableFifoTakesNoCommand)
     expectNoCommand(kMissing);
     EXPECT_FALSE(std::filesystem::exists("/etc/vx/nowhere"));
     TestDevice::makeDirectory(kControlFifoPath);
-    expectNoCommand({}); // there, but does not open
+    expectNoCommand({}); // exists, but does not open
 }
 
 TEST_F(ControlCommandTest, LinesTakenByAnotherReaderAreNotExecuted)

@@ -23,7 +23,7 @@ QString lineWith(int column, const std::string& text)
 class InputValuesTest : public testing::Test
 {
 protected:
-    /** Parses a line of its own and gives its item; null when there is none. */
+    /** Parses a line of a new object and returns its item; null if there is none. */
     const InputValueItem* parse(const QString& line)
     {
         mValues = InputValues();
@@ -75,7 +75,7 @@ TEST_F(InputValuesTest, RejectsFieldsWithTheirMessage)
     EXPECT_EQ(parse(QStringLiteral(";;7;2;50;1;2;3;4;5;6;7;8;")), nullptr);
     EXPECT_EQ(mLog.take(), Lines{"ERROR :0: Wrong number of parameter. Expected: 13, found 14: "
                                  ";;7;2;50;1;2;3;4;5;6;7;8;"});
-    parse(QString(100'000, QLatin1Char('x'))); // is quoted by its beginning
+    parse(QString(100'000, QLatin1Char('x'))); // quoted by its beginning
     EXPECT_THAT(mLog.take(), testing::ElementsAre(testing::EndsWith(
                                  "found 1: " + std::string(64 * 1024 + 1, 'x') + "...")));
 }

@@ -13,7 +13,7 @@ using Times = std::vector<qint64>;
 constexpr qint64 kRound = 11 * kBlockOf50Hz; ///< what is played from pacing to pacing
 constexpr qint64 kDay = 86'400 * kSecond;
 
-/** The pacing countdown starts with the process, so its first block paces. */
+/** The pacing countdown starts with the process, so the first block is paced. */
 class PacingTest : public WriterFixture
 {
 protected:
@@ -27,7 +27,9 @@ protected:
         }
     }
 
-    /** Plays to the next pacing; the time stamp in the side record, which is the last sample's. */
+    /**
+     * Plays to the next pacing; returns the time stamp in the side record, that of the last sample.
+     */
     qint64 playRound()
     {
         playBlocks(11);
@@ -35,7 +37,7 @@ protected:
         return words.at(0) * kSecond + words.at(1);
     }
 
-    /** Plays a block that paces, with that lead of its last sample; the sleeps it makes. */
+    /** Plays a paced block with this lead of its last sample; returns its sleeps. */
     Times paceWithLead(qint64 nanoseconds)
     {
         while (mPacingCountdown-- > 0) {
@@ -61,7 +63,7 @@ TEST_F(PacingTest, FirstBlockAndThenEveryEleventhPaces)
         playBlocks();
         EXPECT_EQ(mSystem.mSleeps.size() - before, i % 11 == 0 ? 1U : 0U) << i;
     }
-    // In whole µs rounded down; what is left over counts in the next one.
+    // In whole µs, rounded down; the rest counts in the next sleep.
     EXPECT_EQ(mSystem.mSleeps, (Times{19'999'000, 219'998'000, 219'998'000, 219'998'000}));
 }
 
@@ -108,7 +110,7 @@ TEST_F(PacingTest, StreamIsInStepAgainAfterAClockJump)
     playBlocks();
     for (const Jump& it :
          {Jump{10 * kSecond, 0, 0, 50}, Jump{kDay, 1, 0, 1},
-          // It waits for the wall clock; beyond a minute the stamps go back and forward again.
+          // It waits for the wall clock; beyond a minute the stamps jump back, and forward again.
           Jump{-10 * kSecond, 0, 10 * kSecond, 1}, Jump{-61 * kSecond, 2, 61 * kSecond, 2},
           Jump{-kDay, 2, kDay, 2}}) {
         SCOPED_TRACE(it.mJump);
@@ -189,7 +191,7 @@ TEST_F(PacingTest, F2hRecordCarriesTheLastTenSecondMark)
     }
     EXPECT_EQ(f2h(), (std::vector<quint32>{1'666'666, kMark, 0, 1'800'000}));
 
-    // A clock set back passes the same mark again, which is not a new one.
+    // A clock that was set back passes the same mark again; that is not a new one.
     mSystem.mRealtime = {kMark - 1, 900'000'000};
     startWriter();
     playBlocks(22);

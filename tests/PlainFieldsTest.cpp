@@ -23,7 +23,7 @@ std::string lineWithField(size_t column, const std::string& text)
     return line;
 }
 
-/** All in one file; when that differs, each alone shows which it is. */
+/** All in one file; if that differs, each line alone shows which one it is. */
 void expectNoDifference(const Words& lines)
 {
     std::string bytes;
@@ -39,7 +39,7 @@ void expectNoDifference(const Words& lines)
     }
 }
 
-/** Numbers and texts at the limits of both ways, for every column; "|" between them. */
+/** Numbers and texts at the limits of both paths, for every column, separated by "|". */
 const std::string kEdges =
     "|0|-0|+0|00|007|-007|1|-1|+1|--1|-|+| | 1|1 |1 2|\t1|1\r|\r1|1\r2|#|1#|#1|a|/|:|\x7F|\x01"
     "|99999999|100000000|123456789|12345678\xFF|1234567:|1234567/|1/2|1:2|1,5|1'000|1_000|0x10"
@@ -78,7 +78,7 @@ TEST(PlainFieldsTest, TakesTheLinesOfRealFiles)
     }
 }
 
-/** Floats are where two conversions could round differently. */
+/** Two conversions of floats could round differently. */
 TEST(PlainFieldsTest, RoundsFrequenciesLikeTheGeneralPath)
 {
     std::mt19937 random = seededRandom();

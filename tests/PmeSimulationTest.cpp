@@ -17,7 +17,7 @@ constexpr size_t kFrameBytes = 56876;
 constexpr size_t kFirstRowOffset = 8476;
 constexpr size_t kRowBytes = 484;
 
-/** A record that carries a mark of old, and whether it is to be marked. */
+/** A record that already has a mark, and whether it is to be marked. */
 struct Sample
 {
     SampleRecord mRecord;
@@ -30,7 +30,7 @@ Sample at(quint32 seconds, quint32 nanoseconds, bool marked = false)
 }
 
 const std::vector<Sample> kSequences[] = {
-    // The first beyond the point, the seconds not looked at.
+    // The first record beyond the mark point, whatever its second.
     {at(1, 0), at(1, 5'000'000), at(2, 1'000'000), at(2, 13'000'000, true), at(2, 14'000'000),
      at(2, 15'000'000, true)},
     // The point itself is not beyond it.

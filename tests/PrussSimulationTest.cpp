@@ -41,7 +41,7 @@ TEST_F(PrussSimulationTest, FirstUnusableFileIsReported)
             mLog.takeFrom("PrussSimulation source/PrussSimulation.cpp PrussSimulation::openFile"),
             Lines{"FATAL openFile : Das Device '" + path + "' " + problem});
     };
-    // They are opened in this order, so each is the first that is at fault.
+    // They are opened in this order, so each is the first faulty one.
     std::vector<std::string> paths = TestDevice::driverPaths();
     std::reverse(paths.begin(), paths.end());
     for (const std::string& path : paths) {
@@ -64,7 +64,7 @@ TEST_F(PrussSimulationTest, TimeSpentOpeningDoesNotCount)
     EXPECT_EQ(lastStamp(), opened + kStepOf50Hz);
 }
 
-/** As it is described: the product's own structure could hide that two members are swapped. */
+/** By the description: the product's own structure could hide two swapped members. */
 TEST_F(PrussSimulationTest, RecordHasTheLayoutThatTheDriverReads)
 {
     mSystem.mRealtime = {1'700'000'000, 0};
@@ -119,7 +119,7 @@ TEST_F(PrussSimulationTest, ComputesStepAndPeriodInSinglePrecision)
 
 TEST_F(PrussSimulationTest, RefusesFrequenciesOutsideTheDesignOncePerEntry)
 {
-    // Frequency, how the message shows it if there is one, frequency and step in force.
+    // Frequency, its text in the message if there is one, current frequency and step.
     const std::tuple<const char*, const char*, const char*, qint64> kSteps[] = {
         {"nan", "nan", "50", kStepOf50Hz}, {"0", "0", "50", kStepOf50Hz},
         {"60", nullptr, "60", 46'296},     {"-50", "-50", "60", 46'296},
@@ -153,7 +153,7 @@ TEST_F(PrussSimulationTest, FailingBlockIsConsumedAndCostsNoPacing)
     mSystem.mFaultyFile = kSampleBufferPath;
     for (const Lines& messages : {Lines{"ERROR error writing file /dev/adc-in"}, Lines{}}) {
         mSystem.mWriteFault = EIO;
-        mLog.mFull = messages.empty(); // a report that fails does not make the block a written one
+        mLog.mFull = messages.empty(); // the block is not written, even if the report fails
         EXPECT_EQ(mWriter->writeSamples(values), -1);
         EXPECT_EQ(mLog.take(), messages);
     }

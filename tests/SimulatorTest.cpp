@@ -6,8 +6,8 @@
 
 namespace {
 /**
- * With the value files a, b and c of one sample, whose auxiliary word is the letter, and e without
- * a sample.
+ * Has the value files a, b and c with one sample each, whose auxiliary word is the letter, and e
+ * without samples.
  */
 class SimulatorTest : public SimulatorFixture
 {
@@ -20,7 +20,7 @@ protected:
         writeFile("e", "# nothing\n");
     }
 
-    /** The letters of the samples that have arrived, in their order. */
+    /** The letters of the samples that arrived, in order. */
     static std::string played()
     {
         std::string letters;
@@ -30,7 +30,10 @@ protected:
         return letters;
     }
 
-    /** Plays until so many samples have arrived; sends each command when its number has. */
+    /**
+     * Plays until this number of samples has arrived; sends each command after its number of
+     * samples.
+     */
     void run(const std::string& config, size_t samples, std::map<size_t, std::string> commands)
     {
         mSystem.mOnPoll = [samples, commands]() mutable {
@@ -136,7 +139,7 @@ TEST_F(SimulatorTest, PlaysInOrder)
     const Play kPlays[] = {
         {"0,1,a\n1,1,b\n1,2,c\n-1,1,\n", {}, "bccbcc"},
         {"0,3,e\n0,1,a\n0,2,e\n0,1,b\n", {}, "ababab"},        // e has no sample
-        {"0,3,e\n0,1,a\n1,1,c\n", {{0, "x\nx\ns1\n"}}, "caa"}, // but each play a look for a command
+        {"0,3,e\n0,1,a\n1,1,c\n", {{0, "x\nx\ns1\n"}}, "caa"}, // but each play checks for a command
         {"0,2,e\n0,1,a\n1,1,c\n", {{0, "x\nx\ns1\n"}}, "aca"},
         {kThree, {{1, "s1\n2\n"}}, "acbbbbbb"},
         {kThree, {{1, "s1\n"}, {2, "s2\n"}}, "acbbbaab"},

@@ -30,7 +30,7 @@ const std::vector<Case> kCases = {{360, "50", 55'555, 2'000'000},
                                   {361, "60", 46'296, 1'666'666},
                                   {1, "45", 61'728, 2'222'222}};
 
-/** What should be playing, from the rules for commands alone. */
+/** A model of what should be playing, made from the rules for commands alone. */
 struct PlayModel
 {
     static constexpr char kConfiguration[] =
@@ -61,7 +61,7 @@ struct PlayModel
     }
 };
 
-/** Time stamps and the f2h record, from the rules for the sample writer alone. */
+/** A model of time stamps and f2h record, made from the rules for the sample writer alone. */
 struct WriterModel
 {
     qint64 mStamp;
@@ -86,7 +86,7 @@ struct WriterModel
 class SoakTest : public SimulatorFixture
 {
 protected:
-    /** The records that have arrived since the last call. They make room for the next. */
+    /** The records that arrived since the last call; they are removed from the buffer. */
     std::vector<SampleRecord> takeRecords()
     {
         const off_t end = lseek(mBuffer, 0, SEEK_END);
@@ -96,7 +96,7 @@ protected:
             EXPECT_EQ(pread(mBuffer, records.data(), static_cast<size_t>(end - mSeen), mSeen),
                       end - mSeen);
             mSeen = end;
-            EXPECT_EQ(ftruncate(mBuffer, 0), 0); // the program goes on at its own offset
+            EXPECT_EQ(ftruncate(mBuffer, 0), 0); // the program continues at its own offset
         }
         return records;
     }
@@ -124,7 +124,7 @@ protected:
         ++mCasesPlayed;
     }
 
-    /** Sends up to two lines now and then; the next line that the program takes, if any. */
+    /** Sends up to two lines at random; returns the next line that the program takes, if any. */
     std::string command()
     {
         const char* const lines[] = {"0", "1", "2", "s0", "s1", "s2", "x", "7"};

@@ -2,7 +2,7 @@
 
 #include <clocale>
 
-/** The log texts and file names are outside ASCII; the C locale could not tell them. */
+/** Log texts and file names are not ASCII, which the C locale cannot represent. */
 int main(int argc, char** argv)
 {
     if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) {

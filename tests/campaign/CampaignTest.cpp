@@ -67,7 +67,7 @@ TEST_F(CampaignTest, LostBlockFailsItsCaseOnly)
     EXPECT_THAT(mRunner.readFile("night/junit.xml"), HasSubstr("<failure "));
 }
 
-/** What cannot be played is refused before a folder is made. */
+/** Refused before a folder is created. */
 TEST_F(CampaignTest, RejectsWhatCannotBePlayed)
 {
     mRunner.writeFile("file", "");
@@ -97,7 +97,7 @@ TEST_F(CampaignTest, RejectsWhatCannotBePlayed)
     EXPECT_NE(mRunner.run({"ls", "night"}).mExitCode, 0);
 }
 
-/** What is expected of a play is measured, and good when it is what a device measured. */
+/** Expected values are measured, and a device that measured the same is good. */
 TEST_F(CampaignTest, MeasuredValuesAreJudged)
 {
     mRunner.writeFile("dip.toml",
@@ -127,7 +127,7 @@ TEST_F(CampaignTest, MeasuredValuesAreJudged)
     EXPECT_THAT(unsafe.mErrors, HasSubstr("would overwrite the measured values"));
 }
 
-/** Files of the user's that have the name of one of ours. */
+/** Files of the user with the name of an output. */
 TEST_F(CampaignTest, UserFilesAreNotOverwritten)
 {
     ASSERT_EQ(mRunner.run({"mkdir", "night"}).mExitCode, 0);

@@ -14,7 +14,7 @@ class DeviceNightTest : public NightFixture
 };
 } // namespace
 
-/** On a device nothing has passed: it was commanded and answered, or it has failed. */
+/** On a device no play passes: it was commanded and answered, or it failed. */
 TEST_F(DeviceNightTest, DeviceIsCommandedAndNotObserved)
 {
     struct AnsweringDevice : run::Device

@@ -159,7 +159,7 @@ TEST_F(ExpectedTest, NightWithoutUsableExpectedValuesIsNotGood)
                 HasSubstr("there is no expected/dip-1.csv"));
 }
 
-/** It is of the journal that was judged, and of no later one. */
+/** It belongs to the judged journal, and to no later one. */
 TEST_F(ExpectedTest, ReportFindsTheAssessment)
 {
     report::NightAssessment assessment;
@@ -181,7 +181,8 @@ TEST_F(ExpectedTest, ReportFindsTheAssessment)
     EXPECT_THAT(later.mAssessmentProblem, HasSubstr("was changed since judge wrote it"));
 }
 
-/** A recording stays until it is measured; one that lacks a sample of the play is not. */
+/** A recording is kept until it is measured. One without all samples of the play is not measured.
+ */
 TEST_F(ExpectedTest, UnmeasuredPlaysAreReported)
 {
     const std::vector<PlayVerdict> verdicts = {kPlayPassed, kPlayPassed};

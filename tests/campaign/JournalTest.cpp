@@ -58,7 +58,7 @@ TEST(JournalTest, EveryStepReadsBackAsWritten)
     }
 }
 
-/** Nothing is converted so that it fits. */
+/** Nothing is converted to fit. */
 TEST(JournalTest, RejectsInvalidStepsWithTheirField)
 {
     const std::pair<const char*, const char*> rows[] = {
@@ -101,14 +101,14 @@ TEST(JournalTest, CutJournalIsReadUpToTheCut)
     std::vector<size_t> ends;
     {
         JournalWriter writer(path, 0, 0);
-        EXPECT_THROW(JournalWriter(path, 0, 0), base::CaseError); // one at a time
+        EXPECT_THROW(JournalWriter(path, 0, 0), base::CaseError); // one writer at a time
         for (const Step& step : steps) {
             writer.append({5, step});
             ends.push_back(readFile(path).size());
         }
     }
     const std::string whole = readFile(path);
-    EXPECT_THROW(JournalWriter(path, 0, 0), base::CaseError); // another one's night
+    EXPECT_THROW(JournalWriter(path, 0, 0), base::CaseError); // a night of another process
     EXPECT_EQ(readFile(path), whole);
     for (size_t cut = 0; cut <= whole.size(); ++cut) {
         writeFile(path, whole.substr(0, cut));
@@ -117,7 +117,7 @@ TEST(JournalTest, CutJournalIsReadUpToTheCut)
             std::count_if(ends.begin(), ends.end(), [cut](size_t end) { return end <= cut; }));
         ASSERT_EQ(journal.mEntries.size(), count) << cut;
         EXPECT_EQ(journal.night() != nullptr, count > 0);
-        if (cut % 40 != 0) { // each flush to the disk takes its time
+        if (cut % 40 != 0) { // flushing to the disk is slow
             continue;
         }
         JournalWriter(path, journal.mWholeBytes, cut).append({6, Resumed{}});

@@ -10,7 +10,7 @@
 #include "SeededRandom.h"
 #include "SimulatedDesk.h"
 
-/** What a night left, in short: "p" and "f" a play, then how it ended. */
+/** The result of a night in short form: "p" or "f" for each play, then how it ended. */
 inline std::string verdictsOf(const MemoryJournal& journal)
 {
     std::string text;
@@ -68,7 +68,7 @@ protected:
         return it;
     }
 
-    /** Three cases, of which one begins like the steady signal and one is repeated; six plays. */
+    /** Three cases, one of which begins like the steady signal, and one is repeated; six plays. */
     SimulatedNight sixPlays()
     {
         std::vector<SimulatedCase> cases = {steady()};

@@ -11,7 +11,10 @@ class NightResumeTest : public NightFixture
 };
 } // namespace
 
-/** No play is lost and none has two ends, wherever it stops: cut, interrupted or a full disk. */
+/**
+ * No play is lost and none has two ends, wherever the night stops: cut off, interrupted or full
+ * disk.
+ */
 TEST_F(NightResumeTest, ContinuesWithTheUnfinishedPlay)
 {
     const SimulatedNight night = sixPlays();
@@ -50,7 +53,7 @@ TEST_F(NightResumeTest, ContinuesWithTheUnfinishedPlay)
     }
 }
 
-/** What was found before the cut is not forgotten because the play is played again. */
+/** Findings before the cut remain when the play is repeated. */
 TEST_F(NightResumeTest, PlayWithAFindingFailsEvenWhenRepeated)
 {
     const SimulatedNight night = sixPlays();

@@ -107,7 +107,7 @@ TEST_F(NightTest, CleanNightsPass)
     }
 }
 
-/** A play that fails is not; around the others there is nothing but the steady signal. */
+/** A failed play is not recorded. Around the others, only the steady signal is recorded. */
 TEST_F(NightTest, PlayIsRecordedWithTheSteadySignalAroundIt)
 {
     SimulatedNight night = sixPlays();
@@ -161,7 +161,7 @@ TEST_F(NightTest, FaultFailsItsPlayOnly)
     constexpr size_t kLater = 14; // blocks
     for (const BlockFault& fault : kBlockFaults) {
         for (int round = 0; round < 20; ++round) {
-            // What acts only after the last play fails the night and no play.
+            // A fault that acts only after the last play fails the night, but no play.
             const size_t last = fault.mActsLater ? lastOfCases - kLater : lastOfCases;
             const size_t at =
                 fault.mIsWithinCase ? inner[between(0, inner.size() - 1)] : between(1, last);
@@ -193,7 +193,9 @@ TEST_F(NightTest, FaultFailsItsPlayOnly)
     }
 }
 
-/** Refused blocks, some of them in a row, are missing; no play is made up from what is left. */
+/**
+ * Refused blocks, some of them in a row, are missing samples; the rest does not count as a play.
+ */
 TEST_F(NightTest, RefusedBlocksFailTheirPlaysAndSayNothingElse)
 {
     const SimulatedNight night = sixPlays();
@@ -237,7 +239,7 @@ TEST_F(NightTest, ADriverThatRefusesAllBlocksIsNoSilentProgram)
     EXPECT_NE(findings[0].mText.find(" s; the driver refused "), std::string::npos);
 }
 
-/** What fails more than one play, or the night itself. */
+/** Faults that fail more than one play, or the night itself. */
 TEST_F(NightTest, OtherFaultsEndAsExpected)
 {
     const SimulatedNight night = sixPlays();
@@ -355,7 +357,7 @@ TEST_F(NightTest, StallIsInTheJournalDuringThePlay)
     EXPECT_EQ(verdictsOf(journal), "f done");
 }
 
-/** The time left is that of the signal, however long the program takes to load its files. */
+/** The remaining time is that of the signal, however long the program takes to load its files. */
 TEST_F(NightTest, LoadingDoesNotCountAsPlaying)
 {
     const SimulatedNight night = sixPlays();
@@ -374,7 +376,7 @@ TEST_F(NightTest, LoadingDoesNotCountAsPlaying)
     EXPECT_EQ(verdictsOf(journal), "pppppp done") << textOf(journal);
 }
 
-/** Also while the program does not end. */
+/** Even while the program does not end. */
 TEST_F(NightTest, SecondInterruptEndsTheNightAtOnce)
 {
     const SimulatedNight night = sixPlays();

@@ -8,7 +8,7 @@ using testing::ElementsAre;
 
 namespace {
 
-/** What is wrong with the text of "night.toml"; empty when nothing is. */
+/** The mistakes in the text of "night.toml"; empty for none. */
 std::string mistakesOf(const std::string& text)
 {
     try {
@@ -102,7 +102,7 @@ TEST(PlanTest, EveryKindOfSourceIsRead)
     EXPECT_EQ(plan.mCases[3].mSeconds, 720.0);
 }
 
-/** What a file is made by is all in its text: files of equal texts are made once. */
+/** The text of a source describes it completely: sources with equal texts give one file. */
 TEST(PlanTest, SourcesOfDifferentSettingsHaveDifferentTexts)
 {
     const std::string recording = "[[case]]\nrecording = \"a.cfg\"\n";
@@ -233,7 +233,7 @@ TEST(PlanTest, MistakesInAnImportAreReported)
     }
 }
 
-/** A case with a mistake is a case for the groups all the same. */
+/** Groups may name a case with a mistake. */
 TEST(PlanTest, AllMistakesAreReportedAtOnce)
 {
     EXPECT_EQ(mistakesOf("gap = -1\n" + caseWith("times = 0\nseconds = -1") +

@@ -118,7 +118,7 @@ TEST_F(ReportPictureTest, ExpectedSamplesAreKnownAtEveryTimeStamp)
             EXPECT_EQ((*samples[i].mContent)[2], static_cast<quint32>(row.mValues[i]));
         }
     }
-    // Of a play that broke off the rest is expected as well.
+    // The rest of an interrupted play is expected, too.
     PlaySummary shortened = mNight.mPlays[0];
     shortened.mLastStampNs = kFirstNs + 5 * kRecordStepNs;
     const auto rest =
@@ -126,7 +126,7 @@ TEST_F(ReportPictureTest, ExpectedSamplesAreKnownAtEveryTimeStamp)
     ASSERT_EQ(rest.size(), 3U);
     EXPECT_EQ((*rest[1].mContent)[2], 5359U);
     EXPECT_EQ((*rest[2].mContent)[2], 1000U);
-    // Nothing is said of times at which another play may have been in progress.
+    // No expected samples at times at which another play may have been in progress.
     const std::string error = errorOf([this] {
         mExpected.around(mNight, mNight.mPlays[0], kLastNs + 2 * kSecond, kLastNs + 3 * kSecond);
     });

@@ -158,7 +158,7 @@ std::string outcomesOf(const NightSummary& night)
     return letters;
 }
 
-/** How often an element is in a JUnit file, and what the suites say of it. */
+/** Expects the number of an element in a JUnit file, also in the attributes of its suites. */
 void expectCount(const pugi::xml_document& junit, const char* element, const char* attribute,
                  int expected)
 {
@@ -171,7 +171,7 @@ void expectCount(const pugi::xml_document& junit, const char* element, const cha
     EXPECT_EQ(sum, expected) << attribute;
 }
 
-/** Every element that is opened is closed, in order; but for those that have no end. */
+/** Every opened element is closed, in order, except for void elements. */
 void expectBalanced(const std::string& page)
 {
     std::vector<std::string> open;
@@ -193,7 +193,7 @@ void expectBalanced(const std::string& page)
     EXPECT_TRUE(open.empty());
 }
 
-/** So many plays of one case, a second each; each seventh of them fails where that is wanted. */
+/** A night with plays of one case, 1 s each; with failures, each seventh fails. */
 NightSummary longNight(int plays, bool hasFailures)
 {
     journal::NightBegin night;
@@ -325,7 +325,7 @@ TEST(ReportTest, LongNightsStayReadable)
 
 TEST(ReportTest, BarShowsEveryFailure)
 {
-    // Neighbours become one.
+    // Adjacent parts are joined.
     EXPECT_EQ(countOf(nightBar(longNight(2000, false)), "<rect class=\"passed\""), 1U);
 
     const std::string bar = nightBar(longNight(2000, true));

@@ -139,7 +139,7 @@ std::string SimulatedDesk::keep(const std::string& name, const std::vector<Sampl
     return name;
 }
 
-/** The program writes its blocks, and sleeps until the wall clock has come as far. */
+/** The program writes its blocks, and sleeps until the wall clock has caught up. */
 void SimulatedDesk::burst(run::Night& night)
 {
     mEachBurst();
@@ -221,7 +221,7 @@ void SimulatedDesk::deliver(run::Night& night, const Block& block)
     }
 }
 
-/** Takes a command, goes on with the next repetition, or returns to what plays continuously. */
+/** Takes a command, continues with the next repetition, or returns to the continuous case. */
 void SimulatedDesk::endCase()
 {
     const bool isCommanded = mCommanded != 0 && mPosition.mConfiguration == mCommanded;

@@ -14,7 +14,7 @@
 #include "journal/JournalWriter.h"
 #include "run/Night.h"
 
-/** What can be played: configuration 0 is the steady signal. */
+/** A case that can be played; configuration 0 is the steady signal. */
 struct SimulatedCase
 {
     std::vector<SampleRecord> mSamples; ///< without time stamps
@@ -57,9 +57,9 @@ struct Block
 };
 
 /**
- * A desk on a virtual clock, with a small player of its own in place of the program: it plays the
- * cases, takes commands at the end of a case, paces itself by eleven blocks, and tells of it as the
- * sandbox does. It knows nothing of how a night is judged.
+ * A desk on a virtual clock, with a simple player instead of the program: it plays the cases, takes
+ * commands at the end of a case, paces itself by eleven blocks, and reports events like the
+ * sandbox. It does not know how a night is judged.
  */
 class SimulatedDesk : public run::Desk
 {
@@ -71,7 +71,7 @@ public:
 
     run::Moment now() const { return mNow; }
 
-    /** Plays of cases that the player has begun and ended, as far as the night asked for them. */
+    /** Number of commanded plays that the player has begun and ended. */
     int playsEnded() const { return mPlaysEnded; }
 
     void start(int run) override;
@@ -93,7 +93,7 @@ public:
         }
     }
 
-    /** Commands of somebody else. */
+    /** Sends a command of another program. */
     void sendForeign(const std::string& command) { mFifo.push_back(command); }
 
     std::function<void(Block*)> mFault = [](Block*) {}; ///< called for each block
@@ -141,7 +141,7 @@ private:
     std::optional<Block> mHeldBack;
 };
 
-/** The files of a plan, and what the night is told of them. */
+/** The files of a plan, and the night's description of them. */
 struct SimulatedNight
 {
     static constexpr qint64 kStepNs = 5'555'555; ///< at 0.5 Hz: eight hours are few samples
@@ -155,5 +155,5 @@ struct SimulatedNight
     std::unique_ptr<explain::PlayPlan> mPlan;
 };
 
-/** Samples that no other case has. */
+/** Samples that occur in no other case. */
 std::vector<SampleRecord> randomSamples(std::mt19937& random, size_t count);

@@ -23,7 +23,7 @@ protected:
         return makeStage(plan, mFiles.path("night"));
     }
 
-    /** What is wrong; the folder of the test is left out of it. */
+    /** The mistakes, without the folder of the test. */
     std::string mistakesOf(const std::string& text) const
     {
         try {
@@ -115,7 +115,7 @@ set = { seconds = 0.5 }
               6 * (1'500'000'000LL + 360 * 55'555) + (4 * 30 + 60) * 360LL * 46'296);
 }
 
-/** The very lines that vx-case makes. */
+/** Exactly the lines that vx-case makes. */
 TEST_F(StageTest, FilesEqualThoseOfVxCase)
 {
     const std::string states = VX_EXAMPLES "/inrush.toml";
@@ -204,7 +204,7 @@ align = true
     EXPECT_EQ(foundIn("night"), "");
 }
 
-/** What plays in the gaps as well cannot be told from them, however long it is. */
+/** A case that also plays in the gaps cannot be distinguished from them, however long it is. */
 TEST_F(StageTest, RejectsACaseLikeTheSteadySignal)
 {
     const std::string half = oneBlock("50").substr(0, oneBlock("50").size() / 2);
@@ -229,7 +229,7 @@ TEST_F(StageTest, RejectsACaseLikeTheSteadySignal)
     }
 }
 
-/** The same plan makes the same stage, wherever it is; so what is there is kept or refused. */
+/** The same plan makes the same stage in any folder, so an existing one is kept or refused. */
 TEST_F(StageTest, ExistingStageIsCompletedAndNeverOverwritten)
 {
     mFiles.make("mine.csv", oneBlock("50"));
@@ -258,7 +258,7 @@ TEST_F(StageTest, ExistingStageIsCompletedAndNeverOverwritten)
     EXPECT_EQ(readFile(mFiles.path("night/plan.toml")), text);
 }
 
-/** What a user sees; the temporary files of a check go away. */
+/** The user's view; the temporary files of a check are removed. */
 TEST_F(StageTest, CheckPrintsTheTableAndKeepsFilesOnRequest)
 {
     mRunner.writeFile("a.toml",
@@ -300,7 +300,7 @@ TEST_F(StageTest, CheckPrintsTheTableAndKeepsFilesOnRequest)
     EXPECT_THAT(mRunner.readFile("kept/stage/cases.conf"), HasSubstr("1,60,steady-60hz.csv\n"));
 }
 
-/** That is no mistake of the plan. */
+/** It is not a mistake of the plan. */
 TEST_F(StageTest, FullDiskIsAFailure)
 {
     mRunner.writeFile("a.toml", "[[case]]\nsignal = \"steady-60hz\"\n");

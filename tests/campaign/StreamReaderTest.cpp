@@ -27,7 +27,7 @@ run::ArrivedBytes takeAll(run::StreamReader& reader)
         all.mEvents += next.mEvents;
         all.mRecords += next.mRecords;
         all.mHasEnded = next.mHasEnded;
-        // Of each event there are as many bytes as of its records.
+        // Each event has as many bytes as its records.
         EXPECT_GE(all.mEvents.size(), all.mRecords.size());
     }
     return all;
@@ -39,7 +39,7 @@ TEST(StreamReaderTest, WritersContinueWhileNobodyTakes)
     run::StreamReader reader(std::move(pipes.mEvents.mReadEnd), std::move(pipes.mRecords.mReadEnd));
     constexpr int kBlocks = 2000;
     std::string expected;
-    // Twenty times what both pipes hold: without the reader the second write of these would wait.
+    // Twenty times the capacity of both pipes: without the reader the second write would block.
     for (int i = 0; i < kBlocks; ++i) {
         const std::string block(4096, static_cast<char>('a' + i % 26));
         ASSERT_TRUE(files::writeAll(pipes.mEvents.mWriteEnd.get(), block));
@@ -53,7 +53,7 @@ TEST(StreamReaderTest, WritersContinueWhileNobodyTakes)
     EXPECT_EQ(all.mRecords, expected);
 }
 
-/** A night that is given up waits neither for a quiet sandbox nor for one that floods it. */
+/** A night that gives up waits neither for a silent sandbox nor for one that floods it. */
 TEST(StreamReaderTest, EndsWithItsOwner)
 {
     std::signal(SIGPIPE, SIG_IGN);

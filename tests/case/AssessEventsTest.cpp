@@ -11,7 +11,7 @@ constexpr qint64 kEventsMs = 1'000'000;
 constexpr qint64 kEventsBeginNs = 1'700'000'000'000 * kEventsMs;
 } // namespace
 
-/** Events by their starts in ms; each measured one has the number of the one it is for. */
+/** Events by their starts in ms; each measured one has the number of its expected one. */
 TEST(EventMatchingTest, NearestEventsBelongTogether)
 {
     struct Case
@@ -68,7 +68,7 @@ TEST(EventMatchingTest, NearestEventsBelongTogether)
     }
 }
 
-/** A dip of the device alone, at 5 s: whether it counts follows from the expected values. */
+/** A dip that only the device has, at 5 s: the expected values decide if it counts. */
 TEST(EventMatchingTest, EventsThatWereNotExpectedToBeMeasuredAreNotAdditional)
 {
     struct Case
@@ -113,7 +113,7 @@ TEST(EventMatchingTest, EventsThatWereNotExpectedToBeMeasuredAreNotAdditional)
     }
 }
 
-/** Only where every duration has the same fault. */
+/** Only if every duration has the same error. */
 TEST(EventDiagnosisTest, EndsThatAreOnePeriodEarlyAreNamed)
 {
     struct Case

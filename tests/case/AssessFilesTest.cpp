@@ -68,7 +68,7 @@ TEST(TimeFormatTest, ReadsWhatDevicesWrite)
     }
 }
 
-/** Each names the place in the map, and what was expected there. */
+/** Each message has the position in the map, and what was expected. */
 TEST(MapTest, ReportsErrorsWithTheirPosition)
 {
     struct Case
@@ -117,7 +117,7 @@ TEST(MapTest, ReportsErrorsWithTheirPosition)
     }
 }
 
-/** What a device may write, each with the one value of rms UA that it means. */
+/** Tables that a device may write, each with its one value of rms UA. */
 TEST(MapTest, TablesAreReadAsTheMapSays)
 {
     constexpr qint64 kNs = 1'795'636'800'000 * kMillisecond;
@@ -156,7 +156,7 @@ TEST(MapTest, TablesAreReadAsTheMapSays)
     }
 }
 
-/** Each names file, line and field. */
+/** Each message has file, line and field. */
 TEST(TableTest, ReportsErrorsWithTheirPosition)
 {
     constexpr char kHeading[] = "utc,quantity,channel,value,unit,origin\n";
@@ -195,7 +195,7 @@ TEST(TableTest, ReportsErrorsWithTheirPosition)
     }
 }
 
-/** Each names the place in the file. */
+/** Each message has the position in the file. */
 TEST(LimitFileTest, ReportsErrorsWithTheirPosition)
 {
     struct Case
@@ -237,7 +237,7 @@ TEST(LimitFileTest, ReportsErrorsWithTheirPosition)
     EXPECT_THAT(errorIfAny([] { assess::readLimits("pq-b"); }), HasSubstr("pq-b: no such file"));
 }
 
-/** The command, as its user calls it. */
+/** The command as the user calls it. */
 class JudgeCommandTest : public testing::Test
 {
 protected:
@@ -321,14 +321,14 @@ TEST_F(JudgeCommandTest, VerdictIsInTheFirstLineAndInTheStatus)
     }
 }
 
-/** All results say the same. */
+/** All results agree. */
 TEST_F(JudgeCommandTest, ResultsAgree)
 {
     mRunner.writeFile("gnuplot", "#!/bin/sh\nexec /bin/cat\n");
     mRunner.run({"chmod", "+x", mRunner.path("gnuplot")});
     const std::string command =
         "e.csv d.csv --map map.toml --limits l.toml --junit j.xml --json "
-        "j.json --plot p.svg -o told.txt";
+        "j.json --plot p.svg -o text.txt";
     mRunner.writeFile("l.toml", "tolerance = 0.1\n[[limit]]\nquantity = 'rms'\nabsolute = 0.05\n");
     const CommandResult result =
         mRunner.run(joined({"env", "PATH=.", VX_CASE, "judge"}, split(command)));
@@ -336,7 +336,7 @@ TEST_F(JudgeCommandTest, ResultsAgree)
     EXPECT_EQ(result.mErrors, "remark: fields of the measured file without a value: 1\n");
 
     const std::string verdict = "BAD: 6 of 9 values beyond their limits, 1 missing";
-    EXPECT_THAT(mRunner.readFile("told.txt"), StartsWith("verdict: " + verdict + "\n"));
+    EXPECT_THAT(mRunner.readFile("text.txt"), StartsWith("verdict: " + verdict + "\n"));
     const auto json = nlohmann::json::parse(mRunner.readFile("j.json"));
     EXPECT_EQ(json["verdict"], verdict);
     EXPECT_EQ(json["good"], false);

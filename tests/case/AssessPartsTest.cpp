@@ -38,7 +38,7 @@ std::vector<Sample> every20Ms(int count, const std::function<double(double)>& va
 }
 } // namespace
 
-/** Whatever is lost, doubled or late, and in whatever order: all of it is counted. */
+/** Lost, doubled and late values are all counted, in any order. */
 TEST(MatchingTest, RandomFaultsAreCounted)
 {
     std::mt19937 random = seededRandom();
@@ -93,7 +93,7 @@ TEST(MatchingTest, RandomFaultsAreCounted)
     }
 }
 
-/** A single value has no interval: the tolerance decides. */
+/** A single value has no interval, so the tolerance decides. */
 TEST(MatchingTest, SingleValueIsMatchedWithinTheTolerance)
 {
     for (const auto& [offset, pairs] : {std::pair(0, 1), {10, 1}, {-10, 1}, {11, 0}, {-11, 0}}) {
@@ -108,7 +108,7 @@ TEST(MatchingTest, SingleValueIsMatchedWithinTheTolerance)
     }
 }
 
-/** Where a step is, and that nothing else is one. */
+/** Finds the position of a step, and no other steps. */
 TEST(StepTest, StepsAreDistinguishedFromRampsAndModulation)
 {
     struct Case
@@ -155,7 +155,7 @@ TEST(StepTest, StepsAreDistinguishedFromRampsAndModulation)
     }
 }
 
-/** Whatever its frequency and depth, as far as a reporting rate of 50 can follow it. */
+/** Any frequency and depth that a reporting rate of 50 can follow. */
 TEST(StepTest, ModulationHasNoSteps)
 {
     for (double hertz = 0.1; hertz < 10.0; hertz += 0.1) {
@@ -171,7 +171,7 @@ TEST(StepTest, ModulationHasNoSteps)
     }
 }
 
-/** A time that was written in any format is read as it was. */
+/** A time is read back from any format. */
 TEST(TimeFormatTest, RandomTimesAreReadBack)
 {
     std::mt19937_64 random(seededRandom()());
@@ -220,7 +220,7 @@ TEST(UnitTest, UnitsAreConverted)
     EXPECT_NEAR(*assess::unitFactor("rad", "deg"), 57.295779513, 1e-9);
 }
 
-/** What the built-in tables come to at 230 V and 50 Hz, 50 values a second. */
+/** The limits of the built-in tables at 230 V, 50 Hz and 50 values per second. */
 TEST(LimitsTest, BuiltInTablesHaveTheFiguresOfTheStandards)
 {
     struct Case
@@ -272,7 +272,7 @@ TEST(LimitsTest, BuiltInTablesHaveTheFiguresOfTheStandards)
     }
 }
 
-/** A wave that is measured late, by whole and by broken numbers of intervals. */
+/** A wave that is measured late, by whole and fractional numbers of intervals. */
 TEST(ClockTest, DelaysAreMeasured)
 {
     const auto wave = [](double seconds) {
@@ -287,7 +287,7 @@ TEST(ClockTest, DelaysAreMeasured)
     EXPECT_EQ(assess::delayOf(expected, noise), 0.0);
 }
 
-/** Any time zone and any small number of seconds is named; noise is not. */
+/** Any time zone and any small number of seconds is named; noise is not named. */
 TEST(ClockTest, OffsetsOfTheClockAreNamed)
 {
     assess::ValueTable expected;
@@ -299,19 +299,19 @@ TEST(ClockTest, OffsetsOfTheClockAreNamed)
             sample.mUtcNs += seconds * 1000 * kPartsMs;
             sample.mValue += 0.01 * std::sin(double(sample.mUtcNs % 1'000'003));
         }
-        const auto told = assess::diagnoseClock(expected, measured, kPartsMs);
+        const auto found = assess::diagnoseClock(expected, measured, kPartsMs);
         if (seconds == 0) {
-            EXPECT_THAT(told, IsEmpty());
+            EXPECT_THAT(found, IsEmpty());
         } else {
             const std::string text = std::string("all time stamps are ") +
                                      (seconds > 0 ? "late" : "early") + " by " +
                                      std::to_string(std::abs(seconds)) + " s";
-            EXPECT_THAT(told, ElementsAre(testing::StartsWith(text))) << seconds;
+            EXPECT_THAT(found, ElementsAre(testing::StartsWith(text))) << seconds;
         }
     }
 }
 
-/** What names and texts hold does not harm the file, and the counts are those of the tests. */
+/** Any names and texts give a valid file, and the counts are correct. */
 TEST(JunitTest, AnyTextMakesAValidFile)
 {
     base::JunitFile file;
@@ -341,7 +341,7 @@ TEST(JunitTest, AnyTextMakesAValidFile)
     EXPECT_EQ(other.attribute("errors").as_int(), 1);
 }
 
-/** A constant and a wild series are both drawn, with room around their curves. */
+/** A constant series and a strongly varying one are both drawn with a margin. */
 TEST(AssessmentPictureTest, CurvesFitTheirPanels)
 {
     for (const double wild : {0.0, 50.0}) {

@@ -22,7 +22,7 @@ using assess::Verdict;
 constexpr qint64 kSecond = 1'000'000'000;
 constexpr qint64 kBegin = 1'700'000'000 * kSecond;
 constexpr qint64 kFrame = kSecond / 50;
-constexpr double kHertz = 50.01; // angles turn, and so a delay is known from its size
+constexpr double kHertz = 50.01; // angles rotate, so a delay is visible
 constexpr assess::Nominal kNominal{230.0, 5.0, 50.0};
 
 struct Wave
@@ -34,7 +34,7 @@ struct Wave
 constexpr Wave kWaves[] = {{"UA", 230.0, 0.0}, {"UB", 220.0, -120.0}, {"UC", 240.0, 120.0},
                            {"IA", 5.0, -30.0}, {"IB", 4.0, -150.0},   {"IC", 6.0, 90.0}};
 
-/** From 4 s to 4.3 s the voltage of A has half its size. */
+/** From 4 s to 4.3 s, the voltage of A is at 50 %. */
 bool isInDip(qint64 ns)
 {
     return ns >= kBegin + 4 * kSecond && ns < kBegin + 4 * kSecond + 3 * kSecond / 10;
@@ -45,7 +45,7 @@ double magnitudeAt(const Wave& wave, qint64 ns)
     return wave.mRms * (std::string(wave.mChannel) == "UA" && isInDip(ns) ? 0.5 : 1.0);
 }
 
-/** What 10 s of a slightly fast grid with one dip are expected to be measured as. */
+/** The expected values of 10 s with a slightly high frequency and one dip. */
 ValueTable expectedTable()
 {
     ValueTable table;
@@ -71,7 +71,7 @@ ValueTable expectedTable()
     return table;
 }
 
-/** Makes each sample of the series that are meant anew. */
+/** Replaces each sample of the series whose names begin with `begin`. */
 ValueTable changed(const ValueTable& table, const std::string& begin,
                    const std::function<Sample(Sample)>& change)
 {
@@ -100,7 +100,7 @@ ValueTable without(const ValueTable& table, const std::string& begin,
     return result;
 }
 
-/** Each of two channels gets the values of the other one. */
+/** Exchanges the values of two channels. */
 ValueTable swapped(const ValueTable& table, const std::string& a, const std::string& b)
 {
     ValueTable result;
@@ -130,7 +130,7 @@ const assess::SeriesResult& seriesOf(const assess::AssessmentResult& result, con
 }
 } // namespace
 
-/** A device that is simulated: each value is wrong by a share of its own limit, up or down. */
+/** A simulated device: each value has an error that is a part of its own limit, up or down. */
 TEST(DeviceTest, TwiceTheLimitIsFoundEverywhereAndHalfOfItNowhere)
 {
     std::mt19937 random = seededRandom();
@@ -163,7 +163,7 @@ TEST(DeviceTest, TwiceTheLimitIsFoundEverywhereAndHalfOfItNowhere)
     }
 }
 
-/** The total vector error has both parts: 2 % of magnitude, or 0.02 rad, are twice its limit. */
+/** The total vector error includes both: 2 % of magnitude, or 0.02 rad, are twice its limit. */
 TEST(DeviceTest, VectorErrorHasMagnitudeAndAngle)
 {
     struct Case
@@ -189,7 +189,7 @@ TEST(DeviceTest, VectorErrorHasMagnitudeAndAngle)
     }
 }
 
-/** Each fault is bad, and named in words: among the findings or the diagnoses. */
+/** Each fault is bad, and named among the findings or the diagnoses. */
 TEST(DeviceTest, FaultsAreNamed)
 {
     const ValueTable good = expectedTable();
@@ -247,15 +247,15 @@ TEST(DeviceTest, FaultsAreNamed)
     for (const Case& it : cases) {
         const auto result = assessed(it.mMeasured, it.mLimits);
         EXPECT_FALSE(result.isGood()) << it.mText;
-        std::vector<std::string> told = result.mFindings;
-        told.insert(told.end(), result.mDiagnoses.begin(), result.mDiagnoses.end());
-        EXPECT_THAT(told, Contains(HasSubstr(it.mText)));
+        std::vector<std::string> texts = result.mFindings;
+        texts.insert(texts.end(), result.mDiagnoses.begin(), result.mDiagnoses.end());
+        EXPECT_THAT(texts, Contains(HasSubstr(it.mText)));
     }
     EXPECT_THAT(assessed(good, "pq-a").mDiagnoses, IsEmpty());
     EXPECT_THAT(assessed(good, "pq-a").mFindings, IsEmpty());
 }
 
-/** What is measured twice, or out of order, is compared once. */
+/** Values that are measured twice, or out of order, are compared once. */
 TEST(DeviceTest, ValuesAreMatchedByTheirTimes)
 {
     ValueTable measured = expectedTable();
@@ -304,7 +304,7 @@ TEST(DeviceTest, InterruptionHasMagnitudesOnly)
     }
 }
 
-/** Nothing that could not be compared is good. */
+/** Values that could not be compared are never good. */
 TEST(DeviceTest, UnobservedValuesAreNotGood)
 {
     const ValueTable good = expectedTable();
@@ -315,7 +315,7 @@ TEST(DeviceTest, UnobservedValuesAreNotGood)
     EXPECT_EQ(assessed(good, "pq-a", {"phasors"}).mVerdict, Verdict::NoLimit);
     EXPECT_FALSE(assessed(good, "pq-a", {"phasors"}).isGood());
 
-    // A limit under a condition that never holds judges nothing.
+    // A limit whose condition is never met judges nothing.
     const assess::LimitTable limits = assess::parseLimits(
         "tolerance = 0.01\n[[limit]]\nquantity = 'rms-half'\nfrom = 1000\nabsolute = 1\n", "l");
     const auto result =
@@ -341,7 +341,9 @@ TEST(DeviceTest, CaseIsAssessedWithinItsNight)
               Verdict::Incomplete);
 }
 
-/** A limit holds within its range and away from steps and events, and the first row that fits. */
+/**
+ * A limit applies within its range and away from steps and events; the first matching row counts.
+ */
 TEST(LimitsTest, ConditionsDecideWhichRowApplies)
 {
     const ValueTable good = expectedTable();
@@ -390,7 +392,7 @@ TEST(LimitsTest, ConditionsDecideWhichRowApplies)
     }
 }
 
-/** What the expected phasors do decides about the limit. */
+/** The state of the expected phasors decides about the limit. */
 TEST(LimitsTest, KnowsRampAndModulation)
 {
     struct Case
@@ -425,7 +427,7 @@ TEST(LimitsTest, KnowsRampAndModulation)
     }
 }
 
-/** A filter that averages over frames is late, and slow; one that swings over overshoots. */
+/** A filter that averages over frames is late and slow; another one overshoots. */
 TEST(StepTest, ResponseDelayAndOvershootAreMeasured)
 {
     ValueTable expected;
@@ -444,7 +446,8 @@ TEST(StepTest, ResponseDelayAndOvershootAreMeasured)
     const assess::LimitTable limits = assess::readLimits("pmu-p");
     const auto result =
         assess::Assessment(expected, measured, limits, {kNominal, {}, false}).result();
-    // Half of it is made between frames 101 and 102; the expected one between 99 and 100.
+    // The measured step reaches one half between frames 101 and 102, the expected one between 99
+    // and 100.
     EXPECT_NEAR(seriesOf(result, {"step-delay", "UA"}).mLargest->mMeasured, 0.04, 1e-9);
     EXPECT_NEAR(seriesOf(result, {"step-delay", "UA"}).mLargest->mLimit, 0.005, 1e-9);
     EXPECT_NEAR(seriesOf(result, {"step-overshoot", "UA"}).mLargest->mMeasured, 8.0, 1e-9);

@@ -15,7 +15,7 @@ constexpr qint64 kTenth = 100'000'000;
 constexpr qint64 kFirst = 1'700'000'000'000'000'000;
 constexpr char kLimits[] = "tolerance = 0.1\n[[limit]]\nquantity = 'rms'\nabsolute = 1\n";
 
-/** A measured value: tenths of a second after the first, V. */
+/** A measured value: tenths of a second after the first one, and V. */
 struct Value
 {
     int mTenths;
@@ -40,7 +40,7 @@ assess::AssessmentResult verdictOn(const ValueTable& expected, const ValueTable&
 }
 } // namespace
 
-/** Expected is 230 V each second, from 0 to 4 s; 1 V is allowed. */
+/** Expected: 230 V each second from 0 to 4 s; the limit is 1 V. */
 TEST(VerdictTest, EveryFaultDecides)
 {
     struct Case
@@ -116,7 +116,7 @@ TEST(VerdictTest, ValuesInAGapOfTheExpectedOnesAreNotJudged)
     }
 }
 
-/** The worst ten, by the part of the limit that each takes, the worst first. */
+/** The worst ten by the ratio of error and limit, the worst first. */
 TEST(VerdictTest, WorstValuesAreListedInTheirOrder)
 {
     std::vector<Value> expected;
@@ -170,7 +170,7 @@ TEST(VerdictTest, NoWindowWithAnEventIsJudged)
     }
 }
 
-/** A device may be off by just one period, however many digits the durations have. */
+/** An error of exactly one period is allowed, however many digits the durations have. */
 TEST(VerdictTest, ErrorEqualToItsLimitIsWithin)
 {
     const auto tableWith = [](double seconds) {
@@ -200,7 +200,7 @@ TEST(VerdictTest, ErrorEqualToItsLimitIsWithin)
     }
 }
 
-/** A value is for the time before it, of which no part may lie in an event: here one up to 1 s. */
+/** A value covers the time before it, which must not overlap an event: here one up to 1 s. */
 TEST(VerdictTest, ValuesCountForTheirIntervals)
 {
     for (const auto& [quantity, seconds] : {std::pair("rms", 0.2),
@@ -223,7 +223,7 @@ TEST(VerdictTest, ValuesCountForTheirIntervals)
     }
 }
 
-/** Limits in percent of a nominal voltage that the signal does not have say nothing. */
+/** Limits in percent of a wrong nominal voltage are meaningless. */
 TEST(VerdictTest, WrongNominalVoltageIsReported)
 {
     struct Case
@@ -248,7 +248,7 @@ TEST(VerdictTest, WrongNominalVoltageIsReported)
     }
 }
 
-/** A range holds its lower end, not its upper one, and is that of the value without its sign. */
+/** A range includes its lower end, not its upper one, and applies to the absolute value. */
 TEST(VerdictTest, RangesOfLimits)
 {
     struct Case

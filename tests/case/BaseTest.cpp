@@ -12,8 +12,7 @@
 
 using testing::ElementsAre;
 
-/** Lines are whole wherever the blocks of the file end, and nothing waits for a line without end.
- */
+/** Lines are complete wherever the blocks of the file end, and an endless line is refused. */
 TEST(BaseTest, LinesOfAFile)
 {
     const TestFiles files;
@@ -73,7 +72,7 @@ TEST(BaseTest, NumbersAndFields)
     EXPECT_EQ(base::decodeText("\xC0", "windows-1251").mText, "\xD0\x90");
 }
 
-/** An endless row of remarks ends, and so does the row of channels in one. */
+/** The number of remarks is limited, and the number of channels in one, too. */
 TEST(BaseTest, RemarksAreFewAndTablesAligned)
 {
     base::Remarks remarks;
@@ -99,7 +98,7 @@ TEST(BaseTest, RemarksAreFewAndTablesAligned)
     EXPECT_EQ(table.text(), "name    rms\n\xC3\x9C         1\nU     10000\n");
 }
 
-/** A constant and all harmonics vanish under the window; overlapping windows add up to 1. */
+/** The window rejects a constant and all harmonics; overlapping windows add up to 1. */
 TEST(BaseTest, RaisedCosineSeesTheFundamentalAlone)
 {
     constexpr int kSamples = 360;

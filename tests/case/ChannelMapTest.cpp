@@ -54,7 +54,7 @@ std::string errorOf(const waveform::SignalDescription& description,
 }
 } // namespace
 
-/** What stands in the phase fields and at the ends of the names of real recordings. */
+/** Phase fields and ends of names in real recordings. */
 TEST(ChannelMapTest, KnowsPhases)
 {
     const std::pair<channels::ChannelPhase, std::vector<const char*>> rows[] = {
@@ -78,7 +78,7 @@ TEST(ChannelMapTest, KnowsPhases)
     }
 }
 
-/** By their names, whatever a phase field says, at any point of the name. */
+/** By their names, whatever the phase field is, at any position in the name. */
 TEST(ChannelMapTest, VoltagesBetweenPhasesAreNotPhaseVoltages)
 {
     for (const char* const name : {"VA-VB", "UL1-UL2", "Va-b", "UAB", "VAB BUS 1", "U12", "UL1L2",
@@ -118,7 +118,7 @@ TEST(ChannelMapTest, KnowsUnits)
     }
 }
 
-/** The first complete set of each quantity; the neutral of another object is not taken. */
+/** The first complete set of each quantity; the neutral of another object is not used. */
 TEST(ChannelMapTest, TakesTheFirstCompleteSet)
 {
     const std::pair<std::vector<waveform::ChannelDescription>, const char*> rows[] = {
@@ -199,7 +199,7 @@ TEST(ChannelMapTest, VoltagesAndCurrentsOfDifferentObjectsAreNamed)
     }
 }
 
-/** What may be meant and was not taken, with why; only then has a recording none. */
+/** Candidates that were not used, with the reason. */
 TEST(ChannelMapTest, CandidatesAreNamed)
 {
     const waveform::SignalDescription unclear =
@@ -222,7 +222,7 @@ TEST(ChannelMapTest, CandidatesAreNamed)
             "--channels"));
 }
 
-/** What was decided between two channels of one phase is said, unless the user decided. */
+/** The choice between two channels of one phase is reported, unless the user decided. */
 TEST(ChannelMapTest, SkippedChannelsAreNamed)
 {
     const std::tuple<std::vector<waveform::ChannelDescription>, const char*, std::string> rows[] = {
@@ -293,7 +293,7 @@ TEST(ChannelMapTest, AppliesTheOptionsOfTheUser)
     }
 }
 
-/** Values of the side that is asked for; a ratio that is not known is told, and changes nothing. */
+/** Values of the requested side; an unknown ratio is reported and changes nothing. */
 TEST(ChannelMapTest, ValuesAreOfTheRequestedSide)
 {
     using Side = importing::TransformerSide;

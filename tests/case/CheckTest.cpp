@@ -11,7 +11,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-/** A directory with value files; configurations name them with their full path. */
+/** A directory with value files; configurations have their full paths. */
 class CheckTest : public testing::Test
 {
 protected:
@@ -31,7 +31,7 @@ protected:
         mFiles.make(name, text);
     }
 
-    /** In the configuration "@" stands for the directory, in the findings for its file, too. */
+    /** In the configuration "@" is the directory; in the findings it is also the file. */
     check::CaseCheck check(const std::string& configuration)
     {
         return check::CaseCheck(mFiles.make("conf", replaced(configuration, "@", mFiles.path(""))));
@@ -135,7 +135,7 @@ TEST_F(CheckTest, ReportsWhatIsPlayed)
                 ElementsAre("/no/such: No such file or directory"));
 }
 
-/** A seam is where one file follows another, and where a file follows itself. */
+/** Jumps are possible where one file follows another, and where a file follows itself. */
 TEST_F(CheckTest, JumpsAreFoundWhereTheyArePlayed)
 {
     makeWave("part", 90);

@@ -38,7 +38,7 @@ struct ClosedForm
         return (isSag ? kSagFactor : 1.0) * kPeak / 1.2 * sum;
     }
 
-    /** Whether the time is that far from every jump and from both ends. */
+    /** Whether the time is at least this far from every jump and from both ends. */
     bool isQuiet(double seconds, double length, double distance) const
     {
         const bool hasSag = mSagEnd > mSagBegin;

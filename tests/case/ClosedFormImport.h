@@ -58,7 +58,7 @@ private:
     size_t mPosition = 0;
 };
 
-/** What an import of it has reported and written. */
+/** The report and the lines of an import of it. */
 struct Imported
 {
     importing::ImportReport mReport;

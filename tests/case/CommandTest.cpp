@@ -26,7 +26,7 @@ Words examplesOf(const std::string& help)
 }
 } // namespace
 
-/** The tool as its user calls it, with what the simulator plays in the sandbox. */
+/** The tool as the user calls it, with recordings of the simulator in the sandbox. */
 class CommandTest : public SandboxedTest
 {
 protected:
@@ -60,7 +60,7 @@ TEST_F(CommandTest, HelpShowsExamplesThatWork)
     mRunner.writeFile("expected.csv",
                       "utc,quantity,channel,value,unit,origin\n"
                       "2026-01-01T00:00:01Z,rms,UA,230,V,measured\n");
-    // Whether pictures are drawn is not the question, and gnuplot need not be there.
+    // Pictures are not tested here, so gnuplot need not be installed.
     mRunner.writeFile("gnuplot", "#!/bin/sh\nexec cat\n");
     mRunner.run({"chmod", "+x", mRunner.path("gnuplot")});
     const std::string path = "PATH=.:$(dirname " VX_CASE "):$PATH; ";
@@ -115,27 +115,27 @@ TEST_F(CommandTest, ExplainReportsWhatWasPlayed)
     EXPECT_THAT(lines[4], StartsWith("0             steady.csv "));
     EXPECT_THAT(lines[5], testing::MatchesRegex("verdict: good: [0-9]+ samples as expected"));
 
-    // A sample of the event is changed, and a block of it is gone.
+    // A sample of the event is changed, and a block of it is missing.
     std::string bytes = mRunner.readFile("r.bin");
     const size_t begin = std::stoul(split(lines[1]).back()) * sizeof(SampleRecord);
     bytes[begin + 47] ^= 1;
     bytes.erase(begin + 720 * sizeof(SampleRecord), 360 * sizeof(SampleRecord));
     mRunner.writeFile("r.bin", bytes);
-    EXPECT_EQ(vxCase("explain r.bin --config vx-simulator.conf -o told.txt").mExitCode, 1);
-    EXPECT_THAT(mRunner.readFile("told.txt"),
+    EXPECT_EQ(vxCase("explain r.bin --config vx-simulator.conf -o text.txt").mExitCode, 1);
+    EXPECT_THAT(mRunner.readFile("text.txt"),
                 testing::EndsWith("\nverdict: BAD: samples that differ from their file 1, samples "
                                   "missing 360\n"));
     const CommandResult bad = vxCase("explain r.bin --config vx-simulator.conf --json");
     EXPECT_EQ(bad.mExitCode, 1);
     std::vector<nlohmann::json> findings;
     for (const std::string& line : split(bad.mOutput, '\n')) {
-        const auto told = nlohmann::json::parse(line);
-        if (told["kind"] == "finding") {
-            findings.push_back({told["finding"], told["record"], told["count"]});
-        } else if (told["kind"] == "verdict") {
-            EXPECT_EQ(told["good"], false);
-            EXPECT_EQ(told["missing"], 360);
-            EXPECT_EQ(told["samples"], bytes.size() / sizeof(SampleRecord));
+        const auto report = nlohmann::json::parse(line);
+        if (report["kind"] == "finding") {
+            findings.push_back({report["finding"], report["record"], report["count"]});
+        } else if (report["kind"] == "verdict") {
+            EXPECT_EQ(report["good"], false);
+            EXPECT_EQ(report["missing"], 360);
+            EXPECT_EQ(report["samples"], bytes.size() / sizeof(SampleRecord));
         }
     }
     const size_t first = begin / sizeof(SampleRecord) + 1;
@@ -153,11 +153,11 @@ TEST_F(CommandTest, CheckLooksInTheGivenDirectory)
     mRunner.writeFile("odd.conf", "0,1,a.csv\n0,0,a.csv\n1,1,b.csv\n1,1,a.csv\n");
     const CommandResult good = vxCase("check good.conf --strict --json --directory cases");
     EXPECT_EQ(good.mExitCode, 0) << good;
-    const auto told = nlohmann::json::parse(good.mOutput);
-    EXPECT_EQ(told["errors"].size() + told["warnings"].size(), 0U);
-    EXPECT_EQ(told["configurations"][0]["samples"], 360);
-    EXPECT_EQ(told["configurations"][0]["continuous"], true);
-    EXPECT_EQ(told["bytesOnDevice"], 360 * 56);
+    const auto report = nlohmann::json::parse(good.mOutput);
+    EXPECT_EQ(report["errors"].size() + report["warnings"].size(), 0U);
+    EXPECT_EQ(report["configurations"][0]["samples"], 360);
+    EXPECT_EQ(report["configurations"][0]["continuous"], true);
+    EXPECT_EQ(report["bytesOnDevice"], 360 * 56);
     const CommandResult odd = vxCase("check odd.conf --directory cases");
     EXPECT_EQ(odd.mExitCode, 0);
     EXPECT_THAT(odd.mOutput, HasSubstr("50 to 60  b.csv, a.csv\n"));
@@ -169,8 +169,8 @@ TEST_F(CommandTest, CheckLooksInTheGivenDirectory)
 }
 
 /**
- * Each mistake alone: the check says of it what the simulator says. Where a rejected line would let
- * that one wait for ever, a number 0 that is missing ends it.
+ * Each mistake alone: the check reports it with the simulator's message. If a rejected line would
+ * make the simulator wait forever, a missing number 0 ends it.
  */
 TEST_F(CommandTest, CheckUsesTheMessagesOfTheSimulator)
 {
@@ -207,7 +207,7 @@ TEST_F(CommandTest, CheckUsesTheMessagesOfTheSimulator)
     }
 }
 
-/** What a program wants to know of each kind of file. */
+/** The JSON for each kind of file. */
 TEST_F(CommandTest, InfoDescribesEveryKindOfFile)
 {
     record();
@@ -219,12 +219,12 @@ TEST_F(CommandTest, InfoDescribesEveryKindOfFile)
                                                 {"r.bin", "recording of the driver", 0}}) {
         const CommandResult result = vxCase(std::string("info --json ") + name);
         ASSERT_EQ(result.mExitCode, 0) << result;
-        const auto told = nlohmann::json::parse(result.mOutput);
-        EXPECT_EQ(told["format"], format);
-        EXPECT_TRUE(samples == 0 || told["samples"] == samples) << result;
-        EXPECT_NEAR(told["measuredHz"].get<double>(), 50, 0.02) << result;
-        EXPECT_LT(told["measuredFrom"], told["measuredTo"]) << result;
-        EXPECT_EQ(told["channels"].size(), 8U) << result;
+        const auto report = nlohmann::json::parse(result.mOutput);
+        EXPECT_EQ(report["format"], format);
+        EXPECT_TRUE(samples == 0 || report["samples"] == samples) << result;
+        EXPECT_NEAR(report["measuredHz"].get<double>(), 50, 0.02) << result;
+        EXPECT_LT(report["measuredFrom"], report["measuredTo"]) << result;
+        EXPECT_EQ(report["channels"].size(), 8U) << result;
     }
     EXPECT_THAT(
         vxCase("info fault.cff").mOutput,

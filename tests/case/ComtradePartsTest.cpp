@@ -4,7 +4,7 @@
 #include "comtrade/ComtradeTime.h"
 #include "comtrade/StatusTracker.h"
 
-/** Each way of writing a date; what is none is refused and not guessed. */
+/** Each way of writing a date; invalid dates are refused and not guessed. */
 TEST(ComtradeTimeTest, ReadsDatesAndTimes)
 {
     const struct
@@ -48,7 +48,9 @@ TEST(ComtradeTimeTest, ReadsDatesAndTimes)
     }
 }
 
-/** Changes of status channels in two words and two blocks; the bits behind the last are none. */
+/**
+ * Changes of status channels in two words and two blocks; bits behind the last channel are ignored.
+ */
 TEST(StatusTrackerTest, KeepsChangesInOrder)
 {
     std::vector<waveform::StatusChannel> channels(18);

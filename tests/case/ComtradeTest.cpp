@@ -58,7 +58,7 @@ std::string threeRecords(Value value)
     return record<Value>(1, 0, 2) + record<Value>(2, 1000, value) + record<Value>(3, 2000, -6);
 }
 
-/** "values of the first channel @ times in ms | remarks", or what is wrong. */
+/** "values of the first channel @ times in ms | remarks", or the error. */
 std::string summaryOf(const std::string& path)
 {
     try {
@@ -85,7 +85,7 @@ struct Row
 };
 } // namespace
 
-/** What real files do: each oddity is read, and said where it matters. */
+/** Oddities of real files: each one is read, and reported if it matters. */
 TEST(ComtradeTest, ReadsOddRecordings)
 {
     const std::string plain = "2 3 -2 @ 0 1 2 | ";
@@ -336,7 +336,7 @@ TEST(ComtradeTest, AllKindsOfDataHaveTheSameNumbers)
             const auto all = [&](auto value) {
                 return bytes(i + 1, i * 1000, value, states, last);
             };
-            data["BINARY"] += all(number == -1 ? qint16{0} : number); // which is missing in 1991
+            data["BINARY"] += all(number == -1 ? qint16{0} : number); // in 1991 this means missing
             data["BINARY32"] += all(qint32{number == -1 ? 0 : number});
             data["FLOAT32"] += all(static_cast<float>(number == -1 ? 0 : number));
             std::string line = fmt::format("{},{},{}", i + 1, i * 1000, number == -1 ? 0 : number);

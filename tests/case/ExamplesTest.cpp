@@ -29,7 +29,7 @@ Phasors balanced(double rms, double degrees)
     return {{{rms, degrees}, {rms, degrees - 120.0}, {rms, degrees + 120.0}}};
 }
 
-/** What an example's state says, in closed form. */
+/** A state of an example in closed form. */
 struct ClosedState
 {
     Phasors mVoltages;
@@ -92,8 +92,8 @@ public:
                 }
             }
         }
-        const auto told = nlohmann::json::parse(truth);
-        for (const auto& state : told.at("states")) {
+        const auto states = nlohmann::json::parse(truth);
+        for (const auto& state : states.at("states")) {
             mBegins.push_back(state.at("begin").at("line"));
         }
     }
@@ -166,7 +166,7 @@ private:
         return current + (state.mHasInrush ? inrushAt(number, phase, line) : 0.0);
     }
 
-    /** 40 A at most above a flux of 1.2, of which the DC component decays with 0.2 s. */
+    /** Up to 40 A above a flux of 1.2; the DC component of the flux decays with 0.2 s. */
     double inrushAt(size_t state, size_t phase, size_t line) const
     {
         const double remanence = phase == 0 ? 0.4 : -0.2;
@@ -177,7 +177,7 @@ private:
         return std::copysign(std::max(0.0, std::abs(flux) - 1.2), flux) / 0.8 * 40'000.0;
     }
 
-    /** By the area of volts and seconds: a knee of 100 V, 2 ohms, a remanence of 0.3. */
+    /** By the volt-second area: a knee of 100 V, 2 ohms, a remanence of 0.3. */
     double saturated(size_t phase, double current)
     {
         if (!mExample.mIsSaturated) {
@@ -202,7 +202,7 @@ class ExamplesTest : public SandboxedTest
 {
 };
 
-/** Each is what its file says, to the last count, and reaches the driver as it is. */
+/** Each agrees with its description to the last count, and reaches the driver unchanged. */
 TEST_F(ExamplesTest, MatchTheirDescriptionAndArePlayed)
 {
     std::string configuration;
@@ -223,9 +223,9 @@ TEST_F(ExamplesTest, MatchTheirDescriptionAndArePlayed)
     const CommandResult played =
         sandbox({"--for", "8.5", "--record", "r.bin", "--events", "e.jsonl"}, kSimulator);
     ASSERT_EQ(played.mExitCode, 0) << played;
-    const CommandResult told = mRunner.run(
+    const CommandResult explained = mRunner.run(
         {VX_CASE, "explain", "r.bin", "--config", "vx-simulator.conf", "--events", "e.jsonl"});
-    EXPECT_EQ(told.mExitCode, 0) << told;
-    EXPECT_THAT(told.mOutput, HasSubstr("power-swing.csv "));
-    EXPECT_THAT(told.mOutput, HasSubstr("verdict: good: "));
+    EXPECT_EQ(explained.mExitCode, 0) << explained;
+    EXPECT_THAT(explained.mOutput, HasSubstr("power-swing.csv "));
+    EXPECT_THAT(explained.mOutput, HasSubstr("verdict: good: "));
 }

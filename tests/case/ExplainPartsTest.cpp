@@ -5,7 +5,7 @@
 #include "explain/CommandLedger.h"
 #include "explain/Hypothesis.h"
 
-/** At the third end of a case, and not before it has waited longer than the longest one. */
+/** At the third end of a case, but only after it has waited longer than the longest case. */
 TEST(CommandLedgerTest, GivesUpOverdueCommands)
 {
     constexpr qint64 kLongestNs = 1'000;
@@ -27,7 +27,7 @@ TEST(CommandLedgerTest, GivesUpOverdueCommands)
     EXPECT_FALSE(ledger.takeUnreported());
 }
 
-/** Ranges of repetitions become one where no number lies between them. */
+/** Adjacent ranges of repetitions become one. */
 TEST(HypothesisTest, AbsorbsNeighbouringRepetitions)
 {
     constexpr quint32 kMax = 4'294'967'295;
@@ -57,7 +57,7 @@ TEST(HypothesisTest, AbsorbsNeighbouringRepetitions)
     }
 }
 
-/** Of more positions than are remembered one by one, the newest share the last one's origin. */
+/** Beyond the limit, the newest positions share the last one's origin. */
 TEST(OriginsTest, AreBounded)
 {
     explain::Origins origins{explain::Origin{}};

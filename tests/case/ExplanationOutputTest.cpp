@@ -8,7 +8,7 @@
 namespace {
 constexpr qint64 kStampNs = 1'700'000'000'000'000'000;
 
-/** What is written between the heading and the end, in one of the two forms. */
+/** The text between the heading and the end, in one of the two forms. */
 class ExplanationOutputTest : public testing::Test
 {
 protected:
@@ -35,7 +35,7 @@ protected:
 };
 } // namespace
 
-/** Samples count from 1; what is whole says nothing of its ends. */
+/** Samples count from 1; a complete segment has no remark on its ends. */
 TEST_F(ExplanationOutputTest, ReportsWhereASegmentIsCut)
 {
     const struct
@@ -91,7 +91,7 @@ TEST_F(ExplanationOutputTest, ReportsTheResultOfACommand)
     }
 }
 
-/** Good only without any finding; bytes of a record that is still written are none. */
+/** Good only without any finding; bytes of an incomplete record are no finding. */
 TEST_F(ExplanationOutputTest, VerdictListsEachKindOfFinding)
 {
     EXPECT_EQ(textOf(explain::Verdict{7, 0, explain::FindingCounts()}),
@@ -114,7 +114,7 @@ TEST_F(ExplanationOutputTest, VerdictListsEachKindOfFinding)
     }
 }
 
-/** Each field that differs, by its name; values of channels may be negative. */
+/** Each differing field by its name; values of channels may be negative. */
 TEST_F(ExplanationOutputTest, DifferencesAreNamed)
 {
     explain::PlayedFile file("dip.csv");
@@ -135,7 +135,7 @@ TEST_F(ExplanationOutputTest, DifferencesAreNamed)
                                                   "0 instead of 8");
 }
 
-/** A block has the step of its first line; sums of them are when a sample is. */
+/** A block has the step of its first line; the sum of steps is the time of a sample. */
 TEST_F(ExplanationOutputTest, PlayedFileKnowsItsTimes)
 {
     explain::PlayedFile file("two.csv");

@@ -21,13 +21,13 @@ constexpr qint64 kStepNs = 55'555; // 50 Hz
 } // namespace
 
 /**
- * Recordings are made as the simulator makes them, from files whose every line differs: the
- * auxiliary word is the number of the line, behind a digit for the file's content.
+ * Makes recordings like the simulator, from files in which every line differs: the auxiliary word
+ * is the number of the line, after a digit for the file's content.
  */
 class ExplanationTest : public testing::Test
 {
 protected:
-    /** Contents as long as the name says; b begins as a does. */
+    /** Files with the length in their name; b begins like a. */
     ExplanationTest()
     {
         makeFile("a400.csv", 1, 400, 0);
@@ -227,7 +227,7 @@ TEST_F(ExplanationTest, EveryDamageIsFoundAndNamed)
     }
 }
 
-/** A recording of something else costs no more time, and is told as such. */
+/** A recording of something else takes no longer, and is reported as such. */
 TEST_F(ExplanationTest, ForeignSamplesAreCounted)
 {
     play("a400.csv");
@@ -247,7 +247,7 @@ TEST_F(ExplanationTest, EveryConfigurationThatFitsIsNamed)
     play("one.csv");
     play("one.csv");
     play("a400.csv");
-    // 1 and 2 play the same; 3 begins with it; so does 4, but that goes on otherwise.
+    // 1 and 2 play the same; 3 begins with it; 4 does, too, but continues differently.
     EXPECT_EQ(
         explain("0,1,a400.csv\n1,1,c720.csv\n1,1,a400.csv\n1,2,one.csv\n2,1,c720.csv\n"
                 "2,1,same-as-a400.csv\n2,0,b900.csv\n2,2,one.csv\n3,1,c720.csv\n3,1,a400.csv\n"
@@ -257,7 +257,7 @@ TEST_F(ExplanationTest, EveryConfigurationThatFitsIsNamed)
     EXPECT_EQ(mExplained, mRecords.size());
 }
 
-/** Where a pass began may show only behind it. */
+/** The beginning of a pass may become clear only after it. */
 TEST_F(ExplanationTest, CasesWithEqualBeginningsAreDistinguished)
 {
     makeFile("like-a.csv", {10'301, 50'002, 50'003}); // as a400 goes on behind a300
@@ -271,7 +271,7 @@ TEST_F(ExplanationTest, CasesWithEqualBeginningsAreDistinguished)
               "0: a400.csv x1; 1: a300.csv x1; 2: like-a.csv x1; 0: a400.csv x1; good");
 }
 
-/** What a command brings may begin as that which it ends, or be that very thing. */
+/** A commanded case may begin like the current one, or be the same one. */
 TEST_F(ExplanationTest, CommandsAreFollowed)
 {
     const std::string configuration = "0,1,a400.csv\n1,1,b900.csv\n2,1,a400.csv\n3,1,c720.csv\n";
@@ -280,7 +280,7 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
     send("3x", 1'000);
     play("a400.csv", 361);
     play("b900.csv", 1, 360);
-    send("s2", 0); // too late for the case that comes next, though that begins in the same way
+    send("s2", 0); // too late for the next case, although that begins equally
     play("b900.csv", 361);
     send("s1", 0);
     play("a400.csv");
@@ -316,7 +316,7 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
               "!notGiven 1 @22501; 2: c720.csv x1 [1-360]; bad");
 }
 
-/** What the events tell of the end counts, whatever the samples are. */
+/** The events decide about the end, whatever the samples are. */
 TEST_F(ExplanationTest, EndOfTheRunIsJudged)
 {
     constexpr qint64 kRunNs = 1'000'000'000;
@@ -408,7 +408,7 @@ TEST_F(ExplanationTest, EndOfTheRunIsJudged)
     EXPECT_THROW(explain("0,1,a400.csv\n", true), base::CaseError);
 }
 
-/** A pipe is judged as it comes, and what is being written as far as it is there. */
+/** A pipe is judged while it is written, and a growing file up to its present end. */
 TEST_F(ExplanationTest, UnfinishedRecordingIsJudgedUpToItsEnd)
 {
     play("c720.csv");
@@ -421,16 +421,17 @@ TEST_F(ExplanationTest, UnfinishedRecordingIsJudgedUpToItsEnd)
         mFiles.make("c.conf", "0,1,c720.csv\n1,1,a400.csv\n").toStdString(), mFiles.path(""));
     const std::string path = mFiles.path("pipe");
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    std::promise<void> told;
+    std::promise<void> reported;
     std::thread writer([&] {
         std::ofstream pipe(path, std::ios::binary);
         for (size_t at = 0; at + 8 < bytes.size(); at += 1000) {
             pipe << bytes.substr(at, std::min<size_t>(1000, bytes.size() - 8 - at)) << std::flush;
         }
-        EXPECT_EQ(told.get_future().wait_for(std::chrono::minutes(2)), std::future_status::ready);
+        EXPECT_EQ(reported.get_future().wait_for(std::chrono::minutes(2)),
+                  std::future_status::ready);
     });
     ShortOutput output;
-    output.mFirstSegment = [&] { told.set_value(); };
+    output.mFirstSegment = [&] { reported.set_value(); };
     explain::RecordingReader pipe(path);
     EXPECT_TRUE(explain::explainRecording(plan, pipe, {}, output));
     writer.join();

@@ -43,7 +43,7 @@ protected:
     CommandRunner mRunner;
 };
 
-/** What is written reads back as the same counts at the same times, a change of rate included. */
+/** Written files read back as the same counts at the same times, including a change of rate. */
 TEST_F(ExportTest, ReadsBackIdentically)
 {
     constexpr size_t kLines = 800;
@@ -63,7 +63,7 @@ TEST_F(ExportTest, ReadsBackIdentically)
     }
 }
 
-/** Any counts but the smallest, which means missing; the names tell the import where they go. */
+/** Any counts except the smallest, which means missing; the names give the import the channels. */
 TEST_F(ExportTest, ImportsAsTheSameCounts)
 {
     std::mt19937 random = seededRandom();
@@ -108,7 +108,7 @@ TEST_F(ExportTest, WritesTextWithUnits)
               "-997.666666667\n");
 }
 
-/** The bytes by the standard, since our own reader would bend as our writer does. */
+/** The bytes by the standard: our own reader could have the same error as our writer. */
 TEST_F(ExportTest, WritesWhatTheStandardRequires)
 {
     const std::string extremes = ";;0;0;49.975;2147483647;-2147483648;-1;1;0;0;0;0\n";
@@ -160,7 +160,7 @@ TEST_F(ExportTest, RefusesWhatItCannotExport)
     EXPECT_EQ(mRunner.readFile("new.csv"), "");
 }
 
-/** The sample at the beginning of the part is in it, that at its end is not. */
+/** The part includes the sample at its beginning, not the one at its end. */
 TEST(ExportedSignalTest, PartBeginsAndEndsOnItsSamples)
 {
     const CommandRunner runner;
@@ -181,7 +181,9 @@ TEST(ExportedSignalTest, PartBeginsAndEndsOnItsSamples)
     }
 }
 
-/** A recording of the driver has its frequency from its steps, and each run of equal ones a rate.
+/**
+ * The frequency of a recording of the driver follows from its steps; each run of equal steps has a
+ * rate.
  */
 TEST(ExportedSignalTest, RatesMatchTheTimeStamps)
 {

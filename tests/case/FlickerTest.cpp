@@ -15,7 +15,7 @@ namespace {
 constexpr qint64 kShortTermNs = 600'000'000'000;
 constexpr qint64 kEvenHour = 236'111; ///< in periods of two hours from the epoch
 
-/** Of one voltage: how it fluctuates, and to which value of the quantity that must lead. */
+/** A fluctuation of one voltage, and the expected value of the quantity. */
 struct Fluctuation
 {
     double mHz;      ///< of two changes
@@ -110,7 +110,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Standard, FlickerTest, testing::ValuesIn(kFlickerCases),
                          [](const auto& each) { return each.param.mName; });
 
-/** The test points of the standard, on three voltages whose amplitudes are very different. */
+/** The test points of the standard, on three voltages with very different amplitudes. */
 TEST_P(FlickerTest, HasTheValuesOfTheStandard)
 {
     const FlickerCase& testCase = GetParam();
@@ -188,7 +188,7 @@ TEST_F(FlickerTest, SeveritiesMatchTheClosedForm)
     EXPECT_NEAR(longTerms.front(), std::cbrt(cubes / 12.0), 1e-9);
 }
 
-/** No value while the filters settle, nor of what a gap has cut. */
+/** No value while the filters settle, and none for an interval with a gap. */
 TEST_F(FlickerTest, SettlesAfterAGap)
 {
     measure::FlickerMeter meter({kEvenHour * 12 * kShortTermNs, 230.0, 5.0, 50.0}, Lamp::V230);

@@ -25,7 +25,7 @@ TEST(SignalTableTest, EveryRowIsPlayable)
     }
 }
 
-/** An angle between two lines, and an oscillation that is fast enough to show it. */
+/** The angle is between two lines, and the oscillation is fast enough to show it. */
 TEST(SignalTableTest, ToneBeginsOnALine)
 {
     generate::Signal signal = *generate::findSignal("oscillating-transient");
@@ -37,7 +37,7 @@ TEST(SignalTableTest, ToneBeginsOnALine)
     EXPECT_NEAR(wave.valuesOf(3690)[0], parameters.mChannels[0].mAmplitude, 1e-3);
 }
 
-/** A test bench has no room for more, and no time. */
+/** Limits of size and time for a test bench. */
 TEST(SignalTableTest, CatalogueStaysWithinItsLimits)
 {
     constexpr qint64 kBytesOfLine = 85; // a longer one is not seen: nine digits and a sign at most
@@ -147,8 +147,8 @@ TEST(SampleMeterTest, FindsEventsByTheStandard)
                         0.01);
         }
     };
-    // A period that is half in the event is beyond the threshold as well; the one that is back is
-    // in it.
+    // A period that is half in the event is beyond the threshold, too; the event includes the
+    // period that is back.
     expectEvents(values.mEvents, {{EventKind::Dip, 0x3, 1620, 7560, 25.0},
                                   {EventKind::Dip, 0x4, 14400, 18180, 89.0},
                                   {EventKind::Swell, 0x2, 21420, 23760, 120.0},
@@ -196,7 +196,7 @@ TEST_F(GenerateTest, WritesTheWave)
     EXPECT_EQ(file.substr(file.find('\n')), result.mOutput.substr(result.mOutput.find('\n')));
 }
 
-/** What the JSON says of a signal that is not as its row in the table. */
+/** The JSON of a signal with changed parameters. */
 TEST_F(GenerateTest, TruthHoldsForAChangedSignal)
 {
     struct Case
@@ -332,7 +332,7 @@ TEST_F(GenerateTest, NeutralIsTheSumOfThePhases)
     }
 }
 
-/** The program takes all of it, and its time stamps are those that the truth tells. */
+/** The program loads all of it, and its time stamps are those of the truth. */
 TEST_F(GenerateTest, ProgramLoadsTheCatalogue)
 {
     const std::string directory = mRunner.path("some signals");

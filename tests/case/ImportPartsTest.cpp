@@ -23,7 +23,7 @@ importing::ChannelMap voltagesAndCurrents()
 }
 } // namespace
 
-/** Rounds to the nearest count, and what does not fit to the limit. */
+/** Rounds to the nearest count, and limits values that do not fit. */
 TEST(CountLimiterTest, RoundsAndLimitsCounts)
 {
     importing::CountLimiter limiter;
@@ -120,7 +120,7 @@ TEST(ImportRemarksTest, NameChangingStatusChannels)
     }
 }
 
-/** By more than a count and more than a hundredth. */
+/** They differ by more than a count and by more than 1 %. */
 TEST(ImportRemarksTest, ReportDifferingPeaks)
 {
     importing::ImportReport report;
@@ -136,7 +136,7 @@ TEST(ImportRemarksTest, ReportDifferingPeaks)
     EXPECT_TRUE(importing::remarksOnPeaks({}).empty());
 }
 
-/** Where no fundamental can be followed, its phase is that of the nominal frequency. */
+/** If no fundamental can be followed, its phase is that of the nominal frequency. */
 TEST(ImportPlanTest, CountsNominalPeriodsWithoutATrack)
 {
     importing::ImportPlan plan;

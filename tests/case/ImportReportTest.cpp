@@ -28,7 +28,7 @@ TEST(ImportReportTest, ReportsWhatWasDone)
     }
 }
 
-/** Few samples a period, which miss the crests; and states that change, in the order of time. */
+/** Few samples per period, which miss the crests; and changes of states, in the order of time. */
 TEST(ImportReportTest, PeaksAndStatesAreReported)
 {
     const TestFiles files;
@@ -55,7 +55,7 @@ TEST(ImportReportTest, PeaksAndStatesAreReported)
     EXPECT_THAT(report.mRemarks, Contains("and 2 more status channels change, see vx-case info"));
 }
 
-/** What no power system has is taken for a slip of the recorder. */
+/** A frequency that no power system has is taken for an error of the recorder. */
 TEST(ImportReportTest, NominalFrequencyIsFound)
 {
     const std::tuple<double, double, const char*> rows[] = {
@@ -75,7 +75,7 @@ TEST(ImportReportTest, NominalFrequencyIsFound)
     }
 }
 
-/** In what is the same in all phases nothing turns; the first phase tells the frequency. */
+/** Equal phases do not rotate, so the first one gives the frequency. */
 TEST(ImportReportTest, EqualPhasesAreFollowedByTheFirst)
 {
     const TestFiles files;
@@ -90,14 +90,14 @@ TEST(ImportReportTest, EqualPhasesAreFollowedByTheFirst)
     EXPECT_THAT(remarks, Contains("the frequency is followed: 50.020 to 50.020 Hz"));
 }
 
-/** Where fewer than four samples are a period, whatever the format. */
+/** Fewer than four samples per period, in any format. */
 TEST(ImportReportTest, RejectsRecordingsWithoutAWaveform)
 {
     const TestFiles files;
     for (const auto& [rate, isGood] : {std::pair{200.0, true}, {190.0, false}, {5.0, false}}) {
         for (const bool isStamped : {false, true}) {
             if (isGood && isStamped) {
-                continue; // one of them is enough, as it takes its time
+                continue; // one of them is enough, because it is slow
             }
             ClosedFormSource source({}, rate, 0.4);
             if (isStamped) {
@@ -112,7 +112,7 @@ TEST(ImportReportTest, RejectsRecordingsWithoutAWaveform)
     }
 }
 
-/** Only three phases turn. */
+/** The order is known only for three phases. */
 TEST(ImportReportTest, OrderOfPhasesIsReported)
 {
     for (const auto& [assigned, isReversed] :

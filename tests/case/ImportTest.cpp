@@ -12,7 +12,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
-/** Each line says where in the recording it was taken, and holds what was there. */
+/** Each line has its time in the recording, and the values at that time. */
 TEST(ImportTest, LinesNameTheirTimeInTheRecording)
 {
     const ClosedForm signal;
@@ -38,7 +38,7 @@ TEST(ImportTest, LinesNameTheirTimeInTheRecording)
     }
 }
 
-/** Sums of channels at any rate, from any part of the recording, in each way of timing. */
+/** Sums of channels at any rate, from any part of the recording, with each timing. */
 TEST(ImportTest, AnyMappingKeepsTheRecordedValues)
 {
     std::mt19937 random = seededRandom();
@@ -87,7 +87,7 @@ ClosedForm lastingSag()
     return signal;
 }
 
-/** Steps from line to line that are steeper than any of the first 1000, but at the sag. */
+/** Number of steps between lines that are larger than any of the first 1000, except at the sag. */
 size_t jumpsIn(const std::vector<std::vector<double>>& lines, bool isLoop)
 {
     double steepest = 0.0;
@@ -104,7 +104,9 @@ size_t jumpsIn(const std::vector<std::vector<double>>& lines, bool isLoop)
 }
 } // namespace
 
-/** Played over and over, nothing is steeper than the signal itself: --loop fades it to its begin.
+/**
+ * When it is repeated, no step is larger than in the signal itself: --loop fades the end to the
+ * beginning.
  */
 TEST(ImportTest, LoopHasNoSeam)
 {
@@ -128,7 +130,7 @@ TEST(ImportTest, LoopHasNoSeam)
     }
 }
 
-/** What is sagged stays so: its last period goes on, and the one in front is the first. */
+/** The sag continues: the last period is repeated after it, the first one before it. */
 TEST(ImportTest, AfterContinuesTheLastPeriod)
 {
     for (const importing::LineTiming timing :
@@ -152,7 +154,7 @@ TEST(ImportTest, AfterContinuesTheLastPeriod)
     }
 }
 
-/** Of a period that is repeated although the one beside it differs. */
+/** A period is repeated although the adjacent one differs. */
 TEST(ImportTest, UnsteadyPeriodsAreReported)
 {
     const std::tuple<double, double, bool, const char*> rows[] = {
@@ -217,7 +219,7 @@ TEST(ImportTest, CountsDoNotWrap)
     EXPECT_THAT(imported.mReport.mRemarks, Contains(HasSubstr("values limited to 32 bits")));
 }
 
-/** From a recording to a configuration, as its user does it. */
+/** From a recording to a configuration, with the command. */
 TEST(ImportTest, CommandMakesAPlayableFile)
 {
     const TestFiles files;

@@ -14,7 +14,7 @@
 
 using testing::HasSubstr;
 
-/** Separator, decimal sign and units are found out. */
+/** Separator, decimal sign and units are detected. */
 TEST(InputTest, ReadsTextFilesWithAHeading)
 {
     struct Row
@@ -64,7 +64,7 @@ TEST(InputTest, ReadsTextFilesOfAnyForm)
         std::string text = "Time (ms)" + std::string(1, separator) + "U1 (kV)" + lineEnd;
         std::vector<double> written;
         for (int line = 0; line < 20; ++line) {
-            // Four digits ahead of the sign show that it separates no thousands.
+            // Four digits before the sign show that it does not separate thousands.
             std::string number = fmt::format(
                 "{:.{}f}", std::uniform_real_distribution<double>(-4e3, 4e3)(random), decimals);
             written.push_back(std::stod(number));
@@ -94,7 +94,7 @@ TEST(InputTest, MissingValuesOfTextFilesAreReported)
             "at the value before"));
 }
 
-/** "1,234" is refused where nothing shows that it is not 1234. */
+/** "1,234" is refused if nothing shows that it is not 1234. */
 TEST(InputTest, GroupedDigitsAreRefused)
 {
     const TestFiles files;
@@ -120,7 +120,8 @@ TEST(InputTest, GroupedDigitsAreRefused)
     }
 }
 
-/** The time is the column whose heading says so, and it rises; no counter or value serves as one.
+/**
+ * The time is the column with such a heading, and it rises; a counter or a value is not accepted.
  */
 TEST(InputTest, TimeColumnIsFound)
 {
@@ -164,7 +165,7 @@ TEST(InputTest, TimeColumnIsFound)
                 HasSubstr("scope: its time column \"t\" falls"));
 }
 
-/** What is refused says for each kind why. */
+/** The message about a refused file has the reason for each kind. */
 TEST(InputTest, KindOfFileIsFoundByItsContent)
 {
     const TestFiles files;
@@ -192,7 +193,7 @@ TEST(InputTest, KindOfFileIsFoundByItsContent)
     EXPECT_THAT(errorOf([] { input::openInput("/dev/zero", {}); }), HasSubstr("a regular file"));
 }
 
-/** A fault, harmonics, noise and a constant do not mislead the frequency. */
+/** A fault, harmonics, noise and DC do not affect the frequency. */
 TEST(MeasuresTest, RmsPeaksAndFrequency)
 {
     for (const auto& [nominal, actual] :
@@ -222,7 +223,7 @@ TEST(MeasuresTest, RmsPeaksAndFrequency)
     }
 }
 
-/** Any frequency near the nominal one, beside harmonics, a constant and noise. */
+/** Any frequency near the nominal one, with harmonics, DC and noise. */
 TEST(MeasuresTest, AnyFrequencyIsMeasured)
 {
     std::mt19937 random = seededRandom();
@@ -304,7 +305,7 @@ TEST(InfoTest, DescribesAFile)
     EXPECT_EQ(runner.run({VX_CASE, "info", "--encoding", "none", name}).mExitCode, 2);
 }
 
-/** Eight changes of a status channel in text, all in JSON; a ratio where there is one. */
+/** Eight changes of a status channel in the text, all in JSON; a ratio if there is one. */
 TEST(InfoTest, ReportsRatiosAndStates)
 {
     const TestFiles files;

@@ -30,8 +30,8 @@ struct Block
     size_t mPolled = 0;                 ///< commands that were read after it
 };
 
-/** What the judge says. */
-class Told : public explain::ExplanationOutput
+/** Collects the results of the judge. */
+class JudgeResults : public explain::ExplanationOutput
 {
 public:
     void add(const explain::PlayedSegment& it) override
@@ -62,8 +62,8 @@ public:
 } // namespace
 
 /**
- * Plays random configurations as the simulator does, by a model that shares nothing with the judge:
- * files of equal periods, files that begin alike, single samples; commands at any time.
+ * Plays random configurations like the simulator, with an independent model: files of equal
+ * periods, files with equal beginnings, single samples; commands at any time.
  */
 class JudgeTest : public testing::Test
 {
@@ -146,7 +146,7 @@ protected:
         }
     }
 
-    /** Takes a command from the FIFO; false when there is none, or none that is valid. */
+    /** Takes a command from the FIFO; false if there is no valid one. */
     bool poll()
     {
         if (mFifo.empty()) {
@@ -188,7 +188,7 @@ protected:
         }
     }
 
-    /** Leaves out what was before and behind, but no command that is followed later. */
+    /** Cuts off both ends, but keeps commands that are followed later. */
     void cut()
     {
         std::deque<std::string> waiting;
@@ -208,12 +208,12 @@ protected:
         last.resize(size_t(upTo(int(last.size()))));
     }
 
-    void judge(bool withEvents, Told* told)
+    void judge(bool withEvents, JudgeResults* results)
     {
         const explain::PlayPlan plan(mFiles.path("c.conf"), mFiles.path(""));
         explain::JudgeOptions options;
         options.mHasEvents = withEvents;
-        explain::Judge judge(plan, options, *told);
+        explain::Judge judge(plan, options, *results);
         for (const Block& block : mBlocks) {
             const qint64 nowNs = waveform::stampNsOf(block.mRecords.back());
             for (const std::string& command : block.mCommands) {
@@ -230,15 +230,17 @@ protected:
             judge.add(block.mRecords.data(), block.mRecords.size());
         }
         judge.finish(0, true);
-        EXPECT_EQ(judge.findings().isClean(), told->mIsGood);
+        EXPECT_EQ(judge.findings().isClean(), results->mIsGood);
     }
 
-    /** Whether a configuration can play this: from anywhere on, with commands wherever needed. */
-    bool canBePlayed(const Told& told)
+    /**
+     * Whether a configuration can play this: from any position on, with commands wherever needed.
+     */
+    bool canBePlayed(const JudgeResults& results)
     {
         using State = std::tuple<int, size_t, int>; // configuration, entry, repetition
         std::set<State> before;
-        for (const explain::PlayedSegment& segment : told.mSegments) {
+        for (const explain::PlayedSegment& segment : results.mSegments) {
             const Numbers& numbers = mNumbers[size_t(segment.mFile[0] - '0')];
             for (size_t pass = 0; pass < segment.mPasses; ++pass) {
                 std::set<State> now;
@@ -266,7 +268,7 @@ protected:
         return true;
     }
 
-    /** Makes one thing wrong that cannot be right; says what. */
+    /** Damages the recording in one way that cannot be valid; returns which. */
     std::string damage()
     {
         const size_t index = size_t(upTo(int(mBlocks.size()) - 2));
@@ -324,7 +326,7 @@ TEST_F(JudgeTest, PlayIsGoodFromAnywhereAndDamageIsBad)
                 samples += it.mRecords.size();
             }
             const bool withEvents = oneIn(2);
-            Told good;
+            JudgeResults good;
             judge(withEvents, &good);
             const std::string facts =
                 fmt::format("{}{}{}, samples {}, events {}", configuration, good.mText,
@@ -335,7 +337,7 @@ TEST_F(JudgeTest, PlayIsGoodFromAnywhereAndDamageIsBad)
             ASSERT_TRUE(canBePlayed(good)) << facts;
             if (mBlocks.size() > 3) {
                 const std::string what = damage();
-                Told bad;
+                JudgeResults bad;
                 judge(withEvents, &bad);
                 ASSERT_FALSE(bad.mIsGood) << what << '\n' << bad.mText << facts;
                 ASSERT_GT(bad.mFindings, 0U) << what << '\n' << bad.mText << facts;
@@ -344,7 +346,10 @@ TEST_F(JudgeTest, PlayIsGoodFromAnywhereAndDamageIsBad)
     }
 }
 
-/** What is appended after the end was reached comes, too, by its time; half a line does not. */
+/**
+ * Lines that are appended after the end was reached are read, too, in the order of their times;
+ * half a line is not.
+ */
 TEST_F(JudgeTest, EventsAreReadWhileTheyAreWritten)
 {
     const std::string path = mFiles.make("e.jsonl", "").toStdString();

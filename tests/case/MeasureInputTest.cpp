@@ -30,7 +30,7 @@ std::string textOf(double hertz, double volts, double seconds)
 }
 } // namespace
 
-/** What measure says of a signal that is probably not what its user thinks. */
+/** Remarks of measure on a signal that is probably not what its user thinks. */
 class MeasureInputTest : public testing::Test
 {
 protected:
@@ -115,7 +115,7 @@ TEST_F(MeasureInputTest, TextFileIsMeasuredAtTheFrequencyOfItsSamples)
     }
 }
 
-/** Values so large that their squares are none; the command ends, and writes no "inf". */
+/** Values whose squares are infinite: the command ends, and writes no "inf". */
 TEST_F(MeasureInputTest, HugeValuesAreLeftOut)
 {
     mRunner.writeFile("r.csv", textOf(50.0, 1e300, 0.5));
@@ -124,8 +124,10 @@ TEST_F(MeasureInputTest, HugeValuesAreLeftOut)
     EXPECT_THAT(result.mOutput, Not(testing::ContainsRegex(",-?(inf|nan),")));
 }
 
-/** The lines keep to the fundamental after a dip of some phases as well: nothing is lost at the
- * end. */
+/**
+ * The lines stay in step with the fundamental after a dip of some phases, so no value is missing at
+ * the end.
+ */
 TEST_F(MeasureInputTest, HalfPeriodsContinueAfterAnUnbalancedDip)
 {
     for (const char* const signal : {"dip-40-10-50hz-1phase", "dip-40-10-50hz-2phases",

@@ -24,7 +24,7 @@ constexpr double kZero = 0.03;
 constexpr double kLagDegrees = 30.0; ///< of the currents
 const double kRms = kVolts * std::sqrt(1.0 + kFifth * kFifth + kHighest * kHighest);
 
-/** A signal in closed form on lines of a nominal frequency, whose content need not keep to them. */
+/** A signal in closed form on lines of a nominal frequency; its own frequency may differ. */
 struct Content
 {
     double mHz;
@@ -58,7 +58,7 @@ struct Content
     }
 };
 
-/** The frequency that lines are played with, which a whole number of ns makes a little higher. */
+/** The frequency at which lines are played: the step of whole ns makes it slightly higher. */
 double playedHz(double hz)
 {
     return 1e9 / kSamplesPerPeriod / sampleStepOf(static_cast<float>(hz));
@@ -96,7 +96,7 @@ MeasuredRows measured(const Content& content, double lineHz, double seconds,
 
 } // namespace
 
-/** Content that keeps to the lines or not, in balance or not: the figures are the wanted ones. */
+/** Signals in step with the lines or not, balanced or not, have the expected values. */
 TEST(MeasureTest, AgreesWithTheClosedForm)
 {
     struct Row
@@ -189,7 +189,7 @@ TEST(MeasureTest, FaultDoesNotChangeTheValuesAroundIt)
     }
 }
 
-/** Windows begin anew at a full 10 minutes; what they overlap belongs to the time before. */
+/** Windows start again at full 10 minutes; the overlapping window belongs to the time before. */
 TEST(MeasureTest, AggregatesFromFullTenMinutesOfUtc)
 {
     constexpr qint64 kMarkNs = 1'700'000'400'000'000'000; // a multiple of 600 s
@@ -218,7 +218,7 @@ TEST(MeasureTest, AggregatesFromFullTenMinutesOfUtc)
     EXPECT_NEAR(tenSeconds[0].mValue, playedHz(50.0), 1e-6);
 }
 
-/** Whether the 49th harmonic is in the band or not: thd has what the rows of harmonics have. */
+/** With the 49th harmonic in the band or not, thd covers the same orders as the rows. */
 TEST(MeasureTest, ThdCoversTheHarmonicsWithRows)
 {
     for (const double lastOrder : {49.15, 49.05}) {
@@ -355,7 +355,7 @@ protected:
     CommandRunner mRunner;
 };
 
-/** The value of the truth takes the place of the measured one where no dip is in the window. */
+/** The value of the truth replaces the measured one if there is no dip in the window. */
 TEST_F(MeasureCommandTest, ClosedFormWinsWhereItHolds)
 {
     ASSERT_EQ(run("generate --signal dip-70-25-50hz --truth t.json -o s.csv").mExitCode, 0);
@@ -479,7 +479,7 @@ TEST_F(MeasureCommandTest, MeasuresRecordingsOfOtherDevices)
     EXPECT_NEAR(std::stod(result.mOutput.substr(frequency + 12)), 49.97, 1e-4);
 }
 
-/** A table that is empty, or not true in a part, is not written without a word. */
+/** An empty or partly wrong table is not written silently. */
 TEST_F(MeasureCommandTest, ReportsQuantitiesWithoutRows)
 {
     ASSERT_EQ(run("generate --signal steady-50hz -o period.csv").mExitCode, 0);

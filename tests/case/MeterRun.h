@@ -6,7 +6,7 @@
 
 #include "measure/Meter.h"
 
-/** What a meter has output, in the order in which it came. */
+/** The output of a meter, in its order. */
 struct MeasuredRows
 {
     /** Of one quantity and channel. */

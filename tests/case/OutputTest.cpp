@@ -19,7 +19,7 @@ std::string valueFile()
     return text;
 }
 
-/** What a driver was given that played the file once. */
+/** A recording in which the file was played once. */
 std::string recordingOf(int samples)
 {
     std::string bytes;
@@ -38,7 +38,7 @@ std::string recordingOf(int samples)
 }
 } // namespace
 
-/** What the tool does with the files that it writes, for every subcommand. */
+/** How the subcommands handle the files that they write. */
 class OutputTest : public testing::Test
 {
 protected:
@@ -47,18 +47,18 @@ protected:
         mRunner.writeFile("v.csv", valueFile());
         mRunner.writeFile("c.conf", "0,1,v.csv\n");
         mRunner.writeFile("r.bin", recordingOf(kSamplesPerPeriod));
-        // Whether pictures are drawn is not the question, and gnuplot need not be there.
+        // Pictures are not tested here, so gnuplot need not be installed.
         mRunner.writeFile("gnuplot", "#!/bin/sh\nexec cat\n");
         mRunner.run({"chmod", "+x", mRunner.path("gnuplot")});
     }
 
-    /** Runs a line of the shell, in which vx-case is the tool. */
+    /** Runs a shell command in which vx-case is the tool. */
     CommandResult shell(const std::string& line) const
     {
         return mRunner.run({"sh", "-c", "PATH=.:$(dirname " VX_CASE "):$PATH; " + line});
     }
 
-    /** The content of every file, by its path; without those that the runner makes. */
+    /** The content of every file by its path, without those of the runner. */
     std::map<std::string, std::string> allFiles() const
     {
         std::map<std::string, std::string> files;
@@ -92,7 +92,7 @@ TEST_F(OutputTest, LostBytesAreReported)
     EXPECT_EQ(mRunner.readFile("big.csv"), "");
 }
 
-/** As any command whose reader has seen enough, whether or not its parent ignores the signal. */
+/** Like any command whose reader has ended, whether or not its parent ignores the signal. */
 TEST_F(OutputTest, ClosedPipeEndsQuietly)
 {
     for (const char* const before : {"", "trap '' PIPE; "}) {
@@ -157,7 +157,7 @@ TEST_F(OutputTest, NoCommandOverwritesItsInput)
     }
 }
 
-/** Results whose names the user did not type replace nothing but themselves. */
+/** Results whose names the user did not give only replace earlier results. */
 TEST_F(OutputTest, AdditionalResultsReplaceNothing)
 {
     ASSERT_EQ(shell("mkdir own values same && echo mine > own/vx-simulator.conf && "
@@ -189,7 +189,7 @@ TEST_F(OutputTest, AdditionalResultsReplaceNothing)
     EXPECT_EQ(mRunner.readFile("values/vx-simulator.conf"), "");
 }
 
-/** What cannot stand in a line of a case configuration is refused; what breaks a comment, too. */
+/** Names that a line of a case configuration, or a comment, cannot contain are refused. */
 TEST_F(OutputTest, ConfigurationsOfImportsHaveValidNames)
 {
     ASSERT_EQ(shell("vx-case export v.csv -o 'a\nb.cfg'").mExitCode, 0);

@@ -32,7 +32,7 @@ struct System
     double mNegative = 0.0;  ///< sequence, of the positive one
     double mHarmonics = 0.0; ///< each of the orders 2 to 49, of the fundamental
 
-    /** Of the positive sequence, whose rms is 1, to a cosine at the nominal frequency. */
+    /** The positive sequence with rms 1, relative to a cosine at the nominal frequency. */
     Complex positiveAt(double t) const
     {
         const double wave = std::cos(base::kTwoPi * mModulationHz * t);
@@ -46,7 +46,7 @@ struct System
                mRadians * mModulationHz * std::sin(base::kTwoPi * mModulationHz * t);
     }
 
-    /** Of one of six phases. */
+    /** The phasor of one of six phases. */
     Complex phasorAt(size_t phase, double t) const
     {
         const Complex positive = positiveAt(t);
@@ -72,7 +72,7 @@ struct System
     }
 };
 
-/** A filter of the standard's reference models: its weights are a step apart. */
+/** A filter of the standard's reference models. */
 struct Filter
 {
     int mOrder;
@@ -100,7 +100,7 @@ struct Filter
     }
 };
 
-/** What the class makes of the positive sequence. */
+/** The positive sequence after the filter of the class. */
 struct Filtered
 {
     Filtered(const System& system, const Filter& filter, double t)
@@ -182,7 +182,7 @@ protected:
                                      : changingTimes(kLength));
     }
 
-    /** Of the rows of one phasor, against what is expected at a time. */
+    /** The largest errors of the rows of one phasor. */
     template <typename Expected>
     static double vectorError(const MeasuredRows& rows, Channel channel, Expected expected)
     {
@@ -281,7 +281,7 @@ class PhasorDynamicsTest : public PhasorTest
 INSTANTIATE_TEST_SUITE_P(Dynamic, PhasorDynamicsTest, testing::ValuesIn(kDynamic),
                          [](const auto& each) { return each.param.mName; });
 
-/** What is not steady comes out as the filter of the class leaves it. */
+/** Signals that are not steady have the values behind the filter of the class. */
 TEST_P(PhasorDynamicsTest, IsTheFilterOfTheClass)
 {
     const PhasorCase& testCase = GetParam();
@@ -335,7 +335,7 @@ TEST_F(PhasorTest, FramesNeedAWholeWindow)
     EXPECT_EQ(frames, expected);
 }
 
-/** A voltage of nothing has a magnitude, but neither angle nor frequency. */
+/** A voltage of 0 has a magnitude, but neither angle nor frequency. */
 TEST_F(PhasorTest, ZeroHasNoAngle)
 {
     measure::PhasorMeter meter({kFullSecondNs, kPhasorVolts, kAmperes, 50.0}, PhasorClass::M, 25);

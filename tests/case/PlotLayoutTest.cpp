@@ -14,7 +14,9 @@ using testing::HasSubstr;
 
 namespace {
 
-/** Pictures with all that makes a layout hard: long texts, large and small numbers, many commands.
+/**
+ * Pictures with everything that makes a layout hard: long texts, large and small numbers, many
+ * commands.
  */
 class RandomPicture
 {
@@ -125,7 +127,7 @@ void expectGoodAxis(const plot::Axis& axis)
 }
 } // namespace
 
-/** Nothing overlaps, all is in the picture, and the ticks are on their axes and say where. */
+/** Nothing overlaps, everything is inside the picture, and the ticks have correct positions. */
 TEST(PlotLayoutTest, NothingOverlaps)
 {
     std::mt19937 random = seededRandom();
@@ -152,7 +154,7 @@ TEST(PlotLayoutTest, NothingOverlaps)
     }
 }
 
-/** What fits is written out; a command's text is beside its arrow. */
+/** Texts that fit are complete; a command's text is beside its arrow. */
 TEST(PlotLayoutTest, PlacesTextsWhereTheyBelong)
 {
     const plot::Panel panel{"V", -1.0, 1.0, {{"U_{L1}", 0, false, {}}}};
@@ -195,7 +197,7 @@ TEST(LabelTextTest, CountsAndShortensLetters)
                 testing::ElementsAre("one; two;", "a lo…part;", "end"));
 }
 
-/** Names come from files: none of them may reach gnuplot as anything but a text. */
+/** Names come from files, so gnuplot must get them only as texts. */
 TEST(GnuplotScriptTest, QuotesTexts)
 {
     const plot::Panel panel{"it's\n`V`_x", 0.0, 2.0, {{"$a \"", 0, false, {{0, 1}}}}};

@@ -39,7 +39,7 @@ TEST(AxisTicksTest, HaveTheNumbersThatFit)
     EXPECT_EQ(labelsOf(plot::timeAxis(0.0, 1.0, 12.0)), "0 0.5 1");
 }
 
-/** Each column keeps its smallest and largest value, where they were. */
+/** Each column keeps its smallest and largest value, with their x. */
 TEST(EnvelopeTest, KeepsTheExtremesOfEachColumn)
 {
     const auto textOf = [](const plot::Envelope& envelope, size_t curve) {
@@ -116,7 +116,7 @@ TEST(BarLayoutTest, CommandsWithoutRoomKeepTheirArrows)
     EXPECT_EQ(plot::BarLayout(plot::Picture(), 0.0, 9.0, 50.0, empty).add(), 50.0);
 }
 
-/** What is played without a gap is one part; times count from the first stamp. */
+/** Playing without a gap is one part; times count from the first stamp. */
 TEST(PlayedBarTest, JoinsEqualParts)
 {
     plot::PlayedBar bar(5'000'000'000);

@@ -56,7 +56,7 @@ private:
     size_t mNext;
 };
 
-/** Two signals as they are read for a picture. */
+/** Reads two signals for a picture. */
 class PictureReaderTest : public testing::Test
 {
 protected:
@@ -87,7 +87,7 @@ protected:
 };
 } // namespace
 
-/** Whatever the blocks and beginnings are, all samples of a window are there, of both. */
+/** With any blocks and beginnings, the windows have all samples of both signals. */
 TEST_F(PictureReaderTest, KeepsTheWindowsOfBoth)
 {
     read({0, 5000, 16}, {500, 6000, 4096});
@@ -116,7 +116,7 @@ TEST_F(PictureReaderTest, ShowsTheRequestedTime)
     EXPECT_THROW(empty.choose(mSignals[0]->overview(), 0.0, 5.0), base::CaseError);
 }
 
-/** Of a steady signal without commands the beginning. */
+/** For a steady signal without commands, the beginning is shown. */
 TEST_F(PictureReaderTest, ShowsTheBeginning)
 {
     Swell::Shape steady;
@@ -126,7 +126,7 @@ TEST_F(PictureReaderTest, ShowsTheBeginning)
     EXPECT_EQ(chooser.choose(mSignals[0]->overview(), 0.0, 5.0)[0].mTitle, "the beginning");
 }
 
-/** From where the later one begins, at the sample that differs. */
+/** Compared from the beginning of the later signal; found at the differing sample. */
 TEST_F(PictureReaderTest, FindsTheDifference)
 {
     read({}, {500, 4000, 4096, 0.25});
@@ -142,7 +142,7 @@ TEST_F(PictureReaderTest, ComparesOnlyEqualInstants)
     EXPECT_FALSE(mDifference->isKnown());
 }
 
-/** What is made coarser later is what would have been made so from the beginning. */
+/** Making it coarser later gives the same as a coarse one from the beginning. */
 TEST(EnvelopeTest, LimitedEnvelopeEqualsACoarseOne)
 {
     for (const int count : {1, 9, 10, 39, 40, 41, 999}) {

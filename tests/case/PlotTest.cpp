@@ -17,7 +17,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/** Of 1 V; from the sample `jump` on of 0.4 V; a voltage and a current that stays. */
+/** A voltage of 1 V that falls to 0.4 V at the sample `jump`, and a constant current. */
 class Sag : public waveform::SignalSource
 {
 public:
@@ -75,7 +75,9 @@ protected:
 };
 } // namespace
 
-/** However long the curve, few points are left, in order, the least and the largest among them. */
+/**
+ * For any length of the curve few points remain, in order, including the smallest and the largest.
+ */
 TEST(EnvelopeTest, KeepsTheExtremesWithinItsColumns)
 {
     for (const int count : {1, 199, 200, 201, 100'000}) {
@@ -92,7 +94,7 @@ TEST(EnvelopeTest, KeepsTheExtremesWithinItsColumns)
     }
 }
 
-/** The period may be no whole number of samples, and the frequency not the nominal one. */
+/** Even if the period is not a whole number of samples, or the frequency not the nominal one. */
 TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
 {
     for (const auto& [hertz, rate, jump] :
@@ -116,7 +118,7 @@ TEST(OverviewTest, FindsTheJumpAndFollowsTheFrequency)
     }
 }
 
-/** As an import takes them by itself, or as its --channels said. */
+/** As an import chooses them, or by its --channels. */
 TEST(DrawnChannelsTest, AreInTheOrderOfThePhases)
 {
     waveform::SignalDescription description;
@@ -138,8 +140,10 @@ TEST(DrawnChannelsTest, AreInTheOrderOfThePhases)
     }
 }
 
-/** Of hundreds of changes alike and one that is larger, that one, from where any channel changes;
- * of those alike the first. */
+/**
+ * Of hundreds of equal changes and one larger one, the larger one is kept, from its first change in
+ * any channel; of the equal ones the first.
+ */
 TEST(ChangeDetectorTest, KeepsTheHighestScores)
 {
     plot::ChangeDetector detector{plot::DrawnChannels(Sag(50.0, 1000.0, 0).description())};
@@ -167,7 +171,7 @@ TEST(ChangeDetectorTest, KeepsTheHighestScores)
               "12.35 s: 1234 Hz → 99.4 Hz");
 }
 
-/** A window that is opened late has what came before; what is forgotten is gone. */
+/** A window that is opened late has the samples before, except for those that were released. */
 TEST(WaveformWindowsTest, KeepsTimesThatAreRequestedLater)
 {
     plot::WaveformWindows windows(1);
@@ -220,7 +224,7 @@ TEST_F(PlotTest, ChoosesUnits)
                 AllOf(HasSubstr("set xrange [1.0001:1.0004]"), HasSubstr("[-103.5:103.5]")));
 }
 
-/** A recording of the driver: what is played when, the command, and the waveforms at the switch. */
+/** A recording of the driver: what was played, the command, and the waveforms at the switch. */
 TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
 {
     mRunner.writeFile("vx.conf", "0,1,a.csv\n1,1,b.csv\n");
@@ -262,7 +266,7 @@ TEST_F(PlotTest, ShowsWhatWasPlayedAndWhereItChanged)
     EXPECT_THAT(plot("r.bin --from 0 --to 0.03").mOutput, HasSubstr("set xrange [0:0.03]"));
 }
 
-/** Whatever part of it was imported, and however many periods were put before. */
+/** For any imported part, and any number of periods before it. */
 TEST_F(PlotTest, DrawsAnImportOverItsRecording)
 {
     const auto vxCase = [this](const std::string& arguments) {

@@ -23,7 +23,7 @@ std::vector<double> uniformTimes(double rate, double seconds)
     return times;
 }
 
-/** A signal as a recorder would have it, and what it takes to have it at other instants. */
+/** A signal as recorded, and its interpolation to other instants. */
 struct Recorded
 {
     Recorded(const ClosedForm& signal, const std::vector<double>& seconds)
@@ -48,7 +48,7 @@ struct Recorded
     std::vector<resampling::SourceColumn> mColumns;
 };
 
-/** The largest error of the lines that are so many seconds from jumps and ends. */
+/** The largest error of the lines that are far enough from jumps and ends. */
 double errorOf(const ClosedForm& signal, Recorded& recorded, const resampling::Schedule& schedule,
                double distance)
 {
@@ -68,7 +68,7 @@ double errorOf(const ClosedForm& signal, Recorded& recorded, const resampling::S
     return largest;
 }
 
-/** How far the phase at the beginnings of the periods strays, in degrees. */
+/** Largest phase error at the beginnings of the periods, in degrees. */
 double phaseErrorOf(const ClosedForm& signal, const resampling::Schedule& schedule)
 {
     double least = 1e9;
@@ -91,7 +91,7 @@ struct Case
     double mPhaseDegrees; ///< allowed
 };
 
-/** Else the list of tests shows bytes. */
+/** Otherwise the list of tests shows bytes. */
 void PrintTo(const Case& testCase, std::ostream* out)
 {
     *out << testCase.mName;
@@ -109,7 +109,7 @@ class ResamplingTest : public testing::TestWithParam<std::tuple<Case, double>>
 {
 };
 
-/** Both ways of setting the lines, against the signal itself. */
+/** Both ways of timing the lines, compared with the signal itself. */
 TEST_P(ResamplingTest, IsExact)
 {
     const auto& [testCase, rate] = GetParam();
@@ -135,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, ResamplingTest,
                          });
 
 namespace {
-/** Largest error between two instants, by a step that meets no sample. */
+/** Largest error between two instants, in steps that do not coincide with samples. */
 double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, double to)
 {
     resampling::Interpolator interpolator(recorded.mTimes, recorded.mColumns, 18'000.0);
@@ -151,7 +151,7 @@ double errorBetween(const ClosedForm& signal, Recorded& recorded, double from, d
 }
 } // namespace
 
-/** Tones up to four tenths of the rate, at instants that meet no sample; a recorder's own clock. */
+/** Tones up to 0.4 of the rate, at instants between samples; the recorder has its own clock. */
 TEST(RecorderTest, AnyBandLimitedSignalIsExactBetweenItsSamples)
 {
     std::mt19937 random = seededRandom();
@@ -187,7 +187,7 @@ TEST(RecorderTest, AnyBandLimitedSignalIsExactBetweenItsSamples)
     }
 }
 
-/** A constant and harmonics vanish under the window. */
+/** The window rejects constants and harmonics. */
 TEST(PhaseMeterTest, SeesTheFundamentalAlone)
 {
     std::mt19937 random = seededRandom();
@@ -218,7 +218,7 @@ TEST(PhaseMeterTest, SeesTheFundamentalAlone)
 TEST(RecorderTest, CoarseTimeStampsAreHandled)
 {
     const ClosedForm signal;
-    // Several samples have the same tick of a millisecond; those of 1.5 and 2.1 a step never do.
+    // Several samples share a tick of 1 ms; with 1.5 or 2.1 ticks per step, none do.
     for (const double ticks : {1e6, 1e3, 7e3, 1e4}) {
         std::vector<double> seconds = uniformTimes(4800.0, 1.0);
         for (double& time : seconds) {
@@ -261,7 +261,9 @@ TEST(RecorderTest, CoarseTimeStampsAreHandled)
     EXPECT_LE(errorBetween(signal, skewed, 0.1, 0.9), kLargestError);
 }
 
-/** Where there is nothing to measure, also at the ends, the frequency goes on, and that is told. */
+/**
+ * If nothing can be measured, also at the ends, the frequency is extrapolated, which is reported.
+ */
 TEST(RecorderTest, GapsAtTheEndsAreReported)
 {
     Recorded recorded({}, uniformTimes(4800.0, kSeconds));
@@ -303,7 +305,7 @@ TEST(RecorderTest, FaultsAreBridged)
     }
 }
 
-/** What lies above half the output's rate is removed, but not from instants that are samples'. */
+/** Content above half the output's rate is removed, even at instants of samples. */
 TEST(RecorderTest, FastSourcesAreFiltered)
 {
     const std::vector<double> seconds = uniformTimes(36'000.0, 0.1);
@@ -322,7 +324,9 @@ TEST(RecorderTest, FastSourcesAreFiltered)
     }
 }
 
-/** What is odd about its ends goes on beyond them as its mirror image: exact up to the last sample.
+/**
+ * A signal that is odd about its ends continues as its point reflection: exact up to the last
+ * sample.
  */
 TEST(RecorderTest, EndsAreMirrored)
 {
@@ -341,7 +345,9 @@ TEST(RecorderTest, EndsAreMirrored)
     }
 }
 
-/** Triangular numbers are on a parabola, so all that the cubics add is at the ends: tangents. */
+/**
+ * Triangular numbers lie on a parabola, so the cubics differ from it only at the ends: tangents.
+ */
 TEST(PhaseTrackTest, IsSmoothUpToItsEnds)
 {
     const resampling::PhaseTrack track(2.0, 0.5, {0.0, 1.0, 3.0, 6.0}, {});

@@ -7,7 +7,7 @@
 #include "Files.h"
 #include "base/CaseError.h"
 
-/** Nobody ever sees half of a result: what is there under the name is the old file or the new. */
+/** A result is never visible in part: the name refers to the old file or to the new one. */
 TEST(ResultFileTest, AppearsWholeOrNotAtAll)
 {
     const TestFiles files;
@@ -26,7 +26,7 @@ TEST(ResultFileTest, AppearsWholeOrNotAtAll)
     EXPECT_EQ(QDir(files.path("").c_str()).entryList(QDir::Files).size(), 1);
 }
 
-/** What is to be kept may only be written as it is. */
+/** A kept file may only be written with the same content. */
 TEST(ResultFileTest, KeepsExistingFiles)
 {
     const std::string old = std::string(100'000, 'x') + "end";

@@ -10,7 +10,8 @@
 
 #include "explain/Explanation.h"
 
-/** Everything in short: "0,1: a.csv x2" is a segment of two passes, "!missing 360 @801" a finding.
+/**
+ * Results in short form: "0,1: a.csv x2" is a segment of two passes, "!missing 360 @801" a finding.
  */
 class ShortOutput : public explain::ExplanationOutput
 {

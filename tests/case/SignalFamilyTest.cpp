@@ -8,7 +8,7 @@
 namespace {
 using generate::FamilyKind;
 
-/** The wave of a family with its defaults, but for some settings. */
+/** The wave of a family with its defaults and some changed settings. */
 generate::WaveParameters waveOf(FamilyKind kind, const generate::Settings& changed)
 {
     const generate::SignalFamily& family = generate::familyOf(kind);
@@ -43,7 +43,7 @@ TEST(SignalFamilyTest, ParametersHaveRanges)
     EXPECT_EQ(generate::familyOf(FamilyKind::Steady).find("percent"), nullptr);
 }
 
-/** It begins at its angle after the lead; the tail begins with the period that follows its end. */
+/** The event begins at its angle after the lead; the tail begins with the first period after it. */
 TEST(SignalFamilyTest, EventLiesInWholePeriods)
 {
     const struct
@@ -110,7 +110,7 @@ TEST(SignalFamilyTest, RampHasItsDuration)
     }
 }
 
-/** Currents swing as the voltages do, unless they have values of their own. */
+/** Currents are modulated like the voltages, unless they have their own values. */
 TEST(SignalFamilyTest, ModulationOfTheCurrents)
 {
     const auto same = waveOf(FamilyKind::Modulation, {{"percent", 10}, {"radians", 0.1}});
@@ -132,7 +132,7 @@ TEST(SignalFamilyTest, ModulationOfTheCurrents)
     }
 }
 
-/** Two changes a cycle, each from one half of the percentage to the other. */
+/** Two changes per cycle, each from one half of the percentage to the other. */
 TEST(SignalFamilyTest, FlickerAndUnbalance)
 {
     const auto flicker = waveOf(FamilyKind::Flicker, {{"changes", 120}, {"percent", 3}});
@@ -159,7 +159,7 @@ TEST(SignalFamilyTest, FlickerAndUnbalance)
     EXPECT_NEAR(std::abs(zero), 0.03, 1e-9);
 }
 
-/** Only orders that have a value are there. */
+/** Only orders with a value exist. */
 TEST(SignalFamilyTest, HarmonicsAndTones)
 {
     const auto harmonics = waveOf(FamilyKind::Harmonics, {{"h2", 0.5}, {"h50", 1}, {"phases", 2}});
@@ -183,7 +183,7 @@ TEST(SignalFamilyTest, HarmonicsAndTones)
     EXPECT_EQ(transient.mTones[0].mChannels.to_ulong(), 0b0000'0111U);
 }
 
-/** No part of a wave may leave 32 bits, at its most unfavourable instant. */
+/** No sum of the peaks of all parts may exceed 32 bits. */
 TEST(WaveParametersTest, PeakIsTheSumOfAllParts)
 {
     constexpr double kMax = 2147483647.0;

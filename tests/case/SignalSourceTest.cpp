@@ -15,7 +15,7 @@ std::string bytesOf(const std::vector<SampleRecord>& records)
 }
 } // namespace
 
-/** The step changes with the block, not with the line; what cannot be played changes nothing. */
+/** The step changes with the block, not with the line; unplayable frequencies change nothing. */
 TEST(SignalSourceTest, ValueFileHasTheTimesOfTheSimulator)
 {
     const TestFiles files;
@@ -63,7 +63,7 @@ TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
         records[i].mNanoseconds = i % 2 == 0 ? 999'999'998 - 500'000'000 : 999'999'999;
         records[i].mValues[7] = -static_cast<qint32>(i);
     }
-    records[4998].mSeconds = 5; // a step back: the last step goes on
+    records[4998].mSeconds = 5; // a step back: the last step is repeated
     records[4999].mSeconds = 5;
     waveform::DriverRecordingSource source(
         files.make("record", bytesOf(records) + "rest").toStdString());
@@ -80,7 +80,7 @@ TEST(SignalSourceTest, DriverRecordingHasTheTimesOfItsStamps)
                             "4 bytes at the end are no whole record: left out"));
 }
 
-/** A single byte is left out as well, and told. */
+/** A single byte is left out, too, and reported. */
 TEST(SignalSourceTest, IncompleteRecordIsReported)
 {
     const TestFiles files;

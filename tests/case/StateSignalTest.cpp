@@ -12,7 +12,7 @@
 #include "states/StateLayout.h"
 #include "states/StateSignal.h"
 
-/** States of a text, laid out. */
+/** The layout and signal of states in a text. */
 struct Played
 {
     explicit Played(const std::string& text, bool isAligned = false)
@@ -60,7 +60,7 @@ swing = { hz = 25, voltage = 0.5, current = -0.5, degrees = 90 }
         size_t mChannel;
         double mValue;
     };
-    // The second state goes on from line 450 to 510, where A is at 180 degrees; the swing is at its
+    // The second state lasts from line 450 to 510, where A is at 180 degrees; the swing has its
     // peak 180 lines, a quarter of its period, later.
     const Case cases[] = {
         {0, 0, 100 * 100 * peak * 0.5},
@@ -88,7 +88,9 @@ swing = { hz = 25, voltage = 0.5, current = -0.5, degrees = 90 }
 }
 
 namespace {
-/** A random sequence of states: at, periods or seconds, steps and ramps of the frequency, swings.
+/**
+ * A random sequence of states with `at`, periods or seconds, steps and ramps of the frequency, and
+ * swings.
  */
 std::string randomStates(std::mt19937& random)
 {
@@ -113,7 +115,9 @@ std::string randomStates(std::mt19937& random)
     return text;
 }
 
-/** Of the space vector of three phases, less a degree for each line: no amplitude changes it. */
+/**
+ * Angle of the space vector of three phases, minus a degree per line; independent of the amplitude.
+ */
 double degreesOfPhases(const generate::LineValues& values, size_t first, size_t line)
 {
     const double alpha = (2.0 * values[first] - values[first + 1] - values[first + 2]) / 3.0;
@@ -124,7 +128,9 @@ double degreesOfPhases(const generate::LineValues& values, size_t first, size_t 
 
 } // namespace
 
-/** The voltages turn on through every state; a swing moves the currents by what it says. */
+/**
+ * The phase of the voltages is continuous in every state; a swing shifts the currents as specified.
+ */
 TEST(StateSignalTest, PhaseIsContinuous)
 {
     std::mt19937 random = seededRandom();
@@ -148,7 +154,7 @@ TEST(StateSignalTest, PhaseIsContinuous)
     }
 }
 
-/** A frequency begins with a period of the file; what that costs is told. */
+/** A frequency begins with a period of the file; the resulting delay is reported. */
 TEST(StateLayoutTest, FollowsFrequencies)
 {
     const std::string text = R"(

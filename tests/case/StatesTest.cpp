@@ -15,7 +15,7 @@
 #include "states/StateLayout.h"
 #include "waveform/ValueFileSource.h"
 
-/** Each names the place in the file. */
+/** Each message has the position in the file. */
 TEST(StateFileTest, ReportsErrorsWithTheirPosition)
 {
     struct Case
@@ -176,7 +176,7 @@ TEST(StateFileTest, ReportsErrorsWithTheirPosition)
     }
 }
 
-/** What the JSON says of each state is what a Fourier sum finds in its lines. */
+/** The values of each state in the JSON agree with a Fourier sum over its lines. */
 TEST(StatesTest, TruthIsInTheSamples)
 {
     std::mt19937 random = seededRandom();
@@ -212,12 +212,12 @@ TEST(StatesTest, TruthIsInTheSamples)
                        std::polar(std::sqrt(2.0) / 360.0,
                                   (90.0 - double(line)) * base::kRadiansPerDegree);
             }
-            const auto& told = state["channels"][channel];
-            const double rms = told["fundamentalRms"];
+            const auto& values = state["channels"][channel];
+            const double rms = values["fundamentalRms"];
             EXPECT_NEAR(std::abs(sum), rms, 0.1) << begin << ' ' << channel;
             const std::complex<double> expected =
                 rms == 0.0 ? 0.0
-                           : std::polar(rms, told["fundamentalDegrees"].get<double>() *
+                           : std::polar(rms, values["fundamentalDegrees"].get<double>() *
                                                  base::kRadiansPerDegree);
             EXPECT_LE(std::abs(sum - expected), 0.1) << begin << ' ' << channel;
         }

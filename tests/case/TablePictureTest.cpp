@@ -91,7 +91,8 @@ protected:
 };
 } // namespace
 
-/** Volts and amperes apart, in time since the first value of the table, without a line over a gap.
+/**
+ * Volts and amperes are separate, over the time since the first value, without a line over a gap.
  */
 TEST_F(TablePictureTest, DrawsAQuantityOverTime)
 {
@@ -111,12 +112,12 @@ TEST_F(TablePictureTest, DrawsAQuantityOverTime)
     EXPECT_EQ(points[5].mY, 238.0);
     const std::vector<plot::Point> alone = assess::splitAtGaps({{0.0, 1.0}, {9.0, 2.0}}, 5.0);
     ASSERT_EQ(alone.size(), 5U);
-    EXPECT_EQ(alone[0].mX, 1.0); // a value alone is a dash
+    EXPECT_EQ(alone[0].mX, 1.0); // a single value is a dash
     EXPECT_EQ(alone[3].mX, 8.0);
     EXPECT_THAT(picture.mCaption, HasSubstr("14 values; 0 s is 2026-01-01T00:00:00.0"));
 }
 
-/** Else a voltage and a current had the same colour. Intervals are in the title. */
+/** Otherwise a voltage and a current would have the same colour. Intervals are in the title. */
 TEST_F(TablePictureTest, KeepsVoltagesAndCurrentsApart)
 {
     mTable.series({"thd-10min", "UA"}).add({beginNs(), 1.0});
@@ -128,7 +129,7 @@ TEST_F(TablePictureTest, KeepsVoltagesAndCurrentsApart)
     EXPECT_THAT(column.mTitle, HasSubstr("10 minutes"));
 }
 
-/** An event has one value, and a line of one point would not be seen. */
+/** An event has one value, and a line with one point would be invisible. */
 TEST_F(TablePictureTest, DrawsEventsAsBarsFromZero)
 {
     const plot::WaveColumn column = mPicture.overTime("dip-residual").mColumns[0];
@@ -139,7 +140,7 @@ TEST_F(TablePictureTest, DrawsEventsAsBarsFromZero)
     EXPECT_GT(column.mTo, 0.2);
 }
 
-/** The window holds the moment: its time is its end. */
+/** The window contains the moment; its time stamp is its end. */
 TEST_F(TablePictureTest, DrawsTheHarmonicsOfTheWindow)
 {
     for (const auto& [at, second] : std::vector<std::pair<std::string, double>>{
@@ -160,7 +161,7 @@ TEST_F(TablePictureTest, DrawsTheHarmonicsOfTheWindow)
                           "2026-01-01T00:00:00.200000000Z to 2026-01-01T00:00:00.600000000Z"));
 }
 
-/** Of the nearest frame; one without an angle has no arrow. */
+/** The nearest frame is drawn; a phasor without an angle has no arrow. */
 TEST_F(TablePictureTest, DrawsThePhasorsOfTheFrame)
 {
     for (const auto& [at, volts] : std::vector<std::pair<std::string, double>>{
@@ -182,7 +183,7 @@ TEST_F(TablePictureTest, DrawsThePhasorsOfTheFrame)
     EXPECT_NE(messageOf([this] { mPicture.phasors("0.031"); }), "");
 }
 
-/** The first row decides what is drawn, if nothing else does. */
+/** By default, the first row decides what is drawn. */
 TEST_F(TablePlotTest, DrawsATableIntoAFile)
 {
     ASSERT_EQ(plot("t.csv -o x.svg").mExitCode, 0);

@@ -54,7 +54,7 @@ TEST(TimeColumnTest, SplitsTheUnitFromTheName)
     }
 }
 
-/** A name counts before a unit, and that before being the first; the second column falls. */
+/** A name has priority over a unit, and a unit over being the first; the second column falls. */
 TEST(TimeColumnTest, FindsTheColumnThatIsTheTime)
 {
     constexpr size_t kNone = 99;

@@ -40,7 +40,7 @@ TEST(WaveTest, HarmonicsAndDisturbancesChangeTheirChannels)
 }
 
 namespace {
-/** Random waves, within what can be written. */
+/** Random waves that can be written. */
 class RandomWaves
 {
 public:
@@ -79,7 +79,7 @@ double sineOfDegrees(double degrees)
     return std::sin(degrees / 180.0 * M_PI);
 }
 
-/** As the parameters describe it; nothing within a line of an edge. */
+/** The value by the parameters; no value within a line of an edge. */
 std::optional<double> closedFormOf(const generate::WaveParameters& wave, qint64 line,
                                    double seconds, size_t channel)
 {
@@ -146,7 +146,7 @@ TEST(WaveTest, AnyWaveMatchesItsClosedForm)
     EXPECT_GT(compared, 100'000U);
 }
 
-/** A rectangle changes every half cycle, on the nearest line; a disturbance ends before its end. */
+/** A rectangle changes every half cycle, on the nearest line; a disturbance excludes its end. */
 TEST(StepEnvelopeTest, ChangesOnTheNearestLine)
 {
     generate::WaveParameters wave;

@@ -18,7 +18,7 @@ waveform::SignalDescription oneChannel(double nominalHz)
     return description;
 }
 
-/** A sine of 10 V at a constant of 1 V, in blocks of so many samples. */
+/** A sine of 10 V with a DC component of 1 V, in blocks of this size. */
 waveform::Measures measured(const waveform::SignalDescription& description, double hertz,
                             size_t samples, size_t blockSize)
 {
@@ -37,7 +37,9 @@ waveform::Measures measured(const waveform::SignalDescription& description, doub
 }
 } // namespace
 
-/** Sums are the same whatever the blocks are, also of one sample and of a few beyond four. */
+/**
+ * Sums do not depend on the blocks, which may have one sample or a few beyond a multiple of four.
+ */
 TEST(MeasuresTest, DoNotDependOnTheBlocks)
 {
     const waveform::SignalDescription description = oneChannel(50.0);
@@ -74,7 +76,7 @@ TEST(MeasuresTest, FindTheFrequency)
     }
 }
 
-/** The purer one where one share is below nine tenths of the other; else the smaller error. */
+/** The purer one if a share is below 0.9 of the other; otherwise the one with the smaller error. */
 TEST(FrequencyMeterTest, TakesTheBetterOfTwoResults)
 {
     using Result = waveform::FrequencyMeter::Result;
@@ -100,7 +102,7 @@ TEST(FrequencyMeterTest, TakesTheBetterOfTwoResults)
     }
 }
 
-/** What an import writes is read back; other comments, and channels that are none, are not. */
+/** The comments of an import are read back; other comments and invalid channels are ignored. */
 TEST(ImportMarkTest, ReadsBackAsWritten)
 {
     const TestFiles files;

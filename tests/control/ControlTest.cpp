@@ -41,7 +41,7 @@ void append(const std::string& path, const std::string& bytes)
 int departingReader = -1;
 uid_t strangerAsOwner = 0;
 
-/** What is wrong when "s1" is written into a FIFO. */
+/** The error of writing "s1" into a FIFO. */
 std::string problemOf(const std::string& path)
 {
     control::ControlFifo fifo(QString::fromStdString(path));
@@ -60,7 +60,7 @@ std::string lineFrom(int reader)
     return line;
 }
 
-/** What "vx-control" does with these options, in a thread; its exit status. */
+/** Runs "vx-control" with these options in a thread; its exit status. */
 std::future<int> delivery(const QStringList& options, const control::PlayRequest& request)
 {
     return std::async(std::launch::async, [=] {
@@ -71,7 +71,7 @@ std::future<int> delivery(const QStringList& options, const control::PlayRequest
 }
 } // namespace
 
-/** Called between opening and writing: a reader can go away there. */
+/** Called between opening and writing, where a reader may close the FIFO. */
 extern "C" int fstat(int descriptor, struct stat* status) noexcept
 {
     if (departingReader >= 0) {

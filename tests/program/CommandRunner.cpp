@@ -78,7 +78,7 @@ CommandResult CommandRunner::run(const Words& command) const
                             "XDG_CONFIG_DIRS=/nowhere/xdg",
                             "LC_ALL=C.UTF-8",
                             "HOME=" + directory};
-    std::signal(SIGINT, SIG_DFL); // ignored where the tests were started in the background
+    std::signal(SIGINT, SIG_DFL); // ignored if the tests were started in the background
     const auto begin = std::chrono::steady_clock::now();
     const pid_t child = start(joined(prepared, command), path(kOutputName), path(kErrorsName));
     int status = 0;

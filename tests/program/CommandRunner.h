@@ -5,7 +5,7 @@
 
 #include "Files.h"
 
-/** How a command ended and what it wrote. Can be printed, for a failing test. */
+/** The result and output of a command. Can be printed, for a failing test. */
 struct CommandResult
 {
     int mExitCode = -1;     ///< -1 when a signal ended it

@@ -23,7 +23,7 @@ printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort
 )";
 } // namespace
 
-/** The offers for the last word of a command line, sorted. */
+/** The completions of the last word of a command line, sorted. */
 class CompletionTest : public testing::Test
 {
 protected:

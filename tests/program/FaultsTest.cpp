@@ -38,7 +38,7 @@ TEST(FaultsTest, ReadBackAsWritten)
     EXPECT_EQ(sandbox::parseFault("f2h:1:stall=0.25").mStallNs, kSecondNs / 4);
 }
 
-/** Write by write: the index of the fault that it meets; of several, the one given first. */
+/** For each write the index of the fault that it triggers; of several, the first one. */
 TEST(FaultsTest, AreTriggeredWriteByWrite)
 {
     const struct
@@ -76,7 +76,7 @@ TEST(FaultsTest, AreTriggeredWriteByWrite)
     }
 }
 
-/** Only as long as the next write would meet it, and not ahead of the first block. */
+/** Only as long as the next write would trigger it, and not before the first block. */
 TEST(FaultsTest, FileVanishesForTheGivenWrites)
 {
     sandbox::FaultPlan plan = planOf({"adc-in:2:vanish", "f2h:1s:vanish"});

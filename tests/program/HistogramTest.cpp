@@ -20,7 +20,7 @@ TEST(HistogramTest, PercentilesOfSmallValuesAreExact)
     }
 }
 
-/** Beside a larger value, so that the value is seen through its bin and not as the maximum. */
+/** With a second, larger value, so that the value is read from its bin and not as the maximum. */
 TEST(HistogramTest, EveryMagnitudeIsWithinItsResolution)
 {
     for (unsigned bit = 0; bit < 64; ++bit) {

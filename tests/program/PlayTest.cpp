@@ -11,7 +11,7 @@ constexpr quint32 kPeriod = 2'000'000; ///< in units of 10 ns
 constexpr size_t kBlocksFromPacingToPacing = 11;
 constexpr char kLoopBegins[] = "INFO Simulator Starting endless simulation loop\n";
 
-/** Of a core; a program that waits takes a few percent, one that spins takes all it gets. */
+/** Part of a core: a program that waits uses a few percent, one that spins uses all. */
 constexpr double kSpinningShare = 0.5;
 
 /** The number of lines of each value file. */
@@ -81,13 +81,13 @@ void PlayTest::explain(bool withEvents)
         mRunner.run(joined(words, withEvents ? Words{"--events", "events.jsonl"} : Words{}));
     mPlayed.clear();
     for (const std::string& line : split(result.mOutput, '\n')) {
-        const auto told = nlohmann::json::parse(line);
-        if (told["kind"] == "stretch") {
-            mPlayed += repeated(told["file"].get<std::string>() + " ", told["passes"]);
-        } else if (told["kind"] == "verdict") {
-            mMissing = told["missing"];
+        const auto object = nlohmann::json::parse(line);
+        if (object["kind"] == "stretch") {
+            mPlayed += repeated(object["file"].get<std::string>() + " ", object["passes"]);
+        } else if (object["kind"] == "verdict") {
+            mMissing = object["missing"];
         } else {
-            ASSERT_TRUE(told["kind"] == "command" || told["finding"] == "missing") << line;
+            ASSERT_TRUE(object["kind"] == "command" || object["finding"] == "missing") << line;
         }
     }
     ASSERT_EQ(result.mExitCode, mMissing == 0 ? 0 : 1) << result;

@@ -4,7 +4,7 @@
 #include "SandboxedTest.h"
 
 /**
- * The real program in the sandbox, judged by what arrived at the driver and by the log. Makes value
+ * The real program in the sandbox, judged by the stream at the driver and by the log. Makes value
  * files of 50 Hz, case-NUMBER.csv; each of their lines can be recognised in a recording.
  */
 class PlayTest : public SandboxedTest

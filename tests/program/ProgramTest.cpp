@@ -31,7 +31,7 @@ TEST_F(ProgramTest, PlaysInOrderAndFollowsTheOperator)
 
 /**
  * With nothing to play at first, the program does not spin or flood the log, and follows the
- * operator, also when it was started without its three standard descriptors.
+ * operator, even if it was started without its three standard descriptors.
  */
 TEST_F(ProgramTest, IdleProgramWaitsForTheOperator)
 {
@@ -80,7 +80,7 @@ TEST_F(ProgramTest, PlaysOnAfterEveryFault)
                              4));
     expectInStep();
     EXPECT_EQ(summary(mResult)["faulted writes"], std::to_string(106 + 6 + 6)) << mResult;
-    // The rest of a record after a short write; an attribute does not take a write at an offset.
+    // The rest of a record after a short write: an attribute refuses a write at an offset.
     EXPECT_EQ(summary(mResult)["refused writes"], "2") << mResult;
 }
 

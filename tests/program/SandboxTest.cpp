@@ -45,7 +45,7 @@ std::string commandOf(const Write& write)
            " oflag=seek_bytes conv=notrunc status=none; echo $?\n";
 }
 
-/** How the sandbox ends, and what it says then. */
+/** How the sandbox ends, and its message. */
 struct Ending
 {
     const char* mArguments; ///< "|" between them
@@ -120,7 +120,7 @@ std::string endOf(const std::string& events)
 }
 } // namespace
 
-/** What the sandbox promises to any program. */
+/** The guarantees of the sandbox for any program. */
 class SandboxTest : public SandboxedTest
 {
 protected:
@@ -181,7 +181,7 @@ TEST_F(SandboxTest, SendCountsFromTheFirstBlock)
     EXPECT_GE(std::stoll(lines[3]) - std::stoll(lines[0]), 400'000'000);
 }
 
-/** Then the program is ended; its own input is empty. */
+/** At the end of the input the program is stopped; its own input is empty. */
 TEST_F(SandboxTest, CommandsOfStandardInputAreSentUntilItEnds)
 {
     mRunner.writeFile("program",
@@ -235,7 +235,7 @@ TEST_F(SandboxTest, LostResultIsAFailure)
     }
 }
 
-/** All that a judge of the run knows about its end. */
+/** Everything that a judge of the run knows about its end. */
 TEST_F(SandboxTest, EventsTellHowTheRunEnded)
 {
     const std::string block = "head -c 48 /dev/zero >/dev/adc-in; ";
@@ -285,7 +285,7 @@ TEST_F(SandboxTest, EventsTellHowTheRunEnded)
 #endif
 }
 
-/** Root is refused as well, as by the real attributes. */
+/** Even root is refused, as with the real attributes. */
 TEST_F(SandboxTest, FilesOpenForReadingOrForWriting)
 {
     const CommandResult result = shell(

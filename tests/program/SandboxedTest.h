@@ -27,7 +27,7 @@ protected:
     /** Writes the logging configuration that kSimulator names. */
     SandboxedTest();
 
-    /** Leaves out of the errors the line about the place of the control FIFO. */
+    /** Leaves the line with the path of the control FIFO out of the errors. */
     CommandResult sandbox(const Words& arguments) const;
     CommandResult sandbox(const Words& options, const Words& program) const;
 
@@ -37,7 +37,7 @@ protected:
     /** A logging configuration: "LEVEL LOGGER TEXT" lines into the file `logName`. */
     static std::string trackConfiguration(const std::string& logName);
 
-    /** The log, with STAMP and SECONDS in place of what differs from run to run. */
+    /** The log, with STAMP and SECONDS in place of values that differ between runs. */
     std::string log(const std::string& name = "simulator.log") const;
 
     /** What the program printed before the sandbox's summary. */

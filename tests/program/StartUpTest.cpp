@@ -49,7 +49,7 @@ TEST_F(StartUpTest, CommandLineAndMissingFiles)
     const std::string noFile = "Specified configuration file not found: ";
     const std::string trackName = "vx-simulator.trackconfig.xml";
     const Words withTrack = joined(mCopy, {"--track", "track.xml"});
-    // A program in one of the other directories does not list it twice.
+    // A program in one of the other directories does not list that directory twice.
     const Words inEtc =
         after(std::string("cp ") + VX_SIMULATOR + " /etc/vx", {"/etc/vx/vx-simulator"});
     expectEnd({VX_SIMULATOR, "--version"}, 0, "vx-simulator 1.2.1524 by yocto\n", "", "");
@@ -96,7 +96,7 @@ TEST_F(StartUpTest, TakesDefaultFilesFromTheFirstDirectory)
     EXPECT_EQ(split(log("own.log"), '\n').front() + "\n", kStartLine);
 }
 
-/** Only one that cannot be used is replaced; one that is silent on purpose stays. */
+/** Only an unusable one is replaced; an intentionally silent one is kept. */
 TEST_F(StartUpTest, ReplacesAnUnusableLoggingConfiguration)
 {
     const std::string name = "größe.xml";

@@ -92,7 +92,7 @@ TEST(StreamStatisticsTest, SpeedIsThatOfTheBursts)
     }
 }
 
-/** At 60 Hz, bursts are shorter; that must not look like a slower stream. */
+/** At 60 Hz, bursts are shorter, which must not look like a slower stream. */
 TEST(StreamStatisticsTest, ShorterBurstsDoNotChangeTheSpeed)
 {
     Stream stream;

@@ -9,7 +9,7 @@ size_t allocationsSoFar()
     return gAllocations;
 }
 
-// The sanitizer needs them for itself; there nothing is counted.
+// The sanitizer has its own; with it, nothing is counted.
 #ifndef VX_HAS_ADDRESS_SANITIZER
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the C library's names

@@ -16,8 +16,8 @@ struct LogEvent
 using Lines = std::vector<std::string>;
 
 /**
- * Takes all log output of every level while it lives. At its end it expects that every ERROR and
- * FATAL that was logged had been counted, and nothing else.
+ * Captures all log output of every level while it lives. At its end it expects that exactly the
+ * logged ERROR and FATAL lines were counted.
  */
 class LogCapture
 {

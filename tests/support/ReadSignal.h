@@ -28,7 +28,7 @@ inline waveform::SignalBlock readAll(waveform::SignalSource& source)
     return all;
 }
 
-/** What a failing operation says; empty when it does not fail. */
+/** The message of a failing operation; empty if it does not fail. */
 template <typename Operation>
 std::string errorIfAny(Operation operation)
 {
@@ -40,7 +40,7 @@ std::string errorIfAny(Operation operation)
     return {};
 }
 
-/** What a failing operation says; the test fails when it does not fail. */
+/** The message of a failing operation; the test fails if it does not fail. */
 template <typename Operation>
 std::string errorOf(Operation operation)
 {

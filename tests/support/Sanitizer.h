@@ -1,7 +1,6 @@
 #pragma once
 
-/** Defined where the address sanitizer is built in, which needs memory and has its own allocator.
- */
+/** Defined with the address sanitizer, which needs memory and has its own allocator. */
 #if defined(__SANITIZE_ADDRESS__)
 #define VX_HAS_ADDRESS_SANITIZER
 #elif defined(__has_feature)

@@ -6,7 +6,7 @@
 #include "MemoryFile.h"
 
 namespace {
-/** Remembers what it makes of a file. */
+/** Records the results of loading a file. */
 class WatchedValues : public InputValues
 {
 public:
@@ -22,7 +22,7 @@ public:
         }
     }
 
-    /** All lines: it goes on after a rejected one. */
+    /** Loads all lines: continues after a rejected one. */
     void load(const QString& path, const std::string& bytes)
     {
         const int errorsBefore = sErrorCounter;

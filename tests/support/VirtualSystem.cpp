@@ -30,7 +30,7 @@ int fail(int error)
     return -1;
 }
 
-/** True when none is left; else counts one. */
+/** True if none is left; otherwise counts down. */
 bool isDue(int* left)
 {
     if (*left == 0) {
@@ -121,7 +121,7 @@ extern "C" int nanosleep(const timespec* request, timespec* remaining)
 
 #ifdef __USE_TIME_BITS64
 namespace {
-/** What a library hands over that was built with a time of 32 bits. */
+/** The structure of a library that was built with 32-bit time. */
 struct ShortTimespec
 {
     qint32 mSeconds;

@@ -41,7 +41,7 @@ protected:
         return values;
     }
 
-    /** Plays the values from their beginning; the result of the last call. */
+    /** Plays the values from their beginning; returns the result of the last call. */
     qint32 play(InputValues& values)
     {
         values.resetIterator();
