@@ -238,11 +238,11 @@ const PhasorCase kSteady[] = {
 };
 
 const PhasorCase kDynamic[] = {
-    {"PAmplitude", PhasorClass::P, 50, {50, 50, 0, 2, 0.1}, 18000, 1e-4, 1e-4, 0.01, kP50},
-    {"PPhase", PhasorClass::P, 50, {50, 50, 0, 2, 0.1, 0.1}, 18000, 1e-4, 1e-3, 0.1, kP50},
-    {"PRamp", PhasorClass::P, 50, {50, 48, 1}, 18000, 1e-4, 1e-3, 0.01, kP50},
-    {"MPhase", PhasorClass::M, 50, {50, 50, 0, 5, 0.1, 0.1}, 18000, 1e-4, 1e-3, 0.1, kM50},
-    {"MRamp", PhasorClass::M, 30, {60, 58, -1}, 21600, 1e-4, 1e-3, 0.01, kM60},
+    {"PAmplitude", PhasorClass::P, 50, {50, 50, 0, 2, 0.1}, 18000, 1e-5, 1e-5, 0.01, kP50},
+    {"PPhase", PhasorClass::P, 50, {50, 50, 0, 2, 0.1, 0.1}, 18000, 1e-5, 1e-5, 0.01, kP50},
+    {"PRamp", PhasorClass::P, 50, {50, 48, 1}, 18000, 1e-5, 1e-5, 0.01, kP50},
+    {"MPhase", PhasorClass::M, 50, {50, 50, 0, 5, 0.1, 0.1}, 18000, 1e-5, 1e-5, 0.01, kM50},
+    {"MRamp", PhasorClass::M, 30, {60, 58, -1}, 21600, 1e-6, 1e-6, 0.003, kM60},
 };
 } // namespace
 

@@ -38,8 +38,9 @@ const ClassMFilter* findClassMFilter(int framesPerSecond, double nominalHz)
 }
 
 /**
- * The last weight of the reference model is not 0. Samples may lie at any time, so the weight fades
- * out over the step that it stands for.
+ * The last weight of the reference model is not 0, and stands for half a step to either side.
+ * Samples may lie at any time, so the weight fades out around the end of that, from the last weight
+ * on. The sum of the fade is that of half a step.
  * @param steps distance from the middle, in steps of the reference model
  */
 double hammingSinc(const ClassMFilter& filter, double steps)
@@ -49,7 +50,7 @@ double hammingSinc(const ClassMFilter& filter, double steps)
         base::kTwoPi * 2.0 * filter.mReferenceHz * steps / (kClassMSteps * filter.mNominalHz);
     const double sinc = angle == 0.0 ? 1.0 : std::sin(angle) / angle;
     const double hamming = 0.54 + 0.46 * std::cos(base::kPi * std::min(1.0, steps / half));
-    const double fade = std::clamp(half + 0.5 - steps, 0.0, 1.0);
+    const double fade = std::clamp(half + 1.0 - steps, 0.0, 1.0);
     return sinc * hamming * fade * fade * (3.0 - 2.0 * fade);
 }
 } // namespace
@@ -61,7 +62,7 @@ PhasorWindow::PhasorWindow(PhasorClass phasorClass, int framesPerSecond, double 
         phasorClass == PhasorClass::M ? findClassMFilter(framesPerSecond, nominalHz) : nullptr;
     if (filter != nullptr) {
         mStep = 1.0 / (kClassMSteps * nominalHz);
-        mHalfWidth = (filter->mOrder + 1.0) / 2.0 * mStep;
+        mHalfWidth = (filter->mOrder + 2.0) / 2.0 * mStep;
     }
     mRowsPerSecond = static_cast<double>(kRows) / mHalfWidth;
     for (size_t row = 0; row <= kRows; ++row) {
