@@ -199,7 +199,7 @@ TEST_F(NightTest, FaultFailsItsPlayOnly)
 TEST_F(NightTest, RefusedBlocksFailTheirPlaysAndSayNothingElse)
 {
     const SimulatedNight night = sixPlays();
-    for (int round = 0; round < 60; ++round) {
+    for (int round = 0; round < 40; ++round) {
         SimulatedDesk desk(night.mCases);
         MemoryJournal journal;
         const size_t first = between(1, 60);

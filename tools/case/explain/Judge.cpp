@@ -109,7 +109,10 @@ void Judge::offerCommands()
     const qint64 arrivalNs = mEvents.arrivalNs(mWindow.position()).value_or(stampNs);
     takeCommands(arrivalNs);
     giveUpOverdueCommand(arrivalNs);
-    mTracker.offer(mCommands.valid(), {arrivalNs, stampNs});
+    // The case before a gap may have ended before the command arrived.
+    const bool isGap =
+        mNextStep == NextStep::Known && !mTracker.allowsStep(stampNs - *mLastStampNs);
+    mTracker.offer(mCommands.valid(), {arrivalNs, stampNs}, isGap ? 0 : kCostOfWaitingCommand);
 }
 
 /** Judges the commands that were given up to this time. */

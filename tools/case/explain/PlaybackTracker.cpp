@@ -91,7 +91,7 @@ bool PlaybackTracker::isBetweenCases() const
 }
 
 void PlaybackTracker::offer(const std::vector<ControlCommand>& commands,
-                            const CommandEffect& effect)
+                            const CommandEffect& effect, int costOfWaiting)
 {
     std::vector<Hypothesis> before;
     before.swap(mBeam.changeAll());
@@ -101,7 +101,7 @@ void PlaybackTracker::offer(const std::vector<ControlCommand>& commands,
             taken.mOrigins.changeFirst().mLastEffect = effect;
             ++taken.mKnownCommands;
             mBeam.insertOrMerge(successorsOf(commands[it.mKnownCommands], taken, plan()));
-            it.mCost += kCostOfWaitingCommand;
+            it.mCost += costOfWaiting;
         }
         mBeam.insertOrMerge(std::move(it));
     }

@@ -45,8 +45,10 @@ public:
      * Lets the hypotheses between two cases take their next command or leave it waiting.
      * @param commands all valid commands so far
      * @param effect the next record, which is the first one of a command that is taken
+     * @param costOfWaiting of leaving it waiting, as in Costs.h
      */
-    void offer(const std::vector<ControlCommand>& commands, const CommandEffect& effect);
+    void offer(const std::vector<ControlCommand>& commands, const CommandEffect& effect,
+               int costOfWaiting);
 
     /**
      * Excludes the first commands: their outcome is known, so no hypothesis may take them any more.
