@@ -137,7 +137,7 @@ private:
     qint64 mStampNs = 0;
     Position mPosition;
     std::deque<std::string> mFifo;
-    std::vector<explain::Event> mSent; ///< not told yet
+    std::vector<explain::Event> mSent; ///< not passed on yet
     std::optional<Block> mHeldBack;
 };
 

@@ -20,7 +20,7 @@ public:
     ControlFifo& operator=(const ControlFifo&) = delete;
     ~ControlFifo();
 
-    /** @return what is wrong */
+    /** @return the error; empty on success */
     QString open();
 
     /** What makes the FIFO unsafe, one line each. Requires: open, as does all that follows. */

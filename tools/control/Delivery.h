@@ -15,11 +15,11 @@ namespace control {
 class ControlOptions;
 
 /**
- * Hands one request to the simulator and, if the options say so, waits for the answer.
+ * Sends one request to the simulator and, if requested, waits for the answer.
  *
- * The log says what became of a command, not whose it was. So whoever waits for an answer
- * holds the lock of the FIFO, and writes only when no other command is left there: the next answer
- * that fits is then the answer to this request.
+ * The log has the result of a command, not its sender. So a process that waits for an answer holds
+ * the lock of the FIFO, and writes only when no other command is left there: the next matching
+ * answer is then the answer to this request.
  */
 class Delivery
 {
@@ -27,7 +27,7 @@ public:
     /** `options` is borrowed for the object's life. */
     Delivery(const ControlOptions& options, const PlayRequest& request);
 
-    /** Does all of it and reports what goes wrong. @return the exit status */
+    /** Delivers the request and reports errors. @return the exit status */
     int run();
 
 private:

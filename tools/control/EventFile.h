@@ -20,8 +20,8 @@ public:
     ~EventFile();
 
     /**
-     * Opens or creates the file. Refuses one that does not hold events, so that no other file is
-     * spoiled. @return what is wrong
+     * Opens or creates the file. Refuses a file with other content than events, so that no other
+     * file is damaged. @return the error; empty on success
      */
     QString open();
 

@@ -8,8 +8,8 @@
 namespace control {
 
 /**
- * What can be played, by number or by name. A name is that of a value file, without its path and
- * suffix. Borrows the case configuration.
+ * The configurations that can be played, by number or by name. A name is that of a value file,
+ * without its path and suffix. Borrows the case configuration.
  */
 class PlayList
 {
@@ -21,7 +21,7 @@ public:
 
     /**
      * Finds the configuration that the user means.
-     * @return what is wrong, in one line; empty when *number is set
+     * @return the error in one line; empty if *number is set
      */
     QString find(const QString& nameOrNumber, qint32* number) const;
 

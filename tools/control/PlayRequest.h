@@ -17,14 +17,14 @@ struct PlayRequest
 
 enum class RequestVerdict
 {
-    Unknown, ///< the line says nothing about it
+    Unknown, ///< the line is about something else
     Executed,
     Rejected
 };
 
 /**
- * What a line of the simulator's log says about a request. Whatever the layout of the log puts
- * before and after the message is ignored.
+ * The verdict on a request in a line of the simulator's log. Anything that the layout of the log
+ * puts before and after the message is ignored.
  */
 RequestVerdict verdictOf(const QByteArray& logLine, const PlayRequest& request);
 

@@ -9,7 +9,7 @@ inline constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 /** The wall clock in nanoseconds since the epoch, with which time stamps are compared. */
 std::int64_t realtimeNs();
 
-/** A clock that nobody sets, in nanoseconds, for intervals. */
+/** A clock that cannot be set, in nanoseconds, for intervals. */
 std::int64_t monotonicNs();
 
 inline double inSeconds(std::int64_t nanoseconds)

@@ -5,17 +5,17 @@
 
 namespace sandbox {
 
-/** Takes commands from standard input, a line each, as they come. Never waits for them. */
+/** Takes commands from standard input, one per line, as they arrive. Never waits for them. */
 class CommandInput
 {
 public:
-    /** @param isUsed whether there is anything to take; else it has no descriptor */
+    /** @param isUsed whether commands come from standard input; otherwise there is no descriptor */
     explicit CommandInput(bool isUsed);
 
-    /** To be read when it is readable; -1 when nothing will come, or nothing more. */
+    /** To be read when it is readable; -1 if no more commands can come. */
     int descriptor() const { return mDescriptor; }
 
-    /** Takes the lines that are there, without their ends. Requires: descriptor() is readable. */
+    /** Takes the available lines, without their ends. Requires: descriptor() is readable. */
     std::vector<std::string> takeLines();
 
 private:

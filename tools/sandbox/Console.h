@@ -5,8 +5,8 @@
 namespace sandbox {
 
 /**
- * What the sandbox itself says: messages on standard error, and where that is a terminal a status
- * line that is written over itself and makes way for messages; results on standard output.
+ * The output of the sandbox itself: messages on standard error, with a status line on a terminal,
+ * which messages replace; results on standard output.
  */
 class Console
 {
@@ -16,7 +16,7 @@ public:
     /** Prints one line, with the program's name in front. */
     void message(const std::string& text);
 
-    /** Whether somebody can see a status line. */
+    /** Whether a status line is visible. */
     bool showsStatus() const { return mIsTerminal; }
 
     /** Replaces the status line. Requires: showsStatus(). */

@@ -45,8 +45,8 @@ std::optional<DriverFile> driverFileNamed(const std::string& name);
 std::vector<DriverFile> driverFiles(bool withPmeDevice);
 
 /**
- * The driver's rules: null when the file takes a write of `size` bytes at `offset`, else what it
- * takes, as the rest of a sentence that begins with "the file takes".
+ * The driver's rules: null if the file accepts a write of `size` bytes at `offset`; otherwise what
+ * it accepts, as the rest of a sentence that begins with "the file takes".
  */
 const char* expectedWrite(DriverFile file, off_t offset, std::size_t size);
 

@@ -16,7 +16,7 @@ struct ProgramEnd
     enum class Kind
     {
         Exited,
-        Killed,  ///< by a signal that was not the sandbox's
+        Killed,  ///< by a signal that the sandbox did not send
         Stopped, ///< by the sandbox, because the run was over
     };
 
@@ -25,9 +25,9 @@ struct ProgramEnd
 };
 
 /**
- * Writes what happened to the driver's files and the control FIFO, and how the run ended, one JSON
- * object a line. Each line is in the file as soon as it is added, in one piece: others may append
- * lines of their own.
+ * Writes the events of the driver's files, the control FIFO and the end of the run, one JSON object
+ * per line. Each line is appended immediately in one piece, because other programs may append
+ * lines, too.
  */
 class EventLog
 {
@@ -36,8 +36,8 @@ public:
     EventLog(const std::string& path, Console& console) : mFile(path, console) {}
 
     /**
-     * A write of `size` bytes, without its content. `fault` names the planned fault that it met;
-     * empty when it met none.
+     * A write of `size` bytes, without its content. `fault` names the planned fault that it
+     * triggered; empty for none.
      */
     void addWrite(std::int64_t realtimeNs, const std::string& file, std::size_t size, bool accepted,
                   const std::string& fault);
@@ -55,7 +55,7 @@ public:
 
     void addProgramEnd(std::int64_t realtimeNs, const ProgramEnd& end);
 
-    /** The last line; closes the file. `unmetFaults` are those that no write has met. */
+    /** The last line; closes the file. `unmetFaults` are those that no write has triggered. */
     void addRunEnd(std::int64_t realtimeNs, const std::string& reason,
                    const std::vector<std::string>& unmetFaults = {});
 

@@ -16,21 +16,21 @@ enum class FaultKind
 {
     Error,  ///< the write fails with an errno
     Short,  ///< only the first bytes are taken
-    Stall,  ///< the answer is held back
+    Stall,  ///< the answer is delayed
     Vanish, ///< the write fails, and the file cannot be found meanwhile
 };
 
 /** A fault of a file of the driver: what fails, from when on, and for how many writes. */
 struct Fault
 {
-    std::string mText; ///< as it was asked for
+    std::string mText; ///< as given
     DriverFile mFile = DriverFile::AdcIn;
     std::uint64_t mWrite = 0;  ///< from this write on, counted from 1; 0: from a time on
     std::int64_t mDelayNs = 0; ///< that time, after the first block
     FaultKind mKind = FaultKind::Error;
-    std::string mWhat;         ///< the kind with its value, as it was asked for
+    std::string mWhat;         ///< the kind with its value, as given
     int mError = 0;            ///< of Error and Vanish: an errno value
-    std::size_t mBytes = 0;    ///< of Short: what is taken at most
+    std::size_t mBytes = 0;    ///< of Short: max bytes that are taken
     std::int64_t mStallNs = 0; ///< of Stall
     std::uint64_t mLeft = 1;   ///< how many more writes it concerns
     bool mWasMet = false;

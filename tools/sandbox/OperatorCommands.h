@@ -23,16 +23,16 @@ public:
     /** `commands` are sorted by time; the others are borrowed for the object's life. */
     OperatorCommands(std::vector<TimedCommand> commands, EventLog& events, Console& console);
 
-    /** Sends all that are due `elapsedNs` after the first block. */
+    /** Sends all commands that are due `elapsedNs` after the first block. */
     void sendDue(std::int64_t elapsedNs);
 
-    /** Sends one at once, which is not one of those. */
+    /** Sends a further command at once. */
     void send(const std::string& text);
 
     /** When the next one is due, in nanoseconds after the first block; nothing if none is left. */
     std::optional<std::int64_t> nextDueNs() const;
 
-    /** How many are not due yet. */
+    /** Number of commands that are not due yet. */
     std::size_t remaining() const { return mCommands.size() - mNext; }
 
     /** Records in the events that the remaining ones were not sent. */

@@ -17,7 +17,7 @@ struct TimedCommand
     std::string mText;
 };
 
-/** What the command line says. */
+/** The options of the command line. */
 struct Options
 {
     DriverOutputs mOutputs;
@@ -32,9 +32,9 @@ struct Options
 };
 
 /**
- * Returns nothing when only the help or the version was asked for; it is printed then. Throws a
- * std::runtime_error, one line that says what is wrong, also when an output would overwrite
- * another one or an argument of the program.
+ * Returns no value if only the help or the version was requested, which is then printed. Throws a
+ * std::runtime_error with a message in one line, also if an output would overwrite another one or
+ * an argument of the program.
  */
 std::optional<Options> parseOptions(int argc, char** argv);
 

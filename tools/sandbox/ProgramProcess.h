@@ -27,8 +27,8 @@ struct StartFailure
 
 /**
  * The program that the sandbox runs: a child process that prepares itself, becomes the program, and
- * dies with the sandbox. reap() is to be called upon SIGCHLD. Processes that the program leaves
- * behind, and those that they leave behind, become children of the sandbox.
+ * dies with the sandbox. reap() is to be called on SIGCHLD. Processes that the program leaves
+ * running become children of the sandbox.
  */
 class ProgramProcess
 {

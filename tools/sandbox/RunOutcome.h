@@ -12,12 +12,12 @@ enum class StopReason
 {
     TimeIsOver, ///< of --for
     NoBlock,    ///< within the patience
-    InputEnded, ///< from which the commands came
+    InputEnded, ///< standard input with the commands has ended
 };
 
 /**
- * How a run ended: what the sandbox did to end it, and what became of the program. Decides from
- * that what the events and the exit status say. Only keeps facts: ends and reports nothing itself.
+ * How a run ended: how the sandbox ended it, and how the program ended. Derives the reason in the
+ * events and the exit status. Only keeps facts: ends and reports nothing itself.
  */
 class RunOutcome
 {
@@ -49,8 +49,8 @@ public:
     const char* reason() const;
 
     /**
-     * The sandbox's exit status as far as the program decides it. `lacksBlock` says that the run
-     * was to be timed from a block that never came.
+     * The sandbox's exit status, if the program decides it. `lacksBlock` is true if the run was to
+     * be timed from a block that never arrived.
      */
     int exitStatus(bool lacksBlock) const;
 

@@ -21,7 +21,7 @@ namespace sandbox {
 
 class Console;
 
-/** Where the driver writes what it gets; an empty path means not at all. */
+/** The output files of the driver; an empty path means none. */
 struct DriverOutputs
 {
     std::string mRecordPath;
@@ -38,9 +38,9 @@ struct WriteAnswer
 };
 
 /**
- * The simulated driver behind its files: takes what its rules allow, refuses the rest with EINVAL,
- * lets planned faults happen, and records, counts and measures all of it. How the files are made
- * is not its business.
+ * The simulated driver behind its files: accepts what its rules allow, refuses the rest with
+ * EINVAL, triggers planned faults, and records, counts and measures everything. Independent of how
+ * the files are made.
  */
 class SimulatedDriver
 {
@@ -54,7 +54,7 @@ public:
     /** Handles a write to a file of the driver. `data` has `size` bytes. */
     WriteAnswer write(DriverFile file, off_t offset, const char* data, std::size_t size);
 
-    /** Whether a fault hides the file at present. */
+    /** Whether a fault hides the file now. */
     bool isVanished(DriverFile file) const;
 
     /** The content of h2p, the only file that can be read. */
@@ -73,7 +73,7 @@ public:
     std::uint64_t acceptedWrites(DriverFile file) const;
     std::uint64_t refusedWrites() const { return mRefusedWrites; }
 
-    /** Writes that met a planned fault, whether they were taken or not. */
+    /** Writes that triggered a planned fault, whether they were accepted or not. */
     std::uint64_t faultedWrites() const { return mFaultedWrites; }
     const FaultPlan& faults() const { return mFaults; }
 

@@ -13,9 +13,9 @@ struct SampleRecord;
 namespace sandbox {
 
 /**
- * Statistics of a stream of sample blocks: how much arrived, how even the time stamps are, how
- * fast the blocks came and how far from the wall clock. Does not care where the blocks come from;
- * its memory does not grow with the stream.
+ * Statistics of a stream of sample blocks: amount of data, regularity of the time stamps, speed of
+ * the blocks and their distance from the wall clock. Independent of the source of the blocks; needs
+ * constant memory.
  */
 class StreamStatistics
 {

@@ -20,8 +20,8 @@ class SimulatedDriver;
 
 /**
  * Runs the program from start to end, in one loop: serves the driver's files, forwards signals,
- * sends the commands that are due, and ends the program when its time is over. Borrows everything
- * it is given for its life.
+ * sends the commands that are due, and ends the program when its time is over. Borrows all its
+ * arguments for its life.
  */
 class Supervisor
 {

@@ -35,7 +35,7 @@ public:
     /** Five times the lead of the program at 50 Hz; a busy machine delays it by less. */
     static constexpr qint64 kMaxLateNs = 1'000'000'000;
 
-    /** Beyond it the program sets its clock anew, which is found as a jump of the time stamps. */
+    /** Beyond it the program resets its clock, which is found as a jump of the time stamps. */
     static constexpr qint64 kMaxDriftNs = 60'000'000'000;
 
     /** @param maxLeadNs planned lead of the program */

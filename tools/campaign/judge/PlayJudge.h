@@ -89,7 +89,7 @@ public:
     /** receivedNs() when the last block off time had arrived; 0 when none was. */
     qint64 offTimeNs() const { return mOffTimeNs; }
 
-    /** Whether the driver has taken any sample, as far as the events tell. */
+    /** Whether the driver has taken any sample, according to the events. */
     bool hasBegun() const { return mJudge.recordsInEvents() > 0; }
 
     const SampleRing& samples() const { return mSamples; }

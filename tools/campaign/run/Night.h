@@ -19,7 +19,10 @@ namespace run {
 class Night : public ScheduledNight
 {
 public:
-    /** The night gives up after so many deaths in a row without a passed play between them. */
+    /**
+     * Number of deaths in a row, without a passed play between them, after which the night gives
+     * up.
+     */
     static constexpr int kMaxDeaths = 2;
 
     Night(const journal::NightBegin& night, const explain::PlayPlan& plan,

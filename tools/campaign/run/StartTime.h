@@ -5,7 +5,7 @@
 
 namespace run {
 
-/** What is wrong with this start time; empty if it is valid. */
+/** Why this start time is invalid; empty if it is valid. */
 std::string startTimeProblem(const std::string& text);
 
 /**

@@ -40,8 +40,8 @@ struct JudgedValue
 };
 
 /**
- * The one place where an error is held against its limit. What `vx-case measure` rounds, ten digits
- * of each value, is no error: one that equals its limit is within.
+ * The only place where an error is compared with its limit. `vx-case measure` rounds values to ten
+ * digits; an error that exceeds its limit only by that rounding is within.
  */
 bool isBeyond(const JudgedValue& value);
 

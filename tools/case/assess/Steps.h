@@ -29,10 +29,9 @@ double wrapped(double degrees);
 /** How a measured series follows a step. */
 struct StepResponse
 {
-    qint64 mStepNs = 0;  ///< time at which the expected values reach half of the step
-    double mDelay = 0.0; ///< s; from then until the measured values reach it
-    double mOvershoot =
-        0.0; ///< percent of the step; what is beyond the expected values before or after
+    qint64 mStepNs = 0;      ///< time at which the expected values reach half of the step
+    double mDelay = 0.0;     ///< s; from then until the measured values reach it
+    double mOvershoot = 0.0; ///< percent of the step; the largest, before or after it
 };
 
 /** Nothing if the measured values never reach half of the step. Requires: both are sorted. */

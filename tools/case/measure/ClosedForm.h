@@ -55,7 +55,7 @@ private:
     std::array<Channel, kChannelCount> mChannels;
     std::optional<double> mNegativePercent;
     std::optional<double> mZeroPercent;
-    std::optional<double> mHertz; ///< where it is constant
+    std::optional<double> mHertz; ///< if it is constant
     bool mIsModulated = false;
     std::vector<Span> mDisturbed;
 

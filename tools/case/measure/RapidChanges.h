@@ -42,12 +42,12 @@ private:
     size_t mCount;
     double mThreshold;
     std::vector<HalfPeriodValues> mLast; ///< a ring; one more than count
-    size_t mNext = 0;                    ///< where the next value goes
+    size_t mNext = 0;                    ///< index of the next value
     bool mIsSteady = false;
     double mMean = 0.0;   ///< of the last values
     double mBefore = 0.0; ///< the last steady mean
     double mLargest = 0.0;
-    std::optional<qint64> mBeginUtcNs; ///< of the change that goes on
+    std::optional<qint64> mBeginUtcNs; ///< of the current change
 };
 
 /**

@@ -19,7 +19,7 @@ private:
     double mLast = 0.0;
     double mStep = 0.0; ///< before the last one; 0 until there is one
     bool mHasLast = false;
-    double mGapSeconds = 0.0; ///< where the first gap begins
+    double mGapSeconds = 0.0; ///< beginning of the first gap
     double mGapLength = 0.0;  ///< 0: there is none
 };
 

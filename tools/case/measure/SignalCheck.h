@@ -29,7 +29,7 @@ public:
 private:
     static constexpr size_t kPhases = 3;
 
-    /** One phase of the period that goes on. */
+    /** One phase of the current period. */
     struct Phase
     {
         double mSquares = 0.0;

@@ -62,7 +62,7 @@ public:
     bool isOpen(size_t channel) const { return mOpen[channel].has_value(); }
 
 private:
-    /** An event that goes on. */
+    /** An event that has not ended. */
     struct OpenEvent
     {
         qint64 mBeginUtcNs;

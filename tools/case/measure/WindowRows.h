@@ -43,7 +43,7 @@ private:
     std::bitset<kChannelCount> mChannels;
     std::array<double, 2> mNominalSquares; ///< of voltage and current
     double mMaxHertz;
-    Measurement mRow; ///< the next one, as far as all of a window have it
+    Measurement mRow; ///< the next one, with the fields that all rows of a window share
     double mHertz = 0.0;
     std::vector<Measurement> mRows;
 };

@@ -56,7 +56,7 @@ private:
     WindowRows mRows;
     qint64 mBeginUtcNs;
     qint64 mNextMarkNs = 0;   ///< the next full 10 minutes
-    std::list<Chain> mChains; ///< the last one goes on; at most one before it ends
+    std::list<Chain> mChains; ///< the last one is current; at most one before it has not ended
     size_t mSearched = 0;     ///< up to that sample no mark is left
     bool mHasBegun = false;
 };

@@ -19,8 +19,7 @@ struct ChannelDescription
     std::string mUnit;      ///< as in the file; "" if it has none
     double mPrimary = 1.0;  ///< ratio of the transformer, primary part; 0 if unknown
     double mSecondary = 1.0;
-    char mSide =
-        ' '; ///< 'P' or 'S': which side the values belong to; ' ' where the file does not say
+    char mSide = ' '; ///< 'P' or 'S': side of the values; ' ' if the file does not give it
     /** Delay of each value after the time of its sample, in µs. */
     double mSkewMicroseconds = 0.0;
     /**
@@ -86,8 +85,7 @@ struct SignalBlock
     size_t mFirst = 0;                        ///< index of the block's first sample in the signal
     std::vector<double> mSeconds;             ///< rises; the same within a recording's precision
     std::vector<std::vector<double>> mValues; ///< in the unit of the channel
-    std::vector<double>
-        mFrequency; ///< Hz a sample, where the file has it (value files); else empty
+    std::vector<double> mFrequency;           ///< Hz per sample, of value files; otherwise empty
 
     size_t size() const { return mSeconds.size(); }
 

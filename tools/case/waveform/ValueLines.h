@@ -22,7 +22,7 @@ public:
     /** Few enough lines that their items are still in the processor's cache when they are taken. */
     static constexpr int kMaxLines = 1024;
 
-    /** @return false when it is no regular file or cannot be opened; errors() say why. */
+    /** @return false if it is not a regular file or cannot be opened; see errors(). */
     bool open(const QString& fileName);
 
     /**
