@@ -479,6 +479,38 @@ TEST_F(MeasureCommandTest, MeasuresRecordingsOfOtherDevices)
     EXPECT_NEAR(std::stod(result.mOutput.substr(frequency + 12)), 49.97, 1e-4);
 }
 
+/** Each record of the driver is a step after the one before it, and none is written twice. */
+TEST_F(MeasureCommandTest, RefusesRecordingsWithBrokenTime)
+{
+    struct Case
+    {
+        size_t mFrom;       ///< index of a record
+        int mSteps;         ///< that it comes too late, and all after it
+        double mSlower;     ///< its steps and those of all after it, as a factor
+        const char* mError; ///< empty: none
+    };
+    for (const Case& it : {Case{0, 0, 1.0, ""},
+                           {1800, 0, 2.5, ""},
+                           {1800, 1, 1.0, "samples are missing for 0.000111 s after 0.099944 s"},
+                           {1800, 3, 1.5, "samples are missing for 0.000250 s after 0.099944 s"},
+                           {4096, 360, 1.0, "samples are missing for 0.020056 s after 0.227500 s"},
+                           {1800, -360, 1.0, "the time stamps fall at 0.100000 s"}}) {
+        std::string bytes;
+        for (size_t i = 0; i < 9000; ++i) {
+            const double after = i < it.mFrom ? 0.0 : double(i + 1 - it.mFrom);
+            const double steps =
+                double(i) + after * (it.mSlower - 1.0) + (after > 0.0 ? it.mSteps : 0);
+            SampleRecord record{1'700'000'000, quint32(std::lround(steps / 18000 * 1e9)), 0, 0, {}};
+            record.mValues[0] = qint32(325'269 * std::sin(base::kTwoPi * double(i) / 360));
+            bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
+        }
+        mRunner.writeFile("r.bin", bytes);
+        const CommandResult result = run("measure r.bin --nominal 230,5,50 --quantities rms");
+        EXPECT_EQ(result.mExitCode, it.mError[0] == 0 ? 0 : 1) << result;
+        EXPECT_NE(result.mErrors.find(it.mError), std::string::npos) << result.mErrors;
+    }
+}
+
 /** An empty or partly wrong table is not written silently. */
 TEST_F(MeasureCommandTest, ReportsQuantitiesWithoutRows)
 {

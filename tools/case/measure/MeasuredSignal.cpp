@@ -129,6 +129,12 @@ bool MeasuredSignal::read(waveform::SignalBlock& block)
     if (!gap.empty()) {
         throw base::CaseError(description().mFileName + ": " + gap);
     }
+    if (const auto seconds = description().mFirstFall) {
+        throw base::CaseError(
+            fmt::format("{}: the time stamps fall at {:.6f} s: the UTC of what follows is "
+                        "unknown; cut the recording there",
+                        description().mFileName, *seconds));
+    }
     return hasMore;
 }
 

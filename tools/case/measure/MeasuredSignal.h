@@ -68,7 +68,7 @@ private:
     std::bitset<kChannelCount> mChannels;
     std::array<double, kChannelCount> mLastValues{};
     size_t mMissing = 0;
-    SampleGaps mGaps; ///< of a driver's recording
+    SampleGaps mGaps{SampleGaps::Clock::Even}; ///< of a driver's recording
     qint64 mBeginUtcNs = 0;
     std::vector<std::string> mRemarks;
     double mNominalHz = 0.0;

@@ -65,7 +65,7 @@ private:
     double mMaxHertz = 0.0;
     bool mIsAtEnd = false; ///< of the source
     size_t mBreaks = 0;
-    SampleGaps mGaps;
+    SampleGaps mGaps{SampleGaps::Clock::Any};
 };
 
 } // namespace measure

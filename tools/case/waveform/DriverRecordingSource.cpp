@@ -54,6 +54,9 @@ bool DriverRecordingSource::read(SignalBlock& block)
     for (size_t i = 0; i < samples; ++i) {
         const SampleRecord record = recordAt(bytes, i);
         block.mSeconds[i] = mTime.next(stampNsOf(record)) * base::kSecondsPerNanosecond;
+        if (mTime.fallen() > 0 && !mDescription.mFirstFall) {
+            mDescription.mFirstFall = block.mSeconds[i];
+        }
         putValues(record.mValues, i, &block);
     }
     mFile.skip(samples * sizeof(SampleRecord));

@@ -58,6 +58,9 @@ public:
         return mFalling == 0 || mFalling * 10 < mCount || (mFalling == 1 && mTime > 0.0);
     }
 
+    /** Number of stamps that fell. */
+    size_t fallen() const { return mFalling; }
+
     /** Remarks on oddities, for the user. */
     std::vector<std::string> remarks() const
     {

@@ -66,7 +66,9 @@ struct SignalDescription
     std::optional<ImportMark> mImport; ///< of a value file made from a recording
     double mNominalHz = 0.0;           ///< 0 if the file has none
     size_t mSampleCount = 0;           ///< 0 if it is known only at the end
-    std::vector<SampleRate> mRates;    ///< empty if only time stamps give the times
+    /** s, as in the block: where a stamp of the driver first falls; found during reading. */
+    std::optional<double> mFirstFall;
+    std::vector<SampleRate> mRates; ///< empty if only time stamps give the times
     std::vector<ChannelDescription> mChannels;
     std::vector<StatusChannel> mStatusChannels; ///< all; their states are known at the end
     /**
