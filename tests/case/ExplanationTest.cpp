@@ -15,6 +15,7 @@
 #include "Files.h"
 #include "ShortOutput.h"
 #include "base/CaseError.h"
+#include "explain/PlaybackTracker.h"
 
 namespace {
 constexpr qint64 kStepNs = 55'555; // 50 Hz
@@ -314,6 +315,35 @@ TEST_F(ExplanationTest, CommandsAreFollowed)
     EXPECT_EQ(explain("0,1,a300.csv\n1,1,b900.csv\n2,1,c720.csv\n", true),
               "0: a300.csv x2; !notGiven 1 @601; 1: b900.csv x1; 0: a300.csv x70; "
               "!notGiven 1 @22501; 2: c720.csv x1 [1-360]; bad");
+}
+
+/** The number of hypotheses does not grow with the passes, and a pass too many is still found. */
+TEST_F(ExplanationTest, RestartsOfARepeatedCaseAreLimited)
+{
+    const explain::PlayPlan plan(mFiles.make("r.conf", "0,200,a300.csv\n").toStdString(),
+                                 mFiles.path(""));
+    explain::PlaybackTracker tracker = explain::PlaybackTracker::atStart(plan);
+    size_t record = 0;
+    for (int pass = 0; pass < 150; ++pass) {
+        for (const explain::SampleContent& sample : mContents["a300.csv"]) {
+            ASSERT_TRUE(tracker.keep(sample, std::nullopt));
+            tracker.advance(explain::Arrival{record, qint64(record)});
+            ++record;
+        }
+    }
+    std::ptrdiff_t hypotheses = 0;
+    tracker.keepIf([&](const explain::PlaybackTracker&) { return ++hypotheses > 0; });
+    EXPECT_EQ(hypotheses, explain::kMaxRestarts + 1);
+
+    send("s1", 0);
+    play("c720.csv");
+    for (int pass = 0; pass < 60; ++pass) {
+        play("a300.csv");
+    }
+    play("c720.csv");
+    EXPECT_EQ(explain("0,1,c720.csv\n1,40,a300.csv\n", true),
+              "0: c720.csv x1; s1 after 56666100; 1: a300.csv x20; !notGiven 1 @6721; "
+              "1: a300.csv x40; 0: c720.csv x1; bad");
 }
 
 /** The events decide about the end, whatever the samples are. */

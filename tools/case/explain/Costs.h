@@ -36,6 +36,13 @@ constexpr int kMaxCostAboveLikeliest = 3 * kCostOfUnknownCommand;
  */
 constexpr size_t kMaxHypotheses = 1024;
 
+/**
+ * An unknown command may have restarted a repeated case after each of its passes. Limit on these
+ * hypotheses: those of the first passes are kept. They also explain passes too many later on, but
+ * name the wrong pass.
+ */
+constexpr std::ptrdiff_t kMaxRestarts = 24;
+
 /** Max positions of a hypothesis whose past is stored separately, see Origins. */
 constexpr size_t kMaxOrigins = 100'000;
 

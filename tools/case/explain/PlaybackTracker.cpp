@@ -256,8 +256,17 @@ void PlaybackTracker::addUnknownCommands(const SampleContent* next)
     commanded.mCost += kCostOfUnknownCommand;
     ++commanded.mUnknownCommands;
     const bool isKnown = next != nullptr && !plan().firstEntriesWith(*next).empty();
-    mBeam.insertOrMerge(startsAt(isKnown ? plan().firstEntriesWith(*next) : plan().firstEntries(),
-                                 commanded, plan()));
+    std::vector<int> entries = isKnown ? plan().firstEntriesWith(*next) : plan().firstEntries();
+    const auto isRestartedOften = [&](int entry) {
+        const auto count =
+            std::count_if(mBeam.all().begin(), mBeam.all().end(), [&](const Hypothesis& it) {
+                return it.mEntry == entry && it.mSample == 0 && it.mCost == commanded.mCost &&
+                       it.mKnownCommands == commanded.mKnownCommands;
+            });
+        return count >= kMaxRestarts;
+    };
+    entries.erase(std::remove_if(entries.begin(), entries.end(), isRestartedOften), entries.end());
+    mBeam.insertOrMerge(startsAt(entries, commanded, plan()));
 }
 
 PlayedPasses PlaybackTracker::current(const Arrival& last) const
