@@ -194,7 +194,8 @@ TEST_F(NightTest, FaultFailsItsPlayOnly)
 }
 
 /**
- * Refused blocks, some of them in a row, are missing samples; the rest does not count as a play.
+ * Refused blocks, some of them in a row, are missing samples; the rest does not count as a play. If
+ * a play loses two parts, the second one may be found in the next play, which fails as well.
  */
 TEST_F(NightTest, RefusedBlocksFailTheirPlaysAndSayNothingElse)
 {
@@ -217,7 +218,7 @@ TEST_F(NightTest, RefusedBlocksFailTheirPlaysAndSayNothingElse)
         SCOPED_TRACE(std::to_string(inRow) + " blocks from " + std::to_string(first) + " on, and " +
                      std::to_string(later));
         for (const int play : playsWithFindings(journal)) {
-            EXPECT_EQ(suspects.count(play), 1U) << textOf(journal);
+            EXPECT_GE(suspects.count(play) + suspects.count(play - 1), 1U) << textOf(journal);
         }
         for (const journal::Finding& finding : journal.all<journal::Finding>()) {
             EXPECT_TRUE(finding.mKind == "missing" || finding.mKind == "notPlayed")
