@@ -42,17 +42,11 @@ struct JudgedTime
     bool holds(qint64 ns) const { return ns > mBeginNs && ns < mEndNs; }
 };
 
-/** The range from the first to the last expected value. */
+/** The range from the first to the last expected value; empty without values. */
 JudgedTime timeOf(const ValueTable& expected)
 {
-    JudgedTime time{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()};
-    for (const auto& [key, series] : expected.all()) {
-        if (!series.mSamples.empty()) {
-            time.mBeginNs = std::min(time.mBeginNs, series.mSamples.front().mUtcNs);
-            time.mEndNs = std::max(time.mEndNs, series.mSamples.back().mUtcNs);
-        }
-    }
-    return time;
+    const std::optional<TimeRange> range = expected.range();
+    return range ? JudgedTime{range->mBeginNs, range->mEndNs} : JudgedTime{0, 0};
 }
 
 void addMeasured(const std::vector<Sample>& samples, EventRows& rows)
